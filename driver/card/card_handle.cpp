@@ -1,0 +1,87 @@
+#include "card/card_handle.h"
+
+#include "card/heap.h"
+
+namespace kestvox {
+
+namespace {
+
+constexpr const WCHAR* DevicePathFormat = TEXT("\\\\.\\%s%lu");
+constexpr const WCHAR* DeviceBaseName = TEXT("Kestrelvox");
+
+HANDLE OpenDevice(DWORD ordinal) {
+    WCHAR path[32];
+    wsprintfW(path, DevicePathFormat, DeviceBaseName, ordinal);
+    // No access is asked for: every request code is open to any access.
+    return CreateFileW(path, 0, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                       FILE_FLAG_OVERLAPPED, nullptr);
+}
+
+BOOL BindHandle(CardHandle* handle, DWORD ordinal, DWORD channel) {
+    const BindRequest request = {ordinal, channel};
+    DWORD returned = 0;
+    return CardRequest(handle, IOCTL_BIND_HANDLE, &request, sizeof request, nullptr, 0, &returned);
+}
+
+BOOL SendPlain(CardHandle* handle, DWORD code) {
+    DWORD returned = 0;
+    return CardRequest(handle, code, nullptr, 0, nullptr, 0, &returned);
+}
+
+}  // namespace
+
+MMRESULT OpenCardHandle(const CardRecord& card, DWORD channel, CardHandle** handle) {
+    *handle = nullptr;
+    CardHandle* opened = NewHeapObject<CardHandle>();
+    if (opened == nullptr) {
+        return MMSYSERR_NOMEM;
+    }
+    opened->FileHandle = OpenDevice(card.Ordinal);
+    if (opened->FileHandle == INVALID_HANDLE_VALUE) {
+        FreeHeapObject(opened);
+        return MMSYSERR_NODRIVER;
+    }
+    opened->Overlapped.hEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    if (opened->Overlapped.hEvent == nullptr) {
+        CloseHandle(opened->FileHandle);
+        FreeHeapObject(opened);
+        return MMSYSERR_ERROR;
+    }
+    if (!BindHandle(opened, card.Ordinal, channel)) {
+        CloseCardHandle(opened);
+        return MMSYSERR_ALLOCATED;
+    }
+    if (channel != ControlChannel && !SendPlain(opened, IOCTL_ACQUIRE_CHANNEL)) {
+        CloseCardHandle(opened);
+        return MMSYSERR_ERROR;
+    }
+    *handle = opened;
+    return MMSYSERR_NOERROR;
+}
+
+void CloseCardHandle(CardHandle* handle) {
+    if (handle == nullptr || handle->FileHandle == INVALID_HANDLE_VALUE) {
+        return;
+    }
+    SendPlain(handle, IOCTL_RELEASE_CHANNEL);
+    CloseHandle(handle->FileHandle);
+    CloseHandle(handle->Overlapped.hEvent);
+    FreeHeapObject(handle);
+}
+
+BOOL CardRequest(CardHandle* handle, DWORD code, const void* input, DWORD inputLength, void* output,
+                 DWORD outputLength, DWORD* bytesReturned, OVERLAPPED* overlapped) {
+    if (handle == nullptr || handle->FileHandle == INVALID_HANDLE_VALUE) {
+        return FALSE;
+    }
+    if (overlapped == nullptr) {
+        overlapped = &handle->Overlapped;
+    }
+    if (DeviceIoControl(handle->FileHandle, code, const_cast<void*>(input), inputLength, output, outputLength,
+                        bytesReturned, overlapped)) {
+        return TRUE;
+    }
+    return GetLastError() == ERROR_IO_PENDING;
+}
+
+}  // namespace kestvox

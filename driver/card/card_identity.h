@@ -1,0 +1,12 @@
+// Who a card is, as its non-volatile memory says.
+#pragma once
+
+#include "card/card_handle.h"
+
+namespace kestvox {
+
+// Fills the record's board, FPGA and serial numbers. A page that cannot be read or whose check does
+// not come out leaves the letter '?' and zeros.
+void ReadCardIdentity(CardHandle* handle, CardRecord& card);
+
+}  // namespace kestvox

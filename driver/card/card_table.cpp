@@ -1,0 +1,155 @@
+#include "card/card_table.h"
+
+#include "card/card_handle.h"
+#include "card/card_identity.h"
+#include "card/init_card.h"
+#include "card/layers_above.h"
+#include "card/requests.h"
+#include "card/shared_section.h"
+
+namespace kestvox {
+
+namespace {
+
+// A whole number of pages, so that nothing else shares them.
+struct alignas(4096) SharedData {
+    CardRecord Cards[MaxCards];
+    SharedWord CardCount;
+    SharedWord FirstLoadDone;
+};
+
+SHARED_SECTION constinit SharedData Shared = {};
+
+constexpr DWORD PciRevisionOffset = 8;
+
+void ReadHardware(CardRecord& card) {
+    CardHandle* handle = nullptr;
+    if (OpenCardHandle(card, ControlChannel, &handle) != MMSYSERR_NOERROR) {
+        return;
+    }
+    BYTE revision = 0;
+    card.PciRevision = ReadPciConfig(handle, PciRevisionOffset, &revision, 1) ? revision : 0;
+    ReadCardIdentity(handle, card);
+    CloseCardHandle(handle);
+}
+
+void ForgetRunState(CardRecord& card) {
+    for (unsigned port = 0; port < PortCount; ++port) {
+        card.InputOpen[port] = 0;
+        card.InputRunning[port] = 0;
+        card.InputResumePending[port] = 0;
+        card.OutputOpen[port] = 0;
+        card.OutputRunning[port] = 0;
+        card.OutputPaused[port] = 0;
+        card.OutputResumePending[port] = 0;
+    }
+    card.OpenInputs = 0;
+    card.RunningInputs = 0;
+    card.OpenOutputs = 0;
+    card.RunningOutputs = 0;
+    card.GroupRate = 0;
+    card.SyncStart = 0;
+    card.SyncWithOutput = 0;
+}
+
+}  // namespace
+
+CardRecord* FindCard(DWORD ordinal) {
+    if (ordinal == NoCard) {
+        return nullptr;
+    }
+    for (CardRecord* card = FirstCard(); card != nullptr; card = NextCard(card)) {
+        if (card->Ordinal == ordinal) {
+            return card;
+        }
+    }
+    return nullptr;
+}
+
+CardRecord* FirstCard() {
+    return Shared.CardCount != 0 ? &Shared.Cards[0] : nullptr;
+}
+
+CardRecord* NextCard(CardRecord* card) {
+    if (card == nullptr) {
+        return nullptr;
+    }
+    CardRecord* next = card + 1;
+    return next < &Shared.Cards[Shared.CardCount] ? next : nullptr;
+}
+
+DWORD FindCardByRegistryPath(const WCHAR* path) {
+    if (path[0] == 0) {
+        return NoCard;
+    }
+    for (CardRecord* card = FirstCard(); card != nullptr; card = NextCard(card)) {
+        if (lstrcmpW(card->RegistryPath, path) == 0) {
+            return card->Ordinal;
+        }
+    }
+    return NoCard;
+}
+
+MMRESULT CardAttach(DWORD ordinal) {
+    if (CardRecord* known = FindCard(ordinal)) {
+        ++known->AttachCount;
+        return MMSYSERR_NOERROR;
+    }
+    if (Shared.CardCount >= MaxCards) {
+        return MMSYSERR_NOMEM;
+    }
+    CardRecord& card = Shared.Cards[Shared.CardCount];
+    card.Ordinal = ordinal;
+    card.AttachCount = 1;
+    ++Shared.CardCount;
+    ReadHardware(card);
+    LoadCardSettings(card);
+    return MMSYSERR_NOERROR;
+}
+
+MMRESULT CardDetach(DWORD ordinal) {
+    CardRecord* card = FindCard(ordinal);
+    if (card == nullptr) {
+        return MMSYSERR_INVALHANDLE;
+    }
+    const LONG left = --card->AttachCount;
+    return left == 0 && card->EnableCount != 0 ? MMSYSERR_ALLOCATED : MMSYSERR_NOERROR;
+}
+
+MMRESULT CardEnable(DWORD ordinal) {
+    CardRecord* card = FindCard(ordinal);
+    if (card == nullptr) {
+        return MMSYSERR_INVALHANDLE;
+    }
+    if (card->EnableCount == 0) {
+        CardHandle* handle = nullptr;
+        if (OpenCardHandle(*card, ControlChannel, &handle) != MMSYSERR_NOERROR) {
+            return MMSYSERR_NODRIVER;
+        }
+        InitCard(handle, *card);
+        CloseCardHandle(handle);
+    }
+    ++card->EnableCount;
+    return MMSYSERR_NOERROR;
+}
+
+void SoftResetCards() {
+    for (CardRecord* card = FirstCard(); card != nullptr; card = NextCard(card)) {
+        CardHandle* handle = nullptr;
+        if (OpenCardHandle(*card, ControlChannel, &handle) == MMSYSERR_NOERROR) {
+            SoftReset(handle);
+            CloseCardHandle(handle);
+        }
+        ForgetRunState(*card);
+    }
+}
+
+bool FirstLoadDone() {
+    return Shared.FirstLoadDone != 0;
+}
+
+void SetFirstLoadDone() {
+    Shared.FirstLoadDone = 1;
+}
+
+}  // namespace kestvox

@@ -1,0 +1,93 @@
+#include "card/channel_status.h"
+
+#include <iterator>
+
+#include "card/registers.h"
+
+namespace kestvox {
+
+namespace {
+
+// Card register 25, bit 1
+constexpr DWORD ProfessionalFormat = 0x02;
+
+// Indirect registers 0 to 4 are channel-status bytes 0 to 4.
+struct StatusByte {
+    DWORD Index;
+    DWORD Value;
+    DWORD Mask;
+};
+
+template <unsigned Count>
+BOOL WriteStatus(CardHandle* handle, bool professional, const StatusByte (&bytes)[Count]) {
+    if (!WriteCard(handle, card_register::DigitalOutput, professional ? ProfessionalFormat : 0,
+                   ProfessionalFormat)) {
+        return FALSE;
+    }
+    for (const StatusByte& byte : bytes) {
+        if (!WriteIndirectRegister(handle, byte.Index, byte.Value, byte.Mask)) {
+            return FALSE;
+        }
+    }
+    return TRUE;
+}
+
+// Byte 0, professional: bit 0 professional, bit 1 non-audio, bits 2-4 emphasis, bits 6-7 rate.
+DWORD ProfessionalByte0(bool nonAudio, bool preemphasis) {
+    return 0x01u | (nonAudio ? 0x02u : 0u) | (preemphasis ? 0x0Cu : 0u);
+}
+
+// Byte 0, consumer: bit 1 non-audio, bit 2 copying permitted, bit 3 pre-emphasis.
+DWORD ConsumerByte0(bool nonAudio, bool copyProtect, bool preemphasis) {
+    return (nonAudio ? 0x02u : 0u) | (copyProtect ? 0u : 0x04u) | (preemphasis && !nonAudio ? 0x08u : 0u);
+}
+
+struct RateStatus {
+    DWORD ProfessionalByte0;  // bit 0 and bits 6-7
+    DWORD ProfessionalByte4;
+    DWORD ConsumerByte3;
+};
+
+constexpr RateStatus RateStatuses[] = {
+    {0x01, 0x10, 0x00},  // 96000
+    {0x01, 0x50, 0x00},  // 88200
+    {0x81, 0x00, 0x02},  // 48000
+    {0x41, 0x00, 0x00},  // 44100
+    {0xC1, 0x00, 0x03},  // 32000
+    {0x01, 0x48, 0x00},  // 22050
+};
+constexpr RateStatus RateNotIndicated = {0x01, 0x00, 0x00};
+
+constexpr DWORD Word24Bit = 0x2C;  // professional byte 2: 24-bit audio words
+
+}  // namespace
+
+BOOL SetDigitalOutputStatus(CardHandle* handle, const CardRecord& card, BOOL forceNonAudio) {
+    const CardSettings& settings = card.Settings;
+    const bool nonAudio = settings.NonAudio != 0 || forceNonAudio;
+    const bool copyProtect = settings.CopyProtect != 0;
+    const bool preemphasis = settings.Preemphasis != 0;
+    if (settings.Professional != 0) {
+        return WriteStatus(handle, true,
+                           {{0, ProfessionalByte0(nonAudio, preemphasis), 0x3F}, {1, 0x00, 0xFF}});
+    }
+    // Byte 1: category code, bit 7 the generation status.
+    return WriteStatus(handle, false,
+                       {{0, ConsumerByte0(nonAudio, copyProtect, preemphasis), 0xFF},
+                        {1, copyProtect ? 0x01u : 0x81u, 0xFF}});
+}
+
+BOOL SetChannelStatusRate(CardHandle* handle, const CardRecord& card, WORD rateCode) {
+    const RateStatus& status = rateCode < std::size(RateStatuses) ? RateStatuses[rateCode] : RateNotIndicated;
+    if (card.Settings.Professional != 0) {
+        return WriteStatus(handle, true,
+                           {{0, status.ProfessionalByte0, 0xC1},
+                            {2, Word24Bit, 0xFF},
+                            {3, 0x00, 0xFF},
+                            {4, status.ProfessionalByte4, 0xFF}});
+    }
+    return WriteStatus(handle, false,
+                       {{0, 0x00, 0x01}, {2, 0x00, 0xFF}, {3, status.ConsumerByte3, 0xFF}, {4, 0x00, 0xFF}});
+}
+
+}  // namespace kestvox

@@ -1,0 +1,51 @@
+#include "card/registers.h"
+
+#include "card/borrowed_handle.h"
+
+namespace kestvox {
+
+BOOL WriteCard(CardHandle* handle, DWORD reg, DWORD value, DWORD mask) {
+    return WriteCardRegister(handle, reg, CardSpace, value, mask);
+}
+
+BOOL WritePort(CardHandle* handle, DWORD reg, DWORD value, DWORD mask) {
+    return WriteCardRegister(handle, reg, PortSpace, value, mask);
+}
+
+BOOL WriteCardRegisterIfChanged(CardHandle* handle, DWORD reg, RegisterSpace space, DWORD value, DWORD mask) {
+    DWORD current = 0;
+    if (ReadCardRegister(handle, reg, space, &current) && (current & mask) == value) {
+        return FALSE;
+    }
+    WriteCardRegister(handle, reg, space, value, mask);
+    return TRUE;
+}
+
+BOOL WriteIndirectRegister(CardHandle* handle, DWORD index, DWORD value, DWORD mask) {
+    // The kernel's masked write works on the data register as a whole, so the bits outside the mask
+    // are kept here.
+    DWORD current = 0;
+    if (!WriteCard(handle, card_register::IndirectIndex, index, 0x0F) ||
+        !ReadCardRegister(handle, card_register::IndirectData, CardSpace, &current)) {
+        return FALSE;
+    }
+    const DWORD replaced = (current & ~mask) | (value & mask);
+    return WriteCard(handle, card_register::IndirectData, replaced, 0xFF);
+}
+
+BOOL SetMixerGain(CardHandle* handle, DWORD index, DWORD value) {
+    return WriteCard(handle, card_register::MixerIndex, index, 0x07) &&
+           WriteCard(handle, card_register::MixerGain, value, 0xFF);
+}
+
+BOOL SetStartHold(CardRecord& card, DWORD bits) {
+    BorrowedHandle handle(card);
+    return WriteCard(handle.Get(), card_register::StartHold, bits, bits);
+}
+
+BOOL ReleaseStartHold(CardRecord& card, DWORD bits) {
+    BorrowedHandle handle(card);
+    return WriteCard(handle.Get(), card_register::StartHold, 0, bits);
+}
+
+}  // namespace kestvox

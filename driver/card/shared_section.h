@@ -1,0 +1,9 @@
+// Puts a variable into the data section that all processes share while they have the library loaded:
+// zero when the first one loads it, gone with the last. The only place that knows the host system.
+#pragma once
+
+#ifdef _WIN32
+#define SHARED_SECTION __attribute__((section("shared"), shared))
+#else
+#define SHARED_SECTION __attribute__((section("shared")))
+#endif

@@ -1,0 +1,155 @@
+#include "card/borrowed_handle.h"
+#include "card/card_table.h"
+#include "card/channel_status.h"
+#include "card/delay.h"
+#include "card/registers.h"
+#include "clock/clock_run.h"
+
+namespace kestvox {
+
+namespace {
+
+constexpr DWORD PortPulse = 1000;  // microseconds
+constexpr DWORD ResyncSettlePeriods = 4100;
+constexpr DWORD ResyncSettle = 450000;  // microseconds, after those
+constexpr DWORD PlainSettlePeriods = 28;
+
+bool FollowsMaster(const CardRecord& card, const CardRecord& master) {
+    return FindCardByRegistryPath(card.Settings.Master) == master.Ordinal;
+}
+
+bool TakesPart(const CardRecord& card) {
+    return card.InClockGroup != 0 || card.ResyncPending != 0;
+}
+
+void MarkCard(ClockRun& run, CardRecord& card) {
+    card.ResyncPending = 0;
+    card.InClockGroup = 0;
+    if (&card == run.Stream->Card || &card == run.Master || FollowsMaster(card, *run.Master)) {
+        card.InClockGroup = 1;
+        run.Slaves = run.Slaves || &card != run.Master;
+    } else if (card.ActiveClockSource == LinkClock) {
+        card.ResyncPending = 1;  // it hangs on a link that this run may change
+    }
+}
+
+// Whether the master drives the link already: what calls for a resync is that it does not.
+bool DrivesLink(CardHandle* handle) {
+    DWORD clock = 0;
+    return ReadCardRegister(handle, card_register::Clock, CardSpace, &clock) && (clock & DriveLink) != 0;
+}
+
+void PulsePort(StreamInstance* stream) {
+    WritePort(stream->Device, port_register::Control, PortResync, PortResync);
+    DelayMicroseconds(stream->Device, PortPulse);
+    WritePort(stream->Device, port_register::Control, 0, PortResync);
+}
+
+void PulseResync(CardHandle* handle) {
+    WriteCard(handle, card_register::ClockControl, 0, Resync);
+    DelayMicroseconds(handle, 1);
+    WriteCard(handle, card_register::ClockControl, Resync, Resync);
+}
+
+// Calls `action` with each card that `takesPart` and a handle to it; ends at a card without a handle.
+template <typename Predicate, typename Action>
+MMRESULT ForEachCard(Predicate takesPart, Action action) {
+    for (CardRecord* card = FirstCard(); card != nullptr; card = NextCard(card)) {
+        if (!takesPart(*card)) {
+            continue;
+        }
+        BorrowedHandle handle(*card);
+        if (!handle) {
+            return MMSYSERR_NODRIVER;
+        }
+        action(*card, handle.Get());
+    }
+    return MMSYSERR_NOERROR;
+}
+
+}  // namespace
+
+MMRESULT MarkGroup(ClockRun& run) {
+    const MMRESULT result = ForEachCard(
+        [&run](CardRecord& card) {
+            MarkCard(run, card);
+            return TakesPart(card);
+        },
+        [](CardRecord&, CardHandle* handle) {
+            WriteCard(handle, card_register::ClockControl, ClockHold, ClockHold);
+        });
+    if (result == MMSYSERR_NOERROR) {
+        run.Master->SlavesPresent = run.Slaves;
+    }
+    return result;
+}
+
+// Only the master may drive the link.
+MMRESULT SettleLink(ClockRun& run) {
+    if (!run.Slaves) {
+        return MMSYSERR_NOERROR;
+    }
+    return ForEachCard([](CardRecord&) { return true; },
+                       [&run](CardRecord& card, CardHandle* handle) {
+                           const bool changed = &card == run.Master ? !DrivesLink(handle)
+                                                                    : WriteCardRegisterIfChanged(
+                                                                          handle, card_register::Clock,
+                                                                          CardSpace, 0, DriveLink) != FALSE;
+                           run.Changed = run.Changed || changed;
+                           if (card.ResyncPending != 0) {
+                               SetInternalClock(handle, card);
+                           }
+                       });
+}
+
+// Takes the group off its old clocks before the master's changes.
+MMRESULT QuietFollowers(ClockRun& run) {
+    if (!run.Slaves) {
+        return MMSYSERR_NOERROR;
+    }
+    return ForEachCard(
+        [&run](CardRecord& card) {
+            const bool follows = card.ActiveClockSource == LinkClock;
+            return card.InClockGroup != 0 && (run.Changed || (&card != run.Master && !follows));
+        },
+        [&run](CardRecord& card, CardHandle* handle) {
+            SetInternalClock(handle, card);
+            if (&card != run.Master) {
+                EnableReceiver(handle);
+            }
+        });
+}
+
+MMRESULT ResynchroniseCards(ClockRun& run) {
+    bool resynchronised = false;
+    const MMRESULT result = ForEachCard(TakesPart, [&](CardRecord& card, CardHandle* handle) {
+        if (card.ResyncPending != 0) {
+            resynchronised = true;
+            PulsePort(run.Stream);
+            PulseResync(handle);
+        }
+        if (card.InClockGroup != 0) {
+            SetChannelStatusRate(handle, card, run.RateCode);
+        }
+    });
+    if (result != MMSYSERR_NOERROR) {
+        return result;
+    }
+    if (resynchronised) {
+        WaitPeriods(run, ResyncSettlePeriods);
+        DelayMicroseconds(run.Stream->Device, ResyncSettle);
+    } else {
+        WaitPeriods(run, PlainSettlePeriods);
+    }
+    return MMSYSERR_NOERROR;
+}
+
+MMRESULT ReleaseCards(ClockRun&) {
+    return ForEachCard(TakesPart, [](CardRecord& card, CardHandle* handle) {
+        WriteCard(handle, card_register::ClockControl, 0, ClockHold);
+        card.ResyncPending = 0;
+        card.InClockGroup = 0;
+    });
+}
+
+}  // namespace kestvox

@@ -1,0 +1,160 @@
+#include "card/borrowed_handle.h"
+#include "card/delay.h"
+#include "card/registers.h"
+#include "clock/clock_run.h"
+#include "eventlog/driver_event.h"
+
+namespace kestvox {
+
+namespace {
+
+constexpr DWORD FastestSingleSpeed = 54000;  // Hz
+constexpr DWORD ReceiverSettle = 50000;      // microseconds
+constexpr DWORD LockPeriods = 10;
+constexpr DWORD MeasurePeriods = 192;   // one block of channel status
+constexpr DWORD FirstRateClass = 0x18;  // 96000 Hz; each slower rate code adds one class
+constexpr DWORD RateClassStep = 0x08;
+constexpr WORD LastMeasurableRateCode = 4;  // 32000 Hz
+
+// Automatic: a lone digital recording takes the clock of what it records.
+DWORD ChooseMasterSource(const ClockRun& run) {
+    const CardRecord& master = *run.Master;
+    if (master.Settings.ClockSource != AutomaticClock) {
+        return master.Settings.ClockSource;
+    }
+    const bool loneDigitalInput =
+        !run.Slaves && run.Stream->Port == 1 && master.OpenInputs == 1 && master.OpenOutputs == 0;
+    return loneDigitalInput ? DigitalInputClock : InternalClock;
+}
+
+// The receiver is switched on in two steps.
+void UseDigitalInput(CardHandle* handle) {
+    WriteCard(handle, card_register::Receiver, 0, ReceiverBit0);
+    DelayMicroseconds(handle, ReceiverSettle);
+    WriteCard(handle, card_register::Receiver, 0, ReceiverBit1);
+}
+
+// The selected clock is not valid: the card goes back to its own.
+void AbandonMasterSource(ClockRun& run, CardHandle* handle) {
+    run.Changed = true;
+    run.DigitalInput = false;
+    EnableReceiver(handle);
+    SetInternalClock(handle, *run.Master);
+    ReportDriverEvent(ClockSourceNotValid);
+}
+
+void MeasureIncomingRate(const ClockRun& run, CardHandle* handle) {
+    WriteCard(handle, card_register::Receiver, MeasureRate, MeasureRate);
+    DelayMicroseconds(handle, SamplePeriods(1, run.Rate));
+    WriteCard(handle, card_register::Receiver, 0, MeasureRate);
+    DelayMicroseconds(handle, SamplePeriods(MeasurePeriods, run.Rate));
+}
+
+bool RateMatches(DWORD measured, WORD rateCode) {
+    if ((measured & NoMeasurement) == NoMeasurement) {
+        return false;
+    }
+    return rateCode > LastMeasurableRateCode ||
+           (measured & RateClassMask) == FirstRateClass + rateCode * RateClassStep;
+}
+
+}  // namespace
+
+DWORD DoubleSpeedFor(DWORD rate) {
+    return rate > FastestSingleSpeed ? DoubleSpeed : 0;
+}
+
+void SetInternalClock(CardHandle* handle, CardRecord& card) {
+    card.ActiveClockSource = InternalClock;
+    WriteCard(handle, card_register::Clock, 0, SourceMask);
+}
+
+void EnableReceiver(CardHandle* handle) {
+    WriteCard(handle, card_register::Receiver, ReceiverBit1, ReceiverBit1);
+    WriteCard(handle, card_register::Receiver, ReceiverBit0, ReceiverBit0);
+}
+
+BOOL ClockFailsAfterSwitch(CardHandle* handle, DWORD rate) {
+    DelayMicroseconds(handle, SamplePeriods(LockPeriods, rate));
+    return TakeClockFault(handle);
+}
+
+void WaitPeriods(const ClockRun& run, DWORD periods) {
+    DelayMicroseconds(run.Stream->Device, SamplePeriods(periods, run.Rate));
+}
+
+MMRESULT ProgramMasterRate(ClockRun& run) {
+    BorrowedHandle handle(*run.Master);
+    if (!handle) {
+        return MMSYSERR_NODRIVER;
+    }
+    if (WriteCardRegisterIfChanged(handle.Get(), card_register::Clock, CardSpace, run.RateCode, RateMask)) {
+        run.Changed = true;
+    }
+    WriteCard(handle.Get(), card_register::ClockControl, DoubleSpeedFor(run.Rate), DoubleSpeed);
+    return MMSYSERR_NOERROR;
+}
+
+MMRESULT SwitchMasterSource(ClockRun& run) {
+    CardRecord& master = *run.Master;
+    const DWORD source = ChooseMasterSource(run);
+    BorrowedHandle borrowed(master);
+    if (!borrowed) {
+        return MMSYSERR_NODRIVER;
+    }
+    CardHandle* handle = borrowed.Get();
+    run.DigitalInput = source == DigitalInputClock;
+    if (run.DigitalInput) {
+        UseDigitalInput(handle);
+    } else {
+        EnableReceiver(handle);
+    }
+    TakeClockFault(handle);  // what the old source left
+    master.ActiveClockSource = source;
+    if (WriteCardRegisterIfChanged(handle, card_register::Clock, CardSpace, source, SourceMask)) {
+        run.Changed = true;
+    }
+    if (!ClockFailsAfterSwitch(handle, run.Rate)) {
+        return MMSYSERR_NOERROR;
+    }
+    AbandonMasterSource(run, handle);
+    return master.Settings.CheckClocks != 0 ? MMSYSERR_ERROR : MMSYSERR_NOERROR;
+}
+
+MMRESULT CheckIncomingRate(ClockRun& run) {
+    if (!run.DigitalInput || run.Master->Settings.CheckClocks == 0) {
+        return MMSYSERR_NOERROR;
+    }
+    BorrowedHandle handle(*run.Master);
+    if (!handle) {
+        return MMSYSERR_NODRIVER;
+    }
+    // The first measurement began before the receiver had settled: only the second one counts.
+    DWORD measured = 0;
+    MeasureIncomingRate(run, handle.Get());
+    ReadCardRegister(handle.Get(), card_register::ReceiverRate, CardSpace, &measured);
+    MeasureIncomingRate(run, handle.Get());
+    if (!ReadCardRegister(handle.Get(), card_register::ReceiverRate, CardSpace, &measured) ||
+        RateMatches(measured, run.RateCode)) {
+        return MMSYSERR_NOERROR;
+    }
+    ReportDriverEvent(MasterClockRateMismatch);
+    return MMSYSERR_ERROR;
+}
+
+MMRESULT FinishMaster(ClockRun& run) {
+    if (run.Changed) {
+        run.Master->ResyncPending = 1;
+    }
+    if (!run.Slaves) {
+        return MMSYSERR_NOERROR;
+    }
+    BorrowedHandle handle(*run.Master);
+    if (!handle) {
+        return MMSYSERR_NODRIVER;
+    }
+    WriteCard(handle.Get(), card_register::Clock, DriveLink, DriveLink);
+    return MMSYSERR_NOERROR;
+}
+
+}  // namespace kestvox

@@ -1,0 +1,64 @@
+#include "clock/sample_clock.h"
+
+#include "card/registers.h"
+#include "clock/clock_run.h"
+
+namespace kestvox {
+
+namespace {
+
+using ClockStep = MMRESULT (*)(ClockRun& run);
+
+// In sample periods: what the group needs to come to rest, before and after it is programmed.
+constexpr DWORD SettlePeriods = 1052;
+
+MMRESULT Settle(ClockRun& run) {
+    WaitPeriods(run, SettlePeriods);
+    return MMSYSERR_NOERROR;
+}
+
+constexpr ClockStep FullRun[] = {
+    MarkGroup,         Settle,
+    SettleLink,        QuietFollowers,
+    ProgramMasterRate, SwitchMasterSource,
+    CheckIncomingRate, FinishMaster,
+    ProgramFollowers,  ResynchroniseCards,
+    ReleaseCards,      Settle,
+};
+
+MMRESULT ProgramGroup(StreamInstance* stream) {
+    ClockRun run = {};
+    run.Stream = stream;
+    run.Master = stream->ClockMaster;
+    run.Rate = stream->SampleRate;
+    run.RateCode = stream->RateCode;
+    for (const ClockStep step : FullRun) {
+        const MMRESULT result = step(run);
+        if (result != MMSYSERR_NOERROR) {
+            return result;
+        }
+    }
+    run.Master->GroupRate = run.Rate;
+    return MMSYSERR_NOERROR;
+}
+
+void ProgramPort(StreamInstance* stream) {
+    const DWORD format = static_cast<DWORD>(stream->SampleFormat) << PortFormatShift;
+    WritePort(stream->Device, port_register::Control, format, PortFormatMask);
+    WritePort(stream->Device, port_register::Control, stream->Channels == 1 ? PortMono : 0, PortMono);
+}
+
+}  // namespace
+
+MMRESULT ProgramSampleClock(StreamInstance* stream) {
+    if (stream->ClockMaster->GroupRate != stream->SampleRate) {
+        const MMRESULT result = ProgramGroup(stream);
+        if (result != MMSYSERR_NOERROR) {
+            return result;
+        }
+    }
+    ProgramPort(stream);
+    return MMSYSERR_NOERROR;
+}
+
+}  // namespace kestvox

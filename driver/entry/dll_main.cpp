@@ -1,0 +1,69 @@
+#include "card/card_table.h"
+#include "entry/module.h"
+#include "stream/driver_mutex.h"
+#include "stream/service_thread.h"
+#include "stream/stream_list.h"
+
+namespace kestvox {
+
+HMODULE ModuleHandle = nullptr;
+bool InstallingFlag = false;
+
+namespace {
+
+// Two processes that load the library for the first time at the same moment must not both discover the
+// cards. Without the mutex the discovery runs all the same.
+void DiscoverOnce() {
+    HANDLE discovery = CreateSharedMutex(TEXT("ZPH_Kestrelvox_Discovery_Mutex"));
+    WaitForSingleObject(discovery, INFINITE);
+    if (!FirstLoadDone()) {
+        EnumerateCards();
+        SetFirstLoadDone();
+    }
+    if (discovery != nullptr) {
+        ReleaseMutex(discovery);
+        CloseHandle(discovery);
+    }
+}
+
+BOOL AttachProcess(HMODULE module) {
+    ModuleHandle = module;
+    DisableThreadLibraryCalls(module);
+    InitializeStreamList();
+    const BOOL threads = InitializeServiceThreads();
+    const BOOL mutex = OpenDriverMutex();
+    DiscoverOnce();
+    return mutex && threads;
+}
+
+BOOL DetachProcess() {
+    ReleaseProcess();
+    DeleteServiceThreads();
+    DeleteStreamList();
+    return TRUE;
+}
+
+}  // namespace
+
+void ReleaseProcess() {
+    if (DriverMutex != nullptr) {
+        CloseStreams(GetCurrentProcessId(), NoCard);
+        CloseDriverMutex();
+    }
+}
+
+}  // namespace kestvox
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
+    switch (reason) {
+    case DLL_PROCESS_ATTACH:
+        return kestvox::AttachProcess(module);
+    case DLL_PROCESS_DETACH:
+        return kestvox::DetachProcess();
+    case DLL_THREAD_ATTACH:
+    case DLL_THREAD_DETACH:
+        return TRUE;
+    default:
+        return FALSE;
+    }
+}

@@ -1,0 +1,142 @@
+#include "settings/card_settings_store.h"
+
+#include "card/heap.h"
+#include "card/layers_above.h"
+#include "card/requests.h"
+#include "settings/settings_key.h"
+
+namespace kestvox {
+
+namespace {
+
+constexpr const WCHAR* DefaultName = TEXT("Kestrelvox");
+
+// Analog input and playback to the analog output, digital to the digital one, at 0 dB.
+constexpr MonitorBlock DefaultMonitor = {
+    sizeof(MonitorBlock), {83, 0, 83, 0, 0, 83, 0, 83}, {128, 0, 128, 0, 0, 128, 0, 128}};
+
+// The settings that are one word, in the order in which they are loaded.
+struct WordSetting {
+    const WCHAR* Name;
+    SharedWord CardSettings::*Member;
+    DWORD Default;
+};
+
+constexpr WordSetting WordSettings[] = {
+    {TEXT("Left24"), &CardSettings::Left24, 1},
+    {TEXT("AdvancedMonitoring"), &CardSettings::AdvancedMonitoring, 0},
+    {TEXT("Punchin"), &CardSettings::Punchin, 1},
+    {TEXT("DitherADC"), &CardSettings::DitherADC, 0},
+    {TEXT("CheckClocks"), &CardSettings::CheckClocks, 1},
+    {TEXT("Professional"), &CardSettings::Professional, 1},
+    {TEXT("CopyProtect"), &CardSettings::CopyProtect, 0},
+    {TEXT("NonAudio"), &CardSettings::NonAudio, 0},
+    {TEXT("Preemphasis"), &CardSettings::Preemphasis, 0},
+    {TEXT("ClockSource"), &CardSettings::ClockSource, AutomaticClock},
+};
+
+// The device key with the settings' subkey, in a buffer of the size that the kernel driver is offered.
+class ConfigPath {
+public:
+    // FALSE when the kernel driver does not tell; DeviceKey is valid after TRUE.
+    BOOL Read(CardRecord& card) {
+        if (!GetCardRegistryPath(card, text_, DeviceKeyBytes)) {
+            return FALSE;
+        }
+        text_[DeviceKeyBytes / sizeof(WCHAR) - 1] = 0;
+        return TRUE;
+    }
+    const WCHAR* DeviceKey() const { return text_; }
+    const WCHAR* AppendConfig() {
+        lstrcatW(text_, TEXT("\\Config"));
+        return text_;
+    }
+
+private:
+    static constexpr DWORD DeviceKeyBytes = 512;
+    WCHAR text_[DeviceKeyBytes / sizeof(WCHAR) + 8] = {};
+};
+
+void ShowSettingsError(const WCHAR* text) {
+    if (GetDesktopWindow() != nullptr) {
+        MessageBoxW(nullptr, text, nullptr, MB_ICONHAND | MB_SYSTEMMODAL);
+    }
+}
+
+// Leaves `target` as it is when the value is missing or of another type.
+void LoadString(const SettingsKey& key, const WCHAR* name, WCHAR* target, int length) {
+    WCHAR* stored = nullptr;
+    if (key.QueryString(name, &stored)) {
+        lstrcpynW(target, stored, length);
+        FreeHeapArray(stored);
+    }
+}
+
+void LoadMonitor(const SettingsKey& key, CardRecord& card) {
+    MonitorBlock block = card.Settings.Monitor;
+    block.BlockSize = 0xFFFFFFFF;
+    if (!key.QueryBinary(TEXT("Monitor"), &block, sizeof block) || block.BlockSize != sizeof block) {
+        block = DefaultMonitor;
+    }
+    card.Settings.Monitor = block;
+    card.WorkingMonitor = block;
+}
+
+void LoadWords(const SettingsKey& key, CardRecord& card) {
+    for (const WordSetting& setting : WordSettings) {
+        SharedWord& member = card.Settings.*setting.Member;
+        DWORD value = member;  // a stored value of fewer bytes replaces only the first of them
+        member = key.QueryBinary(setting.Name, &value, sizeof value) ? value : setting.Default;
+    }
+}
+
+void Replace(const SettingsKey& key, const WCHAR* name, const void* data, DWORD size, DWORD type) {
+    key.DeleteValue(name);
+    key.SetValue(name, data, size, type);
+}
+
+void ReplaceString(const SettingsKey& key, const WCHAR* name, const WCHAR* text) {
+    const DWORD length = static_cast<DWORD>(lstrlenW(text)) + 1;
+    Replace(key, name, text, length * static_cast<DWORD>(sizeof(WCHAR)), REG_SZ);
+}
+
+}  // namespace
+
+void LoadCardSettings(CardRecord& card) {
+    SettingsKey key(HKEY_LOCAL_MACHINE);
+    lstrcpynW(card.Name, DefaultName, NameLength);
+    card.Settings.Master[0] = 0;
+    ConfigPath path;
+    if (!path.Read(card)) {
+        ShowSettingsError(TEXT("Could not determine device's registry key"));
+        return;
+    }
+    lstrcpynW(card.RegistryPath, path.DeviceKey(), PathLength);
+    key.SetPath(path.AppendConfig());
+    LoadString(key, TEXT("Name"), card.Name, NameLength);
+    lstrcpynW(card.WorkingName, card.Name, NameLength);
+    LoadString(key, TEXT("Master"), card.Settings.Master, PathLength);
+    LoadMonitor(key, card);
+    LoadWords(key, card);
+    card.WorkingAdvancedMonitoring = card.Settings.AdvancedMonitoring.load();
+    card.WorkingClockSource = card.Settings.ClockSource.load();
+}
+
+void SaveCardSettings(CardRecord& card) {
+    SettingsKey key(HKEY_LOCAL_MACHINE);
+    ConfigPath path;
+    if (!path.Read(card)) {
+        ShowSettingsError(TEXT("Could not save configuration information in registry"));
+        return;
+    }
+    key.SetPath(path.AppendConfig());
+    ReplaceString(key, TEXT("Name"), card.Name);
+    ReplaceString(key, TEXT("Master"), card.Settings.Master);
+    Replace(key, TEXT("Monitor"), &card.Settings.Monitor, sizeof(MonitorBlock), REG_BINARY);
+    for (const WordSetting& setting : WordSettings) {
+        const DWORD value = card.Settings.*setting.Member;
+        Replace(key, setting.Name, &value, sizeof value, REG_BINARY);
+    }
+}
+
+}  // namespace kestvox

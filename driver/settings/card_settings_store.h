@@ -1,0 +1,13 @@
+// A card's settings in the registry: values of the key "Config" below the card's device key.
+// (LoadCardSettings, which runs once when a card's record is made, is declared in card/layers_above.h.)
+#pragma once
+
+#include "card/card_record.h"
+
+namespace kestvox {
+
+// Writes every setting of the card, replacing what is stored. A value that cannot be written is
+// missing next time, and then its default holds. Tells the user when the key cannot be determined.
+void SaveCardSettings(CardRecord& card);
+
+}  // namespace kestvox

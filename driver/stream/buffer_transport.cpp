@@ -1,0 +1,172 @@
+#include "stream/buffer_transport.h"
+
+#include "card/requests.h"
+#include "stream/driver_mutex.h"
+#include "stream/notify_client.h"
+#include "stream/service_thread.h"
+#include "stream/shadow_buffer.h"
+
+namespace kestvox {
+
+namespace {
+
+constexpr LONG LeastBuffersInFlight = 4;
+
+struct CardBuffer {
+    void* Data;
+    DWORD Length;
+};
+
+CardBuffer CardBufferOf(StreamInstance* stream, const WAVEHDR* header) {
+    CardBuffer buffer = {header->lpData, header->dwBufferLength};
+    if (const ShadowBuffer* shadow = LookupShadowBuffer(stream, header)) {
+        buffer = {shadow->Data, shadow->Size};
+    }
+    if (stream->Direction->WholeWords) {
+        buffer.Length &= ~static_cast<DWORD>(3);
+    }
+    return buffer;
+}
+
+// Takes the next header, if the rule allows one, and counts it in flight.
+WAVEHDR* TakeForHandOver(StreamInstance* stream) {
+    DriverLock lock;
+    if (stream->Resetting != 0 || !MayHandOver(stream)) {
+        return nullptr;
+    }
+    WAVEHDR* header = stream->Direction->TakePendingHeader(stream);
+    if (header == nullptr) {
+        return nullptr;
+    }
+    HeldHeader* held = stream->Held.Find(header);
+    ++held->InFlight;
+    ++stream->InFlightCount;
+    stream->InFlightBytes += static_cast<LONG>(held->Bytes);
+    return header;
+}
+
+void HandOverAll(StreamInstance* stream, TransferRule rule) {
+    DWORD resets = stream->ResetCount;
+    while (WAVEHDR* header = TakeForHandOver(stream)) {
+        if (!SubmitBuffer(stream, header)) {
+            CompleteFromOutside(stream, header);
+        }
+        // A reset that ran meanwhile has flushed the kernel's queue without this buffer.
+        if (const DWORD now = stream->ResetCount; now != resets) {
+            resets = now;
+            FlushBuffers(stream->Device);
+        }
+        if (rule == TransferRule::Always || stream->PortFlag(stream->Direction->PortRunning) != 0) {
+            StartTransfer(stream->Device);
+        }
+    }
+}
+
+using Choice = HeldHeader* (HeaderLedger::*)();
+
+// Takes the header that is chosen out of the ledger; null when none is.
+WAVEHDR* TakeOutOfLedger(StreamInstance* stream, Choice choose) {
+    DriverLock lock;
+    HeldHeader* held = (stream->Held.*choose)();
+    if (held == nullptr) {
+        return nullptr;
+    }
+    WAVEHDR* header = held->Header;
+    while (held->InFlight != 0) {
+        CountDone(stream, held);
+    }
+    stream->Held.Forget(held);
+    return header;
+}
+
+void GiveBack(StreamInstance* stream, WAVEHDR* header) {
+    ReleaseShadowBuffer(stream, header);
+    if (IsBadReadPtr(header, sizeof *header)) {
+        return;
+    }
+    header->lpNext = nullptr;
+    header->dwFlags = (header->dwFlags & ~static_cast<DWORD>(WHDR_INQUEUE)) | WHDR_DONE;
+    NotifyClient(stream, stream->Direction->DoneMessage, reinterpret_cast<DWORD_PTR>(header));
+}
+
+void ReturnHeaders(StreamInstance* stream, Choice choose) {
+    while (WAVEHDR* header = TakeOutOfLedger(stream, choose)) {
+        GiveBack(stream, header);
+    }
+}
+
+}  // namespace
+
+bool MayHandOver(const StreamInstance* stream) {
+    const LONG quarterSecond = static_cast<LONG>(stream->AvgBytesPerSec >> 2);
+    return stream->InFlightCount < LeastBuffersInFlight || stream->InFlightBytes < quarterSecond;
+}
+
+WAVEHDR* TakePendingHeader(StreamInstance* stream) {
+    WAVEHDR* header = stream->PendingHeaders;
+    if (header != nullptr) {
+        stream->PendingHeaders = header->lpNext;
+    }
+    return header;
+}
+
+void AppendPendingHeader(StreamInstance* stream, WAVEHDR* header, WAVEHDR* behind) {
+    header->lpNext = nullptr;
+    if (behind != nullptr) {
+        behind->lpNext = header;
+    }
+    if (stream->PendingHeaders == nullptr) {
+        stream->PendingHeaders = header;
+    }
+}
+
+BOOL SubmitBuffer(StreamInstance* stream, WAVEHDR* header) {
+    const CardBuffer buffer = CardBufferOf(stream, header);
+    CardHandle* device = stream->Device;
+    return BeginBuffer(device) && MapBuffer(device, buffer.Data, buffer.Length) &&
+           SetBufferCookie(device, reinterpret_cast<ULONG_PTR>(header)) &&
+           QueueBuffer(device, stream->DirectMode);
+}
+
+void HandOver(StreamInstance* stream, TransferRule rule) {
+    if (stream->HandOverCalls++ != 0) {
+        return;
+    }
+    LONG served = 0;
+    do {
+        served = stream->HandOverCalls;
+        HandOverAll(stream, rule);
+    } while (stream->HandOverCalls.fetch_sub(served) != served);
+}
+
+void CountDone(StreamInstance* stream, HeldHeader* held) {
+    --held->InFlight;
+    --stream->InFlightCount;
+    stream->InFlightBytes -= static_cast<LONG>(held->Bytes);
+}
+
+void ReturnHeader(StreamInstance* stream, WAVEHDR* header) {
+    {
+        DriverLock lock;
+        HeldHeader* held = stream->Held.Find(header);
+        if (held == nullptr) {
+            return;
+        }
+        stream->Held.Forget(held);
+    }
+    GiveBack(stream, header);
+}
+
+void ReturnIdleHeaders(StreamInstance* stream) {
+    ReturnHeaders(stream, &HeaderLedger::FirstNotInFlight);
+}
+
+void ReturnSpentHeaders(StreamInstance* stream) {
+    ReturnHeaders(stream, &HeaderLedger::FirstSpent);
+}
+
+void ReturnAllHeaders(StreamInstance* stream) {
+    ReturnHeaders(stream, &HeaderLedger::First);
+}
+
+}  // namespace kestvox

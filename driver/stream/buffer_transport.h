@@ -1,0 +1,46 @@
+// The road of a header through a stream: queued, handed to the kernel while the in-flight rule allows,
+// and returned to the client.
+#pragma once
+
+#include "stream/stream_instance.h"
+
+namespace kestvox {
+
+// Whether another header may be handed to the card: until at least four are in flight and at least a
+// quarter of a second at the client's byte rate. DriverMutex held.
+bool MayHandOver(const StreamInstance* stream);
+
+// The plain form: takes the head of the queue off it. DriverMutex held.
+WAVEHDR* TakePendingHeader(StreamInstance* stream);
+
+// Queues a header and, when there is one, links it behind the last held header. DriverMutex held.
+void AppendPendingHeader(StreamInstance* stream, WAVEHDR* header, WAVEHDR* behind);
+
+// Hands one header, counted in flight already, to the kernel. TRUE only when all four requests worked.
+BOOL SubmitBuffer(StreamInstance* stream, WAVEHDR* header);
+
+enum class TransferRule {
+    WhileRunning,  // IOCTL_START_TRANSFER follows a buffer only while the port runs
+    Always,
+};
+
+// Hands headers over until the in-flight rule refuses or none is left. One thread at a time does so for
+// a stream: who comes second leaves its part to the first, so buffers reach the kernel in order and a
+// client that writes from inside a callback does not nest. A header that the kernel does not take goes
+// back to the client by way of the service thread, like one that is done.
+void HandOver(StreamInstance* stream, TransferRule rule);
+
+// Takes a finished buffer out of the counts. DriverMutex held.
+void CountDone(StreamInstance* stream, HeldHeader* held);
+
+// Gives a header that the ledger holds back to the client: shadow buffer released, marked done, client
+// called. DriverMutex need not be held; it is taken around the stream's own lists only.
+void ReturnHeader(StreamInstance* stream, WAVEHDR* header);
+
+// Returns, in the order of acceptance, the held headers that are not in the card (at a reset), those that
+// a broken loop left without a pass to come, or all of them (at a close).
+void ReturnIdleHeaders(StreamInstance* stream);
+void ReturnSpentHeaders(StreamInstance* stream);
+void ReturnAllHeaders(StreamInstance* stream);
+
+}  // namespace kestvox

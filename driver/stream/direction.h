@@ -1,0 +1,51 @@
+// What differs between output and input streams: one table for each, in waveout/ and wavein/.
+// Everything else about a stream is shared.
+#pragma once
+
+#include <windows.h>
+#include <mmsystem.h>
+
+#include "card/card_record.h"
+
+namespace kestvox {
+
+struct StreamInstance;
+struct StreamFormat;
+
+struct Direction {
+    DWORD FirstChannel;  // kernel channel of port 0
+    DWORD HoldBit;       // the direction's start hold in card register 36
+    UINT OpenMessage;    // client messages
+    UINT CloseMessage;
+    UINT DoneMessage;
+    bool WholeWords;  // the card transfers whole 32-bit words: lengths are rounded down
+
+    // Counts on the clock master, of this direction and the opposite one
+    SharedCount CardRecord::*OpenCount;
+    SharedCount CardRecord::*RunningCount;
+    SharedCount CardRecord::*OtherOpenCount;
+    SharedCount CardRecord::*OtherRunningCount;
+    // Flags of the port on the stream's own card
+    SharedWord (CardRecord::*PortOpen)[PortCount];
+    SharedWord (CardRecord::*PortRunning)[PortCount];
+
+    // Whether the card's port takes the format, and what it comes to.
+    BOOL(*AcceptFormat)
+    (const CardRecord& card, DWORD port, const WAVEFORMATEX& format, StreamFormat* accepted);
+    // Fills what only this direction has in a new stream.
+    void (*InitializeFields)(StreamInstance* stream);
+    // Brings the opened port's hardware into a usable state. `ignoreClockError`: at a power resume.
+    MMRESULT (*Prepare)(StreamInstance* stream, bool ignoreClockError);
+    // Undoes Prepare, as far as it is to be undone, when the stream closes.
+    void (*CleanUp)(StreamInstance* stream);
+    // Stops the port and returns every header; the kernel gives back those in flight.
+    MMRESULT (*Reset)(StreamInstance* stream);
+    void (*Suspend)(StreamInstance* stream);
+    void (*Resume)(StreamInstance* stream);
+    // The next header to hand to the card, taken off the queue; null when there is none. DriverMutex held.
+    WAVEHDR* (*TakePendingHeader)(StreamInstance* stream);
+    // A buffer is done, and its header is known to be the stream's own. DriverMutex held.
+    void (*OnBufferDone)(StreamInstance* stream, WAVEHDR* header);
+};
+
+}  // namespace kestvox

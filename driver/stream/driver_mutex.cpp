@@ -1,0 +1,37 @@
+#include "stream/driver_mutex.h"
+
+namespace kestvox {
+
+HANDLE DriverMutex = nullptr;
+
+HANDLE CreateSharedMutex(const WCHAR* name) {
+    // A null access list lets every process of every user open the mutex.
+    SECURITY_DESCRIPTOR descriptor;
+    InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION);
+    SetSecurityDescriptorDacl(&descriptor, TRUE, nullptr, FALSE);
+    SECURITY_ATTRIBUTES attributes = {sizeof attributes, &descriptor, FALSE};
+    return CreateMutexW(&attributes, FALSE, name);
+}
+
+BOOL OpenDriverMutex() {
+    DriverMutex = CreateSharedMutex(TEXT("ZPH_Kestrelvox_Wave_Driver_Mutex"));
+    return DriverMutex != nullptr;
+}
+
+void CloseDriverMutex() {
+    CloseHandle(DriverMutex);
+    DriverMutex = nullptr;
+}
+
+DriverLock::~DriverLock() {
+    if (held_) {
+        ReleaseMutex(DriverMutex);
+    }
+}
+
+bool DriverLock::Wait(DWORD milliseconds) {
+    const DWORD result = WaitForSingleObject(DriverMutex, milliseconds);
+    return result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
+}
+
+}  // namespace kestvox

@@ -1,0 +1,30 @@
+#include "stream/stream_instance.h"
+
+#include "card/heap.h"
+#include "stream/shadow_buffer.h"
+
+namespace kestvox {
+
+StreamInstance* NewStream() {
+    StreamInstance* stream = NewHeapObject<StreamInstance>();
+    if (stream != nullptr) {
+        InitializeCriticalSection(&stream->ControlLock);
+        stream->References = 1;
+    }
+    return stream;
+}
+
+void ReleaseStream(StreamInstance* stream) {
+    if (--stream->References != 0) {
+        return;
+    }
+    CloseCardHandle(stream->Device);
+    FreeAllShadowBuffers(stream);
+    if (stream->StopEvent != nullptr) {
+        CloseHandle(stream->StopEvent);
+    }
+    DeleteCriticalSection(&stream->ControlLock);
+    FreeHeapObject(stream);
+}
+
+}  // namespace kestvox

@@ -1,0 +1,120 @@
+// One open wave device in one process.
+//
+// Made by the open, whose address WinMM passes back with every later message; unlinked by the close.
+// The record itself lives until the last of its users (owner, service thread) lets it go.
+// Words that the service thread and application threads share are atomic; the queue, ledger and shadow
+// buffers are guarded by DriverMutex; the rest does not change after the open.
+#pragma once
+
+#include "card/card_handle.h"
+#include "stream/direction.h"
+#include "stream/header_ledger.h"
+
+namespace kestvox {
+
+struct ShadowBuffer;
+
+// How the card reads a stream's memory: port register 0, bits 6 and 7.
+enum SampleFormatCode : WORD {
+    Sample8 = 0,
+    Sample16 = 1,
+    SlotRight = 2,  // 32-bit slot, sample right-justified
+    SlotLeft = 3,   // 32-bit slot, most significant bit at bit 31
+};
+
+enum ConversionCode : WORD {
+    NoConversion = 0,
+    FromALaw = 1,
+    FromMuLaw = 2,
+    Packed24 = 3,  // 3 bytes a sample to or from SlotLeft
+};
+
+// The card's PCI configuration as a private message saved it.
+struct PciConfiguration {
+    DWORD DeviceIds;
+    DWORD SubsystemIds;
+    DWORD ClassAndRevision;
+    DWORD BaseAddress;
+    WORD Command;
+    BYTE LatencyTimer;
+    BYTE InterruptLine;
+};
+
+// What open negotiated. Rates in Hz; AvgBytesPerSec as the client gave it, unchecked.
+struct StreamFormat {
+    WORD FormatTag;
+    WORD Channels;  // 1 or 2
+    WORD RateCode;
+    WORD SampleFormat;
+    WORD Conversion;
+    DWORD SampleRate;
+    DWORD AvgBytesPerSec;
+};
+
+struct StreamInstance {
+    StreamInstance* Next;  // older stream of this process; the list's lock
+    CardHandle* Device;    // the stream's own, bound to its channel
+    DWORD OwnerProcessId;
+    CardRecord* Card;
+    CardRecord* ClockMaster;  // the card whose clock the stream runs on: its own or the link's master
+    const kestvox::Direction* Direction;
+    DWORD Port;  // 0 analog, 1 digital
+
+    DWORD_PTR Callback;
+    std::atomic<DWORD> OpenFlags;  // high word: callback type; 0: the client is not called any more
+    DWORD_PTR CallbackInstance;
+    DWORD_PTR WaveHandle;
+
+    WORD FormatTag;
+    WORD Channels;
+    WORD RateCode;
+    std::atomic<WORD> SampleFormat;  // direct mode changes it
+    WORD Conversion;
+    DWORD SampleRate;
+    DWORD AvgBytesPerSec;
+
+    ShadowBuffer* BusyBuffers;  // newest first
+    ShadowBuffer* FreeBuffers;  // most recently released first
+    HeaderLedger Held;
+    WAVEHDR* PendingHeaders;    // next header for the card, linked through lpNext
+    SharedCount InFlightCount;  // headers in the card
+    SharedCount InFlightBytes;  // ... and their dwBufferLength
+    SharedCount HandOverCalls;  // who asked for a hand-over that is going on
+    SharedWord ResetCount;
+
+    DWORD QueuedLoopCount;  // output: passes stamped into headers between loop begin and loop end
+    DWORD LoopPassesLeft;   // output: of the loop that is being handed over
+    WAVEHDR* LoopStart;
+    SharedWord Volume;  // output: low 16 bits
+
+    SharedWord Resetting;
+    SharedWord IsOpen;
+    SharedWord JustReset;  // set by a reset, cleared by whatever acts on the stream next
+    SharedWord DirectMode;
+    PciConfiguration SavedPciConfig;
+
+    HANDLE ServiceThread;
+    DWORD ServiceThreadId;
+    HANDLE StopEvent;
+    SharedWord ServiceRunning;   // the thread waits for completions
+    SharedWord ServiceFinished;  // the thread has done with the stream and its device
+    WAVEHDR** Completions;       // collected by the service thread, which alone touches these four
+    LONG CompletionCount;
+    LONG CompletionsDispatched;
+    LONG CompletionCapacity;
+
+    SharedCount References;        // owner and service thread
+    LONG Loans;                    // borrowers of Device; the list's lock
+    bool Lendable;                 // Device may be borrowed; the list's lock
+    CRITICAL_SECTION ControlLock;  // serialises the port's starts and pauses
+
+    SharedWord& PortFlag(SharedWord (CardRecord::*flags)[PortCount]) { return (Card->*flags)[Port]; }
+};
+
+// Null when there is no memory. The record starts with one reference.
+StreamInstance* NewStream();
+
+// Lets one reference go; with the last one everything that the stream still owns is closed and freed.
+void ReleaseStream(StreamInstance* stream);
+
+}  // namespace kestvox

@@ -1,0 +1,135 @@
+#include "stream/stream_list.h"
+
+#include "card/card_table.h"
+#include "stream/stream_open.h"
+
+namespace kestvox {
+
+namespace {
+
+StreamInstance* Head = nullptr;
+CRITICAL_SECTION ListLock;
+
+constexpr int LongestLoan = 5000;  // milliseconds
+
+class ListGuard {
+public:
+    ListGuard() { EnterCriticalSection(&ListLock); }
+    ~ListGuard() { LeaveCriticalSection(&ListLock); }
+    ListGuard(const ListGuard&) = delete;
+    ListGuard& operator=(const ListGuard&) = delete;
+};
+
+// The first stream from `stream` on that `matches`; the list's lock is held.
+template <typename Predicate>
+StreamInstance* FindFrom(StreamInstance* stream, Predicate matches) {
+    while (stream != nullptr && !matches(*stream)) {
+        stream = stream->Next;
+    }
+    return stream;
+}
+
+StreamLoan Lend(StreamInstance* stream) {
+    if (stream == nullptr) {
+        return {nullptr, nullptr};
+    }
+    ++stream->Loans;
+    return {stream, stream->Device};
+}
+
+StreamInstance* FindStream(DWORD processId, DWORD ordinal) {
+    ListGuard guard;
+    return FindFrom(Head, [=](const StreamInstance& stream) {
+        return (processId == 0 || stream.OwnerProcessId == processId) &&
+               (ordinal == NoCard || stream.Card->Ordinal == ordinal);
+    });
+}
+
+// A stream that is on loan stays on the list, so its successor can be found from it.
+StreamLoan LendNext(const StreamInstance* previous) {
+    ListGuard guard;
+    return Lend(FindFrom(previous != nullptr ? previous->Next : Head,
+                         [](const StreamInstance& stream) { return stream.Lendable; }));
+}
+
+template <typename Action>
+void ForEachStream(Action action) {
+    StreamLoan loan = LendNext(nullptr);
+    while (loan.Lender != nullptr) {
+        action(loan.Lender);
+        const StreamLoan next = LendNext(loan.Lender);
+        ReturnLoan(loan);
+        loan = next;
+    }
+}
+
+}  // namespace
+
+void InitializeStreamList() {
+    InitializeCriticalSection(&ListLock);
+}
+
+void DeleteStreamList() {
+    DeleteCriticalSection(&ListLock);
+}
+
+void AddStream(StreamInstance* stream) {
+    ListGuard guard;
+    stream->Next = Head;
+    stream->Lendable = true;
+    Head = stream;
+}
+
+void RemoveStream(StreamInstance* stream) {
+    ListGuard guard;
+    for (StreamInstance** link = &Head; *link != nullptr; link = &(*link)->Next) {
+        if (*link == stream) {
+            *link = stream->Next;
+            stream->Next = nullptr;
+            return;
+        }
+    }
+}
+
+StreamLoan FindStreamByCard(const CardRecord& card) {
+    ListGuard guard;
+    return Lend(FindFrom(
+        Head, [&card](const StreamInstance& stream) { return stream.Card == &card && stream.Lendable; }));
+}
+
+void ReturnLoan(const StreamLoan& loan) {
+    ListGuard guard;
+    --loan.Lender->Loans;
+}
+
+void WithdrawDevice(StreamInstance* stream) {
+    // A loan lasts one step of some operation. One that outlasts the limit belonged to a thread that was
+    // ended in the middle of it, as at the end of a process.
+    for (int waits = 0; waits < LongestLoan; ++waits) {
+        {
+            ListGuard guard;
+            stream->Lendable = false;
+            if (stream->Loans == 0) {
+                return;
+            }
+        }
+        Sleep(1);
+    }
+}
+
+void CloseStreams(DWORD processId, DWORD ordinal) {
+    while (StreamInstance* stream = FindStream(processId, ordinal)) {
+        stream->OpenFlags = 0;
+        ForceCloseStream(stream);
+    }
+}
+
+void SuspendStreams() {
+    ForEachStream([](StreamInstance* stream) { stream->Direction->Suspend(stream); });
+}
+
+void ResumeStreams() {
+    ForEachStream([](StreamInstance* stream) { stream->Direction->Resume(stream); });
+}
+
+}  // namespace kestvox

@@ -1,0 +1,31 @@
+// The streams that this process has open, newest first. Guarded by a lock of its own, which is held
+// only while the list is looked at, never while a request is sent or a client called.
+#pragma once
+
+#include "card/layers_above.h"
+#include "stream/stream_instance.h"
+
+namespace kestvox {
+
+// Once each, at process attach and detach.
+void InitializeStreamList();
+void DeleteStreamList();
+
+// At the head. The stream's device can be borrowed from now on (FindStreamByCard).
+void AddStream(StreamInstance* stream);
+
+// A stream that is not on the list leaves it unchanged.
+void RemoveStream(StreamInstance* stream);
+
+// Ends the lending of the stream's device and waits until those who have it have given it back.
+void WithdrawDevice(StreamInstance* stream);
+
+// Resets and closes every stream of a process (0: any) on a card (NoCard: any), without telling the
+// clients.
+void CloseStreams(DWORD processId, DWORD ordinal);
+
+// Calls the suspend or resume routine of every stream's direction, in list order.
+void SuspendStreams();
+void ResumeStreams();
+
+}  // namespace kestvox

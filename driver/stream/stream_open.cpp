@@ -1,0 +1,162 @@
+#include "stream/stream_open.h"
+
+#include "card/card_table.h"
+#include "eventlog/driver_event.h"
+#include "stream/buffer_transport.h"
+#include "stream/clock_master.h"
+#include "stream/driver_mutex.h"
+#include "stream/notify_client.h"
+#include "stream/service_thread.h"
+#include "stream/stream_list.h"
+
+namespace kestvox {
+
+namespace {
+
+void FillFormat(StreamInstance* stream, const StreamFormat& format) {
+    stream->FormatTag = format.FormatTag;
+    stream->Channels = format.Channels;
+    stream->RateCode = format.RateCode;
+    stream->SampleFormat = format.SampleFormat;
+    stream->Conversion = format.Conversion;
+    stream->SampleRate = format.SampleRate;
+    stream->AvgBytesPerSec = format.AvgBytesPerSec;
+}
+
+void FillClient(StreamInstance* stream, const WAVEOPENDESC& description, DWORD flags) {
+    stream->OwnerProcessId = GetCurrentProcessId();
+    stream->Callback = description.dwCallback;
+    stream->OpenFlags = flags;
+    stream->CallbackInstance = description.dwInstance;
+    stream->WaveHandle = reinterpret_cast<DWORD_PTR>(description.hWave);
+}
+
+// A stream with its channel claimed; null and the reason when that cannot be had.
+MMRESULT ClaimStream(const Direction& direction, CardRecord& card, DWORD port, StreamInstance** claimed) {
+    StreamInstance* stream = NewStream();
+    if (stream == nullptr) {
+        return MMSYSERR_NOMEM;
+    }
+    const MMRESULT result = OpenCardHandle(card, direction.FirstChannel + port, &stream->Device);
+    if (result != MMSYSERR_NOERROR) {
+        ReleaseStream(stream);
+        return result;
+    }
+    stream->Direction = &direction;
+    stream->Card = &card;
+    stream->Port = port;
+    *claimed = stream;
+    return MMSYSERR_NOERROR;
+}
+
+void CountOpen(StreamInstance* stream, CardRecord& master) {
+    stream->PortFlag(stream->Direction->PortOpen) = 1;
+    stream->ClockMaster = &master;
+    if (&master != stream->Card) {
+        CardAttach(master.Ordinal);
+    }
+}
+
+void LeaveClock(CardRecord& master, const Direction& direction) {
+    --(master.*direction.OpenCount);
+    DriverLock lock;
+    if (master.OpenOutputs == 0 && master.OpenInputs == 0) {
+        master.GroupRate = 0;
+        master.SyncStart = 0;
+        master.SyncWithOutput = 0;
+    }
+}
+
+// Closes the device now that nobody uses it. A service thread that is still at work keeps it and closes
+// it with the record.
+void CloseDevice(StreamInstance* stream) {
+    const BOOL serviceFinished = StopServiceThread(stream);
+    WithdrawDevice(stream);
+    const bool closingFromCallback = GetCurrentThreadId() == stream->ServiceThreadId;
+    if (serviceFinished || closingFromCallback) {
+        CloseCardHandle(stream->Device);
+        stream->Device = nullptr;
+    }
+}
+
+}  // namespace
+
+MMRESULT OpenStream(const Direction& direction, UINT device, DWORD_PTR* user, const WAVEOPENDESC* description,
+                    DWORD flags) {
+    const DWORD port = device & 1;
+    if (user == nullptr || description == nullptr || description->lpFormat == nullptr) {
+        return MMSYSERR_INVALPARAM;
+    }
+    CardRecord* card = FindCard(device >> 1);
+    if (card == nullptr) {
+        return MMSYSERR_BADDEVICEID;
+    }
+    if (card->EnableCount == 0) {
+        return MMSYSERR_NOTENABLED;
+    }
+    const auto& requested = *reinterpret_cast<const WAVEFORMATEX*>(description->lpFormat);
+    StreamFormat format = {};
+    if (!direction.AcceptFormat(*card, port, requested, &format)) {
+        return WAVERR_BADFORMAT;
+    }
+    if ((flags & WAVE_FORMAT_QUERY) != 0) {
+        return MMSYSERR_NOERROR;
+    }
+    CardRecord& master = ResolveClockMaster(*card);
+    if (const DWORD rate = master.GroupRate; rate != 0 && rate != format.SampleRate) {
+        return WAVERR_BADFORMAT;
+    }
+    StreamInstance* stream = nullptr;
+    MMRESULT result = ClaimStream(direction, *card, port, &stream);
+    if (result != MMSYSERR_NOERROR) {
+        return result;
+    }
+    CountOpen(stream, master);
+    FillClient(stream, *description, flags);
+    FillFormat(stream, format);
+    direction.InitializeFields(stream);
+    AddStream(stream);
+    ++(master.*direction.OpenCount);
+    result = direction.Prepare(stream, false);
+    if (result != MMSYSERR_NOERROR) {
+        ForceCloseStream(stream);
+        return result;
+    }
+    StartServiceThread(stream);
+    stream->IsOpen = 1;
+    *user = reinterpret_cast<DWORD_PTR>(stream);
+    NotifyClient(stream, direction.OpenMessage, 0);
+    return MMSYSERR_NOERROR;
+}
+
+MMRESULT CloseStream(StreamInstance* stream) {
+    if (stream->InFlightCount != 0 && stream->JustReset == 0) {
+        ReportDriverEvent(ClosedWhileBusy);
+        return WAVERR_STILLPLAYING;
+    }
+    ForceCloseStream(stream);
+    return MMSYSERR_NOERROR;
+}
+
+void ForceCloseStream(StreamInstance* stream) {
+    const Direction& direction = *stream->Direction;
+    CardRecord& master = *stream->ClockMaster;
+    direction.Reset(stream);
+    direction.CleanUp(stream);
+    if (&master != stream->Card) {
+        CardDetach(master.Ordinal);
+    }
+    CloseDevice(stream);
+    // With its handle the kernel has let go of every buffer: what it did not give back is returned here.
+    ReturnAllHeaders(stream);
+    stream->PortFlag(direction.PortOpen) = 0;
+    RemoveStream(stream);
+    if (stream->IsOpen != 0) {
+        NotifyClient(stream, direction.CloseMessage, 0);
+    }
+    LeaveClock(master, direction);
+    stream->IsOpen = 0;
+    ReleaseStream(stream);
+}
+
+}  // namespace kestvox

@@ -1,0 +1,25 @@
+#include "stream/stream_position.h"
+
+#include "card/requests.h"
+#include "stream/wave_format.h"
+
+namespace kestvox {
+
+MMRESULT GetStreamPosition(StreamInstance* stream, MMTIME* time, DWORD size) {
+    if (time == nullptr || size < sizeof(MMTIME)) {
+        return MMSYSERR_INVALPARAM;
+    }
+    const DWORD frames = GetPosition(stream->Device);
+    if (frames == NoPosition) {
+        return MMSYSERR_ERROR;
+    }
+    if (time->wType == TIME_BYTES) {
+        time->u.cb = frames * ClientSampleSize(stream->SampleFormat, stream->Conversion) * stream->Channels;
+    } else {
+        time->wType = TIME_SAMPLES;
+        time->u.sample = frames;
+    }
+    return MMSYSERR_NOERROR;
+}
+
+}  // namespace kestvox

@@ -1,0 +1,58 @@
+#include "stream/synchronized_start.h"
+
+#include "card/registers.h"
+
+namespace kestvox {
+
+namespace {
+
+void DecideRun(const StreamInstance* stream, const Direction& direction, CardRecord& master) {
+    const bool together =
+        (stream->DirectMode != 0 || master.Settings.Punchin == 0) && master.*direction.OtherOpenCount != 0;
+    master.SyncWithOutput = together;
+    master.SyncStart = master.SlavesPresent != 0 || master.*direction.OpenCount >= 2 || together;
+}
+
+DWORD HoldBits(const Direction& direction, const CardRecord& master) {
+    return master.SyncWithOutput != 0 ? OutputHold | InputHold : direction.HoldBit;
+}
+
+bool OtherDirectionStarted(const Direction& direction, const CardRecord& master) {
+    return master.SyncWithOutput == 0 ||
+           master.*direction.OtherRunningCount >= master.*direction.OtherOpenCount;
+}
+
+}  // namespace
+
+void SynchronizedStart(StreamInstance* stream) {
+    const Direction& direction = *stream->Direction;
+    CardRecord& master = *stream->ClockMaster;
+    const LONG running = ++(master.*direction.RunningCount);
+    if (running == 1 && master.*direction.OtherRunningCount == 0) {
+        DecideRun(stream, direction, master);
+    }
+    if (master.SyncStart == 0) {
+        ArmChannel(stream->Device);
+        return;
+    }
+    if (running == 1) {
+        SetStartHold(master, direction.HoldBit);
+    }
+    WritePort(stream->Device, port_register::Control, PortArm, PortArm);
+    ArmChannel(stream->Device);
+    if (master.*direction.OpenCount <= running && OtherDirectionStarted(direction, master)) {
+        ReleaseStartHold(master, HoldBits(direction, master));
+    }
+}
+
+void SynchronizedStop(StreamInstance* stream) {
+    const Direction& direction = *stream->Direction;
+    CardRecord& master = *stream->ClockMaster;
+    --(master.*direction.RunningCount);
+    if (master.SyncStart != 0) {
+        SetStartHold(master, HoldBits(direction, master));
+    }
+    DisarmChannel(stream->Device);
+}
+
+}  // namespace kestvox

@@ -1,0 +1,135 @@
+#include "stream/wave_format.h"
+
+#include <cstring>
+#include <iterator>
+
+namespace kestvox {
+
+namespace {
+
+constexpr WORD TagNonAudio = 0x0092;  // IEC 61937 data in PCM frames
+constexpr WORD ExtensibleExtraSize = 22;
+
+// KSDATAFORMAT_SUBTYPE_PCM: 00000001-0000-0010-8000-00AA00389B71
+constexpr BYTE PcmSubFormat[16] = {0x01, 0x00, 0x00, 0x00, 0x00, 0x00, 0x10, 0x00,
+                                   0x80, 0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71};
+
+constexpr WORD AnyValidBits = 0;
+constexpr WORD SlotByLeft24 = 0xFFFF;  // SlotLeft or SlotRight, as the card's setting says
+
+struct FormatRow {
+    WORD Tag;
+    WORD Bits;
+    WORD ValidBits;   // extensible only
+    WORD SampleSize;  // bytes of block alignment for each channel
+    WORD SampleFormat;
+    WORD Conversion;
+};
+
+constexpr FormatRow FormatTable[] = {
+    {WAVE_FORMAT_PCM, 8, AnyValidBits, 1, Sample8, NoConversion},
+    {WAVE_FORMAT_PCM, 16, AnyValidBits, 2, Sample16, NoConversion},
+    {WAVE_FORMAT_PCM, 20, AnyValidBits, 3, SlotLeft, Packed24},
+    {WAVE_FORMAT_PCM, 24, AnyValidBits, 3, SlotLeft, Packed24},
+    {WAVE_FORMAT_PCM, 20, AnyValidBits, 4, SlotByLeft24, NoConversion},
+    {WAVE_FORMAT_PCM, 24, AnyValidBits, 4, SlotByLeft24, NoConversion},
+    {WAVE_FORMAT_PCM, 32, AnyValidBits, 4, SlotByLeft24, NoConversion},
+    {WAVE_FORMAT_ALAW, 8, AnyValidBits, 1, Sample16, FromALaw},
+    {WAVE_FORMAT_MULAW, 8, AnyValidBits, 1, Sample16, FromMuLaw},
+    {WAVE_FORMAT_EXTENSIBLE, 8, AnyValidBits, 1, Sample8, NoConversion},
+    {WAVE_FORMAT_EXTENSIBLE, 16, AnyValidBits, 2, Sample16, NoConversion},
+    {WAVE_FORMAT_EXTENSIBLE, 24, AnyValidBits, 3, SlotLeft, Packed24},
+    {WAVE_FORMAT_EXTENSIBLE, 32, 20, 4, SlotLeft, NoConversion},
+    {WAVE_FORMAT_EXTENSIBLE, 32, 24, 4, SlotLeft, NoConversion},
+};
+
+// Hz, in the order of the rate codes.
+constexpr DWORD Rates[] = {96000, 88200, 48000, 44100, 32000, 22050, 8000, 11025};
+
+// False for an extensible format that is not plain PCM. `*validBits` is AnyValidBits for other tags.
+bool ReadValidBits(const WAVEFORMATEX& format, WORD* validBits) {
+    *validBits = AnyValidBits;
+    if (format.wFormatTag != WAVE_FORMAT_EXTENSIBLE) {
+        return true;
+    }
+    if (format.cbSize != ExtensibleExtraSize) {
+        return false;
+    }
+    const auto& extensible = reinterpret_cast<const WAVEFORMATEXTENSIBLE&>(format);
+    *validBits = extensible.Samples.wValidBitsPerSample;
+    return memcmp(&extensible.SubFormat, PcmSubFormat, sizeof PcmSubFormat) == 0 &&
+           *validBits <= format.wBitsPerSample;
+}
+
+const FormatRow* FindRow(const WAVEFORMATEX& format, WORD tag, WORD validBits) {
+    for (const FormatRow& row : FormatTable) {
+        if (row.Tag == tag && row.Bits == format.wBitsPerSample &&
+            (row.ValidBits == AnyValidBits || row.ValidBits == validBits) &&
+            row.SampleSize * format.nChannels == format.nBlockAlign) {
+            return &row;
+        }
+    }
+    return nullptr;
+}
+
+bool IsRate(DWORD rate) {
+    for (const DWORD known : Rates) {
+        if (known == rate) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+BOOL AcceptOutputFormat(const CardRecord& card, DWORD port, const WAVEFORMATEX& format,
+                        StreamFormat* accepted) {
+    WORD tag = format.wFormatTag;
+    if (tag == TagNonAudio) {
+        if (port == 0) {
+            return FALSE;  // only an S/PDIF output can mark it as what it is
+        }
+        tag = WAVE_FORMAT_PCM;
+    }
+    WORD validBits = 0;
+    if (format.nChannels < 1 || format.nChannels > 2 || !ReadValidBits(format, &validBits)) {
+        return FALSE;
+    }
+    const FormatRow* row = FindRow(format, tag, validBits);
+    if (row == nullptr || !IsRate(format.nSamplesPerSec)) {
+        return FALSE;
+    }
+    const WORD slot = card.Settings.Left24 != 0 ? SlotLeft : SlotRight;
+    accepted->FormatTag = format.wFormatTag;
+    accepted->Channels = format.nChannels;
+    accepted->RateCode = RateCodeOf(format.nSamplesPerSec);
+    accepted->SampleFormat = row->SampleFormat == SlotByLeft24 ? slot : row->SampleFormat;
+    accepted->Conversion = row->Conversion;
+    accepted->SampleRate = format.nSamplesPerSec;
+    accepted->AvgBytesPerSec = format.nAvgBytesPerSec;
+    return TRUE;
+}
+
+WORD RateCodeOf(DWORD rate) {
+    WORD code = 0;
+    while (code + 1u < std::size(Rates) && Rates[code] != rate) {
+        ++code;
+    }
+    return code;
+}
+
+DWORD ClientSampleSize(WORD sampleFormat, WORD conversion) {
+    switch (sampleFormat) {
+    case Sample8:
+        return 1;
+    case Sample16:
+        return conversion == FromALaw || conversion == FromMuLaw ? 1 : 2;
+    case SlotLeft:
+        return conversion == Packed24 ? 3 : 4;
+    default:
+        return 4;
+    }
+}
+
+}  // namespace kestvox

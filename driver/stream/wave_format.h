@@ -1,0 +1,23 @@
+// Which wave formats a port takes, and how the card plays each.
+#pragma once
+
+#include <windows.h>
+#include <mmsystem.h>
+#include <mmreg.h>
+
+#include "stream/stream_instance.h"
+
+namespace kestvox {
+
+// Fills `*accepted` and answers TRUE when the card's output port takes the format: 1 or 2 channels, one
+// of eight rates, and a combination of tag, width and block alignment of the format table.
+BOOL AcceptOutputFormat(const CardRecord& card, DWORD port, const WAVEFORMATEX& format,
+                        StreamFormat* accepted);
+
+// The card's code for a rate that it can run at.
+WORD RateCodeOf(DWORD rate);
+
+// Bytes of one sample of one channel in the client's layout.
+DWORD ClientSampleSize(WORD sampleFormat, WORD conversion);
+
+}  // namespace kestvox

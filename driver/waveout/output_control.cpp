@@ -1,0 +1,128 @@
+#include "card/requests.h"
+#include "stream/buffer_transport.h"
+#include "stream/driver_mutex.h"
+#include "stream/shadow_buffer.h"
+#include "stream/synchronized_start.h"
+#include "waveout/output_steps.h"
+#include "waveout/wave_output.h"
+
+namespace kestvox {
+
+namespace {
+
+class ControlGuard {
+public:
+    explicit ControlGuard(StreamInstance* stream) : lock_(&stream->ControlLock) {
+        EnterCriticalSection(lock_);
+    }
+    ~ControlGuard() { LeaveCriticalSection(lock_); }
+    ControlGuard(const ControlGuard&) = delete;
+    ControlGuard& operator=(const ControlGuard&) = delete;
+
+private:
+    CRITICAL_SECTION* lock_;
+};
+
+SharedWord& Running(StreamInstance* stream) {
+    return stream->PortFlag(&CardRecord::OutputRunning);
+}
+
+SharedWord& Paused(StreamInstance* stream) {
+    return stream->PortFlag(&CardRecord::OutputPaused);
+}
+
+bool IsPlaying(StreamInstance* stream) {
+    return Running(stream) != 0 && Paused(stream) == 0;
+}
+
+// Stopped or paused: nothing runs, whatever the client did from inside the callbacks of a reset.
+void MarkStopped(StreamInstance* stream) {
+    ControlGuard guard(stream);
+    if (IsPlaying(stream)) {
+        SynchronizedStop(stream);
+    }
+    Paused(stream) = 0;
+    Running(stream) = 0;
+}
+
+void EmptyQueue(StreamInstance* stream) {
+    DriverLock lock;
+    while (TakePendingOutput(stream) != nullptr) {
+    }
+}
+
+// False while headers that were written during the reset still wait.
+bool FinishReset(StreamInstance* stream) {
+    DriverLock lock;
+    if (stream->PendingHeaders != nullptr) {
+        return false;
+    }
+    stream->QueuedLoopCount = 0;
+    stream->LoopPassesLeft = 0;
+    stream->LoopStart = nullptr;
+    stream->Resetting = 0;
+    stream->JustReset = 1;
+    return true;
+}
+
+}  // namespace
+
+MMRESULT RestartOutput(StreamInstance* stream) {
+    ControlGuard guard(stream);
+    stream->JustReset = 0;
+    if (!IsPlaying(stream) && StartTransfer(stream->Device)) {
+        SynchronizedStart(stream);
+    }
+    Paused(stream) = 0;
+    Running(stream) = 1;
+    return MMSYSERR_NOERROR;
+}
+
+MMRESULT PauseOutput(StreamInstance* stream) {
+    ControlGuard guard(stream);
+    stream->JustReset = 0;
+    if (IsPlaying(stream)) {
+        SynchronizedStop(stream);
+    }
+    Paused(stream) = 1;
+    return MMSYSERR_NOERROR;
+}
+
+MMRESULT ResetOutput(StreamInstance* stream) {
+    stream->Resetting = 1;
+    ++stream->ResetCount;
+    LeaveLoop(stream);
+    PauseOutput(stream);
+    FlushBuffers(stream->Device);
+    do {
+        EmptyQueue(stream);
+        ReturnIdleHeaders(stream);
+        FreeShadowBuffers(stream);
+        MarkStopped(stream);
+    } while (!FinishReset(stream));
+    return MMSYSERR_NOERROR;
+}
+
+void SuspendOutput(StreamInstance* stream) {
+    if (Paused(stream) == 0) {
+        PauseOutput(stream);
+        if (Running(stream) != 0) {
+            StopTransfer(stream->Device);
+        }
+        stream->PortFlag(&CardRecord::OutputResumePending) = 1;
+    }
+    ReleaseChannel(stream->Device);
+    stream->ClockMaster->RunningOutputs = 0;
+}
+
+void ResumeOutput(StreamInstance* stream) {
+    AcquireChannel(stream->Device);
+    PrepareOutput(stream, true);
+    SharedWord& pending = stream->PortFlag(&CardRecord::OutputResumePending);
+    if (pending != 0) {
+        RestartOutput(stream);
+        pending = 0;
+    }
+}
+
+}  // namespace kestvox

@@ -1,0 +1,95 @@
+#include "stream/buffer_transport.h"
+#include "stream/driver_mutex.h"
+#include "waveout/output_steps.h"
+#include "waveout/wave_output.h"
+
+namespace kestvox {
+
+namespace {
+
+bool Has(const WAVEHDR* header, DWORD flag) {
+    return (header->dwFlags & flag) != 0;
+}
+
+// A header whose last play was in a pass that has gone by: no completion will return it.
+void MarkSpent(StreamInstance* stream, const WAVEHDR* header) {
+    HeldHeader* held = stream->Held.Find(header);
+    if (held != nullptr && held->InFlight == 0) {
+        held->Spent = true;
+    }
+}
+
+// Shortens what the headers of the active loop still expect by the passes that are given up. All of them
+// are held: each has a pass to come. DriverMutex held.
+void GiveUpPasses(StreamInstance* stream) {
+    const DWORD passes = stream->LoopPassesLeft - 1;
+    const WAVEHDR* last = nullptr;
+    for (WAVEHDR* header = stream->LoopStart; header != nullptr && last == nullptr; header = header->lpNext) {
+        header->dwLoops -= header->dwLoops < passes ? header->dwLoops : passes;
+        if (header->dwLoops == 0) {
+            MarkSpent(stream, header);
+        }
+        if (Has(header, WHDR_ENDLOOP)) {
+            last = header;
+        }
+    }
+    if (last == nullptr && stream->QueuedLoopCount != 0) {
+        stream->QueuedLoopCount = 1;  // the rest of the loop is still to be written, for this pass alone
+    }
+    stream->LoopPassesLeft = 1;
+}
+
+}  // namespace
+
+void StampLoop(StreamInstance* stream, WAVEHDR* header) {
+    if (Has(header, WHDR_BEGINLOOP) && stream->QueuedLoopCount == 0) {
+        stream->QueuedLoopCount = header->dwLoops != 0 ? header->dwLoops : 1;
+    }
+    header->dwLoops = stream->QueuedLoopCount;
+    if (Has(header, WHDR_ENDLOOP)) {
+        stream->QueuedLoopCount = 0;
+    }
+}
+
+WAVEHDR* TakePendingOutput(StreamInstance* stream) {
+    WAVEHDR* header = TakePendingHeader(stream);
+    if (header == nullptr) {
+        return nullptr;
+    }
+    const bool resetting = stream->Resetting != 0;
+    if (Has(header, WHDR_BEGINLOOP) && stream->LoopStart == nullptr && !resetting) {
+        stream->LoopStart = header;
+        stream->LoopPassesLeft = header->dwLoops;
+    }
+    if (Has(header, WHDR_ENDLOOP) && stream->LoopStart != nullptr) {
+        --stream->LoopPassesLeft;
+        if (stream->LoopPassesLeft != 0) {
+            stream->PendingHeaders = stream->LoopStart;
+        } else {
+            stream->LoopStart = nullptr;
+        }
+    }
+    if (resetting) {
+        header->dwLoops = 0;
+    }
+    return header;
+}
+
+MMRESULT BreakOutputLoop(StreamInstance* stream) {
+    stream->JustReset = 0;
+    LeaveLoop(stream);
+    return MMSYSERR_NOERROR;
+}
+
+void LeaveLoop(StreamInstance* stream) {
+    {
+        DriverLock lock;
+        if (stream->LoopStart == nullptr || stream->LoopPassesLeft <= 1) {
+            return;
+        }
+        GiveUpPasses(stream);
+    }
+    ReturnSpentHeaders(stream);
+}
+
+}  // namespace kestvox

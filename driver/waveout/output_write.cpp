@@ -1,0 +1,148 @@
+#include <cstring>
+
+#include "convert/expand.h"
+#include "stream/buffer_transport.h"
+#include "stream/driver_mutex.h"
+#include "stream/shadow_buffer.h"
+#include "waveout/output_steps.h"
+#include "waveout/wave_output.h"
+
+namespace kestvox {
+
+namespace {
+
+constexpr ULONG_PTR CardAlignment = 4;
+
+// From the client's samples to the card's, by conversion code.
+struct OutputConversion {
+    DWORD SourceSize;  // bytes a sample
+    DWORD CardSize;
+    void (*Expand)(void* destination, const BYTE* source, DWORD samples);
+};
+
+void Copy(void* destination, const BYTE* source, DWORD samples) {
+    memcpy(destination, source, samples);
+}
+
+void ExpandALaw(void* destination, const BYTE* source, DWORD samples) {
+    ExpandCompanded(static_cast<int16_t*>(destination), source, ALawTable, samples);
+}
+
+void ExpandMuLaw(void* destination, const BYTE* source, DWORD samples) {
+    ExpandCompanded(static_cast<int16_t*>(destination), source, MuLawTable, samples);
+}
+
+void ExpandPacked(void* destination, const BYTE* source, DWORD samples) {
+    ExpandPacked24(static_cast<uint32_t*>(destination), source, samples);
+}
+
+constexpr OutputConversion Conversions[] = {
+    {1, 1, Copy},          // NoConversion: any layout, byte by byte
+    {1, 2, ExpandALaw},    // FromALaw
+    {1, 2, ExpandMuLaw},   // FromMuLaw
+    {3, 4, ExpandPacked},  // Packed24
+};
+
+MMRESULT CheckHeader(const WAVEHDR* header, DWORD size) {
+    if (header == nullptr || size != sizeof(WAVEHDR)) {
+        return MMSYSERR_INVALPARAM;
+    }
+    if ((header->dwFlags & WHDR_PREPARED) == 0) {
+        return WAVERR_UNPREPARED;
+    }
+    if (header->lpData == nullptr || header->dwBufferLength == 0) {
+        return MMSYSERR_INVALPARAM;
+    }
+    return MMSYSERR_NOERROR;
+}
+
+void MarkAccepted(StreamInstance* stream, WAVEHDR* header) {
+    header->reserved = reinterpret_cast<DWORD_PTR>(stream);
+    header->dwFlags = (header->dwFlags & ~static_cast<DWORD>(WHDR_DONE)) | WHDR_INQUEUE;
+    DriverLock lock;
+    StampLoop(stream, header);
+}
+
+bool CardReadsDirectly(const StreamInstance* stream, const WAVEHDR* header) {
+    return stream->Conversion == NoConversion &&
+           reinterpret_cast<ULONG_PTR>(header->lpData) % CardAlignment == 0;
+}
+
+// Converts the client's data into a shadow buffer, where the card cannot read it as it is.
+MMRESULT FillCardBuffer(StreamInstance* stream, WAVEHDR* header) {
+    if (CardReadsDirectly(stream, header)) {
+        return MMSYSERR_NOERROR;
+    }
+    const OutputConversion& conversion = Conversions[stream->Conversion];
+    const DWORD samples = header->dwBufferLength / conversion.SourceSize;
+    if (samples * conversion.SourceSize != header->dwBufferLength) {
+        return MMSYSERR_INVALPARAM;
+    }
+    if (samples > 0xFFFFFFFF / conversion.CardSize) {
+        return MMSYSERR_NOMEM;
+    }
+    void* data = AcquireShadowBuffer(stream, header, samples * conversion.CardSize);
+    if (data == nullptr) {
+        return MMSYSERR_NOMEM;
+    }
+    conversion.Expand(data, reinterpret_cast<const BYTE*>(header->lpData), samples);
+    return MMSYSERR_NOERROR;
+}
+
+// FALSE when there is no memory for the header's place in the ledger.
+BOOL QueueHeader(StreamInstance* stream, WAVEHDR* header) {
+    DriverLock lock;
+    // While a loop is active its last header leads on to what comes after it.
+    const bool chained = stream->PendingHeaders != nullptr || stream->LoopStart != nullptr;
+    const HeldHeader* newest = stream->Held.Newest();
+    WAVEHDR* behind = chained && newest != nullptr ? newest->Header : nullptr;
+    if (!stream->Held.Accept(header, header->dwBufferLength)) {
+        return FALSE;
+    }
+    AppendPendingHeader(stream, header, behind);
+    return TRUE;
+}
+
+}  // namespace
+
+MMRESULT WriteOutput(StreamInstance* stream, WAVEHDR* header, DWORD size) {
+    stream->JustReset = 0;
+    MMRESULT result = CheckHeader(header, size);
+    if (result != MMSYSERR_NOERROR) {
+        return result;
+    }
+    MarkAccepted(stream, header);
+    result = FillCardBuffer(stream, header);
+    if (result != MMSYSERR_NOERROR) {
+        return result;
+    }
+    if (!QueueHeader(stream, header)) {
+        ReleaseShadowBuffer(stream, header);
+        return MMSYSERR_NOMEM;
+    }
+    HandOver(stream, TransferRule::WhileRunning);
+    if (stream->PortFlag(&CardRecord::OutputPaused) == 0) {
+        RestartOutput(stream);
+    }
+    return MMSYSERR_NOERROR;
+}
+
+// A header that has no completion to come goes back to the client; then the card is kept fed.
+void OutputBufferDone(StreamInstance* stream, WAVEHDR* header) {
+    HeldHeader* held = stream->Held.FindInFlight(header);
+    if (header->dwLoops != 0) {
+        --header->dwLoops;
+    }
+    CountDone(stream, held);
+    if (header->dwLoops == 0 && held->InFlight == 0) {
+        ReturnHeader(stream, header);
+        if (stream->IsOpen == 0) {
+            return;  // the client closed from inside its callback
+        }
+    }
+    if (stream->Resetting == 0) {
+        HandOver(stream, TransferRule::Always);
+    }
+}
+
+}  // namespace kestvox

@@ -1,0 +1,132 @@
+// The machine's event log: one ring of records for all sources. When it is full, a new record takes
+// the oldest one's place. Records hold no strings and no data.
+#include <windows.h>
+
+#include <algorithm>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+#include "platform/inspect.h"
+#include "platform/kernel/call_failure.h"
+#include "platform/kernel/handles.h"
+#include "platform/machine.h"
+
+namespace platform {
+
+namespace {
+
+class EventRing {
+public:
+    static constexpr size_t kMaxSourceLength = 63;
+
+    void Initialize() { lock_.Initialize(); }
+
+    void Append(std::u16string_view source, WORD type, WORD category, DWORD id) {
+        const std::lock_guard hold(lock_);
+        Entry& entry = entries_[written_ % kCapacity];
+        entry.SourceLength = static_cast<uint32_t>(source.copy(entry.Source, kMaxSourceLength));
+        entry.Type = type;
+        entry.Category = category;
+        entry.Id = id;
+        ++written_;
+    }
+
+    std::vector<EventRecord> Read() {
+        const std::lock_guard hold(lock_);
+        std::vector<EventRecord> records;
+        for (uint64_t i = written_ - std::min<uint64_t>(written_ - cleared_, kCapacity); i < written_; ++i) {
+            const Entry& entry = entries_[i % kCapacity];
+            records.push_back(
+                {std::u16string(entry.Source, entry.SourceLength), entry.Type, entry.Category, entry.Id});
+        }
+        return records;
+    }
+
+    void Clear() {
+        const std::lock_guard hold(lock_);
+        cleared_ = written_;
+    }
+
+private:
+    static constexpr size_t kCapacity = 512;
+
+    struct Entry {
+        WCHAR Source[kMaxSourceLength];
+        uint32_t SourceLength;
+        WORD Type;
+        WORD Category;
+        DWORD Id;
+    };
+
+    SharedMutex lock_;
+    uint64_t written_;  // in the machine's life
+    uint64_t cleared_;  // of these, how many Clear has hidden
+    Entry entries_[kCapacity];
+};
+
+constexpr MachineRegion<EventRing> ring("eventlog");
+
+class EventSource : public KernelObject {
+public:
+    static constexpr HandleKind kKind = HandleKind::EventSource;
+
+    explicit EventSource(std::u16string name) : KernelObject(kKind), Name(std::move(name)) {}
+
+    const std::u16string Name;
+};
+
+}  // namespace
+
+std::vector<EventRecord> EventLog() {
+    return ring->Read();
+}
+
+void ClearEventLog() {
+    ring->Clear();
+}
+
+}  // namespace platform
+
+using namespace platform;
+
+// This machine's log only: there is no other computer to name as the server.
+HANDLE WINAPI RegisterEventSourceW(LPCWSTR server, LPCWSTR source) {
+    if (CallFails("RegisterEventSourceW")) {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return nullptr;
+    }
+    if (server || !source || std::u16string_view(source).size() > EventRing::kMaxSourceLength) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return nullptr;
+    }
+    const HANDLE handle = OpenHandle(std::make_shared<EventSource>(source));
+    if (!handle) {
+        SetLastError(ERROR_NO_SYSTEM_RESOURCES);
+    }
+    return handle;
+}
+
+BOOL WINAPI ReportEventW(HANDLE handle, WORD type, WORD category, DWORD id, PSID, WORD stringCount,
+                         DWORD dataSize, LPCWSTR*, LPVOID) {
+    const std::shared_ptr<EventSource> source = FindObject<EventSource>(handle);
+    if (!source) {
+        SetLastError(ERROR_INVALID_HANDLE);
+        return FALSE;
+    }
+    if (stringCount != 0 || dataSize != 0) {
+        SetLastError(ERROR_NOT_SUPPORTED);
+        return FALSE;
+    }
+    ring->Append(source->Name, type, category, id);
+    return TRUE;
+}
+
+BOOL WINAPI DeregisterEventSource(HANDLE handle) {
+    if (CloseHandleOfKinds(handle, {HandleKind::EventSource})) {
+        return TRUE;
+    }
+    SetLastError(ERROR_INVALID_HANDLE);
+    return FALSE;
+}

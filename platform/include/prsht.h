@@ -1,0 +1,4 @@
+// Property sheets (comctl32).
+#pragma once
+
+#include "windows.h"

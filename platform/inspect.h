@@ -1,0 +1,56 @@
+// Behind the curtain: what tests and tools may ask of the platform layer that no Windows call tells.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+#include <vector>
+
+namespace platform {
+
+// What this process has taken and not given back. Two equal snapshots around a piece of work show
+// that it leaked nothing.
+struct Usage {
+    int Handles;       // open handles of every kind, registry keys and event sources included
+    int Threads;       // threads made with CreateThread that have not ended
+    int GlobalBlocks;  // GlobalAlloc blocks
+    int HeapBlocks;    // HeapAlloc blocks
+    int HeldMutexes;   // mutexes that a thread of this process holds
+    bool operator==(const Usage&) const = default;
+};
+Usage CurrentUsage();
+
+// Message boxes are not shown but recorded, and answered with the given button (IDOK at first).
+struct MessageBoxRecord {
+    HWND Owner;
+    std::u16string Text;
+    std::u16string Caption;  // "Error" when the caller gave none
+    UINT Style;
+};
+std::vector<MessageBoxRecord> MessageBoxes();
+void ClearMessageBoxes();
+void AnswerMessageBoxes(int button);
+
+// The machine's event log, oldest first.
+struct EventRecord {
+    std::u16string Source;
+    WORD Type;
+    WORD Category;
+    DWORD Id;
+};
+std::vector<EventRecord> EventLog();
+void ClearEventLog();
+
+// Makes the n-th coming call (1 = the next) of the named function fail as that function fails:
+// "CreateEventW", "CreateThread", "CreateMutexW", "CreateFileW", "HeapAlloc", "GlobalAlloc",
+// "GlobalReAlloc", "GlobalLock", "RegisterEventSourceW", "RegOpenKeyExW", "RegCreateKeyW",
+// "RegSetValueExW", "QueueUserAPC", "WaitForSingleObjectEx". ClearCallFailures forgets all.
+void FailCall(const char* function, unsigned nth);
+void ClearCallFailures();
+
+// The multimedia front loads the driver library at the first wave call of the process. This closes
+// every device still open, sends the driver its last messages and unloads it, so that the next wave
+// call starts afresh.
+void UnloadWaveDriver();
+
+}  // namespace platform

@@ -1,0 +1,44 @@
+#include <windows.h>
+
+#include <mutex>
+
+// The lock proper hangs on the structure's last handle; the counters are for a reader in a debugger.
+static std::recursive_mutex& LockOf(LPCRITICAL_SECTION section) {
+    return *static_cast<std::recursive_mutex*>(section->LockSemaphore);
+}
+
+static void NoteEntered(LPCRITICAL_SECTION section) {
+    ++section->RecursionCount;
+    section->OwningThread = reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(GetCurrentThreadId()));
+}
+
+void WINAPI InitializeCriticalSection(LPCRITICAL_SECTION lpCriticalSection) {
+    *lpCriticalSection = {};
+    lpCriticalSection->LockCount = -1;
+    lpCriticalSection->LockSemaphore = new std::recursive_mutex;
+}
+
+void WINAPI DeleteCriticalSection(LPCRITICAL_SECTION lpCriticalSection) {
+    delete &LockOf(lpCriticalSection);
+    *lpCriticalSection = {};
+}
+
+void WINAPI EnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection) {
+    LockOf(lpCriticalSection).lock();
+    NoteEntered(lpCriticalSection);
+}
+
+BOOL WINAPI TryEnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection) {
+    if (!LockOf(lpCriticalSection).try_lock()) {
+        return FALSE;
+    }
+    NoteEntered(lpCriticalSection);
+    return TRUE;
+}
+
+void WINAPI LeaveCriticalSection(LPCRITICAL_SECTION lpCriticalSection) {
+    if (--lpCriticalSection->RecursionCount == 0) {
+        lpCriticalSection->OwningThread = nullptr;
+    }
+    LockOf(lpCriticalSection).unlock();
+}

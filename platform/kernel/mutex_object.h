@@ -1,0 +1,44 @@
+// Mutexes: recursive, owned by a thread, abandoned when that thread ends or its process dies.
+#pragma once
+
+#include <pthread.h>
+
+#include <memory>
+#include <vector>
+
+#include "platform/kernel/handles.h"
+#include "platform/kernel/named_mutexes.h"
+#include "platform/kernel/thread_object.h"
+
+namespace platform {
+
+class MutexObject : public KernelObject, public std::enable_shared_from_this<MutexObject> {
+public:
+    static constexpr HandleKind kKind = HandleKind::Mutex;
+
+    MutexObject();                              // an unnamed mutex
+    explicit MutexObject(NamedMutexUse named);  // a mutex of the machine
+    ~MutexObject() override;
+
+    // For the calling thread: WAIT_OBJECT_0, WAIT_ABANDONED (owned, but its last owner did not give
+    // it back) or WAIT_TIMEOUT.
+    DWORD Acquire(Deadline deadline);
+
+    // False when the calling thread does not own the mutex.
+    bool Release();
+
+private:
+    std::unique_ptr<MutexCore> unnamed_;
+    NamedMutexUse named_;
+    MutexCore* const core_;
+};
+
+// For a thread that ends while it holds mutexes.
+void AbandonHeldMutexes(std::vector<HeldMutex>& held);
+
+// For the child of a fork.
+void ForgetHeldMutexes(std::vector<HeldMutex>& held);
+
+int HeldMutexCount();
+
+}  // namespace platform

@@ -1,0 +1,121 @@
+// User-mode procedure calls: queued to a thread by anyone, run by the thread when it waits alertably.
+#include <condition_variable>
+
+#include "platform/kernel/call_failure.h"
+#include "platform/kernel/thread_object.h"
+
+namespace platform {
+
+namespace {
+
+// The number of threads with calls queued or still at work on what they set off.
+struct BusyThreads {
+    std::mutex Lock;
+    std::condition_variable AllQuiet;
+    int Count = 0;
+};
+
+BusyThreads& Busy() {
+    static BusyThreads& busy = *new BusyThreads;
+    return busy;
+}
+
+}  // namespace
+
+bool ThreadObject::QueueCall(PAPCFUNC routine, ULONG_PTR data) {
+    return Queue({routine, nullptr, {data, 0, 0}});
+}
+
+bool ThreadObject::QueueCall(ProcedureCall routine, ULONG_PTR first, ULONG_PTR second, ULONG_PTR third) {
+    return Queue({nullptr, routine, {first, second, third}});
+}
+
+bool ThreadObject::Queue(const QueuedCall& call) {
+    const std::lock_guard guard(callLock_);
+    if (ended_) {
+        return false;
+    }
+    calls_.push_back(call);
+    if (!busy_) {
+        busy_ = true;
+        const std::lock_guard hold(Busy().Lock);
+        ++Busy().Count;
+    }
+    if (alertable_ != nullptr) {
+        alertable_->ClaimAndWake(Waiter::kProcedureCall);
+    }
+    return true;
+}
+
+void ThreadObject::BecomeQuietLocked() {
+    if (!busy_) {
+        return;
+    }
+    busy_ = false;
+    const std::lock_guard hold(Busy().Lock);
+    if (--Busy().Count == 0) {
+        Busy().AllQuiet.notify_all();
+    }
+}
+
+void ThreadObject::BeginAlertableWait(Waiter& waiter) {
+    const std::lock_guard guard(callLock_);
+    if (!calls_.empty()) {
+        waiter.Claim(Waiter::kProcedureCall);
+        return;
+    }
+    alertable_ = &waiter;
+    if (!waiter.IsClaimed()) {
+        BecomeQuietLocked();
+    }
+}
+
+void ThreadObject::EndAlertableWait() {
+    const std::lock_guard guard(callLock_);
+    alertable_ = nullptr;
+}
+
+void ThreadObject::RunQueuedCalls() {
+    std::unique_lock guard(callLock_);
+    while (!calls_.empty()) {
+        const QueuedCall call = calls_.front();
+        calls_.pop_front();
+        guard.unlock();
+        if (call.Short != nullptr) {
+            call.Short(call.Arguments[0]);
+        } else {
+            call.Long(call.Arguments[0], call.Arguments[1], call.Arguments[2]);
+        }
+        guard.lock();
+    }
+}
+
+bool QueueProcedureCall(const ThreadReference& thread, ProcedureCall routine, ULONG_PTR first,
+                        ULONG_PTR second, ULONG_PTR third) {
+    return thread->QueueCall(routine, first, second, third);
+}
+
+bool WaitUntilQuiet(DWORD realMilliseconds) {
+    BusyThreads& busy = Busy();
+    std::unique_lock guard(busy.Lock);
+    return busy.AllQuiet.wait_for(guard, std::chrono::milliseconds(realMilliseconds),
+                                  [&] { return busy.Count == 0; });
+}
+
+}  // namespace platform
+
+DWORD WINAPI QueueUserAPC(PAPCFUNC pfnAPC, HANDLE hThread, ULONG_PTR dwData) {
+    if (platform::CallFails("QueueUserAPC")) {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return 0;
+    }
+    const auto thread = platform::FindThreadObject(hThread);
+    if (!thread) {
+        return 0;
+    }
+    if (!thread->QueueCall(pfnAPC, dwData)) {
+        SetLastError(ERROR_GEN_FAILURE);
+        return 0;
+    }
+    return 1;
+}

@@ -1,0 +1,78 @@
+// Objects that are signalled or not, and the threads that wait for them.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <ctime>
+#include <mutex>
+#include <vector>
+
+#include "platform/kernel/handles.h"
+
+namespace platform {
+
+using Deadline = std::chrono::steady_clock::time_point;
+constexpr Deadline kNever = Deadline::max();
+constexpr Deadline kAtOnce = Deadline::min();
+Deadline DeadlineAfter(DWORD milliseconds);  // INFINITE: kNever, 0: kAtOnce
+timespec HostTime(Deadline deadline);        // neither of the two; a point of CLOCK_MONOTONIC
+
+// One wait of one thread. Whoever ends the wait claims it; the first claim wins. Lives on the
+// waiting thread's stack: those who claim it hold the lock of the list it is on while they do.
+class Waiter {
+public:
+    // How a wait ended, when not by the object with a number from 0 on.
+    static constexpr int kTimedOut = -1;
+    static constexpr int kProcedureCall = -2;
+
+    // False when the wait had ended already. Claim is for the waiting thread itself.
+    bool Claim(int outcome);
+    bool ClaimAndWake(int outcome);
+    bool IsClaimed() const { return outcome_.load(std::memory_order_relaxed) != kWaiting; }
+
+    // Blocks the calling thread until the wait ends, at the latest at the deadline.
+    int Await(Deadline deadline);
+
+private:
+    static constexpr int kWaiting = -3;
+    std::atomic<int> outcome_{kWaiting};
+};
+
+// Safe from any thread. An automatic object is reset by the one wait that it satisfies.
+class Waitable : public KernelObject {
+public:
+    Waitable(HandleKind kind, bool automatic, bool signalled)
+        : KernelObject(kind), automatic_(automatic), signalled_(signalled) {}
+
+    // Satisfies every wait enlisted now, or the oldest one when automatic.
+    void Signal();
+    void Reset();
+
+    // Ends the wait with `index` when the object is signalled, else enlists it. Withdraw is then
+    // due before the waiter goes away. A taking wait is satisfied by the object; one that does not
+    // take is only woken, to look again.
+    void Enlist(Waiter& waiter, int index, bool taking);
+    void Withdraw(Waiter& waiter);
+
+    // When signalled, satisfies the caller at once.
+    bool TryTake();
+
+    // For a wait on several objects at once: with every lock held, look at all, then take all.
+    std::mutex& Lock() { return lock_; }
+    bool IsSignalledLocked() const { return signalled_; }
+    void TakeLocked();
+
+private:
+    struct Enlisted {
+        Waiter* Wait;
+        int Index;
+        bool Taking;
+    };
+
+    std::mutex lock_;
+    const bool automatic_;
+    bool signalled_;
+    std::vector<Enlisted> waiters_;  // oldest first; those claimed elsewhere may still be on it
+};
+
+}  // namespace platform

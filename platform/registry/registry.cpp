@@ -1,0 +1,244 @@
+// The registry calls: key handles with their rights in front of the machine's store.
+#include <windows.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/kernel/call_failure.h"
+#include "platform/kernel/handles.h"
+#include "platform/registry/registry_store.h"
+
+namespace platform {
+
+namespace {
+
+constexpr MachineRegion<RegistryStore> store("registry");
+
+constexpr REGSAM kMaximumAllowed = 0x02000000;
+
+class RegistryKey : public KernelObject {
+public:
+    static constexpr HandleKind kKind = HandleKind::RegistryKey;
+
+    RegistryKey(KeyReference reference, REGSAM access)
+        : KernelObject(kKind), Reference(reference), Access(access) {}
+
+    const KeyReference Reference;
+    const REGSAM Access;
+};
+
+// A key as a call finds it behind its handle.
+struct OpenKey {
+    KeyReference Reference;
+    REGSAM Access;
+
+    bool Allows(REGSAM rights) const { return (Access & rights) == rights; }
+};
+
+bool IsPredefined(HKEY key) {
+    const auto value = reinterpret_cast<ULONG_PTR>(key);
+    const auto first = reinterpret_cast<ULONG_PTR>(HKEY_CLASSES_ROOT);
+    return value >= first && value < first + RegistryStore::kRootCount;
+}
+
+std::optional<OpenKey> FindKey(HKEY handle) {
+    if (IsPredefined(handle)) {
+        const auto root = static_cast<uint32_t>(reinterpret_cast<ULONG_PTR>(handle) & 0xF);
+        return OpenKey{{root, 0}, KEY_ALL_ACCESS};
+    }
+    const std::shared_ptr<RegistryKey> key = FindObject<RegistryKey>(handle);
+    if (!key) {
+        return std::nullopt;
+    }
+    return OpenKey{key->Reference, key->Access};
+}
+
+// ERROR_SUCCESS when the handle is open with these rights.
+LONG FindKeyWith(HKEY handle, REGSAM rights, OpenKey* key) {
+    const std::optional<OpenKey> found = FindKey(handle);
+    if (!found) {
+        return ERROR_INVALID_HANDLE;
+    }
+    *key = *found;
+    return key->Allows(rights) ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
+}
+
+LONG OpenKeyHandle(KeyReference reference, REGSAM access, HKEY* handle) {
+    const HANDLE opened = OpenHandle(std::make_shared<RegistryKey>(reference, access));
+    if (!opened) {
+        return ERROR_NO_SYSTEM_RESOURCES;
+    }
+    *handle = static_cast<HKEY>(opened);
+    return ERROR_SUCCESS;
+}
+
+std::u16string_view View(LPCWSTR text) {
+    return text ? std::u16string_view(text) : std::u16string_view();
+}
+
+// `*room` counts characters: in with the terminator, out without.
+LONG CopyName(const std::u16string& name, LPWSTR buffer, DWORD* room) {
+    if (name.size() >= *room) {
+        return ERROR_MORE_DATA;
+    }
+    name.copy(buffer, name.size());
+    buffer[name.size()] = 0;
+    *room = static_cast<DWORD>(name.size());
+    return ERROR_SUCCESS;
+}
+
+}  // namespace
+
+}  // namespace platform
+
+using namespace platform;
+
+LONG WINAPI RegOpenKeyExW(HKEY handle, LPCWSTR subkey, DWORD, REGSAM access, PHKEY result) {
+    if (CallFails("RegOpenKeyExW")) {
+        return ERROR_ACCESS_DENIED;
+    }
+    OpenKey key;
+    LONG error = FindKeyWith(handle, 0, &key);
+    if (error != ERROR_SUCCESS) {
+        return error;
+    }
+    if (!result) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    if (View(subkey).starts_with(u'\\')) {
+        return ERROR_BAD_PATHNAME;
+    }
+    KeyReference opened;
+    error = store->Open(key.Reference, View(subkey), &opened);
+    if (error != ERROR_SUCCESS) {
+        return error;
+    }
+    return OpenKeyHandle(opened, access & kMaximumAllowed ? KEY_ALL_ACCESS : access, result);
+}
+
+LONG WINAPI RegCreateKeyW(HKEY handle, LPCWSTR subkey, PHKEY result) {
+    if (CallFails("RegCreateKeyW")) {
+        return ERROR_ACCESS_DENIED;
+    }
+    OpenKey key;
+    LONG error = FindKeyWith(handle, 0, &key);
+    if (error != ERROR_SUCCESS) {
+        return error;
+    }
+    if (!result) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    if (View(subkey).starts_with(u'\\')) {
+        return ERROR_BAD_PATHNAME;
+    }
+    KeyReference opened;
+    error = store->Open(key.Reference, View(subkey), &opened);
+    if (error == ERROR_FILE_NOT_FOUND) {
+        if (!key.Allows(KEY_CREATE_SUB_KEY)) {
+            return ERROR_ACCESS_DENIED;
+        }
+        error = store->Create(key.Reference, View(subkey), &opened);
+    }
+    return error == ERROR_SUCCESS ? OpenKeyHandle(opened, KEY_ALL_ACCESS, result) : error;
+}
+
+LONG WINAPI RegDeleteKeyW(HKEY handle, LPCWSTR subkey) {
+    OpenKey key;
+    const LONG error = FindKeyWith(handle, 0, &key);
+    if (error != ERROR_SUCCESS) {
+        return error;
+    }
+    return subkey ? store->DeleteKey(key.Reference, subkey) : ERROR_INVALID_PARAMETER;
+}
+
+LONG WINAPI RegCloseKey(HKEY handle) {
+    const bool closed = IsPredefined(handle) || CloseHandleOfKinds(handle, {HandleKind::RegistryKey});
+    return closed ? ERROR_SUCCESS : ERROR_INVALID_HANDLE;
+}
+
+LONG WINAPI RegQueryValueExW(HKEY handle, LPCWSTR name, LPDWORD reserved, LPDWORD type, LPBYTE data,
+                             LPDWORD size) {
+    OpenKey key;
+    const LONG error = FindKeyWith(handle, KEY_QUERY_VALUE, &key);
+    if (error != ERROR_SUCCESS) {
+        return error;
+    }
+    if (reserved || (data && !size)) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    return store->QueryValue(key.Reference, View(name), {type, data, size});
+}
+
+LONG WINAPI RegSetValueExW(HKEY handle, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data,
+                           DWORD size) {
+    if (CallFails("RegSetValueExW")) {
+        return ERROR_ACCESS_DENIED;
+    }
+    OpenKey key;
+    const LONG error = FindKeyWith(handle, KEY_SET_VALUE, &key);
+    if (error != ERROR_SUCCESS) {
+        return error;
+    }
+    if (reserved || (!data && size > 0)) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    return store->SetValue(key.Reference, View(name), type, data, size);
+}
+
+LONG WINAPI RegDeleteValueW(HKEY handle, LPCWSTR name) {
+    OpenKey key;
+    const LONG error = FindKeyWith(handle, KEY_SET_VALUE, &key);
+    return error == ERROR_SUCCESS ? store->DeleteValue(key.Reference, View(name)) : error;
+}
+
+// Keys have no class and keep no time of their last change.
+LONG WINAPI RegEnumKeyExW(HKEY handle, DWORD index, LPWSTR name, LPDWORD room, LPDWORD reserved,
+                          LPWSTR className, LPDWORD classRoom, PFILETIME lastWrite) {
+    OpenKey key;
+    LONG error = FindKeyWith(handle, KEY_ENUMERATE_SUB_KEYS, &key);
+    if (error != ERROR_SUCCESS) {
+        return error;
+    }
+    if (!name || !room || reserved || (className && !classRoom)) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    std::u16string found;
+    error = store->SubkeyName(key.Reference, index, &found);
+    if (error != ERROR_SUCCESS) {
+        return error;
+    }
+    if (className && *classRoom > 0) {
+        className[0] = 0;
+    }
+    if (classRoom) {
+        *classRoom = 0;
+    }
+    if (lastWrite) {
+        *lastWrite = {};
+    }
+    return CopyName(found, name, room);
+}
+
+LONG WINAPI RegEnumValueW(HKEY handle, DWORD index, LPWSTR name, LPDWORD room, LPDWORD reserved, LPDWORD type,
+                          LPBYTE data, LPDWORD size) {
+    OpenKey key;
+    LONG error = FindKeyWith(handle, KEY_QUERY_VALUE, &key);
+    if (error != ERROR_SUCCESS) {
+        return error;
+    }
+    if (!name || !room || reserved || (data && !size)) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    std::u16string found;
+    error = store->ValueName(key.Reference, index, &found);
+    if (error == ERROR_SUCCESS) {
+        error = CopyName(found, name, room);
+    }
+    if (error == ERROR_SUCCESS) {
+        error = store->QueryValue(key.Reference, found, {type, data, size});
+    }
+    return error;
+}

@@ -1,0 +1,159 @@
+#include "platform/winmm/wave_driver.h"
+
+#include <condition_variable>
+#include <cstdlib>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "platform/text/unicode.h"
+
+namespace platform {
+
+namespace {
+
+using WaveEntry = DWORD(WINAPI*)(UINT, UINT, DWORD_PTR, DWORD_PTR, DWORD_PTR);
+
+struct Library {
+    HMODULE Module = nullptr;
+    DRIVERPROC Procedure = nullptr;
+    WaveEntry Entries[2] = {};  // by WaveDirection; null when the driver does not have that one
+    LRESULT Id = 0;             // what the driver made of DRV_OPEN
+
+    LRESULT Send(DWORD_PTR id, UINT message) const {
+        // Drivers want a handle of themselves; this one means nothing but that it is not null.
+        return Procedure(id, reinterpret_cast<HDRVR>(Module), message, 0, 0);
+    }
+};
+
+enum class State { NotLoaded, Loading, Loaded, Failed, Unloading };
+
+struct Driver {
+    std::mutex Lock;  // guards the rest; never held while the driver runs
+    std::condition_variable Changed;
+    State Now = State::NotLoaded;
+    std::thread::id LoadingThread;
+    int Uses = 0;
+    Library Code;  // constant while Loaded
+};
+
+Driver& TheDriver() {
+    static auto* const driver = new Driver;
+    return *driver;
+}
+
+std::u16string DriverPath() {
+    const char* const path = std::getenv("KESTVOX_DRIVER");
+    return path && *path ? ToUtf16(path) : u"kestvox.dll";
+}
+
+// False when the driver refuses; then it has had the messages that undo those it accepted.
+bool Start(Library* library) {
+    if (library->Send(0, DRV_LOAD) == 0) {
+        return false;
+    }
+    library->Send(0, DRV_ENABLE);
+    library->Id = library->Send(0, DRV_OPEN);
+    if (library->Id != 0) {
+        return true;
+    }
+    library->Send(0, DRV_DISABLE);
+    library->Send(0, DRV_FREE);
+    return false;
+}
+
+void Stop(const Library& library) {
+    library.Send(static_cast<DWORD_PTR>(library.Id), DRV_CLOSE);
+    library.Send(0, DRV_DISABLE);
+    library.Send(0, DRV_FREE);
+}
+
+// An exported function of the module; null when it has none of that name.
+template <typename Function>
+Function Import(HMODULE module, LPCSTR name) {
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+}
+
+bool Load(Library* library) {
+    library->Module = LoadLibraryW(DriverPath().c_str());
+    if (!library->Module) {
+        return false;
+    }
+    library->Procedure = Import<DRIVERPROC>(library->Module, "DriverProc");
+    library->Entries[0] = Import<WaveEntry>(library->Module, "wodMessage");
+    library->Entries[1] = Import<WaveEntry>(library->Module, "widMessage");
+    if (library->Procedure && Start(library)) {
+        return true;
+    }
+    FreeLibrary(library->Module);
+    return false;
+}
+
+// REQUIRES: `hold` has the driver's lock, which is given up while the driver loads.
+void LoadOnce(Driver& driver, std::unique_lock<std::mutex>& hold) {
+    driver.Now = State::Loading;
+    driver.LoadingThread = std::this_thread::get_id();
+    hold.unlock();
+    Library library;
+    const bool loaded = Load(&library);
+    hold.lock();
+    driver.Code = library;
+    driver.Now = loaded ? State::Loaded : State::Failed;
+    driver.Changed.notify_all();
+}
+
+}  // namespace
+
+WaveDriverUse::WaveDriverUse() {
+    Driver& driver = TheDriver();
+    std::unique_lock hold(driver.Lock);
+    // A driver that calls the wave functions while it loads finds itself not loaded.
+    while (driver.Now == State::Loading && driver.LoadingThread != std::this_thread::get_id()) {
+        driver.Changed.wait(hold);
+    }
+    if (driver.Now == State::NotLoaded) {
+        LoadOnce(driver, hold);
+    }
+    loaded_ = driver.Now == State::Loaded;
+    if (loaded_) {
+        ++driver.Uses;
+    }
+}
+
+WaveDriverUse::~WaveDriverUse() {
+    if (!loaded_) {
+        return;
+    }
+    Driver& driver = TheDriver();
+    const std::lock_guard hold(driver.Lock);
+    --driver.Uses;
+    driver.Changed.notify_all();
+}
+
+DWORD WaveDriverUse::Send(WaveDirection direction, UINT device, UINT message, DWORD_PTR user, DWORD_PTR first,
+                          DWORD_PTR second) const {
+    const WaveEntry entry = loaded_ ? TheDriver().Code.Entries[static_cast<int>(direction)] : nullptr;
+    return entry ? entry(device, message, user, first, second) : DWORD{MMSYSERR_NODRIVER};
+}
+
+void ReleaseWaveDriver() {
+    Driver& driver = TheDriver();
+    std::unique_lock hold(driver.Lock);
+    if (driver.Now == State::Failed) {
+        driver.Now = State::NotLoaded;
+    }
+    if (driver.Now != State::Loaded) {
+        return;
+    }
+    driver.Now = State::Unloading;
+    while (driver.Uses > 0) {
+        driver.Changed.wait(hold);
+    }
+    hold.unlock();
+    Stop(driver.Code);
+    FreeLibrary(driver.Code.Module);
+    hold.lock();
+    driver.Now = State::NotLoaded;
+}
+
+}  // namespace platform

@@ -1,0 +1,36 @@
+// The installable wave driver behind the wave calls: loaded at the first of them, and then its two
+// message entries.
+#pragma once
+
+#include <windows.h>
+#include <mmsystem.h>
+
+namespace platform {
+
+enum class WaveDirection { Out, In };
+
+// A stretch of time in which the driver stays loaded. The first one of the process loads it: the
+// library "kestvox.dll" (or the one that the environment variable KESTVOX_DRIVER names), then
+// DRV_LOAD, DRV_ENABLE and DRV_OPEN. A driver that does not load is not tried again before
+// UnloadWaveDriver. While it is being unloaded, no new stretch finds it loaded.
+class WaveDriverUse {
+public:
+    WaveDriverUse();
+    ~WaveDriverUse();
+    WaveDriverUse(const WaveDriverUse&) = delete;
+    WaveDriverUse& operator=(const WaveDriverUse&) = delete;
+
+    explicit operator bool() const { return loaded_; }
+
+    // The driver's answer; MMSYSERR_NODRIVER when it is not loaded. No lock is held meanwhile.
+    DWORD Send(WaveDirection direction, UINT device, UINT message, DWORD_PTR user, DWORD_PTR first,
+               DWORD_PTR second) const;
+
+private:
+    bool loaded_;
+};
+
+// DRV_CLOSE, DRV_DISABLE, DRV_FREE and out with it, when all uses have ended. Not from inside one.
+void ReleaseWaveDriver();
+
+}  // namespace platform

@@ -1,0 +1,77 @@
+// The recording calls of the multimedia system.
+#include <windows.h>
+#include <mmsystem.h>
+#include <mmddk.h>
+
+#include "platform/winmm/wave_device.h"
+
+namespace {
+
+constexpr auto kIn = platform::WaveDirection::In;
+
+platform::WaveHandle Value(HWAVEIN handle) {
+    return reinterpret_cast<platform::WaveHandle>(handle);
+}
+
+}  // namespace
+
+UINT WINAPI waveInGetNumDevs() {
+    return platform::WaveDeviceCount(kIn);
+}
+
+MMRESULT WINAPI waveInGetDevCapsW(UINT_PTR device, LPWAVEINCAPSW caps, UINT size) {
+    return platform::GetWaveCaps(kIn, device, caps, sizeof *caps, size);
+}
+
+MMRESULT WINAPI waveInOpen(LPHWAVEIN handle, UINT device, LPCWAVEFORMATEX format, DWORD_PTR callback,
+                           DWORD_PTR instance, DWORD flags) {
+    if (!handle && !(flags & WAVE_FORMAT_QUERY)) {
+        return MMSYSERR_INVALPARAM;
+    }
+    platform::WaveHandle opened = 0;
+    const MMRESULT result = platform::OpenWave(kIn, {device, format, callback, instance, flags}, &opened);
+    if (opened != 0) {
+        *handle = reinterpret_cast<HWAVEIN>(opened);
+    }
+    return result;
+}
+
+MMRESULT WINAPI waveInClose(HWAVEIN handle) {
+    return platform::CloseWave(kIn, Value(handle));
+}
+
+MMRESULT WINAPI waveInPrepareHeader(HWAVEIN handle, LPWAVEHDR header, UINT size) {
+    return platform::PrepareWaveHeader(kIn, Value(handle), header, size);
+}
+
+MMRESULT WINAPI waveInUnprepareHeader(HWAVEIN handle, LPWAVEHDR header, UINT size) {
+    return platform::UnprepareWaveHeader(kIn, Value(handle), header, size);
+}
+
+MMRESULT WINAPI waveInAddBuffer(HWAVEIN handle, LPWAVEHDR header, UINT size) {
+    return platform::QueueWaveHeader(kIn, Value(handle), header, size);
+}
+
+MMRESULT WINAPI waveInStart(HWAVEIN handle) {
+    return platform::SendWave(kIn, Value(handle), WIDM_START);
+}
+
+MMRESULT WINAPI waveInStop(HWAVEIN handle) {
+    return platform::SendWave(kIn, Value(handle), WIDM_STOP);
+}
+
+MMRESULT WINAPI waveInReset(HWAVEIN handle) {
+    return platform::SendWave(kIn, Value(handle), WIDM_RESET);
+}
+
+MMRESULT WINAPI waveInGetPosition(HWAVEIN handle, LPMMTIME time, UINT size) {
+    return platform::GetWavePosition(kIn, Value(handle), time, size);
+}
+
+MMRESULT WINAPI waveInGetID(HWAVEIN handle, LPUINT device) {
+    return platform::GetWaveId(kIn, Value(handle), device);
+}
+
+MMRESULT WINAPI waveInMessage(HWAVEIN device, UINT message, DWORD_PTR first, DWORD_PTR second) {
+    return platform::SendWaveOrId(kIn, Value(device), message, first, second);
+}

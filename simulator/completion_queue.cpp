@@ -1,0 +1,61 @@
+#include "simulator/completion_queue.h"
+
+#include <algorithm>
+
+#include "simulator/sample_clock.h"
+
+namespace simulator {
+
+void CompletionQueue::Add(uint32_t file, const CompletionTarget& target, ULONG_PTR cookie, int64_t now,
+                          FaultList& faults) {
+    if (!target.Routine) {
+        return;
+    }
+    Call call{file, target, cookie, now};
+    const std::optional<Fault> fault = faults.StrikeCompletion();
+    if (!fault) {
+        ready_.push_back(call);
+    } else if (fault->What == Fault::Kind::Late) {
+        call.Due = now + fault->Delay * 1000;
+        late_.push_back(call);
+    } else if (fault->What == Fault::Kind::Twice) {
+        ready_.insert(ready_.end(), 2, call);
+    }
+}
+
+int64_t CompletionQueue::NextLate() const {
+    int64_t next = Never;
+    for (const Call& call : late_) {
+        next = std::min(next, call.Due);
+    }
+    return next;
+}
+
+void CompletionQueue::Ripen(int64_t now) {
+    const auto due = std::stable_partition(late_.begin(), late_.end(),
+                                           [now](const Call& call) { return call.Due > now; });
+    std::stable_sort(due, late_.end(), [](const Call& a, const Call& b) { return a.Due < b.Due; });
+    ready_.insert(ready_.end(), due, late_.end());
+    late_.erase(due, late_.end());
+}
+
+void CompletionQueue::Forget(uint32_t file) {
+    const auto isIts = [file](const Call& call) { return call.File == file; };
+    std::erase_if(ready_, isIts);
+    std::erase_if(late_, isIts);
+}
+
+bool CompletionQueue::Deliver() {
+    const std::unique_lock<std::mutex> hold = Hold();
+    std::deque<Call> calls;
+    {
+        const host::MachineGuard guard;
+        calls.swap(ready_);
+    }
+    for (const Call& call : calls) {
+        host::QueueCall(call.Target.Thread, call.Target.Routine, call.Cookie);
+    }
+    return !calls.empty();
+}
+
+}  // namespace simulator

@@ -1,0 +1,262 @@
+#include "simulator/simulator.h"
+
+#include <algorithm>
+
+#include "simulator/card_power.h"
+#include "simulator/channel_run.h"
+#include "simulator/claims.h"
+#include "simulator/clock_control.h"
+#include "simulator/kernel_driver.h"
+#include "simulator/machine_state.h"
+#include "simulator/process_side.h"
+#include "simulator/register_file.h"
+#include "simulator/timeline.h"
+
+namespace simulator {
+
+class Simulator::Impl {
+public:
+    explicit Impl(const Options& options) {
+        AttachProcess(options.Cards, options.Time == TimeKind::Stepped);
+        Clock.emplace(Side);
+        Driver.emplace(Side, *Clock);
+        host::InstallDriver(&*Driver);
+        host::InstallTimer(IsStepped() ? &*Clock : nullptr);
+    }
+    ~Impl() {
+        host::InstallTimer(nullptr);
+        host::InstallDriver(nullptr);
+        Driver.reset();
+        Clock.reset();
+        DetachProcess();
+    }
+    Impl(const Impl&) = delete;
+    Impl& operator=(const Impl&) = delete;
+
+    // Runs `action` on the card with everything done that is due; what it set off is delivered.
+    template <typename Action>
+    auto With(unsigned card, Action action) {
+        const auto run = [&] {
+            const host::MachineGuard guard;
+            MachineState& machine = Machine();
+            const int64_t now = machine.Now();
+            Side.CatchUp(now);
+            return action(machine, machine.Cards[card], now);
+        };
+        if constexpr (std::is_void_v<decltype(run())>) {
+            run();
+            Side.Completions.Deliver();
+        } else {
+            auto answer = run();
+            Side.Completions.Deliver();
+            return answer;
+        }
+    }
+
+    ProcessSide Side;
+    std::optional<Timeline> Clock;
+    std::optional<KernelDriver> Driver;
+
+private:
+    static bool IsStepped() {
+        const host::MachineGuard guard;
+        return Machine().Stepped;
+    }
+};
+
+Simulator::Simulator(const Options& options) : impl_(std::make_unique<Impl>(options)) {}
+Simulator::~Simulator() = default;
+
+unsigned Simulator::CardCount() const {
+    const host::MachineGuard guard;
+    return Machine().CardCount;
+}
+
+// --- time -----------------------------------------------------------------------------------------
+
+int64_t Simulator::NowMicroseconds() const {
+    const host::MachineGuard guard;
+    return Machine().Now() / 1000;
+}
+
+void Simulator::Advance(int64_t microseconds) { impl_->Clock->Advance(microseconds * 1000, false); }
+
+bool Simulator::AdvanceToNextCompletion(int64_t limit) { return impl_->Clock->Advance(limit * 1000, true); }
+
+// --- the scene ------------------------------------------------------------------------------------
+
+std::u16string Simulator::RegistryPath(unsigned card) {
+    std::u16string path = u"System\\CurrentControlSet\\Services\\Kestrelvox\\Device";
+    for (const char digit : std::to_string(card)) {
+        path.push_back(static_cast<char16_t>(digit));
+    }
+    return path;
+}
+
+void Simulator::SetPresent(unsigned card, bool present) {
+    impl_->With(card, [=](MachineState& machine, CardState& state, int64_t now) {
+        if (state.Present != present) {
+            state.Present = present;
+            PowerUp(machine, card, now);
+        }
+    });
+}
+
+void Simulator::PowerCycle(unsigned card) {
+    impl_->With(card, [=](MachineState& machine, CardState&, int64_t now) { PowerUp(machine, card, now); });
+}
+
+void Simulator::SetIdentityPage(unsigned card, std::span<const uint8_t, 128> page) {
+    impl_->With(card, [&](MachineState&, CardState& state, int64_t) {
+        std::copy(page.begin(), page.end(), state.IdentityPage.begin());
+    });
+}
+
+void Simulator::SetVersionPage(unsigned card, std::span<const uint8_t, 128> page) {
+    impl_->With(card, [&](MachineState&, CardState& state, int64_t) {
+        std::copy(page.begin(), page.end(), state.VersionPage.begin());
+    });
+}
+
+void Simulator::SetPciRegister(unsigned card, unsigned offset, std::span<const uint8_t> bytes) {
+    impl_->With(card, [&](MachineState&, CardState& state, int64_t) {
+        for (size_t i = 0; i < bytes.size() && offset + i < state.PciConfig.size(); ++i) {
+            state.PciConfig[offset + i] = bytes[i];
+        }
+    });
+}
+
+void Simulator::SetDigitalInputRate(unsigned card, unsigned hertz) {
+    impl_->With(card, [=](MachineState& machine, CardState& state, int64_t now) {
+        state.DigitalInputRate = hertz;
+        ResolveClocks(machine, now);
+    });
+}
+
+void Simulator::SetClockBroken(unsigned card, unsigned source, bool broken) {
+    impl_->With(card, [=](MachineState& machine, CardState& state, int64_t now) {
+        state.Broken[source / 0x20 % state.Broken.size()] = broken;
+        ResolveClocks(machine, now);
+    });
+}
+
+void Simulator::SetDrift(unsigned card, int partsPerMillion) {
+    impl_->With(card, [=](MachineState& machine, CardState& state, int64_t now) {
+        state.Drift = std::clamp(partsPerMillion, -SampleClock::MaxDrift, SampleClock::MaxDrift);
+        ResolveClocks(machine, now);
+    });
+}
+
+// --- what the card was told and what it did -----------------------------------------------------------
+
+namespace {
+
+uint8_t ReadNamed(MachineState& machine, unsigned card, RegisterFile file, unsigned channel, unsigned index,
+                  int64_t now) {
+    const RegisterDefinition* definition = FindRegister(file, channel, index);
+    return definition ? ReadRegisterValue(machine, card, channel, *definition, now) : 0;
+}
+
+}  // namespace
+
+uint8_t Simulator::CardRegister(unsigned card, unsigned index) const {
+    return impl_->With(card, [=](MachineState& machine, CardState&, int64_t now) {
+        return ReadNamed(machine, card, RegisterFile::Card, 0, index, now);
+    });
+}
+
+uint8_t Simulator::OutputRegister(unsigned card, Port port, unsigned index) const {
+    return impl_->With(card, [=](MachineState& machine, CardState&, int64_t now) {
+        return ReadNamed(machine, card, RegisterFile::Port, FirstOutput + static_cast<unsigned>(port), index,
+                         now);
+    });
+}
+
+uint8_t Simulator::InputRegister(unsigned card, Port port, unsigned index) const {
+    return impl_->With(card, [=](MachineState& machine, CardState&, int64_t now) {
+        return ReadNamed(machine, card, RegisterFile::Port, static_cast<unsigned>(port), index, now);
+    });
+}
+
+uint8_t Simulator::IndirectRegister(unsigned card, unsigned index) const {
+    return impl_->With(card, [=](MachineState& machine, CardState&, int64_t now) {
+        return ReadNamed(machine, card, RegisterFile::Indirect, 0, index, now);
+    });
+}
+
+unsigned Simulator::MixerGain(unsigned card, unsigned index) const {
+    return impl_->With(card, [=](MachineState& machine, CardState&, int64_t now) -> unsigned {
+        return ReadNamed(machine, card, RegisterFile::Mixer, 0, index, now);
+    });
+}
+
+std::vector<RegisterView> Simulator::Registers(unsigned card) const {
+    return impl_->With(card, [=](MachineState& machine, CardState&, int64_t now) {
+        return ViewRegisters(machine, card, now);
+    });
+}
+
+unsigned Simulator::SampleRate(unsigned card) const {
+    return impl_->With(card, [](MachineState&, CardState& state, int64_t) -> unsigned { return state.Clock.Rate; });
+}
+
+uint64_t Simulator::ClockFrame(unsigned card) const {
+    return impl_->With(card, [](MachineState&, CardState& state, int64_t now) {
+        const uint64_t frame = state.Clock.FramesAt(now);
+        return frame - std::min<uint64_t>(frame, state.Lag);
+    });
+}
+
+OutputStatus Simulator::Output(unsigned card, Port port) const {
+    return impl_->With(card, [=](MachineState&, CardState& state, int64_t) {
+        return state.Channels[FirstOutput + static_cast<unsigned>(port)].Status;
+    });
+}
+
+std::vector<Frame> Simulator::Played(unsigned card, Port port) const {
+    return impl_->With(card, [&](MachineState&, CardState&, int64_t) {
+        return impl_->Side.Player(card).Output(port).Played();
+    });
+}
+
+std::vector<Frame> Simulator::Heard(unsigned card, Port port) const {
+    return impl_->With(card, [&](MachineState&, CardState&, int64_t) {
+        return impl_->Side.Player(card).Output(port).Heard();
+    });
+}
+
+void Simulator::ForgetAudio() {
+    impl_->With(0, [this](MachineState&, CardState&, int64_t) {
+        for (unsigned card = 0; card < MaxCards; ++card) {
+            impl_->Side.Player(card).ForgetAudio();
+        }
+    });
+}
+
+bool Simulator::ChannelClaimed(unsigned card, unsigned channel) const {
+    return impl_->With(card, [=](MachineState&, CardState& state, int64_t) {
+        return channel < ChannelCount && IsClaimed(state.Channels[channel]);
+    });
+}
+
+unsigned Simulator::OpenFiles() const {
+    const host::MachineGuard guard;
+    return impl_->Side.OpenFiles();
+}
+
+// --- trace and faults -----------------------------------------------------------------------------------
+
+std::vector<TraceEntry> Simulator::Trace() const { return impl_->Side.Trace.Entries(); }
+void Simulator::ClearTrace() { impl_->Side.Trace.Clear(); }
+
+void Simulator::AddFault(const Fault& fault) {
+    const host::MachineGuard guard;
+    impl_->Side.Faults.Add(fault);
+}
+
+void Simulator::ClearFaults() {
+    const host::MachineGuard guard;
+    impl_->Side.Faults.Clear();
+}
+
+}  // namespace simulator

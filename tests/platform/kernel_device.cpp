@@ -1,0 +1,186 @@
+// Device files: what a device's driver sees of the calls, and what the caller sees of its answers.
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "platform/device.h"
+#include "platform/inspect.h"
+
+namespace {
+
+constexpr DWORD kEcho = CTL_CODE(0x8000, 0x801, METHOD_BUFFERED, FILE_ANY_ACCESS);
+constexpr DWORD kStayPending = CTL_CODE(0x8000, 0x802, METHOD_BUFFERED, FILE_ANY_ACCESS);
+constexpr DWORD kCloseMeanwhile = CTL_CODE(0x8000, 0x803, METHOD_BUFFERED, FILE_ANY_ACCESS);
+
+class EchoDriver : public platform::DeviceDriver {
+public:
+    DWORD Open(const WCHAR* path, void** file) override {
+        if (std::u16string_view(path) != TEXT("\\\\.\\Echo0")) {
+            return ERROR_FILE_NOT_FOUND;
+        }
+        *file = this;
+        return ERROR_SUCCESS;
+    }
+
+    void Close(void* file) override {
+        EXPECT_EQ(file, this);
+        ++Closes;
+    }
+
+    DWORD Control(void* file, platform::DeviceRequest& request) override {
+        EXPECT_EQ(file, this);
+        switch (request.Code) {
+        case kEcho:
+            if (Event != nullptr) {
+                EventWasReset = WaitForSingleObject(Event, 0) == WAIT_TIMEOUT;
+            }
+            request.BytesReturned = std::min(request.InputLength, request.OutputLength);
+            std::memcpy(request.Output, request.Input, request.BytesReturned);
+            return ERROR_SUCCESS;
+        case kStayPending:
+            return ERROR_IO_PENDING;
+        case kCloseMeanwhile:
+            EXPECT_TRUE(CloseHandle(Device));
+            EXPECT_EQ(Closes, 0) << "closed under a running request";
+            return ERROR_SUCCESS;
+        default:
+            return ERROR_INVALID_FUNCTION;
+        }
+    }
+
+    int Closes = 0;
+    HANDLE Device = nullptr;
+    HANDLE Event = nullptr;
+    bool EventWasReset = false;
+};
+
+HANDLE OpenDevice(const WCHAR* path, DWORD flags) {
+    return CreateFileW(path, 0, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, flags, nullptr);
+}
+
+class DeviceFile : public testing::Test {
+protected:
+    DeviceFile() {
+        platform::InstallDeviceDriver(&driver_);
+        driver_.Device = OpenDevice(TEXT("\\\\.\\Echo0"), FILE_FLAG_OVERLAPPED);
+        overlapped_.hEvent = driver_.Event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    }
+    ~DeviceFile() override {
+        CloseHandle(driver_.Device);
+        CloseHandle(driver_.Event);
+        platform::InstallDeviceDriver(nullptr);
+    }
+
+    BOOL Send(DWORD code, OVERLAPPED* overlapped) {
+        bytes_ = 77;
+        return DeviceIoControl(driver_.Device, code, input_, sizeof input_, output_, sizeof output_, &bytes_,
+                               overlapped);
+    }
+
+    bool EventIsSet() const { return WaitForSingleObject(driver_.Event, 0) == WAIT_OBJECT_0; }
+
+    EchoDriver driver_;
+    OVERLAPPED overlapped_{};
+    char input_[8] = "request";
+    char output_[4] = {};
+    DWORD bytes_ = 0;
+};
+
+TEST_F(DeviceFile, OpensOnlyWhatTheDriverKnows) {
+    EXPECT_NE(driver_.Device, INVALID_HANDLE_VALUE);
+    for (const WCHAR* path : {TEXT("\\\\.\\Echo1"), TEXT("Echo0"), TEXT("C:\\Echo0"), TEXT("")}) {
+        EXPECT_EQ(OpenDevice(path, 0), INVALID_HANDLE_VALUE);
+        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
+    }
+    platform::InstallDeviceDriver(nullptr);
+    EXPECT_EQ(OpenDevice(TEXT("\\\\.\\Echo0"), 0), INVALID_HANDLE_VALUE);
+}
+
+TEST_F(DeviceFile, ReportsSuccessThroughTheOverlappedStructure) {
+    SetEvent(driver_.Event);
+    EXPECT_TRUE(Send(kEcho, &overlapped_));
+    EXPECT_TRUE(driver_.EventWasReset) << "before the driver is called";
+    EXPECT_EQ(bytes_, 4u);
+    EXPECT_EQ(std::string(output_, 4), "requ");
+    EXPECT_EQ(overlapped_.Internal, 0u);
+    EXPECT_EQ(overlapped_.InternalHigh, 4u);
+    EXPECT_TRUE(EventIsSet());
+}
+
+TEST_F(DeviceFile, FailureAndPendingLeaveTheEventReset) {
+    SetEvent(driver_.Event);
+    EXPECT_FALSE(Send(0x80001234, &overlapped_));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_FUNCTION));
+    EXPECT_FALSE(EventIsSet());
+
+    SetEvent(driver_.Event);
+    EXPECT_FALSE(Send(kStayPending, &overlapped_));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_IO_PENDING));
+    EXPECT_EQ(overlapped_.Internal, STATUS_PENDING);
+    EXPECT_EQ(bytes_, 0u) << "nothing came back that a caller could take for an answer";
+    EXPECT_FALSE(EventIsSet());
+}
+
+TEST_F(DeviceFile, OverlappedHandleNeedsAnOverlappedStructure) {
+    EXPECT_FALSE(Send(kEcho, nullptr));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+
+    CloseHandle(driver_.Device);
+    driver_.Device = OpenDevice(TEXT("\\\\.\\Echo0"), 0);
+    EXPECT_TRUE(Send(kEcho, nullptr));
+    EXPECT_EQ(bytes_, 4u);
+
+    overlapped_.hEvent = reinterpret_cast<HANDLE>(ULONG_PTR{12345});
+    EXPECT_FALSE(Send(kEcho, &overlapped_));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_HANDLE));
+}
+
+TEST_F(DeviceFile, IsClosedOnceAndNotUnderARequest) {
+    EXPECT_TRUE(Send(kCloseMeanwhile, &overlapped_));
+    EXPECT_EQ(driver_.Closes, 1);
+    EXPECT_FALSE(Send(kEcho, &overlapped_));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_HANDLE));
+    EXPECT_FALSE(CloseHandle(driver_.Device));
+    EXPECT_EQ(driver_.Closes, 1);
+}
+
+// Requests that complete at once may share one OVERLAPPED, as a driver with one handle does.
+TEST_F(DeviceFile, ThreadsMaySendAtOnceThroughOneOverlappedStructure) {
+    struct Shared {
+        HANDLE Device;
+        OVERLAPPED* Overlapped;
+    } shared{driver_.Device, &overlapped_};
+    driver_.Event = nullptr;
+    HANDLE threads[2];
+    for (HANDLE& thread : threads) {
+        thread = CreateThread(
+            nullptr, 0,
+            [](LPVOID argument) -> DWORD {
+                const auto* both = static_cast<const Shared*>(argument);
+                DWORD right = 0;
+                for (DWORD i = 1; i <= 500; ++i) {
+                    DWORD answer = 0;
+                    DWORD bytes = 0;
+                    DeviceIoControl(both->Device, kEcho, &i, sizeof i, &answer, sizeof answer, &bytes,
+                                    both->Overlapped);
+                    right += answer == i && bytes == sizeof answer ? 1 : 0;
+                }
+                return right;
+            },
+            &shared, 0, nullptr);
+    }
+    WaitForMultipleObjects(2, threads, TRUE, INFINITE);
+    for (const HANDLE thread : threads) {
+        DWORD right = 0;
+        GetExitCodeThread(thread, &right);
+        EXPECT_EQ(right, 500u);
+        CloseHandle(thread);
+    }
+    driver_.Event = overlapped_.hEvent;
+}
+
+}  // namespace

@@ -1,0 +1,225 @@
+// What processes of one machine share, and what one gives back when it dies.
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <signal.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <mutex>
+#include <string>
+
+#include "platform/machine.h"
+
+namespace {
+
+constexpr const WCHAR* kName = TEXT("kernel test machine mutex");
+
+// A machine of the test's own, gone afterwards.
+class Machine : public testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(platform::UseMachine(name_)); }
+    ~Machine() override {
+        platform::UseMachine("");
+        platform::RemoveMachine(name_);
+    }
+
+    const std::string name_ = "kernel-test-" + std::to_string(getpid());
+};
+
+// Runs in a child process until `run` returns its exit code, or kills itself when `dies`.
+template <typename Run>
+pid_t StartProcess(Run run, bool dies = false) {
+    const pid_t child = fork();
+    if (child == 0) {
+        const int code = run();
+        if (dies) {
+            kill(getpid(), SIGKILL);
+        }
+        _exit(code);
+    }
+    return child;
+}
+
+int CollectProcess(pid_t child) {
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+int TakeMutex() {
+    const HANDLE mutex = CreateMutexW(nullptr, FALSE, kName);
+    WaitForSingleObject(mutex, INFINITE);
+    return WaitForSingleObject(mutex, INFINITE) == WAIT_OBJECT_0 ? 0 : 1;
+}
+
+TEST_F(Machine, MutexOfADeadProcessIsAbandonedOnce) {
+    const HANDLE mutex = CreateMutexW(nullptr, FALSE, kName);
+    for (const bool dies : {false, true}) {
+        for (const DWORD limit : {DWORD{0}, DWORD{60000}, DWORD{INFINITE}}) {
+            CollectProcess(StartProcess(TakeMutex, dies));
+            EXPECT_EQ(WaitForSingleObject(mutex, limit), WAIT_ABANDONED);
+            EXPECT_TRUE(ReleaseMutex(mutex));
+            EXPECT_EQ(WaitForSingleObject(mutex, limit), WAIT_OBJECT_0);
+            EXPECT_TRUE(ReleaseMutex(mutex));
+        }
+    }
+    CloseHandle(mutex);
+}
+
+TEST_F(Machine, WaitEndsWhenTheOwnersProcessDies) {
+    const HANDLE mutex = CreateMutexW(nullptr, FALSE, kName);
+    int ready[2];
+    ASSERT_EQ(pipe(ready), 0);
+    const pid_t child = StartProcess([&] {
+        TakeMutex();
+        return write(ready[1], "x", 1) == 1 ? pause() : 1;
+    });
+    char byte = 0;
+    ASSERT_EQ(read(ready[0], &byte, 1), 1);
+    EXPECT_EQ(WaitForSingleObject(mutex, 0), static_cast<DWORD>(WAIT_TIMEOUT));
+    kill(child, SIGKILL);
+    EXPECT_EQ(WaitForSingleObject(mutex, INFINITE), WAIT_ABANDONED);
+    CollectProcess(child);
+    ReleaseMutex(mutex);
+    CloseHandle(mutex);
+    close(ready[0]);
+    close(ready[1]);
+}
+
+TEST_F(Machine, MutexNameIsGoneWithTheLastLivingProcessThatUsesIt) {
+    EXPECT_EQ(CollectProcess(StartProcess([] {
+                  TakeMutex();
+                  return CreateMutexW(nullptr, FALSE, kName) != nullptr &&
+                         GetLastError() == ERROR_ALREADY_EXISTS;
+              })),
+              1);
+    // The child closed nothing, and held the mutex.
+    const HANDLE mutex = CreateMutexW(nullptr, TRUE, kName);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SUCCESS));
+    // A child that opens and closes it takes nothing away from this process.
+    EXPECT_EQ(CollectProcess(StartProcess([] {
+                  const HANDLE opened = CreateMutexW(nullptr, FALSE, kName);
+                  const bool existed = GetLastError() == ERROR_ALREADY_EXISTS;
+                  const bool busy = WaitForSingleObject(opened, 0) == WAIT_TIMEOUT;
+                  return existed && busy && !ReleaseMutex(opened) && CloseHandle(opened);
+              })),
+              1);
+    CreateMutexW(nullptr, FALSE, kName);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS));
+    ReleaseMutex(mutex);
+}
+
+struct Counter {
+    platform::SharedMutex Lock;
+    int Created;
+    int Value;
+    void Initialize() {
+        Lock.Initialize();
+        ++Created;
+    }
+};
+const platform::MachineRegion<Counter> counter("test-counter");
+
+TEST_F(Machine, RegionIsCreatedOnceAndSharedByProcesses) {
+    pid_t children[4];
+    for (pid_t& child : children) {
+        child = StartProcess([] {
+            for (int i = 0; i < 500; ++i) {
+                const std::lock_guard guard(counter->Lock);
+                ++counter->Value;
+            }
+            return 0;
+        });
+    }
+    for (const pid_t child : children) {
+        EXPECT_EQ(CollectProcess(child), 0);
+    }
+    EXPECT_EQ(counter->Value, 2000);
+    EXPECT_EQ(counter->Created, 1);
+}
+
+TEST_F(Machine, LockOfADeadProcessPassesOn) {
+    counter->Value = 1;
+    CollectProcess(StartProcess(
+        [] {
+            counter->Lock.lock();
+            counter->Value = 2;
+            return 0;
+        },
+        true));
+    const std::lock_guard guard(counter->Lock);
+    EXPECT_EQ(counter->Value, 2);
+}
+
+TEST_F(Machine, OthersAreApartAndPrivateOnesFresh) {
+    counter->Value = 1;
+    EXPECT_TRUE(platform::UseMachine(""));
+    EXPECT_EQ(counter->Value, 0);
+    counter->Value = 2;
+    EXPECT_TRUE(platform::UseMachine(name_));
+    EXPECT_EQ(platform::MachineName(), name_);
+    EXPECT_EQ(counter->Value, 1);
+    EXPECT_TRUE(platform::UseMachine(""));
+    EXPECT_EQ(counter->Value, 0);
+
+    EXPECT_FALSE(platform::UseMachine("../elsewhere"));
+    EXPECT_FALSE(platform::UseMachine(std::string(65, 'x')));
+    EXPECT_EQ(platform::MachineName(), "");
+
+    EXPECT_TRUE(platform::RemoveMachine(name_));
+    EXPECT_FALSE(platform::RemoveMachine(name_));
+    EXPECT_FALSE(platform::RemoveMachine(""));
+    EXPECT_TRUE(platform::UseMachine(name_));
+    EXPECT_EQ(counter->Value, 0);
+}
+
+TEST(Process, IsAliveUntilItHasEndedEvenWhenNotCollected) {
+    int stop[2];
+    int identity[2];
+    ASSERT_EQ(pipe(stop), 0);
+    ASSERT_EQ(pipe(identity), 0);
+    const pid_t child = StartProcess([&] {
+        const platform::ProcessIdentity self = platform::CurrentProcess();
+        char byte = 0;
+        return write(identity[1], &self, sizeof self) == sizeof self && read(stop[0], &byte, 1) == 1 ? 0 : 1;
+    });
+    platform::ProcessIdentity other{};
+    ASSERT_EQ(read(identity[0], &other, sizeof other), static_cast<ssize_t>(sizeof other));
+    EXPECT_EQ(other.Id, static_cast<uint32_t>(child));
+    EXPECT_TRUE(platform::IsAlive(other));
+    EXPECT_FALSE(platform::IsAlive({other.Id, other.StartTime + 1})) << "another process of that number";
+    EXPECT_FALSE(platform::IsAlive({0, 0}));
+    ASSERT_EQ(write(stop[1], "x", 1), 1);
+    siginfo_t info{};
+    waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOWAIT);
+    EXPECT_FALSE(platform::IsAlive(other)) << "ended, not yet collected";
+    EXPECT_EQ(CollectProcess(child), 0);
+    EXPECT_FALSE(platform::IsAlive(other));
+    for (const int end : {stop[0], stop[1], identity[0], identity[1]}) {
+        close(end);
+    }
+}
+
+// Two pages of which only the first is there.
+TEST(PointerProbe, LooksAtEveryPage) {
+    const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    void* memory = mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    char* const boundary = static_cast<char*>(memory) + page;
+    ASSERT_EQ(mprotect(boundary, page, PROT_NONE), 0);
+    EXPECT_FALSE(IsBadReadPtr(boundary - 32, 32));
+    EXPECT_TRUE(IsBadReadPtr(boundary - 32, 33));
+    EXPECT_TRUE(IsBadReadPtr(boundary, 1));
+    EXPECT_FALSE(IsBadWritePtr(boundary - 32, 32));
+    EXPECT_TRUE(IsBadWritePtr(boundary - 32, 33));
+    ASSERT_EQ(mprotect(memory, page, PROT_READ), 0);
+    EXPECT_FALSE(IsBadReadPtr(memory, page));
+    EXPECT_TRUE(IsBadWritePtr(memory, 1));
+    munmap(memory, 2 * page);
+}
+
+}  // namespace

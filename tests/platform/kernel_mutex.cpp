@@ -1,0 +1,116 @@
+// Mutexes: ownership, recursion, abandonment, names.
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// Runs `routine` on a thread of its own until it ends, and answers its result.
+DWORD OnAnotherThread(LPTHREAD_START_ROUTINE routine, void* argument) {
+    const HANDLE thread = CreateThread(nullptr, 0, routine, argument, 0, nullptr);
+    WaitForSingleObject(thread, INFINITE);
+    DWORD code = 0;
+    GetExitCodeThread(thread, &code);
+    CloseHandle(thread);
+    return code;
+}
+
+DWORD WINAPI TryForAMoment(LPVOID mutex) {
+    return WaitForSingleObject(mutex, 3);
+}
+DWORD WINAPI ReleaseAndTellError(LPVOID mutex) {
+    return ReleaseMutex(mutex) ? 0 : GetLastError();
+}
+
+class Mutex : public testing::Test {
+protected:
+    ~Mutex() override { CloseHandle(mutex_); }
+    HANDLE mutex_ = CreateMutexW(nullptr, FALSE, nullptr);
+};
+
+TEST_F(Mutex, IsTheOwnersUntilReleasedAsOftenAsTaken) {
+    EXPECT_EQ(WaitForSingleObject(mutex_, INFINITE), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(mutex_, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(OnAnotherThread(TryForAMoment, mutex_), static_cast<DWORD>(WAIT_TIMEOUT));
+    EXPECT_EQ(OnAnotherThread(ReleaseAndTellError, mutex_), static_cast<DWORD>(ERROR_NOT_OWNER));
+    EXPECT_TRUE(ReleaseMutex(mutex_));
+    EXPECT_EQ(OnAnotherThread(TryForAMoment, mutex_), static_cast<DWORD>(WAIT_TIMEOUT));
+    EXPECT_TRUE(ReleaseMutex(mutex_));
+    EXPECT_FALSE(ReleaseMutex(mutex_));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_NOT_OWNER));
+}
+
+TEST_F(Mutex, OfAThreadThatEndedIsAbandonedOnce) {
+    for (const bool exits : {false, true}) {
+        OnAnotherThread(exits ? LPTHREAD_START_ROUTINE([](LPVOID mutex) -> DWORD {
+                            WaitForSingleObject(mutex, INFINITE);
+                            ExitThread(0);
+                        })
+                              : LPTHREAD_START_ROUTINE([](LPVOID mutex) -> DWORD {
+                                    WaitForSingleObject(mutex, INFINITE);
+                                    return WaitForSingleObject(mutex, INFINITE);
+                                }),
+                        mutex_);
+        // At once: a thread's mutexes are free before it is seen to have ended.
+        EXPECT_EQ(WaitForSingleObject(mutex_, 0), WAIT_ABANDONED);
+        EXPECT_TRUE(ReleaseMutex(mutex_));
+        EXPECT_EQ(WaitForSingleObject(mutex_, 0), WAIT_OBJECT_0);
+        EXPECT_TRUE(ReleaseMutex(mutex_));
+        EXPECT_FALSE(ReleaseMutex(mutex_));
+    }
+}
+
+TEST_F(Mutex, ExcludesOtherThreads) {
+    struct Shared {
+        HANDLE Mutex;
+        long Counter;
+    } shared{mutex_, 0};
+    HANDLE threads[4];
+    for (HANDLE& thread : threads) {
+        thread = CreateThread(
+            nullptr, 0,
+            [](LPVOID argument) -> DWORD {
+                auto* both = static_cast<Shared*>(argument);
+                for (int i = 0; i < 1000; ++i) {
+                    // Every way to wait for it
+                    const HANDLE one[] = {both->Mutex};
+                    const DWORD limit = i % 2 == 0 ? INFINITE : 60000;
+                    i % 3 == 0 ? WaitForMultipleObjects(1, one, FALSE, limit)
+                               : WaitForSingleObjectEx(both->Mutex, limit, i % 5 == 0);
+                    ++both->Counter;
+                    ReleaseMutex(both->Mutex);
+                }
+                return 0;
+            },
+            &shared, 0, nullptr);
+    }
+    EXPECT_EQ(WaitForMultipleObjects(4, threads, TRUE, INFINITE), WAIT_OBJECT_0);
+    EXPECT_EQ(shared.Counter, 4000);
+    for (const HANDLE thread : threads) {
+        CloseHandle(thread);
+    }
+}
+
+TEST(NamedMutex, IsOneMutexForAllWhoNameIt) {
+    const HANDLE first = CreateMutexW(nullptr, TRUE, TEXT("kernel test mutex"));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SUCCESS));
+    const HANDLE second = CreateMutexW(nullptr, TRUE, TEXT("kernel test mutex"));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS));
+    const HANDLE other = CreateMutexW(nullptr, FALSE, TEXT("kernel test Mutex"));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SUCCESS)) << "names differ by case";
+
+    EXPECT_EQ(OnAnotherThread(TryForAMoment, second), static_cast<DWORD>(WAIT_TIMEOUT));
+    EXPECT_TRUE(ReleaseMutex(second)) << "taken once, through the first handle";
+    EXPECT_FALSE(ReleaseMutex(first)) << "the second creation must not have taken it";
+
+    CloseHandle(first);
+    EXPECT_EQ(WaitForSingleObject(second, 0), WAIT_OBJECT_0);
+    EXPECT_TRUE(ReleaseMutex(second));
+    CloseHandle(second);
+    const HANDLE fresh = CreateMutexW(nullptr, FALSE, TEXT("kernel test mutex"));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SUCCESS)) << "the name goes with the last handle";
+    CloseHandle(fresh);
+    CloseHandle(other);
+}
+
+}  // namespace

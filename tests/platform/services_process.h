@@ -1,0 +1,44 @@
+// Tests with more than one process.
+#pragma once
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "platform/machine.h"
+
+namespace services_test {
+
+// A machine with a name of this process's own, for as long as the object lives.
+class NamedMachine {
+public:
+    NamedMachine() : name_("services-" + std::to_string(getpid())) {
+        platform::RemoveMachine(name_);
+        platform::UseMachine(name_);
+    }
+    ~NamedMachine() {
+        platform::UseMachine("");
+        platform::RemoveMachine(name_);
+    }
+    NamedMachine(const NamedMachine&) = delete;
+    NamedMachine& operator=(const NamedMachine&) = delete;
+
+private:
+    std::string name_;
+};
+
+// Runs `work` in a child and tells whether the child ended with the answer true.
+template <typename Work>
+bool InChild(Work work) {
+    const pid_t child = fork();
+    if (child == 0) {
+        _exit(work() ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+}  // namespace services_test

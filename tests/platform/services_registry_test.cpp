@@ -1,0 +1,224 @@
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/inspect.h"
+#include "tests/platform/services_process.h"
+
+namespace {
+
+constexpr LPCWSTR kPath = u"System\\Services\\Card0";
+
+class Registry : public testing::Test {
+protected:
+    void SetUp() override {
+        platform::UseMachine("");
+        before_ = platform::CurrentUsage();
+        ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, kPath, &key_), ERROR_SUCCESS);
+    }
+    void TearDown() override {
+        RegCloseKey(key_);
+        EXPECT_EQ(platform::CurrentUsage(), before_);
+    }
+
+    static LONG SetWord(HKEY key, LPCWSTR name, DWORD value) {
+        return RegSetValueExW(key, name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&value), sizeof value);
+    }
+    static LONG QueryWord(HKEY key, LPCWSTR name, DWORD* value) {
+        DWORD size = sizeof *value;
+        return RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(value), &size);
+    }
+
+    HKEY key_ = nullptr;
+    platform::Usage before_ = {};
+};
+
+TEST_F(Registry, KeysAreATreeWithoutCase) {
+    HKEY other = nullptr;
+    ASSERT_EQ(SetWord(key_, u"Left24", 1), ERROR_SUCCESS);
+    ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, u"SYSTEM\\services\\CARD0", 0, KEY_READ, &other),
+              ERROR_SUCCESS);
+    DWORD value = 0;
+    EXPECT_EQ(QueryWord(other, u"left24", &value), ERROR_SUCCESS);
+    EXPECT_EQ(value, 1u);
+    RegCloseKey(other);
+
+    ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, kPath, &other), ERROR_SUCCESS) << "opens what is there";
+    EXPECT_EQ(QueryWord(other, u"Left24", &value), ERROR_SUCCESS);
+    RegCloseKey(other);
+
+    EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, u"System\\Card0", 0, KEY_READ, &other), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(RegOpenKeyExW(HKEY_USERS, kPath, 0, KEY_READ, &other), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, u"\\System", 0, KEY_READ, &other), ERROR_BAD_PATHNAME);
+}
+
+TEST_F(Registry, ValuesKeepTypeAndExactSize) {
+    const BYTE bytes[5] = {1, 2, 3, 4, 5};
+    ASSERT_EQ(RegSetValueExW(key_, u"Monitor", 0, REG_BINARY, bytes, 5), ERROR_SUCCESS);
+    DWORD type = 0;
+    DWORD size = 0;
+    EXPECT_EQ(RegQueryValueExW(key_, u"Monitor", nullptr, &type, nullptr, &size), ERROR_SUCCESS);
+    EXPECT_EQ(type, DWORD{REG_BINARY});
+    EXPECT_EQ(size, 5u);
+
+    BYTE buffer[8] = {9, 9, 9, 9, 9, 9, 9, 9};
+    size = 4;
+    EXPECT_EQ(RegQueryValueExW(key_, u"Monitor", nullptr, &type, buffer, &size), ERROR_MORE_DATA);
+    EXPECT_EQ(size, 5u);
+    EXPECT_EQ(buffer[0], 9);
+    size = 8;
+    EXPECT_EQ(RegQueryValueExW(key_, u"Monitor", nullptr, nullptr, buffer, &size), ERROR_SUCCESS);
+    EXPECT_EQ(size, 5u);
+    EXPECT_EQ(std::vector(buffer, buffer + 6), (std::vector<BYTE>{1, 2, 3, 4, 5, 9}));
+    EXPECT_EQ(RegQueryValueExW(key_, u"Monitor", nullptr, nullptr, buffer, nullptr), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(RegQueryValueExW(key_, u"Absent", nullptr, &type, nullptr, nullptr), ERROR_FILE_NOT_FOUND);
+
+    ASSERT_EQ(SetWord(key_, u"Monitor", 7), ERROR_SUCCESS) << "a value may change its type and size";
+    EXPECT_EQ(RegQueryValueExW(key_, u"MONITOR", nullptr, &type, nullptr, &size), ERROR_SUCCESS);
+    EXPECT_EQ(type, DWORD{REG_DWORD});
+    EXPECT_EQ(size, 4u);
+
+    EXPECT_EQ(RegDeleteValueW(key_, u"monitor"), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteValueW(key_, u"monitor"), ERROR_FILE_NOT_FOUND);
+}
+
+TEST_F(Registry, RightsAreChecked) {
+    HKEY reader = nullptr;
+    HKEY writer = nullptr;
+    ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, kPath, 0, KEY_READ, &reader), ERROR_SUCCESS);
+    ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, kPath, 0, KEY_SET_VALUE, &writer), ERROR_SUCCESS);
+    HKEY child = nullptr;
+    DWORD value = 0;
+    EXPECT_EQ(SetWord(reader, u"Start", 4), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(RegDeleteValueW(reader, u"Start"), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(RegCreateKeyW(reader, u"New", &child), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(SetWord(writer, u"Start", 4), ERROR_SUCCESS);
+    EXPECT_EQ(QueryWord(writer, u"Start", &value), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(QueryWord(reader, u"Start", &value), ERROR_SUCCESS);
+    RegCloseKey(reader);
+    RegCloseKey(writer);
+
+    EXPECT_EQ(QueryWord(reader, u"Start", &value), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(RegCloseKey(reader), ERROR_INVALID_HANDLE);
+    EXPECT_FALSE(CloseHandle(key_)) << "a key is closed as a key";
+    EXPECT_EQ(QueryWord(key_, u"Start", &value), ERROR_SUCCESS);
+}
+
+TEST_F(Registry, DeletedKeysStayDeleted) {
+    HKEY child = nullptr;
+    ASSERT_EQ(RegCreateKeyW(key_, u"Config", &child), ERROR_SUCCESS);
+    ASSERT_EQ(SetWord(child, u"Name", 1), ERROR_SUCCESS);
+    EXPECT_EQ(RegDeleteKeyW(HKEY_LOCAL_MACHINE, kPath), ERROR_ACCESS_DENIED) << "it has a subkey";
+    ASSERT_EQ(RegDeleteKeyW(key_, u"config"), ERROR_SUCCESS);
+
+    HKEY again = nullptr;
+    ASSERT_EQ(RegCreateKeyW(key_, u"Config", &again), ERROR_SUCCESS);
+    DWORD value = 0;
+    EXPECT_EQ(QueryWord(child, u"Name", &value), ERROR_KEY_DELETED);
+    EXPECT_EQ(SetWord(child, u"Name", 2), ERROR_KEY_DELETED);
+    EXPECT_EQ(QueryWord(again, u"Name", &value), ERROR_FILE_NOT_FOUND);
+    RegCloseKey(child);
+    RegCloseKey(again);
+}
+
+TEST_F(Registry, Enumerates) {
+    for (LPCWSTR name : {u"b", u"C", u"a"}) {
+        HKEY child = nullptr;
+        ASSERT_EQ(RegCreateKeyW(key_, name, &child), ERROR_SUCCESS);
+        RegCloseKey(child);
+        ASSERT_EQ(SetWord(key_, name, 5), ERROR_SUCCESS);
+    }
+    std::u16string keys;
+    std::u16string values;
+    for (DWORD i = 0; i < 3; ++i) {
+        WCHAR name[2];
+        DWORD room = 2;
+        EXPECT_EQ(RegEnumKeyExW(key_, i, name, &room, nullptr, nullptr, nullptr, nullptr), ERROR_SUCCESS);
+        EXPECT_EQ(room, 1u);
+        keys += name;
+        room = 2;
+        DWORD type = 0;
+        EXPECT_EQ(RegEnumValueW(key_, i, name, &room, nullptr, &type, nullptr, nullptr), ERROR_SUCCESS);
+        EXPECT_EQ(type, DWORD{REG_DWORD});
+        values += name;
+    }
+    EXPECT_EQ(keys, u"abC");
+    EXPECT_EQ(values, u"bCa");
+    WCHAR name[2];
+    DWORD room = 2;
+    EXPECT_EQ(RegEnumKeyExW(key_, 3, name, &room, nullptr, nullptr, nullptr, nullptr), ERROR_NO_MORE_ITEMS);
+    EXPECT_EQ(RegEnumValueW(key_, 3, name, &room, nullptr, nullptr, nullptr, nullptr), ERROR_NO_MORE_ITEMS);
+    room = 1;
+    EXPECT_EQ(RegEnumKeyExW(key_, 0, name, &room, nullptr, nullptr, nullptr, nullptr), ERROR_MORE_DATA);
+}
+
+TEST_F(Registry, CallsFailOnDemand) {
+    HKEY other = nullptr;
+    platform::FailCall("RegOpenKeyExW", 1);
+    platform::FailCall("RegCreateKeyW", 1);
+    platform::FailCall("RegSetValueExW", 2);
+    EXPECT_NE(RegOpenKeyExW(HKEY_LOCAL_MACHINE, kPath, 0, KEY_READ, &other), ERROR_SUCCESS);
+    EXPECT_NE(RegCreateKeyW(HKEY_LOCAL_MACHINE, kPath, &other), ERROR_SUCCESS);
+    EXPECT_EQ(SetWord(key_, u"first", 1), ERROR_SUCCESS);
+    EXPECT_NE(SetWord(key_, u"second", 2), ERROR_SUCCESS);
+    EXPECT_EQ(SetWord(key_, u"third", 3), ERROR_SUCCESS);
+    DWORD value = 0;
+    EXPECT_EQ(QueryWord(key_, u"second", &value), ERROR_FILE_NOT_FOUND);
+    platform::ClearCallFailures();
+}
+
+// Two processes write keys and values of their own at the same time, and both see all of them.
+TEST(SharedRegistry, ProcessesOfAMachineSeeTheSame) {
+    const services_test::NamedMachine machine;
+    const auto writeAll = [](LPCWSTR prefix) {
+        bool fine = true;
+        for (unsigned i = 0; i < 100; ++i) {
+            WCHAR path[64];
+            wsprintfW(path, u"Shared\\%s%u", prefix, i);
+            HKEY key = nullptr;
+            fine = RegCreateKeyW(HKEY_LOCAL_MACHINE, path, &key) == ERROR_SUCCESS && fine;
+            fine = RegSetValueExW(key, u"Index", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&i), sizeof i) ==
+                       ERROR_SUCCESS &&
+                   fine;
+            RegCloseKey(key);
+        }
+        return fine;
+    };
+
+    const pid_t child = fork();
+    if (child == 0) {
+        _exit(writeAll(u"child") ? 0 : 1);
+    }
+    EXPECT_TRUE(writeAll(u"parent"));
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+
+    for (LPCWSTR prefix : {u"child", u"parent"}) {
+        for (DWORD i = 0; i < 100; ++i) {
+            WCHAR path[64];
+            wsprintfW(path, u"shared\\%s%u", prefix, i);
+            HKEY key = nullptr;
+            ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, KEY_READ, &key), ERROR_SUCCESS);
+            DWORD value = 0;
+            DWORD size = sizeof value;
+            RegQueryValueExW(key, u"Index", nullptr, nullptr, reinterpret_cast<BYTE*>(&value), &size);
+            EXPECT_EQ(value, i);
+            RegCloseKey(key);
+        }
+    }
+}
+
+TEST(SharedRegistry, PrivateMachinesBeginEmpty) {
+    platform::UseMachine("");
+    HKEY key = nullptr;
+    ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, u"Mine", &key), ERROR_SUCCESS);
+    RegCloseKey(key);
+    platform::UseMachine("");
+    EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, u"Mine", 0, KEY_READ, &key), ERROR_FILE_NOT_FOUND);
+}
+
+}  // namespace

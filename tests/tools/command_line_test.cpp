@@ -1,0 +1,144 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "platform/machine.h"
+#include "tests/tools/command_runner.h"
+#include "tests/tools/scratch_folder.h"
+#include "tests/tools/wav_bytes.h"
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+// One line on standard error that names what was wrong, status 2, nothing said and nothing left behind.
+TEST(CommandLine, RefusesBadInputInOneLine) {
+    const ScratchFolder folder;
+    const std::string good = folder.Path("good.wav");
+    const std::string odd = folder.Path("odd.wav");
+    const std::string text = folder.Path("text.wav");
+    const std::string cut = folder.Path("cut.wav");
+    const std::string out = folder.Path("out.wav");
+    WriteFile(good, WavFile({}, NoiseFrames(1000)));
+    WriteFile(odd, WavFile({.Rate = 12000}, NoiseFrames(1000)));
+    WriteFile(text, "some text that is long enough for a header of a WAV file");
+    WriteFile(cut, WavFile({}, NoiseFrames(1000)).substr(0, 1000));
+    const struct {
+        Words Arguments;
+        const char* Why;
+    } cases[] = {
+        {{}, "subcommand"},
+        {{"pla"}, "pla"},
+        {{"play"}, "FILE"},
+        {{"play", good, "--nonsense"}, "--nonsense"},
+        {{"play", good, "--time", "slow"}, "slow"},
+        {{"play", good, "--buffers", "0"}, "--buffers"},
+        {{"play", good, "--loops", "0"}, "--loops"},
+        {{"play", good, "--cards", "17"}, "--cards"},
+        {{"play", good, "--volume", "101%"}, "volume 101%"},
+        {{"play", good, "--volume", "65536"}, "volume 65536"},
+        {{"play", folder.Path("absent.wav")}, "absent.wav: No such file"},
+        {{"play", folder.Path("")}, "is a directory"},
+        {{"play", text}, "text.wav: not a WAV file"},
+        {{"play", cut}, "cut.wav: truncated"},
+        {{"play", good, good}, "2 files for 1 device:"},
+        {{"play", good, "--device", "2"}, "device 2: MMSYSERR_BADDEVICEID (2)"},
+        {{"play", good, "--device", "0,0"}, "device 0: MMSYSERR_ALLOCATED (4)"},
+        {{"play", good, "--device", "one"}, "--device"},
+        {{"play", odd}, "device 0: WAVERR_BADFORMAT (32)"},
+        {{"play", odd}, "12000 Hz"},
+        {{"play", good, "--set", "Volume=3"}, "'Volume'"},
+        {{"play", good, "--set", "Left24"}, "NAME=VALUE"},
+        {{"play", good, "--set", "1:Left24=1"}, "there is no card 1"},
+        {{"play", good, "--set", "x:Left24=1"}, "'x' is not a card number"},
+        {{"play", good, "--set", "ClockSource=3"}, "ClockSource=3: must be 0 (internal)"},
+        {{"play", good, "--follow", "1=0"}, "there is no card 1"},
+        {{"play", good, "--follow", "0=0"}, "two different card numbers"},
+        {{"play", good, "--follow", "1"}, "two different card numbers"},
+        {{"play", good, "--fault", "nothing:1"}, "fault nothing:1"},
+        {{"play", good, "--machine", "a/b"}, "machine 'a/b'"},
+        {{"play", good, "--capture", folder.Path("absent/out.wav")}, "cannot write"},
+        {{"play", good, "--trace", folder.Path("")}, "cannot write"},
+        {{"settings", "Left24=2"}, "Left24=2: must be 0"},
+        {{"settings", "Nothing=2"}, "'Nothing'"},
+        {{"settings", "--card", "1"}, "there is no card 1"},
+        {{"registers", "--card", "1"}, "there is no card 1"},
+    };
+    const size_t files = folder.FileCount();
+    for (auto [arguments, why] : cases) {
+        if (arguments.size() > 1 && arguments[0] == "play") {
+            arguments.insert(arguments.end(), {"--time", "stepped"});
+            if (std::ranges::find(arguments, "--capture") == arguments.end()) {
+                arguments.insert(arguments.end(), {"--capture", out});
+            }
+        }
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const CommandResult result = RunCommand(arguments);
+        EXPECT_EQ(result.Status, 2);
+        EXPECT_EQ(result.Output, "");
+        EXPECT_EQ(result.Errors.find("kestvox: "), 0u) << result.Errors;
+        EXPECT_NE(result.Errors.find(why), std::string::npos) << result.Errors;
+        EXPECT_EQ(std::ranges::count(result.Errors, '\n'), 1) << result.Errors;
+        EXPECT_EQ(folder.FileCount(), files);
+    }
+}
+
+TEST(CommandLine, LeavesAnOldResultAloneWhenItCannotMakeANewOne) {
+    const ScratchFolder folder;
+    WriteFile(folder.Path("odd.wav"), WavFile({.Rate = 12000}, Noise(400)));
+    WriteFile(folder.Path("out.wav"), "old");
+    RunCommand({"play", folder.Path("odd.wav"), "--time", "stepped", "--capture", folder.Path("out.wav")});
+    EXPECT_EQ(ReadFile(folder.Path("out.wav")), "old");
+}
+
+TEST(CommandLine, ListsEveryDeviceByTheNameOfItsCard) {
+    const CommandResult result = RunCommand({"devices", "--cards", "2", "--set", "1:Name=Annex"});
+    ASSERT_EQ(result.Status, 0) << result.Errors;
+    for (const char* direction : {"output ", "input "}) {
+        EXPECT_EQ(result.Values(std::string(direction) + "0"), Words{"Kestrelvox Analog"});
+        EXPECT_EQ(result.Values(std::string(direction) + "1"), Words{"Kestrelvox Digital"});
+        EXPECT_EQ(result.Values(std::string(direction) + "2"), Words{"Annex Analog"});
+        EXPECT_EQ(result.Values(std::string(direction) + "3"), Words{"Annex Digital"});
+        EXPECT_EQ(result.Values(std::string(direction) + "4"), Words{});
+    }
+    EXPECT_NE(result.Output.find("8000, 11025, 22050, 32000, 44100, 48000, 88200, 96000 Hz"),
+              std::string::npos);
+}
+
+// A machine of a name that no other test uses, removed at the end.
+class NamedMachine {
+public:
+    NamedMachine() : Name("kestvox-test-" + std::to_string(platform::CurrentProcess().Id)) {}
+    ~NamedMachine() { platform::RemoveMachine(Name); }
+    const std::string Name;
+};
+
+TEST(CommandLine, KeepsSettingsAndRegistersOnANamedMachine) {
+    const NamedMachine machine;
+    const ScratchFolder folder;
+    const Words show = {"settings", "--machine", machine.Name};
+    EXPECT_EQ(RunCommand(show).Values("ClockSource"), Words{"97 (automatic), default"});
+
+    const CommandResult change = RunCommand(
+        {"settings", "--machine", machine.Name, "Name=Desk", "clocksource=0", "Monitor=1,2,3,4,5,6,7,8"});
+    ASSERT_EQ(change.Status, 0) << change.Errors;
+    EXPECT_EQ(change.Errors, "");
+    EXPECT_EQ(change.Output, "Name: Desk\nClockSource: 0 (internal)\nMonitor: 1,2,3,4,5,6,7,8\n");
+    RunCommand({"settings", "--machine", machine.Name, "Name=A longer name", "Left24=7"});
+    const CommandResult shown = RunCommand(show);
+    EXPECT_EQ(shown.Values("Name"), Words{"Desk"}) << "a refused command stored something";
+    EXPECT_EQ(shown.Values("ClockSource"), Words{"0 (internal)"});
+    EXPECT_EQ(shown.Values("Left24").at(0).substr(0, 2), "1 ");
+
+    WriteFile(folder.Path("in.wav"), WavFile({.Rate = 96000}, NoiseFrames(100)));
+    ASSERT_EQ(
+        RunCommand({"play", folder.Path("in.wav"), "--machine", machine.Name, "--time", "stepped"}).Status,
+        0);
+    const CommandResult registers = RunCommand({"registers", "--machine", machine.Name});
+    EXPECT_EQ(registers.Status, 0);
+    // Rate code 0 and the internal clock; link driver off.
+    EXPECT_NE(registers.Output.find("card 32        00"), std::string::npos) << registers.Output;
+    EXPECT_NE(registers.Output.find("analog out 0"), std::string::npos);
+}
+
+}  // namespace

@@ -1,0 +1,244 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "tests/tools/command_runner.h"
+#include "tests/tools/sample_decoder.h"
+#include "tests/tools/scratch_folder.h"
+#include "tests/tools/wav_bytes.h"
+#include "tools/commands.h"
+#include "tools/wav_file.h"
+
+namespace {
+
+using simulator::Frame;
+using Words = std::vector<std::string>;
+
+// The captured frames; the file must be 32-bit stereo PCM at that rate.
+std::vector<Frame> ReadCapture(const std::string& path, uint32_t rate) {
+    kestvox::WavReader reader(path);
+    EXPECT_EQ(reader.Format().wFormatTag, WAVE_FORMAT_PCM);
+    EXPECT_EQ(reader.Format().nChannels, 2);
+    EXPECT_EQ(reader.Format().wBitsPerSample, 32);
+    EXPECT_EQ(reader.Format().nSamplesPerSec, rate);
+    std::vector<Frame> frames(reader.FrameCount());
+    reader.Read({reinterpret_cast<char*>(frames.data()), frames.size() * sizeof(Frame)});
+    return frames;
+}
+
+// Comparing whole vectors would print them.
+void ExpectSameFrames(const std::vector<Frame>& heard, const std::vector<Frame>& expected) {
+    ASSERT_EQ(heard.size(), expected.size());
+    for (size_t i = 0; i < heard.size(); ++i) {
+        ASSERT_TRUE(heard[i] == expected[i])
+            << "frame " << i << ": " << std::hex << heard[i].Left << " " << heard[i].Right << " instead of "
+            << expected[i].Left << " " << expected[i].Right;
+    }
+}
+
+std::vector<Frame> Repeated(const std::vector<Frame>& frames, int times) {
+    std::vector<Frame> all;
+    for (int i = 0; i < times; ++i) {
+        all.insert(all.end(), frames.begin(), frames.end());
+    }
+    return all;
+}
+
+CommandResult PlayStepped(const Words& more) {
+    Words words = {"play", "--time", "stepped"};
+    words.insert(words.end(), more.begin(), more.end());
+    return RunCommand(words);
+}
+
+struct FormatCase {
+    const char* Name;
+    WavFormat Format;
+};
+
+void PrintTo(const FormatCase& c, std::ostream* out) {
+    *out << c.Name;
+}
+
+class PlayFormat : public testing::TestWithParam<FormatCase> {};
+
+// On the analog and the digital device, mono and stereo, with samples left- and right-justified.
+TEST_P(PlayFormat, IsHeardSampleForSample) {
+    const ScratchFolder folder;
+    const std::string wav = folder.Path("in.wav");
+    const std::string capture = folder.Path("out.wav");
+    for (const uint16_t channels : {uint16_t{1}, uint16_t{2}}) {
+        for (const bool left24 : {true, false}) {
+            SCOPED_TRACE(std::to_string(channels) + (left24 ? " channels, left" : " channels, right"));
+            WavFormat format = GetParam().Format;
+            format.Channels = channels;
+            const std::string samples = NoiseFrames(5003, format);
+            WriteFile(wav, WavFile(format, samples));
+
+            const CommandResult result =
+                PlayStepped({wav, "--device", channels == 1 ? "0" : "1", "--set",
+                             left24 ? "Left24=1" : "Left24=0", "--buffer-ms", "13", "--capture", capture});
+            ASSERT_EQ(result.Status, 0) << result.Errors;
+            ExpectSameFrames(ReadCapture(capture, format.Rate), DecodeSamples(format, samples, left24));
+            EXPECT_EQ(result.Values("frames-played"), Words{"5003"});
+            EXPECT_EQ(result.Values("silent-frames"), Words{"0"});
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, PlayFormat,
+    testing::Values(
+        FormatCase{"Pcm8", {.Tag = 1, .Bits = 8, .BytesPerSample = 1}},
+        FormatCase{"Pcm16", {.Tag = 1, .Bits = 16, .BytesPerSample = 2}},
+        FormatCase{"Pcm20In3", {.Tag = 1, .Bits = 20, .BytesPerSample = 3}},
+        FormatCase{"Pcm20In4", {.Tag = 1, .Bits = 20, .BytesPerSample = 4}},
+        FormatCase{"Pcm24In3", {.Tag = 1, .Bits = 24, .BytesPerSample = 3}},
+        FormatCase{"Pcm24In4", {.Tag = 1, .Bits = 24, .BytesPerSample = 4}},
+        FormatCase{"Pcm32", {.Tag = 1, .Bits = 32, .BytesPerSample = 4}},
+        FormatCase{"ALaw", {.Tag = 6, .Bits = 8, .BytesPerSample = 1}},
+        FormatCase{"MuLaw", {.Tag = 7, .Bits = 8, .BytesPerSample = 1}},
+        FormatCase{"Extensible8", {.Tag = 0xFFFE, .Bits = 8, .BytesPerSample = 1, .ValidBits = 8}},
+        FormatCase{"Extensible16", {.Tag = 0xFFFE, .Bits = 16, .BytesPerSample = 2, .ValidBits = 16}},
+        FormatCase{"Extensible24In3", {.Tag = 0xFFFE, .Bits = 24, .BytesPerSample = 3, .ValidBits = 24}},
+        FormatCase{"Extensible24In4", {.Tag = 0xFFFE, .Bits = 32, .BytesPerSample = 4, .ValidBits = 24}},
+        FormatCase{"Extensible20In4", {.Tag = 0xFFFE, .Bits = 32, .BytesPerSample = 4, .ValidBits = 20}},
+        FormatCase{"Pcm16At8000", {.Tag = 1, .Rate = 8000, .Bits = 16, .BytesPerSample = 2}},
+        FormatCase{"MuLawAt11025", {.Tag = 7, .Rate = 11025, .Bits = 8, .BytesPerSample = 1}},
+        FormatCase{"Pcm24In3At96000", {.Tag = 1, .Rate = 96000, .Bits = 24, .BytesPerSample = 3}}),
+    [](const auto& test) { return test.param.Name; });
+
+// Two cards of one clock group, both files through two devices each: all four start on one frame.
+TEST(PlayCommand, StartsTheDevicesOfAClockGroupTogether) {
+    const ScratchFolder folder;
+    const std::string samples = NoiseFrames(3001);
+    WriteFile(folder.Path("in.wav"), WavFile({}, samples));
+    const CommandResult result =
+        PlayStepped({folder.Path("in.wav"), "--cards", "2", "--follow", "1=0", "--device", "0,1", "--device",
+                     "2,3", "--capture", folder.Path("out.wav")});
+    ASSERT_EQ(result.Status, 0) << result.Errors;
+    EXPECT_EQ(result.Values("device"), (Words{"0", "1", "2", "3"}));
+    const Words starts = result.Values("start-frame");
+    ASSERT_EQ(starts.size(), 4u);
+    EXPECT_NE(starts[0], "none");
+    EXPECT_EQ(starts, Words(4, starts[0]));
+    for (const char* device : {"0", "1", "2", "3"}) {
+        ExpectSameFrames(ReadCapture(folder.Path(std::string("out-") + device + ".wav"), 44100),
+                         DecodeSamples({}, samples, true));
+    }
+}
+
+TEST(PlayCommand, PlaysAFileForEachDevice) {
+    const ScratchFolder folder;
+    const WavFormat slow{.Channels = 1, .Rate = 8000, .Bits = 8, .BytesPerSample = 1};
+    const WavFormat fast{.Rate = 96000};
+    WriteFile(folder.Path("slow.wav"), WavFile(slow, Noise(2000)));
+    WriteFile(folder.Path("fast.wav"), WavFile(fast, NoiseFrames(7000)));
+    const CommandResult result = PlayStepped({folder.Path("slow.wav"), folder.Path("fast.wav"), "--cards",
+                                              "2", "--device", "0,3", "--capture", folder.Path("out.wav")});
+    ASSERT_EQ(result.Status, 0) << result.Errors;
+    ExpectSameFrames(ReadCapture(folder.Path("out-0.wav"), 8000), DecodeSamples(slow, Noise(2000), true));
+    ExpectSameFrames(ReadCapture(folder.Path("out-3.wav"), 96000),
+                     DecodeSamples(fast, NoiseFrames(7000), true));
+    EXPECT_EQ(result.Values("frames-played"), (Words{"2000", "7000"}));
+}
+
+// In one header, and in several of which the last is shorter.
+TEST(PlayCommand, PlaysTheWholeFileInALoop) {
+    const ScratchFolder folder;
+    const std::string samples = NoiseFrames(5003);
+    WriteFile(folder.Path("in.wav"), WavFile({}, samples));
+    const struct {
+        const char* Milliseconds;
+        const char* Headers;
+    } cases[] = {{"1000", "1"}, {"20", "6"}};
+    for (const auto& c : cases) {
+        const CommandResult result = PlayStepped({folder.Path("in.wav"), "--loops", "3", "--buffer-ms",
+                                                  c.Milliseconds, "--capture", folder.Path("out.wav")});
+        ASSERT_EQ(result.Status, 0) << result.Errors;
+        EXPECT_EQ(result.Values("headers-returned"), Words{c.Headers});
+        ExpectSameFrames(ReadCapture(folder.Path("out.wav"), 44100),
+                         Repeated(DecodeSamples({}, samples, true), 3));
+    }
+}
+
+// 44100 frames a second of 4 bytes: a quarter of a second is 44100 bytes, and never fewer than four.
+TEST(PlayCommand, KeepsAQuarterOfASecondInFlight) {
+    const ScratchFolder folder;
+    WriteFile(folder.Path("in.wav"), WavFile({}, NoiseFrames(44100)));
+    const struct {
+        const char* Buffers;
+        const char* Milliseconds;
+        const char* MostInFlight;
+        const char* Headers;
+    } cases[] = {
+        {"20", "25", "11", "41"}, {"8", "50", "6", "21"}, {"8", "250", "4", "4"}, {"2", "50", "2", "21"}};
+    for (const auto& c : cases) {
+        const CommandResult result =
+            PlayStepped({folder.Path("in.wav"), "--buffers", c.Buffers, "--buffer-ms", c.Milliseconds});
+        ASSERT_EQ(result.Status, 0) << result.Errors;
+        EXPECT_EQ(result.Values("most-in-flight"), Words{c.MostInFlight}) << c.Milliseconds;
+        EXPECT_EQ(result.Values("headers-returned"), Words{c.Headers}) << c.Milliseconds;
+    }
+}
+
+TEST(PlayCommand, SetsTheVolumeBeforeItPlays) {
+    const ScratchFolder folder;
+    const WavFormat format{.Channels = 1};
+    WriteFile(folder.Path("in.wav"), WavFile(format, Little(0x4000, 2) + Little(0xC000, 2)));
+    for (const char* volume : {"32768", "50%"}) {
+        const CommandResult result =
+            PlayStepped({folder.Path("in.wav"), "--volume", volume, "--capture", folder.Path("out.wav")});
+        ASSERT_EQ(result.Status, 0) << result.Errors;
+        ExpectSameFrames(ReadCapture(folder.Path("out.wav"), 44100),
+                         {{0x20000000, 0x20000000}, {-0x20000000, -0x20000000}});
+    }
+}
+
+// The same run twice is the same to the last request, and the trace is one JSON value.
+TEST(PlayCommand, IsTheSameOnEveryRunInSteppedTime) {
+    const ScratchFolder folder;
+    WriteFile(folder.Path("in.wav"), WavFile({}, NoiseFrames(20000)));
+    const Words words = {folder.Path("in.wav"), "--device", "0,1", "--trace", folder.Path("t.json")};
+    const CommandResult first = PlayStepped(words);
+    ASSERT_EQ(first.Status, 0) << first.Errors;
+    const std::string trace = ReadFile(folder.Path("t.json"));
+    EXPECT_EQ(PlayStepped(words).Output, first.Output);
+    EXPECT_NE(trace.find("QUEUE_BUFFER"), std::string::npos);
+    EXPECT_EQ(system(("python3 -m json.tool " + folder.Path("t.json") + " >/dev/null").c_str()), 0);
+}
+
+TEST(PlayCommand, PlaysInRealTime) {
+    const ScratchFolder folder;
+    const std::string samples = NoiseFrames(4000);
+    WriteFile(folder.Path("in.wav"), WavFile({}, samples));
+    const CommandResult result =
+        RunCommand({"play", folder.Path("in.wav"), "--capture", folder.Path("out.wav")});
+    ASSERT_EQ(result.Status, 0) << result.Errors;
+    EXPECT_EQ(result.Errors, "");
+    EXPECT_EQ(result.Values("frames-played"), Words{"4000"});
+    std::vector<Frame> heard = ReadCapture(folder.Path("out.wav"), 44100);
+    EXPECT_EQ(heard.size(), 4000 + std::stoul(result.Values("silent-frames").at(0)));
+}
+
+// A header that does not come back, or comes back twice, must not pass for success.
+TEST(PlayCommand, ReportsHeadersThatAreLost) {
+    const ScratchFolder folder;
+    WriteFile(folder.Path("in.wav"), WavFile({}, NoiseFrames(20000)));
+    const struct {
+        const char* Fault;
+        const char* Problem;
+    } cases[] = {
+        {"completion:3:lost", "device 0: 1 header did not come back"},
+        {"completion:9:twice", "device 0: a header came back more often than it was written"},
+    };
+    for (const auto& c : cases) {
+        const CommandResult result = PlayStepped({folder.Path("in.wav"), "--fault", c.Fault});
+        EXPECT_EQ(result.Status, 1) << c.Fault;
+        EXPECT_EQ(result.Errors, std::string("kestvox: ") + c.Problem + "\n");
+        EXPECT_EQ(result.Values("device"), Words{"0"});
+    }
+    const CommandResult late = PlayStepped({folder.Path("in.wav"), "--fault", "completion:9:late=7000000"});
+    EXPECT_EQ(late.Status, 0) << late.Errors;
+}
+
+}  // namespace

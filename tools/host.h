@@ -1,0 +1,19 @@
+// What differs between the systems that the command runs on.
+#pragma once
+
+#include <string>
+
+namespace kestvox {
+
+// Joins the machine of that name, which other processes share. False when the name is bad.
+bool JoinMachine(const std::string& name);
+
+// Whether what this process stores outlives it.
+bool MachineOutlivesProcess();
+
+// Closes every wave device of the process and unloads the driver; the next wave call loads it again.
+void UnloadWaveDriver();
+
+bool StandardErrorIsTerminal();
+
+}  // namespace kestvox

@@ -1,0 +1,25 @@
+#include <unistd.h>
+
+#include "platform/inspect.h"
+#include "platform/machine.h"
+#include "tools/host.h"
+
+namespace kestvox {
+
+bool JoinMachine(const std::string& name) {
+    return platform::UseMachine(name);
+}
+
+bool MachineOutlivesProcess() {
+    return !platform::MachineName().empty();
+}
+
+void UnloadWaveDriver() {
+    platform::UnloadWaveDriver();
+}
+
+bool StandardErrorIsTerminal() {
+    return isatty(STDERR_FILENO) == 1;
+}
+
+}  // namespace kestvox

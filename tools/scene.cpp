@@ -1,0 +1,119 @@
+#include "tools/scene.h"
+
+#include <charconv>
+#include <optional>
+#include <utility>
+
+#include "tools/command_error.h"
+#include "tools/host.h"
+#include "tools/settings_store.h"
+
+namespace kestvox {
+namespace {
+
+struct SettingChange {
+    std::string Text;              // as the user wrote it
+    std::optional<unsigned> Card;  // nothing: every card
+    const Setting* What;
+    StoredValue Value;
+};
+
+std::optional<unsigned> ParseCardNumber(const std::string& text) {
+    unsigned card = 0;
+    const char* end = text.data() + text.size();
+    const auto [parsed, error] = std::from_chars(text.data(), end, card);
+    return error == std::errc{} && parsed == end ? std::optional(card) : std::nullopt;
+}
+
+SettingChange ParseSettingChange(const std::string& text) {
+    Assignment assignment = ParseAssignment(text);
+    std::optional<unsigned> card;
+    if (const size_t colon = assignment.Name.find(':'); colon != std::string::npos) {
+        card = ParseCardNumber(assignment.Name.substr(0, colon));
+        if (!card) {
+            throw CommandError(text + ": '" + assignment.Name.substr(0, colon) + "' is not a card number");
+        }
+        assignment.Name.erase(0, colon + 1);
+    }
+    const Setting& setting = FindSetting(assignment.Name);
+    return {text, card, &setting, ParseSetting(setting, assignment.Value)};
+}
+
+SettingChange ParseFollow(const std::string& text) {
+    const size_t equals = text.find('=');
+    const std::optional<unsigned> follower = ParseCardNumber(text.substr(0, equals));
+    const std::optional<unsigned> master =
+        equals == std::string::npos ? std::nullopt : ParseCardNumber(text.substr(equals + 1));
+    if (!follower || !master || *follower == *master) {
+        throw CommandError("follow " + text + ": must be B=A, two different card numbers (B follows A)");
+    }
+    const Setting& setting = FindSetting("Master");
+    return {"follow " + text, follower, &setting, ParseSetting(setting, std::to_string(*master))};
+}
+
+simulator::Fault RequireFault(const std::string& text) {
+    const std::optional<simulator::Fault> fault = simulator::ParseFault(text);
+    if (!fault) {
+        throw CommandError("fault " + text +
+                           ": must be REQUEST:N[:fail|pending|short] or completion:N:late[=US]|twice|lost");
+    }
+    return *fault;
+}
+
+}  // namespace
+
+// All that can be wrong is found before anything is stored.
+Scene::Scene(const SceneOptions& options) {
+    std::vector<SettingChange> changes;
+    for (const std::string& text : options.Settings) {
+        changes.push_back(ParseSettingChange(text));
+    }
+    for (const std::string& text : options.Follows) {
+        changes.push_back(ParseFollow(text));
+    }
+    std::vector<simulator::Fault> faults;
+    for (const std::string& text : options.Faults) {
+        faults.push_back(RequireFault(text));
+    }
+
+    if (!options.Machine.empty() && !JoinMachine(options.Machine)) {
+        throw CommandError("machine '" + options.Machine +
+                           "': a name has letters, digits, '-' and '_', at most 64");
+    }
+    simulator_ = std::make_unique<simulator::Simulator>(
+        simulator::Simulator::Options{.Cards = options.Cards, .Time = options.Time});
+    for (const SettingChange& change : changes) {
+        RequireCard(change.Card.value_or(0), change.Text);
+    }
+    for (const SettingChange& change : changes) {
+        const unsigned first = change.Card.value_or(0);
+        const unsigned end = change.Card ? first + 1 : simulator_->CardCount();
+        for (unsigned card = first; card < end; ++card) {
+            WriteStoredSetting(card, *change.What, change.Value);
+        }
+    }
+    for (const simulator::Fault& fault : faults) {
+        simulator_->AddFault(fault);
+    }
+}
+
+Scene::~Scene() {
+    UnloadWaveDriver();
+}
+
+void Scene::RequireCard(unsigned card, const std::string& what) const {
+    if (card >= simulator_->CardCount()) {
+        throw CommandError(what + ": there is no card " + std::to_string(card) +
+                           " (cards: " + std::to_string(simulator_->CardCount()) + ")");
+    }
+}
+
+Assignment ParseAssignment(const std::string& text) {
+    const size_t equals = text.find('=');
+    if (equals == std::string::npos) {
+        throw CommandError(text + ": must be NAME=VALUE");
+    }
+    return {text.substr(0, equals), text.substr(equals + 1)};
+}
+
+}  // namespace kestvox

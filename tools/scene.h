@@ -1,0 +1,48 @@
+// The computer that a command works on: the cards, how they are set up, and what goes wrong with them.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "simulator/simulator.h"
+
+namespace kestvox {
+
+// As written on the command line.
+struct SceneOptions {
+    std::string Machine;  // empty: the one that the environment names, or a private one
+    unsigned Cards = 0;   // 0: those that the machine has, one on a new machine
+    simulator::TimeKind Time = simulator::TimeKind::Real;
+    std::vector<std::string> Settings;  // [CARD:]NAME=VALUE
+    std::vector<std::string> Follows;   // B=A: card B takes its clock from card A
+    std::vector<std::string> Faults;
+};
+
+class Scene {
+public:
+    // Puts up the cards and stores the settings, all before the driver is loaded by the first wave
+    // call. CommandError, with nothing stored, when an option cannot be followed.
+    explicit Scene(const SceneOptions& options);
+    // Unloads the driver, then takes the cards away. No wave device may be in use any more.
+    ~Scene();
+    Scene(const Scene&) = delete;
+    Scene& operator=(const Scene&) = delete;
+
+    simulator::Simulator& Cards() { return *simulator_; }
+
+    // CommandError when there is no card of that number; `what` begins the message.
+    void RequireCard(unsigned card, const std::string& what) const;
+
+private:
+    std::unique_ptr<simulator::Simulator> simulator_;
+};
+
+// An assignment NAME=VALUE. CommandError when there is no '='.
+struct Assignment {
+    std::string Name;
+    std::string Value;
+};
+Assignment ParseAssignment(const std::string& text);
+
+}  // namespace kestvox

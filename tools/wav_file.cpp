@@ -1,0 +1,174 @@
+#include "tools/wav_file.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <ostream>
+#include <utility>
+
+#include "tools/command_error.h"
+
+namespace kestvox {
+namespace {
+
+constexpr uint32_t UnknownSize = 0xFFFFFFFF;
+constexpr uint32_t SmallestFormat = 16;  // a format chunk without cbSize
+constexpr uint32_t LargestFormat = 4096;
+
+bool Is(const char (&id)[4], const char* name) {
+    return std::memcmp(id, name, sizeof id) == 0;
+}
+
+}  // namespace
+
+WavReader::WavReader(std::string path) : path_(std::move(path)) {
+    std::error_code error;
+    if (std::filesystem::is_directory(path_, error)) {
+        Refuse("is a directory");
+    }
+    file_.open(path_, std::ios::binary);
+    if (!file_) {
+        Refuse(std::strerror(errno));
+    }
+    file_.seekg(0, std::ios::end);
+    const auto end = static_cast<std::streamoff>(file_.tellg());
+    file_.seekg(0);
+    if (!file_ || end < 0) {
+        Refuse("cannot be read from any place");
+    }
+    fileSize_ = static_cast<uint64_t>(end);
+    FindData(ReadRiffHeader());
+}
+
+void WavReader::Refuse(const std::string& why) const {
+    throw CommandError(path_ + ": " + why);
+}
+
+bool WavReader::ReadExactly(void* bytes, size_t count) {
+    file_.read(static_cast<char*>(bytes), static_cast<std::streamsize>(count));
+    return file_.gcount() == static_cast<std::streamsize>(count);
+}
+
+// Answers the size that the RIFF header gives for all that follows it.
+uint32_t WavReader::ReadRiffHeader() {
+    Chunk riff;
+    char kind[4];
+    if (!ReadExactly(&riff, sizeof riff) || !Is(riff.Id, "RIFF") || !ReadExactly(kind, sizeof kind) ||
+        !Is(kind, "WAVE")) {
+        Refuse("not a WAV file (no RIFF WAVE header)");
+    }
+    return riff.Size;
+}
+
+void WavReader::FindData(uint32_t riffSize) {
+    for (;;) {
+        Chunk chunk;
+        if (!ReadExactly(&chunk, sizeof chunk)) {
+            Refuse(format_.empty() ? "no format chunk" : "no data chunk");
+        }
+        const auto start = static_cast<uint64_t>(file_.tellg());
+        if (Is(chunk.Id, "data")) {
+            SetDataSize(chunk.Size, riffSize);
+            return;
+        }
+        if (start + chunk.Size > fileSize_) {
+            Refuse("truncated inside its chunk '" + std::string(chunk.Id, sizeof chunk.Id) + "'");
+        }
+        if (Is(chunk.Id, "fmt ") && format_.empty()) {
+            ReadFormat(chunk.Size);
+        }
+        // Chunks begin on even offsets; the padding is not part of the size.
+        file_.seekg(static_cast<std::streamoff>(start + chunk.Size + chunk.Size % 2));
+    }
+}
+
+void WavReader::ReadFormat(uint32_t size) {
+    if (size < SmallestFormat || size > LargestFormat) {
+        Refuse("its format chunk has a length of " + std::to_string(size) + " bytes");
+    }
+    format_.assign(std::max<size_t>(size, sizeof(WAVEFORMATEX)), 0);
+    if (!ReadExactly(format_.data(), size)) {
+        Refuse("truncated inside its format chunk");
+    }
+    if (sizeof(WAVEFORMATEX) + Format().cbSize > format_.size()) {
+        Refuse("its format chunk is shorter than it says");
+    }
+    if (Format().nBlockAlign == 0 || Format().nSamplesPerSec == 0) {
+        Refuse("its format has no block alignment or no sample rate");
+    }
+}
+
+void WavReader::SetDataSize(uint32_t size, uint32_t riffSize) {
+    if (format_.empty()) {
+        Refuse("its data comes before its format");
+    }
+    const auto start = static_cast<uint64_t>(file_.tellg());
+    const uint64_t toTheEnd = fileSize_ - start;
+    // An empty data chunk is meant to be empty when the RIFF size counts in what follows it.
+    const bool neverPatched = size == 0 && 8 + static_cast<uint64_t>(riffSize) <= start;
+    const bool unknown = size == UnknownSize || (size == 0 && (neverPatched || riffSize == UnknownSize));
+    if (!unknown && size > toTheEnd) {
+        Refuse("truncated: " + std::to_string(toTheEnd) + " of " + std::to_string(size) +
+               " bytes of sample data");
+    }
+    byteCount_ = unknown ? toTheEnd : size;
+    byteCount_ -= byteCount_ % Format().nBlockAlign;
+    if (byteCount_ == 0) {
+        Refuse("holds no samples");
+    }
+}
+
+size_t WavReader::Read(std::span<char> bytes) {
+    const auto count = static_cast<size_t>(std::min<uint64_t>(bytes.size(), byteCount_ - bytesRead_));
+    if (!ReadExactly(bytes.data(), count)) {
+        Refuse("cannot be read to its end");
+    }
+    bytesRead_ += count;
+    return count;
+}
+
+void WriteWav(std::ostream& out, uint32_t rate, std::span<const simulator::Frame> frames) {
+    static_assert(sizeof(simulator::Frame) == 8);
+    struct Header {
+        char Riff[4];
+        uint32_t RiffSize;
+        char Wave[4];
+        char Fmt[4];
+        uint32_t FmtSize;
+        uint16_t Tag;
+        uint16_t Channels;
+        uint32_t Rate;
+        uint32_t BytesPerSecond;
+        uint16_t BlockAlign;
+        uint16_t Bits;
+        char Data[4];
+        uint32_t DataSize;
+    };
+    static_assert(sizeof(Header) == 44);
+
+    const uint64_t dataSize = frames.size_bytes();
+    if (dataSize > UnknownSize - sizeof(Header)) {
+        throw CommandError("the captured sound is longer than a WAV file can hold");
+    }
+    const auto size = static_cast<uint32_t>(dataSize);
+    const Header header{
+        .Riff = {'R', 'I', 'F', 'F'},
+        .RiffSize = size + static_cast<uint32_t>(sizeof(Header)) - 8,
+        .Wave = {'W', 'A', 'V', 'E'},
+        .Fmt = {'f', 'm', 't', ' '},
+        .FmtSize = 16,
+        .Tag = WAVE_FORMAT_PCM,
+        .Channels = 2,
+        .Rate = rate,
+        .BytesPerSecond = rate * static_cast<uint32_t>(sizeof(simulator::Frame)),
+        .BlockAlign = sizeof(simulator::Frame),
+        .Bits = 32,
+        .Data = {'d', 'a', 't', 'a'},
+        .DataSize = size,
+    };
+    out.write(reinterpret_cast<const char*>(&header), sizeof header);
+    out.write(reinterpret_cast<const char*>(frames.data()), static_cast<std::streamsize>(dataSize));
+}
+
+}  // namespace kestvox
