@@ -30,9 +30,9 @@ public:
 private:
     std::vector<Frame> played_;
     std::vector<Frame> heard_;
-    size_t shown_ = 0;       // of heard_, up to the channel's last frame
+    size_t shown_ = 0;  // of heard_, up to the channel's last frame
     bool listening_ = false;
-    uint64_t next_ = 0;      // tick that follows heard_
+    uint64_t next_ = 0;  // tick that follows heard_
 };
 
 }  // namespace simulator

@@ -8,8 +8,12 @@
 namespace simulator {
 namespace {
 
-constexpr uint8_t MuteBits = 0x03;
-constexpr std::array<unsigned, 2> OutputControlRegister = {16, 24};  // analog, digital
+// A connector is silent while its output is muted, the digital one also while its transmitter stands.
+bool IsAudible(const CardState& card, unsigned port) {
+    const bool analog = port == 0;
+    const bool muted = (card.CardFile[analog ? 16 : 24] & 0x03) != 0;
+    return !muted && (analog || (card.CardFile[25] & 0x01) != 0);
+}
 
 // The signals on the input connectors; null is silence, and nothing can be plugged in yet.
 constexpr std::array<const Frame*, 2> InputSignals = {nullptr, nullptr};
@@ -62,8 +66,8 @@ bool CardPlayer::Due(const CardState& card, unsigned channel, uint64_t until) co
 void CardPlayer::CatchUp(CardState& card, int64_t now, std::vector<FinishedBuffer>& finished) {
     const uint64_t target = card.TickAt(now);
     while (doneTo_ < target) {
-        const bool due = Due(card, 0, target) || Due(card, 1, target) || Due(card, 2, target) ||
-                         Due(card, 3, target);
+        const bool due =
+            Due(card, 0, target) || Due(card, 1, target) || Due(card, 2, target) || Due(card, 3, target);
         if (!due) {
             doneTo_ = target;
             return;
@@ -134,12 +138,13 @@ void CardPlayer::Listen(const CardState& card, size_t frames, const std::array<P
             sources[2 + source] = playing_[source] ? playback_[source].data() + begin : nullptr;
         }
         std::array<uint8_t, MixerSources> gains{};
-        if ((card.CardFile[OutputControlRegister[port]] & MuteBits) == 0) {
+        if (IsAudible(card, port)) {
             std::copy_n(card.MixerFile.begin() + port * MixerSources, MixerSources, gains.begin());
         }
         Block heard;
         MixFrames(sources, gains, frames - begin, heard.data());
-        log.AddHeard(doneTo_ + begin, {heard.data(), frames - begin}, own.Begin < own.End ? own.End - begin : 0);
+        log.AddHeard(doneTo_ + begin, {heard.data(), frames - begin},
+                     own.Begin < own.End ? own.End - begin : 0);
     }
 }
 

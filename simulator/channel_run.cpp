@@ -6,7 +6,9 @@ namespace {
 constexpr unsigned StartHoldRegister = 36;
 constexpr uint8_t ArmBit = 0x02;  // port register 0
 
-uint8_t DirectionBit(unsigned channel) { return channel >= FirstOutput ? 0x01 : 0x02; }
+uint8_t DirectionBit(unsigned channel) {
+    return channel >= FirstOutput ? 0x01 : 0x02;
+}
 
 // Brings Moving and Silent in line with the run state, as of `tick`; a channel that may move now
 // begins with the frame at `next`.

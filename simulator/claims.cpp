@@ -4,7 +4,9 @@
 
 namespace simulator {
 
-bool IsClaimed(const ChannelState& channel) { return channel.Owner.Id != 0 && host::IsAlive(channel.Owner); }
+bool IsClaimed(const ChannelState& channel) {
+    return channel.Owner.Id != 0 && host::IsAlive(channel.Owner);
+}
 
 bool ClaimChannel(MachineState& machine, unsigned card, unsigned channel, uint32_t file, int64_t now) {
     ChannelState& state = machine.Cards[card].Channels[channel];

@@ -23,9 +23,15 @@ constexpr uint8_t MeasureBit = 0x80;      // card 9, port 1
 
 constexpr std::array<uint32_t, 8> RateOfCode = {96000, 88200, 48000, 44100, 32000, 22050, 8000, 11025};
 
-uint8_t SourceOf(const CardState& card) { return card.CardFile[32] & SourceMask; }
-uint32_t NominalRate(const CardState& card) { return RateOfCode[card.CardFile[32] & 0x07]; }
-bool IsBroken(const CardState& card, uint8_t source) { return card.Broken[source / 0x20]; }
+uint8_t SourceOf(const CardState& card) {
+    return card.CardFile[32] & SourceMask;
+}
+uint32_t NominalRate(const CardState& card) {
+    return RateOfCode[card.CardFile[32] & 0x07];
+}
+bool IsBroken(const CardState& card, uint8_t source) {
+    return card.Broken[source / 0x20];
+}
 
 bool ReceiverSettled(const Measurement& measurement, int64_t now) {
     return measurement.ReceiverOn && now >= measurement.ReceiverReady;
@@ -210,8 +216,12 @@ bool TakeClockFault(CardState& card, int64_t now) {
     return fault;
 }
 
-uint8_t MeasuredByCard(CardState& card, int64_t now) { return ResultOf(card.CardMeasurement, card, now); }
-uint8_t MeasuredByPort(CardState& card, int64_t now) { return ResultOf(card.PortMeasurement, card, now); }
+uint8_t MeasuredByCard(CardState& card, int64_t now) {
+    return ResultOf(card.CardMeasurement, card, now);
+}
+uint8_t MeasuredByPort(CardState& card, int64_t now) {
+    return ResultOf(card.PortMeasurement, card, now);
+}
 
 void ResetMeasurements(CardState& card) {
     card.CardMeasurement = Measurement{};
@@ -251,7 +261,9 @@ void ClockControlWritten(const RegisterChange& change) {
     ApplyHold(card, change.Now);
 }
 
-void ClockSelectWritten(const RegisterChange& change) { ResolveClocks(change.Machine, change.Now); }
+void ClockSelectWritten(const RegisterChange& change) {
+    ResolveClocks(change.Machine, change.Now);
+}
 
 void StartHoldWritten(const RegisterChange& change) {
     const uint8_t released = change.Before & static_cast<uint8_t>(~change.After) & 0x03;

@@ -32,8 +32,8 @@ int64_t CompletionQueue::NextLate() const {
 }
 
 void CompletionQueue::Ripen(int64_t now) {
-    const auto due = std::stable_partition(late_.begin(), late_.end(),
-                                           [now](const Call& call) { return call.Due > now; });
+    const auto due =
+        std::stable_partition(late_.begin(), late_.end(), [now](const Call& call) { return call.Due > now; });
     std::stable_sort(due, late_.end(), [](const Call& a, const Call& b) { return a.Due < b.Due; });
     ready_.insert(ready_.end(), due, late_.end());
     late_.erase(due, late_.end());

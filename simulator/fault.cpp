@@ -90,8 +90,8 @@ std::optional<Fault> FaultList::Next(uint32_t code, bool completion) {
     std::optional<Fault> strikes;
     for (auto waiting = faults_.begin(); waiting != faults_.end();) {
         const Fault& fault = waiting->What;
-        const bool matches = completion ? fault.Code == Fault::Completion
-                                        : fault.Code == code || fault.Code == Fault::AnyCode;
+        const bool matches =
+            completion ? fault.Code == Fault::Completion : fault.Code == code || fault.Code == Fault::AnyCode;
         const bool due = matches && (fault.Nth == 0 || ++waiting->Seen == fault.Nth);
         if (due && !strikes) {
             strikes = fault;

@@ -10,20 +10,20 @@ namespace simulator {
 
 struct Fault {
     enum class Kind {
-        Fail,     // the request fails and has no effect
-        Pend,     // the request takes effect but is reported as pending
-        Short,    // an answer comes back with one byte too few
-        Late,     // a completion: delivered `Delay` microseconds later
-        Twice,    // a completion: delivered twice
-        Lost,     // a completion: never delivered
+        Fail,   // the request fails and has no effect
+        Pend,   // the request takes effect but is reported as pending
+        Short,  // an answer comes back with one byte too few
+        Late,   // a completion: delivered `Delay` microseconds later
+        Twice,  // a completion: delivered twice
+        Lost,   // a completion: never delivered
     };
     static constexpr uint32_t AnyCode = 0;
     static constexpr uint32_t Completion = 1;  // for Late, Twice and Lost
 
     Kind What = Kind::Fail;
-    uint32_t Code = AnyCode;   // request code, AnyCode, or Completion
-    unsigned Nth = 1;          // the n-th matching one from now, counted from 1; 0: every one
-    uint32_t Error = 31;       // ERROR_GEN_FAILURE
+    uint32_t Code = AnyCode;  // request code, AnyCode, or Completion
+    unsigned Nth = 1;         // the n-th matching one from now, counted from 1; 0: every one
+    uint32_t Error = 31;      // ERROR_GEN_FAILURE
     int64_t Delay = 10000;
 };
 

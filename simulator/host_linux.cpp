@@ -51,17 +51,25 @@ void* MapMachine(size_t size, void (*create)(void* memory)) {
     return platform::MapMachineRegion("simulator", size, create);
 }
 
-void LockMachine() { sharedLock->Mutex.lock(); }
-void UnlockMachine() { sharedLock->Mutex.unlock(); }
+void LockMachine() {
+    sharedLock->Mutex.lock();
+}
+void UnlockMachine() {
+    sharedLock->Mutex.unlock();
+}
 
-bool OthersMayJoin() { return !platform::MachineName().empty(); }
+bool OthersMayJoin() {
+    return !platform::MachineName().empty();
+}
 
 Process CurrentProcess() {
     const platform::ProcessIdentity identity = platform::CurrentProcess();
     return {identity.Id, identity.StartTime};
 }
 
-bool IsAlive(const Process& process) { return platform::IsAlive({process.Id, process.StartTime}); }
+bool IsAlive(const Process& process) {
+    return platform::IsAlive({process.Id, process.StartTime});
+}
 
 int64_t Nanoseconds() {
     timespec now{};
@@ -88,16 +96,22 @@ void InstallTimer(Timer* timer) {
     platform::InstallTimeSource(timer ? &timerAdapter : nullptr);
 }
 
-Thread CurrentThread() { return platform::CurrentThreadReference(); }
+Thread CurrentThread() {
+    return platform::CurrentThreadReference();
+}
 
-uint64_t CurrentThreadId() { return static_cast<uint64_t>(syscall(SYS_gettid)); }
+uint64_t CurrentThreadId() {
+    return static_cast<uint64_t>(syscall(SYS_gettid));
+}
 
 void QueueCall(const Thread& thread, ProcedureCall routine, ULONG_PTR first) {
     // The call is lost when the thread has ended, as in a kernel.
-    platform::QueueProcedureCall(std::static_pointer_cast<platform::ThreadObject>(thread), routine, first,
-                                 0, 0);
+    platform::QueueProcedureCall(std::static_pointer_cast<platform::ThreadObject>(thread), routine, first, 0,
+                                 0);
 }
 
-bool WaitUntilQuiet(DWORD milliseconds) { return platform::WaitUntilQuiet(milliseconds); }
+bool WaitUntilQuiet(DWORD milliseconds) {
+    return platform::WaitUntilQuiet(milliseconds);
+}
 
 }  // namespace simulator::host

@@ -47,7 +47,8 @@ DWORD CheckLengths(const RequestDefinition& definition, const host::Request& req
     if (definition.OutputLength == AnyLength || request.OutputLength == definition.OutputLength) {
         return request.OutputLength != 0 && !request.Output ? ERROR_INVALID_PARAMETER : ERROR_SUCCESS;
     }
-    return request.OutputLength < definition.OutputLength ? ERROR_INSUFFICIENT_BUFFER : ERROR_INVALID_PARAMETER;
+    return request.OutputLength < definition.OutputLength ? ERROR_INSUFFICIENT_BUFFER
+                                                          : ERROR_INVALID_PARAMETER;
 }
 
 // What a fault makes of a request that has taken effect.

@@ -33,13 +33,14 @@ MachineState& Machine() {
     return *static_cast<MachineState*>(host::MapMachine(sizeof(MachineState), [](void*) {}));
 }
 
-void AttachProcess(unsigned cards, bool stepped) {
+void AttachProcess(unsigned cards, std::optional<TimeKind> time) {
     MachineState& machine = Machine();
     const host::MachineGuard guard;
     ForgetDeadProcesses(machine);
     const bool alone = std::all_of(machine.Processes.begin(), machine.Processes.end(),
                                    [](const host::Process& process) { return process.Id == 0; });
     if (alone) {
+        const bool stepped = time ? *time == TimeKind::Stepped : machine.InUse && machine.Stepped;
         const bool keep = cards == 0 && machine.InUse && machine.Stepped == stepped;
         machine.Stepped = stepped;
         if (!keep) {

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 
 #include "simulator/host.h"
 #include "simulator/protocol.h"
@@ -28,8 +29,8 @@ struct ChannelState {
     bool Acquired;
     bool TransferOn;
     bool Armed;
-    bool Waiting;           // armed behind a start hold
-    bool CountsFromZero;    // the next START_TRANSFER begins a new position count
+    bool Waiting;         // armed behind a start hold
+    bool CountsFromZero;  // the next START_TRANSFER begins a new position count
 
     // Frames move from MoveFrom on while Moving, else until MoveUntil; the owner catches up with it.
     bool Moving;
@@ -48,13 +49,13 @@ struct ChannelState {
 
 // A rate measurement of the digital input, by the card or by the digital input port.
 struct Measurement {
-    bool ReceiverOn;         // the receiver it looks at, and
-    int64_t ReceiverReady;   // when that has settled: time
-    int64_t PulseRose;       // time
+    bool ReceiverOn;        // the receiver it looks at, and
+    int64_t ReceiverReady;  // when that has settled: time
+    int64_t PulseRose;      // time
     bool Running;
-    uint64_t ReadyTick;      // of the running one
+    uint64_t ReadyTick;  // of the running one
     uint8_t NextResult;
-    uint8_t Result;          // as the measured-rate register shows it
+    uint8_t Result;  // as the measured-rate register shows it
 };
 
 struct CardState {
@@ -68,21 +69,21 @@ struct CardState {
 
     // Clock
     SampleClock Clock;
-    int64_t TickOffset;     // ticks minus the clock's count, modulo 2^64
-    uint32_t Supplier;      // the card whose clock this one runs on: itself, or the link's driver
-    uint32_t Lag;           // frames by which a follower that was not resynchronised is late
+    int64_t TickOffset;  // ticks minus the clock's count, modulo 2^64
+    uint32_t Supplier;   // the card whose clock this one runs on: itself, or the link's driver
+    uint32_t Lag;        // frames by which a follower that was not resynchronised is late
     bool ClockValid;
-    int64_t InvalidSince;   // time; of no meaning while ClockValid
+    int64_t InvalidSince;  // time; of no meaning while ClockValid
     bool FaultLatched;
-    int64_t ResyncFell;     // time at which the resync bit last went low
+    int64_t ResyncFell;  // time at which the resync bit last went low
     Measurement CardMeasurement;
     Measurement PortMeasurement;
 
     std::array<ChannelState, ChannelCount> Channels;
 
     // The scene
-    uint32_t DigitalInputRate;  // Hz
-    std::array<bool, 4> Broken; // by clock source code / 32
+    uint32_t DigitalInputRate;   // Hz
+    std::array<bool, 4> Broken;  // by clock source code / 32
     int32_t Drift;
 
     std::array<uint8_t, NvramPageSize> IdentityPage;
@@ -111,8 +112,9 @@ struct MachineState {
 MachineState& Machine();
 
 // Puts this process on the list, after taking the dead off it. When it is alone, `cards` fresh cards
-// come up (unless `cards` is 0 and there are some) and time becomes as `stepped` says.
-void AttachProcess(unsigned cards, bool stepped);
+// come up (unless `cards` is 0 and there are some) and time becomes as `time` says (nothing: stays as it
+// was).
+void AttachProcess(unsigned cards, std::optional<TimeKind> time);
 void DetachProcess();
 bool OthersAttached();
 

@@ -31,25 +31,31 @@ struct FieldDefinition {
     uint8_t Mask;
 };
 
-struct RegisterDefinition {
-    RegisterFile File;
-    uint8_t Index;
-    const char* Name;
-    uint8_t Reset = 0;        // value after power-up
-    uint8_t Writable = 0xFF;  // bits
-    std::array<FieldDefinition, 5> Fields = {};  // up to the first without a name; none: one of 8 bits
-    uint8_t Channels = 0;        // Port file: bit set of the channels that have it
-    bool ClearedBySoftReset = false;
-
-    // The data register of a window: stands for the register of WindowFile whose index is in the card
-    // register WindowIndex.
-    RegisterFile WindowFile = RegisterFile::Card;
-    uint8_t WindowIndex = 0;
-
-    uint8_t (*Read)(CardState& card, int64_t now) = nullptr;  // null: what was written
-    void (*Written)(const RegisterChange& change) = nullptr;
+// What a register does besides holding its value.
+struct RegisterBehaviour {
+    // A data register stands for the register of another file whose index is in the card register
+    // IndexRegister. 0: it is none.
+    RegisterFile WindowFile;
+    uint8_t IndexRegister;
+    uint8_t (*Read)(CardState& card, int64_t now);  // null: what was written
+    void (*Written)(const RegisterChange& change);  // null: nothing else happens
 };
 
+struct RegisterDefinition {
+    RegisterFile File;
+    uint8_t Channels;  // Port file: bit set of the channels that have the register; else 1
+    uint8_t Index;
+    const char* Name;
+    uint8_t Reset;     // value after power-up
+    uint8_t Writable;  // bits
+    bool ClearedBySoftReset;
+    RegisterBehaviour Does;
+    std::array<FieldDefinition, 5> Fields;  // up to the first without a name
+
+    bool IsWindow() const { return Does.IndexRegister != 0; }
+};
+
+// In register_table.cpp.
 std::span<const RegisterDefinition> RegisterTable();
 
 // Null when the card has no such register. `channel` matters for the Port file.

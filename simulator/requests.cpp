@@ -169,7 +169,8 @@ DWORD DoReadRegister(RequestCall& call) {
     if (!definition) {
         return error;
     }
-    call.AnswerWord(ReadRegisterValue(call.Machine, call.File.Card, call.File.Channel, *definition, call.Now));
+    call.AnswerWord(
+        ReadRegisterValue(call.Machine, call.File.Card, call.File.Channel, *definition, call.Now));
     return ERROR_SUCCESS;
 }
 
@@ -250,11 +251,14 @@ constexpr RequestDefinition Table[] = {
 
 }  // namespace
 
-std::span<const RequestDefinition> RequestTable() { return Table; }
+std::span<const RequestDefinition> RequestTable() {
+    return Table;
+}
 
 const RequestDefinition* FindRequest(uint32_t code) {
-    const auto found = std::find_if(std::begin(Table), std::end(Table),
-                                    [code](const RequestDefinition& request) { return request.Code == code; });
+    const auto found =
+        std::find_if(std::begin(Table), std::end(Table),
+                     [code](const RequestDefinition& request) { return request.Code == code; });
     return found == std::end(Table) ? nullptr : found;
 }
 

@@ -17,7 +17,7 @@ namespace simulator {
 class Simulator::Impl {
 public:
     explicit Impl(const Options& options) {
-        AttachProcess(options.Cards, options.Time == TimeKind::Stepped);
+        AttachProcess(options.Cards, options.Time);
         Clock.emplace(Side);
         Driver.emplace(Side, *Clock);
         host::InstallDriver(&*Driver);
@@ -74,14 +74,23 @@ unsigned Simulator::CardCount() const {
 
 // --- time -----------------------------------------------------------------------------------------
 
+TimeKind Simulator::Time() const {
+    const host::MachineGuard guard;
+    return Machine().Stepped ? TimeKind::Stepped : TimeKind::Real;
+}
+
 int64_t Simulator::NowMicroseconds() const {
     const host::MachineGuard guard;
     return Machine().Now() / 1000;
 }
 
-void Simulator::Advance(int64_t microseconds) { impl_->Clock->Advance(microseconds * 1000, false); }
+void Simulator::Advance(int64_t microseconds) {
+    impl_->Clock->Advance(microseconds * 1000, false);
+}
 
-bool Simulator::AdvanceToNextCompletion(int64_t limit) { return impl_->Clock->Advance(limit * 1000, true); }
+bool Simulator::AdvanceToNextCompletion(int64_t limit) {
+    return impl_->Clock->Advance(limit * 1000, true);
+}
 
 // --- the scene ------------------------------------------------------------------------------------
 
@@ -197,7 +206,8 @@ std::vector<RegisterView> Simulator::Registers(unsigned card) const {
 }
 
 unsigned Simulator::SampleRate(unsigned card) const {
-    return impl_->With(card, [](MachineState&, CardState& state, int64_t) -> unsigned { return state.Clock.Rate; });
+    return impl_->With(card,
+                       [](MachineState&, CardState& state, int64_t) -> unsigned { return state.Clock.Rate; });
 }
 
 uint64_t Simulator::ClockFrame(unsigned card) const {
@@ -246,8 +256,12 @@ unsigned Simulator::OpenFiles() const {
 
 // --- trace and faults -----------------------------------------------------------------------------------
 
-std::vector<TraceEntry> Simulator::Trace() const { return impl_->Side.Trace.Entries(); }
-void Simulator::ClearTrace() { impl_->Side.Trace.Clear(); }
+std::vector<TraceEntry> Simulator::Trace() const {
+    return impl_->Side.Trace.Entries();
+}
+void Simulator::ClearTrace() {
+    impl_->Side.Trace.Clear();
+}
 
 void Simulator::AddFault(const Fault& fault) {
     const host::MachineGuard guard;

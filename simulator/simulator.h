@@ -7,10 +7,14 @@
 // Time is a dial. Real: cards run at their sample rate on the host's clock. Stepped: the timer, the
 // kernel stall and the sample clocks share one virtual clock that moves only by Advance, by a stall,
 // and by a thread that reads the timer again and again without doing anything else.
+//
+// Card numbers are below CardCount(). Every member may be called on any thread, except that a thread
+// that receives completions does not Advance.
 #pragma once
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -65,7 +69,8 @@ public:
     // made them. Otherwise `Cards` fresh cards come up, with every register at its power-up value.
     struct Options {
         unsigned Cards = 1;  // 0: leave the cards that are there already, or one on a new machine
-        TimeKind Time = TimeKind::Stepped;
+        // Nothing: as it is there already, or real on a new machine.
+        std::optional<TimeKind> Time = TimeKind::Stepped;
     };
     explicit Simulator(const Options& options);
     ~Simulator();
@@ -75,6 +80,7 @@ public:
     unsigned CardCount() const;
 
     // --- time -------------------------------------------------------------------------------
+    TimeKind Time() const;
     int64_t NowMicroseconds() const;
 
     // Stepped only: moves the virtual clock on. Everything due on the way happens in order of its
@@ -95,8 +101,8 @@ public:
     // What the card goes through when the computer sleeps: every register is at its power-up value,
     // every channel disarmed and not acquired. Claims and queued buffers stay.
     void PowerCycle(unsigned card);
-    void SetIdentityPage(unsigned card, std::span<const uint8_t, 128> page);   // 0xFF80
-    void SetVersionPage(unsigned card, std::span<const uint8_t, 128> page);    // 0xFF00
+    void SetIdentityPage(unsigned card, std::span<const uint8_t, 128> page);  // 0xFF80
+    void SetVersionPage(unsigned card, std::span<const uint8_t, 128> page);   // 0xFF00
     void SetPciRegister(unsigned card, unsigned offset, std::span<const uint8_t> bytes);
     // Rate on the digital input in Hz: 0 no signal (as at first), else what the receiver measures and,
     // as a clock, runs the card at.
@@ -112,8 +118,8 @@ public:
     uint8_t IndirectRegister(unsigned card, unsigned index) const;
     unsigned MixerGain(unsigned card, unsigned index) const;
     std::vector<RegisterView> Registers(unsigned card) const;
-    unsigned SampleRate(unsigned card) const;     // the rate that the card runs at, Hz; 0: no clock
-    uint64_t ClockFrame(unsigned card) const;     // frames counted by the card's (group's) clock
+    unsigned SampleRate(unsigned card) const;  // the rate that the card runs at, Hz; 0: no clock
+    uint64_t ClockFrame(unsigned card) const;  // frames counted by the card's (group's) clock
 
     OutputStatus Output(unsigned card, Port port) const;
     // The frames that the output channel took out of its buffers, bit for bit, since the process
@@ -121,7 +127,7 @@ public:
     std::vector<Frame> Played(unsigned card, Port port) const;
     // What left the card's connector from the channel's first frame to its last: all four mixer
     // sources at their gains, silence where the channel had no data. What channels of other processes
-    // play on the card is not in it. A channel acquired anew adds to it without a gap.
+    // play on the card is not in it. A file opened anew adds to it without a gap.
     std::vector<Frame> Heard(unsigned card, Port port) const;
     void ForgetAudio();  // empties Played and Heard of every channel of this process
 

@@ -6,7 +6,7 @@ namespace simulator {
 namespace {
 
 constexpr int64_t Millisecond = 1000000;
-constexpr int64_t SleepNap = 50000;      // real time that a sleep takes in stepped time
+constexpr int64_t SleepNap = 50000;  // real time that a sleep takes in stepped time
 constexpr int64_t IdlePeriod = 10 * Millisecond;
 constexpr DWORD QuietMilliseconds = 1000;
 
@@ -104,7 +104,9 @@ void Timeline::Stall(int64_t length) {
     }
 }
 
-void Timeline::NoteRequest() { justReadTimer = false; }
+void Timeline::NoteRequest() {
+    justReadTimer = false;
+}
 
 DWORD Timeline::Milliseconds() {
     int64_t now = 0;

@@ -47,9 +47,9 @@ std::string TraceEntry::Text() const {
     case ReadRegister:
         return Print("read %s %u", SpaceName(*this), Word(*this, offsetof(RegisterRequest, Register)));
     case WriteRegister:
-        return Print("write %s %u = %02X / %02X", SpaceName(*this),
-                     Word(*this, offsetof(RegisterRequest, Register)),
-                     Word(*this, offsetof(RegisterRequest, Value)), Word(*this, offsetof(RegisterRequest, Mask)));
+        return Print(
+            "write %s %u = %02X / %02X", SpaceName(*this), Word(*this, offsetof(RegisterRequest, Register)),
+            Word(*this, offsetof(RegisterRequest, Value)), Word(*this, offsetof(RegisterRequest, Mask)));
     case Stall:
         return Print("stall %u", Word(*this, 0));
     case QueueBuffer:

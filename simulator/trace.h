@@ -15,9 +15,9 @@ struct TraceEntry {
     int64_t Microseconds;  // time at which the request was made
     uint32_t Process;
     uint64_t Thread;
-    uint32_t File;         // number of the open file within the process, from 1
+    uint32_t File;  // number of the open file within the process, from 1
     unsigned Card;
-    uint32_t Channel;      // bound channel, 0xFFFFFFFF for none
+    uint32_t Channel;  // bound channel, 0xFFFFFFFF for none
     uint32_t Code;
     std::vector<uint8_t> Input;   // the request's input bytes
     std::vector<uint8_t> Output;  // the bytes returned (not the samples of a mapped buffer)

@@ -45,7 +45,8 @@ void AddSceneOptions(CLI::App& command, SceneOptions& scene) {
     AddCardsOption(command, scene);
     AddRepeatable(command, "--set", scene.Settings,
                   "[CARD:]NAME=VALUE: store a setting first; without CARD, on every card");
-    AddRepeatable(command, "--follow", scene.Follows, "B=A: card B takes its clock from card A");
+    AddRepeatable(command, "--follow", scene.Follows,
+                  "B=A: card B takes its clock from card A (stores its Master and ClockSource)");
 }
 
 CLI::App* AddDevices(CLI::App& program, CommandLine& line) {
@@ -122,6 +123,9 @@ int Run(int argc, char** argv) {
     const CLI::App* play = AddPlay(program, line);
     const CLI::App* settings = AddSettings(program, line);
     AddRegisters(program, line);
+    if (argc > 1 && argv[1][0] != '-' && program.get_subcommand_no_throw(argv[1]) == nullptr) {
+        return Refuse(("there is no command '" + std::string(argv[1]) + "' (try --help)").c_str());
+    }
     try {
         program.parse(argc, argv);
     } catch (const CLI::Success& help) {

@@ -1,6 +1,8 @@
 #include "tools/scene.h"
 
+#include <algorithm>
 #include <charconv>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -12,10 +14,11 @@ namespace kestvox {
 namespace {
 
 struct SettingChange {
-    std::string Text;              // as the user wrote it
-    std::optional<unsigned> Card;  // nothing: every card
     const Setting* What;
     StoredValue Value;
+    std::optional<unsigned> Card;  // nothing: every card
+    std::string Text;              // as the user wrote it
+    unsigned HighestCard = 0;      // must be there
 };
 
 std::optional<unsigned> ParseCardNumber(const std::string& text) {
@@ -36,10 +39,11 @@ SettingChange ParseSettingChange(const std::string& text) {
         assignment.Name.erase(0, colon + 1);
     }
     const Setting& setting = FindSetting(assignment.Name);
-    return {text, card, &setting, ParseSetting(setting, assignment.Value)};
+    return {&setting, ParseSetting(setting, assignment.Value), card, text, card.value_or(0)};
 }
 
-SettingChange ParseFollow(const std::string& text) {
+// As the configuration sheet stores it: the follower names its master and takes its clock from the link.
+std::vector<SettingChange> ParseFollow(const std::string& text) {
     const size_t equals = text.find('=');
     const std::optional<unsigned> follower = ParseCardNumber(text.substr(0, equals));
     const std::optional<unsigned> master =
@@ -47,8 +51,13 @@ SettingChange ParseFollow(const std::string& text) {
     if (!follower || !master || *follower == *master) {
         throw CommandError("follow " + text + ": must be B=A, two different card numbers (B follows A)");
     }
-    const Setting& setting = FindSetting("Master");
-    return {"follow " + text, follower, &setting, ParseSetting(setting, std::to_string(*master))};
+    std::vector<SettingChange> changes;
+    for (const auto& [name, value] : {std::pair("Master", std::to_string(*master)), {"ClockSource", "32"}}) {
+        const Setting& setting = FindSetting(name);
+        changes.push_back({&setting, ParseSetting(setting, value), follower, "follow " + text,
+                           std::max(*follower, *master)});
+    }
+    return changes;
 }
 
 simulator::Fault RequireFault(const std::string& text) {
@@ -65,11 +74,11 @@ simulator::Fault RequireFault(const std::string& text) {
 // All that can be wrong is found before anything is stored.
 Scene::Scene(const SceneOptions& options) {
     std::vector<SettingChange> changes;
+    for (const std::string& text : options.Follows) {
+        std::ranges::copy(ParseFollow(text), std::back_inserter(changes));
+    }
     for (const std::string& text : options.Settings) {
         changes.push_back(ParseSettingChange(text));
-    }
-    for (const std::string& text : options.Follows) {
-        changes.push_back(ParseFollow(text));
     }
     std::vector<simulator::Fault> faults;
     for (const std::string& text : options.Faults) {
@@ -82,8 +91,9 @@ Scene::Scene(const SceneOptions& options) {
     }
     simulator_ = std::make_unique<simulator::Simulator>(
         simulator::Simulator::Options{.Cards = options.Cards, .Time = options.Time});
+    RequireWhatWasAskedFor(options);
     for (const SettingChange& change : changes) {
-        RequireCard(change.Card.value_or(0), change.Text);
+        RequireCard(change.HighestCard, change.Text);
     }
     for (const SettingChange& change : changes) {
         const unsigned first = change.Card.value_or(0);
@@ -99,6 +109,18 @@ Scene::Scene(const SceneOptions& options) {
 
 Scene::~Scene() {
     UnloadWaveDriver();
+}
+
+// A machine that another process uses at this moment stays as that process made it.
+void Scene::RequireWhatWasAskedFor(const SceneOptions& options) const {
+    if (options.Cards != 0 && options.Cards != simulator_->CardCount()) {
+        throw CommandError("the machine is in use and has another number of cards: " +
+                           std::to_string(simulator_->CardCount()));
+    }
+    if (options.Time && *options.Time != simulator_->Time()) {
+        throw CommandError(std::string("the machine is in use and runs in ") +
+                           (simulator_->Time() == simulator::TimeKind::Real ? "real" : "stepped") + " time");
+    }
 }
 
 void Scene::RequireCard(unsigned card, const std::string& what) const {

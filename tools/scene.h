@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,11 +12,11 @@ namespace kestvox {
 
 // As written on the command line.
 struct SceneOptions {
-    std::string Machine;  // empty: the one that the environment names, or a private one
-    unsigned Cards = 0;   // 0: those that the machine has, one on a new machine
-    simulator::TimeKind Time = simulator::TimeKind::Real;
-    std::vector<std::string> Settings;  // [CARD:]NAME=VALUE
-    std::vector<std::string> Follows;   // B=A: card B takes its clock from card A
+    std::string Machine;                      // empty: the one that the environment names, or a private one
+    unsigned Cards = 0;                       // 0: those that the machine has, one on a new machine
+    std::optional<simulator::TimeKind> Time;  // nothing: as it is on the machine, real on a new one
+    std::vector<std::string> Settings;        // [CARD:]NAME=VALUE
+    std::vector<std::string> Follows;         // B=A: card B takes its clock from card A
     std::vector<std::string> Faults;
 };
 
@@ -35,6 +36,8 @@ public:
     void RequireCard(unsigned card, const std::string& what) const;
 
 private:
+    void RequireWhatWasAskedFor(const SceneOptions& options) const;
+
     std::unique_ptr<simulator::Simulator> simulator_;
 };
 

@@ -62,12 +62,11 @@ void HandOverAll(StreamInstance* stream, TransferRule rule) {
     }
 }
 
-using Choice = HeldHeader* (HeaderLedger::*)();
-
 // Takes the header that is chosen out of the ledger; null when none is.
-WAVEHDR* TakeOutOfLedger(StreamInstance* stream, Choice choose) {
+template <typename Choose>
+WAVEHDR* TakeOutOfLedger(StreamInstance* stream, Choose choose) {
     DriverLock lock;
-    HeldHeader* held = (stream->Held.*choose)();
+    HeldHeader* held = choose(stream->Held);
     if (held == nullptr) {
         return nullptr;
     }
@@ -89,7 +88,8 @@ void GiveBack(StreamInstance* stream, WAVEHDR* header) {
     NotifyClient(stream, stream->Direction->DoneMessage, reinterpret_cast<DWORD_PTR>(header));
 }
 
-void ReturnHeaders(StreamInstance* stream, Choice choose) {
+template <typename Choose>
+void ReturnHeaders(StreamInstance* stream, Choose choose) {
     while (WAVEHDR* header = TakeOutOfLedger(stream, choose)) {
         GiveBack(stream, header);
     }
@@ -158,15 +158,16 @@ void ReturnHeader(StreamInstance* stream, WAVEHDR* header) {
 }
 
 void ReturnIdleHeaders(StreamInstance* stream) {
-    ReturnHeaders(stream, &HeaderLedger::FirstNotInFlight);
+    const DWORD resets = stream->ResetCount;
+    ReturnHeaders(stream, [resets](HeaderLedger& ledger) { return ledger.FirstIdle(resets); });
 }
 
 void ReturnSpentHeaders(StreamInstance* stream) {
-    ReturnHeaders(stream, &HeaderLedger::FirstSpent);
+    ReturnHeaders(stream, [](HeaderLedger& ledger) { return ledger.FirstSpent(); });
 }
 
 void ReturnAllHeaders(StreamInstance* stream) {
-    ReturnHeaders(stream, &HeaderLedger::First);
+    ReturnHeaders(stream, [](HeaderLedger& ledger) { return ledger.First(); });
 }
 
 }  // namespace kestvox

@@ -37,8 +37,9 @@ void CountDone(StreamInstance* stream, HeldHeader* held);
 // called. DriverMutex need not be held; it is taken around the stream's own lists only.
 void ReturnHeader(StreamInstance* stream, WAVEHDR* header);
 
-// Returns, in the order of acceptance, the held headers that are not in the card (at a reset), those that
-// a broken loop left without a pass to come, or all of them (at a close).
+// Returns, in the order of acceptance, the held headers that are not in the card and were accepted before
+// the reset that is under way, those that a broken loop left without a pass to come, or all of them (at a
+// close).
 void ReturnIdleHeaders(StreamInstance* stream);
 void ReturnSpentHeaders(StreamInstance* stream);
 void ReturnAllHeaders(StreamInstance* stream);

@@ -1,8 +1,8 @@
 // The one lock that all processes share: each stream's queue, ledger and shadow buffers, the decision
 // to hand over, every completion, and the last close on a clock.
 //
-// Recursive for the thread that holds it. Lock order: a stream's control lock, then DriverMutex, then
-// the lock of the stream list; the client is called under DriverMutex only from a completion.
+// Recursive for the thread that holds it. Lock order: DriverMutex, then a stream's control lock, then the
+// lock of the stream list. The client is called under DriverMutex only from a completion.
 #pragma once
 
 #include <windows.h>

@@ -38,11 +38,11 @@ bool HeaderLedger::MakeRoom() {
     return true;
 }
 
-bool HeaderLedger::Accept(WAVEHDR* header, DWORD bytes) {
+bool HeaderLedger::Accept(WAVEHDR* header, DWORD bytes, DWORD resets) {
     if (begin_ + count_ == capacity_ && !MakeRoom()) {
         return false;
     }
-    entries_[begin_ + count_] = {header, bytes, 0, false};
+    entries_[begin_ + count_] = {header, bytes, 0, resets, false};
     ++count_;
     return true;
 }
@@ -66,8 +66,8 @@ HeldHeader* HeaderLedger::FindInFlight(const WAVEHDR* header) {
     return held != nullptr && held->InFlight != 0 ? held : nullptr;
 }
 
-HeldHeader* HeaderLedger::FirstNotInFlight() {
-    return FindFirst([](const HeldHeader& held) { return held.InFlight == 0; });
+HeldHeader* HeaderLedger::FirstIdle(DWORD resets) {
+    return FindFirst([resets](const HeldHeader& held) { return held.InFlight == 0 && held.Resets < resets; });
 }
 
 HeldHeader* HeaderLedger::FirstSpent() {

@@ -14,6 +14,7 @@ struct HeldHeader {
     WAVEHDR* Header;
     DWORD Bytes;     // its dwBufferLength when it was accepted
     DWORD InFlight;  // times handed to the card and not completed; more than one in a loop
+    DWORD Resets;    // resets of the stream before it was accepted
     bool Spent;      // played for the last time, but only known afterwards: a loop was broken
 };
 
@@ -25,12 +26,12 @@ public:
     HeaderLedger& operator=(const HeaderLedger&) = delete;
 
     // False when there is no memory. Only this call allocates.
-    bool Accept(WAVEHDR* header, DWORD bytes);
+    bool Accept(WAVEHDR* header, DWORD bytes, DWORD resets);
 
     // Null when the header is not held. Pointers are good until the next Accept or Forget.
     HeldHeader* Find(const WAVEHDR* header);
     HeldHeader* FindInFlight(const WAVEHDR* header);
-    HeldHeader* FirstNotInFlight();
+    HeldHeader* FirstIdle(DWORD resets);  // not in flight, accepted before that many resets
     HeldHeader* FirstSpent();
     HeldHeader* First() { return count_ != 0 ? entries_ + begin_ : nullptr; }
     HeldHeader* Newest() { return count_ != 0 ? entries_ + begin_ + count_ - 1 : nullptr; }

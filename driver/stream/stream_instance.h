@@ -80,7 +80,7 @@ struct StreamInstance {
     SharedCount InFlightCount;  // headers in the card
     SharedCount InFlightBytes;  // ... and their dwBufferLength
     SharedCount HandOverCalls;  // who asked for a hand-over that is going on
-    SharedWord ResetCount;
+    SharedWord ResetCount;      // generation of accepted headers
 
     DWORD QueuedLoopCount;  // output: passes stamped into headers between loop begin and loop end
     DWORD LoopPassesLeft;   // output: of the loop that is being handed over
@@ -89,6 +89,7 @@ struct StreamInstance {
 
     SharedWord Resetting;
     SharedWord IsOpen;
+    SharedWord Closing;    // the client can act on the stream no more
     SharedWord JustReset;  // set by a reset, cleared by whatever acts on the stream next
     SharedWord DirectMode;
     PciConfiguration SavedPciConfig;

@@ -141,6 +141,7 @@ MMRESULT CloseStream(StreamInstance* stream) {
 void ForceCloseStream(StreamInstance* stream) {
     const Direction& direction = *stream->Direction;
     CardRecord& master = *stream->ClockMaster;
+    stream->Closing = 1;
     direction.Reset(stream);
     direction.CleanUp(stream);
     if (&master != stream->Card) {

@@ -45,30 +45,44 @@ void MarkStopped(StreamInstance* stream) {
     Running(stream) = 0;
 }
 
-void EmptyQueue(StreamInstance* stream) {
+void BeginReset(StreamInstance* stream) {
     DriverLock lock;
-    while (TakePendingOutput(stream) != nullptr) {
-    }
+    stream->Resetting = 1;
+    ++stream->ResetCount;
+    stream->QueuedLoopCount = 0;
 }
 
-// False while headers that were written during the reset still wait.
-bool FinishReset(StreamInstance* stream) {
+bool WrittenBeforeReset(StreamInstance* stream, const WAVEHDR* header) {
+    const HeldHeader* held = stream->Held.Find(header);
+    return held != nullptr && held->Resets < stream->ResetCount;
+}
+
+// Unlinks what was queued before the reset; the ledger still has it.
+void EmptyQueue(StreamInstance* stream) {
     DriverLock lock;
-    if (stream->PendingHeaders != nullptr) {
-        return false;
+    while (stream->PendingHeaders != nullptr && WrittenBeforeReset(stream, stream->PendingHeaders)) {
+        TakePendingOutput(stream);
     }
-    stream->QueuedLoopCount = 0;
     stream->LoopPassesLeft = 0;
     stream->LoopStart = nullptr;
+}
+
+// Whether the client has written anything from inside the callbacks of the reset.
+bool FinishReset(StreamInstance* stream) {
+    DriverLock lock;
+    const bool writtenSince = stream->PendingHeaders != nullptr;
     stream->Resetting = 0;
-    stream->JustReset = 1;
-    return true;
+    stream->JustReset = !writtenSince;
+    return writtenSince;
 }
 
 }  // namespace
 
 MMRESULT RestartOutput(StreamInstance* stream) {
     ControlGuard guard(stream);
+    if (stream->Closing != 0) {
+        return MMSYSERR_NOERROR;
+    }
     stream->JustReset = 0;
     if (!IsPlaying(stream) && StartTransfer(stream->Device)) {
         SynchronizedStart(stream);
@@ -89,17 +103,18 @@ MMRESULT PauseOutput(StreamInstance* stream) {
 }
 
 MMRESULT ResetOutput(StreamInstance* stream) {
-    stream->Resetting = 1;
-    ++stream->ResetCount;
+    BeginReset(stream);
     LeaveLoop(stream);
     PauseOutput(stream);
     FlushBuffers(stream->Device);
-    do {
-        EmptyQueue(stream);
-        ReturnIdleHeaders(stream);
-        FreeShadowBuffers(stream);
-        MarkStopped(stream);
-    } while (!FinishReset(stream));
+    EmptyQueue(stream);
+    ReturnIdleHeaders(stream);
+    FreeShadowBuffers(stream);
+    MarkStopped(stream);
+    if (FinishReset(stream)) {
+        HandOver(stream, TransferRule::WhileRunning);
+        RestartOutput(stream);
+    }
     return MMSYSERR_NOERROR;
 }
 

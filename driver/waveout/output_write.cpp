@@ -96,7 +96,7 @@ BOOL QueueHeader(StreamInstance* stream, WAVEHDR* header) {
     const bool chained = stream->PendingHeaders != nullptr || stream->LoopStart != nullptr;
     const HeldHeader* newest = stream->Held.Newest();
     WAVEHDR* behind = chained && newest != nullptr ? newest->Header : nullptr;
-    if (!stream->Held.Accept(header, header->dwBufferLength)) {
+    if (!stream->Held.Accept(header, header->dwBufferLength, stream->ResetCount)) {
         return FALSE;
     }
     AppendPendingHeader(stream, header, behind);
@@ -106,6 +106,9 @@ BOOL QueueHeader(StreamInstance* stream, WAVEHDR* header) {
 }  // namespace
 
 MMRESULT WriteOutput(StreamInstance* stream, WAVEHDR* header, DWORD size) {
+    if (stream->Closing != 0) {
+        return MMSYSERR_INVALHANDLE;
+    }
     stream->JustReset = 0;
     MMRESULT result = CheckHeader(header, size);
     if (result != MMSYSERR_NOERROR) {

@@ -16,12 +16,14 @@ extern const Direction OutputDirection;
 
 // MMSYSERR_INVALPARAM: no header, another size than WAVEHDR's, no data, or packed 24-bit data that is
 // not whole samples. WAVERR_UNPREPARED. MMSYSERR_NOMEM: the header is marked but not queued.
+// MMSYSERR_INVALHANDLE: from inside a callback of the stream's close.
 MMRESULT WriteOutput(StreamInstance* stream, WAVEHDR* header, DWORD size);
 
 MMRESULT PauseOutput(StreamInstance* stream);
 MMRESULT RestartOutput(StreamInstance* stream);
 
-// Stops the port and returns every header; those in the card come back as the kernel gives them up.
+// Stops the port and returns every header; those in the card come back as the kernel gives them up. What
+// the client writes from inside its callbacks meanwhile is played afterwards.
 MMRESULT ResetOutput(StreamInstance* stream);
 
 // Leaves the loop that is being played after the pass that is being handed over.

@@ -12,17 +12,6 @@ namespace {
 
 std::atomic<int> heldMutexes{0};
 
-int LockCore(pthread_mutex_t* lock, Deadline deadline) {
-    if (deadline == kAtOnce) {
-        return pthread_mutex_trylock(lock);
-    }
-    if (deadline == kNever) {
-        return pthread_mutex_lock(lock);
-    }
-    const timespec until = HostTime(deadline);
-    return pthread_mutex_clocklock(lock, CLOCK_MONOTONIC, &until);
-}
-
 std::vector<HeldMutex>::iterator FindHeld(std::vector<HeldMutex>& held, const MutexCore* core) {
     return std::find_if(held.begin(), held.end(), [&](const HeldMutex& entry) { return entry.Core == core; });
 }
@@ -45,15 +34,15 @@ MutexObject::~MutexObject() {
     }
 }
 
-DWORD MutexObject::Acquire(Deadline deadline) {
+DWORD MutexObject::Acquire(bool blocks) {
     std::vector<HeldMutex>& held = CurrentThread().HeldMutexes;
     const auto own = FindHeld(held, core_);
     if (own != held.end()) {
         ++own->Count;
         return WAIT_OBJECT_0;
     }
-    const int result = LockCore(&core_->Lock, deadline);
-    if (result == EBUSY || result == ETIMEDOUT) {
+    const int result = blocks ? pthread_mutex_lock(&core_->Lock) : pthread_mutex_trylock(&core_->Lock);
+    if (result == EBUSY) {
         return WAIT_TIMEOUT;
     }
     bool abandoned = core_->Abandoned;
@@ -129,7 +118,7 @@ HANDLE WINAPI CreateMutexW(LPSECURITY_ATTRIBUTES, BOOL bInitialOwner, LPCWSTR lp
         return nullptr;
     }
     if (bInitialOwner && error != ERROR_ALREADY_EXISTS) {
-        mutex->Acquire(kNever);
+        mutex->Acquire(true);
     }
     const HANDLE handle = OpenHandle(mutex);
     if (handle == nullptr) {

@@ -21,8 +21,8 @@ public:
     ~MutexObject() override;
 
     // For the calling thread: WAIT_OBJECT_0, WAIT_ABANDONED (owned, but its last owner did not give
-    // it back) or WAIT_TIMEOUT.
-    DWORD Acquire(Deadline deadline);
+    // it back) or, unless it blocks until it can have the mutex, WAIT_TIMEOUT.
+    DWORD Acquire(bool blocks);
 
     // False when the calling thread does not own the mutex.
     bool Release();

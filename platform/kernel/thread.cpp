@@ -5,6 +5,7 @@
 #include "platform/kernel/call_failure.h"
 #include "platform/kernel/mutex_object.h"
 #include "platform/kernel/thread_object.h"
+#include "platform/loader/module.h"
 #include "platform/machine.h"
 
 namespace platform {
@@ -21,6 +22,7 @@ thread_local std::shared_ptr<ThreadObject>* current = nullptr;
 void EndCurrentThread(void* reference) {
     auto* thread = static_cast<std::shared_ptr<ThreadObject>*>(reference);
     current = thread;
+    PassLoaderLock();
     (*thread)->End();
     current = nullptr;
     delete thread;
@@ -65,6 +67,7 @@ void* RunThread(void* argument) {
     const LPTHREAD_START_ROUTINE routine = start->Routine;
     const LPVOID parameter = start->Parameter;
     BecomeThread(std::move(start->Thread));
+    PassLoaderLock();
     CurrentThread().ExitCode = routine(parameter);
     return nullptr;
 }

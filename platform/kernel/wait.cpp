@@ -17,8 +17,8 @@ struct WaitTarget {
     std::shared_ptr<MutexObject> Mutex;
 };
 
-// A mutex may be freed by another process, which cannot end a wait here. A wait on other things as
-// well therefore looks at its mutexes this often.
+// A mutex may be freed by another process, which cannot end a wait here. A wait that may end in other
+// ways as well therefore looks at its mutexes this often.
 constexpr std::chrono::milliseconds kMutexPollInterval{1};
 
 bool FindTarget(HANDLE handle, WaitTarget* target) {
@@ -44,7 +44,7 @@ bool FindTarget(HANDLE handle, WaitTarget* target) {
 // Satisfied now by this target: WAIT_OBJECT_0 or WAIT_ABANDONED; else WAIT_TIMEOUT.
 DWORD TryTarget(const WaitTarget& target) {
     if (target.Mutex) {
-        return target.Mutex->Acquire(kAtOnce);
+        return target.Mutex->Acquire(false);
     }
     return target.Object->TryTake() ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
 }
@@ -123,7 +123,7 @@ DWORD TryAll(std::span<const WaitTarget> targets, size_t* missing) {
             objects.push_back(targets[i].Object.get());
             continue;
         }
-        const DWORD one = targets[i].Mutex->Acquire(kAtOnce);
+        const DWORD one = targets[i].Mutex->Acquire(false);
         if (one == WAIT_TIMEOUT) {
             return giveUp(i);
         }
@@ -170,8 +170,8 @@ DWORD WaitForHandle(HANDLE handle, DWORD milliseconds, bool alertable) {
     if (!FindTarget(handle, &target)) {
         return WAIT_FAILED;
     }
-    if (target.Mutex && !alertable) {
-        return target.Mutex->Acquire(DeadlineAfter(milliseconds));
+    if (target.Mutex && !alertable && milliseconds == INFINITE) {
+        return target.Mutex->Acquire(true);
     }
     return WaitForAny({&target, 1}, DeadlineAfter(milliseconds), alertable);
 }

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <ctime>
 
 namespace platform {
 
@@ -12,6 +13,12 @@ namespace {
 
 void WakeThread(std::atomic<int>* word) {
     syscall(SYS_futex, reinterpret_cast<int*>(word), FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+}
+
+timespec HostTime(Deadline deadline) {
+    const auto sinceEpoch = deadline.time_since_epoch();
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(sinceEpoch);
+    return {seconds.count(), std::chrono::nanoseconds(sinceEpoch - seconds).count()};
 }
 
 // False at the deadline. May return true for no reason.
@@ -32,12 +39,6 @@ Deadline DeadlineAfter(DWORD milliseconds) {
     }
     return milliseconds == 0 ? kAtOnce
                              : std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-}
-
-timespec HostTime(Deadline deadline) {
-    const auto sinceEpoch = deadline.time_since_epoch();
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(sinceEpoch);
-    return {seconds.count(), std::chrono::nanoseconds(sinceEpoch - seconds).count()};
 }
 
 bool Waiter::Claim(int outcome) {

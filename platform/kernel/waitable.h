@@ -3,7 +3,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <ctime>
 #include <mutex>
 #include <vector>
 
@@ -15,7 +14,6 @@ using Deadline = std::chrono::steady_clock::time_point;
 constexpr Deadline kNever = Deadline::max();
 constexpr Deadline kAtOnce = Deadline::min();
 Deadline DeadlineAfter(DWORD milliseconds);  // INFINITE: kNever, 0: kAtOnce
-timespec HostTime(Deadline deadline);        // neither of the two; a point of CLOCK_MONOTONIC
 
 // One wait of one thread. Whoever ends the wait claims it; the first claim wins. Lives on the
 // waiting thread's stack: those who claim it hold the lock of the list it is on while they do.

@@ -148,9 +148,7 @@ void DetachAtExit() {
     std::reverse(modules.begin(), modules.end());
     int processEnds = 0;
     for (const std::shared_ptr<Module>& module : modules) {
-        if (module->References > 0) {
-            CallEntry(*module, DLL_PROCESS_DETACH, &processEnds);
-        }
+        CallEntry(*module, DLL_PROCESS_DETACH, &processEnds);
         module->Shared.reset();
     }
 }
@@ -194,6 +192,10 @@ std::shared_ptr<Module> FindModule(HMODULE handle) {
         return FindModuleIf([](const auto&) { return true; });
     }
     return FindModuleIf([handle](const auto& module) { return HandleOf(module.get()) == handle; });
+}
+
+void PassLoaderLock() {
+    const std::lock_guard hold(TheLoader().LoaderLock);
 }
 
 }  // namespace platform

@@ -26,9 +26,10 @@ bool Same(const ProcessIdentity& left, const ProcessIdentity& right) {
     return left.Id == right.Id && left.StartTime == right.StartTime;
 }
 
-// One region for each file, as the system shares sections between loads of one image only.
+// One region for each file, as the system shares sections between loads of one image only. The name
+// is for the reader of a machine's directory.
 std::string RegionName(const std::string& modulePath) {
-    const std::string file = modulePath.substr(modulePath.rfind('/') + 1);
+    const std::string file = modulePath.substr(modulePath.rfind('/') + 1, 24);
     return "section-" + file + "-" + std::to_string(std::hash<std::string>()(modulePath));
 }
 

@@ -30,10 +30,10 @@ struct ValueQuery {
 
 class RegistryStore {
 public:
-    static constexpr size_t kMaxKeys = 1024;
-    static constexpr size_t kMaxValues = 2048;
+    static constexpr size_t kMaxKeys = 512;
+    static constexpr size_t kMaxValues = 1024;
     static constexpr size_t kMaxNameLength = 255;  // characters
-    static constexpr size_t kMaxDataSize = 2048;   // bytes
+    static constexpr size_t kMaxDataSize = 1024;   // bytes
     static constexpr uint32_t kRootCount = 4;      // indices 0 to 3, generation 0, never deleted
 
     void Initialize();

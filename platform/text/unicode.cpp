@@ -76,7 +76,7 @@ std::string ToUtf8(std::u16string_view text) {
             continue;
         }
         const int more = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
-        result += static_cast<char>(0xF00u >> more | code >> 6 * more);
+        result += static_cast<char>(0xFF00u >> (more + 1) | code >> 6 * more);
         for (int i = more - 1; i >= 0; --i) {
             result += static_cast<char>(0x80u | (code >> 6 * i & 0x3Fu));
         }

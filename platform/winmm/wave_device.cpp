@@ -92,7 +92,8 @@ DeviceTable& TheDevices() {
 }
 
 UINT CountDevices(const WaveDriverUse& driver, WaveDirection direction) {
-    return driver ? driver.Send(direction, 0, MessagesOf(direction).DeviceCount, 0, 0, 0) : 0;
+    const UINT message = MessagesOf(direction).DeviceCount;
+    return driver.Serves(direction) ? driver.Send(direction, 0, message, 0, 0, 0) : 0;
 }
 
 bool IsEvent(DWORD_PTR handle) {

@@ -130,10 +130,16 @@ WaveDriverUse::~WaveDriverUse() {
     driver.Changed.notify_all();
 }
 
+bool WaveDriverUse::Serves(WaveDirection direction) const {
+    return loaded_ && TheDriver().Code.Entries[static_cast<int>(direction)];
+}
+
 DWORD WaveDriverUse::Send(WaveDirection direction, UINT device, UINT message, DWORD_PTR user, DWORD_PTR first,
                           DWORD_PTR second) const {
-    const WaveEntry entry = loaded_ ? TheDriver().Code.Entries[static_cast<int>(direction)] : nullptr;
-    return entry ? entry(device, message, user, first, second) : DWORD{MMSYSERR_NODRIVER};
+    if (!Serves(direction)) {
+        return MMSYSERR_NODRIVER;
+    }
+    return TheDriver().Code.Entries[static_cast<int>(direction)](device, message, user, first, second);
 }
 
 void ReleaseWaveDriver() {

@@ -20,9 +20,11 @@ public:
     WaveDriverUse(const WaveDriverUse&) = delete;
     WaveDriverUse& operator=(const WaveDriverUse&) = delete;
 
-    explicit operator bool() const { return loaded_; }
+    // Whether the driver is loaded and has an entry for this direction.
+    bool Serves(WaveDirection direction) const;
 
-    // The driver's answer; MMSYSERR_NODRIVER when it is not loaded. No lock is held meanwhile.
+    // The driver's answer; MMSYSERR_NODRIVER when it does not serve the direction. No lock is held
+    // meanwhile.
     DWORD Send(WaveDirection direction, UINT device, UINT message, DWORD_PTR user, DWORD_PTR first,
                DWORD_PTR second) const;
 

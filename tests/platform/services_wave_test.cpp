@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/inspect.h"
@@ -103,6 +104,20 @@ TEST_F(Wave, TheDriverIsLoadedOnceAndLeaves) {
     }
     EXPECT_MM(waveOutReset(out_), MMSYSERR_INVALHANDLE);
     EXPECT_EQ(platform::CurrentUsage(), before);
+}
+
+TEST_F(Wave, ManyFirstCallsLoadOneDriver) {
+    UINT counts[4] = {};
+    {
+        std::vector<std::jthread> threads;
+        for (UINT& count : counts) {
+            threads.emplace_back([&count] { count = waveOutGetNumDevs(); });
+        }
+    }
+    for (UINT count : counts) {
+        EXPECT_EQ(count, 2u);
+    }
+    EXPECT_EQ(Received(DriverSource), (std::vector<DWORD>{DRV_LOAD, DRV_ENABLE, DRV_OPEN}));
 }
 
 TEST_F(Wave, WithoutADriverThereAreNoDevices) {

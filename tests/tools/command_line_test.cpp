@@ -28,7 +28,7 @@ TEST(CommandLine, RefusesBadInputInOneLine) {
         const char* Why;
     } cases[] = {
         {{}, "subcommand"},
-        {{"pla"}, "pla"},
+        {{"pla"}, "no command 'pla'"},
         {{"play"}, "FILE"},
         {{"play", good, "--nonsense"}, "--nonsense"},
         {{"play", good, "--time", "slow"}, "slow"},
@@ -53,6 +53,7 @@ TEST(CommandLine, RefusesBadInputInOneLine) {
         {{"play", good, "--set", "x:Left24=1"}, "'x' is not a card number"},
         {{"play", good, "--set", "ClockSource=3"}, "ClockSource=3: must be 0 (internal)"},
         {{"play", good, "--follow", "1=0"}, "there is no card 1"},
+        {{"play", good, "--follow", "0=1"}, "there is no card 1"},
         {{"play", good, "--follow", "0=0"}, "two different card numbers"},
         {{"play", good, "--follow", "1"}, "two different card numbers"},
         {{"play", good, "--fault", "nothing:1"}, "fault nothing:1"},

@@ -1,0 +1,187 @@
+#include "tests/simulator/card_file.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+namespace simulator_tests {
+
+using namespace simulator;
+
+namespace {
+
+template <typename T>
+std::span<const uint8_t> BytesOf(const T& value) {
+    return {reinterpret_cast<const uint8_t*>(&value), sizeof value};
+}
+
+thread_local CompletionThread* current = nullptr;
+
+}  // namespace
+
+CardFile::CardFile(unsigned card) {
+    std::u16string path = u"\\\\.\\Kestrelvox";
+    for (const char digit : std::to_string(card)) {
+        path.push_back(static_cast<char16_t>(digit));
+    }
+    handle_ = CreateFileW(reinterpret_cast<const WCHAR*>(path.c_str()), 0, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                          nullptr, OPEN_EXISTING, 0, nullptr);
+}
+
+CardFile::CardFile(unsigned card, uint32_t channel) : CardFile(card) {
+    EXPECT_EQ(Bind(card, channel), ERROR_SUCCESS);
+    if (channel != ControlChannel) {
+        EXPECT_EQ(Request(AcquireChannel), ERROR_SUCCESS);
+    }
+}
+
+void CardFile::Close() {
+    if (IsOpen()) {
+        CloseHandle(handle_);
+        handle_ = INVALID_HANDLE_VALUE;
+    }
+}
+
+DWORD CardFile::Request(uint32_t code, std::span<const uint8_t> input, std::span<uint8_t> output,
+                        DWORD* returned) const {
+    DWORD bytes = 0;
+    const BOOL done =
+        DeviceIoControl(handle_, code, const_cast<uint8_t*>(input.data()), static_cast<DWORD>(input.size()),
+                        output.data(), static_cast<DWORD>(output.size()), &bytes, nullptr);
+    if (returned) {
+        *returned = bytes;
+    }
+    return done ? ERROR_SUCCESS : GetLastError();
+}
+
+DWORD CardFile::Send(uint32_t code, uint32_t word) const {
+    return Request(code, BytesOf(word));
+}
+
+uint32_t CardFile::Ask(uint32_t code) const {
+    uint8_t bytes[4] = {};
+    DWORD returned = 0;
+    EXPECT_EQ(Request(code, {}, bytes, &returned), ERROR_SUCCESS);
+    EXPECT_EQ(returned, 4u);
+    uint32_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    return word;
+}
+
+DWORD CardFile::Bind(uint32_t ordinal, uint32_t channel) const {
+    return Request(BindHandle, BytesOf(BindRequest{ordinal, channel}));
+}
+
+DWORD CardFile::WriteRegister(uint32_t space, uint32_t index, uint32_t value, uint32_t mask) const {
+    return Request(simulator::WriteRegister, BytesOf(RegisterRequest{index, 8, space, value, mask}));
+}
+
+DWORD CardFile::ReadRegister(uint32_t space, uint32_t index, uint32_t* value) const {
+    uint8_t bytes[4] = {};
+    const DWORD result =
+        Request(simulator::ReadRegister, BytesOf(RegisterRequest{index, 8, space, 0, 0}), bytes);
+    std::memcpy(value, bytes, sizeof *value);
+    return result;
+}
+
+void CardFile::WriteCard(uint32_t index, uint32_t value, uint32_t mask) const {
+    EXPECT_EQ(WriteRegister(0, index, value, mask), ERROR_SUCCESS) << "card register " << index;
+}
+
+void CardFile::WritePort(uint32_t index, uint32_t value, uint32_t mask) const {
+    EXPECT_EQ(WriteRegister(1, index, value, mask), ERROR_SUCCESS) << "port register " << index;
+}
+
+void CardFile::SetGain(uint32_t index, uint32_t gain) const {
+    WriteCard(3, index);
+    WriteCard(2, gain);
+}
+
+DWORD CardFile::Queue(void* data, size_t length, ULONG_PTR cookie) const {
+    DWORD result = Request(BeginBuffer);
+    if (result == ERROR_SUCCESS) {
+        result = Request(MapBuffer, {}, {static_cast<uint8_t*>(data), length});
+    }
+    if (result == ERROR_SUCCESS) {
+        result = Request(SetBufferCookie, BytesOf(cookie));
+    }
+    return result == ERROR_SUCCESS ? Send(QueueBuffer, 0) : result;
+}
+
+void CardFile::Start() const {
+    EXPECT_EQ(Request(StartTransfer), ERROR_SUCCESS);
+    EXPECT_EQ(Request(ArmChannel), ERROR_SUCCESS);
+}
+
+void Prepare(unsigned card, uint32_t rateCode) {
+    const CardFile control(card, ControlChannel);
+    control.WriteCard(32, rateCode, 0x77);
+    for (const uint32_t mute : {0u, 8u, 16u, 24u}) {
+        control.WriteCard(mute, 0, 0x03);
+    }
+    control.WriteCard(25, 0x01, 0x01);
+    for (uint32_t gain = 0; gain < 8; ++gain) {
+        control.SetGain(gain, gain == 2 || gain == 7 ? 128 : 0);
+    }
+    control.WriteCard(17, rateCode < 2 ? 0x8A : 0x82, 0x8F);
+}
+
+CompletionThread::CompletionThread(const CardFile& file, std::function<void(ULONG_PTR)> answer)
+    : file_(file),
+      answer_(std::move(answer)),
+      ready_(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
+      stop_(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
+      thread_(nullptr) {
+    DWORD id = 0;
+    thread_ = CreateThread(nullptr, 0, Run, this, 0, &id);
+    WaitForSingleObject(ready_, INFINITE);
+}
+
+void CompletionThread::Stop() {
+    if (thread_) {
+        SetEvent(stop_);
+        WaitForSingleObject(thread_, INFINITE);
+        for (HANDLE* handle : {&thread_, &stop_, &ready_}) {
+            CloseHandle(*handle);
+            *handle = nullptr;
+        }
+    }
+}
+
+DWORD WINAPI CompletionThread::Run(void* argument) {
+    auto* self = static_cast<CompletionThread*>(argument);
+    current = self;
+    const auto routine = reinterpret_cast<ULONG_PTR>(&Completed);
+    EXPECT_EQ(self->file_.Request(SetCompletionRoutine, BytesOf(routine)), ERROR_SUCCESS);
+    SetEvent(self->ready_);
+    while (WaitForSingleObjectEx(self->stop_, INFINITE, TRUE) == WAIT_IO_COMPLETION) {
+    }
+    const ULONG_PTR none = 0;
+    if (self->file_.IsOpen()) {
+        EXPECT_EQ(self->file_.Request(SetCompletionRoutine, BytesOf(none)), ERROR_SUCCESS);
+    }
+    return 0;
+}
+
+void CALLBACK CompletionThread::Completed(ULONG_PTR cookie, ULONG_PTR, ULONG_PTR) {
+    {
+        const std::lock_guard<std::mutex> guard(current->mutex_);
+        current->cookies_.push_back(cookie);
+    }
+    if (current->answer_) {
+        current->answer_(cookie);
+    }
+}
+
+std::vector<ULONG_PTR> CompletionThread::Cookies() const {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    return cookies_;
+}
+
+void CompletionThread::WaitFor(size_t cookies) const {
+    while (Cookies().size() < cookies) {
+        Sleep(1);
+    }
+}
+
+}  // namespace simulator_tests

@@ -1,0 +1,91 @@
+// The kernel driver's client in its plainest form: requests on an open device file.
+#pragma once
+
+#include <windows.h>
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "simulator/protocol.h"
+#include "simulator/simulator.h"
+
+namespace simulator_tests {
+
+class CardFile {
+public:
+    // Opens the card without binding the file.
+    explicit CardFile(unsigned card);
+    // Opens, binds, and acquires the channel unless it is the control channel.
+    CardFile(unsigned card, uint32_t channel);
+    ~CardFile() { Close(); }
+    CardFile(const CardFile&) = delete;
+    CardFile& operator=(const CardFile&) = delete;
+
+    bool IsOpen() const { return handle_ != INVALID_HANDLE_VALUE; }
+    void Close();
+
+    // The request's result as a system error code. `returned` gets the number of bytes.
+    DWORD Request(uint32_t code, std::span<const uint8_t> input = {}, std::span<uint8_t> output = {},
+                  DWORD* returned = nullptr) const;
+    DWORD Send(uint32_t code, uint32_t word) const;
+    uint32_t Ask(uint32_t code) const;  // a request that answers 4 bytes; a failure fails the test
+
+    DWORD Bind(uint32_t ordinal, uint32_t channel) const;
+    DWORD WriteRegister(uint32_t space, uint32_t index, uint32_t value, uint32_t mask) const;
+    DWORD ReadRegister(uint32_t space, uint32_t index, uint32_t* value) const;
+    void WriteCard(uint32_t index, uint32_t value, uint32_t mask = 0xFF) const;  // must succeed
+    void WritePort(uint32_t index, uint32_t value, uint32_t mask = 0xFF) const;
+    void SetGain(uint32_t index, uint32_t gain) const;
+
+    // The four requests that hand over a buffer; the first that fails decides.
+    DWORD Queue(void* data, size_t length, ULONG_PTR cookie) const;
+    template <typename T>
+    DWORD Queue(std::vector<T>& samples, ULONG_PTR cookie) const {
+        return Queue(samples.data(), samples.size() * sizeof(T), cookie);
+    }
+    void Start() const;  // transfer on and armed
+
+private:
+    HANDLE handle_;
+};
+
+// Makes the card audible: internal clock at the rate of `rateCode`, connectors on, every gain 0 but
+// those of each playback into its own connector.
+void Prepare(unsigned card, uint32_t rateCode = 3);
+
+// A thread that receives a file's completions, as a stream's service thread does.
+class CompletionThread {
+public:
+    // `answer` runs on the thread for every completion.
+    explicit CompletionThread(const CardFile& file, std::function<void(ULONG_PTR cookie)> answer = {});
+    ~CompletionThread() { Stop(); }
+    CompletionThread(const CompletionThread&) = delete;
+    CompletionThread& operator=(const CompletionThread&) = delete;
+
+    void Stop();
+    std::vector<ULONG_PTR> Cookies() const;
+    void WaitFor(size_t cookies) const;  // real time; without a limit
+
+private:
+    static DWORD WINAPI Run(void* self);
+    static void CALLBACK Completed(ULONG_PTR cookie, ULONG_PTR, ULONG_PTR);
+
+    const CardFile& file_;
+    const std::function<void(ULONG_PTR)> answer_;
+    HANDLE ready_;
+    HANDLE stop_;
+    HANDLE thread_;
+    mutable std::mutex mutex_;
+    std::vector<ULONG_PTR> cookies_;
+};
+
+inline simulator::Frame Both(int32_t value) {
+    return {value, value};
+}
+
+}  // namespace simulator_tests

@@ -1,0 +1,314 @@
+// The sample clocks: rates, sources, the link, holds, drift, faults, measurements; and the virtual clock.
+#include <windows.h>
+#include <mmsystem.h>
+
+#include <gtest/gtest.h>
+
+#include "simulator/sample_clock.h"
+#include "tests/simulator/card_file.h"
+
+namespace simulator_tests {
+namespace {
+
+using namespace simulator;
+
+constexpr uint32_t AnalogIn = 0;
+constexpr uint32_t DigitalIn = 1;
+constexpr uint32_t AnalogOut = 2;
+
+TEST(SimulatorClock, FramesAndTimesAgreeToTheNanosecondForDays) {
+    for (const uint32_t rate : {8000u, 11025u, 44100u, 96000u, 192000u}) {
+        for (const int32_t drift : {0, 1, -1, 37, -250, 100000, -100000}) {
+            const SampleClock clock{12345, 678, rate, drift};
+            for (uint64_t frame = 679; frame < uint64_t{rate} * 1000000; frame = frame * 3 + 1) {
+                const int64_t time = clock.TimeOf(frame);
+                ASSERT_EQ(clock.FramesAt(time), frame) << rate << " " << drift;
+                ASSERT_EQ(clock.FramesAt(time - 1), frame - 1) << rate << " " << drift;
+            }
+        }
+    }
+    const SampleClock exact{0, 0, 44100, 0};
+    EXPECT_EQ(exact.FramesAt(1000000 * int64_t{1000000000}), 44100000000u);
+    const SampleClock fast{0, 0, 48000, 100};
+    EXPECT_EQ(fast.FramesAt(100 * int64_t{1000000000}), 4800480u);
+}
+
+TEST(SimulatorClock, TheWrongSpeedBitIsOffByAFactorOfTwo) {
+    Simulator sim({});
+    const CardFile file(0, ControlChannel);
+    const unsigned rates[] = {96000, 88200, 48000, 44100, 32000, 22050, 8000, 11025};
+    for (uint32_t code = 0; code < 8; ++code) {
+        file.WriteCard(32, code, 0x07);
+        file.WriteCard(17, 0x00, 0x08);
+        EXPECT_EQ(sim.SampleRate(0), code < 2 ? rates[code] / 2 : rates[code]);
+        file.WriteCard(17, 0x08, 0x08);
+        EXPECT_EQ(sim.SampleRate(0), code < 2 ? rates[code] : rates[code] * 2);
+        const uint64_t before = sim.ClockFrame(0);
+        sim.Advance(1000000);
+        EXPECT_EQ(sim.ClockFrame(0) - before, sim.SampleRate(0));
+    }
+}
+
+// What stands still on both cards: an armed output with data.
+struct Player {
+    Player(unsigned card, bool behindHold) : File(card, AnalogOut), Samples(88200, Both(1 << 20)) {
+        File.WritePort(0, behindHold ? 0xC2 : 0xC0);
+        EXPECT_EQ(File.Queue(Samples, 1), ERROR_SUCCESS);
+        File.Start();
+    }
+    CardFile File;
+    std::vector<Frame> Samples;
+};
+
+void FollowCard0(const CardFile& card0, const CardFile& card1) {
+    card0.WriteCard(32, 0x10, 0x10);
+    card1.WriteCard(32, 0x20, 0x60);
+}
+
+void Resync(const CardFile& card) {
+    card.WriteCard(17, 0, 0x80);
+    ASSERT_EQ(card.Send(Stall, 1), ERROR_SUCCESS);
+    card.WriteCard(17, 0x80, 0x80);
+}
+
+TEST(SimulatorClock, OneHoldStartsAGroupOnOneFrame) {
+    for (const bool resynced : {true, false}) {
+        SCOPED_TRACE(resynced);
+        Simulator sim({.Cards = 2});
+        Prepare(0);
+        Prepare(1);
+        const CardFile card0(0, ControlChannel);
+        const CardFile card1(1, ControlChannel);
+        FollowCard0(card0, card1);
+        if (resynced) {
+            Resync(card1);
+        }
+        card0.WriteCard(36, 1);
+        card1.WriteCard(36, 1);  // of no effect: card 0 supplies the clock
+        const Player first(0, true);
+        sim.Advance(3333);
+        const Player second(1, true);
+        sim.Advance(50000);
+        EXPECT_FALSE(sim.Output(0, Port::Analog).Started);
+        EXPECT_FALSE(sim.Output(1, Port::Analog).Started);
+
+        const uint64_t now = sim.ClockFrame(0);
+        card0.WriteCard(36, 0, 1);
+        sim.Advance(10000);
+        EXPECT_EQ(sim.Output(0, Port::Analog).StartFrame, now + 1);
+        const uint64_t apart =
+            sim.Output(1, Port::Analog).StartFrame - sim.Output(0, Port::Analog).StartFrame;
+        EXPECT_EQ(apart == 0, resynced);
+        EXPECT_EQ(sim.ClockFrame(0) - sim.ClockFrame(1), apart);
+        EXPECT_EQ(sim.Output(0, Port::Analog).FramesPlayed - sim.Output(1, Port::Analog).FramesPlayed, apart);
+
+        card0.WriteCard(36, 1);  // does not stop what runs
+        const uint64_t played = sim.Output(0, Port::Analog).FramesPlayed;
+        sim.Advance(10000);
+        EXPECT_EQ(sim.Output(0, Port::Analog).FramesPlayed, played + 441);
+    }
+}
+
+TEST(SimulatorClock, AHoldIsOfOneDirectionAndOnlyForPortsThatTakePart) {
+    Simulator sim({});
+    Prepare(0);
+    const CardFile input(0, AnalogIn);
+    std::vector<uint8_t> memory(100000);
+    input.WritePort(0, 0x22);
+    ASSERT_EQ(input.Queue(memory, 1), ERROR_SUCCESS);
+    input.WriteCard(36, 3);
+    input.Start();
+    const Player output(0, false);
+    sim.Advance(1000);
+    EXPECT_TRUE(sim.Output(0, Port::Analog).Started) << "its arm bit is clear";
+    EXPECT_EQ(input.Ask(GetPosition), 0u);
+    input.WriteCard(36, 0, 1);
+    sim.Advance(1000);
+    EXPECT_EQ(input.Ask(GetPosition), 0u);
+    input.WriteCard(36, 0, 2);
+    sim.Advance(1000);
+    EXPECT_NEAR(input.Ask(GetPosition), 44, 1);
+}
+
+TEST(SimulatorClock, LinkedCardsRunTogetherAndOthersDrift) {
+    Simulator sim({.Cards = 3});
+    for (unsigned card = 0; card < 3; ++card) {
+        Prepare(card);
+        sim.SetDrift(card, static_cast<int>(card) * 100);
+    }
+    const CardFile card0(0, ControlChannel);
+    const CardFile card1(1, ControlChannel);
+    FollowCard0(card0, card1);
+    Resync(card1);
+    const uint64_t start[] = {sim.ClockFrame(0), sim.ClockFrame(1), sim.ClockFrame(2)};
+    sim.Advance(100000000);
+    EXPECT_EQ(sim.ClockFrame(0) - start[0], 4410000u);
+    EXPECT_EQ(sim.ClockFrame(1), sim.ClockFrame(0));
+    EXPECT_NEAR(static_cast<double>(sim.ClockFrame(2) - start[2]), 4410000.0 * 1.0002, 1.0);
+
+    // A change of the driver's rate takes the follower along, no longer aligned.
+    card0.WriteCard(32, 2, 0x07);
+    sim.Advance(1000);
+    EXPECT_EQ(sim.SampleRate(1), 48000u);
+    EXPECT_NE(sim.ClockFrame(1), sim.ClockFrame(0));
+}
+
+TEST(SimulatorClock, TheClockHoldStopsTheChannels) {
+    Simulator sim({});
+    Prepare(0);
+    const Player player(0, false);
+    sim.Advance(10000);
+    player.File.WriteCard(17, 1, 1);
+    sim.Advance(10000);
+    EXPECT_EQ(player.File.Ask(GetPosition), 440u);
+    player.File.WriteCard(17, 0, 1);
+    sim.Advance(10000);
+    EXPECT_EQ(player.File.Ask(GetPosition), 880u);
+    EXPECT_EQ(sim.Output(0, Port::Analog).FramesSilent, 0u);
+}
+
+TEST(SimulatorClock, AnInvalidSourceLatchesTheFaultAndStandsStill) {
+    Simulator sim({.Cards = 2});
+    Prepare(0);
+    Prepare(1);
+    const CardFile card0(0, ControlChannel);
+    const CardFile card1(1, ControlChannel);
+    const auto faultAfterTenPeriods = [&](uint32_t source) {
+        card0.WriteCard(32, source, 0x60);
+        card0.Send(Stall, 10000000 / 44100 + 1);
+        return card0.Ask(ReadClockFault) != 0;
+    };
+    EXPECT_FALSE(faultAfterTenPeriods(0x60));
+    sim.SetClockBroken(0, 0x60, true);
+    EXPECT_EQ(sim.SampleRate(0), 0u);
+    EXPECT_TRUE(faultAfterTenPeriods(0x60));
+    EXPECT_EQ(card0.Ask(ReadClockFault), 0u) << "the read clears it";
+    sim.Advance(1000);
+    sim.SetClockBroken(0, 0x60, false);
+    EXPECT_NE(card0.Ask(ReadClockFault), 0u) << "it failed since the last read";
+    EXPECT_EQ(card0.Ask(ReadClockFault), 0u);
+
+    EXPECT_TRUE(faultAfterTenPeriods(0x20)) << "nobody drives the link";
+    card1.WriteCard(32, 0x10, 0x10);
+    card0.Ask(ReadClockFault);
+    EXPECT_FALSE(faultAfterTenPeriods(0x20));
+    card0.WriteCard(32, 0x10, 0x10);
+    EXPECT_TRUE(faultAfterTenPeriods(0x20)) << "two cards drive it";
+    card0.WriteCard(32, 0, 0x70);
+    card0.Ask(ReadClockFault);
+    EXPECT_FALSE(faultAfterTenPeriods(0));
+
+    EXPECT_TRUE(faultAfterTenPeriods(0x40)) << "no signal";
+    sim.SetDigitalInputRate(0, 48000);
+    EXPECT_TRUE(faultAfterTenPeriods(0x40)) << "the receiver is off";
+    card0.WriteCard(9, 0, 1);
+    sim.Advance(40000);
+    card0.WriteCard(9, 0, 2);
+    EXPECT_TRUE(faultAfterTenPeriods(0x40)) << "it has not settled";
+    sim.Advance(10000);
+    card0.Ask(ReadClockFault);
+    EXPECT_FALSE(faultAfterTenPeriods(0x40));
+    EXPECT_EQ(sim.SampleRate(0), 48000u);
+}
+
+TEST(SimulatorClock, AMeasurementIsReadyOneBlockAfterItsPulse) {
+    Simulator sim({});
+    Prepare(0);
+    const CardFile port(0, DigitalIn);
+    const auto measured = [&](uint32_t space, uint32_t index) {
+        uint32_t value = 0;
+        EXPECT_EQ(port.ReadRegister(space, index, &value), ERROR_SUCCESS);
+        return value;
+    };
+    const auto pulse = [&](uint32_t space, uint32_t index, uint32_t microseconds) {
+        EXPECT_EQ(port.WriteRegister(space, index, 0x80, 0x80), ERROR_SUCCESS);
+        port.Send(Stall, microseconds);
+        EXPECT_EQ(port.WriteRegister(space, index, 0, 0x80), ERROR_SUCCESS);
+    };
+    port.WritePort(1, 0, 1);
+    sim.Advance(50000);
+    const std::pair<unsigned, uint32_t> classes[] = {
+        {96000, 3}, {88200, 4}, {48000, 5}, {44100, 6}, {32000, 7}};
+    uint32_t before = 7;
+    for (const auto& [rate, rateClass] : classes) {
+        sim.SetDigitalInputRate(0, rate);
+        pulse(1, 1, 23);
+        EXPECT_EQ(measured(1, 2), before) << rate;
+        sim.Advance(4000);
+        EXPECT_EQ(measured(1, 2), before) << rate;
+        sim.Advance(354);
+        before = rateClass << 3;
+        EXPECT_EQ(measured(1, 2), before) << rate;
+    }
+    pulse(1, 1, 5);  // too short to be seen
+    sim.SetDigitalInputRate(0, 0);
+    sim.Advance(5000);
+    EXPECT_EQ(measured(1, 2), before);
+    pulse(1, 1, 23);
+    sim.Advance(5000);
+    EXPECT_EQ(measured(1, 2) & 7, 7u) << "no signal";
+
+    // The card's own measurement needs its own receiver.
+    sim.SetDigitalInputRate(0, 48000);
+    pulse(0, 9, 23);
+    sim.Advance(5000);
+    EXPECT_EQ(measured(0, 10), 7u);
+    port.WriteCard(9, 0, 3);
+    sim.Advance(50000);
+    pulse(0, 9, 23);
+    sim.Advance(5000);
+    EXPECT_EQ(measured(0, 10), 5u << 3);
+}
+
+TEST(SimulatorClock, ASpinOnTheTimerAndAStallMoveSteppedTime) {
+    Simulator sim({});
+    Prepare(0);
+    const CardFile file(0, ControlChannel);
+    const int64_t start = sim.NowMicroseconds();
+    file.Send(Stall, 227);
+    EXPECT_EQ(sim.NowMicroseconds(), start + 227);
+
+    const DWORD first = timeGetTime();
+    EXPECT_EQ(sim.NowMicroseconds(), start + 227);
+    EXPECT_EQ(timeGetTime(), first + 1);
+    EXPECT_EQ(sim.NowMicroseconds(), start + 1000);
+    EXPECT_EQ(timeGetTime(), first + 2);
+    file.Ask(ReadClockFault);
+    EXPECT_EQ(timeGetTime(), first + 2) << "a request came between";
+    Sleep(10);
+    EXPECT_EQ(timeGetTime(), first + 2) << "a sleep came between";
+    EXPECT_EQ(timeGetTime(), first + 3);
+}
+
+// A buffer that ends during another thread's spin is answered before the spin goes on; a completion
+// that spins itself does not wait for itself.
+TEST(SimulatorClock, BuffersEndDuringASpin) {
+    Simulator sim({});
+    Prepare(0);
+    const CardFile file(0, AnalogOut);
+    file.WritePort(0, 0xC0);
+    std::vector<Frame> frames(441, Both(1));
+    unsigned spinsInCompletion = 0;
+    CompletionThread thread(file, [&](ULONG_PTR cookie) {
+        if (cookie == 3) {
+            const DWORD from = timeGetTime();
+            while (timeGetTime() - from < 2) {
+                ++spinsInCompletion;
+            }
+        }
+        file.Queue(frames, cookie + 2);
+        file.Request(StartTransfer);
+    });
+    ASSERT_EQ(file.Queue(frames, 1), ERROR_SUCCESS);
+    ASSERT_EQ(file.Queue(frames, 2), ERROR_SUCCESS);
+    file.Start();
+    const DWORD from = timeGetTime();
+    while (timeGetTime() - from < 100) {
+    }
+    EXPECT_GT(thread.Cookies().size(), 8u);
+    EXPECT_EQ(spinsInCompletion, 1u);
+    EXPECT_EQ(sim.Output(0, Port::Analog).FramesSilent, 0u);
+}
+
+}  // namespace
+}  // namespace simulator_tests

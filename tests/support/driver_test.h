@@ -1,0 +1,48 @@
+// A fresh machine with simulated cards for each test, and proof at its end that the driver gave
+// everything back: no handle, thread, memory block or held mutex, no open device.
+#pragma once
+
+#include <windows.h>
+#include <mmsystem.h>
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "simulator/simulator.h"
+
+class DriverTest : public testing::Test {
+protected:
+    // The cards are on the machine from the start; the first wave call loads the driver, so settings can
+    // be stored before it.
+    explicit DriverTest(unsigned cards = 1, simulator::TimeKind time = simulator::TimeKind::Stepped);
+    ~DriverTest() override;
+
+    void TearDown() override;
+
+    simulator::Simulator& Cards() { return *simulator_; }
+
+    // As the last program of the machine does; the next wave call loads the driver again.
+    void UnloadDriver();
+
+    // Stored settings of a card, as the driver stores them.
+    static void StoreSetting(unsigned card, const WCHAR* name, DWORD value);
+    static void StoreText(unsigned card, const WCHAR* name, const std::u16string& text);
+    static void StoreBinary(unsigned card, const WCHAR* name, const void* data, DWORD size,
+                            DWORD type = REG_BINARY);
+
+    // Card `follower` takes its clock from card `master` over the link.
+    static void Follow(unsigned follower, unsigned master);
+
+    // The requests made since the trace was last cleared, one readable line each, without those that
+    // start with one of the given words.
+    std::vector<std::string> TraceText(std::initializer_list<std::string_view> without = {});
+
+private:
+    std::string usage_;
+    std::unique_ptr<simulator::Simulator> simulator_;
+};

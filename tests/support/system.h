@@ -1,0 +1,40 @@
+// What tests ask of the system that no Windows call tells. One implementation for each host.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+#include <vector>
+
+namespace test_system {
+
+// Joins a machine of nobody else's: empty registry and event log, no named objects, no cards.
+void FreshMachine();
+
+// Closes what the process has open, unloads the driver; the next wave call loads it afresh.
+void UnloadWaveDriver();
+
+// The driver library itself, loaded as a program would load it. FreeLibrary gives it back.
+HMODULE LoadDriver();
+
+// What the process has taken and not given back, in words; equal before and after when nothing leaked.
+std::string Usage();
+
+struct MessageBoxShown {
+    std::u16string Text;
+    UINT Style;
+};
+std::vector<MessageBoxShown> MessageBoxes();
+
+struct LoggedEvent {
+    std::u16string Source;
+    WORD Type;
+    DWORD Id;
+};
+std::vector<LoggedEvent> EventLog();
+
+// The n-th coming call (1 = the next) of a system function fails.
+void FailCall(const char* function, unsigned nth);
+void ClearCallFailures();
+
+}  // namespace test_system

@@ -1,0 +1,50 @@
+#include "platform/inspect.h"
+#include "platform/machine.h"
+#include "tests/support/system.h"
+
+namespace test_system {
+
+void FreshMachine() {
+    platform::UseMachine("");
+}
+
+void UnloadWaveDriver() {
+    platform::UnloadWaveDriver();
+}
+
+HMODULE LoadDriver() {
+    return LoadLibraryW(TEXT("kestvox.dll"));
+}
+
+std::string Usage() {
+    const platform::Usage usage = platform::CurrentUsage();
+    return std::to_string(usage.Handles) + " handles, " + std::to_string(usage.Threads) + " threads, " +
+           std::to_string(usage.GlobalBlocks) + " global blocks, " + std::to_string(usage.HeapBlocks) +
+           " heap blocks, " + std::to_string(usage.HeldMutexes) + " mutexes held";
+}
+
+std::vector<MessageBoxShown> MessageBoxes() {
+    std::vector<MessageBoxShown> shown;
+    for (const platform::MessageBoxRecord& box : platform::MessageBoxes()) {
+        shown.push_back({box.Text, box.Style});
+    }
+    return shown;
+}
+
+std::vector<LoggedEvent> EventLog() {
+    std::vector<LoggedEvent> events;
+    for (const platform::EventRecord& event : platform::EventLog()) {
+        events.push_back({event.Source, event.Type, event.Id});
+    }
+    return events;
+}
+
+void FailCall(const char* function, unsigned nth) {
+    platform::FailCall(function, nth);
+}
+
+void ClearCallFailures() {
+    platform::ClearCallFailures();
+}
+
+}  // namespace test_system
