@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "simulator/simulator.h"
+#include "simulator/frame_store.h"
 
 namespace simulator {
 
@@ -24,12 +24,12 @@ public:
     void Pause();
     void Clear();
 
-    const std::vector<Frame>& Played() const { return played_; }
-    std::vector<Frame> Heard() const;
+    std::vector<Frame> Played() const { return played_.First(played_.Size()); }
+    std::vector<Frame> Heard() const { return heard_.First(shown_); }
 
 private:
-    std::vector<Frame> played_;
-    std::vector<Frame> heard_;
+    FrameStore played_;
+    FrameStore heard_;
     size_t shown_ = 0;  // of heard_, up to the channel's last frame
     bool listening_ = false;
     uint64_t next_ = 0;  // tick that follows heard_

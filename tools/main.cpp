@@ -123,7 +123,8 @@ int Run(int argc, char** argv) {
     const CLI::App* play = AddPlay(program, line);
     const CLI::App* settings = AddSettings(program, line);
     AddRegisters(program, line);
-    if (argc > 1 && argv[1][0] != '-' && program.get_subcommand_no_throw(argv[1]) == nullptr) {
+    const auto isFirstWord = [&](const CLI::App* command) { return command->check_name(argv[1]); };
+    if (argc > 1 && argv[1][0] != '-' && program.get_subcommands(isFirstWord).empty()) {
         return Refuse(("there is no command '" + std::string(argv[1]) + "' (try --help)").c_str());
     }
     try {

@@ -103,7 +103,7 @@ void Performance::Close() {
         WaitForFlushedBuffers();
     }
     for (const auto& output : outputs_) {
-        Report report{.Status = StatusOf(*output), .Heard = {}};
+        Report report{.Status = StatusOf(*output), .HeadersReturned = output->HeadersReturned(), .Heard = {}};
         if (!options_.Capture.empty()) {
             report.Heard = scene_.Cards().Heard(CardOf(*output), PortOf(*output));
         }
@@ -162,7 +162,7 @@ void Performance::PrintSummary() const {
         const std::string start = status.Started ? std::to_string(status.StartFrame) : "none";
         std::printf("device: %u\n", outputs_[i]->Device());
         std::printf("frames-played: %llu\n", static_cast<unsigned long long>(status.FramesPlayed));
-        std::printf("headers-returned: %u\n", outputs_[i]->HeadersReturned());
+        std::printf("headers-returned: %u\n", reports_[i].HeadersReturned);
         std::printf("most-in-flight: %u\n", status.MostInFlight);
         std::printf("start-frame: %s\n", start.c_str());
         std::printf("silent-frames: %llu\n", static_cast<unsigned long long>(status.FramesSilent));

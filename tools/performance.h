@@ -61,6 +61,7 @@ private:
     // What a device did, as its card saw it.
     struct Report {
         simulator::OutputStatus Status;
+        unsigned HeadersReturned;  // before the device was closed
         std::vector<simulator::Frame> Heard;
     };
 
