@@ -29,10 +29,12 @@ public:
     // driver's own object for the new file handle.
     virtual DWORD Open(const WCHAR* path, void** file) = 0;
 
-    // The last handle of `file` was closed. Called exactly once for each successful Open.
+    // The handle of `file` was closed and every Control() of it has returned. Called exactly once for
+    // each successful Open, on the thread that ended last; no lock of the platform is held.
     virtual void Close(void* file) = 0;
 
-    // ERROR_SUCCESS, ERROR_IO_PENDING (DeviceIoControl then fails with that code), or a failure.
+    // ERROR_SUCCESS, ERROR_IO_PENDING (DeviceIoControl then fails with that code; the operation never
+    // completes, and its caller sees 0 bytes returned), or a failure. No lock of the platform is held.
     virtual DWORD Control(void* file, DeviceRequest& request) = 0;
 
 protected:

@@ -47,9 +47,10 @@ ProcessIdentity CurrentProcess();
 bool IsAlive(const ProcessIdentity& process);
 
 // Maps the region `name` of the machine in use: zero-filled when the machine's first user maps it,
-// and then `create` runs once, while no other process can see the region. The same address for
-// every call in this process until the next UseMachine. Never fails: ends the process with a
-// message when the memory cannot be had.
+// and then `create` runs once, while no other process can see the region; it must not map another
+// region. The child of a fork shares what its parent had mapped, of a private machine too. The same
+// address for every call in this process until the next UseMachine; ask for the same size. Never
+// fails: ends the process with a message when the memory cannot be had.
 void* MapMachineRegion(const char* name, size_t size, void (*create)(void* memory));
 
 // A region that holds one T, which must be valid when zero-filled and then Initialize()d.
@@ -62,8 +63,8 @@ public:
 
 private:
     T* Get() const {
-        return static_cast<T*>(MapMachineRegion(
-            name_, sizeof(T), [](void* memory) { static_cast<T*>(memory)->Initialize(); }));
+        return static_cast<T*>(
+            MapMachineRegion(name_, sizeof(T), [](void* memory) { static_cast<T*>(memory)->Initialize(); }));
     }
     const char* name_;
 };

@@ -1,4 +1,5 @@
-// Where timeGetTime and Sleep get their time from.
+// Where timeGetTime and Sleep get their time from. Time limits of waits, SleepEx's alertable one among
+// them, always run on the system's clock.
 #pragma once
 
 #include <windows.h>

@@ -45,7 +45,7 @@ void CompletionQueue::Forget(uint32_t file) {
     std::erase_if(late_, isIts);
 }
 
-bool CompletionQueue::Deliver() {
+void CompletionQueue::Deliver() {
     const std::unique_lock<std::mutex> hold = Hold();
     std::deque<Call> calls;
     {
@@ -55,7 +55,6 @@ bool CompletionQueue::Deliver() {
     for (const Call& call : calls) {
         host::QueueCall(call.Target.Thread, call.Target.Routine, call.Cookie);
     }
-    return !calls.empty();
 }
 
 }  // namespace simulator

@@ -34,9 +34,9 @@ public:
     // Drops what has not been delivered for the file.
     void Forget(uint32_t file);
 
-    // Queues the calls to their threads; whether there were any. Neither the machine's lock nor Hold's
-    // may be held.
-    bool Deliver();
+    // Queues the calls to their threads: when it returns, all that had been added before have been queued,
+    // by this thread or another. Neither the machine's lock nor Hold's may be held.
+    void Deliver();
 
     // Keeps Deliver, on any thread, from beginning: take it before the machine's lock and before
     // Forget, and no call for the file leaves after it.

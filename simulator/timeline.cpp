@@ -69,7 +69,8 @@ bool Timeline::MoveTo(int64_t target, bool toBufferEnd) {
             machine.VirtualTime = std::max(machine.VirtualTime, std::min(event, target));
             ended = side_.CatchUp(machine.VirtualTime) > 0;
         }
-        if (side_.Completions.Deliver() && mayWait) {
+        side_.Completions.Deliver();
+        if (mayWait) {
             host::WaitUntilQuiet(QuietMilliseconds);
         }
         if (toBufferEnd && ended) {

@@ -23,15 +23,19 @@ struct CommandLine {
     std::vector<std::string> Assignments;
 };
 
-void AddMachineOption(CLI::App& command, SceneOptions& scene) {
-    command.add_option("--machine", scene.Machine,
-                       "Machine to work on, shared by all processes that name it "
-                       "(default: KESTVOX_MACHINE, or a machine of its own)");
+// The range stands in the error message; the help gives it in the option's own words.
+template <typename T>
+CLI::Validator Within(T least, T most) {
+    return CLI::Range(least, most).description("");
 }
 
-void AddCardsOption(CLI::App& command, SceneOptions& scene) {
-    command.add_option("--cards", scene.Cards, "Number of cards (default: those of the machine, or 1)")
-        ->check(CLI::Range(1u, simulator::MaxCards));
+void AddMachineOption(CLI::App& command, SceneOptions& scene) {
+    command.add_option("--machine", scene.Machine, "Work on this machine, shared by all that name it")
+        ->type_name("NAME");
+}
+
+void AddCardOption(CLI::App& command, unsigned& card) {
+    command.add_option("--card", card, "Number of the card (default 0)")->type_name("N");
 }
 
 // Takes one argument at a time, so that a file name may follow; may be given again and again.
@@ -42,11 +46,12 @@ CLI::Option* AddRepeatable(CLI::App& command, const char* name, std::vector<T>& 
 
 void AddSceneOptions(CLI::App& command, SceneOptions& scene) {
     AddMachineOption(command, scene);
-    AddCardsOption(command, scene);
-    AddRepeatable(command, "--set", scene.Settings,
-                  "[CARD:]NAME=VALUE: store a setting first; without CARD, on every card");
-    AddRepeatable(command, "--follow", scene.Follows,
-                  "B=A: card B takes its clock from card A (stores its Master and ClockSource)");
+    command.add_option("--cards", scene.Cards, "Number of cards, 1 to 16 (default: as there are, or 1)")
+        ->type_name("N")
+        ->check(Within(1u, simulator::MaxCards));
+    AddRepeatable(command, "--set", scene.Settings, "Store a setting first, of one card or of every card")
+        ->type_name("[CARD:]NAME=VALUE");
+    AddRepeatable(command, "--follow", scene.Follows, "Card B takes its clock from card A")->type_name("B=A");
 }
 
 CLI::App* AddDevices(CLI::App& program, CommandLine& line) {
@@ -58,35 +63,46 @@ CLI::App* AddDevices(CLI::App& program, CommandLine& line) {
 CLI::App* AddPlay(CLI::App& program, CommandLine& line) {
     PlayOptions& play = line.Play;
     CLI::App* command = program.add_subcommand("play", "Play WAV files as they are, on one or more devices");
-    command->add_option("FILE", play.Files, "WAV file: one for all devices, or one for each")->required();
-    AddRepeatable(*command, "--device", play.Devices,
-                  "D,...: devices to play on, all at once (default 0; card = D / 2, odd D is digital)")
+    command->add_option("FILE", play.Files, "WAV file, one for all devices or one for each")
+        ->required()
+        ->type_name("");
+    AddRepeatable(*command, "--device", play.Devices, "Devices to play on, all at once (default 0)")
+        ->type_name("D,...")
         ->delimiter(',');
     AddSceneOptions(*command, play.Scene);
-    command->add_option("--time", line.Time, "real, or stepped: as fast as it goes (default real)")
-        ->check(CLI::IsMember({"real", "stepped"}));
-    command->add_option("--buffers", play.Buffers, "Buffers for each device (default 8)")
-        ->check(CLI::Range(1u, MostBuffers));
-    command->add_option("--buffer-ms", play.BufferMilliseconds, "Length of a buffer (default 50)")
-        ->check(CLI::Range(1u, LongestBuffer));
-    command->add_option("--loops", play.Passes, "Play the whole file so many times, as one loop")
-        ->check(CLI::Range(DWORD{1}, DWORD{0xFFFFFFFF}));
-    command->add_option("--volume", line.Volume, "0 to 65535, or 0% to 100%");
-    command->add_option("--capture", play.Capture,
-                        "WAV file for what the output played (32-bit stereo); with several devices one "
-                        "file each, OUT-<device>.wav for OUT.wav");
-    command->add_option("--trace", play.Trace, "JSON file for every request, for a timeline viewer");
-    AddRepeatable(*command, "--fault", play.Scene.Faults,
-                  "REQUEST:N[:fail|pending|short] or completion:N:late[=US]|twice|lost: what the N-th one "
-                  "(or 'all') does; REQUEST as in the trace, or 'any'");
+    command->add_option("--time", line.Time, "In real time (default), or as fast as it goes")
+        ->type_name("real|stepped")
+        ->check(CLI::IsMember({"real", "stepped"}).description(""));
+    command->add_option("--buffers", play.Buffers, "Buffers for each device, 1 to 1000 (default 8)")
+        ->type_name("K")
+        ->check(Within(1u, MostBuffers));
+    command->add_option("--buffer-ms", play.BufferMilliseconds, "Their length, 1 to 10000 (default 50)")
+        ->type_name("M")
+        ->check(Within(1u, LongestBuffer));
+    command->add_option("--loops", play.Passes, "Play the whole file L times, as one loop")
+        ->type_name("L")
+        ->check(Within(DWORD{1}, DWORD{0xFFFFFFFF}));
+    command->add_option("--volume", line.Volume, "0 to 65535, or 0% to 100%")->type_name("V");
+    command->add_option("--capture", play.Capture, "Keep what the output played, as 32-bit stereo WAV")
+        ->type_name("OUT.wav");
+    command->add_option("--trace", play.Trace, "Keep every request to the cards, for a timeline viewer")
+        ->type_name("OUT.json");
+    AddRepeatable(*command, "--fault", play.Scene.Faults, "Make a request or a completion go wrong")
+        ->type_name("SPEC");
+    command->footer(
+        "Device D is on card D / 2: even ones are analog, odd ones digital.\n"
+        "With several devices, what device 2 played is in OUT-2.wav.\n"
+        "Without --machine, KESTVOX_MACHINE names the machine, or it is gone at the end.\n"
+        "SPEC is REQUEST:N[:fail|pending|short], with REQUEST as the trace names it or 'any',\n"
+        "or completion:N:late[=MICROSECONDS]|twice|lost; N counts from 1, or is 'all'.");
     return command;
 }
 
 CLI::App* AddSettings(CLI::App& program, CommandLine& line) {
     CLI::App* command = program.add_subcommand("settings", "Show and change the stored settings of a card");
     AddMachineOption(*command, line.Play.Scene);
-    command->add_option("--card", line.Card, "Number of the card (default 0)");
-    command->add_option("NAME=VALUE", line.Assignments, "Settings to store");
+    AddCardOption(*command, line.Card);
+    command->add_option("NAME=VALUE", line.Assignments, "Settings to store")->type_name("");
     std::string footer = "Settings:\n";
     for (const Setting& setting : AllSettings()) {
         footer += "  " + std::string(setting.Name) + ": " + setting.Purpose + "\n";
@@ -101,7 +117,7 @@ CLI::App* AddSettings(CLI::App& program, CommandLine& line) {
 CLI::App* AddRegisters(CLI::App& program, CommandLine& line) {
     CLI::App* command = program.add_subcommand("registers", "Show what a card was last told");
     AddMachineOption(*command, line.Play.Scene);
-    command->add_option("--card", line.Card, "Number of the card (default 0)");
+    AddCardOption(*command, line.Card);
     return command;
 }
 

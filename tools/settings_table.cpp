@@ -48,9 +48,8 @@ constexpr Setting Settings[] = {
     {"Monitor",
      SettingKind::Mixer,
      "128,0,128,0,0,128,0,128",
-     "gains of the eight mixer inputs, 0 to 128 (0 dB): analog in, digital in, analog playback, digital "
-     "playback "
-     "to the analog output, then the same to the digital output",
+     "eight mixer gains from 0 to 128 (0 dB), commas between them; inputs 0 to 3 go to the\n"
+     "      analog output, 4 to 7 to the digital one: analog in, digital in, analog play, digital play",
      {}},
     {"ClockSource", SettingKind::Code, "97", "source of the sample clock", ClockCodes},
     {"DitherADC", SettingKind::Code, "0", "dither of the analog input at 8 and 16 bits", DitherCodes},

@@ -156,11 +156,12 @@ bool ThreadEnded(const StreamInstance* stream, DWORD milliseconds) {
 void AwaitService(StreamInstance* stream, const SharedWord& word) {
     const DWORD start = timeGetTime();
     DWORD interval = 1;
-    while (word == 0 && timeGetTime() - start < LongestWait) {
-        if (ThreadEnded(stream, interval)) {
+    while (word == 0 && !ThreadEnded(stream, 0)) {
+        Sleep(interval);
+        interval = interval * 2 < PollInterval ? interval * 2 : PollInterval;
+        if (timeGetTime() - start >= LongestWait) {
             return;
         }
-        interval = interval * 2 < PollInterval ? interval * 2 : PollInterval;
     }
 }
 

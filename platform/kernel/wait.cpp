@@ -133,6 +133,7 @@ DWORD TryAll(std::span<const WaitTarget> targets, size_t* missing) {
     // Every wait on several objects locks them in this order.
     std::sort(objects.begin(), objects.end());
     std::vector<std::unique_lock<std::mutex>> locks;
+    locks.reserve(objects.size());
     for (Waitable* object : objects) {
         locks.emplace_back(object->Lock());
     }

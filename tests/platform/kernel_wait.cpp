@@ -216,6 +216,26 @@ TEST_F(MultipleWait, ForAllTakesNothingUntilAllCanBeTaken) {
     CloseHandle(thread);
 }
 
+TEST_F(MultipleWait, ForAllGivesBackTheMutexesItTookInVain) {
+    const HANDLE held = CreateMutexW(nullptr, TRUE, nullptr);
+    const HANDLE both[] = {handles_[1], held};
+    const HANDLE thread = CreateThread(
+        nullptr, 0,
+        [](LPVOID mutexes) -> DWORD {
+            return WaitForMultipleObjects(2, static_cast<const HANDLE*>(mutexes), TRUE, 3);
+        },
+        const_cast<HANDLE*>(both), 0, nullptr);
+    WaitForSingleObject(thread, INFINITE);
+    DWORD result = 0;
+    GetExitCodeThread(thread, &result);
+    EXPECT_EQ(result, static_cast<DWORD>(WAIT_TIMEOUT));
+    EXPECT_EQ(WaitForSingleObject(handles_[1], 0), WAIT_OBJECT_0) << "not abandoned by the thread";
+    ReleaseMutex(handles_[1]);
+    ReleaseMutex(held);
+    CloseHandle(held);
+    CloseHandle(thread);
+}
+
 TEST_F(MultipleWait, SeesAMutexThatIsFreedMeanwhile) {
     WaitForSingleObject(handles_[1], INFINITE);
     const HANDLE thread = CreateThread(

@@ -62,7 +62,10 @@ private:
 class SimulatorMachine : public testing::Test {
 protected:
     SimulatorMachine() : Name("simulator-test-" + std::to_string(getpid())) {}
-    ~SimulatorMachine() override { platform::RemoveMachine(Name); }
+    ~SimulatorMachine() override {
+        platform::UseMachine("");
+        platform::RemoveMachine(Name);
+    }
     const std::string Name;
 };
 
@@ -87,6 +90,25 @@ TEST_F(SimulatorMachine, CardsAreSharedAndADeadProcessLetsGo) {
     other.Kill();
     EXPECT_FALSE(sim.ChannelClaimed(1, AnalogOut));
     EXPECT_EQ(file.Bind(1, AnalogOut), ERROR_SUCCESS);
+}
+
+// The thread that looks for other processes delivers completions, too: the mover waits all the same.
+TEST_F(SimulatorMachine, SteppedTimeIsExactForAProcessAloneOnANamedMachine) {
+    platform::UseMachine(Name);
+    Simulator sim({});
+    Prepare(0);
+    const CardFile file(0, AnalogOut);
+    file.WritePort(0, 0xC0);
+    std::vector<Frame> frames(44, Both(1));
+    CompletionThread thread(file, [&](ULONG_PTR cookie) {
+        file.Queue(frames, cookie + 1);
+        file.Request(StartTransfer);
+    });
+    ASSERT_EQ(file.Queue(frames, 1), ERROR_SUCCESS);
+    file.Start();
+    sim.Advance(2000000);
+    EXPECT_EQ(sim.Output(0, Port::Analog).FramesSilent, 0u);
+    EXPECT_EQ(sim.Output(0, Port::Analog).FramesPlayed, 2u * 44100 - 1);
 }
 
 TEST_F(SimulatorMachine, OneProcessReleasesTheHoldAndMovesTheClockOfAnother) {

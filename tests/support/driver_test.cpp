@@ -3,15 +3,12 @@
 #include <algorithm>
 
 #include "tests/support/system.h"
+#include "tests/support/text.h"
 
 namespace {
 
 std::u16string ConfigKey(unsigned card) {
     return simulator::Simulator::RegistryPath(card) + u"\\Config";
-}
-
-const WCHAR* Wide(const std::u16string& text) {
-    return reinterpret_cast<const WCHAR*>(text.c_str());
 }
 
 }  // namespace
@@ -53,6 +50,10 @@ void DriverTest::StoreText(unsigned card, const WCHAR* name, const std::u16strin
 
 void DriverTest::Follow(unsigned follower, unsigned master) {
     StoreText(follower, TEXT("Master"), simulator::Simulator::RegistryPath(master));
+}
+
+void DriverTest::AddFault(std::string_view fault) {
+    simulator_->AddFault(simulator::ParseFault(fault).value());
 }
 
 std::vector<std::string> DriverTest::TraceText(std::initializer_list<std::string_view> without) {

@@ -38,6 +38,9 @@ protected:
     // Card `follower` takes its clock from card `master` over the link.
     static void Follow(unsigned follower, unsigned master);
 
+    // "NAME:N[:fail|pending|short]" and so on, as the simulator reads them.
+    void AddFault(std::string_view fault);
+
     // The requests made since the trace was last cleared, one readable line each, without those that
     // start with one of the given words.
     std::vector<std::string> TraceText(std::initializer_list<std::string_view> without = {});

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-WavePlayer::~WavePlayer() {
+void WavePlayer::Shut() {
     if (handle_ != nullptr) {
         waveOutReset(handle_);
         Close();

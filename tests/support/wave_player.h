@@ -14,12 +14,13 @@
 class WavePlayer {
 public:
     WavePlayer() = default;
-    ~WavePlayer();  // resets and closes
+    ~WavePlayer() { Shut(); }
     WavePlayer(const WavePlayer&) = delete;
     WavePlayer& operator=(const WavePlayer&) = delete;
 
     MMRESULT Open(UINT device, const WaveFormat& format);
     MMRESULT Close();
+    void Shut();  // resets and closes, when it is open
     HWAVEOUT Handle() const { return handle_; }
 
     // Writes a prepared header with a copy of the data at `misalignment` bytes from an 8-byte boundary.

@@ -1,23 +1,186 @@
-#include "tests/support/driver_test.h"
-#include "tests/support/wave_player.h"
+// What an application writes is what the card plays, bit for bit, at the gains that were asked for.
+#include "tests/support/output_test.h"
 
 namespace {
 
-class PlaybackTest : public DriverTest {
-protected:
-    WavePlayer player_;
-};
+using simulator::Frame;
+using simulator::Port;
 
-TEST_F(PlaybackTest, WhatIsWrittenIsHeardAndComesBackOnce) {
-    ASSERT_EQ(player_.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
-    const std::vector<BYTE> data = Pattern(4096);
-    for (int i = 0; i < 20; ++i) {
-        ASSERT_EQ(player_.Write(data), MMSYSERR_NOERROR);
+class PlaybackTest : public OutputTest {};
+
+// Cuts `data` into buffers of odd lengths at every alignment, each a multiple of `unit` bytes.
+void WriteInPieces(WavePlayer& player, const std::vector<BYTE>& data, size_t unit) {
+    unsigned piece = 0;
+    for (size_t at = 0; at < data.size(); ++piece) {
+        const size_t length = std::min(unit * (2 * piece + 1), data.size() - at);
+        const auto start = data.begin() + static_cast<long>(at);
+        ASSERT_EQ(player.Write({start, start + static_cast<long>(length)}, 0, 0, piece % 4), MMSYSERR_NOERROR);
+        at += length;
     }
-    Cards().Advance(1000000);
-    EXPECT_EQ(player_.DoneCount(), 20u);
-    EXPECT_EQ(Cards().Played(0, simulator::Port::Analog).size(), 20480u);
-    EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
+}
+
+TEST_F(PlaybackTest, EveryFormatIsHeardAsItIs) {
+    std::vector<WaveFormat> formats;
+    for (const WORD channels : {WORD{1}, WORD{2}}) {
+        const WaveFormat all[] = {
+            PcmFormat(48000, channels, 8),
+            PcmFormat(48000, channels, 16),
+            PcmFormat(48000, channels, 20),
+            PcmFormat(48000, channels, 24),
+            PcmFormat(48000, channels, 20, 4),
+            PcmFormat(48000, channels, 24, 4),
+            PcmFormat(48000, channels, 32),
+            TaggedFormat(WAVE_FORMAT_ALAW, 48000, channels, 8),
+            TaggedFormat(WAVE_FORMAT_MULAW, 48000, channels, 8),
+            ExtensibleFormat(48000, channels, 24, 24),
+            ExtensibleFormat(48000, channels, 32, 24),
+        };
+        formats.insert(formats.end(), std::begin(all), std::end(all));
+    }
+    for (const Justified side : {Justified::Left, Justified::Right}) {
+        UnloadDriver();
+        StoreSetting(0, TEXT("Left24"), side == Justified::Left);
+        for (const WaveFormat& format : formats) {
+            const WAVEFORMATEX& basic = format;
+            SCOPED_TRACE(testing::Message() << basic.wFormatTag << ": " << basic.wBitsPerSample << " bits, frame of "
+                                            << basic.nBlockAlign << ", left " << (side == Justified::Left));
+            const bool extensible = basic.wFormatTag == WAVE_FORMAT_EXTENSIBLE;
+            WavePlayer player;
+            ASSERT_EQ(player.Open(AnalogOut, format), MMSYSERR_NOERROR);
+            const std::vector<BYTE> data = Pattern(size_t{500} * basic.nBlockAlign);
+            WriteInPieces(player, data, basic.nBlockAlign / basic.nChannels == 3 ? 3 : 1);
+            Cards().Advance(Second);
+            EXPECT_EQ(Played(), Sound(format, data, extensible ? Justified::Left : side));
+            EXPECT_EQ(player.DoneCount(), player.HeaderCount());
+            EXPECT_EQ(player.Position(TIME_SAMPLES), 500u);
+            EXPECT_EQ(player.Position(TIME_BYTES), data.size());
+            EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
+            Cards().ForgetAudio();
+        }
+    }
+}
+
+// Many times what the card holds at once, through buffers that are used again and resized.
+TEST_F(PlaybackTest, ALongPieceIsPlayedWithoutAGap) {
+    const WaveFormat format = PcmFormat(44100, 2, 24);
+    ASSERT_EQ(player_.Open(DigitalOut, format), MMSYSERR_NOERROR);
+    std::vector<BYTE> piece;
+    size_t next = 0;
+    const auto write = [&] {
+        const std::vector<BYTE> data = Pattern(6 * (500 + next % 3 * 300), static_cast<unsigned>(++next));
+        piece.insert(piece.end(), data.begin(), data.end());
+        EXPECT_EQ(player_.Write(data), MMSYSERR_NOERROR);
+    };
+    player_.OnDone([&](WAVEHDR&) {
+        if (next < 200) {
+            write();
+        }
+    });
+    for (int i = 0; i < 12; ++i) {
+        write();
+    }
+    Cards().Advance(10 * Second);
+    EXPECT_EQ(Played(Port::Digital), Sound(format, piece));
+    EXPECT_EQ(Cards().Output(0, Port::Digital).FramesSilent, 0u);
+    ExpectEachReturnedOnce();
+}
+
+TEST_F(PlaybackTest, BothOutputsPlayAtOnce) {
+    const WaveFormat format = PcmFormat(48000, 2, 16);
+    WavePlayer digital;
+    ASSERT_EQ(player_.Open(AnalogOut, format), MMSYSERR_NOERROR);
+    ASSERT_EQ(digital.Open(DigitalOut, format), MMSYSERR_NOERROR);
+    const std::vector<BYTE> first = Pattern(48000, 1);
+    const std::vector<BYTE> second = Pattern(48000, 2);
+    EXPECT_EQ(player_.Write(first), MMSYSERR_NOERROR);
+    EXPECT_EQ(digital.Write(second), MMSYSERR_NOERROR);
+    Cards().Advance(Second);
+    EXPECT_EQ(Played(Port::Analog), Sound(format, first));
+    EXPECT_EQ(Played(Port::Digital), Sound(format, second));
+    EXPECT_EQ(digital.Close(), MMSYSERR_NOERROR);
+}
+
+std::vector<DWORD> MixerGains(simulator::Simulator& cards) {
+    std::vector<DWORD> gains(8);
+    for (unsigned i = 0; i < 8; ++i) {
+        gains[i] = cards.MixerGain(0, i);
+    }
+    return gains;
+}
+
+// Mixer inputs 2 and 6 are the analog playback's, 3 and 7 the digital one's.
+TEST_F(PlaybackTest, StoredGainsAreUpWhileThePortIsOpen) {
+    struct {
+        DWORD Size = 68;
+        DWORD Codes[8] = {};
+        DWORD Gains[8] = {1, 2, 100, 30, 5, 6, 70, 90};
+    } const stored;
+    static_assert(sizeof stored == 68);
+    StoreBinary(0, TEXT("Monitor"), &stored, sizeof stored);
+    const std::vector<DWORD> silent(8);
+    struct Case {
+        UINT Device;
+        std::vector<DWORD> Gains;
+        DWORD Volume;
+    };
+    for (const Case& test : {Case{AnalogOut, {0, 0, 100, 0, 0, 0, 70, 0}, 100 * 65535 / 128},
+                             Case{DigitalOut, {0, 0, 0, 30, 0, 0, 0, 90}, 90 * 65535 / 128}}) {
+        SCOPED_TRACE(test.Device);
+        ASSERT_EQ(player_.Open(test.Device, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+        EXPECT_EQ(MixerGains(Cards()), test.Gains);
+        DWORD volume = 0;
+        EXPECT_EQ(waveOutGetVolume(player_.Handle(), &volume), MMSYSERR_NOERROR);
+        EXPECT_EQ(volume, test.Volume);
+        EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
+        EXPECT_EQ(MixerGains(Cards()), silent);
+    }
+}
+
+TEST_F(PlaybackTest, TheVolumeIsTheLeftWordAndTheGainOfTheOwnOutput) {
+    struct Case {
+        DWORD Volume;
+        DWORD Gain;
+    };
+    const Case cases[] = {{0xFFFF, 128}, {0x8000, 64},     {0x7FFF, 63},    {0x0200, 1},
+                          {0x01FF, 0},   {0xFFFF0000, 0}, {0x1234C000, 96}};
+    for (const UINT device : {AnalogOut, DigitalOut}) {
+        ASSERT_EQ(player_.Open(device, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+        std::vector<DWORD> gains = MixerGains(Cards());
+        for (const Case& test : cases) {
+            SCOPED_TRACE(test.Volume);
+            EXPECT_EQ(waveOutSetVolume(player_.Handle(), test.Volume), MMSYSERR_NOERROR);
+            gains[device == AnalogOut ? 2 : 7] = test.Gain;
+            EXPECT_EQ(MixerGains(Cards()), gains);
+            DWORD volume = 1;
+            EXPECT_EQ(waveOutGetVolume(player_.Handle(), &volume), MMSYSERR_NOERROR);
+            EXPECT_EQ(volume, test.Volume & 0xFFFF);
+        }
+        EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
+        ASSERT_EQ(player_.Open(device, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+        EXPECT_EQ(Cards().MixerGain(0, device == AnalogOut ? 2 : 7), 128u) << "stored gain is back";
+        EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
+    }
+}
+
+TEST_F(PlaybackTest, TheVolumeIsHeard) {
+    const WaveFormat format = PcmFormat(44100, 2, 16);
+    ASSERT_EQ(player_.Open(AnalogOut, format), MMSYSERR_NOERROR);
+    const std::vector<BYTE> data = Pattern(4000);
+    std::vector<Frame> expected = Sound(format, data);
+    EXPECT_EQ(player_.Write(data), MMSYSERR_NOERROR);
+    Cards().Advance(Second);
+    EXPECT_EQ(Cards().Heard(0, Port::Analog), expected);
+    Cards().ForgetAudio();
+    EXPECT_EQ(waveOutSetVolume(player_.Handle(), 0x8000), MMSYSERR_NOERROR);
+    EXPECT_EQ(player_.Write(data), MMSYSERR_NOERROR);
+    Cards().Advance(Second);
+    for (Frame& frame : expected) {
+        frame = {frame.Left / 2, frame.Right / 2};
+    }
+    EXPECT_EQ(Played(), Sound(format, data));
+    std::vector<Frame> heard = Cards().Heard(0, Port::Analog);
+    heard.erase(heard.begin(), heard.end() - static_cast<long>(std::min(heard.size(), expected.size())));
+    EXPECT_EQ(heard, expected);
 }
 
 }  // namespace

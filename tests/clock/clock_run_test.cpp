@@ -1,0 +1,276 @@
+// Clock runs, request by request.
+#include <algorithm>
+
+#include "tests/clock/clock_script.h"
+
+namespace {
+
+using simulator::Port;
+
+const Lines HoldCard = {"write card 17 = 01 / 01"};
+const Lines ReleaseCard = {"write card 17 = 00 / 01"};
+const Lines KeepRate = {"read card 32", "write card 17 = 00 / 08"};
+const Lines KeepInternalClock = {
+    "write card 9 = 02 / 02", "write card 9 = 01 / 01", "READ_CLOCK_FAULT", "read card 32", "stall 227",
+    "READ_CLOCK_FAULT"};
+const Lines Port16BitStereo = {"write port 0 = 40 / C0", "write port 0 = 00 / 20"};
+const Lines StatusRate44100 = StatusRate("41", "00");
+
+const Lines DriveLink = {"write card 32 = 10 / 10"};
+const Lines ReadClock = {"read card 32"};
+const Lines StopDriving = {"read card 32", "write card 32 = 00 / 10"};
+const Lines LeaveClock = {"write card 32 = 00 / 60"};
+const Lines QuietFollower = {"write card 32 = 00 / 60", "write card 9 = 02 / 02", "write card 9 = 01 / 01"};
+const Lines FollowerToLink = {"read card 32",    "write card 17 = 00 / 08", "READ_CLOCK_FAULT",
+                              "read card 32",    "write card 32 = 20 / 60", "stall 227",
+                              "READ_CLOCK_FAULT"};
+const Lines FollowerStays = {"read card 32", "write card 17 = 00 / 08", "READ_CLOCK_FAULT", "read card 32",
+                             "stall 227",    "READ_CLOCK_FAULT"};
+
+class OneCardClock : public ClockTest {};
+
+TEST_F(OneCardClock, ACardAtItsRateIsHeldCheckedAndReleased) {
+    WavePlayer player;
+    ClockScript script(0);
+    script.Step(0, HoldCard)
+        .Pass(Wait(23855))
+        .Step(0, KeepRate + KeepInternalClock + StatusRate44100)
+        .Pass("stall 635")
+        .Step(0, ReleaseCard)
+        .Pass(Wait(23855))
+        .Step(0, Port16BitStereo);
+    EXPECT_EQ(Run(player, 0, 44100), script.Expected());
+    EXPECT_EQ(Cards().SampleRate(0), 44100u);
+    EXPECT_EQ(Cards().CardRegister(0, 32), 0x03);
+}
+
+TEST_F(OneCardClock, AnotherRateResynchronisesTheCard) {
+    WavePlayer player;
+    ClockScript script(0);
+    script.Step(0, HoldCard)
+        .Pass(Wait(10959))
+        .Step(0,
+              {"read card 32", "write card 32 = 00 / 07", "write card 17 = 08 / 08", "write card 9 = 02 / 02",
+               "write card 9 = 01 / 01", "READ_CLOCK_FAULT", "read card 32", "stall 105", "READ_CLOCK_FAULT"})
+        .Step(0, ResyncPulse() + StatusRate("01", "10"))
+        .Pass(Wait(42709, 450000))
+        .Step(0, ReleaseCard)
+        .Pass(Wait(10959))
+        .Step(0, Port16BitStereo);
+    EXPECT_EQ(Run(player, 0, 96000), script.Expected());
+    EXPECT_EQ(Cards().SampleRate(0), 96000u);
+    ASSERT_EQ(player.Close(), MMSYSERR_NOERROR);
+    Run(player, 0, 44100);
+    EXPECT_EQ(Cards().SampleRate(0), 44100u) << "back to single speed";
+}
+
+TEST_F(OneCardClock, TheFirstStreamFixesTheRateUntilTheLastOneCloses) {
+    WavePlayer analog;
+    WavePlayer digital;
+    Run(analog, 0, 44100);
+    const Lines portOnly = {"0 write port 0 = C0 / C0", "0 write port 0 = 20 / 20"};
+    EXPECT_EQ(Run(digital, 1, PcmFormat(44100, 1, 24)), portOnly);
+    ASSERT_EQ(digital.Close(), MMSYSERR_NOERROR);
+
+    EXPECT_EQ(Run(digital, 1, 48000, WAVERR_BADFORMAT), Lines{}) << "refused without a request";
+    EXPECT_EQ(waveOutOpen(nullptr, 1, PcmFormat(48000, 2, 16).Get(), 0, 0, WAVE_FORMAT_QUERY),
+              static_cast<MMRESULT>(MMSYSERR_NOERROR));
+    EXPECT_EQ(Run(digital, 1, 44100).size(), 2u);
+    ASSERT_EQ(analog.Close(), MMSYSERR_NOERROR);
+    Run(analog, 0, 48000, WAVERR_BADFORMAT);
+    ASSERT_EQ(digital.Close(), MMSYSERR_NOERROR);
+    Run(analog, 0, 48000);
+    EXPECT_EQ(Cards().SampleRate(0), 48000u);
+}
+
+TEST_F(OneCardClock, EveryRateHasItsOwnCodeAndWaits) {
+    struct RateCase {
+        DWORD Rate;
+        unsigned Code;
+        unsigned DoubleSpeed;
+        unsigned Settle, Lock, Plain, Resync;  // microseconds: 1052, 10, 28 and 4100 periods
+    };
+    const RateCase cases[] = {
+        {96000, 0, 8, 10959, 105, 292, 42709},    {88200, 1, 8, 11928, 114, 318, 46486},
+        {48000, 2, 0, 21917, 209, 584, 85417},    {44100, 3, 0, 23855, 227, 635, 92971},
+        {32000, 4, 0, 32876, 313, 876, 128126},   {22050, 5, 0, 47710, 454, 1270, 185942},
+        {8000, 6, 0, 131501, 1251, 3501, 512501}, {11025, 7, 0, 95420, 908, 2540, 371883},
+    };
+    const auto waitsOf = [](const Lines& lines) {
+        Lines waits;
+        for (const std::string& line : lines) {
+            if (line.find("write") == line.npos && line.find("read") == line.npos &&
+                line.find("READ") == line.npos) {
+                waits.push_back(line);
+            }
+        }
+        return waits;
+    };
+    for (const RateCase& c : cases) {
+        SCOPED_TRACE(c.Rate);
+        WavePlayer player;
+        const Lines changed = {Wait(c.Settle), Wait(c.Lock),           Wait(1000),
+                               "stall 1",      Wait(c.Resync, 450000), Wait(c.Settle)};
+        EXPECT_EQ(waitsOf(Run(player, 0, c.Rate)), changed);
+        EXPECT_EQ(Cards().CardRegister(0, 32) & 7u, c.Code);
+        EXPECT_EQ(Cards().CardRegister(0, 17) & 8u, c.DoubleSpeed);
+        EXPECT_EQ(Cards().SampleRate(0), c.Rate);
+        ASSERT_EQ(player.Close(), MMSYSERR_NOERROR);
+        const Lines unchanged = {Wait(c.Settle), Wait(c.Lock), Wait(c.Plain), Wait(c.Settle)};
+        EXPECT_EQ(waitsOf(Run(player, 0, c.Rate)), unchanged);
+    }
+}
+
+// Card 1 follows card 0.
+class TwoCardClock : public ClockTest {
+protected:
+    TwoCardClock() : ClockTest(2) {
+        Follow(1, 0);
+        StoreSetting(1, TEXT("ClockSource"), 32);
+    }
+
+    // The first run of the group: the master does not drive the link yet.
+    static Lines FirstRun(unsigned streamCard) {
+        ClockScript script(streamCard);
+        script.Step(0, HoldCard).Step(1, HoldCard).Pass(Wait(23855));
+        script.Step(0, ReadClock).Step(1, ReadClock);
+        script.Step(0, LeaveClock).Step(1, QuietFollower);
+        script.Step(0, KeepRate).Step(0, KeepInternalClock).Step(0, DriveLink).Step(1, FollowerToLink);
+        script.Step(0, ResyncPulse() + StatusRate44100).Step(1, ResyncPulse() + StatusRate44100);
+        script.Pass(Wait(92971, 450000)).Step(0, ReleaseCard).Step(1, ReleaseCard).Pass(Wait(23855));
+        return script.Step(streamCard, Port16BitStereo).Expected();
+    }
+
+    // A later run without a change on the master: how the follower is programmed, what it is given at the
+    // resync, and the wait after that.
+    static Lines LaterRun(const Lines& follower, const Lines& resync, const std::string& settle) {
+        ClockScript script(0);
+        script.Step(0, HoldCard).Step(1, HoldCard).Pass(Wait(23855));
+        script.Step(0, ReadClock).Step(1, ReadClock);
+        script.Step(0, KeepRate).Step(0, KeepInternalClock).Step(0, DriveLink).Step(1, follower);
+        script.Step(0, StatusRate44100).Step(1, resync);
+        script.Pass(settle).Step(0, ReleaseCard).Step(1, ReleaseCard).Pass(Wait(23855));
+        return script.Step(0, Port16BitStereo).Expected();
+    }
+};
+
+TEST_F(TwoCardClock, OpeningEitherCardBringsUpTheGroup) {
+    for (const unsigned card : {1u, 0u}) {
+        SCOPED_TRACE(card);
+        UnloadDriver();
+        {
+            WavePlayer player;
+            EXPECT_EQ(Run(player, 2 * card, 44100), FirstRun(card));
+        }
+        EXPECT_EQ(Cards().CardRegister(0, 32), 0x13);
+        EXPECT_EQ(Cards().CardRegister(1, 32), 0x23);
+        EXPECT_EQ(Cards().ClockFrame(0), Cards().ClockFrame(1));
+    }
+}
+
+TEST_F(TwoCardClock, OnlyWhatChangedIsResynchronised) {
+    WavePlayer player;
+    Run(player, 2, 44100);
+    ASSERT_EQ(player.Close(), MMSYSERR_NOERROR);
+    EXPECT_EQ(Run(player, 0, 44100), LaterRun(FollowerStays, StatusRate44100, "stall 635")) << "nothing";
+    ASSERT_EQ(player.Close(), MMSYSERR_NOERROR);
+
+    Cards().PowerCycle(1);
+    const Lines programmed = {"read card 32",
+                              "write card 32 = 03 / 07",
+                              "write card 17 = 00 / 08",
+                              "READ_CLOCK_FAULT",
+                              "read card 32",
+                              "write card 32 = 20 / 60",
+                              "stall 227",
+                              "READ_CLOCK_FAULT"};
+    const Lines expected = LaterRun(programmed, ResyncPulse() + StatusRate("7F", "00"), Wait(92971, 450000));
+    EXPECT_EQ(Run(player, 0, 44100), expected) << "the follower";
+    EXPECT_EQ(Cards().ClockFrame(0), Cards().ClockFrame(1));
+    ASSERT_EQ(player.Close(), MMSYSERR_NOERROR);
+
+    const Lines lines = Run(player, 0, 48000);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "0 write card 17 = 00 / 80"), 1) << "the master's rate";
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "1 write card 17 = 00 / 80"), 1);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "0 write port 0 = 04 / 04"), 2);
+    EXPECT_EQ(Cards().SampleRate(1), 48000u);
+    EXPECT_EQ(Cards().ClockFrame(0), Cards().ClockFrame(1));
+}
+
+TEST_F(TwoCardClock, AFollowerWithAnotherSourceIsGivenThatCode) {
+    StoreSetting(1, TEXT("ClockSource"), 97);  // as long as it was never opened itself
+    WavePlayer player;
+    for (int run = 0; run < 2; ++run) {
+        const Lines lines = Run(player, 0, 44100);
+        EXPECT_EQ(std::count(lines.begin(), lines.end(), "1 write card 32 = 61 / 60"), 1) << run;
+        EXPECT_EQ(Source(1), 0x60u);
+        ASSERT_EQ(player.Close(), MMSYSERR_NOERROR);
+    }
+    Run(player, 2, 44100);
+    EXPECT_EQ(Source(1), 0x20u) << "opening the follower itself puts it on the link";
+}
+
+// Card 1 is the master: what is seen on card 0 is seen before it.
+class MasterBehindFollower : public ClockTest {
+protected:
+    MasterBehindFollower() : ClockTest(2) { Follow(0, 1); }
+};
+
+TEST_F(MasterBehindFollower, AChangeOfTheLinkBeforeTheMasterResynchronisesAll) {
+    WavePlayer player;
+    Run(player, 0, 44100);
+    ASSERT_EQ(player.Close(), MMSYSERR_NOERROR);
+    // A link bit that cannot be read counts as changed.
+    Cards().AddFault({.Code = *simulator::RequestCode("READ_REGISTER"), .Nth = 1});
+    const Lines lines = Run(player, 0, 44100);
+    for (const char* line : {"0 write card 32 = 00 / 10", "0 write card 17 = 00 / 80",
+                             "1 write card 17 = 00 / 80", "1 write card 32 = 00 / 60"}) {
+        EXPECT_EQ(std::count(lines.begin(), lines.end(), line), 1) << line;
+    }
+}
+
+// Card 1 follows card 0, card 3 follows card 2.
+class TwoLinkClock : public ClockTest {
+protected:
+    TwoLinkClock() : ClockTest(4) {
+        Follow(1, 0);
+        Follow(3, 2);
+    }
+};
+
+TEST_F(TwoLinkClock, AGroupTakesTheLinkFromAnother) {
+    WavePlayer player;
+    Run(player, 6, 44100);
+    EXPECT_EQ(Cards().CardRegister(2, 32), 0x13);
+    ASSERT_EQ(player.Close(), MMSYSERR_NOERROR);
+
+    ClockScript script(1);
+    script.Step(0, HoldCard).Step(1, HoldCard).Step(3, HoldCard).Pass(Wait(23855));
+    script.Step(0, ReadClock).Step(1, ReadClock).Step(2, StopDriving).Step(3, ReadClock + LeaveClock);
+    script.Step(0, LeaveClock).Step(1, QuietFollower);
+    script.Step(0, KeepRate).Step(0, KeepInternalClock).Step(0, DriveLink).Step(1, FollowerToLink);
+    script.Step(0, ResyncPulse() + StatusRate44100).Step(1, ResyncPulse() + StatusRate44100);
+    script.Step(3, ResyncPulse()).Pass(Wait(92971, 450000));
+    script.Step(0, ReleaseCard).Step(1, ReleaseCard).Step(3, ReleaseCard).Pass(Wait(23855));
+    script.Step(1, Port16BitStereo);
+    EXPECT_EQ(Run(player, 2, 44100), script.Expected());
+}
+
+TEST_F(TwoLinkClock, AStreamOnACardLendsItsHandle) {
+    WavePlayer bystander;
+    Run(bystander, 4, 48000);
+    WavePlayer player;
+    const Lines lines = Run(player, 0, 44100);
+    const Lines link = ClockScript(0)
+                           .Step(0, ReadClock)
+                           .Step(1, ReadClock)
+                           .Borrowed(2, StopDriving)
+                           .Step(3, ReadClock)
+                           .Expected();
+    EXPECT_NE(std::search(lines.begin(), lines.end(), link.begin(), link.end()), lines.end());
+    for (const std::string& line : lines) {
+        EXPECT_NE(line, "2 BIND_HANDLE 2 control");
+    }
+}
+
+}  // namespace

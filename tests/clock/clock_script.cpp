@@ -1,0 +1,145 @@
+#include "tests/clock/clock_script.h"
+
+#include <algorithm>
+
+#include "tests/support/system.h"
+
+namespace {
+
+constexpr int64_t Tick = 1000;  // microseconds
+
+bool IsWait(const std::string& line) {
+    return line.starts_with("stall") || line.ends_with("ticks");
+}
+
+// The time between a request and the next; empty when it is none or the request's own.
+std::string TimeBetween(const simulator::TraceEntry& entry, const std::string& text,
+                        const simulator::TraceEntry& next) {
+    const int64_t passed = next.Microseconds - entry.Microseconds;
+    if (passed == 0 || text == "stall " + std::to_string(passed)) {
+        return "";
+    }
+    if (next.Microseconds % Tick != 0 || text.starts_with("stall")) {
+        return std::to_string(passed) + " microseconds";
+    }
+    return std::to_string(next.Microseconds / Tick - entry.Microseconds / Tick) + " ticks";
+}
+
+unsigned TicksOf(unsigned microseconds) {
+    return (microseconds + 999) / 1000 + 1;
+}
+
+}  // namespace
+
+Lines operator+(Lines first, const Lines& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
+Lines TimedLines(std::span<const simulator::TraceEntry> entries) {
+    Lines lines;
+    for (size_t i = 0; i < entries.size(); ++i) {
+        const std::string text = entries[i].Text();
+        lines.push_back(IsWait(text) ? text : std::to_string(entries[i].Card) + " " + text);
+        const std::string time = i + 1 < entries.size() ? TimeBetween(entries[i], text, entries[i + 1]) : "";
+        if (!time.empty()) {
+            lines.push_back(time);
+        }
+    }
+    return lines;
+}
+
+std::string Wait(unsigned microseconds) {
+    return microseconds < 1000 ? "stall " + std::to_string(microseconds)
+                               : std::to_string(TicksOf(microseconds)) + " ticks";
+}
+
+std::string Wait(unsigned first, unsigned second) {
+    return std::to_string(TicksOf(first) + 1 + TicksOf(second)) + " ticks";
+}
+
+ClockScript& ClockScript::Step(unsigned card, const Lines& requests) {
+    if (card == streamCard_) {
+        return Borrowed(card, requests);
+    }
+    const std::string number = std::to_string(card);
+    lines_.push_back(number + " BIND_HANDLE " + number + " control");
+    Borrowed(card, requests);
+    lines_.push_back(number + " RELEASE_CHANNEL");
+    return *this;
+}
+
+ClockScript& ClockScript::Borrowed(unsigned card, const Lines& requests) {
+    for (const std::string& request : requests) {
+        const bool port = request.starts_with("write port");
+        lines_.push_back(IsWait(request) ? request
+                                         : std::to_string(port ? streamCard_ : card) + " " + request);
+    }
+    return *this;
+}
+
+ClockScript& ClockScript::Pass(const std::string& wait) {
+    lines_.push_back(wait);
+    return *this;
+}
+
+Lines ResyncPulse() {
+    return {"write port 0 = 04 / 04",  Wait(1000), "write port 0 = 00 / 04",
+            "write card 17 = 00 / 80", "stall 1",  "write card 17 = 80 / 80"};
+}
+
+Lines StatusRate(const char* byte0, const char* byte4) {
+    const auto data = [](const char* byte) { return std::string("write card 26 = ") + byte + " / FF"; };
+    return {"write card 25 = 02 / 02",
+            "write card 27 = 00 / 0F",
+            "read card 26",
+            data(byte0),
+            "write card 27 = 02 / 0F",
+            "read card 26",
+            data("2C"),
+            "write card 27 = 03 / 0F",
+            "read card 26",
+            data("00"),
+            "write card 27 = 04 / 0F",
+            "read card 26",
+            data(byte4)};
+}
+
+void ClockTest::Load() {
+    ASSERT_EQ(waveOutGetNumDevs(), Cards().CardCount() * 2);
+}
+
+Lines ClockTest::Run(WavePlayer& player, UINT device, const WaveFormat& format, MMRESULT result) {
+    Load();
+    Cards().ClearTrace();
+    EXPECT_EQ(player.Open(device, format), result);
+    Lines lines = TimedLines(Cards().Trace());
+    const auto endsWith = [](const char* text) {
+        return [text](const std::string& line) { return line.ends_with(text); };
+    };
+    const auto claimed = std::find_if(lines.begin(), lines.end(), endsWith("ACQUIRE_CHANNEL"));
+    if (claimed != lines.end()) {
+        lines.erase(lines.begin(), claimed + 1);
+    }
+    // The mono bit is the run's last write; a run that failed is followed by the close.
+    auto last = std::find_if(lines.begin(), lines.end(), endsWith("/ 20"));
+    if (last != lines.end()) {
+        lines.erase(last + 1, lines.end());
+    } else {
+        lines.erase(std::find_if(lines.begin(), lines.end(), endsWith("FLUSH_BUFFERS")), lines.end());
+    }
+    return lines;
+}
+
+Lines ClockTest::Run(WavePlayer& player, UINT device, DWORD rate, MMRESULT result) {
+    return Run(player, device, PcmFormat(rate, 2, 16), result);
+}
+
+std::vector<DWORD> ClockTest::Events() {
+    std::vector<DWORD> ids;
+    for (const test_system::LoggedEvent& event : test_system::EventLog()) {
+        EXPECT_EQ(event.Type, EVENTLOG_WARNING_TYPE);
+        ids.push_back(event.Id);
+    }
+    return ids;
+}

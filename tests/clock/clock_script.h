@@ -1,0 +1,73 @@
+// Clock runs as lists of lines: what a card was asked, in order, and the time that passed in between.
+//
+// "0 write card 17 = 01 / 01" is a request that card 0 got; "stall 227" a wait in the kernel that took
+// exactly that long; "25 ticks" a wait on the millisecond timer that ended on the 25th tick after its
+// beginning. Time that passes in any other way gives a line that no list expects.
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "simulator/trace.h"
+#include "tests/support/driver_test.h"
+#include "tests/support/wave_player.h"
+
+using Lines = std::vector<std::string>;
+
+Lines operator+(Lines first, const Lines& second);
+
+Lines TimedLines(std::span<const simulator::TraceEntry> entries);
+
+// A wait of so many microseconds: below 1000 in the kernel; else whole milliseconds, rounded up, and on
+// to the next tick of the timer.
+std::string Wait(unsigned microseconds);
+// Two waits on the timer without a request in between; the second one's first look at the timer moves
+// the stepped clock by one more tick.
+std::string Wait(unsigned first, unsigned second);
+
+// The expected requests of one run, for a stream on `streamCard`: requests to that card go through the
+// stream's own handle, those to another one through a control handle for each step.
+class ClockScript {
+public:
+    explicit ClockScript(unsigned streamCard) : streamCard_(streamCard) {}
+
+    ClockScript& Step(unsigned card, const Lines& requests);
+    ClockScript& Pass(const std::string& wait);
+    // Likewise, through the handle of another stream on that card.
+    ClockScript& Borrowed(unsigned card, const Lines& requests);
+
+    const Lines& Expected() const { return lines_; }
+
+private:
+    unsigned streamCard_;
+    Lines lines_;
+};
+
+// The pulses that resynchronise a card.
+Lines ResyncPulse();
+// The rate in the channel status of the digital output, professional format: byte 0 as the card holds it
+// afterwards, byte 4.
+Lines StatusRate(const char* byte0, const char* byte4);
+
+class ClockTest : public DriverTest {
+protected:
+    using DriverTest::DriverTest;
+
+    // Loads the driver, so that the cards are initialised before a run.
+    void Load();
+
+    // Opens the device; the lines of the clock run on the way, without the claim of the channel before it
+    // and what an open does after it.
+    Lines Run(WavePlayer& player, UINT device, const WaveFormat& format, MMRESULT result = MMSYSERR_NOERROR);
+    Lines Run(WavePlayer& player, UINT device, DWORD rate, MMRESULT result = MMSYSERR_NOERROR);
+
+    // Ids of the events in the machine's log.
+    static std::vector<DWORD> Events();
+
+    bool Held(unsigned card) { return (Cards().CardRegister(card, 17) & 0x01) != 0; }
+    unsigned Source(unsigned card) { return Cards().CardRegister(card, 32) & 0x60; }
+};
+
+inline constexpr DWORD ClockNotValidEvent = 0x40070001;
+inline constexpr DWORD RateMismatchEvent = 0x40070002;

@@ -1,0 +1,299 @@
+// Clock sources: which one a run selects, what it makes of one that fails, what a failed run leaves.
+#include <algorithm>
+
+#include "tests/clock/clock_script.h"
+
+namespace {
+
+using simulator::Port;
+
+bool Contains(const Lines& lines, const std::string& line) {
+    return std::find(lines.begin(), lines.end(), line) != lines.end();
+}
+
+constexpr unsigned Link = 0x20;
+constexpr unsigned Digital = 0x40;
+constexpr unsigned Pll = 0x60;
+
+class ClockSourceTest : public ClockTest {
+protected:
+    void LoadWithSource(DWORD source, DWORD checkClocks = 1, unsigned card = 0) {
+        UnloadDriver();
+        StoreSetting(card, TEXT("ClockSource"), source);
+        StoreSetting(card, TEXT("CheckClocks"), checkClocks);
+        Load();
+    }
+
+    void ExpectPlaying(WavePlayer& player, unsigned card) {
+        const uint64_t before = Cards().Output(card, Port::Analog).FramesPlayed;
+        ASSERT_EQ(player.Write(std::vector<BYTE>(44100)), MMSYSERR_NOERROR);
+        Cards().Advance(100000);
+        EXPECT_NEAR(static_cast<double>(Cards().Output(card, Port::Analog).FramesPlayed - before), 4410, 2);
+    }
+
+    WavePlayer player_;
+};
+
+TEST_F(ClockSourceTest, TheStoredSourceIsSelected) {
+    Cards().SetDigitalInputRate(0, 44100);
+    struct SourceCase {
+        DWORD Stored;
+        const char* Write;  // nothing: the register holds the source already
+        unsigned Source;
+    };
+    const SourceCase cases[] = {
+        {0, nullptr, 0},
+        {64, "0 write card 32 = 40 / 60", Digital},
+        {96, "0 write card 32 = 60 / 60", Pll},
+        {97, nullptr, 0},
+        {32, nullptr, 0},                     // a follower once, automatic since it has no master
+        {5, "0 write card 32 = 05 / 60", 0},  // no source at all: never what the register holds
+    };
+    for (const SourceCase& c : cases) {
+        SCOPED_TRACE(c.Stored);
+        LoadWithSource(c.Stored);
+        WavePlayer player;
+        const Lines lines = Run(player, 0, 44100);
+        for (const SourceCase& any : cases) {
+            if (any.Write != nullptr) {
+                EXPECT_EQ(Contains(lines, any.Write), any.Write == c.Write) << any.Write;
+            }
+        }
+        EXPECT_EQ(Source(0), c.Source);
+        EXPECT_EQ(Contains(lines, ResyncPulse()[3].insert(0, "0 ")), c.Write != nullptr);
+        EXPECT_EQ(Cards().SampleRate(0), 44100u);
+        ExpectPlaying(player, 0);
+    }
+    EXPECT_EQ(Events(), std::vector<DWORD>{});
+}
+
+TEST_F(ClockSourceTest, TheDigitalInputIsSwitchedOnInTwoStepsAndMeasuredTwice) {
+    Cards().SetDigitalInputRate(0, 44100);
+    LoadWithSource(64);
+    const Lines measurement = {"write card 9 = 80 / 80", "stall 23", "write card 9 = 00 / 80", Wait(4354),
+                               "read card 10"};
+    const Lines expected =
+        ClockScript(0)
+            .Step(0, {"write card 9 = 00 / 01", Wait(50000), "write card 9 = 00 / 02", "READ_CLOCK_FAULT",
+                      "read card 32", "write card 32 = 40 / 60", "stall 227", "READ_CLOCK_FAULT"})
+            .Step(0, measurement + measurement)
+            .Step(0, ResyncPulse())
+            .Expected();
+    const Lines lines = Run(player_, 0, 44100);
+    EXPECT_NE(std::search(lines.begin(), lines.end(), expected.begin(), expected.end()), lines.end())
+        << testing::PrintToString(lines);
+    ASSERT_EQ(player_.Close(), MMSYSERR_NOERROR);
+
+    LoadWithSource(64, 0);
+    EXPECT_FALSE(Contains(Run(player_, 0, 44100), "0 read card 10")) << "nobody asked for a check";
+}
+
+TEST_F(ClockSourceTest, AnInvalidSourceIsReportedAndTheCardGoesOnAlone) {
+    const Lines abandon = {"0 write card 9 = 02 / 02", "0 write card 9 = 01 / 01",
+                           "0 write card 32 = 00 / 60"};
+    for (const unsigned source : {Digital, Pll}) {
+        SCOPED_TRACE(source);
+        Cards().SetClockBroken(0, source, true);
+        Cards().SetDigitalInputRate(0, 44100);
+        for (const DWORD checkClocks : {1u, 0u}) {
+            SCOPED_TRACE(checkClocks);
+            LoadWithSource(source, checkClocks);
+            const size_t eventsBefore = Events().size();
+            const MMRESULT result = checkClocks != 0 ? MMSYSERR_ERROR : MMSYSERR_NOERROR;
+            WavePlayer player;
+            const Lines lines = Run(player, 0, 44100, result);
+            ASSERT_EQ(Events().size(), eventsBefore + 1);
+            EXPECT_EQ(Events().back(), ClockNotValidEvent);
+            EXPECT_EQ(Source(0), 0u);
+            EXPECT_FALSE(Contains(lines, "0 read card 10")) << "the digital input is no longer in use";
+            const auto abandoned = std::find_end(lines.begin(), lines.end(), abandon.begin(), abandon.end());
+            ASSERT_NE(abandoned, lines.end());
+            if (checkClocks != 0) {
+                EXPECT_EQ(abandoned + 3, lines.end()) << "the run ends there";
+            } else {
+                EXPECT_EQ(*(abandoned + 3), "0 write port 0 = 04 / 04");
+                ExpectPlaying(player, 0);
+            }
+            EXPECT_EQ(Held(0), checkClocks != 0);
+        }
+        Cards().SetClockBroken(0, source, false);
+        LoadWithSource(source);
+        WavePlayer player;
+        Run(player, 0, 44100);
+        EXPECT_FALSE(Held(0)) << "the next run releases what the failed one held";
+        EXPECT_EQ(Source(0), source);
+        ExpectPlaying(player, 0);
+    }
+}
+
+TEST_F(ClockSourceTest, ARunAfterAFailedOneNeedsNoReload) {
+    LoadWithSource(64);
+    Run(player_, 0, 44100, MMSYSERR_ERROR);
+    EXPECT_TRUE(Held(0));
+    EXPECT_FALSE(Cards().ChannelClaimed(0, 2));
+    Cards().SetDigitalInputRate(0, 48000);
+    Run(player_, 0, 48000);
+    EXPECT_FALSE(Held(0));
+    EXPECT_EQ(Source(0), Digital);
+    EXPECT_EQ(Events(), std::vector<DWORD>{ClockNotValidEvent});
+}
+
+TEST_F(ClockSourceTest, TheIncomingRateMustBeTheStreams) {
+    struct RateCase {
+        DWORD Rate;
+        unsigned Incoming;
+        bool Accepted;
+    };
+    const RateCase cases[] = {
+        {96000, 96000, true},  {96000, 48000, false}, {88200, 88200, true}, {88200, 44100, false},
+        {48000, 48000, true},  {48000, 96000, false}, {44100, 44100, true}, {44100, 48000, false},
+        {32000, 32000, true},  {32000, 44100, false}, {22050, 44100, true}, {11025, 48000, true},
+        {8000, 32000, true},   {44100, 60000, false},  // of no known class
+        {96000, 32000, false},  // the pulse is too short for such a slow clock: nothing is measured
+        {22050, 8000, false},
+    };
+    LoadWithSource(64);
+    size_t mismatches = 0;
+    for (const RateCase& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.Rate << " with " << c.Incoming << " coming in");
+        Cards().SetDigitalInputRate(0, c.Incoming);
+        WavePlayer player;
+        Run(player, 0, c.Rate, c.Accepted ? MMSYSERR_NOERROR : MMSYSERR_ERROR);
+        mismatches += c.Accepted ? 0 : 1;
+        EXPECT_EQ(Events(), std::vector<DWORD>(mismatches, RateMismatchEvent));
+        EXPECT_EQ(Source(0), Digital) << "the source itself was valid";
+    }
+    LoadWithSource(64, 0);
+    Cards().SetDigitalInputRate(0, 48000);
+    Run(player_, 0, 44100);
+    EXPECT_EQ(Events().size(), mismatches);
+}
+
+TEST_F(ClockSourceTest, AFailedReadOfTheMeasurementPasses) {
+    LoadWithSource(64);
+    Cards().SetDigitalInputRate(0, 48000);
+    // Reads of one run: rate code, source, the discarded measurement, the one that counts.
+    const uint32_t read = *simulator::RequestCode("READ_REGISTER");
+    Cards().AddFault({.Code = read, .Nth = 3});
+    Run(player_, 0, 44100, MMSYSERR_ERROR);
+    Cards().AddFault({.What = simulator::Fault::Kind::Short, .Code = read, .Nth = 4});
+    Run(player_, 0, 44100, MMSYSERR_NOERROR);
+    EXPECT_EQ(Events(), std::vector<DWORD>{RateMismatchEvent});
+}
+
+// Card 1 and card 2 follow card 0.
+class FollowerClockTest : public ClockSourceTest {
+protected:
+    FollowerClockTest() : ClockSourceTest(3) {
+        Follow(1, 0);
+        Follow(2, 0);
+    }
+    using ClockSourceTest::ClockSourceTest;
+};
+
+TEST_F(FollowerClockTest, AFailingFollowerIsJudgedByTheMaster) {
+    Cards().SetClockBroken(1, Link, true);
+    StoreSetting(2, TEXT("ClockSource"), 32);
+    for (const DWORD checkClocks : {1u, 0u}) {
+        SCOPED_TRACE(checkClocks);
+        LoadWithSource(0, checkClocks, 0);
+        LoadWithSource(32, 1 - checkClocks, 1);
+        const size_t eventsBefore = Events().size();
+        WavePlayer player;
+        const Lines lines = Run(player, 2, 44100, checkClocks != 0 ? MMSYSERR_ERROR : MMSYSERR_NOERROR);
+        ASSERT_EQ(Events().size(), eventsBefore + 1);
+        EXPECT_EQ(Events().back(), ClockNotValidEvent);
+        EXPECT_EQ(Source(0), 0u);
+        EXPECT_EQ(Source(1), 0u);
+        EXPECT_EQ(Cards().CardRegister(0, 32) & 0x10, 0x10);
+        EXPECT_EQ(Contains(lines, "2 write card 32 = 20 / 60"), checkClocks == 0) << "the next member";
+        for (unsigned card = 0; card < 3; ++card) {
+            EXPECT_EQ(Held(card), checkClocks != 0) << card;
+        }
+        if (checkClocks == 0) {
+            EXPECT_EQ(Cards().ClockFrame(2), Cards().ClockFrame(0));
+            ExpectPlaying(player, 1);
+        }
+    }
+}
+
+TEST_F(FollowerClockTest, AMasterSetToTheLinkFailsOnItsOwnLink) {
+    LoadWithSource(32, 0, 0);
+    Run(player_, 2, 44100);
+    EXPECT_EQ(Events().front(), ClockNotValidEvent);
+    EXPECT_EQ(Cards().CardRegister(0, 32), 0x13);
+    EXPECT_EQ(Cards().SampleRate(1), 44100u);
+}
+
+TEST_F(FollowerClockTest, AMissingCardOfTheGroupEndsTheRun) {
+    Load();
+    Cards().SetPresent(2, false);
+    const Lines expected =
+        ClockScript(1).Step(0, {"write card 17 = 01 / 01"}).Step(1, {"write card 17 = 01 / 01"}).Expected();
+    EXPECT_EQ(Run(player_, 2, 44100, MMSYSERR_NODRIVER), expected);
+    EXPECT_TRUE(Held(0) && Held(1));
+    EXPECT_FALSE(Cards().ChannelClaimed(1, 2));
+    EXPECT_EQ(Events(), std::vector<DWORD>{});
+
+    Cards().SetPresent(2, true);
+    Run(player_, 2, 48000);  // a rate that the failed run did not leave behind
+    for (unsigned card = 0; card < 3; ++card) {
+        EXPECT_FALSE(Held(card)) << card;
+        EXPECT_EQ(Cards().ClockFrame(card), Cards().ClockFrame(0));
+    }
+}
+
+TEST_F(FollowerClockTest, AFollowerPlaysAtTheMastersPace) {
+    Cards().SetDrift(0, 500);
+    Cards().SetDrift(1, -500);
+    WavePlayer master;
+    Run(player_, 2, 48000);
+    Run(master, 0, 48000);
+    for (WavePlayer* player : {&player_, &master}) {
+        ASSERT_EQ(player->Write(std::vector<BYTE>(48000 * 4 * 3)), MMSYSERR_NOERROR);
+    }
+    Cards().Advance(2000000);
+    const uint64_t played = Cards().Output(1, Port::Analog).FramesPlayed;
+    EXPECT_NEAR(static_cast<double>(played), 96048, 2);
+    EXPECT_EQ(Cards().Output(0, Port::Analog).FramesPlayed, played);
+    EXPECT_EQ(Cards().ClockFrame(1), Cards().ClockFrame(0));
+}
+
+// Who is nobody's follower runs alone and, if it followed before, on the automatic source.
+class ClockMasterTest : public ClockTest {
+protected:
+    ClockMasterTest() : ClockTest(3) {}
+};
+
+TEST_F(ClockMasterTest, OnlyAPresentCardThatFollowsNobodyIsAMaster) {
+    const std::u16string masters[] = {
+        simulator::Simulator::RegistryPath(0),        // itself
+        simulator::Simulator::RegistryPath(7),        // absent
+        simulator::Simulator::RegistryPath(1),        // a follower of card 2
+        simulator::Simulator::RegistryPath(2) + u"x"  // nearly card 2
+    };
+    Follow(1, 2);
+    for (size_t i = 0; i < std::size(masters); ++i) {
+        SCOPED_TRACE(i);
+        UnloadDriver();
+        StoreText(0, TEXT("Master"), masters[i]);
+        StoreSetting(0, TEXT("ClockSource"), 32);
+        WavePlayer player;
+        for (const std::string& line : Run(player, 0, 44100)) {
+            EXPECT_FALSE(line.starts_with("1 ") && !line.ends_with("ticks")) << line;
+            EXPECT_FALSE(line.starts_with("2 ") && !line.ends_with("ticks")) << line;
+        }
+        EXPECT_EQ(Cards().CardRegister(0, 32), 0x03) << "on its own clock, not driving the link";
+    }
+    EXPECT_EQ(Events(), std::vector<DWORD>{});
+}
+
+TEST_F(ClockMasterTest, ACardThatFollowsItselfIsNoMasterForOthers) {
+    Follow(1, 1);
+    Follow(0, 1);
+    WavePlayer player;
+    Run(player, 0, 44100);
+    EXPECT_EQ(Cards().CardRegister(0, 32), 0x03);
+}
+
+}  // namespace

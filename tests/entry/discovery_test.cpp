@@ -1,0 +1,155 @@
+// Which cards the first load finds, what it asks them, and what the system then lists.
+#include <string>
+#include <vector>
+
+#include "tests/support/driver_library.h"
+#include "tests/support/driver_test.h"
+#include "tests/support/text.h"
+#include "tests/support/wave_player.h"
+
+namespace {
+
+std::u16string OutputName(UINT device) {
+    WAVEOUTCAPSW capabilities = {};
+    const MMRESULT result = waveOutGetDevCapsW(device, &capabilities, sizeof capabilities);
+    return result == MMSYSERR_NOERROR ? Utf16(capabilities.szPname) : u"";
+}
+
+std::u16string InputName(UINT device) {
+    WAVEINCAPSW capabilities = {};
+    const MMRESULT result = waveInGetDevCapsW(device, &capabilities, sizeof capabilities);
+    return result == MMSYSERR_NOERROR ? Utf16(capabilities.szPname) : u"";
+}
+
+// Everything that the discovery asks of one card but the initialisation of its registers.
+std::vector<std::string> DiscoveryOf(unsigned card) {
+    const std::string bind = "BIND_HANDLE " + std::to_string(card) + " control";
+    return {bind, "RELEASE_CHANNEL",  // is it there?
+            bind, "READ_PCI_CONFIG 08 1", "READ_NVRAM_PAGE FF80", "READ_NVRAM_PAGE FF00", "RELEASE_CHANNEL",
+            bind, "GET_REGISTRY_PATH", "RELEASE_CHANNEL",
+            bind, "RELEASE_CHANNEL"};
+}
+
+class CardCountTest : public DriverTest, public testing::WithParamInterface<unsigned> {
+protected:
+    CardCountTest() : DriverTest(GetParam()) {}
+};
+
+TEST_P(CardCountTest, EveryCardIsAskedOnceAndGivesFourDevices) {
+    for (unsigned card = 0; card < GetParam(); ++card) {
+        StoreText(card, TEXT("Name"), u"Card " + std::u16string(1, static_cast<char16_t>(u'A' + card)));
+    }
+    EXPECT_EQ(waveOutGetNumDevs(), 2 * GetParam());
+    EXPECT_EQ(waveInGetNumDevs(), 2 * GetParam());
+
+    std::vector<std::string> expected;
+    for (unsigned card = 0; card < GetParam(); ++card) {
+        SCOPED_TRACE(card);
+        const std::u16string name = u"Card " + std::u16string(1, static_cast<char16_t>(u'A' + card));
+        EXPECT_EQ(OutputName(2 * card), name + u" Analog");
+        EXPECT_EQ(OutputName(2 * card + 1), name + u" Digital");
+        EXPECT_EQ(InputName(2 * card), name + u" Analog");
+        EXPECT_EQ(InputName(2 * card + 1), name + u" Digital");
+        for (const std::string& request : DiscoveryOf(card)) {
+            expected.push_back(request);
+        }
+    }
+    EXPECT_EQ(TraceText({"write", "read", "stall"}), expected);
+    EXPECT_EQ(Cards().OpenFiles(), 0u) << "the driver keeps no card open without a stream";
+}
+
+INSTANTIATE_TEST_SUITE_P(OneToAll, CardCountTest, testing::Values(1u, 2u, simulator::MaxCards));
+
+class DiscoveryTest : public DriverTest {
+protected:
+    DiscoveryTest() : DriverTest(3) {}
+
+    MMRESULT OutputCapabilities(UINT device) const {
+        WAVEOUTCAPSW capabilities = {};
+        return library_->WaveOut(device, WODM_GETDEVCAPS, 0, reinterpret_cast<DWORD_PTR>(&capabilities));
+    }
+    MMRESULT InputCapabilities(UINT device) const {
+        WAVEINCAPSW capabilities = {};
+        return library_->WaveIn(device, WIDM_GETDEVCAPS, 0, reinterpret_cast<DWORD_PTR>(&capabilities));
+    }
+    MMRESULT Open(UINT device) {
+        WavePlayer player;
+        return player.Open(device, PcmFormat(44100, 2, 16));
+    }
+    void Load() { library_ = std::make_unique<DriverLibrary>(); }
+    void TearDown() override {
+        library_.reset();
+        DriverTest::TearDown();
+    }
+
+    std::unique_ptr<DriverLibrary> library_;
+};
+
+TEST_F(DiscoveryTest, WithoutACardThereIsNoDevice) {
+    Cards().SetPresent(0, false);
+    Load();
+    EXPECT_EQ(waveOutGetNumDevs(), 0u);
+    EXPECT_EQ(waveInGetNumDevs(), 0u);
+    for (const UINT device : {0u, 1u, 2u, 5u, 0xFFFFFFFFu}) {
+        EXPECT_EQ(OutputCapabilities(device), MMSYSERR_BADDEVICEID) << device;
+        EXPECT_EQ(InputCapabilities(device), MMSYSERR_BADDEVICEID) << device;
+    }
+    EXPECT_EQ(TraceText(), std::vector<std::string>{});
+}
+
+TEST_F(DiscoveryTest, EndsAtTheFirstCardThatIsMissing) {
+    Cards().SetPresent(1, false);
+    Load();
+    EXPECT_EQ(waveOutGetNumDevs(), 2u);
+    EXPECT_EQ(OutputCapabilities(1), MMSYSERR_NOERROR);
+    EXPECT_EQ(OutputCapabilities(2), MMSYSERR_BADDEVICEID);
+    EXPECT_EQ(OutputCapabilities(4), MMSYSERR_BADDEVICEID);
+    EXPECT_EQ(TraceText({"write", "read", "stall"}), DiscoveryOf(0));
+}
+
+TEST_F(DiscoveryTest, EndsAtACardThatRefusesItsFirstHandle) {
+    AddFault("BIND_HANDLE:5");  // the four of card 0, then the probe of card 1
+    Load();
+    EXPECT_EQ(waveOutGetNumDevs(), 2u);
+}
+
+TEST_F(DiscoveryTest, ACardThatComesLaterIsSeenByTheNextFirstLoad) {
+    Cards().SetPresent(2, false);
+    EXPECT_EQ(waveOutGetNumDevs(), 4u);
+    Cards().SetPresent(2, true);
+    EXPECT_EQ(waveOutGetNumDevs(), 4u);
+    UnloadDriver();
+    EXPECT_EQ(waveOutGetNumDevs(), 6u);
+}
+
+TEST_F(DiscoveryTest, ACardThatGoesLaterStaysListed) {
+    EXPECT_EQ(waveOutGetNumDevs(), 6u);
+    Cards().SetPresent(1, false);
+    EXPECT_EQ(waveOutGetNumDevs(), 6u);
+    EXPECT_EQ(OutputName(3), u"Kestrelvox Digital");
+    EXPECT_EQ(Open(3), MMSYSERR_NODRIVER);
+    EXPECT_EQ(Open(4), MMSYSERR_NOERROR);
+}
+
+// The handle that initialises the card is refused: the output side's turn makes up for the input
+// side's, and a card that neither could initialise is known but not enabled.
+TEST_F(DiscoveryTest, ACardIsEnabledByItsFirstInitialisation) {
+    AddFault("BIND_HANDLE:4");
+    Load();
+    EXPECT_EQ(waveOutGetNumDevs(), 6u);
+    EXPECT_EQ(Cards().CardRegister(0, 9) & 1, 1) << "initialised";
+    library_.reset();
+    UnloadDriver();
+
+    AddFault("BIND_HANDLE:4");
+    AddFault("BIND_HANDLE:5");
+    Load();
+    EXPECT_EQ(waveOutGetNumDevs(), 4u);
+    EXPECT_EQ(waveInGetNumDevs(), 4u);
+    EXPECT_EQ(OutputCapabilities(0), MMSYSERR_NOTENABLED);
+    EXPECT_EQ(InputCapabilities(1), MMSYSERR_NOTENABLED);
+    EXPECT_EQ(Open(0), MMSYSERR_NOTENABLED);
+    EXPECT_EQ(OutputCapabilities(2), MMSYSERR_NOERROR);
+}
+
+}  // namespace

@@ -1,0 +1,125 @@
+// The answers to installable-driver messages, and what a driver that is let go leaves behind.
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/support/driver_library.h"
+#include "tests/support/driver_test.h"
+#include "tests/support/system.h"
+#include "tests/support/wave_formats.h"
+
+namespace {
+
+class DriverProcTest : public DriverTest {
+protected:
+    static void CALLBACK CountMessage(HDRVR, UINT, DWORD_PTR instance, DWORD_PTR, DWORD_PTR) {
+        ++*reinterpret_cast<int*>(instance);
+    }
+
+    // The driver's instance of a stream that tells every message to `messages`.
+    static DWORD_PTR OpenOutput(const DriverLibrary& library, UINT device, int* messages) {
+        WaveFormat format = PcmFormat(44100, 2, 16);
+        WAVEOPENDESC description = {};
+        description.lpFormat = reinterpret_cast<LPWAVEFORMAT>(&format.Basic());
+        description.dwCallback = reinterpret_cast<DWORD_PTR>(&CountMessage);
+        description.dwInstance = reinterpret_cast<DWORD_PTR>(messages);
+        DWORD_PTR user = 0;
+        EXPECT_EQ(library.WaveOut(device, WODM_OPEN, reinterpret_cast<DWORD_PTR>(&user),
+                                  reinterpret_cast<DWORD_PTR>(&description), CALLBACK_FUNCTION),
+                  MMSYSERR_NOERROR);
+        return user;
+    }
+};
+
+TEST_F(DriverProcTest, EveryMessageHasItsAnswer) {
+    struct Case {
+        UINT Message;
+        LPARAM Param1;
+        LRESULT Answer;
+    };
+    constexpr Case cases[] = {
+        {DRV_LOAD, 0, 1},
+        {DRV_ENABLE, 0, 1},
+        {DRV_OPEN, 0, 1},
+        {DRV_QUERYCONFIGURE, 0, 1},
+        {DRV_EXITSESSION, 0, 0},  // 11 to 14 and what is not known: the system's default answer
+        {12, 0, 0},
+        {14, 0, 0},
+        {DRV_POWER, 1, 1},
+        {DRV_POWER, 2, 1},
+        {DRV_POWER, 3, 1},
+        {DRV_POWER, 4, 1},
+        {DRV_POWER, 0, 1},
+        {16, 0, 0},
+        {DRV_USER, 0, 0},
+        {DRV_CLOSE, 0, 1},
+        {DRV_DISABLE, 0, 1},
+        {DRV_FREE, 0, 1},
+        {DRV_INSTALL, 0, DRVCNF_RESTART},
+        {DRV_REMOVE, 0, DRVCNF_RESTART},
+    };
+    const DriverLibrary library;
+    for (const Case& expected : cases) {
+        EXPECT_EQ(library.DriverProc(expected.Message, expected.Param1), expected.Answer)
+            << "message " << expected.Message << ", " << expected.Param1;
+    }
+}
+
+TEST_F(DriverProcTest, OnlyPowerEventsOneToThreeReachTheCards) {
+    const DriverLibrary library;
+    for (const LPARAM event : {0, 4, -1}) {
+        Cards().ClearTrace();
+        library.DriverProc(DRV_POWER, event);
+        EXPECT_EQ(TraceText(), std::vector<std::string>{}) << event;
+    }
+    for (const LPARAM event : {2, 3}) {
+        Cards().PowerCycle(0);
+        library.DriverProc(DRV_POWER, event);
+        EXPECT_EQ(Cards().CardRegister(0, 32), 0x03) << "initialised again by " << event;
+    }
+}
+
+TEST_F(DriverProcTest, OnceInstallingNoConfigurationIsShown) {
+    const DriverLibrary library;
+    library.DriverProc(DRV_INSTALL);
+    EXPECT_EQ(library.DriverProc(DRV_CONFIGURE), DRVCNF_RESTART);
+    library.DriverProc(DRV_REMOVE);
+    EXPECT_EQ(library.DriverProc(DRV_CONFIGURE), DRVCNF_RESTART) << "for good in this process";
+}
+
+TEST_F(DriverProcTest, FreeClosesTheStreamsWithoutAWordAndOnlyOnce) {
+    int messages = 0;
+    {
+        const DriverLibrary library;
+        ASSERT_NE(OpenOutput(library, 0, &messages), 0u);
+        ASSERT_NE(OpenOutput(library, 1, &messages), 0u);
+        ASSERT_EQ(messages, 2) << "WOM_OPEN";
+        ASSERT_EQ(Cards().OpenFiles(), 2u);
+
+        EXPECT_EQ(library.DriverProc(DRV_FREE), 1);
+        EXPECT_EQ(Cards().OpenFiles(), 0u);
+        EXPECT_FALSE(Cards().ChannelClaimed(0, 2));
+        EXPECT_FALSE(Cards().ChannelClaimed(0, 3));
+        Cards().ClearTrace();
+        EXPECT_EQ(library.DriverProc(DRV_FREE), 1);
+    }
+    EXPECT_EQ(TraceText(), std::vector<std::string>{}) << "nothing is left for the second or the unload";
+    EXPECT_EQ(messages, 2);
+}
+
+TEST_F(DriverProcTest, UnloadingClosesTheStreamsWithoutAWord) {
+    const std::string before = test_system::Usage();
+    int messages = 0;
+    {
+        const DriverLibrary library;
+        ASSERT_NE(OpenOutput(library, 0, &messages), 0u);
+    }
+    EXPECT_EQ(Cards().OpenFiles(), 0u);
+    EXPECT_EQ(messages, 1);
+    // A thread cannot end while a library is being unloaded; this one does right after it.
+    while (test_system::Usage() != before) {
+        std::this_thread::yield();
+    }
+}
+
+}  // namespace

@@ -1,0 +1,87 @@
+// What installation and removal write into the registry.
+#include <string>
+
+#include "tests/support/driver_library.h"
+#include "tests/support/driver_test.h"
+#include "tests/support/registry_value.h"
+#include "tests/support/system.h"
+
+namespace {
+
+const std::u16string ServiceKey = u"System\\CurrentControlSet\\Services\\Kestrelvox";
+const std::u16string SystemSource = u"System\\CurrentControlSet\\Services\\EventLog\\System\\Kestrelvox";
+const std::u16string ApplicationSource =
+    u"System\\CurrentControlSet\\Services\\EventLog\\Application\\KESTVOX.DLL";
+
+class InstallationTest : public DriverTest {
+protected:
+    static void ExpectInstalled(DWORD start) {
+        const auto text = [](const char16_t* data) { return RegistryValue::Text(REG_SZ, data); };
+        const auto path = [](const char16_t* data) { return RegistryValue::Text(REG_EXPAND_SZ, data); };
+        const struct {
+            std::u16string Key;
+            const char16_t* Name;
+            RegistryValue Value;
+        } entries[] = {
+            {ServiceKey, u"ErrorControl", RegistryValue::Number(1)},
+            {ServiceKey, u"Group", text(u"Base")},
+            {ServiceKey, u"ImagePath", path(u"\\SystemRoot\\System32\\drivers\\kestvox.sys")},
+            {ServiceKey, u"Start", RegistryValue::Number(start)},
+            {ServiceKey, u"Type", RegistryValue::Number(1)},
+            {SystemSource, u"EventMessageFile",
+             path(u"%SystemRoot%\\System32\\IoLogMsg.dll,%SystemRoot%\\System32\\drivers\\kestvox.sys")},
+            {SystemSource, u"TypesSupported", RegistryValue::Number(7)},
+            {ApplicationSource, u"EventMessageFile",
+             path(u"%SystemRoot%\\System32\\IoLogMsg.dll,%SystemRoot%\\System32\\KESTVOX.DLL")},
+            {ApplicationSource, u"TypesSupported", RegistryValue::Number(7)},
+        };
+        for (const auto& entry : entries) {
+            EXPECT_EQ(ReadRegistry(entry.Key, entry.Name), entry.Value) << testing::PrintToString(entry.Name);
+        }
+    }
+};
+
+TEST_F(InstallationTest, RegistersTheServiceAndBothSourcesAsOftenAsAsked) {
+    const DriverLibrary library;
+    EXPECT_FALSE(RegistryKeyExists(ServiceKey));
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(library.DriverProc(DRV_INSTALL), DRVCNF_RESTART);
+        ExpectInstalled(1);
+    }
+}
+
+TEST_F(InstallationTest, RemovalDisablesTheServiceAndDeletesNothing) {
+    const DriverLibrary library;
+    EXPECT_EQ(library.DriverProc(DRV_REMOVE), DRVCNF_RESTART);
+    EXPECT_FALSE(RegistryKeyExists(ServiceKey)) << "without an installation nothing is made";
+
+    library.DriverProc(DRV_INSTALL);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(library.DriverProc(DRV_REMOVE), DRVCNF_RESTART);
+        ExpectInstalled(4);
+    }
+    library.DriverProc(DRV_INSTALL);
+    ExpectInstalled(1);
+}
+
+TEST_F(InstallationTest, AKeyThatCannotBeMadeEndsOrIsPassedOver) {
+    const struct {
+        unsigned FailingKey;
+        bool Service, System, Application;
+    } cases[] = {{1, false, false, false}, {2, true, false, true}, {3, true, true, false}};
+    for (const auto& expected : cases) {
+        SCOPED_TRACE(expected.FailingKey);
+        const DriverLibrary library;
+        test_system::FailCall("RegCreateKeyW", expected.FailingKey);
+        EXPECT_EQ(library.DriverProc(DRV_INSTALL), DRVCNF_RESTART);
+        test_system::ClearCallFailures();
+        EXPECT_EQ(RegistryKeyExists(ServiceKey), expected.Service);
+        EXPECT_EQ(RegistryKeyExists(SystemSource), expected.System);
+        EXPECT_EQ(RegistryKeyExists(ApplicationSource), expected.Application);
+        for (const std::u16string& key : {ServiceKey, SystemSource, ApplicationSource}) {
+            RegDeleteKeyW(HKEY_LOCAL_MACHINE, reinterpret_cast<const WCHAR*>(key.c_str()));
+        }
+    }
+}
+
+}  // namespace

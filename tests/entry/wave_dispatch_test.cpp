@@ -1,0 +1,103 @@
+// Wave messages before they reach a stream: which need one, and which mean nothing.
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "tests/support/driver_library.h"
+#include "tests/support/driver_test.h"
+#include "tests/support/wave_player.h"
+
+namespace {
+
+constexpr UINT DirectMode = 0x4002;
+
+class WaveDispatchTest : public DriverTest {
+protected:
+    void TearDown() override {
+        if (player_.Handle() != nullptr) {
+            waveOutReset(player_.Handle());
+            EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
+        }
+        DriverTest::TearDown();
+    }
+
+    // A message to the open device itself, as the system passes on what it has no function for.
+    MMRESULT Send(UINT message, DWORD_PTR param1 = 0, DWORD_PTR param2 = 0) {
+        return waveOutMessage(player_.Handle(), message, param1, param2);
+    }
+
+    WavePlayer player_;
+};
+
+TEST_F(WaveDispatchTest, WithoutAStreamEveryMessageIsInvalid) {
+    const DriverLibrary library;
+    Cards().ClearTrace();
+    for (UINT message = WODM_CLOSE; message <= 30; ++message) {
+        EXPECT_EQ(library.WaveOut(0, message, 0), MMSYSERR_INVALPARAM) << message;
+    }
+    for (UINT message = WIDM_CLOSE; message <= 70; ++message) {
+        EXPECT_EQ(library.WaveIn(0, message, 0), MMSYSERR_INVALPARAM) << message;
+    }
+    for (const UINT message : {0x4000u, 0x4001u, 0x4002u, 0u, 1u, 2u}) {
+        EXPECT_EQ(library.WaveOut(0, message, 0), MMSYSERR_INVALPARAM) << message;
+        EXPECT_EQ(library.WaveIn(0, message, 0), MMSYSERR_INVALPARAM) << message;
+    }
+    EXPECT_EQ(TraceText(), std::vector<std::string>{});
+}
+
+TEST_F(WaveDispatchTest, AnOpenNeedsItsPlaceItsDescriptionAndAFormat) {
+    const DriverLibrary library;
+    DWORD_PTR user = 0;
+    WAVEOPENDESC description = {};
+    const auto place = reinterpret_cast<DWORD_PTR>(&user);
+    const auto described = reinterpret_cast<DWORD_PTR>(&description);
+    EXPECT_EQ(library.WaveOut(0, WODM_OPEN, place, described), MMSYSERR_INVALPARAM);
+    WaveFormat format = PcmFormat(44100, 2, 16);
+    description.lpFormat = reinterpret_cast<LPWAVEFORMAT>(&format.Basic());
+    EXPECT_EQ(library.WaveOut(0, WODM_OPEN, 0, described), MMSYSERR_INVALPARAM);
+    EXPECT_EQ(library.WaveOut(0, WODM_OPEN, place, 0), MMSYSERR_INVALPARAM);
+    EXPECT_EQ(library.WaveOut(2, WODM_OPEN, place, described), MMSYSERR_BADDEVICEID);
+    EXPECT_EQ(user, 0u);
+}
+
+TEST_F(WaveDispatchTest, UnknownMessagesAreNotSupported) {
+    ASSERT_EQ(player_.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    Cards().ClearTrace();
+    for (const UINT message : {UINT{WODM_PREPARE}, UINT{WODM_UNPREPARE}, UINT{WODM_GETPITCH},
+                               UINT{WODM_SETPITCH}, UINT{WODM_GETPLAYBACKRATE}, UINT{WODM_SETPLAYBACKRATE},
+                               21u, UINT{WIDM_ADDBUFFER}, 0x3FFFu, 0x4003u, 0xFFFFFFFFu}) {
+        EXPECT_EQ(Send(message), MMSYSERR_NOTSUPPORTED) << message;
+    }
+    EXPECT_EQ(TraceText(), std::vector<std::string>{});
+}
+
+TEST_F(WaveDispatchTest, TheDriverLeavesHeadersToTheSystem) {
+    ASSERT_EQ(player_.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    BYTE data[64] = {};
+    WAVEHDR header = {};
+    header.lpData = reinterpret_cast<LPSTR>(data);
+    header.dwBufferLength = sizeof data;
+    EXPECT_EQ(waveOutPrepareHeader(player_.Handle(), &header, sizeof header), MMSYSERR_NOERROR);
+    EXPECT_EQ(header.dwFlags, DWORD{WHDR_PREPARED});
+    EXPECT_EQ(waveOutUnprepareHeader(player_.Handle(), &header, sizeof header), MMSYSERR_NOERROR);
+    EXPECT_EQ(header.dwFlags, 0u);
+}
+
+TEST_F(WaveDispatchTest, DirectModeTakesTheSlotsAsTheyAre) {
+    ASSERT_EQ(player_.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    ASSERT_EQ(Cards().OutputRegister(0, simulator::Port::Analog, 0) & 0xC0, 0x40);
+    Cards().ClearTrace();
+    EXPECT_EQ(Send(DirectMode), MMSYSERR_NOERROR);
+    EXPECT_EQ(TraceText(), std::vector<std::string>{"write port 0 = C0 / C0"});
+    // Its buffers are now marked as direct ones.
+    Cards().ClearTrace();
+    ASSERT_EQ(player_.Write(Pattern(64)), MMSYSERR_NOERROR);
+    const std::vector<std::string> requests = TraceText();
+    EXPECT_EQ(std::count(requests.begin(), requests.end(), "QUEUE_BUFFER 1"), 1);
+    EXPECT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
+
+    AddFault("WRITE_REGISTER:1");
+    EXPECT_EQ(Send(DirectMode), MMSYSERR_NOERROR) << "whatever the write gave";
+}
+
+}  // namespace

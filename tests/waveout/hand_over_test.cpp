@@ -1,0 +1,203 @@
+// How written buffers reach the card: which requests, how many buffers at once, and what is refused.
+#include <mmddk.h>
+
+#include "tests/support/output_test.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class HandOverTest : public OutputTest {
+protected:
+    void Open(const WaveFormat& format) {
+        ASSERT_EQ(player_.Open(AnalogOut, format), MMSYSERR_NOERROR);
+        Cards().ClearTrace();
+    }
+    void Write(size_t bytes, unsigned misalignment = 0) {
+        ASSERT_EQ(player_.Write(Pattern(bytes), 0, 0, misalignment), MMSYSERR_NOERROR);
+    }
+    // What was sent since the last look.
+    Lines Sent() {
+        Lines lines = TraceText();
+        Cards().ClearTrace();
+        return lines;
+    }
+};
+
+Lines Buffer(size_t bytes, Lines after = {}, int direct = 0) {
+    Lines lines = {"BEGIN_BUFFER", "MAP_BUFFER " + std::to_string(bytes), "SET_BUFFER_COOKIE",
+                   "QUEUE_BUFFER " + std::to_string(direct)};
+    lines.insert(lines.end(), after.begin(), after.end());
+    return lines;
+}
+
+TEST_F(HandOverTest, SoManyBuffersAreInFlight) {
+    struct Case {
+        const char* Name;
+        WaveFormat Format;
+        DWORD AvgBytesPerSec;
+        size_t Bytes;
+        unsigned InFlight;
+    };
+    const Case cases[] = {
+        {"44100 bytes of small ones", PcmFormat(44100, 2, 16), 176400, 4096, 11},
+        {"exactly a quarter of a second", PcmFormat(44100, 2, 16), 176400, 4410, 10},
+        {"four large ones", PcmFormat(44100, 2, 16), 176400, 65536, 4},
+        {"no rate given", PcmFormat(44100, 2, 16), 0, 100, 4},
+        {"the client's bytes count, not the card's", TaggedFormat(WAVE_FORMAT_MULAW, 8000, 1, 8), 8000, 100,
+         20},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.Name);
+        WaveFormat format = test.Format;
+        format.Basic().nAvgBytesPerSec = test.AvgBytesPerSec;
+        WavePlayer player;
+        ASSERT_EQ(player.Open(AnalogOut, format), MMSYSERR_NOERROR);
+        for (unsigned i = 0; i < 30; ++i) {
+            EXPECT_EQ(player.Write(Pattern(test.Bytes)), MMSYSERR_NOERROR);
+            EXPECT_EQ(Output().BuffersInFlight, std::min(i + 1, test.InFlight));
+        }
+        for (unsigned i = 0; i < 26; ++i) {
+            EXPECT_TRUE(Cards().AdvanceToNextCompletion(10 * Second));
+            EXPECT_EQ(Output().BuffersInFlight, std::min(29 - i, test.InFlight)) << i;
+        }
+        Cards().Advance(20 * Second);
+        EXPECT_EQ(player.DoneCount(), 30u);
+        EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
+    }
+}
+
+TEST_F(HandOverTest, TheRequestsOfABuffer) {
+    WaveFormat format = PcmFormat(44100, 2, 16);
+    format.Basic().nAvgBytesPerSec = 0;
+    Open(format);
+    Write(4096);
+    EXPECT_EQ(Sent(), Buffer(4096, {"START_TRANSFER", "ARM_CHANNEL"})) << "the first starts the port";
+    Write(1000, 1);
+    EXPECT_EQ(Sent(), Buffer(1000, {"START_TRANSFER"})) << "while the port runs";
+    Write(4096);
+    Write(4096);
+    Sent();
+    Write(512);
+    EXPECT_EQ(Sent(), Lines()) << "enough is in flight";
+    Cards().AdvanceToNextCompletion(Second);
+    EXPECT_EQ(Sent(), Buffer(512, {"START_TRANSFER"})) << "refill";
+    Cards().Advance(Second);
+    EXPECT_EQ(Sent(), Lines()) << "nothing left to hand over";
+}
+
+TEST_F(HandOverTest, TheRequestsOfControl) {
+    Open(PcmFormat(44100, 2, 16));
+    EXPECT_EQ(waveOutPause(player_.Handle()), MMSYSERR_NOERROR);
+    Write(4096);
+    EXPECT_EQ(Sent(), Buffer(4096)) << "a paused port is not started";
+    EXPECT_EQ(waveOutRestart(player_.Handle()), MMSYSERR_NOERROR);
+    EXPECT_EQ(Sent(), Lines({"START_TRANSFER", "ARM_CHANNEL"}));
+    EXPECT_EQ(waveOutRestart(player_.Handle()), MMSYSERR_NOERROR);
+    EXPECT_EQ(Sent(), Lines()) << "it plays already";
+    EXPECT_EQ(waveOutPause(player_.Handle()), MMSYSERR_NOERROR);
+    EXPECT_EQ(waveOutPause(player_.Handle()), MMSYSERR_NOERROR);
+    EXPECT_EQ(Sent(), Lines({"DISARM_CHANNEL"}));
+    Write(512);
+    EXPECT_EQ(Sent(), Buffer(512, {"START_TRANSFER"})) << "paused after playing";
+    EXPECT_EQ(waveOutRestart(player_.Handle()), MMSYSERR_NOERROR);
+    Sent();
+    EXPECT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
+    EXPECT_EQ(Sent(), Lines({"DISARM_CHANNEL", "FLUSH_BUFFERS"}));
+    EXPECT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
+    EXPECT_EQ(Sent(), Lines({"FLUSH_BUFFERS"}));
+    EXPECT_EQ(waveOutBreakLoop(player_.Handle()), MMSYSERR_NOERROR);
+    EXPECT_EQ(Sent(), Lines());
+    player_.Position();
+    EXPECT_EQ(Sent(), Lines({"GET_POSITION"}));
+}
+
+TEST_F(HandOverTest, DirectModeIsAFlagOfEveryLaterBuffer) {
+    Open(PcmFormat(44100, 2, 24));
+    Write(300);
+    EXPECT_EQ(Sent(), Buffer(400, {"START_TRANSFER", "ARM_CHANNEL"}));
+    EXPECT_EQ(Send(0x4002), MMSYSERR_NOERROR);
+    EXPECT_EQ(Sent(), Lines({"write port 0 = C0 / C0"}));
+    Write(300);
+    EXPECT_EQ(Sent(), Buffer(400, {"START_TRANSFER"}, 1));
+    EXPECT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
+    Sent();
+    Write(300);
+    EXPECT_EQ(Sent(), Buffer(400, {"START_TRANSFER", "ARM_CHANNEL"}, 1));
+}
+
+TEST_F(HandOverTest, HeadersThatAreRefusedLeaveNoTrace) {
+    Open(PcmFormat(44100, 2, 24));
+    char data[12] = {};
+    const WAVEHDR good = {data, 12, 0, 0, WHDR_PREPARED, 0, nullptr, 0};
+    struct Case {
+        const char* Name;
+        LPSTR Data;
+        DWORD Length;
+        DWORD Flags;
+        size_t Size;
+        MMRESULT Result;
+    };
+    const Case cases[] = {
+        {"size too small", data, 12, 0, sizeof good - 1, MMSYSERR_INVALPARAM},
+        {"size too large", data, 12, WHDR_PREPARED, sizeof good + 1, MMSYSERR_INVALPARAM},
+        {"not prepared", nullptr, 0, 0, sizeof good, WAVERR_UNPREPARED},
+        {"no data", nullptr, 12, WHDR_PREPARED, sizeof good, MMSYSERR_INVALPARAM},
+        {"no length", data, 0, WHDR_PREPARED, sizeof good, MMSYSERR_INVALPARAM},
+        {"parts of samples", data, 11, WHDR_PREPARED, sizeof good, MMSYSERR_INVALPARAM},
+        {"less than a sample", data, 2, WHDR_PREPARED, sizeof good, MMSYSERR_INVALPARAM},
+    };
+    for (const Case& test : cases) {
+        WAVEHDR header = good;
+        header.lpData = test.Data;
+        header.dwBufferLength = test.Length;
+        header.dwFlags = test.Flags;
+        EXPECT_EQ(Send(WODM_WRITE, reinterpret_cast<DWORD_PTR>(&header), test.Size), test.Result) << test.Name;
+    }
+    EXPECT_EQ(Send(WODM_WRITE, 0, sizeof good), unsigned{MMSYSERR_INVALPARAM});
+    Cards().Advance(Second);
+    EXPECT_EQ(Sent(), Lines());
+    EXPECT_EQ(player_.DoneCount(), 0u);
+    EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
+}
+
+// A buffer for which there is no memory is refused; the one after it plays.
+TEST_F(HandOverTest, WithoutMemoryAWriteIsRefused) {
+    struct Case {
+        const char* Call;
+        unsigned Nth;
+    };
+    const WaveFormat format = TaggedFormat(WAVE_FORMAT_ALAW, 8000, 1, 8);
+    for (const Case& test : {Case{"GlobalAlloc", 1}, {"GlobalLock", 1}, {"HeapAlloc", 1}, {"HeapAlloc", 2}}) {
+        SCOPED_TRACE(testing::Message() << test.Call << " " << test.Nth);
+        WavePlayer player;
+        ASSERT_EQ(player.Open(AnalogOut, format), MMSYSERR_NOERROR);
+        test_system::FailCall(test.Call, test.Nth);
+        EXPECT_EQ(player.Write(Pattern(80, 1)), unsigned{MMSYSERR_NOMEM});
+        test_system::ClearCallFailures();
+        EXPECT_EQ(player.Write(Pattern(80, 2)), MMSYSERR_NOERROR);
+        Cards().Advance(Second);
+        EXPECT_EQ(player.DoneOrder(), std::vector<size_t>{1});
+        EXPECT_EQ(Played(), Sound(format, Pattern(80, 2)));
+        EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
+        Cards().ForgetAudio();
+    }
+}
+
+// A shadow buffer that cannot be resized is replaced.
+TEST_F(HandOverTest, ABufferThatDoesNotGrowIsReplaced) {
+    const WaveFormat format = TaggedFormat(WAVE_FORMAT_ALAW, 8000, 1, 8);
+    Open(format);
+    for (const char* call : {"GlobalReAlloc", "GlobalLock"}) {
+        Write(80);
+        Cards().Advance(Second);
+        Cards().ForgetAudio();
+        test_system::FailCall(call, 1);
+        Write(120);
+        Cards().Advance(Second);
+        EXPECT_EQ(Played(), Sound(format, Pattern(120))) << call;
+    }
+    ExpectEachReturnedOnce();
+}
+
+}  // namespace
