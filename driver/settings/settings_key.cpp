@@ -66,14 +66,13 @@ BOOL SettingsKey::QueryString(const WCHAR* name, WCHAR** string) const {
     if (!QuerySize(name, &size)) {
         return FALSE;
     }
-    // One more character: nothing says that the stored string has its terminator.
-    const DWORD characters = size / sizeof(WCHAR);
-    WCHAR* buffer = NewHeapArray<WCHAR>(characters + 1);
+    // One more character: nothing says that the stored string has its terminator, or a whole last
+    // character.
+    WCHAR* buffer = NewHeapArray<WCHAR>(size / DWORD{sizeof(WCHAR)} + 1);
     if (buffer == nullptr) {
         return FALSE;
     }
     DWORD type = 0;
-    size = characters * sizeof(WCHAR);
     if (!Query(name, &type, buffer, &size) || type != REG_SZ) {
         FreeHeapArray(buffer);
         return FALSE;

@@ -197,6 +197,21 @@ TEST_F(TwoCardClock, OnlyWhatChangedIsResynchronised) {
     EXPECT_EQ(Cards().ClockFrame(0), Cards().ClockFrame(1));
 }
 
+TEST_F(TwoCardClock, AFollowerIsResynchronisedWithAMasterThatLostItsSource) {
+    StoreSetting(0, TEXT("ClockSource"), 96);
+    StoreSetting(0, TEXT("CheckClocks"), 0);
+    WavePlayer player;
+    Run(player, 0, 44100);
+    ASSERT_EQ(player.Close(), MMSYSERR_NOERROR);
+    Cards().SetClockBroken(0, 96, true);
+    const Lines lines = Run(player, 0, 44100);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "0 write card 17 = 80 / 80"), 1);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "1 write card 17 = 80 / 80"), 1)
+        << "although none of its own settings changed";
+    EXPECT_EQ(Source(1), 0x20u);
+    EXPECT_EQ(Cards().ClockFrame(0), Cards().ClockFrame(1));
+}
+
 TEST_F(TwoCardClock, AFollowerWithAnotherSourceIsGivenThatCode) {
     StoreSetting(1, TEXT("ClockSource"), 97);  // as long as it was never opened itself
     WavePlayer player;

@@ -1,5 +1,5 @@
 // From application samples to the card's.
-#include "driver/convert/expand.h"
+#include "convert/expand.h"
 
 #include <gtest/gtest.h>
 
@@ -21,12 +21,17 @@ TEST(Companding, TablesAreThoseOfTheRule) {
         int Code;
         int Sample;
     };
-    for (const Value& value : {Value{0x00, -32124}, {0x80, 32124}, {0x7F, 0}, {0xFF, 0}, {0x7E, -8},
-                               {0x0F, -16764}}) {
+    for (const Value& value :
+         {Value{0x00, -32124}, {0x80, 32124}, {0x7F, 0}, {0xFF, 0}, {0x7E, -8}, {0x0F, -16764}}) {
         EXPECT_EQ(MuLawTable.Samples[value.Code], value.Sample) << value.Code;
     }
-    for (const Value& value : {Value{0xD5, 8}, {0x55, -8}, {0x80, 5504}, {0x00, -5504}, {0xAA, 32256},
-                               {0x2A, -32256}, {0xFF, 848}}) {
+    for (const Value& value : {Value{0xD5, 8},
+                               {0x55, -8},
+                               {0x80, 5504},
+                               {0x00, -5504},
+                               {0xAA, 32256},
+                               {0x2A, -32256},
+                               {0xFF, 848}}) {
         EXPECT_EQ(ALawTable.Samples[value.Code], value.Sample) << value.Code;
     }
 }

@@ -1,4 +1,5 @@
 // Which cards the first load finds, what it asks them, and what the system then lists.
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -24,10 +25,18 @@ std::u16string InputName(UINT device) {
 // Everything that the discovery asks of one card but the initialisation of its registers.
 std::vector<std::string> DiscoveryOf(unsigned card) {
     const std::string bind = "BIND_HANDLE " + std::to_string(card) + " control";
-    return {bind, "RELEASE_CHANNEL",  // is it there?
-            bind, "READ_PCI_CONFIG 08 1", "READ_NVRAM_PAGE FF80", "READ_NVRAM_PAGE FF00", "RELEASE_CHANNEL",
-            bind, "GET_REGISTRY_PATH", "RELEASE_CHANNEL",
-            bind, "RELEASE_CHANNEL"};
+    return {bind,
+            "RELEASE_CHANNEL",  // is it there?
+            bind,
+            "READ_PCI_CONFIG 08 1",
+            "READ_NVRAM_PAGE FF80",
+            "READ_NVRAM_PAGE FF00",
+            "RELEASE_CHANNEL",
+            bind,
+            "GET_REGISTRY_PATH",
+            "RELEASE_CHANNEL",
+            bind,
+            "RELEASE_CHANNEL"};
 }
 
 class CardCountTest : public DriverTest, public testing::WithParamInterface<unsigned> {

@@ -5,6 +5,7 @@
 #include "tests/support/driver_test.h"
 #include "tests/support/registry_value.h"
 #include "tests/support/system.h"
+#include "tests/support/text.h"
 
 namespace {
 
@@ -79,7 +80,7 @@ TEST_F(InstallationTest, AKeyThatCannotBeMadeEndsOrIsPassedOver) {
         EXPECT_EQ(RegistryKeyExists(SystemSource), expected.System);
         EXPECT_EQ(RegistryKeyExists(ApplicationSource), expected.Application);
         for (const std::u16string& key : {ServiceKey, SystemSource, ApplicationSource}) {
-            RegDeleteKeyW(HKEY_LOCAL_MACHINE, reinterpret_cast<const WCHAR*>(key.c_str()));
+            RegDeleteKeyW(HKEY_LOCAL_MACHINE, Wide(key));
         }
     }
 }

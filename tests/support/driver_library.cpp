@@ -2,20 +2,11 @@
 
 #include "tests/support/system.h"
 
-namespace {
-
-template <typename Function>
-Function Export(HMODULE module, const char* name) {
-    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
-}
-
-}  // namespace
-
 DriverLibrary::DriverLibrary() : module_(test_system::LoadDriver()) {
     if (module_ != nullptr) {
-        driverProc_ = Export<DRIVERPROC>(module_, "DriverProc");
-        wodMessage_ = Export<WaveMessage>(module_, "wodMessage");
-        widMessage_ = Export<WaveMessage>(module_, "widMessage");
+        driverProc_ = test_system::DriverEntry<DRIVERPROC>(module_, "DriverProc");
+        wodMessage_ = test_system::DriverEntry<WaveMessage>(module_, "wodMessage");
+        widMessage_ = test_system::DriverEntry<WaveMessage>(module_, "widMessage");
     }
 }
 

@@ -15,6 +15,7 @@ protected:
     explicit OutputTest(unsigned cards = 1) : DriverTest(cards) {}
 
     void TearDown() override {
+        player_.OnDone(nullptr);  // what it would act on is gone
         player_.Shut();
         DriverTest::TearDown();
     }
@@ -24,8 +25,7 @@ protected:
     }
     simulator::OutputStatus Output() { return Cards().Output(0, simulator::Port::Analog); }
 
-    void Fail(uint32_t code, unsigned nth = 1,
-              simulator::Fault::Kind kind = simulator::Fault::Kind::Fail) {
+    void Fail(uint32_t code, unsigned nth = 1, simulator::Fault::Kind kind = simulator::Fault::Kind::Fail) {
         simulator::Fault fault;
         fault.What = kind;
         fault.Code = code;

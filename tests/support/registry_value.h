@@ -11,7 +11,7 @@ struct RegistryValue {
     DWORD Type;
     std::vector<BYTE> Data;
 
-    static RegistryValue Number(DWORD number);                           // REG_DWORD
+    static RegistryValue Number(DWORD number);                          // REG_DWORD
     static RegistryValue Text(DWORD type, const std::u16string& text);  // terminator included
     bool operator==(const RegistryValue&) const = default;
 };

@@ -8,7 +8,8 @@
 
 namespace test_system {
 
-// Joins a machine of nobody else's: empty registry and event log, no named objects, no cards.
+// Joins a machine of nobody else's: empty registry and event log, no named objects, no cards, no message
+// box shown yet.
 void FreshMachine();
 
 // Closes what the process has open, unloads the driver; the next wave call loads it afresh.
@@ -16,6 +17,12 @@ void UnloadWaveDriver();
 
 // The driver library itself, loaded as a program would load it. FreeLibrary gives it back.
 HMODULE LoadDriver();
+
+// A function that the library exports.
+template <typename Function>
+Function DriverEntry(HMODULE driver, const char* name) {
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(driver, name)));
+}
 
 // What the process has taken and not given back, in words; equal before and after when nothing leaked.
 std::string Usage();

@@ -6,6 +6,7 @@ namespace test_system {
 
 void FreshMachine() {
     platform::UseMachine("");
+    platform::ClearMessageBoxes();
 }
 
 void UnloadWaveDriver() {

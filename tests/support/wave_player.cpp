@@ -28,6 +28,13 @@ MMRESULT WavePlayer::Close() {
     return result;
 }
 
+void WavePlayer::Forget() {
+    std::lock_guard lock(mutex_);
+    buffers_.clear();
+    doneOrder_.clear();
+    messages_.clear();
+}
+
 MMRESULT WavePlayer::Write(const std::vector<BYTE>& data, DWORD flags, DWORD loops, unsigned misalignment) {
     auto buffer = std::make_unique<Buffer>();
     buffer->Data.resize(data.size() + 16);

@@ -20,7 +20,8 @@ public:
 
     MMRESULT Open(UINT device, const WaveFormat& format);
     MMRESULT Close();
-    void Shut();  // resets and closes, when it is open
+    void Shut();    // resets and closes, when it is open
+    void Forget();  // headers, counts and messages; while it is closed
     HWAVEOUT Handle() const { return handle_; }
 
     // Writes a prepared header with a copy of the data at `misalignment` bytes from an 8-byte boundary.

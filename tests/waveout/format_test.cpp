@@ -71,7 +71,8 @@ const FormatCase Refused[] = {
     {"extensible float",
      Changed(ExtensibleFormat(44100, 2, 16, 16), [](WaveFormat& f) { f.Extensible.SubFormat.Data1 = 3; }), 0},
     {"extensible, last byte of the subformat",
-     Changed(ExtensibleFormat(44100, 2, 16, 16), [](WaveFormat& f) { ++f.Extensible.SubFormat.Data4[7]; }), 0},
+     Changed(ExtensibleFormat(44100, 2, 16, 16), [](WaveFormat& f) { ++f.Extensible.SubFormat.Data4[7]; }),
+     0},
     {"extensible 24 in 16", ExtensibleFormat(44100, 2, 16, 24), 0},
     {"extensible 16 in 32", ExtensibleFormat(44100, 2, 32, 16), 0},
     {"extensible 32 in 32", ExtensibleFormat(44100, 2, 32, 32), 0},
@@ -184,8 +185,8 @@ TEST_F(OutputFormatTest, OneClockHasOneRate) {
 TEST_F(OutputFormatTest, TheFirstThingThatIsWrongIsAnswered) {
     waveOutGetNumDevs();
     const HMODULE driver = test_system::LoadDriver();
-    const auto message = reinterpret_cast<DWORD(WINAPI*)(UINT, UINT, DWORD_PTR, DWORD_PTR, DWORD_PTR)>(
-        GetProcAddress(driver, "wodMessage"));
+    using MessageEntry = DWORD(WINAPI*)(UINT, UINT, DWORD_PTR, DWORD_PTR, DWORD_PTR);
+    const auto message = test_system::DriverEntry<MessageEntry>(driver, "wodMessage");
     ASSERT_NE(message, nullptr);
     WaveFormat bad = PcmFormat(44100, 2, 12);
     WAVEOPENDESC without = {};
@@ -199,10 +200,8 @@ TEST_F(OutputFormatTest, TheFirstThingThatIsWrongIsAnswered) {
         DWORD Result;
     };
     const Case cases[] = {
-        {9, nullptr, &with, MMSYSERR_INVALPARAM},
-        {9, &instance, nullptr, MMSYSERR_INVALPARAM},
-        {9, &instance, &without, MMSYSERR_INVALPARAM},
-        {2, &instance, &with, MMSYSERR_BADDEVICEID},
+        {9, nullptr, &with, MMSYSERR_INVALPARAM},      {9, &instance, nullptr, MMSYSERR_INVALPARAM},
+        {9, &instance, &without, MMSYSERR_INVALPARAM}, {2, &instance, &with, MMSYSERR_BADDEVICEID},
         {1, &instance, &with, WAVERR_BADFORMAT},
     };
     for (const Case& test : cases) {

@@ -152,7 +152,8 @@ TEST_F(HandOverTest, HeadersThatAreRefusedLeaveNoTrace) {
         header.lpData = test.Data;
         header.dwBufferLength = test.Length;
         header.dwFlags = test.Flags;
-        EXPECT_EQ(Send(WODM_WRITE, reinterpret_cast<DWORD_PTR>(&header), test.Size), test.Result) << test.Name;
+        EXPECT_EQ(Send(WODM_WRITE, reinterpret_cast<DWORD_PTR>(&header), test.Size), test.Result)
+            << test.Name;
     }
     EXPECT_EQ(Send(WODM_WRITE, 0, sizeof good), unsigned{MMSYSERR_INVALPARAM});
     Cards().Advance(Second);

@@ -14,7 +14,8 @@ void WriteInPieces(WavePlayer& player, const std::vector<BYTE>& data, size_t uni
     for (size_t at = 0; at < data.size(); ++piece) {
         const size_t length = std::min(unit * (2 * piece + 1), data.size() - at);
         const auto start = data.begin() + static_cast<long>(at);
-        ASSERT_EQ(player.Write({start, start + static_cast<long>(length)}, 0, 0, piece % 4), MMSYSERR_NOERROR);
+        ASSERT_EQ(player.Write({start, start + static_cast<long>(length)}, 0, 0, piece % 4),
+                  MMSYSERR_NOERROR);
         at += length;
     }
 }
@@ -42,8 +43,9 @@ TEST_F(PlaybackTest, EveryFormatIsHeardAsItIs) {
         StoreSetting(0, TEXT("Left24"), side == Justified::Left);
         for (const WaveFormat& format : formats) {
             const WAVEFORMATEX& basic = format;
-            SCOPED_TRACE(testing::Message() << basic.wFormatTag << ": " << basic.wBitsPerSample << " bits, frame of "
-                                            << basic.nBlockAlign << ", left " << (side == Justified::Left));
+            SCOPED_TRACE(testing::Message()
+                         << basic.wFormatTag << ": " << basic.wBitsPerSample << " bits, frame of "
+                         << basic.nBlockAlign << ", left " << (side == Justified::Left));
             const bool extensible = basic.wFormatTag == WAVE_FORMAT_EXTENSIBLE;
             WavePlayer player;
             ASSERT_EQ(player.Open(AnalogOut, format), MMSYSERR_NOERROR);
@@ -65,9 +67,10 @@ TEST_F(PlaybackTest, ALongPieceIsPlayedWithoutAGap) {
     const WaveFormat format = PcmFormat(44100, 2, 24);
     ASSERT_EQ(player_.Open(DigitalOut, format), MMSYSERR_NOERROR);
     std::vector<BYTE> piece;
-    size_t next = 0;
+    unsigned next = 0;
     const auto write = [&] {
-        const std::vector<BYTE> data = Pattern(6 * (500 + next % 3 * 300), static_cast<unsigned>(++next));
+        const std::vector<BYTE> data = Pattern(6 * (500 + next % 3 * 300), next);
+        ++next;
         piece.insert(piece.end(), data.begin(), data.end());
         EXPECT_EQ(player_.Write(data), MMSYSERR_NOERROR);
     };
@@ -141,7 +144,7 @@ TEST_F(PlaybackTest, TheVolumeIsTheLeftWordAndTheGainOfTheOwnOutput) {
         DWORD Volume;
         DWORD Gain;
     };
-    const Case cases[] = {{0xFFFF, 128}, {0x8000, 64},     {0x7FFF, 63},    {0x0200, 1},
+    const Case cases[] = {{0xFFFF, 128}, {0x8000, 64},    {0x7FFF, 63},    {0x0200, 1},
                           {0x01FF, 0},   {0xFFFF0000, 0}, {0x1234C000, 96}};
     for (const UINT device : {AnalogOut, DigitalOut}) {
         ASSERT_EQ(player_.Open(device, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);

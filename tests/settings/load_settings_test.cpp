@@ -1,0 +1,225 @@
+// The stored settings of a card as they show in what the card is told: defaults, bad values, odd values.
+#include <algorithm>
+#include <array>
+#include <string>
+#include <vector>
+
+#include "tests/support/driver_test.h"
+#include "tests/support/registry_value.h"
+#include "tests/support/system.h"
+#include "tests/support/text.h"
+#include "tests/support/wave_player.h"
+
+namespace {
+
+using simulator::Port;
+
+// What one setting of each kind makes of the card when both outputs are open at 44100 Hz.
+struct CardState {
+    int SampleFormat;  // of 24-bit samples in 32-bit slots: 3 left-justified, 2 right-justified
+    int ChannelStatus0;
+    int ChannelStatus1;
+    std::array<unsigned, 4> PlaybackGains;  // mixer inputs 2, 3, 6, 7
+    int ClockSource;                        // bits 5 and 6 of card register 32
+
+    bool operator==(const CardState&) const = default;
+    friend void PrintTo(const CardState& state, std::ostream* out) {
+        *out << "format " << state.SampleFormat << ", status " << state.ChannelStatus0 << " "
+             << state.ChannelStatus1 << ", gains " << testing::PrintToString(state.PlaybackGains)
+             << ", source " << state.ClockSource;
+    }
+};
+
+constexpr CardState Defaults = {3, 0x41, 0x00, {128, 0, 0, 128}, 0x00};
+
+class LoadSettingsTest : public DriverTest {
+protected:
+    CardState Load() {
+        UnloadDriver();
+        WavePlayer analog;
+        WavePlayer digital;
+        EXPECT_EQ(analog.Open(0, PcmFormat(44100, 2, 24, 4)), MMSYSERR_NOERROR);
+        EXPECT_EQ(digital.Open(1, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+        const std::array<unsigned, 4> gains = {Cards().MixerGain(0, 2), Cards().MixerGain(0, 3),
+                                               Cards().MixerGain(0, 6), Cards().MixerGain(0, 7)};
+        return {Cards().OutputRegister(0, Port::Analog, 0) >> 6, Cards().IndirectRegister(0, 0),
+                Cards().IndirectRegister(0, 1), gains, Cards().CardRegister(0, 32) & 0x60};
+    }
+
+    std::u16string LoadedName() {
+        UnloadDriver();
+        WAVEOUTCAPSW capabilities = {};
+        waveOutGetDevCapsW(0, &capabilities, sizeof capabilities);
+        return Utf16(capabilities.szPname);
+    }
+
+    static std::u16string ConfigKey() { return simulator::Simulator::RegistryPath(0) + u"\\Config"; }
+
+    static void StoreMonitor(const std::vector<DWORD>& words, DWORD type = REG_BINARY) {
+        StoreBinary(0, TEXT("Monitor"), words.data(), static_cast<DWORD>(words.size() * sizeof(DWORD)), type);
+    }
+};
+
+TEST_F(LoadSettingsTest, TheFirstRunHasDefaultsAndWritesNothing) {
+    EXPECT_EQ(Load(), Defaults);
+    EXPECT_EQ(LoadedName(), u"Kestrelvox Analog");
+    EXPECT_FALSE(RegistryKeyExists(ConfigKey()));
+    EXPECT_TRUE(test_system::MessageBoxes().empty());
+}
+
+TEST_F(LoadSettingsTest, AStoredWordIsTakenOnlyAsFourBytesOrFewer) {
+    CardState rightJustified = Defaults;
+    rightJustified.SampleFormat = 2;
+    CardState consumer = Defaults;
+    consumer.ChannelStatus0 = 0x04;
+    consumer.ChannelStatus1 = 0x81;
+    CardState nonAudio = Defaults;
+    nonAudio.ChannelStatus0 = 0x43;
+    CardState preemphasis = Defaults;
+    preemphasis.ChannelStatus0 = 0x4D;
+    CardState digitalClock = Defaults;
+    digitalClock.ClockSource = 0x40;
+    const struct {
+        const WCHAR* Name;
+        DWORD Value;
+        CardState Taken;
+    } settings[] = {
+        {TEXT("Left24"), 0, rightJustified},     {TEXT("Professional"), 0, consumer},
+        {TEXT("NonAudio"), 1, nonAudio},         {TEXT("Preemphasis"), 1, preemphasis},
+        {TEXT("ClockSource"), 64, digitalClock},
+    };
+    Cards().SetDigitalInputRate(0, 44100);
+    for (const auto& setting : settings) {
+        SCOPED_TRACE(testing::PrintToString(Utf16(setting.Name)));
+        const struct {
+            DWORD Size, Type;
+            bool Taken;
+        } forms[] = {
+            {4, REG_BINARY, true},  {1, REG_BINARY, true},  // the rest of a fresh card's word is 0
+            {5, REG_BINARY, false}, {8, REG_BINARY, false}, {4, REG_DWORD, false}, {4, REG_SZ, false},
+        };
+        for (const auto& form : forms) {
+            const DWORD data[2] = {setting.Value, 0};
+            StoreBinary(0, setting.Name, data, form.Size, form.Type);
+            EXPECT_EQ(Load(), form.Taken ? setting.Taken : Defaults)
+                << form.Size << " bytes of type " << form.Type;
+        }
+        const DWORD standard = setting.Name == Utf16(TEXT("ClockSource")) ? 97 : setting.Value ^ 1;
+        StoreSetting(0, setting.Name, standard);
+        EXPECT_EQ(Load(), Defaults) << "stored as it is anyway";
+    }
+}
+
+TEST_F(LoadSettingsTest, AnyStoredNumberIsTakenUnchanged) {
+    StoreSetting(0, TEXT("ClockSource"), 5);
+    StoreSetting(0, TEXT("Left24"), 0x80000000);
+    StoreSetting(0, TEXT("NonAudio"), 0x100);
+    CardState expected = Defaults;
+    expected.ChannelStatus0 = 0x43;
+    EXPECT_EQ(Load(), expected);
+    const std::vector<std::string> lines = TraceText();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "write card 32 = 05 / 60"), 1);
+}
+
+TEST_F(LoadSettingsTest, ClocksAreCheckedUnlessSwitchedOff) {
+    Cards().SetClockBroken(0, 0x60, true);
+    StoreSetting(0, TEXT("ClockSource"), 96);
+    const struct {
+        DWORD Size, Value, Type;
+        MMRESULT Result;
+    } cases[] = {
+        {0, 0, REG_NONE, MMSYSERR_ERROR},  // not stored: on
+        {4, 0, REG_DWORD, MMSYSERR_ERROR},
+        {4, 1, REG_BINARY, MMSYSERR_ERROR},
+        {4, 0, REG_BINARY, MMSYSERR_NOERROR},
+    };
+    for (const auto& expected : cases) {
+        UnloadDriver();
+        if (expected.Size != 0) {
+            StoreBinary(0, TEXT("CheckClocks"), &expected.Value, expected.Size, expected.Type);
+        }
+        WavePlayer player;
+        EXPECT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), expected.Result) << &expected - cases;
+    }
+}
+
+TEST_F(LoadSettingsTest, TheMonitorBlockIsTakenOnlyWithItsSizeInFront) {
+    std::vector<DWORD> block = {68, 1, 2, 3, 4, 5, 6, 7, 8, 10, 11, 12, 13, 14, 15, 16, 17};
+    CardState taken = Defaults;
+    taken.PlaybackGains = {12, 13, 16, 17};
+
+    StoreMonitor(block);
+    EXPECT_EQ(Load(), taken);
+    StoreMonitor(block, REG_DWORD);
+    EXPECT_EQ(Load(), Defaults);
+    for (const DWORD first : {0u, 67u, 69u, 0xFFFFFFFFu}) {
+        block[0] = first;
+        StoreMonitor(block);
+        EXPECT_EQ(Load(), Defaults) << first;
+    }
+    block[0] = 68;
+    block.push_back(0);
+    StoreMonitor(block);
+    EXPECT_EQ(Load(), Defaults) << "too long";
+    block.resize(16);
+    StoreMonitor(block);
+    taken.PlaybackGains = {12, 13, 16, 0};
+    EXPECT_EQ(Load(), taken) << "what is missing of a short one is 0";
+    StoreMonitor({});
+    EXPECT_EQ(Load(), Defaults) << "without its first word it is none";
+}
+
+TEST_F(LoadSettingsTest, NamesAreTextWhateverTheirEnd) {
+    const std::u16string sixty(60, u'n');
+    const struct {
+        std::u16string Stored;
+        DWORD Size, Type;
+        std::u16string Name;
+    } cases[] = {
+        {u"Studio", 14, REG_SZ, u"Studio Analog"},
+        {u"Studio", 12, REG_SZ, u"Studio Analog"},  // no terminator
+        {u"Studio", 11, REG_SZ, u"Studi Analog"},
+        {u"Studio", 2, REG_SZ, u"S Analog"},
+        {u"", 2, REG_SZ, u" Analog"},
+        {sixty, 122, REG_SZ, std::u16string(30, u'n')},
+        {sixty, 120, REG_SZ, std::u16string(30, u'n')},
+        {u"Studio", 14, REG_EXPAND_SZ, u"Kestrelvox Analog"},
+        {u"Studio", 14, REG_BINARY, u"Kestrelvox Analog"},
+    };
+    for (const auto& expected : cases) {
+        StoreBinary(0, TEXT("Name"), expected.Stored.c_str(), expected.Size, expected.Type);
+        EXPECT_EQ(LoadedName(), expected.Name) << expected.Size << " bytes of type " << expected.Type;
+    }
+}
+
+// Without its device key the card works all the same, with every setting at zero; the user is told.
+TEST_F(LoadSettingsTest, ACardWithoutItsKeyIsReportedAndHasNoSettings) {
+    StoreText(0, TEXT("Name"), u"Studio");
+    StoreSetting(0, TEXT("Left24"), 1);
+    AddFault("GET_REGISTRY_PATH:1");
+    const CardState nothing = {2, 0x04, 0x81, {0, 0, 0, 0}, 0x00};
+    EXPECT_EQ(Load(), nothing);
+    const std::vector<test_system::MessageBoxShown> boxes = test_system::MessageBoxes();
+    ASSERT_EQ(boxes.size(), 1u);
+    EXPECT_EQ(boxes[0].Text, u"Could not determine device's registry key");
+    EXPECT_EQ(boxes[0].Style, 0x1010u);
+
+    AddFault("GET_REGISTRY_PATH:1");
+    EXPECT_EQ(LoadedName(), u"Kestrelvox Analog");
+    AddFault("BIND_HANDLE:3");  // no handle to ask through
+    EXPECT_EQ(LoadedName(), u"Kestrelvox Analog");
+    EXPECT_EQ(test_system::MessageBoxes().size(), 3u);
+    EXPECT_EQ(LoadedName(), u"Studio Analog");
+}
+
+// How much of the path came back is not looked at.
+TEST_F(LoadSettingsTest, APathThatIsAnsweredShortOrPendingIsAPath) {
+    StoreText(0, TEXT("Name"), u"Studio");
+    for (const char* fault : {"GET_REGISTRY_PATH:1:short", "GET_REGISTRY_PATH:1:pending"}) {
+        AddFault(fault);
+        EXPECT_EQ(LoadedName(), u"Studio Analog") << fault;
+    }
+    EXPECT_TRUE(test_system::MessageBoxes().empty());
+}
+
+}  // namespace

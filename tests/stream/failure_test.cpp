@@ -1,0 +1,262 @@
+// Requests that fail, completions that go astray and calls of the system that fail: whatever happens, a
+// client gets each of its headers back once, and nothing stays behind.
+#include "tests/support/output_test.h"
+
+namespace {
+
+using simulator::Fault;
+
+class StreamFailureTest : public OutputTest {
+protected:
+    void Write(unsigned buffers) {
+        for (unsigned i = 0; i < buffers; ++i) {
+            const auto seed = static_cast<unsigned>(player_.HeaderCount()) + 1;
+            ASSERT_EQ(player_.Write(Pattern(4000, seed)), MMSYSERR_NOERROR);
+        }
+    }
+    void ExpectPlayed(const std::vector<unsigned>& seeds) {
+        std::vector<BYTE> all;
+        for (const unsigned seed : seeds) {
+            const std::vector<BYTE> data = Pattern(4000, seed);
+            all.insert(all.end(), data.begin(), data.end());
+        }
+        EXPECT_TRUE(Played() == Sound(format_, all)) << Played().size() << " frames";
+    }
+    void ExpectAllBackAtClose() {
+        EXPECT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
+        EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
+        ExpectEachReturnedOnce();
+        Cards().ClearFaults();
+        player_.Forget();
+        Cards().ForgetAudio();
+    }
+
+    const WaveFormat format_ = PcmFormat(44100, 2, 16);
+};
+
+constexpr const char* HandOverRequests[] = {"BEGIN_BUFFER", "MAP_BUFFER", "SET_BUFFER_COOKIE",
+                                            "QUEUE_BUFFER"};
+
+TEST_F(StreamFailureTest, ABufferThatIsNotTakenComesBackAndTheOthersPlay) {
+    for (const char* request : HandOverRequests) {
+        for (const unsigned nth : {1u, 3u, 14u}) {
+            SCOPED_TRACE(testing::Message() << request << " " << nth);
+            ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+            Fail(request, nth);
+            Write(15);
+            Cards().Advance(Second);
+            ExpectEachReturnedOnce();
+            std::vector<unsigned> others;
+            for (unsigned seed = 1; seed <= 15; ++seed) {
+                if (seed != nth) {
+                    others.push_back(seed);
+                }
+            }
+            ExpectPlayed(others);
+            EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
+            player_.Forget();
+            Cards().ForgetAudio();
+        }
+    }
+}
+
+TEST_F(StreamFailureTest, WhenNoBufferIsTakenAllComeBack) {
+    for (const char* request : HandOverRequests) {
+        SCOPED_TRACE(request);
+        ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+        Fail(request, 0);
+        Write(100);
+        Cards().Advance(Second);
+        ExpectEachReturnedOnce();
+        EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR) << "nothing is in flight";
+        Cards().ClearFaults();
+        player_.Forget();
+    }
+    ExpectPlayed({});
+}
+
+// A client that writes each returned buffer again must not get into a nest of callbacks.
+TEST_F(StreamFailureTest, AClientThatTriesAgainDoesNotNest) {
+    ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+    int depth = 0;
+    int deepest = 0;
+    player_.OnDone([&](WAVEHDR& header) {
+        deepest = std::max(deepest, ++depth);
+        if (player_.DoneCount() < 2000) {
+            EXPECT_EQ(waveOutWrite(player_.Handle(), &header, sizeof header), MMSYSERR_NOERROR);
+        }
+        --depth;
+    });
+    Fail("QUEUE_BUFFER", 0);
+    Write(1);
+    Cards().Advance(Second);
+    EXPECT_EQ(player_.DoneCount(), 2000u);
+    EXPECT_EQ(deepest, 1);
+}
+
+TEST_F(StreamFailureTest, AStartThatFailsLosesNothing) {
+    for (const char* request : {"START_TRANSFER", "ARM_CHANNEL"}) {
+        SCOPED_TRACE(request);
+        ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+        Fail(request, 0);
+        Write(3);
+        Cards().Advance(Second);
+        ExpectPlayed({});
+        Cards().ClearFaults();
+        EXPECT_EQ(waveOutPause(player_.Handle()), MMSYSERR_NOERROR);
+        EXPECT_EQ(waveOutRestart(player_.Handle()), MMSYSERR_NOERROR);
+        Cards().Advance(Second);
+        ExpectPlayed({1, 2, 3});
+        Fail(request, 0);
+        Write(20);
+        ExpectAllBackAtClose();
+    }
+}
+
+// Streams of one clock start together; one that could not start must not confuse the count of those.
+TEST_F(StreamFailureTest, AStartThatFailedDoesNotPartLaterStreams) {
+    ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+    Fail("START_TRANSFER");
+    Write(1);
+    ExpectAllBackAtClose();
+    WavePlayer digital;
+    ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+    ASSERT_EQ(digital.Open(DigitalOut, format_), MMSYSERR_NOERROR);
+    Write(1);
+    Cards().Advance(Second / 100);
+    ASSERT_EQ(digital.Write(Pattern(4000)), MMSYSERR_NOERROR);
+    Cards().Advance(Second);
+    EXPECT_TRUE(Output().Started);
+    EXPECT_EQ(Output().StartFrame, Cards().Output(0, simulator::Port::Digital).StartFrame);
+    EXPECT_EQ(digital.Close(), MMSYSERR_NOERROR);
+}
+
+TEST_F(StreamFailureTest, AFlushThatFailsLosesNothing) {
+    ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+    Fail("FLUSH_BUFFERS", 0);
+    Fail("DISARM_CHANNEL", 0);
+    Write(20);
+    ExpectAllBackAtClose();
+    ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+    Write(1);
+    Cards().Advance(Second);
+    ExpectPlayed({1});
+}
+
+TEST_F(StreamFailureTest, PendingIsAsGoodAsDone) {
+    Fail(Fault::AnyCode, 0, Fault::Kind::Pend);
+    ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+    Write(20);
+    Cards().Advance(Second);
+    ExpectEachReturnedOnce();
+    EXPECT_EQ(Played().size(), 20000u);
+}
+
+TEST_F(StreamFailureTest, CompletionsGoAstray) {
+    struct Case {
+        const char* Name;
+        Fault::Kind Kind;
+        unsigned Nth;
+        unsigned Done;  // when everything has been played
+    };
+    for (const Case& test :
+         {Case{"one is lost", Fault::Kind::Lost, 3, 19}, Case{"each comes twice", Fault::Kind::Twice, 0, 20},
+          Case{"one comes late", Fault::Kind::Late, 2, 20},
+          Case{"all come late", Fault::Kind::Late, 0, 20}}) {
+        SCOPED_TRACE(test.Name);
+        ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+        Fail(Fault::Completion, test.Nth, test.Kind);
+        Write(20);
+        Cards().Advance(Second);
+        EXPECT_EQ(player_.DoneCount(), test.Done);
+        EXPECT_EQ(Played().size(), 20000u);
+        ExpectAllBackAtClose();
+    }
+}
+
+TEST_F(StreamFailureTest, WithoutAnyCompletionTheCloseReturnsThem) {
+    ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+    Fail(Fault::Completion, 0, Fault::Kind::Lost);
+    Write(20);
+    Cards().Advance(Second);
+    EXPECT_EQ(player_.DoneCount(), 0u);
+    EXPECT_EQ(player_.Close(), unsigned{WAVERR_STILLPLAYING});
+    ExpectAllBackAtClose();
+}
+
+// A card that vanishes takes no header with it.
+TEST_F(StreamFailureTest, TheCardVanishes) {
+    ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+    Write(20);
+    Cards().Advance(Second / 10);
+    Cards().SetPresent(0, false);
+    Write(2);
+    Cards().Advance(Second);
+    EXPECT_EQ(player_.Position(), 0xFFFFFFFF);
+    ExpectAllBackAtClose();
+    Cards().SetPresent(0, true);
+}
+
+// Each call of an open that can fail, in turn: either the open fails and leaves nothing, or the stream
+// works; without its service thread it gives its headers back at the close.
+TEST_F(StreamFailureTest, EveryCallOfAnOpenFailsOnce) {
+    struct Case {
+        const char* Call;
+        MMRESULT Refusal;
+    };
+    waveOutGetNumDevs();
+    for (const Case& test : {Case{"HeapAlloc", MMSYSERR_NOMEM}, Case{"CreateEventW", MMSYSERR_ERROR},
+                             Case{"CreateThread", MMSYSERR_ERROR}}) {
+        unsigned withoutService = 0;
+        for (unsigned nth = 1; nth <= 6; ++nth) {
+            SCOPED_TRACE(testing::Message() << test.Call << " " << nth);
+            test_system::FailCall(test.Call, nth);
+            const MMRESULT result = player_.Open(AnalogOut, format_);
+            test_system::ClearCallFailures();
+            if (result != MMSYSERR_NOERROR) {
+                EXPECT_EQ(result, test.Refusal);
+                EXPECT_EQ(Cards().OpenFiles(), 0u);
+                continue;
+            }
+            Write(3);
+            Cards().Advance(Second);
+            ExpectPlayed({1, 2, 3});
+            withoutService += player_.DoneCount() == 0 ? 1 : 0;
+            ExpectAllBackAtClose();
+        }
+        EXPECT_EQ(withoutService, 1u) << test.Call;
+    }
+}
+
+// Thousands of completions in one wake-up of the service thread, which is busy in a callback while the
+// kernel gives everything back; with and without memory for their collection.
+TEST_F(StreamFailureTest, ManyCompletionsComeAtOnce) {
+    WaveFormat format = format_;
+    format.Basic().nAvgBytesPerSec = 0x7FFFFFFF;  // as many in flight as there are
+    for (const unsigned failing : {0u, 1u, 2u}) {
+        SCOPED_TRACE(failing);
+        ASSERT_EQ(player_.Open(AnalogOut, format), MMSYSERR_NOERROR);
+        player_.OnDone([&](WAVEHDR& header) {
+            if (header.dwUser != 0) {
+                return;
+            }
+            EXPECT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
+            if (failing != 0) {
+                test_system::FailCall("HeapAlloc", failing);
+            }
+        });
+        EXPECT_EQ(waveOutPause(player_.Handle()), MMSYSERR_NOERROR);
+        for (int i = 0; i < 5000; ++i) {
+            ASSERT_EQ(player_.Write(Pattern(40)), MMSYSERR_NOERROR);
+        }
+        EXPECT_EQ(Output().BuffersInFlight, 5000u);
+        EXPECT_EQ(waveOutRestart(player_.Handle()), MMSYSERR_NOERROR);
+        Cards().Advance(Second);
+        EXPECT_EQ(player_.DoneCount(), 5000u);
+        test_system::ClearCallFailures();
+        player_.OnDone(nullptr);
+        ExpectAllBackAtClose();
+    }
+}
+
+}  // namespace

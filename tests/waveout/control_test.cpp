@@ -1,0 +1,347 @@
+// Pause, restart, reset, position and close.
+#include <mmddk.h>
+
+#include "tests/support/output_test.h"
+
+namespace {
+
+constexpr MMRESULT Done = MMSYSERR_NOERROR;
+
+class ControlTest : public OutputTest {
+protected:
+    static constexpr DWORD BufferFrames = 1000;
+
+    void SetUp() override { ASSERT_EQ(player_.Open(AnalogOut, format_), Done); }
+
+    void Write(unsigned buffers = 1) {
+        for (unsigned i = 0; i < buffers; ++i) {
+            const std::vector<BYTE> data =
+                Pattern(BufferFrames * 4, static_cast<unsigned>(player_.HeaderCount()) + 1);
+            ASSERT_EQ(player_.Write(data), Done);
+            written_.insert(written_.end(), data.begin(), data.end());
+        }
+    }
+    void Pause() { EXPECT_EQ(waveOutPause(player_.Handle()), Done); }
+    void Restart() { EXPECT_EQ(waveOutRestart(player_.Handle()), Done); }
+    void Reset() { EXPECT_EQ(waveOutReset(player_.Handle()), Done); }
+    void AdvanceFrames(int64_t frames) { Cards().Advance(frames * Second / 44100); }
+    // The kernel gives flushed buffers back on a thread of its own.
+    void LetFlushedBuffersComeBack() { Cards().Advance(1000); }
+
+    const WaveFormat format_ = PcmFormat(44100, 2, 16);
+    std::vector<BYTE> written_;
+};
+
+TEST_F(ControlTest, APauseBeforeTheFirstWriteHoldsEverythingUntilRestart) {
+    Pause();
+    Write(3);
+    Cards().Advance(Second);
+    EXPECT_FALSE(Output().Started);
+    EXPECT_EQ(Output().BuffersInFlight, 3u);
+    EXPECT_EQ(player_.Position(), 0u);
+    Restart();
+    Cards().Advance(Second);
+    EXPECT_EQ(Played(), Sound(format_, written_));
+    ExpectEachReturnedOnce();
+}
+
+TEST_F(ControlTest, APauseStopsTheSoundWhereItIs) {
+    Write(5);
+    AdvanceFrames(2500);
+    Pause();
+    const DWORD position = player_.Position();
+    EXPECT_NEAR(position, 2500, 5);
+    Cards().Advance(Second);
+    EXPECT_EQ(player_.Position(), position);
+    EXPECT_EQ(player_.Position(TIME_BYTES), 4 * position);
+    EXPECT_EQ(player_.DoneCount(), 2u);
+    Write(2);
+    Cards().Advance(Second);
+    EXPECT_EQ(player_.Position(), position) << "a write does not end a pause";
+    Restart();
+    Restart();
+    Cards().Advance(Second);
+    EXPECT_EQ(player_.Position(), 7 * BufferFrames);
+    EXPECT_EQ(Played(), Sound(format_, written_));
+    ExpectEachReturnedOnce();
+}
+
+TEST_F(ControlTest, AfterAResetThePositionBeginsAgain) {
+    Write(3);
+    AdvanceFrames(1500);
+    Reset();
+    EXPECT_EQ(player_.Position(), 0u);
+    Write(1);
+    Cards().Advance(Second);
+    EXPECT_EQ(player_.Position(), BufferFrames);
+    ExpectEachReturnedOnce();
+}
+
+TEST_F(ControlTest, PositionIsInSamplesUnlessBytesAreAskedFor) {
+    Write();
+    Cards().Advance(Second);
+    for (const UINT type : {TIME_MS, TIME_SMPTE, TIME_MIDI, TIME_TICKS, TIME_SAMPLES, 0}) {
+        MMTIME time = {};
+        time.wType = type;
+        EXPECT_EQ(waveOutGetPosition(player_.Handle(), &time, sizeof time), Done);
+        EXPECT_EQ(time.wType, unsigned{TIME_SAMPLES});
+        EXPECT_EQ(time.u.sample, BufferFrames);
+    }
+    MMTIME bytes = {};
+    bytes.wType = TIME_BYTES;
+    EXPECT_EQ(waveOutGetPosition(player_.Handle(), &bytes, sizeof bytes), Done);
+    EXPECT_EQ(bytes.wType, unsigned{TIME_BYTES});
+}
+
+TEST_F(ControlTest, APositionThatCannotBeHadIsAnError) {
+    MMTIME time = {};
+    time.wType = TIME_BYTES;
+    const auto position = reinterpret_cast<DWORD_PTR>(&time);
+    EXPECT_EQ(Send(WODM_GETPOS, 0, sizeof time), unsigned{MMSYSERR_INVALPARAM});
+    EXPECT_EQ(Send(WODM_GETPOS, position, sizeof time - 1), unsigned{MMSYSERR_INVALPARAM});
+    EXPECT_EQ(Send(WODM_GETPOS, position, sizeof time + 1), Done);
+    Fail("GET_POSITION");
+    EXPECT_EQ(Send(WODM_GETPOS, position, sizeof time), unsigned{MMSYSERR_ERROR});
+    Fail("GET_POSITION", 1, simulator::Fault::Kind::Short);
+    EXPECT_EQ(Send(WODM_GETPOS, position, sizeof time), unsigned{MMSYSERR_ERROR});
+    EXPECT_EQ(Send(WODM_GETPOS, position, sizeof time), Done);
+}
+
+TEST_F(ControlTest, AResetReturnsEveryBufferAndStopsThePort) {
+    Write(20);
+    AdvanceFrames(3500);
+    EXPECT_EQ(player_.DoneCount(), 3u);
+    Reset();
+    LetFlushedBuffersComeBack();
+    ExpectEachReturnedOnce();
+    Cards().Advance(Second);
+    EXPECT_NEAR(static_cast<double>(Played().size()), 3500, 5);
+    Cards().ForgetAudio();
+    written_.clear();
+    Write(6);
+    Cards().Advance(Second);
+    EXPECT_EQ(Played(), Sound(format_, written_));
+    ExpectEachReturnedOnce();
+}
+
+TEST_F(ControlTest, AResetEndsAPause) {
+    Pause();
+    Write(2);
+    Reset();
+    Write(1);
+    Cards().Advance(Second);
+    EXPECT_EQ(player_.Position(), BufferFrames);
+    ExpectEachReturnedOnce();
+}
+
+TEST_F(ControlTest, ACloseWhilePlayingIsRefusedReportedAndHarmless) {
+    Write(20);
+    AdvanceFrames(1500);
+    EXPECT_EQ(player_.Close(), unsigned{WAVERR_STILLPLAYING});
+    const std::vector<test_system::LoggedEvent> events = test_system::EventLog();
+    ASSERT_EQ(events.size(), 1u);
+    EXPECT_EQ(events[0].Source, u"KESTVOX.DLL");
+    EXPECT_EQ(events[0].Type, EVENTLOG_WARNING_TYPE);
+    EXPECT_EQ(events[0].Id, 0x40070004u);
+    test_system::FailCall("RegisterEventSourceW", 1);
+    EXPECT_EQ(player_.Close(), unsigned{WAVERR_STILLPLAYING});
+    EXPECT_EQ(test_system::EventLog().size(), 1u);
+    Write();
+    Cards().Advance(Second);
+    EXPECT_EQ(Played(), Sound(format_, written_));
+    ExpectEachReturnedOnce();
+    EXPECT_EQ(player_.Close(), Done);
+}
+
+// The card gives nothing back in time, so buffers are in flight at every close.
+TEST_F(ControlTest, OnlyAResetThatNothingFollowedLetsAStreamWithBuffersClose) {
+    simulator::Fault late;
+    late.What = simulator::Fault::Kind::Late;
+    late.Code = simulator::Fault::Completion;
+    late.Nth = 0;
+    late.Delay = 100 * Second;
+    Cards().AddFault(late);
+    DWORD volume = 0;
+    struct Case {
+        const char* Name;
+        UINT Message;
+        DWORD_PTR Parameter;
+        bool Closes;
+    };
+    const Case cases[] = {
+        {"get volume", WODM_GETVOLUME, reinterpret_cast<DWORD_PTR>(&volume), true},
+        {"set volume", WODM_SETVOLUME, 0x8000, true},
+        {"direct mode", 0x4002, 0, true},
+        {"write", WODM_WRITE, 0, false},  // of no header at all
+        {"pause", WODM_PAUSE, 0, false},
+        {"restart", WODM_RESTART, 0, false},
+        {"break loop", WODM_BREAKLOOP, 0, false},
+        {"save PCI configuration", 0x4000, 0, false},
+        {"restore PCI configuration", 0x4001, 0, false},
+    };
+    EXPECT_EQ(player_.Close(), Done);
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.Name);
+        WavePlayer player;
+        ASSERT_EQ(player.Open(AnalogOut, format_), Done);
+        ASSERT_EQ(player.Write(Pattern(4000)), Done);
+        EXPECT_EQ(waveOutReset(player.Handle()), Done);
+        player.Position();
+        waveOutMessage(player.Handle(), test.Message, test.Parameter, 0);
+        EXPECT_EQ(player.DoneCount(), 0u);
+        EXPECT_EQ(player.Close() == Done, test.Closes);
+        player.Shut();
+        EXPECT_EQ(player.DoneCount(0), 1u);
+    }
+}
+
+TEST_F(ControlTest, AStreamClosesFromEveryState) {
+    EXPECT_EQ(player_.Close(), Done);  // stopped, never written to
+    struct Case {
+        const char* Name;
+        std::function<void()> Reach;
+    };
+    const Case cases[] = {
+        {"paused, never written to", [this] { Pause(); }},
+        {"played out",
+         [this] {
+             Write(2);
+             Cards().Advance(Second);
+         }},
+        {"paused after playing out",
+         [this] {
+             Write(2);
+             Cards().Advance(Second);
+             Pause();
+         }},
+        {"reset while playing",
+         [this] {
+             Write(20);
+             AdvanceFrames(500);
+             Reset();
+         }},
+        {"reset while paused with buffers",
+         [this] {
+             Pause();
+             Write(20);
+             Reset();
+         }},
+        {"reset twice",
+         [this] {
+             Write(20);
+             Reset();
+             Reset();
+         }},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.Name);
+        ASSERT_EQ(player_.Open(AnalogOut, format_), Done);
+        test.Reach();
+        EXPECT_EQ(player_.Close(), Done);
+        EXPECT_EQ(player_.Messages().back(), unsigned{WOM_CLOSE});
+        ExpectEachReturnedOnce();
+    }
+}
+
+TEST_F(ControlTest, AClientMayActFromInsideItsCallback) {
+    std::vector<DWORD> positions;
+    player_.OnDone([&](WAVEHDR& header) {
+        positions.push_back(player_.Position());
+        if (header.dwUser == 1) {
+            Pause();
+            Restart();
+            EXPECT_EQ(player_.Close(), unsigned{WAVERR_STILLPLAYING});
+        }
+        if (player_.HeaderCount() < 10) {
+            Write();
+        }
+    });
+    Write(4);
+    Cards().Advance(Second);
+    std::vector<DWORD> expected;
+    for (DWORD i = 1; i <= 10; ++i) {
+        expected.push_back(i * BufferFrames);
+    }
+    EXPECT_EQ(positions, expected);
+    EXPECT_EQ(Played(), Sound(format_, written_));
+    ExpectEachReturnedOnce();
+}
+
+TEST_F(ControlTest, AClientMayPauseFromInsideItsCallback) {
+    player_.OnDone([&](WAVEHDR& header) {
+        if (header.dwUser == 1) {
+            Pause();
+        }
+    });
+    Write(20);
+    Cards().Advance(Second);
+    EXPECT_EQ(player_.DoneCount(), 2u);
+    Restart();
+    Cards().Advance(Second);
+    EXPECT_EQ(Played(), Sound(format_, written_));
+    ExpectEachReturnedOnce();
+}
+
+TEST_F(ControlTest, AClientMayResetFromInsideItsCallback) {
+    player_.OnDone([&](WAVEHDR& header) {
+        if (header.dwUser == 2) {
+            Reset();
+        }
+    });
+    Write(20);
+    Cards().Advance(Second);
+    EXPECT_NEAR(static_cast<double>(Played().size()), 3 * BufferFrames, 5);
+    ExpectEachReturnedOnce();
+}
+
+TEST_F(ControlTest, AClientMayCloseFromInsideItsLastCallback) {
+    std::vector<MMRESULT> results;
+    player_.OnDone([&](WAVEHDR&) { results.push_back(player_.Close()); });
+    Write(3);
+    Cards().Advance(Second);
+    EXPECT_EQ(results, std::vector<MMRESULT>({WAVERR_STILLPLAYING, WAVERR_STILLPLAYING, Done}));
+    EXPECT_EQ(player_.Messages().back(), unsigned{WOM_CLOSE});
+    EXPECT_FALSE(Cards().ChannelClaimed(0, 2));
+    ExpectEachReturnedOnce();
+    EXPECT_EQ(player_.Open(AnalogOut, format_), Done);
+}
+
+// A client that answers every returned buffer with a new one, during a reset as well: the reset ends,
+// and what was written meanwhile is played.
+TEST_F(ControlTest, AResetDoesNotReturnWhatIsWrittenMeanwhile) {
+    bool answering = true;
+    player_.OnDone([&](WAVEHDR&) {
+        if (answering) {
+            Write();
+        }
+    });
+    Write(20);
+    AdvanceFrames(500);
+    Cards().ForgetAudio();
+    written_.clear();
+    Reset();
+    LetFlushedBuffersComeBack();
+    EXPECT_EQ(player_.DoneCount(), 20u);
+    EXPECT_EQ(player_.HeaderCount(), 40u);
+    answering = false;
+    Cards().Advance(Second);
+    EXPECT_EQ(Played(), Sound(format_, written_));
+    ExpectEachReturnedOnce();
+}
+
+// A card that gives nothing back leaves the buffers to the close, whose callbacks are the last.
+TEST_F(ControlTest, AWriteFromInsideACloseIsRefused) {
+    Fail(simulator::Fault::Completion, 0, simulator::Fault::Kind::Lost);
+    Write(3);
+    Reset();
+    std::vector<MMRESULT> results;
+    player_.OnDone([&](WAVEHDR& header) {
+        results.push_back(waveOutWrite(player_.Handle(), &header, sizeof header));
+        Restart();
+    });
+    EXPECT_EQ(player_.Close(), Done);
+    EXPECT_EQ(results, std::vector<MMRESULT>(3, MMSYSERR_INVALHANDLE));
+    ExpectEachReturnedOnce();
+}
+
+}  // namespace
