@@ -45,11 +45,22 @@ WAVEHDR* TakeForHandOver(StreamInstance* stream) {
     return header;
 }
 
-void HandOverAll(StreamInstance* stream, TransferRule rule) {
+// The kernel did not take the header: it goes back to the client like one that is done.
+void GiveUp(StreamInstance* stream, WAVEHDR* header) {
+    {
+        DriverLock lock;
+        if (HeldHeader* held = stream->Held.Find(header)) {
+            held->Refused = true;
+        }
+    }
+    CompleteFromOutside(stream, header);
+}
+
+void HandOverSome(StreamInstance* stream, TransferRule rule, HandOverLimit limit) {
     DWORD resets = stream->ResetCount;
     while (WAVEHDR* header = TakeForHandOver(stream)) {
         if (!SubmitBuffer(stream, header)) {
-            CompleteFromOutside(stream, header);
+            GiveUp(stream, header);
         }
         // A reset that ran meanwhile has flushed the kernel's queue without this buffer.
         if (const DWORD now = stream->ResetCount; now != resets) {
@@ -58,6 +69,9 @@ void HandOverAll(StreamInstance* stream, TransferRule rule) {
         }
         if (rule == TransferRule::Always || stream->PortFlag(stream->Direction->PortRunning) != 0) {
             StartTransfer(stream->Device);
+        }
+        if (limit == HandOverLimit::One) {
+            return;
         }
     }
 }
@@ -128,15 +142,20 @@ BOOL SubmitBuffer(StreamInstance* stream, WAVEHDR* header) {
            QueueBuffer(device, stream->DirectMode);
 }
 
-void HandOver(StreamInstance* stream, TransferRule rule) {
+void HandOver(StreamInstance* stream, TransferRule rule, HandOverLimit limit) {
     if (stream->HandOverCalls++ != 0) {
         return;
     }
     LONG served = 0;
     do {
         served = stream->HandOverCalls;
-        HandOverAll(stream, rule);
+        HandOverSome(stream, rule, limit);
     } while (stream->HandOverCalls.fetch_sub(served) != served);
+}
+
+bool HeldBeforeReset(StreamInstance* stream, const WAVEHDR* header) {
+    const HeldHeader* held = header != nullptr ? stream->Held.Find(header) : nullptr;
+    return held != nullptr && held->Resets < stream->ResetCount;
 }
 
 void CountDone(StreamInstance* stream, HeldHeader* held) {

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "card/card_handle.h"
+#include "convert/capture.h"
 #include "stream/direction.h"
 #include "stream/header_ledger.h"
 
@@ -27,6 +28,7 @@ enum ConversionCode : WORD {
     FromALaw = 1,
     FromMuLaw = 2,
     Packed24 = 3,  // 3 bytes a sample to or from SlotLeft
+    Dithered = 4,  // input: SlotLeft to 8 or 16 bits
 };
 
 // The card's PCI configuration as a private message saved it.
@@ -86,6 +88,14 @@ struct StreamInstance {
     DWORD LoopPassesLeft;   // output: of the loop that is being handed over
     WAVEHDR* LoopStart;
     SharedWord Volume;  // output: low 16 bits
+
+    // Input; DriverMutex. Positions in frames, bytes in the client's layout.
+    DWORD StopPosition;    // latched by the last stop, whole transfer units
+    bool PositionLatched;  // the stream is stopped: the card's live position does not count
+    DWORD BytesDelivered;  // given back since the last start
+    DWORD CarriedBytes;    // recorded before it and not given back yet
+    DitherState Dither;
+    DitherState CarriedDither;  // for what was recorded before the last reset
 
     SharedWord Resetting;
     SharedWord IsOpen;

@@ -52,15 +52,10 @@ void BeginReset(StreamInstance* stream) {
     stream->QueuedLoopCount = 0;
 }
 
-bool WrittenBeforeReset(StreamInstance* stream, const WAVEHDR* header) {
-    const HeldHeader* held = stream->Held.Find(header);
-    return held != nullptr && held->Resets < stream->ResetCount;
-}
-
 // Unlinks what was queued before the reset; the ledger still has it.
 void EmptyQueue(StreamInstance* stream) {
     DriverLock lock;
-    while (stream->PendingHeaders != nullptr && WrittenBeforeReset(stream, stream->PendingHeaders)) {
+    while (HeldBeforeReset(stream, stream->PendingHeaders)) {
         TakePendingOutput(stream);
     }
     stream->LoopPassesLeft = 0;

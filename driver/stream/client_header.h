@@ -1,0 +1,20 @@
+// What both directions do with a header that the client hands in, before it is queued.
+#pragma once
+
+#include "stream/stream_instance.h"
+
+namespace kestvox {
+
+// MMSYSERR_INVALPARAM: null, another size than WAVEHDR's, no data. WAVERR_UNPREPARED.
+MMRESULT CheckClientHeader(const WAVEHDR* header, DWORD size);
+
+// Makes the header the stream's: owner, flags.
+void MarkAccepted(StreamInstance* stream, WAVEHDR* header);
+
+// Whether the card can use the header's own memory.
+bool IsCardAligned(const WAVEHDR* header);
+
+// Enters the header into the ledger and the queue. FALSE when there is no memory for its place.
+BOOL QueueClientHeader(StreamInstance* stream, WAVEHDR* header);
+
+}  // namespace kestvox
