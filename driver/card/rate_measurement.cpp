@@ -18,9 +18,9 @@ constexpr WORD LastMeasurableRateCode = 4;  // 32000 Hz
 
 BOOL Measure(CardHandle* handle, const RateMeter& meter, DWORD rate, DWORD* reading) {
     WriteCardRegister(handle, meter.Control, meter.Space, MeasureRate, MeasureRate);
-    DelayMicroseconds(handle, SamplePeriods(1, rate));
+    DelayMicroseconds(handle, PeriodsToMicroseconds(1, rate));
     WriteCardRegister(handle, meter.Control, meter.Space, 0, MeasureRate);
-    DelayMicroseconds(handle, SamplePeriods(MeasurePeriods, rate));
+    DelayMicroseconds(handle, PeriodsToMicroseconds(MeasurePeriods, rate));
     return ReadCardRegister(handle, meter.Reading, meter.Space, reading);
 }
 

@@ -57,12 +57,12 @@ void EnableReceiver(CardHandle* handle) {
 }
 
 BOOL ClockFailsAfterSwitch(CardHandle* handle, DWORD rate) {
-    DelayMicroseconds(handle, SamplePeriods(LockPeriods, rate));
+    DelayMicroseconds(handle, PeriodsToMicroseconds(LockPeriods, rate));
     return TakeClockFault(handle);
 }
 
 void WaitPeriods(const ClockRun& run, DWORD periods) {
-    DelayMicroseconds(run.Stream->Device, SamplePeriods(periods, run.Rate));
+    DelayMicroseconds(run.Stream->Device, PeriodsToMicroseconds(periods, run.Rate));
 }
 
 MMRESULT ProgramMasterRate(ClockRun& run) {

@@ -92,6 +92,7 @@ MMRESULT Dispatch(const MessageRow (&table)[Count], UINT message, DWORD_PTR user
     }
     for (const MessageRow& row : table) {
         if (row.Message == message) {
+            StreamUse use(stream);
             return row.Handle(stream, param1, param2);
         }
     }

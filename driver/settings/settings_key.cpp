@@ -67,7 +67,7 @@ BOOL SettingsKey::QueryString(const WCHAR* name, WCHAR** string) const {
         return FALSE;
     }
     // One more character: nothing says that the stored string has its terminator.
-    const DWORD characters = size / sizeof(WCHAR);
+    const DWORD characters = (size + 1) / sizeof(WCHAR);
     WCHAR* buffer = NewHeapArray<WCHAR>(characters + 1);
     if (buffer == nullptr) {
         return FALSE;

@@ -28,21 +28,26 @@ CardBuffer CardBufferOf(StreamInstance* stream, const WAVEHDR* header) {
     return buffer;
 }
 
+struct TakenHeader {
+    WAVEHDR* Header;  // null: none
+    DWORD Resets;     // of the stream when it was taken
+};
+
 // Takes the next header, if the rule allows one, and counts it in flight.
-WAVEHDR* TakeForHandOver(StreamInstance* stream) {
+TakenHeader TakeForHandOver(StreamInstance* stream) {
     DriverLock lock;
-    if (stream->Resetting != 0 || !MayHandOver(stream)) {
-        return nullptr;
+    if (stream->Closing != 0 || stream->Resetting != 0 || !MayHandOver(stream)) {
+        return {};
     }
     WAVEHDR* header = stream->Direction->TakePendingHeader(stream);
-    if (header == nullptr) {
-        return nullptr;
+    HeldHeader* held = header != nullptr ? stream->Held.Find(header) : nullptr;
+    if (held == nullptr) {
+        return {};
     }
-    HeldHeader* held = stream->Held.Find(header);
     ++held->InFlight;
     ++stream->InFlightCount;
     stream->InFlightBytes += static_cast<LONG>(held->Bytes);
-    return header;
+    return {header, stream->ResetCount};
 }
 
 // The kernel did not take the header: it goes back to the client like one that is done.
@@ -53,19 +58,17 @@ void GiveUp(StreamInstance* stream, WAVEHDR* header) {
             held->Refused = true;
         }
     }
-    CompleteFromOutside(stream, header);
+    CompleteRefusedHeader(stream, header);
 }
 
 void HandOverSome(StreamInstance* stream, TransferRule rule, HandOverLimit limit) {
-    DWORD resets = stream->ResetCount;
-    while (WAVEHDR* header = TakeForHandOver(stream)) {
-        if (!SubmitBuffer(stream, header)) {
-            GiveUp(stream, header);
+    for (TakenHeader taken = TakeForHandOver(stream); taken.Header != nullptr;
+         taken = TakeForHandOver(stream)) {
+        if (!SubmitBuffer(stream, taken.Header)) {
+            GiveUp(stream, taken.Header);
         }
-        // A reset that ran meanwhile has flushed the kernel's queue without this buffer.
-        if (const DWORD now = stream->ResetCount; now != resets) {
-            resets = now;
-            FlushBuffers(stream->Device);
+        if (stream->ResetCount != taken.Resets) {
+            FlushBuffers(stream->Device);  // a reset came in between and flushed without this buffer
         }
         if (rule == TransferRule::Always || stream->PortFlag(stream->Direction->PortRunning) != 0) {
             StartTransfer(stream->Device);
@@ -186,6 +189,10 @@ void ReturnSpentHeaders(StreamInstance* stream) {
 }
 
 void ReturnAllHeaders(StreamInstance* stream) {
+    {
+        DriverLock lock;
+        stream->PendingHeaders = nullptr;
+    }
     ReturnHeaders(stream, [](HeaderLedger& ledger) { return ledger.First(); });
 }
 

@@ -11,7 +11,7 @@ constexpr ULONG_PTR CardAlignment = 4;
 
 }  // namespace
 
-MMRESULT CheckClientHeader(const WAVEHDR* header, DWORD size) {
+MMRESULT CheckClientHeader(StreamInstance* stream, const WAVEHDR* header, DWORD size) {
     if (header == nullptr || size != sizeof(WAVEHDR)) {
         return MMSYSERR_INVALPARAM;
     }
@@ -21,7 +21,8 @@ MMRESULT CheckClientHeader(const WAVEHDR* header, DWORD size) {
     if (header->lpData == nullptr || header->dwBufferLength == 0) {
         return MMSYSERR_INVALPARAM;
     }
-    return MMSYSERR_NOERROR;
+    DriverLock lock;
+    return stream->Held.Find(header) != nullptr ? WAVERR_STILLPLAYING : MMSYSERR_NOERROR;
 }
 
 void MarkAccepted(StreamInstance* stream, WAVEHDR* header) {
@@ -35,6 +36,9 @@ bool IsCardAligned(const WAVEHDR* header) {
 
 BOOL QueueClientHeader(StreamInstance* stream, WAVEHDR* header) {
     DriverLock lock;
+    if (stream->Closing != 0) {
+        return FALSE;
+    }
     // While a loop is active its last header leads on to what comes after it.
     const bool chained = stream->PendingHeaders != nullptr || stream->LoopStart != nullptr;
     const HeldHeader* newest = stream->Held.Newest();

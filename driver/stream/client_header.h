@@ -6,7 +6,8 @@
 namespace kestvox {
 
 // MMSYSERR_INVALPARAM: null, another size than WAVEHDR's, no data. WAVERR_UNPREPARED.
-MMRESULT CheckClientHeader(const WAVEHDR* header, DWORD size);
+// WAVERR_STILLPLAYING: the stream has it already.
+MMRESULT CheckClientHeader(StreamInstance* stream, const WAVEHDR* header, DWORD size);
 
 // Makes the header the stream's: owner, flags.
 void MarkAccepted(StreamInstance* stream, WAVEHDR* header);
@@ -14,7 +15,8 @@ void MarkAccepted(StreamInstance* stream, WAVEHDR* header);
 // Whether the card can use the header's own memory.
 bool IsCardAligned(const WAVEHDR* header);
 
-// Enters the header into the ledger and the queue. FALSE when there is no memory for its place.
+// Enters the header into the ledger and the queue. FALSE when there is no memory for its place,
+// or the stream is closing.
 BOOL QueueClientHeader(StreamInstance* stream, WAVEHDR* header);
 
 }  // namespace kestvox

@@ -8,7 +8,6 @@ namespace kestvox {
 namespace {
 
 constexpr DWORD AnalogPort = 0;
-constexpr WORD TagNonAudio = 0x0092;  // IEC 61937 data in PCM frames
 constexpr WORD ExtensibleExtraSize = 22;
 
 // KSDATAFORMAT_SUBTYPE_PCM: 00000001-0000-0010-8000-00AA00389B71
@@ -107,7 +106,7 @@ BOOL AcceptFormat(const CardRecord& card, const WAVEFORMATEX& format, WORD tag, 
 
 BOOL AcceptOutputFormat(const CardRecord& card, DWORD port, const WAVEFORMATEX& format,
                         StreamFormat* accepted) {
-    if (format.wFormatTag == TagNonAudio) {
+    if (format.wFormatTag == FormatTagNonAudio) {
         // Only an S/PDIF output can mark it as what it is; its layout is that of PCM.
         return port != AnalogPort && AcceptFormat(card, format, WAVE_FORMAT_PCM, accepted);
     }

@@ -9,6 +9,9 @@
 
 namespace kestvox {
 
+// IEC 61937 data in PCM frames; digital output only.
+inline constexpr WORD FormatTagNonAudio = 0x0092;
+
 // Fills `*accepted` and answers TRUE when the card's output port takes the format: 1 or 2 channels, one
 // of eight rates, and a combination of tag, width and block alignment of the format table.
 BOOL AcceptOutputFormat(const CardRecord& card, DWORD port, const WAVEFORMATEX& format,

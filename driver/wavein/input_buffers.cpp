@@ -113,7 +113,7 @@ MMRESULT AddInputBuffer(StreamInstance* stream, WAVEHDR* header, DWORD size) {
         return MMSYSERR_INVALHANDLE;
     }
     stream->JustReset = 0;
-    MMRESULT result = CheckClientHeader(header, size);
+    MMRESULT result = CheckClientHeader(stream, header, size);
     if (result != MMSYSERR_NOERROR) {
         return result;
     }

@@ -2,6 +2,7 @@
 #include "stream/buffer_transport.h"
 #include "stream/driver_mutex.h"
 #include "stream/shadow_buffer.h"
+#include "stream/stream_reset.h"
 #include "stream/synchronized_start.h"
 #include "stream/wave_format.h"
 #include "wavein/input_steps.h"
@@ -62,29 +63,12 @@ void LatchPosition(StreamInstance* stream, DWORD frames) {
     stream->PositionLatched = true;
 }
 
-void BeginReset(StreamInstance* stream) {
+void SetRecordedAside(StreamInstance* stream) {
     DriverLock lock;
     CarryOver(stream);
     stream->BytesDelivered = BytesOfFrames(stream, stream->StopPosition);
     stream->CarriedDither = stream->Dither;
     stream->Dither = {};
-    ++stream->ResetCount;
-}
-
-void EmptyQueue(StreamInstance* stream) {
-    DriverLock lock;
-    while (HeldBeforeReset(stream, stream->PendingHeaders)) {
-        TakePendingHeader(stream);
-    }
-}
-
-// Whether the client has added anything from inside the callbacks of the reset.
-bool FinishReset(StreamInstance* stream) {
-    DriverLock lock;
-    const bool addedSince = stream->PendingHeaders != nullptr;
-    stream->Resetting = 0;
-    stream->JustReset = !addedSince;
-    return addedSince;
 }
 
 }  // namespace
@@ -115,9 +99,9 @@ MMRESULT StopInput(StreamInstance* stream) {
 }
 
 MMRESULT ResetInput(StreamInstance* stream) {
-    stream->Resetting = 1;
-    StopInput(stream);
     BeginReset(stream);
+    StopInput(stream);
+    SetRecordedAside(stream);
     FlushBuffers(stream->Device);
     EmptyQueue(stream);
     ReturnIdleHeaders(stream);

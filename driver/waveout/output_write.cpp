@@ -69,7 +69,7 @@ MMRESULT WriteOutput(StreamInstance* stream, WAVEHDR* header, DWORD size) {
         return MMSYSERR_INVALHANDLE;
     }
     stream->JustReset = 0;
-    MMRESULT result = CheckClientHeader(header, size);
+    MMRESULT result = CheckClientHeader(stream, header, size);
     if (result != MMSYSERR_NOERROR) {
         return result;
     }
