@@ -6,7 +6,7 @@
 namespace kestvox {
 
 // That many sample periods at `rate` Hz in microseconds, at least one. `periods` up to 4294.
-constexpr DWORD SamplePeriods(DWORD periods, DWORD rate) {
+constexpr DWORD PeriodsToMicroseconds(DWORD periods, DWORD rate) {
     return periods * 1000000u / rate + 1;
 }
 

@@ -45,17 +45,16 @@ inline constexpr DWORD InputHold = 0x02;
 // Port registers (PortSpace, through the stream's own handle)
 namespace port_register {
 inline constexpr DWORD Control = 0;
-}
+inline constexpr DWORD Receiver = 1;      // digital input port
+inline constexpr DWORD MeasuredRate = 2;  // digital input port
+}  // namespace port_register
 inline constexpr DWORD PortArm = 0x02;
 inline constexpr DWORD PortResync = 0x04;
 inline constexpr DWORD PortMono = 0x20;
 inline constexpr DWORD PortFormatMask = 0xC0;
 inline constexpr DWORD PortFormatShift = 6;
-
-// Measured rate of a digital signal (card register 10): bits 0-2 all set when there is none, bits 3-5
-// the rate class.
-inline constexpr DWORD NoMeasurement = 0x07;
-inline constexpr DWORD RateClassMask = 0x38;
+// Port register 1; MeasureRate as in card register 9
+inline constexpr DWORD PortReceiverOff = 0x01;
 
 BOOL WriteCard(CardHandle* handle, DWORD reg, DWORD value, DWORD mask);
 BOOL WritePort(CardHandle* handle, DWORD reg, DWORD value, DWORD mask);

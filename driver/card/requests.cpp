@@ -123,8 +123,7 @@ BOOL WritePciConfig(CardHandle* handle, DWORD offset, const void* buffer, DWORD 
 
 BOOL ReadNvramPage(CardHandle* handle, DWORD page, BYTE* buffer) {
     DWORD returned = 0;
-    return CardRequest(handle, IOCTL_READ_NVRAM_PAGE, &page, sizeof page, buffer, NvramPageSize, &returned) &&
-           returned == NvramPageSize;
+    return CardRequest(handle, IOCTL_READ_NVRAM_PAGE, &page, sizeof page, buffer, NvramPageSize, &returned);
 }
 
 BOOL SoftReset(CardHandle* handle) {

@@ -33,10 +33,18 @@ void MarkCard(ClockRun& run, CardRecord& card) {
     }
 }
 
-// Whether the master drives the link already: what calls for a resync is that it does not.
 bool DrivesLink(CardHandle* handle) {
     DWORD clock = 0;
     return ReadCardRegister(handle, card_register::Clock, CardSpace, &clock) && (clock & DriveLink) != 0;
+}
+
+// Takes the link off every card but the master. Whether who drives it changes: then every card of the
+// group has to resynchronise.
+bool LinkChanges(const ClockRun& run, const CardRecord& card, CardHandle* handle) {
+    if (&card == run.Master) {
+        return !DrivesLink(handle);
+    }
+    return WriteCardRegisterIfChanged(handle, card_register::Clock, CardSpace, 0, DriveLink);
 }
 
 void PulsePort(StreamInstance* stream) {
@@ -70,14 +78,12 @@ MMRESULT ForEachCard(Predicate takesPart, Action action) {
 }  // namespace
 
 MMRESULT MarkGroup(ClockRun& run) {
-    const MMRESULT result = ForEachCard(
-        [&run](CardRecord& card) {
-            MarkCard(run, card);
-            return TakesPart(card);
-        },
-        [](CardRecord&, CardHandle* handle) {
-            WriteCard(handle, card_register::ClockControl, ClockHold, ClockHold);
-        });
+    for (CardRecord* card = FirstCard(); card != nullptr; card = NextCard(card)) {
+        MarkCard(run, *card);
+    }
+    const MMRESULT result = ForEachCard(TakesPart, [](CardRecord&, CardHandle* handle) {
+        WriteCard(handle, card_register::ClockControl, ClockHold, ClockHold);
+    });
     if (result == MMSYSERR_NOERROR) {
         run.Master->SlavesPresent = run.Slaves;
     }
@@ -89,17 +95,15 @@ MMRESULT SettleLink(ClockRun& run) {
     if (!run.Slaves) {
         return MMSYSERR_NOERROR;
     }
-    return ForEachCard([](CardRecord&) { return true; },
-                       [&run](CardRecord& card, CardHandle* handle) {
-                           const bool changed = &card == run.Master ? !DrivesLink(handle)
-                                                                    : WriteCardRegisterIfChanged(
-                                                                          handle, card_register::Clock,
-                                                                          CardSpace, 0, DriveLink) != FALSE;
-                           run.Changed = run.Changed || changed;
-                           if (card.ResyncPending != 0) {
-                               SetInternalClock(handle, card);
-                           }
-                       });
+    const auto everyCard = [](const CardRecord&) { return true; };
+    return ForEachCard(everyCard, [&run](CardRecord& card, CardHandle* handle) {
+        if (LinkChanges(run, card, handle)) {
+            run.Changed = true;
+        }
+        if (card.ResyncPending != 0) {
+            SetInternalClock(handle, card);
+        }
+    });
 }
 
 // Takes the group off its old clocks before the master's changes.

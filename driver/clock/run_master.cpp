@@ -1,5 +1,6 @@
 #include "card/borrowed_handle.h"
 #include "card/delay.h"
+#include "card/rate_measurement.h"
 #include "card/registers.h"
 #include "clock/clock_run.h"
 #include "eventlog/driver_event.h"
@@ -11,10 +12,6 @@ namespace {
 constexpr DWORD FastestSingleSpeed = 54000;  // Hz
 constexpr DWORD ReceiverSettle = 50000;      // microseconds
 constexpr DWORD LockPeriods = 10;
-constexpr DWORD MeasurePeriods = 192;   // one block of channel status
-constexpr DWORD FirstRateClass = 0x18;  // 96000 Hz; each slower rate code adds one class
-constexpr DWORD RateClassStep = 0x08;
-constexpr WORD LastMeasurableRateCode = 4;  // 32000 Hz
 
 // Automatic: a lone digital recording takes the clock of what it records.
 DWORD ChooseMasterSource(const ClockRun& run) {
@@ -43,21 +40,6 @@ void AbandonMasterSource(ClockRun& run, CardHandle* handle) {
     ReportDriverEvent(ClockSourceNotValid);
 }
 
-void MeasureIncomingRate(const ClockRun& run, CardHandle* handle) {
-    WriteCard(handle, card_register::Receiver, MeasureRate, MeasureRate);
-    DelayMicroseconds(handle, SamplePeriods(1, run.Rate));
-    WriteCard(handle, card_register::Receiver, 0, MeasureRate);
-    DelayMicroseconds(handle, SamplePeriods(MeasurePeriods, run.Rate));
-}
-
-bool RateMatches(DWORD measured, WORD rateCode) {
-    if ((measured & NoMeasurement) == NoMeasurement) {
-        return false;
-    }
-    return rateCode > LastMeasurableRateCode ||
-           (measured & RateClassMask) == FirstRateClass + rateCode * RateClassStep;
-}
-
 }  // namespace
 
 DWORD DoubleSpeedFor(DWORD rate) {
@@ -75,12 +57,12 @@ void EnableReceiver(CardHandle* handle) {
 }
 
 BOOL ClockFailsAfterSwitch(CardHandle* handle, DWORD rate) {
-    DelayMicroseconds(handle, SamplePeriods(LockPeriods, rate));
+    DelayMicroseconds(handle, PeriodsToMicroseconds(LockPeriods, rate));
     return TakeClockFault(handle);
 }
 
 void WaitPeriods(const ClockRun& run, DWORD periods) {
-    DelayMicroseconds(run.Stream->Device, SamplePeriods(periods, run.Rate));
+    DelayMicroseconds(run.Stream->Device, PeriodsToMicroseconds(periods, run.Rate));
 }
 
 MMRESULT ProgramMasterRate(ClockRun& run) {
@@ -129,13 +111,8 @@ MMRESULT CheckIncomingRate(ClockRun& run) {
     if (!handle) {
         return MMSYSERR_NODRIVER;
     }
-    // The first measurement began before the receiver had settled: only the second one counts.
-    DWORD measured = 0;
-    MeasureIncomingRate(run, handle.Get());
-    ReadCardRegister(handle.Get(), card_register::ReceiverRate, CardSpace, &measured);
-    MeasureIncomingRate(run, handle.Get());
-    if (!ReadCardRegister(handle.Get(), card_register::ReceiverRate, CardSpace, &measured) ||
-        RateMatches(measured, run.RateCode)) {
+    const RateMeter meter = {CardSpace, card_register::Receiver, card_register::ReceiverRate};
+    if (MeasuredRateMatches(handle.Get(), meter, run.Rate, run.RateCode)) {
         return MMSYSERR_NOERROR;
     }
     ReportDriverEvent(MasterClockRateMismatch);

@@ -30,10 +30,10 @@ BOOL AttachProcess(HMODULE module) {
     ModuleHandle = module;
     DisableThreadLibraryCalls(module);
     InitializeStreamList();
-    const BOOL threads = InitializeServiceThreads();
+    InitializeServiceThreads();
     const BOOL mutex = OpenDriverMutex();
     DiscoverOnce();
-    return mutex && threads;
+    return mutex;
 }
 
 BOOL DetachProcess() {
@@ -48,6 +48,7 @@ BOOL DetachProcess() {
 void ReleaseProcess() {
     if (DriverMutex != nullptr) {
         CloseStreams(GetCurrentProcessId(), NoCard);
+        AwaitServiceThreads();
         CloseDriverMutex();
     }
 }

@@ -6,6 +6,7 @@
 #include "entry/device_capabilities.h"
 #include "stream/stream_open.h"
 #include "stream/stream_position.h"
+#include "wavein/wave_input.h"
 #include "waveout/wave_output.h"
 
 namespace kestvox {
@@ -68,6 +69,17 @@ constexpr MessageRow OutputMessages[] = {
     {DirectModeMessage, Plain<SetDirectMode>},
 };
 
+MMRESULT AddBuffer(StreamInstance* stream, DWORD_PTR header, DWORD_PTR size) {
+    return AddInputBuffer(stream, reinterpret_cast<WAVEHDR*>(header), static_cast<DWORD>(size));
+}
+
+constexpr MessageRow InputMessages[] = {
+    {WIDM_CLOSE, Plain<CloseStream>},          {WIDM_ADDBUFFER, AddBuffer},
+    {WIDM_START, Plain<StartInput>},           {WIDM_STOP, Plain<StopInput>},
+    {WIDM_RESET, Plain<ResetInput>},           {WIDM_GETPOS, Position},
+    {DirectModeMessage, Plain<SetDirectMode>},
+};
+
 template <unsigned Count>
 MMRESULT Dispatch(const MessageRow (&table)[Count], UINT message, DWORD_PTR user, DWORD_PTR param1,
                   DWORD_PTR param2) {
@@ -80,6 +92,7 @@ MMRESULT Dispatch(const MessageRow (&table)[Count], UINT message, DWORD_PTR user
     }
     for (const MessageRow& row : table) {
         if (row.Message == message) {
+            StreamUse use(stream);
             return row.Handle(stream, param1, param2);
         }
     }
@@ -106,8 +119,8 @@ extern "C" DWORD WINAPI wodMessage(UINT device, UINT message, DWORD_PTR user, DW
     }
 }
 
-// No input device opens, so there is no stream that another message could be meant for.
-extern "C" DWORD WINAPI widMessage(UINT device, UINT message, DWORD_PTR user, DWORD_PTR param1, DWORD_PTR) {
+extern "C" DWORD WINAPI widMessage(UINT device, UINT message, DWORD_PTR user, DWORD_PTR param1,
+                                   DWORD_PTR param2) {
     using namespace kestvox;
     switch (message) {
     case WIDM_GETNUMDEVS:
@@ -115,8 +128,9 @@ extern "C" DWORD WINAPI widMessage(UINT device, UINT message, DWORD_PTR user, DW
     case WIDM_GETDEVCAPS:
         return GetInputCapabilities(device, reinterpret_cast<WAVEINCAPSW*>(param1));
     case WIDM_OPEN:
-        return MMSYSERR_NOTSUPPORTED;
+        return OpenStream(InputDirection, device, reinterpret_cast<DWORD_PTR*>(user),
+                          reinterpret_cast<const WAVEOPENDESC*>(param1), static_cast<DWORD>(param2));
     default:
-        return user == 0 ? MMSYSERR_INVALPARAM : MMSYSERR_NOTSUPPORTED;
+        return Dispatch(InputMessages, message, user, param1, param2);
     }
 }

@@ -28,36 +28,53 @@ CardBuffer CardBufferOf(StreamInstance* stream, const WAVEHDR* header) {
     return buffer;
 }
 
+struct TakenHeader {
+    WAVEHDR* Header;  // null: none
+    DWORD Resets;     // of the stream when it was taken
+};
+
 // Takes the next header, if the rule allows one, and counts it in flight.
-WAVEHDR* TakeForHandOver(StreamInstance* stream) {
+TakenHeader TakeForHandOver(StreamInstance* stream) {
     DriverLock lock;
-    if (stream->Resetting != 0 || !MayHandOver(stream)) {
-        return nullptr;
+    if (stream->Closing != 0 || stream->Resetting != 0 || !MayHandOver(stream)) {
+        return {};
     }
     WAVEHDR* header = stream->Direction->TakePendingHeader(stream);
-    if (header == nullptr) {
-        return nullptr;
+    HeldHeader* held = header != nullptr ? stream->Held.Find(header) : nullptr;
+    if (held == nullptr) {
+        return {};
     }
-    HeldHeader* held = stream->Held.Find(header);
     ++held->InFlight;
     ++stream->InFlightCount;
     stream->InFlightBytes += static_cast<LONG>(held->Bytes);
-    return header;
+    return {header, stream->ResetCount};
 }
 
-void HandOverAll(StreamInstance* stream, TransferRule rule) {
-    DWORD resets = stream->ResetCount;
-    while (WAVEHDR* header = TakeForHandOver(stream)) {
-        if (!SubmitBuffer(stream, header)) {
-            CompleteFromOutside(stream, header);
+// The kernel did not take the header: it goes back to the client like one that is done.
+void GiveUp(StreamInstance* stream, WAVEHDR* header) {
+    {
+        DriverLock lock;
+        if (HeldHeader* held = stream->Held.Find(header)) {
+            held->Refused = true;
         }
-        // A reset that ran meanwhile has flushed the kernel's queue without this buffer.
-        if (const DWORD now = stream->ResetCount; now != resets) {
-            resets = now;
-            FlushBuffers(stream->Device);
+    }
+    CompleteRefusedHeader(stream, header);
+}
+
+void HandOverSome(StreamInstance* stream, TransferRule rule, HandOverLimit limit) {
+    for (TakenHeader taken = TakeForHandOver(stream); taken.Header != nullptr;
+         taken = TakeForHandOver(stream)) {
+        if (!SubmitBuffer(stream, taken.Header)) {
+            GiveUp(stream, taken.Header);
+        }
+        if (stream->ResetCount != taken.Resets) {
+            FlushBuffers(stream->Device);  // a reset came in between and flushed without this buffer
         }
         if (rule == TransferRule::Always || stream->PortFlag(stream->Direction->PortRunning) != 0) {
             StartTransfer(stream->Device);
+        }
+        if (limit == HandOverLimit::One) {
+            return;
         }
     }
 }
@@ -128,15 +145,20 @@ BOOL SubmitBuffer(StreamInstance* stream, WAVEHDR* header) {
            QueueBuffer(device, stream->DirectMode);
 }
 
-void HandOver(StreamInstance* stream, TransferRule rule) {
+void HandOver(StreamInstance* stream, TransferRule rule, HandOverLimit limit) {
     if (stream->HandOverCalls++ != 0) {
         return;
     }
     LONG served = 0;
     do {
         served = stream->HandOverCalls;
-        HandOverAll(stream, rule);
+        HandOverSome(stream, rule, limit);
     } while (stream->HandOverCalls.fetch_sub(served) != served);
+}
+
+bool HeldBeforeReset(StreamInstance* stream, const WAVEHDR* header) {
+    const HeldHeader* held = header != nullptr ? stream->Held.Find(header) : nullptr;
+    return held != nullptr && held->Resets < stream->ResetCount;
 }
 
 void CountDone(StreamInstance* stream, HeldHeader* held) {
@@ -167,6 +189,10 @@ void ReturnSpentHeaders(StreamInstance* stream) {
 }
 
 void ReturnAllHeaders(StreamInstance* stream) {
+    {
+        DriverLock lock;
+        stream->PendingHeaders = nullptr;
+    }
     ReturnHeaders(stream, [](HeaderLedger& ledger) { return ledger.First(); });
 }
 

@@ -24,11 +24,17 @@ enum class TransferRule {
     Always,
 };
 
+enum class HandOverLimit { None, One };
+
 // Hands headers over until the in-flight rule refuses or none is left. One thread at a time does so for
 // a stream: who comes second leaves its part to the first, so buffers reach the kernel in order and a
 // client that writes from inside a callback does not nest. A header that the kernel does not take goes
-// back to the client by way of the service thread, like one that is done.
-void HandOver(StreamInstance* stream, TransferRule rule);
+// back to the client by way of the service thread, like one that is done. A buffer that reaches the kernel
+// after a reset has flushed it is flushed again.
+void HandOver(StreamInstance* stream, TransferRule rule, HandOverLimit limit = HandOverLimit::None);
+
+// Whether the stream holds the header since before its last reset began; false for null. DriverMutex held.
+bool HeldBeforeReset(StreamInstance* stream, const WAVEHDR* header);
 
 // Takes a finished buffer out of the counts. DriverMutex held.
 void CountDone(StreamInstance* stream, HeldHeader* held);

@@ -24,14 +24,9 @@ void CloseDriverMutex() {
 }
 
 DriverLock::~DriverLock() {
-    if (held_) {
+    if (result_ == WAIT_OBJECT_0 || result_ == WAIT_ABANDONED) {
         ReleaseMutex(DriverMutex);
     }
-}
-
-bool DriverLock::Wait(DWORD milliseconds) {
-    const DWORD result = WaitForSingleObject(DriverMutex, milliseconds);
-    return result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
 }
 
 }  // namespace kestvox

@@ -2,7 +2,8 @@
 // to hand over, every completion, and the last close on a clock.
 //
 // Recursive for the thread that holds it. Lock order: DriverMutex, then a stream's control lock, then the
-// lock of the stream list. The client is called under DriverMutex only from a completion.
+// lock of the stream list. A completion calls the client under DriverMutex; nothing else takes it around
+// a call of the client.
 #pragma once
 
 #include <windows.h>
@@ -19,22 +20,21 @@ void CloseDriverMutex();
 // A named mutex with the same openness, for the first-load discovery; null when it cannot be had.
 HANDLE CreateSharedMutex(const WCHAR* name);
 
-// Holds DriverMutex for a scope. One that a dying process left behind counts as taken; without a mutex
-// (after DRV_FREE) the scope runs unlocked.
+// Holds DriverMutex for a scope. One that a dying process left behind counts as taken. Where there is no
+// mutex to be had (after DRV_FREE) the scope runs unlocked.
 class DriverLock {
 public:
-    DriverLock() : held_(Wait(INFINITE)) {}
-    explicit DriverLock(DWORD milliseconds) : held_(Wait(milliseconds)) {}
+    DriverLock() : DriverLock(INFINITE) {}
+    explicit DriverLock(DWORD milliseconds) : result_(WaitForSingleObject(DriverMutex, milliseconds)) {}
     ~DriverLock();
     DriverLock(const DriverLock&) = delete;
     DriverLock& operator=(const DriverLock&) = delete;
 
-    bool Held() const { return held_; }
+    // Another thread has kept the mutex all that time: the scope must not go on.
+    bool TimedOut() const { return result_ == WAIT_TIMEOUT; }
 
 private:
-    static bool Wait(DWORD milliseconds);
-
-    bool held_;
+    DWORD result_;
 };
 
 }  // namespace kestvox

@@ -42,7 +42,7 @@ bool HeaderLedger::Accept(WAVEHDR* header, DWORD bytes, DWORD resets) {
     if (begin_ + count_ == capacity_ && !MakeRoom()) {
         return false;
     }
-    entries_[begin_ + count_] = {header, bytes, 0, resets, false};
+    entries_[begin_ + count_] = {header, bytes, 0, resets, false, false};
     ++count_;
     return true;
 }

@@ -15,6 +15,7 @@ struct HeldHeader {
     DWORD Bytes;     // its dwBufferLength when it was accepted
     DWORD InFlight;  // times handed to the card and not completed; more than one in a loop
     DWORD Resets;    // resets of the stream before it was accepted
+    bool Refused;    // the kernel did not take it
     bool Spent;      // played for the last time, but only known afterwards: a loop was broken
 };
 

@@ -6,6 +6,7 @@
 #include "card/requests.h"
 #include "stream/buffer_transport.h"
 #include "stream/driver_mutex.h"
+#include "stream/shadow_buffer.h"
 
 namespace kestvox {
 
@@ -21,6 +22,9 @@ constexpr DWORD ExitPatience = 100;  // milliseconds
 // header, which the client may have freed by then.
 DWORD StreamSlot = TLS_OUT_OF_INDEXES;
 
+// Service threads of this process that may still run the library's code.
+SharedCount LiveThreads = 0;
+
 bool StopRequested(const StreamInstance* stream) {
     return WaitForSingleObject(stream->StopEvent, 0) == WAIT_OBJECT_0;
 }
@@ -35,6 +39,7 @@ void Complete(StreamInstance* stream, WAVEHDR* header) {
         CountDone(stream, held);
         if (held->InFlight == 0) {
             stream->Held.Forget(held);
+            ReleaseShadowBuffer(stream, header);
         }
         return;
     }
@@ -46,11 +51,11 @@ void Complete(StreamInstance* stream, WAVEHDR* header) {
 void Dispatch(StreamInstance* stream, WAVEHDR* header) {
     for (;;) {
         DriverLock lock(MutexPatience);
-        if (lock.Held()) {
+        if (!lock.TimedOut()) {
             Complete(stream, header);
             return;
         }
-        if (DriverMutex == nullptr || StopRequested(stream)) {
+        if (StopRequested(stream)) {
             return;
         }
     }
@@ -95,10 +100,22 @@ void CALLBACK BufferFinished(ULONG_PTR cookie, ULONG_PTR, ULONG_PTR) {
 }
 
 void CALLBACK SubmissionFailed(ULONG_PTR cookie) {
+    if (StreamInstance* stream = static_cast<StreamInstance*>(TlsGetValue(StreamSlot))) {
+        stream->RefusedCollected = true;
+    }
     Collect(reinterpret_cast<WAVEHDR*>(cookie));
 }
 
-// Room for the next wake-up is made between waits rather than in the middle of one.
+// A client that hands every refused buffer in again must not keep a time-critical thread turning.
+void NapAfterRefusal(StreamInstance* stream) {
+    if (stream->RefusedCollected) {
+        stream->RefusedCollected = false;
+        Sleep(1);
+    }
+}
+
+// Room for the next wake-up is made between waits rather than in the middle of one; what counts is how
+// many this one brought.
 void KeepRoom(StreamInstance* stream, LONG collected) {
     if (stream->CompletionCapacity * 3 / 4 < collected) {
         GrowCompletions(stream);
@@ -112,6 +129,7 @@ void Serve(StreamInstance* stream) {
         const LONG collected = stream->CompletionCount;
         DispatchCollected(stream);
         KeepRoom(stream, collected);
+        NapAfterRefusal(stream);
     }
     // The signalled event wins over calls that are queued already: fetch those too.
     while (SleepEx(0, TRUE) == WAIT_IO_COMPLETION) {
@@ -127,6 +145,7 @@ DWORD WINAPI ServiceThread(void* parameter) {
     if (stream->Completions == nullptr) {
         stream->ServiceFinished = 1;
         ReleaseStream(stream);
+        --LiveThreads;
         return 1;
     }
     SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_TIME_CRITICAL);
@@ -145,6 +164,7 @@ DWORD WINAPI ServiceThread(void* parameter) {
     // The stopper goes on as soon as this is set: after it the thread only lets its reference go.
     stream->ServiceFinished = 1;
     ReleaseStream(stream);
+    --LiveThreads;
     return 0;
 }
 
@@ -167,9 +187,15 @@ void AwaitService(StreamInstance* stream, const SharedWord& word) {
 
 }  // namespace
 
-BOOL InitializeServiceThreads() {
+void InitializeServiceThreads() {
     StreamSlot = TlsAlloc();
-    return StreamSlot != TLS_OUT_OF_INDEXES;
+}
+
+void AwaitServiceThreads() {
+    const DWORD start = timeGetTime();
+    while (LiveThreads > 0 && timeGetTime() - start < LongestWait) {
+        Sleep(1);
+    }
 }
 
 void DeleteServiceThreads() {
@@ -178,15 +204,20 @@ void DeleteServiceThreads() {
 }
 
 BOOL StartServiceThread(StreamInstance* stream) {
+    if (StreamSlot == TLS_OUT_OF_INDEXES) {
+        return FALSE;
+    }
     stream->StopEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     if (stream->StopEvent == nullptr) {
         return FALSE;
     }
     stream->ServiceRunning = 0;
     ++stream->References;
+    ++LiveThreads;
     stream->ServiceThread = CreateThread(nullptr, 0, ServiceThread, stream, 0, &stream->ServiceThreadId);
     if (stream->ServiceThread == nullptr) {
         --stream->References;
+        --LiveThreads;
         CloseHandle(stream->StopEvent);
         stream->StopEvent = nullptr;
         return FALSE;
@@ -204,6 +235,9 @@ BOOL StopServiceThread(StreamInstance* stream) {
     if (GetCurrentThreadId() != stream->ServiceThreadId) {
         AwaitService(stream, stream->ServiceFinished);
         finished = stream->ServiceFinished != 0 || ThreadEnded(stream, 0);
+        if (finished && stream->ServiceFinished == 0) {
+            --LiveThreads;  // it was ended from outside, as at the end of a process
+        }
     }
     if (finished) {
         // Lets it leave the library's code, which may be unloaded next. Only for a moment: while the
@@ -217,7 +251,7 @@ BOOL StopServiceThread(StreamInstance* stream) {
     return finished;
 }
 
-void CompleteFromOutside(StreamInstance* stream, WAVEHDR* header) {
+void CompleteRefusedHeader(StreamInstance* stream, WAVEHDR* header) {
     if (stream->ServiceRunning != 0 &&
         QueueUserAPC(SubmissionFailed, stream->ServiceThread, reinterpret_cast<ULONG_PTR>(header))) {
         return;

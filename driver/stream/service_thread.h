@@ -6,9 +6,13 @@
 
 namespace kestvox {
 
-// Once each, at process attach and detach. FALSE: no thread-local slot can be had.
-BOOL InitializeServiceThreads();
+// Once each, at process attach and detach. Without a thread-local slot no thread can be started later.
+void InitializeServiceThreads();
 void DeleteServiceThreads();
+
+// Waits, at most five seconds, until no service thread runs the library's code any more: those whose stream
+// was closed from inside a callback end by themselves.
+void AwaitServiceThreads();
 
 // TRUE when the thread is running and waiting. A stream whose thread cannot be started stays usable but
 // gets its buffers back only at a reset or close.
@@ -19,7 +23,8 @@ BOOL StartServiceThread(StreamInstance* stream);
 // the thread then lets go of the stream by itself, and the device must be left to it.
 BOOL StopServiceThread(StreamInstance* stream);
 
-// Completes a header as if the kernel had: on the service thread or, when that does not run, at once.
-void CompleteFromOutside(StreamInstance* stream, WAVEHDR* header);
+// Completes a header that the kernel did not take as if it had been done: on the service thread or, when
+// that does not run, at once.
+void CompleteRefusedHeader(StreamInstance* stream, WAVEHDR* header);
 
 }  // namespace kestvox

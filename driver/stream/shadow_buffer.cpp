@@ -7,6 +7,8 @@ namespace kestvox {
 
 namespace {
 
+constexpr DWORD LargestSize = 0xFFFFFFFC;  // in whole words
+
 DWORD WholeWords(DWORD size) {
     return (size + 3) & ~static_cast<DWORD>(3);
 }
@@ -90,6 +92,9 @@ ShadowBuffer* PopFree(StreamInstance* stream) {
 }  // namespace
 
 void* AcquireShadowBuffer(StreamInstance* stream, WAVEHDR* header, DWORD size) {
+    if (size > LargestSize) {
+        return nullptr;
+    }
     ShadowBuffer* buffer = PopFree(stream);
     if (buffer != nullptr && buffer->Size != size) {
         buffer = Resize(buffer, size);

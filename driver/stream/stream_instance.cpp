@@ -14,6 +14,16 @@ StreamInstance* NewStream() {
     return stream;
 }
 
+StreamUse::StreamUse(StreamInstance* stream) : stream_(stream) {
+    ++stream->References;
+    ++stream->Handlers;
+}
+
+StreamUse::~StreamUse() {
+    --stream_->Handlers;
+    ReleaseStream(stream_);
+}
+
 void ReleaseStream(StreamInstance* stream) {
     if (--stream->References != 0) {
         return;

@@ -1,12 +1,14 @@
 // One open wave device in one process.
 //
-// Made by the open, whose address WinMM passes back with every later message; unlinked by the close.
-// The record itself lives until the last of its users (owner, service thread) lets it go.
+// The open makes it, and WinMM passes its address back with every later message; the close unlinks it.
+// The record lives until the last of its users lets it go: the open stream itself, its service thread, and
+// every message that is being handled (a client may close from inside the callback of another message).
 // Words that the service thread and application threads share are atomic; the queue, ledger and shadow
-// buffers are guarded by DriverMutex; the rest does not change after the open.
+// buffers are guarded by DriverMutex; what open negotiated does not change.
 #pragma once
 
 #include "card/card_handle.h"
+#include "convert/capture.h"
 #include "stream/direction.h"
 #include "stream/header_ledger.h"
 
@@ -27,6 +29,7 @@ enum ConversionCode : WORD {
     FromALaw = 1,
     FromMuLaw = 2,
     Packed24 = 3,  // 3 bytes a sample to or from SlotLeft
+    Dithered = 4,  // input: SlotLeft to 8 or 16 bits
 };
 
 // The card's PCI configuration as a private message saved it.
@@ -80,14 +83,22 @@ struct StreamInstance {
     SharedCount InFlightCount;  // headers in the card
     SharedCount InFlightBytes;  // ... and their dwBufferLength
     SharedCount HandOverCalls;  // who asked for a hand-over that is going on
-    SharedWord ResetCount;      // generation of accepted headers
+    SharedWord ResetCount;      // resets begun; tells headers from before a reset from later ones
 
     DWORD QueuedLoopCount;  // output: passes stamped into headers between loop begin and loop end
     DWORD LoopPassesLeft;   // output: of the loop that is being handed over
     WAVEHDR* LoopStart;
     SharedWord Volume;  // output: low 16 bits
 
-    SharedWord Resetting;
+    // Input; DriverMutex. Positions in frames, bytes in the client's layout.
+    DWORD StopPosition;    // latched by the last stop, whole transfer units
+    bool PositionLatched;  // the stream is stopped: the card's live position does not count
+    DWORD BytesDelivered;  // given back since the last start
+    DWORD CarriedBytes;    // recorded before it and not given back yet
+    DitherState Dither;
+    DitherState CarriedDither;  // for what was recorded before the last reset
+
+    SharedWord Resetting;  // resets under way: a client may reset inside the callback of a reset
     SharedWord IsOpen;
     SharedWord Closing;    // the client can act on the stream no more
     SharedWord JustReset;  // set by a reset, cleared by whatever acts on the stream next
@@ -102,14 +113,29 @@ struct StreamInstance {
     WAVEHDR** Completions;       // collected by the service thread, which alone touches these four
     LONG CompletionCount;
     LONG CompletionsDispatched;
+    bool RefusedCollected;  // buffers that the kernel refused are among them; the service thread's own
     LONG CompletionCapacity;
 
-    SharedCount References;        // owner and service thread
+    SharedCount References;        // users, see above
+    SharedCount Handlers;          // messages that are being handled
+    SharedWord CountedRunning;     // the stream is in the clock master's running count
     LONG Loans;                    // borrowers of Device; the list's lock
     bool Lendable;                 // Device may be borrowed; the list's lock
     CRITICAL_SECTION ControlLock;  // serialises the port's starts and pauses
 
     SharedWord& PortFlag(SharedWord (CardRecord::*flags)[PortCount]) { return (Card->*flags)[Port]; }
+};
+
+// Keeps a stream's record, and its device handle, while a message is handled.
+class StreamUse {
+public:
+    explicit StreamUse(StreamInstance* stream);
+    ~StreamUse();
+    StreamUse(const StreamUse&) = delete;
+    StreamUse& operator=(const StreamUse&) = delete;
+
+private:
+    StreamInstance* stream_;
 };
 
 // Null when there is no memory. The record starts with one reference.

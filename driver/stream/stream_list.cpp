@@ -10,7 +10,7 @@ namespace {
 StreamInstance* Head = nullptr;
 CRITICAL_SECTION ListLock;
 
-constexpr int LongestLoan = 5000;  // milliseconds
+constexpr DWORD LongestLoan = 5000;  // milliseconds
 
 class ListGuard {
 public:
@@ -37,12 +37,17 @@ StreamLoan Lend(StreamInstance* stream) {
     return {stream, stream->Device};
 }
 
-StreamInstance* FindStream(DWORD processId, DWORD ordinal) {
+// With a reference that the caller lets go.
+StreamInstance* FindOpenStream(DWORD processId, DWORD ordinal) {
     ListGuard guard;
-    return FindFrom(Head, [=](const StreamInstance& stream) {
-        return (processId == 0 || stream.OwnerProcessId == processId) &&
+    StreamInstance* found = FindFrom(Head, [=](const StreamInstance& stream) {
+        return stream.Closing == 0 && (processId == 0 || stream.OwnerProcessId == processId) &&
                (ordinal == NoCard || stream.Card->Ordinal == ordinal);
     });
+    if (found != nullptr) {
+        ++found->References;
+    }
+    return found;
 }
 
 // A stream that is on loan stays on the list, so its successor can be found from it.
@@ -105,7 +110,8 @@ void ReturnLoan(const StreamLoan& loan) {
 void WithdrawDevice(StreamInstance* stream) {
     // A loan lasts one step of some operation. One that outlasts the limit belonged to a thread that was
     // ended in the middle of it, as at the end of a process.
-    for (int waits = 0; waits < LongestLoan; ++waits) {
+    const DWORD start = timeGetTime();
+    do {
         {
             ListGuard guard;
             stream->Lendable = false;
@@ -114,13 +120,14 @@ void WithdrawDevice(StreamInstance* stream) {
             }
         }
         Sleep(1);
-    }
+    } while (timeGetTime() - start < LongestLoan);
 }
 
 void CloseStreams(DWORD processId, DWORD ordinal) {
-    while (StreamInstance* stream = FindStream(processId, ordinal)) {
+    while (StreamInstance* stream = FindOpenStream(processId, ordinal)) {
         stream->OpenFlags = 0;
         ForceCloseStream(stream);
+        ReleaseStream(stream);
     }
 }
 

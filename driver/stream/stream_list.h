@@ -21,7 +21,7 @@ void RemoveStream(StreamInstance* stream);
 void WithdrawDevice(StreamInstance* stream);
 
 // Resets and closes every stream of a process (0: any) on a card (NoCard: any), without telling the
-// clients.
+// clients. A stream that its client is closing already is left to it.
 void CloseStreams(DWORD processId, DWORD ordinal);
 
 // Calls the suspend or resume routine of every stream's direction, in list order.

@@ -67,13 +67,13 @@ void LeaveClock(CardRecord& master, const Direction& direction) {
     }
 }
 
-// Closes the device now that nobody uses it. A service thread that is still at work keeps it and closes
-// it with the record.
+// Closes the device, unless somebody may still be using it: then whoever lets the stream go last does. The
+// closer's own message is one of the handlers, except when the library is let go.
 void CloseDevice(StreamInstance* stream) {
     const BOOL serviceFinished = StopServiceThread(stream);
     WithdrawDevice(stream);
     const bool closingFromCallback = GetCurrentThreadId() == stream->ServiceThreadId;
-    if (serviceFinished || closingFromCallback) {
+    if (stream->Handlers <= 1 && (serviceFinished || closingFromCallback)) {
         CloseCardHandle(stream->Device);
         stream->Device = nullptr;
     }
@@ -134,21 +134,22 @@ MMRESULT CloseStream(StreamInstance* stream) {
         ReportDriverEvent(ClosedWhileBusy);
         return WAVERR_STILLPLAYING;
     }
-    ForceCloseStream(stream);
-    return MMSYSERR_NOERROR;
+    return ForceCloseStream(stream) ? MMSYSERR_NOERROR : MMSYSERR_INVALHANDLE;
 }
 
-void ForceCloseStream(StreamInstance* stream) {
+BOOL ForceCloseStream(StreamInstance* stream) {
+    if (stream->Closing.exchange(1) != 0) {
+        return FALSE;
+    }
     const Direction& direction = *stream->Direction;
     CardRecord& master = *stream->ClockMaster;
-    stream->Closing = 1;
     direction.Reset(stream);
     direction.CleanUp(stream);
     if (&master != stream->Card) {
         CardDetach(master.Ordinal);
     }
     CloseDevice(stream);
-    // With its handle the kernel has let go of every buffer: what it did not give back is returned here.
+    // What the kernel did not give back at the reset is returned now.
     ReturnAllHeaders(stream);
     stream->PortFlag(direction.PortOpen) = 0;
     RemoveStream(stream);
@@ -158,6 +159,7 @@ void ForceCloseStream(StreamInstance* stream) {
     LeaveClock(master, direction);
     stream->IsOpen = 0;
     ReleaseStream(stream);
+    return TRUE;
 }
 
 }  // namespace kestvox

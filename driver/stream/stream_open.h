@@ -25,10 +25,10 @@ MMRESULT OpenStream(const Direction& direction, UINT device, DWORD_PTR* user, co
 
 // A close message. WAVERR_STILLPLAYING (and an entry in the event log) while headers are in the card and
 // the stream was not just reset: nothing has changed then. Else every header has been returned and the
-// stream is gone.
+// stream is gone. MMSYSERR_INVALHANDLE when it is being closed already.
 MMRESULT CloseStream(StreamInstance* stream);
 
-// The same without asking.
-void ForceCloseStream(StreamInstance* stream);
+// The same without asking. FALSE, and nothing is done, when the stream is being closed already.
+BOOL ForceCloseStream(StreamInstance* stream);
 
 }  // namespace kestvox

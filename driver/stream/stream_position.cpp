@@ -14,7 +14,7 @@ MMRESULT GetStreamPosition(StreamInstance* stream, MMTIME* time, DWORD size) {
         return MMSYSERR_ERROR;
     }
     if (time->wType == TIME_BYTES) {
-        time->u.cb = frames * ClientSampleSize(stream->SampleFormat, stream->Conversion) * stream->Channels;
+        time->u.cb = BytesOfFrames(stream, frames);
     } else {
         time->wType = TIME_SAMPLES;
         time->u.sample = frames;

@@ -17,7 +17,7 @@ DWORD HoldBits(const Direction& direction, const CardRecord& master) {
     return master.SyncWithOutput != 0 ? OutputHold | InputHold : direction.HoldBit;
 }
 
-bool OtherDirectionStarted(const Direction& direction, const CardRecord& master) {
+bool OtherDirectionIsReady(const Direction& direction, const CardRecord& master) {
     return master.SyncWithOutput == 0 ||
            master.*direction.OtherRunningCount >= master.*direction.OtherOpenCount;
 }
@@ -27,6 +27,7 @@ bool OtherDirectionStarted(const Direction& direction, const CardRecord& master)
 void SynchronizedStart(StreamInstance* stream) {
     const Direction& direction = *stream->Direction;
     CardRecord& master = *stream->ClockMaster;
+    stream->CountedRunning = 1;
     const LONG running = ++(master.*direction.RunningCount);
     if (running == 1 && master.*direction.OtherRunningCount == 0) {
         DecideRun(stream, direction, master);
@@ -40,7 +41,7 @@ void SynchronizedStart(StreamInstance* stream) {
     }
     WritePort(stream->Device, port_register::Control, PortArm, PortArm);
     ArmChannel(stream->Device);
-    if (master.*direction.OpenCount <= running && OtherDirectionStarted(direction, master)) {
+    if (master.*direction.OpenCount <= running && OtherDirectionIsReady(direction, master)) {
         ReleaseStartHold(master, HoldBits(direction, master));
     }
 }
@@ -48,7 +49,9 @@ void SynchronizedStart(StreamInstance* stream) {
 void SynchronizedStop(StreamInstance* stream) {
     const Direction& direction = *stream->Direction;
     CardRecord& master = *stream->ClockMaster;
-    --(master.*direction.RunningCount);
+    if (stream->CountedRunning.exchange(0) != 0) {  // not so when its transfer could not be started
+        --(master.*direction.RunningCount);
+    }
     if (master.SyncStart != 0) {
         SetStartHold(master, HoldBits(direction, master));
     }

@@ -7,7 +7,7 @@ namespace kestvox {
 
 namespace {
 
-constexpr WORD TagNonAudio = 0x0092;  // IEC 61937 data in PCM frames
+constexpr DWORD AnalogPort = 0;
 constexpr WORD ExtensibleExtraSize = 22;
 
 // KSDATAFORMAT_SUBTYPE_PCM: 00000001-0000-0010-8000-00AA00389B71
@@ -81,17 +81,8 @@ bool IsRate(DWORD rate) {
     return false;
 }
 
-}  // namespace
-
-BOOL AcceptOutputFormat(const CardRecord& card, DWORD port, const WAVEFORMATEX& format,
-                        StreamFormat* accepted) {
-    WORD tag = format.wFormatTag;
-    if (tag == TagNonAudio) {
-        if (port == 0) {
-            return FALSE;  // only an S/PDIF output can mark it as what it is
-        }
-        tag = WAVE_FORMAT_PCM;
-    }
+// `tag` is the table's tag for the format.
+BOOL AcceptFormat(const CardRecord& card, const WAVEFORMATEX& format, WORD tag, StreamFormat* accepted) {
     WORD validBits = 0;
     if (format.nChannels < 1 || format.nChannels > 2 || !ReadValidBits(format, &validBits)) {
         return FALSE;
@@ -108,6 +99,31 @@ BOOL AcceptOutputFormat(const CardRecord& card, DWORD port, const WAVEFORMATEX& 
     accepted->Conversion = row->Conversion;
     accepted->SampleRate = format.nSamplesPerSec;
     accepted->AvgBytesPerSec = format.nAvgBytesPerSec;
+    return TRUE;
+}
+
+}  // namespace
+
+BOOL AcceptOutputFormat(const CardRecord& card, DWORD port, const WAVEFORMATEX& format,
+                        StreamFormat* accepted) {
+    if (format.wFormatTag == FormatTagNonAudio) {
+        // Only an S/PDIF output can mark it as what it is; its layout is that of PCM.
+        return port != AnalogPort && AcceptFormat(card, format, WAVE_FORMAT_PCM, accepted);
+    }
+    return AcceptFormat(card, format, format.wFormatTag, accepted);
+}
+
+BOOL AcceptInputFormat(const CardRecord& card, DWORD port, const WAVEFORMATEX& format,
+                       StreamFormat* accepted) {
+    const bool recordable =
+        format.wFormatTag == WAVE_FORMAT_PCM || format.wFormatTag == WAVE_FORMAT_EXTENSIBLE;
+    if (!recordable || !AcceptFormat(card, format, format.wFormatTag, accepted)) {
+        return FALSE;
+    }
+    const bool narrow = accepted->SampleFormat == Sample8 || accepted->SampleFormat == Sample16;
+    if (narrow && port == AnalogPort && card.Settings.DitherADC != 0) {
+        accepted->Conversion = Dithered;
+    }
     return TRUE;
 }
 
@@ -130,6 +146,10 @@ DWORD ClientSampleSize(WORD sampleFormat, WORD conversion) {
     default:
         return 4;
     }
+}
+
+DWORD BytesOfFrames(const StreamInstance* stream, DWORD frames) {
+    return frames * ClientSampleSize(stream->SampleFormat, stream->Conversion) * stream->Channels;
 }
 
 }  // namespace kestvox

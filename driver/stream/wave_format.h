@@ -9,15 +9,25 @@
 
 namespace kestvox {
 
+// IEC 61937 data in PCM frames; digital output only.
+inline constexpr WORD FormatTagNonAudio = 0x0092;
+
 // Fills `*accepted` and answers TRUE when the card's output port takes the format: 1 or 2 channels, one
 // of eight rates, and a combination of tag, width and block alignment of the format table.
 BOOL AcceptOutputFormat(const CardRecord& card, DWORD port, const WAVEFORMATEX& format,
                         StreamFormat* accepted);
+
+// The same for an input port; the analog one dithers narrow formats when the card's setting asks for it.
+BOOL AcceptInputFormat(const CardRecord& card, DWORD port, const WAVEFORMATEX& format,
+                       StreamFormat* accepted);
 
 // The card's code for a rate that it can run at.
 WORD RateCodeOf(DWORD rate);
 
 // Bytes of one sample of one channel in the client's layout.
 DWORD ClientSampleSize(WORD sampleFormat, WORD conversion);
+
+// Bytes of so many frames in the client's layout, modulo 2^32.
+DWORD BytesOfFrames(const StreamInstance* stream, DWORD frames);
 
 }  // namespace kestvox

@@ -2,6 +2,7 @@
 #include "stream/buffer_transport.h"
 #include "stream/driver_mutex.h"
 #include "stream/shadow_buffer.h"
+#include "stream/stream_reset.h"
 #include "stream/synchronized_start.h"
 #include "waveout/output_steps.h"
 #include "waveout/wave_output.h"
@@ -35,8 +36,8 @@ bool IsPlaying(StreamInstance* stream) {
     return Running(stream) != 0 && Paused(stream) == 0;
 }
 
-// Stopped or paused: nothing runs, whatever the client did from inside the callbacks of a reset.
-void MarkStopped(StreamInstance* stream) {
+// Whatever the client did from inside the callbacks of a reset, the port does not run after it.
+void StopPort(StreamInstance* stream) {
     ControlGuard guard(stream);
     if (IsPlaying(stream)) {
         SynchronizedStop(stream);
@@ -45,35 +46,16 @@ void MarkStopped(StreamInstance* stream) {
     Running(stream) = 0;
 }
 
-void BeginReset(StreamInstance* stream) {
+// What is written from now on is in no loop that was begun before.
+void ForgetUnwrittenLoop(StreamInstance* stream) {
     DriverLock lock;
-    stream->Resetting = 1;
-    ++stream->ResetCount;
     stream->QueuedLoopCount = 0;
 }
 
-bool WrittenBeforeReset(StreamInstance* stream, const WAVEHDR* header) {
-    const HeldHeader* held = stream->Held.Find(header);
-    return held != nullptr && held->Resets < stream->ResetCount;
-}
-
-// Unlinks what was queued before the reset; the ledger still has it.
-void EmptyQueue(StreamInstance* stream) {
+void ForgetLoops(StreamInstance* stream) {
     DriverLock lock;
-    while (stream->PendingHeaders != nullptr && WrittenBeforeReset(stream, stream->PendingHeaders)) {
-        TakePendingOutput(stream);
-    }
     stream->LoopPassesLeft = 0;
     stream->LoopStart = nullptr;
-}
-
-// Whether the client has written anything from inside the callbacks of the reset.
-bool FinishReset(StreamInstance* stream) {
-    DriverLock lock;
-    const bool writtenSince = stream->PendingHeaders != nullptr;
-    stream->Resetting = 0;
-    stream->JustReset = !writtenSince;
-    return writtenSince;
 }
 
 }  // namespace
@@ -104,13 +86,15 @@ MMRESULT PauseOutput(StreamInstance* stream) {
 
 MMRESULT ResetOutput(StreamInstance* stream) {
     BeginReset(stream);
+    ForgetUnwrittenLoop(stream);
     LeaveLoop(stream);
     PauseOutput(stream);
     FlushBuffers(stream->Device);
     EmptyQueue(stream);
+    ForgetLoops(stream);
     ReturnIdleHeaders(stream);
     FreeShadowBuffers(stream);
-    MarkStopped(stream);
+    StopPort(stream);
     if (FinishReset(stream)) {
         HandOver(stream, TransferRule::WhileRunning);
         RestartOutput(stream);

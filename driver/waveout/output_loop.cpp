@@ -42,6 +42,7 @@ void GiveUpPasses(StreamInstance* stream) {
 }  // namespace
 
 void StampLoop(StreamInstance* stream, WAVEHDR* header) {
+    DriverLock lock;
     if (Has(header, WHDR_BEGINLOOP) && stream->QueuedLoopCount == 0) {
         stream->QueuedLoopCount = header->dwLoops != 0 ? header->dwLoops : 1;
     }

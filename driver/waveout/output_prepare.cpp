@@ -13,7 +13,6 @@ namespace kestvox {
 
 namespace {
 
-constexpr WORD TagNonAudio = 0x0092;
 constexpr DWORD AnalogPort = 0;
 
 // Mixer inputs that the port's playback feeds: of the analog output's mixer, then of the digital one's.
@@ -76,7 +75,7 @@ MMRESULT PrepareOutput(StreamInstance* stream, bool ignoreClockError) {
     }
     WritePort(stream->Device, port_register::Control, 0, PortArm);
     if (stream->Port != AnalogPort) {
-        SetDigitalOutputStatus(stream->Device, *stream->Card, stream->FormatTag == TagNonAudio);
+        SetDigitalOutputStatus(stream->Device, *stream->Card, stream->FormatTag == FormatTagNonAudio);
     }
     DisarmChannel(stream->Device);
     WriteStoredGains(stream, [](DWORD stored) { return stored; });

@@ -18,7 +18,7 @@ void ResumeOutput(StreamInstance* stream);
 WAVEHDR* TakePendingOutput(StreamInstance* stream);
 void OutputBufferDone(StreamInstance* stream, WAVEHDR* header);
 
-// Takes the header into the loop that is being written, if one is. DriverMutex held.
+// Takes the header into the loop that is being written, if one is.
 void StampLoop(StreamInstance* stream, WAVEHDR* header);
 
 // Ends the active loop with the current pass and returns the headers that have no pass left.

@@ -2,7 +2,7 @@
 
 #include "convert/expand.h"
 #include "stream/buffer_transport.h"
-#include "stream/driver_mutex.h"
+#include "stream/client_header.h"
 #include "stream/shadow_buffer.h"
 #include "waveout/output_steps.h"
 #include "waveout/wave_output.h"
@@ -10,8 +10,6 @@
 namespace kestvox {
 
 namespace {
-
-constexpr ULONG_PTR CardAlignment = 4;
 
 // From the client's samples to the card's, by conversion code.
 struct OutputConversion {
@@ -43,34 +41,9 @@ constexpr OutputConversion Conversions[] = {
     {3, 4, ExpandPacked},  // Packed24
 };
 
-MMRESULT CheckHeader(const WAVEHDR* header, DWORD size) {
-    if (header == nullptr || size != sizeof(WAVEHDR)) {
-        return MMSYSERR_INVALPARAM;
-    }
-    if ((header->dwFlags & WHDR_PREPARED) == 0) {
-        return WAVERR_UNPREPARED;
-    }
-    if (header->lpData == nullptr || header->dwBufferLength == 0) {
-        return MMSYSERR_INVALPARAM;
-    }
-    return MMSYSERR_NOERROR;
-}
-
-void MarkAccepted(StreamInstance* stream, WAVEHDR* header) {
-    header->reserved = reinterpret_cast<DWORD_PTR>(stream);
-    header->dwFlags = (header->dwFlags & ~static_cast<DWORD>(WHDR_DONE)) | WHDR_INQUEUE;
-    DriverLock lock;
-    StampLoop(stream, header);
-}
-
-bool CardReadsDirectly(const StreamInstance* stream, const WAVEHDR* header) {
-    return stream->Conversion == NoConversion &&
-           reinterpret_cast<ULONG_PTR>(header->lpData) % CardAlignment == 0;
-}
-
 // Converts the client's data into a shadow buffer, where the card cannot read it as it is.
 MMRESULT FillCardBuffer(StreamInstance* stream, WAVEHDR* header) {
-    if (CardReadsDirectly(stream, header)) {
+    if (stream->Conversion == NoConversion && IsCardAligned(header)) {
         return MMSYSERR_NOERROR;
     }
     const OutputConversion& conversion = Conversions[stream->Conversion];
@@ -89,20 +62,6 @@ MMRESULT FillCardBuffer(StreamInstance* stream, WAVEHDR* header) {
     return MMSYSERR_NOERROR;
 }
 
-// FALSE when there is no memory for the header's place in the ledger.
-BOOL QueueHeader(StreamInstance* stream, WAVEHDR* header) {
-    DriverLock lock;
-    // While a loop is active its last header leads on to what comes after it.
-    const bool chained = stream->PendingHeaders != nullptr || stream->LoopStart != nullptr;
-    const HeldHeader* newest = stream->Held.Newest();
-    WAVEHDR* behind = chained && newest != nullptr ? newest->Header : nullptr;
-    if (!stream->Held.Accept(header, header->dwBufferLength, stream->ResetCount)) {
-        return FALSE;
-    }
-    AppendPendingHeader(stream, header, behind);
-    return TRUE;
-}
-
 }  // namespace
 
 MMRESULT WriteOutput(StreamInstance* stream, WAVEHDR* header, DWORD size) {
@@ -110,16 +69,17 @@ MMRESULT WriteOutput(StreamInstance* stream, WAVEHDR* header, DWORD size) {
         return MMSYSERR_INVALHANDLE;
     }
     stream->JustReset = 0;
-    MMRESULT result = CheckHeader(header, size);
+    MMRESULT result = CheckClientHeader(stream, header, size);
     if (result != MMSYSERR_NOERROR) {
         return result;
     }
     MarkAccepted(stream, header);
+    StampLoop(stream, header);
     result = FillCardBuffer(stream, header);
     if (result != MMSYSERR_NOERROR) {
         return result;
     }
-    if (!QueueHeader(stream, header)) {
+    if (!QueueClientHeader(stream, header)) {
         ReleaseShadowBuffer(stream, header);
         return MMSYSERR_NOMEM;
     }

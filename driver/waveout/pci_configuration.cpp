@@ -1,3 +1,4 @@
+#include <cstddef>
 #include <cstring>
 
 #include "card/card_identity.h"
@@ -13,21 +14,16 @@ namespace {
 struct PciField {
     DWORD Offset;
     DWORD Size;
-    void* (*Saved)(PciConfiguration& saved);
+    size_t SavedAt;
 };
 
-template <auto Member>
-void* SavedField(PciConfiguration& saved) {
-    return &(saved.*Member);
-}
-
-constexpr PciField DeviceIds = {0x00, 4, SavedField<&PciConfiguration::DeviceIds>};
-constexpr PciField SubsystemIds = {0x2C, 4, SavedField<&PciConfiguration::SubsystemIds>};
-constexpr PciField ClassAndRevision = {0x08, 4, SavedField<&PciConfiguration::ClassAndRevision>};
-constexpr PciField Command = {0x04, 2, SavedField<&PciConfiguration::Command>};
-constexpr PciField LatencyTimer = {0x0D, 1, SavedField<&PciConfiguration::LatencyTimer>};
-constexpr PciField BaseAddress = {0x10, 4, SavedField<&PciConfiguration::BaseAddress>};
-constexpr PciField InterruptLine = {0x3C, 1, SavedField<&PciConfiguration::InterruptLine>};
+constexpr PciField DeviceIds = {0x00, 4, offsetof(PciConfiguration, DeviceIds)};
+constexpr PciField SubsystemIds = {0x2C, 4, offsetof(PciConfiguration, SubsystemIds)};
+constexpr PciField ClassAndRevision = {0x08, 4, offsetof(PciConfiguration, ClassAndRevision)};
+constexpr PciField Command = {0x04, 2, offsetof(PciConfiguration, Command)};
+constexpr PciField LatencyTimer = {0x0D, 1, offsetof(PciConfiguration, LatencyTimer)};
+constexpr PciField BaseAddress = {0x10, 4, offsetof(PciConfiguration, BaseAddress)};
+constexpr PciField InterruptLine = {0x3C, 1, offsetof(PciConfiguration, InterruptLine)};
 
 constexpr PciField SaveOrder[] = {DeviceIds,    SubsystemIds, ClassAndRevision, Command,
                                   LatencyTimer, BaseAddress,  InterruptLine};
@@ -35,10 +31,14 @@ constexpr PciField Identity[] = {DeviceIds, SubsystemIds, ClassAndRevision};
 constexpr PciField Resources[] = {LatencyTimer, BaseAddress, InterruptLine};
 constexpr PciField Enabling[] = {Command};
 
+BYTE* Saved(StreamInstance* stream, const PciField& field) {
+    return reinterpret_cast<BYTE*>(&stream->SavedPciConfig) + field.SavedAt;
+}
+
 template <unsigned Count>
 BOOL Save(StreamInstance* stream, const PciField (&fields)[Count]) {
     for (const PciField& field : fields) {
-        if (!ReadPciConfig(stream->Device, field.Offset, field.Saved(stream->SavedPciConfig), field.Size)) {
+        if (!ReadPciConfig(stream->Device, field.Offset, Saved(stream, field), field.Size)) {
             return FALSE;
         }
     }
@@ -48,7 +48,7 @@ BOOL Save(StreamInstance* stream, const PciField (&fields)[Count]) {
 template <unsigned Count>
 BOOL Write(StreamInstance* stream, const PciField (&fields)[Count]) {
     for (const PciField& field : fields) {
-        if (!WritePciConfig(stream->Device, field.Offset, field.Saved(stream->SavedPciConfig), field.Size)) {
+        if (!WritePciConfig(stream->Device, field.Offset, Saved(stream, field), field.Size)) {
             return FALSE;
         }
     }
@@ -61,7 +61,7 @@ BOOL Verify(StreamInstance* stream, const PciField (&fields)[Count]) {
     for (const PciField& field : fields) {
         DWORD current = 0;
         if (!ReadPciConfig(stream->Device, field.Offset, &current, field.Size) ||
-            memcmp(&current, field.Saved(stream->SavedPciConfig), field.Size) != 0) {
+            memcmp(&current, Saved(stream, field), field.Size) != 0) {
             return FALSE;
         }
     }

@@ -44,21 +44,6 @@ TEST_F(WaveDispatchTest, WithoutAStreamEveryMessageIsInvalid) {
     EXPECT_EQ(TraceText(), std::vector<std::string>{});
 }
 
-TEST_F(WaveDispatchTest, AnOpenNeedsItsPlaceItsDescriptionAndAFormat) {
-    const DriverLibrary library;
-    DWORD_PTR user = 0;
-    WAVEOPENDESC description = {};
-    const auto place = reinterpret_cast<DWORD_PTR>(&user);
-    const auto described = reinterpret_cast<DWORD_PTR>(&description);
-    EXPECT_EQ(library.WaveOut(0, WODM_OPEN, place, described), MMSYSERR_INVALPARAM);
-    WaveFormat format = PcmFormat(44100, 2, 16);
-    description.lpFormat = reinterpret_cast<LPWAVEFORMAT>(&format.Basic());
-    EXPECT_EQ(library.WaveOut(0, WODM_OPEN, 0, described), MMSYSERR_INVALPARAM);
-    EXPECT_EQ(library.WaveOut(0, WODM_OPEN, place, 0), MMSYSERR_INVALPARAM);
-    EXPECT_EQ(library.WaveOut(2, WODM_OPEN, place, described), MMSYSERR_BADDEVICEID);
-    EXPECT_EQ(user, 0u);
-}
-
 TEST_F(WaveDispatchTest, UnknownMessagesAreNotSupported) {
     ASSERT_EQ(player_.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
     Cards().ClearTrace();
@@ -68,18 +53,6 @@ TEST_F(WaveDispatchTest, UnknownMessagesAreNotSupported) {
         EXPECT_EQ(Send(message), MMSYSERR_NOTSUPPORTED) << message;
     }
     EXPECT_EQ(TraceText(), std::vector<std::string>{});
-}
-
-TEST_F(WaveDispatchTest, TheDriverLeavesHeadersToTheSystem) {
-    ASSERT_EQ(player_.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
-    BYTE data[64] = {};
-    WAVEHDR header = {};
-    header.lpData = reinterpret_cast<LPSTR>(data);
-    header.dwBufferLength = sizeof data;
-    EXPECT_EQ(waveOutPrepareHeader(player_.Handle(), &header, sizeof header), MMSYSERR_NOERROR);
-    EXPECT_EQ(header.dwFlags, DWORD{WHDR_PREPARED});
-    EXPECT_EQ(waveOutUnprepareHeader(player_.Handle(), &header, sizeof header), MMSYSERR_NOERROR);
-    EXPECT_EQ(header.dwFlags, 0u);
 }
 
 TEST_F(WaveDispatchTest, DirectModeTakesTheSlotsAsTheyAre) {
