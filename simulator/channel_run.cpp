@@ -10,22 +10,16 @@ uint8_t DirectionBit(unsigned channel) {
     return channel >= FirstOutput ? 0x01 : 0x02;
 }
 
-// An input that was told to stop misses nothing; an output is silent whatever the reason.
-bool MayMiss(const ChannelState& channel, bool input) {
-    return channel.Tally.Started && !(input && channel.CountsFromZero);
-}
-
-// Brings Moving and Missing in line with the run state, as of `tick`; a channel that may move now
+// Brings Moving and Silent in line with the run state, as of `tick`; a channel that may move now
 // begins with the frame at `next`.
-void Follow(CardState& card, unsigned index, uint64_t tick, uint64_t next) {
-    ChannelState& channel = card.Channels[index];
+void Follow(CardState& card, ChannelState& channel, uint64_t tick, uint64_t next) {
     const bool ready = channel.Acquired && channel.Armed && !channel.Waiting && !card.Held();
     const bool moving = ready && channel.TransferOn;
-    const bool missing = ready && !channel.TransferOn && MayMiss(channel, index < FirstOutput);
-    if (channel.Missing && !missing) {
-        channel.MissingPending += (moving ? next : tick) - channel.MissingFrom;
-    } else if (!channel.Missing && missing) {
-        channel.MissingFrom = tick;
+    const bool silent = ready && !channel.TransferOn && channel.Status.Started;
+    if (channel.Silent && !silent) {
+        channel.SilentPending += (moving ? next : tick) - channel.SilentFrom;
+    } else if (!channel.Silent && silent) {
+        channel.SilentFrom = tick;
     }
     if (moving && !channel.Moving) {
         channel.MoveFrom = next;
@@ -34,10 +28,10 @@ void Follow(CardState& card, unsigned index, uint64_t tick, uint64_t next) {
         channel.MoveUntil = tick;
     }
     channel.Moving = moving;
-    channel.Missing = missing;
+    channel.Silent = silent;
 }
 
-void FollowAtNextFrame(CardState& card, unsigned channel, int64_t now) {
+void FollowAtNextFrame(CardState& card, ChannelState& channel, int64_t now) {
     const uint64_t tick = card.TickAt(now);
     Follow(card, channel, tick, tick + 1 + card.Lag);
 }
@@ -50,12 +44,12 @@ void AcquireChannelHardware(MachineState& machine, unsigned card, unsigned chann
         return;
     }
     state.Acquired = true;
-    const unsigned inFlight = state.Tally.BuffersInFlight;
-    state.Tally = ChannelTally{};
-    state.Tally.BuffersInFlight = inFlight;
-    state.Tally.MostInFlight = inFlight;
-    state.MissingPending = 0;
-    FollowAtNextFrame(machine.Cards[card], channel, now);
+    const unsigned inFlight = state.Status.BuffersInFlight;
+    state.Status = OutputStatus{};
+    state.Status.BuffersInFlight = inFlight;
+    state.Status.MostInFlight = inFlight;
+    state.SilentPending = 0;
+    FollowAtNextFrame(machine.Cards[card], state, now);
 }
 
 void ReleaseChannelHardware(MachineState& machine, unsigned card, unsigned channel, int64_t now) {
@@ -65,7 +59,7 @@ void ReleaseChannelHardware(MachineState& machine, unsigned card, unsigned chann
     state.TransferOn = false;
     state.Armed = false;
     state.Waiting = false;
-    FollowAtNextFrame(machine.Cards[card], channel, now);
+    FollowAtNextFrame(machine.Cards[card], state, now);
 }
 
 void StartChannelTransfer(MachineState& machine, unsigned card, unsigned channel, int64_t now) {
@@ -75,17 +69,14 @@ void StartChannelTransfer(MachineState& machine, unsigned card, unsigned channel
         state.CountsFromZero = false;
     }
     state.TransferOn = true;
-    FollowAtNextFrame(machine.Cards[card], channel, now);
+    FollowAtNextFrame(machine.Cards[card], state, now);
 }
 
 void StopChannelTransfer(MachineState& machine, unsigned card, unsigned channel, int64_t now) {
     ChannelState& state = machine.Cards[card].Channels[channel];
     state.TransferOn = false;
     state.CountsFromZero = true;
-    FollowAtNextFrame(machine.Cards[card], channel, now);
-    if (channel < FirstOutput) {
-        state.MissingPending = 0;  // nothing of this recording will follow any more
-    }
+    FollowAtNextFrame(machine.Cards[card], state, now);
 }
 
 void ArmChannelRun(MachineState& machine, unsigned card, unsigned channel, int64_t now) {
@@ -97,19 +88,19 @@ void ArmChannelRun(MachineState& machine, unsigned card, unsigned channel, int64
     const uint8_t hold = machine.Cards[cardState.Supplier].CardFile[StartHoldRegister];
     state.Armed = true;
     state.Waiting = (cardState.PortFiles[channel][0] & ArmBit) != 0 && (hold & DirectionBit(channel)) != 0;
-    FollowAtNextFrame(cardState, channel, now);
+    FollowAtNextFrame(cardState, state, now);
 }
 
 void DisarmChannelRun(MachineState& machine, unsigned card, unsigned channel, int64_t now) {
     ChannelState& state = machine.Cards[card].Channels[channel];
     state.Armed = false;
     state.Waiting = false;
-    FollowAtNextFrame(machine.Cards[card], channel, now);
+    FollowAtNextFrame(machine.Cards[card], state, now);
 }
 
 void RunDry(CardState& card, unsigned channel, uint64_t tick) {
     card.Channels[channel].TransferOn = false;
-    Follow(card, channel, tick, tick);
+    Follow(card, card.Channels[channel], tick, tick);
 }
 
 void CountMoved(CardState& card, unsigned channel, uint64_t from, uint64_t frames) {
@@ -117,18 +108,18 @@ void CountMoved(CardState& card, unsigned channel, uint64_t from, uint64_t frame
     if (frames == 0) {
         return;
     }
-    if (!state.Tally.Started) {
-        state.Tally.Started = true;
-        state.Tally.StartFrame = state.MoveFromFrame + (from - state.MoveFrom);
+    if (!state.Status.Started) {
+        state.Status.Started = true;
+        state.Status.StartFrame = state.MoveFromFrame + (from - state.MoveFrom);
     }
     state.Position += static_cast<uint32_t>(frames);
-    state.Tally.FramesMoved += frames;
-    state.Tally.FramesMissed += state.MissingPending;
-    state.MissingPending = 0;
+    state.Status.FramesPlayed += frames;
+    state.Status.FramesSilent += state.SilentPending;
+    state.SilentPending = 0;
 }
 
 void ApplyHold(CardState& card, int64_t now) {
-    for (unsigned channel = 0; channel < ChannelCount; ++channel) {
+    for (ChannelState& channel : card.Channels) {
         FollowAtNextFrame(card, channel, now);
     }
 }
@@ -142,7 +133,7 @@ void ReleaseWaiting(MachineState& machine, unsigned supplier, uint8_t directions
         for (unsigned channel = 0; channel < ChannelCount; ++channel) {
             if ((directions & DirectionBit(channel)) != 0 && state.Channels[channel].Waiting) {
                 state.Channels[channel].Waiting = false;
-                FollowAtNextFrame(state, channel, now);
+                FollowAtNextFrame(state, state.Channels[channel], now);
             }
         }
     }

@@ -83,6 +83,7 @@ MMRESULT PrepareOutput(StreamInstance* stream, bool ignoreClockError) {
 }
 
 void CleanUpOutput(StreamInstance* stream) {
+    stream->PortFlag(&CardRecord::OutputResumePending) = 0;  // closed while suspended
     WriteStoredGains(stream, [](DWORD) { return 0u; });
 }
 

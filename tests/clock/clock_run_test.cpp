@@ -5,8 +5,6 @@
 
 namespace {
 
-using simulator::Port;
-
 const Lines HoldCard = {"write card 17 = 01 / 01"};
 const Lines ReleaseCard = {"write card 17 = 00 / 01"};
 const Lines KeepRate = {"read card 32", "write card 17 = 00 / 08"};

@@ -55,6 +55,19 @@ TEST_F(WaveDispatchTest, UnknownMessagesAreNotSupported) {
     EXPECT_EQ(TraceText(), std::vector<std::string>{});
 }
 
+TEST_F(WaveDispatchTest, OfThePrivateMessagesAnInputKnowsDirectModeOnly) {
+    HWAVEIN input = nullptr;
+    ASSERT_EQ(waveInOpen(&input, 0, PcmFormat(44100, 2, 16).Get(), 0, 0, CALLBACK_NULL), MMSYSERR_NOERROR);
+    Cards().ClearTrace();
+    for (const UINT message :
+         {UINT{WIDM_PREPARE}, UINT{WIDM_UNPREPARE}, 61u, UINT{WODM_PAUSE}, 0x4000u, 0x4001u, 0x4003u}) {
+        EXPECT_EQ(waveInMessage(input, message, 0, 0), MMSYSERR_NOTSUPPORTED) << message;
+    }
+    EXPECT_EQ(waveInMessage(input, DirectMode, 0, 0), MMSYSERR_NOERROR);
+    EXPECT_EQ(TraceText(), std::vector<std::string>{"write port 0 = C0 / C0"});
+    EXPECT_EQ(waveInClose(input), MMSYSERR_NOERROR);
+}
+
 TEST_F(WaveDispatchTest, DirectModeTakesTheSlotsAsTheyAre) {
     ASSERT_EQ(player_.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
     ASSERT_EQ(Cards().OutputRegister(0, simulator::Port::Analog, 0) & 0xC0, 0x40);

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <string>
 
 #include "platform/machine.h"
 #include "tests/processes/companion.h"

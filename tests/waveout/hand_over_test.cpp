@@ -67,6 +67,21 @@ TEST_F(HandOverTest, SoManyBuffersAreInFlight) {
     }
 }
 
+// The clock is set already, for the other port.
+TEST_F(HandOverTest, TheRequestsOfOpenAndClose) {
+    WavePlayer digital;
+    ASSERT_EQ(digital.Open(DigitalOut, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    Cards().ClearTrace();
+    ASSERT_EQ(player_.Open(AnalogOut, PcmFormat(44100, 1, 16)), MMSYSERR_NOERROR);
+    EXPECT_EQ(Sent(), Lines({"BIND_HANDLE 0 2", "ACQUIRE_CHANNEL", "write port 0 = 40 / C0",
+                             "write port 0 = 20 / 20", "write port 0 = 00 / 02", "DISARM_CHANNEL",
+                             "write card 3 = 02 / 07", "write card 2 = 80 / FF", "SET_COMPLETION_ROUTINE"}));
+    EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
+    EXPECT_EQ(Sent(), Lines({"FLUSH_BUFFERS", "write card 3 = 02 / 07", "write card 2 = 00 / FF",
+                             "SET_COMPLETION_ROUTINE 0", "RELEASE_CHANNEL"}));
+    EXPECT_EQ(digital.Close(), MMSYSERR_NOERROR);
+}
+
 TEST_F(HandOverTest, TheRequestsOfABuffer) {
     WaveFormat format = PcmFormat(44100, 2, 16);
     format.Basic().nAvgBytesPerSec = 0;
@@ -183,6 +198,41 @@ TEST_F(HandOverTest, WithoutMemoryAWriteIsRefused) {
         EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
         Cards().ForgetAudio();
     }
+}
+
+// The card reads plain samples from the client's memory, unless it cannot read at that address.
+TEST_F(HandOverTest, OnlyMisalignedBuffersAreCopied) {
+    const WaveFormat format = PcmFormat(44100, 2, 16);
+    for (unsigned misalignment = 0; misalignment < 5; ++misalignment) {
+        SCOPED_TRACE(misalignment);
+        WavePlayer player;
+        ASSERT_EQ(player.Open(AnalogOut, format), MMSYSERR_NOERROR);
+        EXPECT_EQ(waveOutPause(player.Handle()), MMSYSERR_NOERROR);
+        ASSERT_EQ(player.Write(Pattern(400), 0, 0, misalignment), MMSYSERR_NOERROR);
+        const std::vector<BYTE> later = Pattern(400, 2);
+        std::copy(later.begin(), later.end(), player.Header(0).lpData);
+        EXPECT_EQ(waveOutRestart(player.Handle()), MMSYSERR_NOERROR);
+        Cards().Advance(Second);
+        EXPECT_EQ(Played(), Sound(format, misalignment % 4 == 0 ? later : Pattern(400)));
+        EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
+        Cards().ForgetAudio();
+    }
+}
+
+TEST_F(HandOverTest, AResetGivesTheMemoryOfConversionsBack) {
+    const WaveFormat format = TaggedFormat(WAVE_FORMAT_MULAW, 8000, 1, 8);
+    Open(format);
+    const auto usageAfter = [this](unsigned buffers) {
+        for (unsigned i = 0; i < buffers; ++i) {
+            Write(80);
+        }
+        Cards().Advance(Second);
+        EXPECT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
+        return test_system::Usage();
+    };
+    const std::string few = usageAfter(1);
+    EXPECT_EQ(usageAfter(20), few);
+    ExpectEachReturnedOnce();
 }
 
 // A shadow buffer that cannot be resized is replaced.
