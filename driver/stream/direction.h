@@ -28,6 +28,8 @@ struct Direction {
     // Flags of the port on the stream's own card
     SharedWord (CardRecord::*PortOpen)[PortCount];
     SharedWord (CardRecord::*PortRunning)[PortCount];
+    SharedWord (CardRecord::*PortPaused)[PortCount];  // null: the direction has no pause
+    SharedWord (CardRecord::*PortResumePending)[PortCount];
 
     // Whether the card's port takes the format, and what it comes to.
     BOOL(*AcceptFormat)

@@ -118,6 +118,7 @@ struct StreamInstance {
 
     SharedCount References;        // users, see above
     SharedCount Handlers;          // messages that are being handled
+    SharedWord ArmBitSet;          // the port waits for the start hold when it is armed
     SharedWord CountedRunning;     // the stream is in the clock master's running count
     LONG Loans;                    // borrowers of Device; the list's lock
     bool Lendable;                 // Device may be borrowed; the list's lock

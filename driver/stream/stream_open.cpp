@@ -8,6 +8,7 @@
 #include "stream/notify_client.h"
 #include "stream/service_thread.h"
 #include "stream/stream_list.h"
+#include "stream/synchronized_start.h"
 
 namespace kestvox {
 
@@ -59,11 +60,37 @@ void CountOpen(StreamInstance* stream, CardRecord& master) {
 
 void LeaveClock(CardRecord& master, const Direction& direction) {
     --(master.*direction.OpenCount);
+    ReleaseWaitingStarts(direction, master);
     DriverLock lock;
     if (master.OpenOutputs == 0 && master.OpenInputs == 0) {
         master.GroupRate = 0;
         master.SyncStart = 0;
         master.SyncWithOutput = 0;
+        master.StartsWaiting = 0;
+    }
+}
+
+void CountDown(SharedCount& count) {
+    if (count > 0) {
+        --count;
+    }
+}
+
+// A close clears the port's open flag before it gives the channel back. So one that is still set after
+// the kernel has granted the channel is a dead process's, as are the counts and flags that go with it.
+void ForgetDeadOwner(StreamInstance* stream, CardRecord& master) {
+    const Direction& direction = *stream->Direction;
+    if (stream->PortFlag(direction.PortOpen) == 0) {
+        return;
+    }
+    bool counted = stream->PortFlag(direction.PortRunning).exchange(0) != 0;
+    if (direction.PortPaused != nullptr && stream->PortFlag(direction.PortPaused).exchange(0) != 0) {
+        counted = false;
+    }
+    stream->PortFlag(direction.PortResumePending) = 0;
+    CountDown(master.*direction.OpenCount);
+    if (counted) {
+        CountDown(master.*direction.RunningCount);
     }
 }
 
@@ -111,6 +138,7 @@ MMRESULT OpenStream(const Direction& direction, UINT device, DWORD_PTR* user, co
     if (result != MMSYSERR_NOERROR) {
         return result;
     }
+    ForgetDeadOwner(stream, master);
     CountOpen(stream, master);
     FillClient(stream, *description, flags);
     FillFormat(stream, format);
@@ -148,10 +176,10 @@ BOOL ForceCloseStream(StreamInstance* stream) {
     if (&master != stream->Card) {
         CardDetach(master.Ordinal);
     }
+    stream->PortFlag(direction.PortOpen) = 0;
     CloseDevice(stream);
     // What the kernel did not give back at the reset is returned now.
     ReturnAllHeaders(stream);
-    stream->PortFlag(direction.PortOpen) = 0;
     RemoveStream(stream);
     if (stream->IsOpen != 0) {
         NotifyClient(stream, direction.CloseMessage, 0);

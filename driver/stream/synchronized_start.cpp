@@ -17,9 +17,26 @@ DWORD HoldBits(const Direction& direction, const CardRecord& master) {
     return master.SyncWithOutput != 0 ? OutputHold | InputHold : direction.HoldBit;
 }
 
-bool OtherDirectionIsReady(const Direction& direction, const CardRecord& master) {
+// Every open stream that takes part in the run.
+bool EveryoneHasStarted(const Direction& direction, const CardRecord& master) {
+    if (master.*direction.OpenCount > master.*direction.RunningCount) {
+        return false;
+    }
     return master.SyncWithOutput == 0 ||
            master.*direction.OtherRunningCount >= master.*direction.OtherOpenCount;
+}
+
+void ReleaseHold(const Direction& direction, CardRecord& master) {
+    master.StartsWaiting = 0;
+    ReleaseStartHold(master, HoldBits(direction, master));
+}
+
+// Starts at once, also when an earlier run of the stream left its port waiting for the hold.
+void ArmAlone(StreamInstance* stream) {
+    if (stream->ArmBitSet.exchange(0) != 0) {
+        WritePort(stream->Device, port_register::Control, 0, PortArm);
+    }
+    ArmChannel(stream->Device);
 }
 
 }  // namespace
@@ -33,16 +50,25 @@ void SynchronizedStart(StreamInstance* stream) {
         DecideRun(stream, direction, master);
     }
     if (master.SyncStart == 0) {
-        ArmChannel(stream->Device);
+        ArmAlone(stream);
         return;
     }
     if (running == 1) {
         SetStartHold(master, direction.HoldBit);
     }
+    stream->ArmBitSet = 1;
     WritePort(stream->Device, port_register::Control, PortArm, PortArm);
     ArmChannel(stream->Device);
-    if (master.*direction.OpenCount <= running && OtherDirectionIsReady(direction, master)) {
-        ReleaseStartHold(master, HoldBits(direction, master));
+    master.StartsWaiting = 1;
+    if (EveryoneHasStarted(direction, master)) {
+        ReleaseHold(direction, master);
+    }
+}
+
+void ReleaseWaitingStarts(const Direction& direction, CardRecord& master) {
+    if (master.StartsWaiting != 0 && master.*direction.RunningCount > 0 &&
+        EveryoneHasStarted(direction, master)) {
+        ReleaseHold(direction, master);
     }
 }
 

@@ -15,4 +15,8 @@ void SynchronizedStart(StreamInstance* stream);
 // For a running port that stops or pauses: takes it out of the run and puts the hold back.
 void SynchronizedStop(StreamInstance* stream);
 
+// A stream of the direction has left the clock without having started: lets those go that waited for it
+// alone.
+void ReleaseWaitingStarts(const Direction& direction, CardRecord& master);
+
 }  // namespace kestvox

@@ -83,6 +83,8 @@ const Direction InputDirection = {
     .OtherRunningCount = &CardRecord::RunningOutputs,
     .PortOpen = &CardRecord::InputOpen,
     .PortRunning = &CardRecord::InputRunning,
+    .PortPaused = nullptr,
+    .PortResumePending = &CardRecord::InputResumePending,
     .AcceptFormat = AcceptInputFormat,
     .InitializeFields = NoMoreFields,
     .Prepare = PrepareInput,
@@ -100,6 +102,7 @@ MMRESULT PrepareInput(StreamInstance* stream, bool ignoreClockError) {
         return result;
     }
     WritePort(stream->Device, port_register::Control, 0, PortArm);
+    stream->ArmBitSet = 0;
     SelectSource(stream);
     if (!ignoreClockError && RateIsChecked(stream) && !IncomingRateMatches(stream)) {
         ReportDriverEvent(InputDataRateMismatch);
@@ -111,6 +114,7 @@ MMRESULT PrepareInput(StreamInstance* stream, bool ignoreClockError) {
 }
 
 void CleanUpInput(StreamInstance* stream) {
+    stream->PortFlag(&CardRecord::InputResumePending) = 0;  // closed while suspended
     SilenceGains(stream);
     if (stream->Port != AnalogPort && stream->Card->ActiveClockSource != DigitalInputClock) {
         WritePort(stream->Device, port_register::Receiver, PortReceiverOff, PortReceiverOff);

@@ -49,6 +49,8 @@ const Direction OutputDirection = {
     .OtherRunningCount = &CardRecord::RunningInputs,
     .PortOpen = &CardRecord::OutputOpen,
     .PortRunning = &CardRecord::OutputRunning,
+    .PortPaused = &CardRecord::OutputPaused,
+    .PortResumePending = &CardRecord::OutputResumePending,
     .AcceptFormat = AcceptOutputFormat,
     .InitializeFields = InitializeOutputFields,
     .Prepare = PrepareOutput,
@@ -74,6 +76,7 @@ MMRESULT PrepareOutput(StreamInstance* stream, bool ignoreClockError) {
         return result;
     }
     WritePort(stream->Device, port_register::Control, 0, PortArm);
+    stream->ArmBitSet = 0;
     if (stream->Port != AnalogPort) {
         SetDigitalOutputStatus(stream->Device, *stream->Card, stream->FormatTag == FormatTagNonAudio);
     }

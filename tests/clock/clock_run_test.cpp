@@ -278,7 +278,7 @@ TEST_F(TwoLinkClock, AStreamOnACardLendsItsHandle) {
                            .Step(0, ReadClock)
                            .Step(1, ReadClock)
                            .Borrowed(2, StopDriving)
-                           .Step(3, ReadClock)
+                           .Step(3, ReadClock + LeaveClock)
                            .Expected();
     EXPECT_NE(std::search(lines.begin(), lines.end(), link.begin(), link.end()), lines.end());
     for (const std::string& line : lines) {

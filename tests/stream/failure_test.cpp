@@ -75,23 +75,35 @@ TEST_F(StreamFailureTest, WhenNoBufferIsTakenAllComeBack) {
     ExpectPlayed({});
 }
 
-// A client that writes each returned buffer again must not get into a nest of callbacks.
+// A client that writes each returned buffer again must not get into a nest of callbacks, not even when
+// there is no thread to return them on.
 TEST_F(StreamFailureTest, AClientThatTriesAgainDoesNotNest) {
-    ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
-    int depth = 0;
-    int deepest = 0;
-    player_.OnDone([&](WAVEHDR& header) {
-        deepest = std::max(deepest, ++depth);
-        if (player_.DoneCount() < 2000) {
-            EXPECT_EQ(waveOutWrite(player_.Handle(), &header, sizeof header), MMSYSERR_NOERROR);
+    waveOutGetNumDevs();
+    for (const bool served : {true, false}) {
+        SCOPED_TRACE(served);
+        if (!served) {
+            test_system::FailCall("CreateThread", 1);
         }
-        --depth;
-    });
-    Fail("QUEUE_BUFFER", 0);
-    Write(1);
-    Cards().Advance(Second);
-    EXPECT_EQ(player_.DoneCount(), 2000u);
-    EXPECT_EQ(deepest, 1);
+        ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+        int depth = 0;
+        int deepest = 0;
+        player_.OnDone([&](WAVEHDR& header) {
+            deepest = std::max(deepest, ++depth);
+            if (player_.DoneCount() < 2000) {
+                EXPECT_EQ(waveOutWrite(player_.Handle(), &header, sizeof header), MMSYSERR_NOERROR);
+            }
+            --depth;
+        });
+        Fail("QUEUE_BUFFER", 0);
+        Write(1);
+        Cards().Advance(Second);
+        EXPECT_EQ(player_.DoneCount(), 2000u);
+        EXPECT_EQ(deepest, 1);
+        player_.OnDone(nullptr);
+        Cards().ClearFaults();
+        EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
+        player_.Forget();
+    }
 }
 
 TEST_F(StreamFailureTest, AStartThatFailsLosesNothing) {

@@ -50,6 +50,7 @@ void DriverTest::StoreText(unsigned card, const WCHAR* name, const std::u16strin
 
 void DriverTest::Follow(unsigned follower, unsigned master) {
     StoreText(follower, TEXT("Master"), simulator::Simulator::RegistryPath(master));
+    StoreSetting(follower, TEXT("ClockSource"), 32);
 }
 
 void DriverTest::AddFault(std::string_view fault) {
