@@ -309,9 +309,13 @@ TEST_F(ControlTest, AClientMayCloseFromInsideItsLastCallback) {
 // A client that answers every returned buffer with a new one, during a reset as well: the reset ends,
 // and what was written meanwhile is played.
 TEST_F(ControlTest, AResetDoesNotReturnWhatIsWrittenMeanwhile) {
-    bool answering = true;
+    // What comes back on the resetting thread is answered; the order of buffers that two threads write at
+    // the same time would be anybody's guess.
+    const DWORD resettingThread = GetCurrentThreadId();
+    size_t answers = 0;
     player_.OnDone([&](WAVEHDR&) {
-        if (answering) {
+        if (GetCurrentThreadId() == resettingThread) {
+            ++answers;
             Write();
         }
     });
@@ -321,9 +325,9 @@ TEST_F(ControlTest, AResetDoesNotReturnWhatIsWrittenMeanwhile) {
     written_.clear();
     Reset();
     LetFlushedBuffersComeBack();
+    EXPECT_GT(answers, 0u);
     EXPECT_EQ(player_.DoneCount(), 20u);
-    EXPECT_EQ(player_.HeaderCount(), 40u);
-    answering = false;
+    EXPECT_EQ(player_.HeaderCount(), 20u + answers);
     Cards().Advance(Second);
     EXPECT_EQ(Played(), Sound(format_, written_));
     ExpectEachReturnedOnce();
