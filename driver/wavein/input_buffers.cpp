@@ -63,7 +63,8 @@ DWORD RecordedBytes(StreamInstance* stream, const HeldHeader& held) {
         return count;
     }
     const DWORD frames = stream->PositionLatched ? stream->StopPosition : GetPosition(stream->Device);
-    const DWORD available = BytesOfFrames(stream, frames) - stream->BytesDelivered;
+    // The card has given the buffer back: when it does not tell how far it is, the buffer counts as full.
+    const DWORD available = frames == NoPosition ? room : UndeliveredBytes(stream, frames);
     const DWORD count = room < available ? room : available;
     stream->BytesDelivered += count;
     return count;
@@ -107,6 +108,11 @@ DWORD FillClientBuffer(StreamInstance* stream, WAVEHDR* header, DWORD count, Dit
 }
 
 }  // namespace
+
+DWORD UndeliveredBytes(const StreamInstance* stream, DWORD frames) {
+    const LONG difference = static_cast<LONG>(BytesOfFrames(stream, frames) - stream->BytesDelivered);
+    return difference > 0 ? static_cast<DWORD>(difference) : 0;
+}
 
 MMRESULT AddInputBuffer(StreamInstance* stream, WAVEHDR* header, DWORD size) {
     if (stream->Closing != 0) {

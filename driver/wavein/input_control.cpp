@@ -40,9 +40,8 @@ DWORD WholeUnits(const StreamInstance* stream, DWORD frames) {
 
 // What earlier runs and resets recorded belongs to the buffers that come back first.
 void CarryOver(StreamInstance* stream) {
-    const DWORD recorded = BytesOfFrames(stream, stream->StopPosition);
-    stream->CarriedBytes =
-        stream->InFlightCount != 0 ? stream->CarriedBytes + recorded - stream->BytesDelivered : 0;
+    const DWORD undelivered = UndeliveredBytes(stream, stream->StopPosition);
+    stream->CarriedBytes = stream->InFlightCount != 0 ? stream->CarriedBytes + undelivered : 0;
 }
 
 void BeginRun(StreamInstance* stream) {

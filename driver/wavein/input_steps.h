@@ -9,6 +9,11 @@ MMRESULT PrepareInput(StreamInstance* stream, bool ignoreClockError);
 void CleanUpInput(StreamInstance* stream);
 void SuspendInput(StreamInstance* stream);
 void ResumeInput(StreamInstance* stream);
+
+// Bytes of the client's layout recorded up to `frames` and not given back. None when more was given back:
+// a stop counts whole transfer units, a full buffer every byte. DriverMutex held.
+DWORD UndeliveredBytes(const StreamInstance* stream, DWORD frames);
+
 void CaptureBufferDone(StreamInstance* stream, WAVEHDR* header);
 
 }  // namespace kestvox

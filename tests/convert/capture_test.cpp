@@ -1,0 +1,340 @@
+// From the slots that the card records to the client's samples.
+#include "convert/capture.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <complex>
+#include <cstring>
+#include <numbers>
+#include <vector>
+
+#include "tests/support/wave_player.h"
+
+namespace {
+
+using namespace kestvox;
+
+std::vector<int32_t> RandomSlots(size_t count, unsigned seed = 1) {
+    const std::vector<BYTE> bytes = Pattern(count * 4, seed);
+    std::vector<int32_t> slots(count);
+    memcpy(slots.data(), bytes.data(), bytes.size());
+    return slots;
+}
+
+std::vector<int> Dither(const std::vector<int32_t>& slots, int bits, uint32_t type, unsigned channels,
+                        DitherState& state) {
+    if (bits == 8) {
+        std::vector<uint8_t> samples(slots.size());
+        DitherCapture8(samples.data(), slots.data(), slots.size(), type, channels, state);
+        return {samples.begin(), samples.end()};
+    }
+    std::vector<int16_t> samples(slots.size());
+    DitherCapture16(samples.data(), slots.data(), slots.size(), type, channels, state);
+    return {samples.begin(), samples.end()};
+}
+
+std::vector<int> Dither(const std::vector<int32_t>& slots, int bits, uint32_t type, unsigned channels = 1) {
+    DitherState state = {};
+    return Dither(slots, bits, type, channels, state);
+}
+
+TEST(Dither, SilenceGivesTheKnownSequences) {
+    struct Case {
+        int Bits;
+        uint32_t Type;
+        std::vector<int> Samples;
+        uint32_t Random;
+        int32_t Error;
+    };
+    const Case cases[] = {
+        {16, DitherRectangular, {0, 0, -1, -1, -1, 0}, 319818298, 0},
+        {16, DitherRectangularShaped, {0, 0, -1, 0, -1, 0}, 319818298, 20480},
+        {16, DitherTriangular, {0, -1, -1, -1, 0, -1}, 4038919332, 0},
+        {16, DitherTriangularShaped, {0, -1, 0, -1, 1, -1}, 4038919332, 26624},
+        {8, DitherRectangular, {128, 128, 127, 127, 127, 128}, 319818298, 0},
+        {8, DitherTriangularShaped, {128, 127, 128, 127, 129, 127}, 4038919332, 6815744},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(testing::Message() << test.Bits << " bits, type " << test.Type);
+        DitherState state = {};
+        EXPECT_EQ(Dither(std::vector<int32_t>(6), test.Bits, test.Type, 1, state), test.Samples);
+        EXPECT_EQ(state.Random, test.Random);
+        EXPECT_EQ(state.ShapingError[0], test.Error);
+        EXPECT_EQ(state.ShapingError[1], 0);
+    }
+}
+
+TEST(Dither, TheEndsOfTheRangeHold) {
+    constexpr int32_t highest = 0x7FFFFFFF;
+    constexpr int32_t lowest = -0x7FFFFFFF - 1;
+    for (uint32_t type = DitherRectangular; type <= DitherTriangularShaped; ++type) {
+        SCOPED_TRACE(type);
+        // Dither takes the highest value down by a step at most (its own truncation is one more), and
+        // never across the range; shaping adds up to a step of its own.
+        for (const int sample : Dither(std::vector<int32_t>(5000, highest), 16, type)) {
+            ASSERT_GE(sample, 32765);
+        }
+        for (const int sample : Dither(std::vector<int32_t>(5000, lowest), 16, type)) {
+            ASSERT_LE(sample, -32766);
+        }
+        for (const int sample : Dither(std::vector<int32_t>(5000, highest), 8, type)) {
+            ASSERT_GE(sample, 253);
+        }
+        for (const int sample : Dither(std::vector<int32_t>(5000, lowest), 8, type)) {
+            ASSERT_LE(sample, 2);
+        }
+    }
+    // The first draw is positive, the third negative.
+    EXPECT_EQ(Dither({highest, highest, lowest, lowest}, 16, DitherRectangular),
+              (std::vector<int>{32767, 32767, -32768, -32768}));
+    EXPECT_EQ(Dither({highest, highest, lowest, lowest}, 8, DitherRectangular),
+              (std::vector<int>{255, 255, 0, 0}));
+}
+
+// What the shaping carries on after a sample at either end of the range.
+TEST(Dither, SaturationLeavesTheErrorOfTheValueThatWasWritten) {
+    DitherState state = {};
+    Dither({0x7FFFFFFF}, 16, DitherRectangularShaped, 1, state);
+    EXPECT_EQ(state.ShapingError[0], 0xFFFF / 2);
+    state = {0, {-0x10000, 0}};  // takes the lowest value out of the range
+    Dither({-0x7FFFFFFF - 1}, 16, DitherRectangularShaped, 1, state);
+    EXPECT_EQ(state.ShapingError[0], -0x8000);
+}
+
+TEST(Dither, BuffersJoinWithoutATrace) {
+    const std::vector<int32_t> slots = RandomSlots(600);
+    for (const int bits : {8, 16}) {
+        for (uint32_t type = DitherRectangular; type <= DitherTriangularShaped; ++type) {
+            for (const unsigned channels : {1u, 2u}) {
+                SCOPED_TRACE(testing::Message() << bits << " bits, type " << type << ", " << channels);
+                DitherState whole = {};
+                const std::vector<int> expected = Dither(slots, bits, type, channels, whole);
+                DitherState state = {};
+                std::vector<int> samples;
+                for (const auto& [from, to] : {std::pair{0, 2}, {2, 300}, {300, 300}, {300, 600}}) {
+                    const auto part =
+                        Dither({slots.begin() + from, slots.begin() + to}, bits, type, channels, state);
+                    samples.insert(samples.end(), part.begin(), part.end());
+                }
+                EXPECT_EQ(samples, expected);
+                EXPECT_EQ(state.Random, whole.Random);
+                EXPECT_EQ(state.ShapingError[0], whole.ShapingError[0]);
+                EXPECT_EQ(state.ShapingError[1], whole.ShapingError[1]);
+            }
+        }
+    }
+}
+
+TEST(Dither, EachChannelCarriesItsOwnError) {
+    const std::vector<int32_t> slots = RandomSlots(400);
+    for (const uint32_t type : {DitherRectangularShaped, DitherTriangularShaped}) {
+        SCOPED_TRACE(type);
+        // The left channel does not hear of the right one: other samples there, the same draws.
+        std::vector<int32_t> other = RandomSlots(400, 2);
+        for (size_t i = 0; i < slots.size(); i += 2) {
+            other[i] = slots[i];
+        }
+        DitherState first = {};
+        DitherState second = {};
+        const std::vector<int> one = Dither(slots, 16, type, 2, first);
+        const std::vector<int> two = Dither(other, 16, type, 2, second);
+        for (size_t i = 0; i < slots.size(); i += 2) {
+            ASSERT_EQ(one[i], two[i]) << i;
+        }
+        EXPECT_EQ(first.ShapingError[0], second.ShapingError[0]);
+        EXPECT_NE(first.ShapingError[1], second.ShapingError[1]);
+
+        // A mono stream knows one error only.
+        DitherState mono = {7, {11, 4711}};
+        Dither(slots, 16, type, 1, mono);
+        EXPECT_EQ(mono.ShapingError[1], 4711);
+        EXPECT_NE(mono.ShapingError[0], 11);
+    }
+}
+
+// Without shaping only the draws matter, and they are dealt out in the order of the samples.
+TEST(Dither, UnshapedStereoIsLikeMonoOfTheSameSamples) {
+    const std::vector<int32_t> slots = RandomSlots(200);
+    for (const uint32_t type : {DitherRectangular, DitherTriangular}) {
+        EXPECT_EQ(Dither(slots, 16, type, 2), Dither(slots, 16, type, 1));
+        EXPECT_EQ(Dither(slots, 8, type, 2), Dither(slots, 8, type, 1));
+    }
+    EXPECT_NE(Dither(slots, 16, DitherTriangularShaped, 2), Dither(slots, 16, DitherTriangularShaped, 1));
+}
+
+TEST(Dither, UnknownTypesTruncate) {
+    const std::vector<int32_t> slots = {0x12345678, -1, 0x00FFFFFF, -0x01000000, 0x7FFFFFFF, -0x7FFFFFFF - 1};
+    for (const uint32_t type : {0u, 5u, 0xFFFFFFFFu}) {
+        for (const unsigned channels : {1u, 2u}) {
+            DitherState state = {99, {5, 6}};
+            EXPECT_EQ(Dither(slots, 16, type, channels, state),
+                      (std::vector<int>{0x1234, -1, 0xFF, -0x100, 32767, -32768}));
+            EXPECT_EQ(Dither(slots, 8, type, channels, state),
+                      (std::vector<int>{0x12 + 128, 127, 128, 127, 255, 0}));
+            EXPECT_EQ(state.Random, 99u);
+            EXPECT_EQ(state.ShapingError[0], 5);
+            EXPECT_EQ(state.ShapingError[1], 6);
+        }
+    }
+}
+
+TEST(Dither, EveryCountWritesSoManySamples) {
+    const std::vector<int32_t> slots = RandomSlots(10);
+    const std::vector<int> all = Dither(slots, 16, DitherTriangularShaped, 1);
+    for (size_t count = 0; count <= 9; ++count) {
+        std::vector<int16_t> samples(12, 0x5A5A);
+        std::vector<int16_t> expected = samples;
+        std::copy_n(all.begin(), count, expected.begin());
+        DitherState state = {};
+        DitherCapture16(samples.data(), slots.data(), count, DitherTriangularShaped, 1, state);
+        EXPECT_EQ(samples, expected) << count;
+    }
+}
+
+// --- what dither is for: the error it leaves, measured in output steps -------------------------
+
+constexpr size_t Block = 1024;
+constexpr size_t Blocks = 32;
+constexpr double Step = 65536;
+
+std::vector<double> Errors(const std::vector<int32_t>& slots, uint32_t type) {
+    const std::vector<int> samples = Dither(slots, 16, type);
+    std::vector<double> errors(slots.size());
+    for (size_t i = 0; i < slots.size(); ++i) {
+        errors[i] = samples[i] - slots[i] / Step;
+    }
+    return errors;
+}
+
+double Mean(const std::vector<double>& values) {
+    double sum = 0;
+    for (const double value : values) {
+        sum += value;
+    }
+    return sum / static_cast<double>(values.size());
+}
+
+double Variance(const std::vector<double>& values) {
+    const double mean = Mean(values);
+    double sum = 0;
+    for (const double value : values) {
+        sum += (value - mean) * (value - mean);
+    }
+    return sum / static_cast<double>(values.size());
+}
+
+void Transform(std::vector<std::complex<double>>& values) {
+    const size_t count = values.size();
+    if (count == 1) {
+        return;
+    }
+    std::vector<std::complex<double>> even(count / 2);
+    std::vector<std::complex<double>> odd(count / 2);
+    for (size_t i = 0; i < count / 2; ++i) {
+        even[i] = values[2 * i];
+        odd[i] = values[2 * i + 1];
+    }
+    Transform(even);
+    Transform(odd);
+    for (size_t i = 0; i < count / 2; ++i) {
+        const double angle = -2 * std::numbers::pi * static_cast<double>(i) / static_cast<double>(count);
+        const std::complex<double> turned = std::polar(1.0, angle) * odd[i];
+        values[i] = even[i] + turned;
+        values[i + count / 2] = even[i] - turned;
+    }
+}
+
+// Noise power of the highest eighth of the band over that of the lowest, in dB.
+double Tilt(const std::vector<double>& errors) {
+    const double mean = Mean(errors);
+    double low = 0;
+    double high = 0;
+    for (size_t block = 0; block < Blocks; ++block) {
+        std::vector<std::complex<double>> values(Block);
+        for (size_t i = 0; i < Block; ++i) {
+            values[i] = errors[block * Block + i] - mean;
+        }
+        Transform(values);
+        constexpr size_t band = Block / 2 / 8;
+        for (size_t i = 1; i < band; ++i) {
+            low += std::norm(values[i]);
+            high += std::norm(values[Block / 2 - i]);
+        }
+    }
+    return 10 * std::log10(high / low);
+}
+
+// A tone of a few steps, off the grid of the transform.
+std::vector<int32_t> QuietTone() {
+    std::vector<int32_t> slots(Block * Blocks);
+    for (size_t i = 0; i < slots.size(); ++i) {
+        slots[i] = static_cast<int32_t>(std::lround(7.3 * Step * std::sin(0.0617 * static_cast<double>(i))));
+    }
+    return slots;
+}
+
+TEST(DitherNoise, HasItsFloorAndShape) {
+    struct Case {
+        uint32_t Type;
+        double Variance;  // in steps: 1/12 of the quantiser, 1/12 of each draw; shaping adds its share
+        double Tilt;      // dB: none, or that of 1 - z^-1 / 2, from 0.5 at the bottom to 1.5 at the top
+    };
+    const double shaped = 20 * std::log10(1.5 / 0.5);
+    const Case cases[] = {
+        {DitherRectangular, 2.0 / 12, 0},
+        {DitherRectangularShaped, 2.0 / 12 * 1.25, shaped},
+        {DitherTriangular, 3.0 / 12, 0},
+        {DitherTriangularShaped, 3.0 / 12 * 1.25, shaped},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.Type);
+        const std::vector<double> errors = Errors(QuietTone(), test.Type);
+        EXPECT_NEAR(Variance(errors) / test.Variance, 1, 0.05);
+        EXPECT_NEAR(Tilt(errors), test.Tilt, 1);
+    }
+    EXPECT_NEAR(Variance(Errors(QuietTone(), NoDither)) * 12, 1, 0.05);
+}
+
+// Two draws make the noise power independent of where the signal lies between two steps; one draw
+// leaves none at a step's boundary.
+TEST(DitherNoise, TwoDrawsDoNotModulate) {
+    const auto powerAt = [](double position, uint32_t type) {
+        const auto level = static_cast<int32_t>(std::lround((100 + position) * Step));
+        return Variance(Errors(std::vector<int32_t>(20000, level), type));
+    };
+    for (const double position : {0.0, 0.125, 0.25, 0.5, 0.75, 0.875}) {
+        EXPECT_NEAR(powerAt(position, DitherTriangular), 0.25, 0.01) << position;
+    }
+    EXPECT_NEAR(powerAt(0, DitherRectangular), 0.25, 0.01);
+    EXPECT_EQ(powerAt(0.5, DitherRectangular), 0.0);
+}
+
+// --- packed 24 bits ----------------------------------------------------------------------------
+
+TEST(PackCapture24, KeepsTheTopThreeBytes) {
+    const uint32_t slots[] = {0x11223344, 0x55667788};
+    uint8_t bytes[6] = {};
+    PackCapture24(bytes, slots, 2);
+    EXPECT_EQ(std::vector<int>(bytes, bytes + 6), (std::vector<int>{0x33, 0x22, 0x11, 0x77, 0x66, 0x55}));
+}
+
+// At any alignment of the client's memory, in blocks that end with the last sample.
+TEST(PackCapture24, EveryCountIsLikeOneSampleAtATime) {
+    constexpr uint8_t guard = 0x5A;
+    for (size_t count = 0; count <= 9; ++count) {
+        for (size_t shift = 0; shift < 4; ++shift) {
+            const std::vector<int32_t> random = RandomSlots(count, static_cast<unsigned>(count + 1));
+            const std::vector<uint32_t> slots(random.begin(), random.end());
+            std::vector<uint8_t> expected(shift + 3 * count + 4, guard);
+            for (size_t i = 0; i < 3 * count; ++i) {
+                expected[shift + i] = static_cast<uint8_t>(slots[i / 3] >> (8 + i % 3 * 8));
+            }
+            std::vector<uint8_t> bytes(expected.size(), guard);
+            PackCapture24(bytes.data() + shift, slots.data(), count);
+            EXPECT_EQ(bytes, expected) << count << " samples at " << shift;
+        }
+    }
+}
+
+}  // namespace
