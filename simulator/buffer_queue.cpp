@@ -44,47 +44,12 @@ size_t BufferQueue::Read(SampleLayout layout, size_t count, Frame* out, std::vec
     return done;
 }
 
-size_t BufferQueue::Write(SampleLayout layout, const Frame* frames, size_t count,
-                          std::vector<QueuedBuffer>& finished) {
-    const size_t frameBytes = layout.FrameBytes();
-    size_t done = 0;
-    while (!buffers_.empty() && (done < count || partBytes_ > 0)) {
-        if (const size_t whole = WholeFrames(frameBytes, count - done); partBytes_ == 0 && whole > 0) {
-            EncodeFrames(layout, frames + done, whole, Here());
-            Skip(whole * frameBytes, finished);
-            done += whole;
-            continue;
-        }
-        if (partBytes_ == 0) {
-            EncodeFrames(layout, frames + done, 1, part_);
-            partBytes_ = frameBytes;
-            ++done;
-        }
-        const size_t fits = std::min(partBytes_, buffers_.front().Length - offset_);
-        std::memcpy(Here(), part_, fits);
-        partBytes_ -= fits;
-        std::memmove(part_, part_ + fits, partBytes_);
-        Skip(fits, finished);
-    }
-    return done;
-}
-
-uint64_t BufferQueue::FramesToFirstRead(SampleLayout layout) const {
+uint64_t BufferQueue::FramesToFirst(SampleLayout layout) const {
     if (buffers_.empty()) {
         return 0;
     }
     const size_t frameBytes = layout.FrameBytes();
     return (partBytes_ + buffers_.front().Length - offset_ + frameBytes - 1) / frameBytes;
-}
-
-uint64_t BufferQueue::FramesToFirstWritten(SampleLayout layout) const {
-    if (buffers_.empty()) {
-        return 0;
-    }
-    // The rest of the frame before comes along with the next one.
-    const size_t frameBytes = layout.FrameBytes();
-    const size_t room = buffers_.front().Length - offset_;
-    return room <= partBytes_ ? 1 : (room - partBytes_ + frameBytes - 1) / frameBytes;
 }
 
 std::vector<QueuedBuffer> BufferQueue::TakeAll() {

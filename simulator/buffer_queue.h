@@ -1,5 +1,5 @@
-// The buffers that wait on one channel, as one continuous stream of bytes: a frame may begin in one
-// buffer and end in the next. The memory is the client's; it is touched only while its buffer is here.
+// The buffers that wait on an output channel, as one continuous stream of bytes: a frame may begin in one
+// buffer and end in the next. The memory is the client's; it is read only while its buffer is here.
 #pragma once
 
 #include <windows.h>
@@ -23,15 +23,13 @@ class BufferQueue {
 public:
     void Append(const QueuedBuffer& buffer) { buffers_.push_back(buffer); }
 
-    // Moves up to `count` frames out of (Read) or into (Write) the buffers and answers how many. Fewer
-    // than asked for: the data, or the room, has run out; bytes that do not make a frame are then kept
-    // for the frame that the next buffer completes. Buffers that are through are added to `finished`.
+    // Takes up to `count` frames out of the buffers and answers how many. Fewer than asked for: the data
+    // has run out; bytes that do not make a frame are then kept for the frame that the next buffer
+    // completes. Buffers that are through are added to `finished`.
     size_t Read(SampleLayout layout, size_t count, Frame* out, std::vector<QueuedBuffer>& finished);
-    size_t Write(SampleLayout layout, const Frame* frames, size_t count, std::vector<QueuedBuffer>& finished);
 
-    // Frames until the first buffer is through, read or written; 0 when there is none.
-    uint64_t FramesToFirstRead(SampleLayout layout) const;
-    uint64_t FramesToFirstWritten(SampleLayout layout) const;
+    // Frames until the first buffer is through; 0 when there is none.
+    uint64_t FramesToFirst(SampleLayout layout) const;
 
     // Gives up every buffer, in order, and the part of a frame that was kept.
     std::vector<QueuedBuffer> TakeAll();
@@ -40,13 +38,12 @@ private:
     // The largest number of whole frames that lie in the first buffer from here.
     size_t WholeFrames(size_t frameBytes, size_t count) const;
     void Skip(size_t bytes, std::vector<QueuedBuffer>& finished);
-    uint8_t* Here() const { return buffers_.front().Data + offset_; }
+    const uint8_t* Here() const { return buffers_.front().Data + offset_; }
 
     std::deque<QueuedBuffer> buffers_;
     size_t offset_ = 0;  // into the first buffer
-    // Read: the beginning of a frame. Write: the rest of one.
     uint8_t part_[MostFrameBytes] = {};
-    size_t partBytes_ = 0;
+    size_t partBytes_ = 0;  // of a frame's beginning
 };
 
 }  // namespace simulator

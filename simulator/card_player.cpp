@@ -3,20 +3,11 @@
 #include <algorithm>
 
 #include "simulator/channel_run.h"
-#include "simulator/mixer.h"
 
 namespace simulator {
 namespace {
 
-// A connector is silent while its output is muted, the digital one also while its transmitter stands.
-bool IsAudible(const CardState& card, unsigned port) {
-    const bool analog = port == 0;
-    const bool muted = (card.CardFile[analog ? 16 : 24] & 0x03) != 0;
-    return !muted && (analog || (card.CardFile[25] & 0x01) != 0);
-}
-
-// The signals on the input connectors; null is silence, and nothing can be plugged in yet.
-constexpr std::array<const Frame*, 2> InputSignals = {nullptr, nullptr};
+constexpr std::array<Frame, Block::MostFrames> silence{};
 
 SampleLayout LayoutOf(const CardState& card, unsigned channel) {
     return SampleLayout::FromPortControl(card.PortFiles[channel][0]);
@@ -26,126 +17,149 @@ SampleLayout LayoutOf(const CardState& card, unsigned channel) {
 
 void CardPlayer::Release(unsigned channel) {
     ours_[channel] = false;
-    queues_[channel].TakeAll();
     if (channel >= FirstOutput) {
+        playbacks_[channel - FirstOutput].TakeAll();
         outputs_[channel - FirstOutput].Pause();
+    } else {
+        captures_[channel].TakeAll();
     }
 }
 
-bool CardPlayer::HasChannels() const {
-    return std::find(ours_.begin(), ours_.end(), true) != ours_.end();
-}
-
 void CardPlayer::Queue(CardState& card, unsigned channel, const QueuedBuffer& buffer) {
-    queues_[channel].Append(buffer);
-    OutputStatus& status = card.Channels[channel].Status;
-    ++status.BuffersInFlight;
-    status.MostInFlight = std::max(status.MostInFlight, status.BuffersInFlight);
+    if (channel >= FirstOutput) {
+        playbacks_[channel - FirstOutput].Append(buffer);
+    } else {
+        captures_[channel].Append(buffer);
+    }
+    ChannelTally& tally = card.Channels[channel].Tally;
+    ++tally.BuffersInFlight;
+    tally.MostInFlight = std::max(tally.MostInFlight, tally.BuffersInFlight);
 }
 
 void CardPlayer::Flush(CardState& card, unsigned channel, std::vector<FinishedBuffer>& finished) {
-    Finish(card, channel, queues_[channel].TakeAll(), finished);
+    const bool output = channel >= FirstOutput;
+    Finish(card, channel, output ? playbacks_[channel - FirstOutput].TakeAll() : captures_[channel].TakeAll(),
+           finished);
+}
+
+void CardPlayer::GiveBackPartFilled(CardState& card, unsigned channel,
+                                    std::vector<FinishedBuffer>& finished) {
+    Finish(card, channel, captures_[channel].TakePartFilled(), finished);
 }
 
 void CardPlayer::Finish(CardState& card, unsigned channel, const std::vector<QueuedBuffer>& buffers,
                         std::vector<FinishedBuffer>& finished) {
-    OutputStatus& status = card.Channels[channel].Status;
+    ChannelTally& tally = card.Channels[channel].Tally;
     for (const QueuedBuffer& buffer : buffers) {
         finished.push_back({channel, buffer.Cookie});
-        --status.BuffersInFlight;
-        ++status.BuffersFinished;
+        --tally.BuffersInFlight;
+        ++tally.BuffersFinished;
     }
 }
 
-bool CardPlayer::Due(const CardState& card, unsigned channel, uint64_t until) const {
+// Of the frames from the block's first to `until`.
+CardPlayer::Part CardPlayer::DuePart(const CardState& card, unsigned channel, uint64_t until) const {
     const ChannelState& state = card.Channels[channel];
+    const uint64_t begin = std::max(block_.From, state.MoveFrom);
     const uint64_t end = state.Moving ? until : std::min(until, state.MoveUntil);
-    return ours_[channel] && std::max(doneTo_, state.MoveFrom) < end;
-}
-
-void CardPlayer::CatchUp(CardState& card, int64_t now, std::vector<FinishedBuffer>& finished) {
-    const uint64_t target = card.TickAt(now);
-    while (doneTo_ < target) {
-        const bool due =
-            Due(card, 0, target) || Due(card, 1, target) || Due(card, 2, target) || Due(card, 3, target);
-        if (!due) {
-            doneTo_ = target;
-            return;
-        }
-        MoveBlock(card, static_cast<size_t>(std::min<uint64_t>(BlockFrames, target - doneTo_)), finished);
-    }
-}
-
-void CardPlayer::MoveBlock(CardState& card, size_t frames, std::vector<FinishedBuffer>& finished) {
-    for (unsigned channel = 0; channel < FirstOutput; ++channel) {
-        MoveChannel(card, channel, frames, nullptr, finished);
-    }
-    std::array<Part, 2> played;
-    for (unsigned port = 0; port < 2; ++port) {
-        Frame* samples = playback_[port].data();
-        played[port] = MoveChannel(card, FirstOutput + port, frames, samples, finished);
-        playing_[port] = played[port].Begin < played[port].End;
-        if (playing_[port]) {
-            std::fill(samples, samples + played[port].Begin, Frame{});
-            std::fill(samples + played[port].End, samples + frames, Frame{});
-        }
-        outputs_[port].AddPlayed({samples + played[port].Begin, samples + played[port].End});
-    }
-    Listen(card, frames, played);
-    doneTo_ += frames;
-}
-
-CardPlayer::Part CardPlayer::MoveChannel(CardState& card, unsigned channel, size_t frames, Frame* samples,
-                                         std::vector<FinishedBuffer>& finished) {
-    if (!Due(card, channel, doneTo_ + frames)) {
+    if (!ours_[channel] || begin >= end) {
         return {};
     }
-    const ChannelState& state = card.Channels[channel];
-    const uint64_t from = std::max(doneTo_, state.MoveFrom);
-    const uint64_t until = state.Moving ? doneTo_ + frames : std::min(doneTo_ + frames, state.MoveUntil);
-    const size_t begin = static_cast<size_t>(from - doneTo_);
-    const size_t wanted = static_cast<size_t>(until - from);
-    const SampleLayout layout = LayoutOf(card, channel);
-
-    std::vector<QueuedBuffer> through;
-    size_t moved = 0;
-    if (channel >= FirstOutput) {
-        moved = queues_[channel].Read(layout, wanted, samples + begin, through);
-    } else {
-        static constexpr Block silence{};
-        const Frame* signal = InputSignals[channel] ? InputSignals[channel] : silence.data();
-        moved = queues_[channel].Write(layout, signal, wanted, through);
-    }
-    CountMoved(card, channel, from, moved);
-    Finish(card, channel, through, finished);
-    if (moved < wanted) {
-        RunDry(card, channel, from + moved);
-    }
-    return {begin, begin + moved};
+    return {static_cast<size_t>(begin - block_.From), static_cast<size_t>(end - block_.From)};
 }
 
-// What leaves the connectors during the block, for the ports whose channel has begun.
-void CardPlayer::Listen(const CardState& card, size_t frames, const std::array<Part, 2>& played) {
+bool CardPlayer::AnyDue(const CardState& card, uint64_t until) const {
+    for (unsigned channel = 0; channel < ChannelCount; ++channel) {
+        if (!DuePart(card, channel, until).IsEmpty()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void CardPlayer::BeginBlock(const CardState& card, int64_t until) {
+    const uint64_t end = std::max(card.TickAt(until), block_.From);
+    block_.Frames = static_cast<size_t>(std::min<uint64_t>(end - block_.From, Block::MostFrames));
+    playedPart_ = {};
+}
+
+void CardPlayer::EndBlock() {
+    block_.From += block_.Frames;
+    previousFrames_ = block_.Frames;
+    block_.Frames = 0;
+    playedPart_ = {};
+}
+
+void CardPlayer::SkipTo(uint64_t tick) {
+    block_.From = std::max(block_.From, tick);
+}
+
+void CardPlayer::Play(CardState& card, std::vector<FinishedBuffer>& finished) {
     for (unsigned port = 0; port < 2; ++port) {
-        AudioLog& log = outputs_[port];
-        const Part& own = played[port];
-        if (!ours_[FirstOutput + port] || (!log.Listening() && own.Begin == own.End)) {
+        const unsigned channel = FirstOutput + port;
+        const Part due = DuePart(card, channel, block_.From + block_.Frames);
+        if (due.IsEmpty()) {
             continue;
         }
-        const size_t begin = log.Listening() ? 0 : own.Begin;
-        std::array<const Frame*, MixerSources> sources = {InputSignals[0], InputSignals[1], nullptr, nullptr};
-        for (unsigned source = 0; source < 2; ++source) {
-            sources[2 + source] = playing_[source] ? playback_[source].data() + begin : nullptr;
-        }
-        std::array<uint8_t, MixerSources> gains{};
-        if (IsAudible(card, port)) {
-            std::copy_n(card.MixerFile.begin() + port * MixerSources, MixerSources, gains.begin());
-        }
-        Block heard;
-        MixFrames(sources, gains, frames - begin, heard.data());
-        log.AddHeard(doneTo_ + begin, {heard.data(), frames - begin},
-                     own.Begin < own.End ? own.End - begin : 0);
+        Frame* samples = played_[port].data();
+        std::vector<QueuedBuffer> through;
+        const size_t frames = playbacks_[port].Read(LayoutOf(card, channel), due.End - due.Begin,
+                                                    samples + due.Begin, through);
+        const Part played{due.Begin, due.Begin + frames};
+        std::fill(samples, samples + played.Begin, Frame{});
+        std::fill(samples + played.End, samples + block_.Frames, Frame{});
+        outputs_[port].AddPlayed({samples + played.Begin, samples + played.End});
+        playedPart_[port] = played;
+        Moved(card, channel, due, frames, through, finished);
     }
+}
+
+void CardPlayer::Record(CardState& card, unsigned port, const Frame* signal,
+                        std::vector<FinishedBuffer>& finished) {
+    const Part due = DuePart(card, port, block_.From + block_.Frames);
+    if (due.IsEmpty()) {
+        return;
+    }
+    std::vector<QueuedBuffer> through;
+    const Frame* samples = signal ? signal : silence.data();
+    const size_t frames =
+        captures_[port].Write(LayoutOf(card, port), samples + due.Begin, due.End - due.Begin, through);
+    Moved(card, port, due, frames, through, finished);
+}
+
+void CardPlayer::Moved(CardState& card, unsigned channel, const Part& due, size_t frames,
+                       const std::vector<QueuedBuffer>& through, std::vector<FinishedBuffer>& finished) {
+    const uint64_t from = block_.From + due.Begin;
+    CountMoved(card, channel, from, frames);
+    Finish(card, channel, through, finished);
+    if (frames < due.End - due.Begin) {
+        RunDry(card, channel, from + frames);
+    }
+}
+
+bool CardPlayer::IsListening(unsigned port) const {
+    return ours_[FirstOutput + port] && (outputs_[port].Listening() || !playedPart_[port].IsEmpty());
+}
+
+void CardPlayer::Listen(unsigned port, const Frame* signal) {
+    if (!IsListening(port)) {
+        return;
+    }
+    AudioLog& log = outputs_[port];
+    const Part& own = playedPart_[port];
+    const size_t begin = log.Listening() ? 0 : own.Begin;
+    const Frame* samples = signal ? signal : silence.data();
+    log.AddHeard(block_.From + begin, {samples + begin, samples + block_.Frames},
+                 own.IsEmpty() ? 0 : own.End - begin);
+}
+
+const Frame* CardPlayer::Playback(unsigned port) const {
+    return playedPart_[port].IsEmpty() ? nullptr : played_[port].data();
+}
+
+std::optional<uint64_t> CardPlayer::FirstRecorded(const CardState& card, unsigned port) const {
+    const Part due = DuePart(card, port, block_.From + block_.Frames);
+    return due.IsEmpty() || !captures_[port].HasRoom() ? std::nullopt : std::optional(block_.From + due.Begin);
 }
 
 int64_t CardPlayer::NextEnd(const CardState& card) const {
@@ -156,10 +170,11 @@ int64_t CardPlayer::NextEnd(const CardState& card) const {
             continue;
         }
         const SampleLayout layout = LayoutOf(card, channel);
-        const uint64_t frames = channel >= FirstOutput ? queues_[channel].FramesToFirstRead(layout)
-                                                       : queues_[channel].FramesToFirstWritten(layout);
+        const uint64_t frames = channel >= FirstOutput
+                                    ? playbacks_[channel - FirstOutput].FramesToFirst(layout)
+                                    : captures_[channel].FramesToFirst(layout);
         if (frames > 0) {
-            next = std::min(next, card.TimeOfTick(std::max(doneTo_, state.MoveFrom) + frames));
+            next = std::min(next, card.TimeOfTick(std::max(block_.From, state.MoveFrom) + frames));
         }
     }
     return next;

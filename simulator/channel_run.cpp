@@ -10,16 +10,22 @@ uint8_t DirectionBit(unsigned channel) {
     return channel >= FirstOutput ? 0x01 : 0x02;
 }
 
-// Brings Moving and Silent in line with the run state, as of `tick`; a channel that may move now
+// An input that was told to stop misses nothing; an output is silent whatever the reason.
+bool MayMiss(const ChannelState& channel, bool input) {
+    return channel.Tally.Started && !(input && channel.CountsFromZero);
+}
+
+// Brings Moving and Missing in line with the run state, as of `tick`; a channel that may move now
 // begins with the frame at `next`.
-void Follow(CardState& card, ChannelState& channel, uint64_t tick, uint64_t next) {
+void Follow(CardState& card, unsigned index, uint64_t tick, uint64_t next) {
+    ChannelState& channel = card.Channels[index];
     const bool ready = channel.Acquired && channel.Armed && !channel.Waiting && !card.Held();
     const bool moving = ready && channel.TransferOn;
-    const bool silent = ready && !channel.TransferOn && channel.Status.Started;
-    if (channel.Silent && !silent) {
-        channel.SilentPending += (moving ? next : tick) - channel.SilentFrom;
-    } else if (!channel.Silent && silent) {
-        channel.SilentFrom = tick;
+    const bool missing = ready && !channel.TransferOn && MayMiss(channel, index < FirstOutput);
+    if (channel.Missing && !missing) {
+        channel.MissingPending += (moving ? next : tick) - channel.MissingFrom;
+    } else if (!channel.Missing && missing) {
+        channel.MissingFrom = tick;
     }
     if (moving && !channel.Moving) {
         channel.MoveFrom = next;
@@ -28,10 +34,10 @@ void Follow(CardState& card, ChannelState& channel, uint64_t tick, uint64_t next
         channel.MoveUntil = tick;
     }
     channel.Moving = moving;
-    channel.Silent = silent;
+    channel.Missing = missing;
 }
 
-void FollowAtNextFrame(CardState& card, ChannelState& channel, int64_t now) {
+void FollowAtNextFrame(CardState& card, unsigned channel, int64_t now) {
     const uint64_t tick = card.TickAt(now);
     Follow(card, channel, tick, tick + 1 + card.Lag);
 }
@@ -44,12 +50,12 @@ void AcquireChannelHardware(MachineState& machine, unsigned card, unsigned chann
         return;
     }
     state.Acquired = true;
-    const unsigned inFlight = state.Status.BuffersInFlight;
-    state.Status = OutputStatus{};
-    state.Status.BuffersInFlight = inFlight;
-    state.Status.MostInFlight = inFlight;
-    state.SilentPending = 0;
-    FollowAtNextFrame(machine.Cards[card], state, now);
+    const unsigned inFlight = state.Tally.BuffersInFlight;
+    state.Tally = ChannelTally{};
+    state.Tally.BuffersInFlight = inFlight;
+    state.Tally.MostInFlight = inFlight;
+    state.MissingPending = 0;
+    FollowAtNextFrame(machine.Cards[card], channel, now);
 }
 
 void ReleaseChannelHardware(MachineState& machine, unsigned card, unsigned channel, int64_t now) {
@@ -59,7 +65,7 @@ void ReleaseChannelHardware(MachineState& machine, unsigned card, unsigned chann
     state.TransferOn = false;
     state.Armed = false;
     state.Waiting = false;
-    FollowAtNextFrame(machine.Cards[card], state, now);
+    FollowAtNextFrame(machine.Cards[card], channel, now);
 }
 
 void StartChannelTransfer(MachineState& machine, unsigned card, unsigned channel, int64_t now) {
@@ -69,14 +75,17 @@ void StartChannelTransfer(MachineState& machine, unsigned card, unsigned channel
         state.CountsFromZero = false;
     }
     state.TransferOn = true;
-    FollowAtNextFrame(machine.Cards[card], state, now);
+    FollowAtNextFrame(machine.Cards[card], channel, now);
 }
 
 void StopChannelTransfer(MachineState& machine, unsigned card, unsigned channel, int64_t now) {
     ChannelState& state = machine.Cards[card].Channels[channel];
     state.TransferOn = false;
     state.CountsFromZero = true;
-    FollowAtNextFrame(machine.Cards[card], state, now);
+    FollowAtNextFrame(machine.Cards[card], channel, now);
+    if (channel < FirstOutput) {
+        state.MissingPending = 0;  // nothing of this recording will follow any more
+    }
 }
 
 void ArmChannelRun(MachineState& machine, unsigned card, unsigned channel, int64_t now) {
@@ -88,19 +97,19 @@ void ArmChannelRun(MachineState& machine, unsigned card, unsigned channel, int64
     const uint8_t hold = machine.Cards[cardState.Supplier].CardFile[StartHoldRegister];
     state.Armed = true;
     state.Waiting = (cardState.PortFiles[channel][0] & ArmBit) != 0 && (hold & DirectionBit(channel)) != 0;
-    FollowAtNextFrame(cardState, state, now);
+    FollowAtNextFrame(cardState, channel, now);
 }
 
 void DisarmChannelRun(MachineState& machine, unsigned card, unsigned channel, int64_t now) {
     ChannelState& state = machine.Cards[card].Channels[channel];
     state.Armed = false;
     state.Waiting = false;
-    FollowAtNextFrame(machine.Cards[card], state, now);
+    FollowAtNextFrame(machine.Cards[card], channel, now);
 }
 
 void RunDry(CardState& card, unsigned channel, uint64_t tick) {
     card.Channels[channel].TransferOn = false;
-    Follow(card, card.Channels[channel], tick, tick);
+    Follow(card, channel, tick, tick);
 }
 
 void CountMoved(CardState& card, unsigned channel, uint64_t from, uint64_t frames) {
@@ -108,18 +117,18 @@ void CountMoved(CardState& card, unsigned channel, uint64_t from, uint64_t frame
     if (frames == 0) {
         return;
     }
-    if (!state.Status.Started) {
-        state.Status.Started = true;
-        state.Status.StartFrame = state.MoveFromFrame + (from - state.MoveFrom);
+    if (!state.Tally.Started) {
+        state.Tally.Started = true;
+        state.Tally.StartFrame = state.MoveFromFrame + (from - state.MoveFrom);
     }
     state.Position += static_cast<uint32_t>(frames);
-    state.Status.FramesPlayed += frames;
-    state.Status.FramesSilent += state.SilentPending;
-    state.SilentPending = 0;
+    state.Tally.FramesMoved += frames;
+    state.Tally.FramesMissed += state.MissingPending;
+    state.MissingPending = 0;
 }
 
 void ApplyHold(CardState& card, int64_t now) {
-    for (ChannelState& channel : card.Channels) {
+    for (unsigned channel = 0; channel < ChannelCount; ++channel) {
         FollowAtNextFrame(card, channel, now);
     }
 }
@@ -133,7 +142,7 @@ void ReleaseWaiting(MachineState& machine, unsigned supplier, uint8_t directions
         for (unsigned channel = 0; channel < ChannelCount; ++channel) {
             if ((directions & DirectionBit(channel)) != 0 && state.Channels[channel].Waiting) {
                 state.Channels[channel].Waiting = false;
-                FollowAtNextFrame(state, state.Channels[channel], now);
+                FollowAtNextFrame(state, channel, now);
             }
         }
     }

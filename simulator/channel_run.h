@@ -21,7 +21,7 @@ void StopChannelTransfer(MachineState& machine, unsigned card, unsigned channel,
 void ArmChannelRun(MachineState& machine, unsigned card, unsigned channel, int64_t now);
 void DisarmChannelRun(MachineState& machine, unsigned card, unsigned channel, int64_t now);
 
-// The channel found no data for the frame of that tick: its transfer is off from there.
+// The channel found no buffer for the frame of that tick: its transfer is off from there.
 void RunDry(CardState& card, unsigned channel, uint64_t tick);
 
 // The channel moved `frames`, the first of them at tick `from`.

@@ -26,7 +26,7 @@ void GiveUpChannel(MachineState& machine, unsigned card, unsigned channel, int64
     ChannelState& state = machine.Cards[card].Channels[channel];
     state.Owner = host::Process{};
     state.File = 0;
-    state.Status.BuffersInFlight = 0;
+    state.Tally.BuffersInFlight = 0;
 }
 
 }  // namespace simulator

@@ -20,6 +20,7 @@ constexpr uint8_t ResyncBit = 0x80;       // card 17
 constexpr uint8_t DriveLinkBit = 0x10;    // card 32
 constexpr uint8_t SourceMask = 0x60;      // card 32
 constexpr uint8_t MeasureBit = 0x80;      // card 9, port 1
+constexpr uint8_t TransmitBit = 0x01;     // card 25
 
 constexpr std::array<uint32_t, 8> RateOfCode = {96000, 88200, 48000, 44100, 32000, 22050, 8000, 11025};
 
@@ -50,20 +51,52 @@ struct Source {
     bool Valid;
     uint32_t Rate;
     int32_t Drift;
-    uint32_t Supplier;
+    uint32_t Supplier;  // the card whose start holds count: itself, or the link's driver
+    uint32_t Counter;   // the card whose frames it counts along with: itself, the driver, a cable's sender
 };
 
-// For any source but the link.
-Source OwnSource(const CardState& card, unsigned index, int64_t now) {
-    switch (SourceOf(card)) {
-    case SourceDigital:
-        return {card.DigitalInputRate != 0 && !IsBroken(card, SourceDigital) &&
-                    ReceiverSettled(card.CardMeasurement, now),
-                card.DigitalInputRate, 0, index};
-    case SourcePll:
-        return {!IsBroken(card, SourcePll), NominalRate(card), card.Drift, index};
+// Sources are followed along link and cables; `depth` ends the search when they go in a circle.
+Source ClockSource(const MachineState& machine, unsigned card, int64_t now, unsigned depth);
+
+// What arrives at the digital input.
+Source ArrivalOf(const MachineState& machine, unsigned card, int64_t now, unsigned depth) {
+    const CardState& state = machine.Cards[card];
+    const bool runsOnArrival = SourceOf(state) == SourceDigital;
+    switch (state.DigitalInputClocking) {
+    case DigitalClocking::WithCard: {
+        const uint32_t rate = runsOnArrival ? NominalRate(state) : state.Clock.Rate;
+        return {rate != 0, rate, state.Drift, card, card};
+    }
+    case DigitalClocking::Cabled: {
+        const unsigned sender = state.DigitalInputCable;
+        if (depth > MaxCards || sender >= machine.CardCount || !TransmitterRuns(machine.Cards[sender])) {
+            return {false, 0, 0, card, card};
+        }
+        Source source = ClockSource(machine, sender, now, depth + 1);
+        source.Rate = AtSpeed(source.Rate, machine.Cards[sender]);
+        source.Supplier = card;
+        source.Counter = sender;
+        return source;
+    }
     default:
-        return {true, NominalRate(card), card.Drift, index};
+        return {state.DigitalInputRate != 0, state.DigitalInputRate, 0, card, card};
+    }
+}
+
+// For any source but the link.
+Source OwnSource(const MachineState& machine, unsigned card, int64_t now, unsigned depth) {
+    const CardState& state = machine.Cards[card];
+    switch (SourceOf(state)) {
+    case SourceDigital: {
+        Source source = ArrivalOf(machine, card, now, depth);
+        source.Valid = source.Valid && !IsBroken(state, SourceDigital) &&
+                       ReceiverSettled(state.CardMeasurement, now);
+        return source;
+    }
+    case SourcePll:
+        return {!IsBroken(state, SourcePll), NominalRate(state), state.Drift, card, card};
+    default:
+        return {true, NominalRate(state), state.Drift, card, card};
     }
 }
 
@@ -82,16 +115,22 @@ unsigned LinkDriver(const MachineState& machine) {
     return driver;
 }
 
-Source LinkSource(const MachineState& machine, unsigned card, int64_t now) {
+Source LinkSource(const MachineState& machine, unsigned card, int64_t now, unsigned depth) {
     const unsigned driver = LinkDriver(machine);
     if (driver == MaxCards || driver == card || SourceOf(machine.Cards[driver]) == SourceLink) {
-        return {false, 0, 0, card};
+        return {false, 0, 0, card, card};
     }
-    Source source = OwnSource(machine.Cards[driver], driver, now);
+    Source source = OwnSource(machine, driver, now, depth);
     source.Rate = AtSpeed(source.Rate, machine.Cards[driver]);
     source.Valid = source.Valid && !IsBroken(machine.Cards[card], SourceLink);
     source.Supplier = source.Valid ? driver : card;
+    source.Counter = source.Supplier;
     return source;
+}
+
+Source ClockSource(const MachineState& machine, unsigned card, int64_t now, unsigned depth) {
+    return SourceOf(machine.Cards[card]) == SourceLink ? LinkSource(machine, card, now, depth)
+                                                       : OwnSource(machine, card, now, depth);
 }
 
 void NoteValidity(CardState& card, bool valid, int64_t now) {
@@ -106,19 +145,19 @@ void NoteValidity(CardState& card, bool valid, int64_t now) {
 
 void Install(MachineState& machine, unsigned card, const Source& source, int64_t now) {
     CardState& state = machine.Cards[card];
-    const CardState& supplier = machine.Cards[source.Supplier];
-    const bool follows = source.Supplier != card;
+    const CardState& counter = machine.Cards[source.Counter];
     const uint32_t rate = source.Valid ? AtSpeed(source.Rate, state) : 0;
     const bool sameSpeed = state.Clock.Rate == rate && state.Clock.Drift == source.Drift;
+    const bool counts = source.Valid && source.Counter != card;
 
-    SampleClock clock{now, follows ? supplier.Clock.FramesAt(now) : state.Clock.FramesAt(now), rate,
+    SampleClock clock{now, counts ? counter.Clock.FramesAt(now) : state.Clock.FramesAt(now), rate,
                       source.Drift};
-    if (follows && supplier.Clock.Rate == rate) {
-        clock = supplier.Clock;
+    if (counts && counter.Clock.Rate == rate) {
+        clock = counter.Clock;
     } else if (sameSpeed && state.Supplier == source.Supplier) {
         clock = state.Clock;
     }
-    if (!follows) {
+    if (source.Supplier == card) {
         state.Lag = 0;
     } else if (state.Supplier != source.Supplier || state.Clock.Rate != rate) {
         state.Lag = 3 + card;
@@ -151,10 +190,11 @@ void FollowMeasurePulse(Measurement& measurement, const RegisterChange& change) 
         change.Now - measurement.PulseRose < Second / card.Clock.Rate) {
         return;
     }
-    const bool signal = ReceiverSettled(measurement, change.Now) && card.DigitalInputRate != 0;
+    const uint32_t arriving = DigitalInputRate(change.Machine, change.Card, change.Now);
+    const bool signal = ReceiverSettled(measurement, change.Now) && arriving != 0;
     measurement.Running = true;
     measurement.ReadyTick = card.TickAt(change.Now) + MeasuredFrames;
-    measurement.NextResult = signal ? RateClass(card.DigitalInputRate) : NoMeasurement;
+    measurement.NextResult = signal ? RateClass(arriving) : NoMeasurement;
 }
 
 uint8_t ResultOf(Measurement& measurement, const CardState& card, int64_t now) {
@@ -171,15 +211,16 @@ bool IsSettling(const CardState& card) {
 
 }  // namespace
 
+// A card that counts along with another comes after it, so the clocks settle in as many rounds as the
+// longest chain of cables and link has cards.
 void ResolveClocks(MachineState& machine, int64_t now) {
-    for (unsigned card = 0; card < machine.CardCount; ++card) {
-        if (SourceOf(machine.Cards[card]) != SourceLink) {
-            Install(machine, card, OwnSource(machine.Cards[card], card, now), now);
-        }
-    }
-    for (unsigned card = 0; card < machine.CardCount; ++card) {
-        if (SourceOf(machine.Cards[card]) == SourceLink) {
-            Install(machine, card, LinkSource(machine, card, now), now);
+    bool settled = false;
+    for (unsigned round = 0; !settled && round <= machine.CardCount; ++round) {
+        settled = true;
+        for (unsigned card = 0; card < machine.CardCount; ++card) {
+            const SampleClock before = machine.Cards[card].Clock;
+            Install(machine, card, ClockSource(machine, card, now, 0), now);
+            settled = settled && machine.Cards[card].Clock == before;
         }
     }
 }
@@ -199,7 +240,7 @@ void SettleReceivers(MachineState& machine, int64_t now) {
     for (unsigned card = 0; card < machine.CardCount; ++card) {
         const CardState& state = machine.Cards[card];
         const int64_t ready = state.CardMeasurement.ReceiverReady;
-        if (IsSettling(state) && ready <= now && OwnSource(state, card, ready).Valid) {
+        if (IsSettling(state) && ready <= now && OwnSource(machine, card, ready, 0).Valid) {
             ResolveClocks(machine, ready);
         }
     }
@@ -214,6 +255,15 @@ bool TakeClockFault(CardState& card, int64_t now) {
         card.InvalidSince = now;
     }
     return fault;
+}
+
+bool TransmitterRuns(const CardState& card) {
+    return card.Present && (card.CardFile[25] & TransmitBit) != 0;
+}
+
+uint32_t DigitalInputRate(const MachineState& machine, unsigned card, int64_t now) {
+    const Source arriving = ArrivalOf(machine, card, now, 0);
+    return arriving.Valid ? arriving.Rate : 0;
 }
 
 uint8_t MeasuredByCard(CardState& card, int64_t now) {
@@ -259,6 +309,10 @@ void ClockControlWritten(const RegisterChange& change) {
     }
     ResolveClocks(change.Machine, change.Now);
     ApplyHold(card, change.Now);
+}
+
+void TransmitterWritten(const RegisterChange& change) {
+    ResolveClocks(change.Machine, change.Now);
 }
 
 void ClockSelectWritten(const RegisterChange& change) {

@@ -27,6 +27,12 @@ void SettleReceivers(MachineState& machine, int64_t now);
 // sample periods or more since the last read.
 bool TakeClockFault(CardState& card, int64_t now);
 
+// Frames a second of the signal on the card's digital input; 0 when there is none.
+uint32_t DigitalInputRate(const MachineState& machine, unsigned card, int64_t now);
+
+// Whether the card's digital output sends a signal.
+bool TransmitterRuns(const CardState& card);
+
 uint8_t MeasuredByCard(CardState& card, int64_t now);
 uint8_t MeasuredByPort(CardState& card, int64_t now);
 
@@ -37,6 +43,7 @@ void ResetMeasurements(CardState& card);
 void ReceiverControlWritten(const RegisterChange& change);  // card 9
 void PortReceiverWritten(const RegisterChange& change);     // digital input port 1
 void ClockControlWritten(const RegisterChange& change);     // card 17
+void TransmitterWritten(const RegisterChange& change);      // card 25
 void ClockSelectWritten(const RegisterChange& change);      // card 32
 void StartHoldWritten(const RegisterChange& change);        // card 36
 

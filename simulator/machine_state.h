@@ -19,6 +19,17 @@
 
 namespace simulator {
 
+// What a channel has done since it was last acquired.
+struct ChannelTally {
+    bool Started;           // at least one frame has moved
+    uint64_t StartFrame;    // count of the group's clock at the first one
+    uint64_t FramesMoved;   // out of or into buffers
+    uint64_t FramesMissed;  // passed between two moved ones without a buffer
+    unsigned BuffersInFlight;
+    unsigned MostInFlight;
+    uint64_t BuffersFinished;
+};
+
 // One of the four channels of a card: who has it, and whether frames move.
 struct ChannelState {
     // The claim
@@ -39,12 +50,12 @@ struct ChannelState {
     uint64_t MoveUntil;      // tick
     uint32_t Position;       // frames moved since the count began
 
-    // Armed and started, but without data since SilentFrom
-    bool Silent;
-    uint64_t SilentFrom;     // tick
-    uint64_t SilentPending;  // frames without data since the last one that had some
+    // Armed and started, but without a buffer since MissingFrom
+    bool Missing;
+    uint64_t MissingFrom;     // tick
+    uint64_t MissingPending;  // frames without a buffer since the last one that had one
 
-    OutputStatus Status;  // since the channel was last acquired
+    ChannelTally Tally;
 };
 
 // A rate measurement of the digital input, by the card or by the digital input port.
@@ -56,6 +67,13 @@ struct Measurement {
     uint64_t ReadyTick;  // of the running one
     uint8_t NextResult;
     uint8_t Result;  // as the measured-rate register shows it
+};
+
+// Where the signal on the digital input gets its rate from.
+enum class DigitalClocking : uint8_t {
+    Fixed,     // as told; at first none at all
+    WithCard,  // its source keeps to this card's clock
+    Cabled,    // the clock of the card at the other end of the cable
 };
 
 struct CardState {
@@ -82,7 +100,9 @@ struct CardState {
     std::array<ChannelState, ChannelCount> Channels;
 
     // The scene
-    uint32_t DigitalInputRate;   // Hz
+    DigitalClocking DigitalInputClocking;
+    uint32_t DigitalInputRate;   // Fixed: Hz; 0: no signal
+    uint32_t DigitalInputCable;  // Cabled: the card whose digital output it comes from
     std::array<bool, 4> Broken;  // by clock source code / 32
     int32_t Drift;
 

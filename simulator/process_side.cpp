@@ -36,17 +36,86 @@ void ProcessSide::Report(unsigned card, const std::vector<FinishedBuffer>& finis
     }
 }
 
+// Frames to move, or to keep because an output that has begun lets an input through.
+bool ProcessSide::HasWork(const MachineState& machine, int64_t now) const {
+    for (unsigned card = 0; card < machine.CardCount; ++card) {
+        const CardState& state = machine.Cards[card];
+        const CardPlayer& player = players_[card];
+        const uint64_t target = state.TickAt(now);
+        if (player.DoneTo() >= target) {
+            continue;
+        }
+        const auto hears = [&](unsigned port) {
+            return player.IsListening(port) && wiring_.HearsInputs(state, card, port);
+        };
+        if (player.AnyDue(state, target) || hears(0) || hears(1)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// As far as no card has more than a block to move, and no digital input begins to give samples.
+int64_t ProcessSide::BlockEnd(const MachineState& machine, int64_t now) const {
+    int64_t end = now;
+    for (unsigned card = 0; card < machine.CardCount; ++card) {
+        const CardState& state = machine.Cards[card];
+        end = std::min(end, state.TimeOfTick(players_[card].DoneTo() + Block::MostFrames));
+        if (state.PortMeasurement.ReceiverReady > movedTo_) {
+            end = std::min(end, state.PortMeasurement.ReceiverReady);
+        }
+    }
+    return end;
+}
+
+// All cards play before any records, so that what a cable brings has been played.
+size_t ProcessSide::MoveBlock(MachineState& machine, int64_t until, int64_t now) {
+    size_t count = 0;
+    std::vector<FinishedBuffer> finished;
+    const auto report = [&](unsigned card) {
+        Report(card, finished, now);
+        count += finished.size();
+        finished.clear();
+    };
+    for (unsigned card = 0; card < machine.CardCount; ++card) {
+        players_[card].BeginBlock(machine.Cards[card], until);
+    }
+    wiring_.BeginBlock(machine, movedTo_);
+    for (unsigned card = 0; card < machine.CardCount; ++card) {
+        players_[card].Play(machine.Cards[card], finished);
+        report(card);
+    }
+    for (unsigned card = 0; card < machine.CardCount; ++card) {
+        for (unsigned port = 0; port < 2; ++port) {
+            if (players_[card].FirstRecorded(machine.Cards[card], port)) {
+                players_[card].Record(machine.Cards[card], port, wiring_.Input(card, port), finished);
+            } else {
+                players_[card].Record(machine.Cards[card], port, nullptr, finished);
+            }
+            if (players_[card].IsListening(port)) {
+                players_[card].Listen(port, wiring_.Output(card, port));
+            }
+        }
+        report(card);
+    }
+    for (unsigned card = 0; card < machine.CardCount; ++card) {
+        players_[card].EndBlock();
+    }
+    movedTo_ = until;
+    return count;
+}
+
 size_t ProcessSide::CatchUp(int64_t now) {
     MachineState& machine = Machine();
     SettleReceivers(machine, now);
     size_t count = 0;
-    std::vector<FinishedBuffer> finished;
-    for (unsigned card = 0; card < machine.CardCount; ++card) {
-        players_[card].CatchUp(machine.Cards[card], now, finished);
-        Report(card, finished, now);
-        count += finished.size();
-        finished.clear();
+    while (HasWork(machine, now)) {
+        count += MoveBlock(machine, BlockEnd(machine, now), now);
     }
+    for (unsigned card = 0; card < machine.CardCount; ++card) {
+        players_[card].SkipTo(machine.Cards[card].TickAt(now));
+    }
+    movedTo_ = now;
     Completions.Ripen(now);
     return count;
 }
@@ -54,6 +123,12 @@ size_t ProcessSide::CatchUp(int64_t now) {
 void ProcessSide::Flush(OpenFile& file, int64_t now) {
     std::vector<FinishedBuffer> finished;
     players_[file.Card].Flush(Machine().Cards[file.Card], file.Channel, finished);
+    Report(file.Card, finished, now);
+}
+
+void ProcessSide::GiveBackPartFilled(OpenFile& file, int64_t now) {
+    std::vector<FinishedBuffer> finished;
+    players_[file.Card].GiveBackPartFilled(Machine().Cards[file.Card], file.Channel, finished);
     Report(file.Card, finished, now);
 }
 

@@ -12,6 +12,7 @@
 #include "simulator/fault_list.h"
 #include "simulator/machine_state.h"
 #include "simulator/trace_log.h"
+#include "simulator/wiring.h"
 
 namespace simulator {
 
@@ -39,6 +40,7 @@ public:
 
     CardPlayer& Player(unsigned card) { return players_[card]; }
     const CardPlayer& Player(unsigned card) const { return players_[card]; }
+    Wiring& Cables() { return wiring_; }
 
     // Moves every frame due up to `now` on every card, and lets clocks that settle and late calls come
     // into effect. Answers how many buffers were finished.
@@ -47,6 +49,8 @@ public:
     // Gives back the buffers of the file's channel, or of every channel that this process has on the card.
     void Flush(OpenFile& file, int64_t now);
     void FlushCard(unsigned card, int64_t now);
+    // The file's input channel has been stopped: gives back the buffer that it was filling.
+    void GiveBackPartFilled(OpenFile& file, int64_t now);
 
     // The next instant at which something happens by itself; Never when nothing is under way.
     int64_t NextEvent(int64_t now) const;
@@ -60,10 +64,15 @@ public:
     TraceLog Trace;
 
 private:
+    bool HasWork(const MachineState& machine, int64_t now) const;
+    int64_t BlockEnd(const MachineState& machine, int64_t now) const;
+    size_t MoveBlock(MachineState& machine, int64_t until, int64_t now);
     void Report(unsigned card, const std::vector<FinishedBuffer>& finished, int64_t now);
     OpenFile* OwnerOf(unsigned card, unsigned channel) const;
 
     std::array<CardPlayer, MaxCards> players_;
+    Wiring wiring_{players_};
+    int64_t movedTo_ = 0;  // time
     std::vector<std::unique_ptr<OpenFile>> files_;
     uint32_t filesEverOpened_ = 0;
 };

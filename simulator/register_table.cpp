@@ -46,7 +46,7 @@ constexpr RegisterDefinition Table[] = {
      {{{"hold", 0x01}, {"mode", 0x06}, {"double speed", 0x08}, {"resync", 0x80}}}},
     {Card, 1, 24, "digital output control",  0x03, 0x03, Kept,    Plain,
      {{{"mute", 0x03}}}},
-    {Card, 1, 25, "digital transmitter",     0x00, 0x03, Kept,    Plain,
+    {Card, 1, 25, "digital transmitter",     0x00, 0x03, Kept,    OnWrite(TransmitterWritten),
      {{{"run", 0x01}, {"professional", 0x02}}}},
     {Card, 1, 26, "channel status data",     0x00, 0xFF, Kept,    Window(Indirect, 27),
      {}},

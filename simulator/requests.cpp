@@ -60,6 +60,23 @@ DWORD DoChange(RequestCall& call) {
     return ERROR_SUCCESS;
 }
 
+// A transfer that begins a new count fills memory from the start of a buffer.
+DWORD DoStartTransfer(RequestCall& call) {
+    if (call.File.Channel < FirstOutput && call.Channel().CountsFromZero) {
+        call.Side.Player(call.File.Card).RestartCapture(call.File.Channel);
+    }
+    StartChannelTransfer(call.Machine, call.File.Card, call.File.Channel, call.Now);
+    return ERROR_SUCCESS;
+}
+
+DWORD DoStopTransfer(RequestCall& call) {
+    StopChannelTransfer(call.Machine, call.File.Card, call.File.Channel, call.Now);
+    if (call.File.Channel < FirstOutput) {
+        call.Side.GiveBackPartFilled(call.File, call.Now);
+    }
+    return ERROR_SUCCESS;
+}
+
 DWORD DoFlushBuffers(RequestCall& call) {
     StopChannelTransfer(call.Machine, call.File.Card, call.File.Channel, call.Now);
     call.Channel().Position = 0;
@@ -227,8 +244,8 @@ constexpr RequestDefinition Table[] = {
     {BeginBuffer, "BEGIN_BUFFER", FileState::Hardware, 0, 0, DoBeginBuffer},
     {MapBuffer, "MAP_BUFFER", FileState::Hardware, 0, AnyLength, DoMapBuffer},
     {QueueBuffer, "QUEUE_BUFFER", FileState::Hardware, 4, 0, DoQueueBuffer},
-    {StartTransfer, "START_TRANSFER", FileState::Hardware, 0, 0, DoChange<StartChannelTransfer>},
-    {StopTransfer, "STOP_TRANSFER", FileState::Hardware, 0, 0, DoChange<StopChannelTransfer>},
+    {StartTransfer, "START_TRANSFER", FileState::Hardware, 0, 0, DoStartTransfer},
+    {StopTransfer, "STOP_TRANSFER", FileState::Hardware, 0, 0, DoStopTransfer},
     {FlushBuffers, "FLUSH_BUFFERS", FileState::Channel, 0, 0, DoFlushBuffers},
     {SetBufferCookie, "SET_BUFFER_COOKIE", FileState::Hardware, Address, 0, DoSetBufferCookie},
     {GetPosition, "GET_POSITION", FileState::Channel, 0, 4, DoGetPosition},

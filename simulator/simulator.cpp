@@ -1,6 +1,7 @@
 #include "simulator/simulator.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "simulator/card_power.h"
 #include "simulator/channel_run.h"
@@ -135,8 +136,33 @@ void Simulator::SetPciRegister(unsigned card, unsigned offset, std::span<const u
     });
 }
 
+namespace {
+
+void ClockDigitalInput(CardState& card, const InputSignal& signal) {
+    card.DigitalInputRate = signal.Rate;
+    card.DigitalInputCable = signal.Card;
+    if (signal.What == InputSignal::Kind::Cable && signal.Output == Port::Digital) {
+        card.DigitalInputClocking = DigitalClocking::Cabled;
+    } else {
+        card.DigitalInputClocking = signal.Rate != 0 ? DigitalClocking::Fixed : DigitalClocking::WithCard;
+    }
+}
+
+}  // namespace
+
+void Simulator::PlugIn(unsigned card, Port port, InputSignal signal) {
+    impl_->With(card, [&](MachineState& machine, CardState& state, int64_t now) {
+        if (port == Port::Digital) {
+            ClockDigitalInput(state, signal);
+            ResolveClocks(machine, now);
+        }
+        impl_->Side.Cables().PlugIn(card, static_cast<unsigned>(port), std::move(signal));
+    });
+}
+
 void Simulator::SetDigitalInputRate(unsigned card, unsigned hertz) {
     impl_->With(card, [=](MachineState& machine, CardState& state, int64_t now) {
+        state.DigitalInputClocking = DigitalClocking::Fixed;
         state.DigitalInputRate = hertz;
         ResolveClocks(machine, now);
     });
@@ -217,9 +243,35 @@ uint64_t Simulator::ClockFrame(unsigned card) const {
     });
 }
 
+DigitalSignal Simulator::DigitalInput(unsigned card) const {
+    return impl_->With(card, [=](MachineState& machine, CardState&, int64_t now) {
+        return DigitalSignal{DigitalInputRate(machine, card, now)};
+    });
+}
+
 OutputStatus Simulator::Output(unsigned card, Port port) const {
     return impl_->With(card, [=](MachineState&, CardState& state, int64_t) {
-        return state.Channels[FirstOutput + static_cast<unsigned>(port)].Status;
+        const ChannelTally& tally = state.Channels[FirstOutput + static_cast<unsigned>(port)].Tally;
+        return OutputStatus{.Started = tally.Started,
+                            .StartFrame = tally.StartFrame,
+                            .FramesPlayed = tally.FramesMoved,
+                            .FramesSilent = tally.FramesMissed,
+                            .BuffersInFlight = tally.BuffersInFlight,
+                            .MostInFlight = tally.MostInFlight,
+                            .BuffersFinished = tally.BuffersFinished};
+    });
+}
+
+InputStatus Simulator::Input(unsigned card, Port port) const {
+    return impl_->With(card, [=](MachineState&, CardState& state, int64_t) {
+        const ChannelTally& tally = state.Channels[static_cast<unsigned>(port)].Tally;
+        return InputStatus{.Started = tally.Started,
+                           .StartFrame = tally.StartFrame,
+                           .FramesRecorded = tally.FramesMoved,
+                           .FramesDropped = tally.FramesMissed,
+                           .BuffersInFlight = tally.BuffersInFlight,
+                           .MostInFlight = tally.MostInFlight,
+                           .BuffersFinished = tally.BuffersFinished};
     });
 }
 

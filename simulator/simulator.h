@@ -48,6 +48,49 @@ struct OutputStatus {
     uint64_t BuffersFinished;
 };
 
+// What a card's input channel has done since it was last acquired.
+struct InputStatus {
+    bool Started;              // at least one frame was recorded
+    uint64_t StartFrame;       // count of the group's clock at its first frame
+    uint64_t FramesRecorded;   // frames taken into buffers
+    uint64_t FramesDropped;    // frames that passed between first and last of a recording without a buffer
+    unsigned BuffersInFlight;  // queued and not yet finished
+    unsigned MostInFlight;
+    uint64_t BuffersFinished;
+};
+
+// What is plugged into an input connector.
+struct InputSignal {
+    enum class Kind { Silence, Tone, Run, Cable };
+
+    Kind What = Kind::Silence;
+    double Hertz = 0;           // Tone
+    int32_t Amplitude = 0;      // Tone: its peak
+    std::vector<Frame> Frames;  // Run
+    unsigned Card = 0;          // Cable: where it comes from
+    Port Output = Port::Analog;
+    unsigned Rate = 0;  // digital input, not Cable: Hz of the arriving signal; 0: the card's
+
+    static InputSignal Silence();
+    // A sine, the same on both sides.
+    static InputSignal Tone(double hertz, int32_t amplitude);
+    // Heard once, from the first frame that the channel records after it was plugged in, and then
+    // silence. It goes on with the card's clock while the channel is stopped.
+    static InputSignal Run(std::vector<Frame> frames);
+    // What leaves that output connector: at the same frame for cards on one clock, else at the same time.
+    // From a digital output to a digital input it brings the sender's rate.
+    static InputSignal Cable(unsigned card, Port output);
+
+    // The same signal arriving at that rate on a digital input. It still gives one frame to each frame of
+    // the card.
+    InputSignal At(unsigned rate) &&;
+};
+
+// What arrives at a digital input.
+struct DigitalSignal {
+    unsigned Rate;  // Hz; 0: no signal
+};
+
 // A register as the card holds it, with the name of each of its fields.
 struct RegisterField {
     std::string Name;
@@ -104,8 +147,12 @@ public:
     void SetIdentityPage(unsigned card, std::span<const uint8_t, 128> page);  // 0xFF80
     void SetVersionPage(unsigned card, std::span<const uint8_t, 128> page);   // 0xFF00
     void SetPciRegister(unsigned card, unsigned offset, std::span<const uint8_t> bytes);
-    // Rate on the digital input in Hz: 0 no signal (as at first), else what the receiver measures and,
-    // as a clock, runs the card at.
+    // In place of what was plugged in before; at first nothing is, and a digital input has no signal. It
+    // belongs to this process. A Cable may come from the same card.
+    void PlugIn(unsigned card, Port port, InputSignal signal);
+    // Rate on the digital input in Hz, in place of that of the signal plugged in, until another is: 0 no
+    // signal, and silence whatever is plugged in; else what the receiver measures and, as a clock, runs
+    // the card at.
     void SetDigitalInputRate(unsigned card, unsigned hertz);
     // An external clock source (0x20 link, 0x40 digital input, 0x60 PLL) that is not valid.
     void SetClockBroken(unsigned card, unsigned source, bool broken);
@@ -121,7 +168,10 @@ public:
     unsigned SampleRate(unsigned card) const;  // the rate that the card runs at, Hz; 0: no clock
     uint64_t ClockFrame(unsigned card) const;  // frames counted by the card's (group's) clock
 
+    DigitalSignal DigitalInput(unsigned card) const;
+
     OutputStatus Output(unsigned card, Port port) const;
+    InputStatus Input(unsigned card, Port port) const;
     // The frames that the output channel took out of its buffers, bit for bit, since the process
     // began or the last ForgetAudio. They outlast the file that played them.
     std::vector<Frame> Played(unsigned card, Port port) const;

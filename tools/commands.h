@@ -17,23 +17,51 @@ inline constexpr int ExitFailed = 1;   // something went wrong on the way
 inline constexpr int ExitRefused = 2;  // CommandError
 inline constexpr int ExitInterrupted = 130;
 
-struct PlayOptions {
+// What the commands that run streams have in common.
+struct StreamOptions {
     SceneOptions Scene;
-    std::vector<std::string> Files;  // one for all devices, or one for each
-    std::vector<unsigned> Devices = {0};
     unsigned Buffers = 8;
     unsigned BufferMilliseconds = 50;
+    std::optional<double> SuspendAt;  // seconds of the first stream: the computer sleeps and wakes there
+    std::string Trace;                // empty: none
+};
+
+struct PlayOptions : StreamOptions {
+    std::vector<std::string> Files;  // one for all devices, or one for each
+    std::vector<unsigned> Devices = {0};
     DWORD Passes = 1;
     std::optional<WORD> Volume;
     std::string Capture;  // empty: none
-    std::string Trace;    // empty: none
+};
+
+struct RecordOptions : StreamOptions {
+    std::string File;
+    unsigned Device = 0;
+    DWORD Rate = 44100;
+    WORD Channels = 2;
+    std::string Format = "s16";      // one of RecordFormats
+    std::optional<double> Seconds;   // nothing: as long as the WAV file that is plugged in, or 5
+    std::string Input = "silence";   // or "tone:HZ", or a WAV file
+    std::optional<unsigned> Dither;  // stored as the card's setting
+};
+
+struct LoopbackOptions : StreamOptions {
+    std::string File;
+    unsigned Device = 0;
+    std::string Out;    // empty: what comes back is compared and not kept
+    bool Lock = false;  // lock the recording to the playback
 };
 
 int ListDevices(const SceneOptions& options);
 int Play(const PlayOptions& options);
+int Record(const RecordOptions& options);
+int Loopback(const LoopbackOptions& options);
 // Without assignments shows every setting; with them stores them and shows those.
 int ShowSettings(const SceneOptions& options, unsigned card, const std::vector<std::string>& assignments);
 int ShowRegisters(const SceneOptions& options, unsigned card);
+
+// The names of the formats that record knows.
+std::vector<std::string> RecordFormats();
 
 // "0" to "65535", or "0%" to "100%". CommandError for anything else.
 WORD ParseVolume(const std::string& text);

@@ -14,9 +14,21 @@ namespace {
 
 constexpr unsigned MostBuffers = 1000;
 constexpr unsigned LongestBuffer = 10000;
+constexpr unsigned MostDither = 4;
+constexpr double LongestSound = 100000;  // seconds
+
+constexpr const char* StreamFooter =
+    "Device D is on card D / 2: even ones are analog, odd ones digital.\n"
+    "Without --machine, KESTVOX_MACHINE names the machine, or it is gone at the end.\n"
+    "SPEC is REQUEST:N[:fail|pending|short], with REQUEST as the trace names it or 'any',\n"
+    "or completion:N:late[=MICROSECONDS]|twice|lost; N counts from 1, or is 'all'.";
 
 struct CommandLine {
-    PlayOptions Play;  // its Scene serves every command
+    SceneOptions Scene;  // of every command
+    StreamOptions Streams;
+    PlayOptions Play;
+    RecordOptions Record;
+    LoopbackOptions Loopback;
     std::string Volume;
     std::string Time = "real";
     unsigned Card = 0;
@@ -54,9 +66,37 @@ void AddSceneOptions(CLI::App& command, SceneOptions& scene) {
     AddRepeatable(command, "--follow", scene.Follows, "Card B takes its clock from card A")->type_name("B=A");
 }
 
+// What play, record and loopback have in common.
+void AddStreamOptions(CLI::App& command, CommandLine& line) {
+    AddSceneOptions(command, line.Scene);
+    command.add_option("--time", line.Time, "In real time (default), or as fast as it goes")
+        ->type_name("real|stepped")
+        ->check(CLI::IsMember({"real", "stepped"}).description(""));
+    command.add_option("--buffers", line.Streams.Buffers, "Buffers for each device, 1 to 1000 (default 8)")
+        ->type_name("K")
+        ->check(Within(1u, MostBuffers));
+    command
+        .add_option("--buffer-ms", line.Streams.BufferMilliseconds, "Their length, 1 to 10000 (default 50)")
+        ->type_name("M")
+        ->check(Within(1u, LongestBuffer));
+    command
+        .add_option("--trace", line.Streams.Trace, "Keep every request to the cards, for a timeline viewer")
+        ->type_name("OUT.json");
+    AddRepeatable(command, "--fault", line.Scene.Faults, "Make a request or a completion go wrong")
+        ->type_name("SPEC");
+}
+
+void AddSuspendOption(CLI::App& command, StreamOptions& streams) {
+    command
+        .add_option("--suspend-at", streams.SuspendAt,
+                    "Let the computer sleep and wake at that time of the sound")
+        ->type_name("SECONDS")
+        ->check(Within(0.0, LongestSound));
+}
+
 CLI::App* AddDevices(CLI::App& program, CommandLine& line) {
     CLI::App* command = program.add_subcommand("devices", "List the wave devices and what they accept");
-    AddSceneOptions(*command, line.Play.Scene);
+    AddSceneOptions(*command, line.Scene);
     return command;
 }
 
@@ -69,38 +109,63 @@ CLI::App* AddPlay(CLI::App& program, CommandLine& line) {
     AddRepeatable(*command, "--device", play.Devices, "Devices to play on, all at once (default 0)")
         ->type_name("D,...")
         ->delimiter(',');
-    AddSceneOptions(*command, play.Scene);
-    command->add_option("--time", line.Time, "In real time (default), or as fast as it goes")
-        ->type_name("real|stepped")
-        ->check(CLI::IsMember({"real", "stepped"}).description(""));
-    command->add_option("--buffers", play.Buffers, "Buffers for each device, 1 to 1000 (default 8)")
-        ->type_name("K")
-        ->check(Within(1u, MostBuffers));
-    command->add_option("--buffer-ms", play.BufferMilliseconds, "Their length, 1 to 10000 (default 50)")
-        ->type_name("M")
-        ->check(Within(1u, LongestBuffer));
+    AddStreamOptions(*command, line);
+    AddSuspendOption(*command, line.Streams);
     command->add_option("--loops", play.Passes, "Play the whole file L times, as one loop")
         ->type_name("L")
         ->check(Within(DWORD{1}, DWORD{0xFFFFFFFF}));
     command->add_option("--volume", line.Volume, "0 to 65535, or 0% to 100%")->type_name("V");
     command->add_option("--capture", play.Capture, "Keep what the output played, as 32-bit stereo WAV")
         ->type_name("OUT.wav");
-    command->add_option("--trace", play.Trace, "Keep every request to the cards, for a timeline viewer")
-        ->type_name("OUT.json");
-    AddRepeatable(*command, "--fault", play.Scene.Faults, "Make a request or a completion go wrong")
-        ->type_name("SPEC");
-    command->footer(
-        "Device D is on card D / 2: even ones are analog, odd ones digital.\n"
-        "With several devices, what device 2 played is in OUT-2.wav.\n"
-        "Without --machine, KESTVOX_MACHINE names the machine, or it is gone at the end.\n"
-        "SPEC is REQUEST:N[:fail|pending|short], with REQUEST as the trace names it or 'any',\n"
-        "or completion:N:late[=MICROSECONDS]|twice|lost; N counts from 1, or is 'all'.");
+    command->footer("With several devices, what device 2 played is in OUT-2.wav.\n" +
+                    std::string(StreamFooter));
+    return command;
+}
+
+CLI::App* AddRecord(CLI::App& program, CommandLine& line) {
+    RecordOptions& record = line.Record;
+    CLI::App* command = program.add_subcommand("record", "Record what is plugged into a device's input");
+    command->add_option("FILE", record.File, "WAV file to write")->required()->type_name("");
+    command->add_option("--device", record.Device, "Device to record from (default 0)")->type_name("D");
+    command->add_option("--rate", record.Rate, "Sample rate in Hz (default 44100)")->type_name("R");
+    command->add_option("--channels", record.Channels, "1 or 2 (default 2)")->type_name("C");
+    const std::vector<std::string> formats = RecordFormats();
+    command->add_option("--format", record.Format, "Sample format (default s16)")
+        ->type_name(CLI::detail::join(formats, "|"))
+        ->check(CLI::IsMember(formats).description(""));
+    command->add_option("--seconds", record.Seconds, "How long (default: as long as IN.wav, or 5)")
+        ->type_name("S")
+        ->check(Within(0.0, LongestSound));
+    command->add_option("--input", record.Input, "What is plugged in (default silence)")
+        ->type_name("IN.wav|tone:HZ|silence");
+    command->add_option("--dither", record.Dither, "Store the card's DitherADC setting first, 0 to 4")
+        ->type_name("TYPE")
+        ->check(Within(0u, MostDither));
+    AddStreamOptions(*command, line);
+    AddSuspendOption(*command, line.Streams);
+    command->footer(StreamFooter);
+    return command;
+}
+
+CLI::App* AddLoopback(CLI::App& program, CommandLine& line) {
+    LoopbackOptions& loopback = line.Loopback;
+    CLI::App* command = program.add_subcommand(
+        "loopback", "Play a WAV file into the same port's input and compare what comes back");
+    command->add_option("FILE", loopback.File, "WAV file, of a format that can be recorded")
+        ->required()
+        ->type_name("");
+    command->add_option("--device", loopback.Device, "Device to play on and record from (default 0)")
+        ->type_name("D");
+    command->add_option("--out", loopback.Out, "Keep what came back")->type_name("OUT.wav");
+    command->add_flag("--lock", loopback.Lock, "Lock the recording to the playback: both start on one frame");
+    AddStreamOptions(*command, line);
+    command->footer(StreamFooter);
     return command;
 }
 
 CLI::App* AddSettings(CLI::App& program, CommandLine& line) {
     CLI::App* command = program.add_subcommand("settings", "Show and change the stored settings of a card");
-    AddMachineOption(*command, line.Play.Scene);
+    AddMachineOption(*command, line.Scene);
     AddCardOption(*command, line.Card);
     command->add_option("NAME=VALUE", line.Assignments, "Settings to store")->type_name("");
     std::string footer = "Settings:\n";
@@ -116,7 +181,7 @@ CLI::App* AddSettings(CLI::App& program, CommandLine& line) {
 
 CLI::App* AddRegisters(CLI::App& program, CommandLine& line) {
     CLI::App* command = program.add_subcommand("registers", "Show what a card was last told");
-    AddMachineOption(*command, line.Play.Scene);
+    AddMachineOption(*command, line.Scene);
     AddCardOption(*command, line.Card);
     return command;
 }
@@ -137,6 +202,8 @@ int Run(int argc, char** argv) {
     program.require_subcommand(1);
     const CLI::App* devices = AddDevices(program, line);
     const CLI::App* play = AddPlay(program, line);
+    const CLI::App* record = AddRecord(program, line);
+    const CLI::App* loopback = AddLoopback(program, line);
     const CLI::App* settings = AddSettings(program, line);
     AddRegisters(program, line);
     const auto isFirstWord = [&](const CLI::App* command) { return command->check_name(argv[1]); };
@@ -152,20 +219,30 @@ int Run(int argc, char** argv) {
     }
 
     if (devices->parsed()) {
-        return ListDevices(line.Play.Scene);
+        return ListDevices(line.Scene);
     }
+    line.Streams.Scene = line.Scene;
+    line.Streams.Scene.Time =
+        line.Time == "stepped" ? simulator::TimeKind::Stepped : simulator::TimeKind::Real;
     if (play->parsed()) {
-        line.Play.Scene.Time =
-            line.Time == "stepped" ? simulator::TimeKind::Stepped : simulator::TimeKind::Real;
+        static_cast<StreamOptions&>(line.Play) = line.Streams;
         if (!line.Volume.empty()) {
             line.Play.Volume = ParseVolume(line.Volume);
         }
         return Play(line.Play);
     }
-    if (settings->parsed()) {
-        return ShowSettings(line.Play.Scene, line.Card, line.Assignments);
+    if (record->parsed()) {
+        static_cast<StreamOptions&>(line.Record) = line.Streams;
+        return Record(line.Record);
     }
-    return ShowRegisters(line.Play.Scene, line.Card);
+    if (loopback->parsed()) {
+        static_cast<StreamOptions&>(line.Loopback) = line.Streams;
+        return Loopback(line.Loopback);
+    }
+    if (settings->parsed()) {
+        return ShowSettings(line.Scene, line.Card, line.Assignments);
+    }
+    return ShowRegisters(line.Scene, line.Card);
 }
 
 }  // namespace

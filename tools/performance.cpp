@@ -1,181 +1,251 @@
 #include "tools/performance.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <cmath>
+#include <csignal>
+
+#include "tools/host.h"
 
 namespace kestvox {
 namespace {
 
-constexpr DWORD PollMilliseconds = 100;
-constexpr DWORD PatienceMilliseconds = 5000;
+constexpr int64_t PollMilliseconds = 100;
+constexpr int64_t PatienceMilliseconds = 5000;
 constexpr DWORD FlushMilliseconds = 1000;
+constexpr DWORD SleepMilliseconds = 100;
 
-// Each card has an analog and a digital device.
-unsigned CardOf(const WaveOutput& output) {
-    return output.Device() / 2;
+volatile std::sig_atomic_t interrupted = 0;
+
+void OnInterrupt(int) {
+    interrupted = 1;
 }
 
-simulator::Port PortOf(const WaveOutput& output) {
-    return output.Device() % 2 ? simulator::Port::Digital : simulator::Port::Analog;
+int64_t MicrosecondsOf(uint64_t frames, DWORD rate) {
+    return static_cast<int64_t>((frames * 1000000 + rate - 1) / rate);
 }
 
 }  // namespace
 
-Performance::Performance(const PlayOptions& options, Scene& scene)
-    : options_(options), scene_(scene), progress_(options.Scene.Time == simulator::TimeKind::Real) {
-    for (size_t i = 0; i < options_.Devices.size(); ++i) {
-        const std::string& file = options_.Files[options_.Files.size() == 1 ? 0 : i];
-        outputs_.push_back(std::make_unique<WaveOutput>(options_.Devices[i], file, done_));
-    }
-    for (const auto& output : outputs_) {
-        if (options_.Volume) {
-            output->SetVolume(*options_.Volume);
-        }
-        output->PrepareBuffers(options_.Buffers, options_.BufferMilliseconds, options_.Passes);
-    }
+Performance::Performance(const StreamOptions& options, Scene& scene)
+    : options_(options),
+      scene_(scene),
+      stepped_(scene.Cards().Time() == simulator::TimeKind::Stepped),
+      progress_(!stepped_) {}
+
+void Performance::Add(std::unique_ptr<WaveStream> stream) {
+    streams_.push_back(std::move(stream));
+    beforeSleep_.emplace_back();
 }
 
-// Several devices are filled while paused, so that those of one clock group can start together.
-void Performance::Start() {
-    const bool together = outputs_.size() > 1;
-    for (const auto& output : outputs_) {
-        if (together) {
-            output->Pause();
-        }
-        output->Refill();
+// Several streams are all made ready before the first starts, so that those of one clock group can start
+// together.
+void Performance::Start(DWORD pauseMilliseconds) {
+    const bool together = streams_.size() > 1;
+    for (const auto& stream : streams_) {
+        stream->QueueFirst(together);
     }
-    for (const auto& output : outputs_) {
-        if (together) {
-            output->Restart();
+    for (const auto& stream : streams_) {
+        stream->Start(together);
+        if (pauseMilliseconds != 0 && stream != streams_.back()) {
+            Pause(pauseMilliseconds);
         }
     }
-    lastMovementTime_ = timeGetTime();
+    lastMovementTime_ = scene_.Cards().NowMicroseconds();
 }
 
-void Performance::PlayToTheEnd(const volatile std::sig_atomic_t* stop) {
-    while (!AllBack() && FirstProblem().empty() && !*stop && LetTimePass()) {
-        for (const auto& output : outputs_) {
-            output->Refill();
+void Performance::RunToTheEnd() {
+    while (!AllFinished() && FirstProblem().empty() && !interrupted) {
+        LetTimePass();
+        if (!StillMoves()) {
+            stalled_ = true;
+            return;
+        }
+        if (SleepIsDue()) {
+            SleepAndWake();
+        }
+        for (const auto& stream : streams_) {
+            stream->Refill();
         }
     }
 }
 
-bool Performance::LetTimePass() {
-    return options_.Scene.Time == simulator::TimeKind::Stepped ? LetVirtualTimePass() : LetRealTimePass();
+bool Performance::IsFinished(size_t stream) const {
+    const WaveStream& what = *streams_[stream];
+    return what.EndsByCount() ? StatusOf(stream).Frames >= what.FrameCount()
+                              : what.FrameCount() == 0 || what.AllBack();
 }
 
-bool Performance::LetVirtualTimePass() {
-    const unsigned before = HeadersReturned();
-    const int64_t limit = int64_t{1000} * (PatienceMilliseconds + 2 * options_.BufferMilliseconds);
-    return scene_.Cards().AdvanceToNextCompletion(limit) || HeadersReturned() != before;
+bool Performance::AllFinished() const {
+    for (size_t i = 0; i < streams_.size(); ++i) {
+        if (!IsFinished(i)) {
+            return false;
+        }
+    }
+    return true;
 }
 
-bool Performance::LetRealTimePass() {
-    WaitForSingleObject(done_, PollMilliseconds);
+bool Performance::SleepIsDue() const {
+    const double rate = streams_.front()->Format().nSamplesPerSec;
+    return options_.SuspendAt && !slept_ &&
+           static_cast<double>(StatusOf(0).Frames) >= std::floor(*options_.SuspendAt * rate);
+}
+
+// What the cards count begins again when the driver takes its channels back.
+void Performance::SleepAndWake() {
+    slept_ = true;
+    simulator::Simulator& cards = scene_.Cards();
+    const int64_t start = cards.NowMicroseconds();
+    SendPowerEvent(PowerEvent::Suspend);
+    for (size_t i = 0; i < streams_.size(); ++i) {
+        beforeSleep_[i] = streams_[i]->Status(cards);
+    }
+    for (unsigned card = 0; card < cards.CardCount(); ++card) {
+        cards.PowerCycle(card);
+    }
+    Pause(SleepMilliseconds);
+    SendPowerEvent(PowerEvent::Resume);
+    const auto gap = static_cast<uint64_t>(cards.NowMicroseconds() - start);
+    for (size_t i = 0; i < streams_.size(); ++i) {
+        beforeSleep_[i].IdleFrames += gap * streams_[i]->Format().nSamplesPerSec / 1000000;
+    }
+}
+
+void Performance::Pause(DWORD milliseconds) {
+    if (stepped_) {
+        scene_.Cards().Advance(int64_t{1000} * milliseconds);
+    } else {
+        Sleep(milliseconds);
+    }
+}
+
+StreamStatus Performance::StatusOf(size_t stream) const {
+    StreamStatus status = streams_[stream]->Status(scene_.Cards());
+    if (slept_) {
+        const StreamStatus& before = beforeSleep_[stream];
+        status.StartFrame = before.StartFrame ? before.StartFrame : status.StartFrame;
+        status.Frames += before.Frames;
+        status.IdleFrames += before.IdleFrames;
+        status.MostInFlight = std::max(status.MostInFlight, before.MostInFlight);
+    }
+    return status;
+}
+
+std::optional<int64_t> Performance::TimeToNextMark() const {
+    std::optional<int64_t> nearest;
+    const auto note = [&](uint64_t frames, uint64_t mark, DWORD rate) {
+        if (frames < mark) {
+            const int64_t time = MicrosecondsOf(mark - frames, rate);
+            nearest = nearest ? std::min(*nearest, time) : time;
+        }
+    };
+    for (size_t i = 0; i < streams_.size(); ++i) {
+        const DWORD rate = streams_[i]->Format().nSamplesPerSec;
+        const uint64_t frames = StatusOf(i).Frames;
+        if (streams_[i]->EndsByCount()) {
+            note(frames, streams_[i]->FrameCount(), rate);
+        }
+        if (i == 0 && options_.SuspendAt && !slept_) {
+            note(frames, static_cast<uint64_t>(*options_.SuspendAt * rate), rate);
+        }
+    }
+    return nearest;
+}
+
+void Performance::LetTimePass() {
+    const std::optional<int64_t> mark = TimeToNextMark();
+    if (stepped_) {
+        const int64_t patience = 1000 * (PatienceMilliseconds + 2 * int64_t{options_.BufferMilliseconds});
+        scene_.Cards().AdvanceToNextCompletion(std::min(patience, mark.value_or(patience)));
+        return;
+    }
+    const int64_t toMark = mark.value_or(1000 * PollMilliseconds) / 1000 + 1;
+    WaitForSingleObject(bufferBack_, static_cast<DWORD>(std::min(PollMilliseconds, toMark)));
     ShowProgress();
-    uint64_t movement = HeadersReturned();
-    for (const auto& output : outputs_) {
-        movement += StatusOf(*output).FramesPlayed;
+}
+
+bool Performance::StillMoves() {
+    uint64_t movement = 0;
+    for (size_t i = 0; i < streams_.size(); ++i) {
+        movement += StatusOf(i).Frames + streams_[i]->HeadersReturned();
     }
-    const DWORD now = timeGetTime();
+    const int64_t now = scene_.Cards().NowMicroseconds();
     if (movement != lastMovement_) {
         lastMovement_ = movement;
         lastMovementTime_ = now;
     }
-    return now - lastMovementTime_ < PatienceMilliseconds;
+    return now - lastMovementTime_ < 1000 * PatienceMilliseconds;
 }
 
 void Performance::ShowProgress() {
     unsigned inFlight = 0;
-    for (const auto& output : outputs_) {
-        inFlight += StatusOf(*output).BuffersInFlight;
+    for (size_t i = 0; i < streams_.size(); ++i) {
+        inFlight += StatusOf(i).BuffersInFlight;
     }
-    const WaveOutput& first = *outputs_.front();
-    progress_.Show(first.Position(), first.FrameCount(), first.Format().nSamplesPerSec, inFlight);
+    const WaveStream& first = *streams_.front();
+    progress_.Show(StatusOf(0).Frames, first.FrameCount(), first.Format().nSamplesPerSec, inFlight);
 }
 
 void Performance::Close() {
     progress_.Wipe();
-    if (!AllBack()) {
-        for (const auto& output : outputs_) {
-            output->Stop();
+    for (const auto& stream : streams_) {
+        if (!stream->AllBack()) {
+            stream->Stop();
         }
+    }
+    if (HeadersOut() > 0) {
         WaitForFlushedBuffers();
     }
-    for (const auto& output : outputs_) {
-        Report report{.Status = StatusOf(*output), .HeadersReturned = output->HeadersReturned(), .Heard = {}};
-        if (!options_.Capture.empty()) {
-            report.Heard = scene_.Cards().Heard(CardOf(*output), PortOf(*output));
-        }
-        reports_.push_back(std::move(report));
+    for (size_t i = 0; i < streams_.size(); ++i) {
+        reports_.push_back({.Status = StatusOf(i), .HeadersReturned = streams_[i]->HeadersReturned()});
     }
-    for (const auto& output : outputs_) {
-        output->Close();
+    for (const auto& stream : streams_) {
+        stream->Close();
     }
 }
 
 // The card gives flushed buffers back at once, but on a thread of the driver.
 void Performance::WaitForFlushedBuffers() {
-    if (options_.Scene.Time == simulator::TimeKind::Stepped) {
+    if (stepped_) {
         scene_.Cards().Advance(1);
         return;
     }
-    while (HeadersOut() > 0 && WaitForSingleObject(done_, FlushMilliseconds) == WAIT_OBJECT_0) {
+    while (HeadersOut() > 0 && WaitForSingleObject(bufferBack_, FlushMilliseconds) == WAIT_OBJECT_0) {
     }
-}
-
-simulator::OutputStatus Performance::StatusOf(const WaveOutput& output) const {
-    return scene_.Cards().Output(CardOf(output), PortOf(output));
-}
-
-bool Performance::AllBack() const {
-    return std::ranges::all_of(
-        outputs_, [](const auto& output) { return output->AllWritten() && output->HeadersOut() == 0; });
-}
-
-unsigned Performance::HeadersReturned() const {
-    unsigned returned = 0;
-    for (const auto& output : outputs_) {
-        returned += output->HeadersReturned();
-    }
-    return returned;
 }
 
 unsigned Performance::HeadersOut() const {
     unsigned out = 0;
-    for (const auto& output : outputs_) {
-        out += output->HeadersOut();
+    for (const auto& stream : streams_) {
+        out += stream->HeadersOut();
     }
     return out;
 }
 
-void Performance::WriteCaptures(const std::vector<std::unique_ptr<OutputFile>>& files) const {
-    for (size_t i = 0; i < files.size(); ++i) {
-        WriteWav(files[i]->Stream(), outputs_[i]->Format().nSamplesPerSec, reports_[i].Heard);
-        files[i]->Commit();
-    }
-}
-
-void Performance::PrintSummary() const {
-    for (size_t i = 0; i < outputs_.size(); ++i) {
-        const simulator::OutputStatus& status = reports_[i].Status;
-        const std::string start = status.Started ? std::to_string(status.StartFrame) : "none";
-        std::printf("device: %u\n", outputs_[i]->Device());
-        std::printf("frames-played: %llu\n", static_cast<unsigned long long>(status.FramesPlayed));
-        std::printf("headers-returned: %u\n", reports_[i].HeadersReturned);
-        std::printf("most-in-flight: %u\n", status.MostInFlight);
-        std::printf("start-frame: %s\n", start.c_str());
-        std::printf("silent-frames: %llu\n", static_cast<unsigned long long>(status.FramesSilent));
-    }
-}
-
 std::string Performance::FirstProblem() const {
-    for (const auto& output : outputs_) {
-        if (!output->Problem().empty()) {
-            return output->Problem();
+    for (const auto& stream : streams_) {
+        if (!stream->Problem().empty()) {
+            return stream->Problem();
         }
     }
+    if (stalled_) {
+        return "the sound stood still before its end";
+    }
+    if (!reports_.empty() && options_.SuspendAt && !slept_ && !interrupted) {
+        return "the sound had ended before it was time to suspend";
+    }
     return {};
+}
+
+bool IsInterrupted() {
+    return interrupted != 0;
+}
+
+InterruptGuard::InterruptGuard() : previous_(std::signal(SIGINT, OnInterrupt)) {
+    interrupted = 0;
+}
+
+InterruptGuard::~InterruptGuard() {
+    std::signal(SIGINT, previous_);
 }
 
 }  // namespace kestvox

@@ -1,20 +1,19 @@
-// Files played on devices, from the open devices to the last line of the summary.
+// Streams that run side by side on the cards of a scene, from their first buffer to the closed devices.
 #pragma once
 
 #include <windows.h>
 
-#include <csignal>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "tools/command_error.h"
 #include "tools/commands.h"
-#include "tools/output_file.h"
 #include "tools/progress_line.h"
 #include "tools/scene.h"
-#include "tools/wave_output.h"
+#include "tools/wave_stream.h"
 
 namespace kestvox {
 
@@ -37,53 +36,80 @@ private:
 
 class Performance {
 public:
-    // Opens every device and gets all memory. CommandError when something refuses. Both arguments must
-    // outlive the object.
-    Performance(const PlayOptions& options, Scene& scene);
+    // What a stream did, as its card saw it; what passed while the computer slept counts as idle.
+    struct Report {
+        StreamStatus Status;
+        unsigned HeadersReturned;  // before the device was closed
+    };
 
-    void Start();
+    // Both arguments must outlive the object.
+    Performance(const StreamOptions& options, Scene& scene);
 
-    // Returns when every buffer is back, when nothing moves any more, when something has gone wrong,
-    // or soon after `*stop` has become nonzero.
-    void PlayToTheEnd(const volatile std::sig_atomic_t* stop);
+    // To be signalled whenever a buffer comes back on some stream.
+    HANDLE BufferBack() const { return bufferBack_; }
 
-    // Stops what still plays, notes what the cards did, closes the devices.
+    // Takes in an open stream with its buffers prepared. Streams start in the order they were added.
+    void Add(std::unique_ptr<WaveStream> stream);
+
+    // With a pause after each stream but the last.
+    void Start(DWORD pauseMilliseconds = 0);
+
+    // Returns when every stream is finished, when nothing moves any more, when something has gone wrong,
+    // or soon after the user has interrupted. On the way the computer sleeps once, if it shall. A stream
+    // that neither ends by itself nor has a count of frames is not waited for.
+    void RunToTheEnd();
+
+    // Stops what still runs, notes what the cards did, closes the devices.
     void Close();
 
-    // After Close. One file for each device, in their order.
-    void WriteCaptures(const std::vector<std::unique_ptr<OutputFile>>& files) const;
-    void PrintSummary() const;
+    // After Close, in the order of Add.
+    const std::vector<Report>& Reports() const { return reports_; }
 
-    // The first thing that went wrong on the first device that it did on; empty when all went well.
+    // The first thing that went wrong on the first stream that it did on; empty when all went well.
     std::string FirstProblem() const;
 
 private:
-    // What a device did, as its card saw it.
-    struct Report {
-        simulator::OutputStatus Status;
-        unsigned HeadersReturned;  // before the device was closed
-        std::vector<simulator::Frame> Heard;
-    };
-
-    simulator::OutputStatus StatusOf(const WaveOutput& output) const;
-    bool AllBack() const;
-    unsigned HeadersReturned() const;
+    StreamStatus StatusOf(size_t stream) const;
+    bool IsFinished(size_t stream) const;
+    bool AllFinished() const;
     unsigned HeadersOut() const;
-    // Lets time pass until something may have come back. False when nothing moves any more.
-    bool LetTimePass();
-    bool LetVirtualTimePass();
-    bool LetRealTimePass();
+    bool SleepIsDue() const;
+    void SleepAndWake();
+    // Microseconds to the end of a stream or to the sleep, whichever comes first.
+    std::optional<int64_t> TimeToNextMark() const;
+    void Pause(DWORD milliseconds);
+    void LetTimePass();
+    bool StillMoves();
     void ShowProgress();
     void WaitForFlushedBuffers();
 
-    const PlayOptions& options_;
+    const StreamOptions& options_;
     Scene& scene_;
-    Event done_;  // a buffer came back on some device
-    std::vector<std::unique_ptr<WaveOutput>> outputs_;
+    const bool stepped_;
+    Event bufferBack_;
+    std::vector<std::unique_ptr<WaveStream>> streams_;
+    std::vector<StreamStatus> beforeSleep_;  // one for each stream
     std::vector<Report> reports_;
     ProgressLine progress_;
-    uint64_t lastMovement_ = 0;  // sum of positions and headers when something last moved
-    DWORD lastMovementTime_ = 0;
+    bool slept_ = false;
+    bool stalled_ = false;
+    uint64_t lastMovement_ = 0;  // sum of frames and headers when something last moved
+    int64_t lastMovementTime_ = 0;
+};
+
+// Whether the user wants the command to end; reset when a command begins.
+bool IsInterrupted();
+
+// Notes interrupts from the user instead of dying of them.
+class InterruptGuard {
+public:
+    InterruptGuard();
+    ~InterruptGuard();
+    InterruptGuard(const InterruptGuard&) = delete;
+    InterruptGuard& operator=(const InterruptGuard&) = delete;
+
+private:
+    void (*previous_)(int);
 };
 
 }  // namespace kestvox

@@ -1,35 +1,17 @@
 #include <charconv>
-#include <csignal>
-#include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <utility>
 
-#include "simulator/trace.h"
 #include "tools/command_error.h"
 #include "tools/commands.h"
 #include "tools/output_file.h"
-#include "tools/performance.h"
+#include "tools/stream_command.h"
 #include "tools/wav_file.h"
+#include "tools/wave_output.h"
 
 namespace kestvox {
 namespace {
-
-volatile std::sig_atomic_t interrupted = 0;
-
-void OnInterrupt(int) {
-    interrupted = 1;
-}
-
-class InterruptGuard {
-public:
-    InterruptGuard() : previous_(std::signal(SIGINT, OnInterrupt)) { interrupted = 0; }
-    ~InterruptGuard() { std::signal(SIGINT, previous_); }
-    InterruptGuard(const InterruptGuard&) = delete;
-    InterruptGuard& operator=(const InterruptGuard&) = delete;
-
-private:
-    void (*previous_)(int);
-};
 
 void RequireFileForEachDevice(const PlayOptions& options) {
     if (options.Files.size() != 1 && options.Files.size() != options.Devices.size()) {
@@ -38,6 +20,32 @@ void RequireFileForEachDevice(const PlayOptions& options) {
                            (options.Devices.size() == 1 ? " device" : " devices") +
                            ": give one file for all, or one for each");
     }
+}
+
+const std::string& FileOf(const PlayOptions& options, size_t device) {
+    return options.Files[options.Files.size() == 1 ? 0 : device];
+}
+
+// All devices are open before the first gets its buffers.
+void AddOutputs(const PlayOptions& options, Performance& performance) {
+    std::vector<std::unique_ptr<WaveOutput>> outputs;
+    for (size_t i = 0; i < options.Devices.size(); ++i) {
+        outputs.push_back(
+            std::make_unique<WaveOutput>(options.Devices[i], FileOf(options, i), performance.BufferBack()));
+    }
+    for (auto& output : outputs) {
+        if (options.Volume) {
+            output->SetVolume(*options.Volume);
+        }
+        output->PrepareBuffers(options.Buffers, options.BufferMilliseconds, options.Passes);
+        performance.Add(std::move(output));
+    }
+}
+
+void WriteCapture(OutputFile& file, Scene& scene, unsigned device, const std::string& played) {
+    const simulator::Port port = device % 2 ? simulator::Port::Digital : simulator::Port::Analog;
+    WriteWav(file.Stream(), WavReader(played).Format().nSamplesPerSec, scene.Cards().Heard(device / 2, port));
+    file.Commit();
 }
 
 }  // namespace
@@ -52,37 +60,19 @@ int Play(const PlayOptions& options) {
         captures.push_back(std::make_unique<OutputFile>(
             CapturePath(options.Capture, options.Devices[i], options.Devices.size())));
     }
-    std::unique_ptr<OutputFile> trace;
-    if (!options.Trace.empty()) {
-        trace = std::make_unique<OutputFile>(options.Trace);
-    }
-
-    const InterruptGuard interrupts;
-    Scene scene(options.Scene);
-    std::string problem;
-    {
-        Performance performance(options, scene);
+    return RunStreams(options, [&](Scene& scene, Performance& performance) {
+        AddOutputs(options, performance);
         performance.Start();
-        performance.PlayToTheEnd(&interrupted);
+        performance.RunToTheEnd();
         performance.Close();
-        performance.WriteCaptures(captures);
-        performance.PrintSummary();
-        problem = performance.FirstProblem();
-    }
-    const std::vector<simulator::TraceEntry> entries = scene.Cards().Trace();
-    std::printf("requests-sent: %zu\n", entries.size());
-    if (trace) {
-        simulator::WriteChromeTrace(trace->Stream(), entries);
-        trace->Commit();
-    }
-    if (interrupted) {
-        return ExitInterrupted;
-    }
-    if (!problem.empty()) {
-        std::fprintf(stderr, "kestvox: %s\n", problem.c_str());
-        return ExitFailed;
-    }
-    return ExitSuccess;
+        for (size_t i = 0; i < options.Devices.size(); ++i) {
+            PrintReport(options.Devices[i], performance.Reports()[i], "frames-played", "silent-frames");
+        }
+        for (size_t i = 0; i < captures.size(); ++i) {
+            WriteCapture(*captures[i], scene, options.Devices[i], FileOf(options, i));
+        }
+        return performance.FirstProblem();
+    });
 }
 
 WORD ParseVolume(const std::string& text) {

@@ -130,6 +130,13 @@ void Scene::RequireCard(unsigned card, const std::string& what) const {
     }
 }
 
+void Scene::PlugIn(unsigned device, simulator::InputSignal signal) {
+    if (device / 2 < simulator_->CardCount()) {
+        simulator_->PlugIn(device / 2, device % 2 ? simulator::Port::Digital : simulator::Port::Analog,
+                           std::move(signal));
+    }
+}
+
 Assignment ParseAssignment(const std::string& text) {
     const size_t equals = text.find('=');
     if (equals == std::string::npos) {

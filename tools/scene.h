@@ -31,9 +31,14 @@ public:
     Scene& operator=(const Scene&) = delete;
 
     simulator::Simulator& Cards() { return *simulator_; }
+    const simulator::Simulator& Cards() const { return *simulator_; }
 
     // CommandError when there is no card of that number; `what` begins the message.
     void RequireCard(unsigned card, const std::string& what) const;
+
+    // Plugs the signal into an input device's connector. Does nothing when there is no such device:
+    // opening it will tell.
+    void PlugIn(unsigned device, simulator::InputSignal signal);
 
 private:
     void RequireWhatWasAskedFor(const SceneOptions& options) const;

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "tools/command_error.h"
+#include "tools/wave_format.h"
 
 namespace kestvox {
 namespace {
@@ -18,6 +19,10 @@ constexpr uint32_t LargestFormat = 4096;
 
 bool Is(const char (&id)[4], const char* name) {
     return std::memcmp(id, name, sizeof id) == 0;
+}
+
+void WriteSize(std::ostream& out, uint32_t size) {
+    out.write(reinterpret_cast<const char*>(&size), sizeof size);
 }
 
 }  // namespace
@@ -128,47 +133,72 @@ size_t WavReader::Read(std::span<char> bytes) {
     return count;
 }
 
+WavWriter::WavWriter(std::ostream& out, const WAVEFORMATEX& format) : out_(out) {
+    const uint32_t formatSize = format.wFormatTag == WAVE_FORMAT_PCM
+                                    ? SmallestFormat
+                                    : static_cast<uint32_t>(sizeof format) + format.cbSize;
+    out_.write("RIFF\0\0\0\0WAVEfmt ", 16);
+    WriteSize(out_, formatSize);
+    out_.write(reinterpret_cast<const char*>(&format), formatSize);
+    out_.write("data\0\0\0\0", 8);
+    headerSize_ = 20 + formatSize + 8;
+}
+
+void WavWriter::Write(std::span<const char> bytes) {
+    dataSize_ += bytes.size();
+    if (dataSize_ > UnknownSize - 1 - headerSize_) {
+        throw CommandError("the sound is longer than a WAV file can hold");
+    }
+    out_.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+void WavWriter::Finish() {
+    const auto size = static_cast<uint32_t>(dataSize_);
+    if (size % 2 != 0) {
+        out_.put('\0');
+    }
+    out_.seekp(4);
+    WriteSize(out_, headerSize_ - 8 + size + size % 2);
+    out_.seekp(headerSize_ - 4);
+    WriteSize(out_, size);
+    out_.seekp(0, std::ios::end);
+}
+
 void WriteWav(std::ostream& out, uint32_t rate, std::span<const simulator::Frame> frames) {
     static_assert(sizeof(simulator::Frame) == 8);
-    struct Header {
-        char Riff[4];
-        uint32_t RiffSize;
-        char Wave[4];
-        char Fmt[4];
-        uint32_t FmtSize;
-        uint16_t Tag;
-        uint16_t Channels;
-        uint32_t Rate;
-        uint32_t BytesPerSecond;
-        uint16_t BlockAlign;
-        uint16_t Bits;
-        char Data[4];
-        uint32_t DataSize;
-    };
-    static_assert(sizeof(Header) == 44);
+    const WAVEFORMATEX format{.wFormatTag = WAVE_FORMAT_PCM,
+                              .nChannels = 2,
+                              .nSamplesPerSec = rate,
+                              .nAvgBytesPerSec = rate * static_cast<uint32_t>(sizeof(simulator::Frame)),
+                              .nBlockAlign = sizeof(simulator::Frame),
+                              .wBitsPerSample = 32,
+                              .cbSize = 0};
+    WavWriter writer(out, format);
+    writer.Write({reinterpret_cast<const char*>(frames.data()), frames.size_bytes()});
+    writer.Finish();
+}
 
-    const uint64_t dataSize = frames.size_bytes();
-    if (dataSize > UnknownSize - sizeof(Header)) {
-        throw CommandError("the captured sound is longer than a WAV file can hold");
+std::vector<simulator::Frame> ReadFrames(WavReader& reader, const std::string& path) {
+    const WAVEFORMATEX& format = reader.Format();
+    const bool pcm = format.wFormatTag == WAVE_FORMAT_PCM || format.wFormatTag == WAVE_FORMAT_EXTENSIBLE;
+    const size_t sampleSize = format.nChannels ? size_t{format.nBlockAlign} / format.nChannels : 0;
+    if (!pcm || format.nChannels < 1 || format.nChannels > 2 || sampleSize < 1 || sampleSize > 4) {
+        throw CommandError(path + ": cannot be plugged in, only PCM of one or two channels (" +
+                           DescribeFormat(format) + ")");
     }
-    const auto size = static_cast<uint32_t>(dataSize);
-    const Header header{
-        .Riff = {'R', 'I', 'F', 'F'},
-        .RiffSize = size + static_cast<uint32_t>(sizeof(Header)) - 8,
-        .Wave = {'W', 'A', 'V', 'E'},
-        .Fmt = {'f', 'm', 't', ' '},
-        .FmtSize = 16,
-        .Tag = WAVE_FORMAT_PCM,
-        .Channels = 2,
-        .Rate = rate,
-        .BytesPerSecond = rate * static_cast<uint32_t>(sizeof(simulator::Frame)),
-        .BlockAlign = sizeof(simulator::Frame),
-        .Bits = 32,
-        .Data = {'d', 'a', 't', 'a'},
-        .DataSize = size,
+    std::vector<char> bytes(static_cast<size_t>(reader.ByteCount()));
+    reader.Read(bytes);
+    const auto sampleAt = [&](size_t at) {
+        uint32_t slot = 0;
+        std::memcpy(reinterpret_cast<char*>(&slot) + sizeof slot - sampleSize, &bytes[at], sampleSize);
+        return static_cast<int32_t>(sampleSize == 1 ? slot ^ 0x80000000 : slot);  // 8 bits are unsigned
     };
-    out.write(reinterpret_cast<const char*>(&header), sizeof header);
-    out.write(reinterpret_cast<const char*>(frames.data()), static_cast<std::streamsize>(dataSize));
+    std::vector<simulator::Frame> frames;
+    frames.reserve(bytes.size() / format.nBlockAlign);
+    for (size_t at = 0; at < bytes.size(); at += format.nBlockAlign) {
+        frames.push_back({sampleAt(at), sampleAt(at + format.nBlockAlign - sampleSize)});
+    }
+    return frames;
 }
 
 }  // namespace kestvox

@@ -1,5 +1,5 @@
-// WAV files: a reader that streams the sample bytes as they lie in the file, and a writer for what a
-// card's output was heard to play.
+// WAV files: a reader and a writer that stream the sample bytes as they lie in the file, and the same for
+// the frames that a card hears and is heard to play.
 #pragma once
 
 #include <windows.h>
@@ -56,7 +56,30 @@ private:
     uint64_t bytesRead_ = 0;
 };
 
+class WavWriter {
+public:
+    // Begins a file of that format, which has its cbSize bytes behind it. `out` can go back, and outlives
+    // the object.
+    WavWriter(std::ostream& out, const WAVEFORMATEX& format);
+
+    // CommandError when it becomes more than a WAV file can hold.
+    void Write(std::span<const char> bytes);
+
+    // Fills in the lengths. Nothing may be written after it.
+    void Finish();
+
+private:
+    std::ostream& out_;
+    uint32_t headerSize_ = 0;  // up to the first sample
+    uint64_t dataSize_ = 0;
+};
+
 // 32-bit stereo PCM. CommandError when there are more frames than a WAV file can hold.
 void WriteWav(std::ostream& out, uint32_t rate, std::span<const simulator::Frame> frames);
+
+// The samples that are left in the file as the card hears them: full scale at 32 bits, a sample of fewer
+// bytes at the top of its slot; mono on both sides. CommandError, which names `path`, when the file is not
+// PCM of one or two channels.
+std::vector<simulator::Frame> ReadFrames(WavReader& reader, const std::string& path);
 
 }  // namespace kestvox

@@ -95,6 +95,7 @@ struct StreamInstance {
     bool PositionLatched;  // the stream is stopped: the card's live position does not count
     DWORD BytesDelivered;  // given back since the last start
     DWORD CarriedBytes;    // recorded before it and not given back yet
+    DWORD CarriedResets;   // ResetCount of the last reset that set aside what was recorded before it
     DitherState Dither;
     DitherState CarriedDither;  // for what was recorded before the last reset
 

@@ -49,6 +49,11 @@ MMRESULT AcquireCaptureBuffer(StreamInstance* stream, WAVEHDR* header) {
     return result;
 }
 
+// Until a reset has latched the position, its buffers count like any other's.
+bool IsFromBeforeReset(const StreamInstance* stream, const HeldHeader& held) {
+    return held.Resets < stream->CarriedResets;
+}
+
 // How many bytes of the client's layout this buffer holds: its share of what was recorded and not yet
 // given back, of earlier runs first. A buffer that the kernel refused has none, nor has one that a reset
 // took back empty. DriverMutex held.
@@ -57,7 +62,7 @@ DWORD RecordedBytes(StreamInstance* stream, const HeldHeader& held) {
         return 0;
     }
     const DWORD room = stream->Conversion == Packed24 ? held.Bytes : held.Bytes & WholeWordMask;
-    if (stream->CarriedBytes != 0 || held.Resets != stream->ResetCount) {
+    if (stream->CarriedBytes != 0 || IsFromBeforeReset(stream, held)) {
         const DWORD count = room < stream->CarriedBytes ? room : stream->CarriedBytes;
         stream->CarriedBytes -= count;
         return count;
@@ -139,7 +144,7 @@ MMRESULT AddInputBuffer(StreamInstance* stream, WAVEHDR* header, DWORD size) {
 
 void CaptureBufferDone(StreamInstance* stream, WAVEHDR* header) {
     HeldHeader* held = stream->Held.FindInFlight(header);
-    DitherState& state = held->Resets == stream->ResetCount ? stream->Dither : stream->CarriedDither;
+    DitherState& state = IsFromBeforeReset(stream, *held) ? stream->CarriedDither : stream->Dither;
     const DWORD count = RecordedBytes(stream, *held);
     header->dwBytesRecorded = FillClientBuffer(stream, header, count, state);
     CountDone(stream, held);

@@ -66,6 +66,7 @@ void SetRecordedAside(StreamInstance* stream) {
     DriverLock lock;
     CarryOver(stream);
     stream->BytesDelivered = BytesOfFrames(stream, stream->StopPosition);
+    stream->CarriedResets = stream->ResetCount;
     stream->CarriedDither = stream->Dither;
     stream->Dither = {};
 }

@@ -18,7 +18,9 @@ using namespace kestvox;
 std::vector<int32_t> RandomSlots(size_t count, unsigned seed = 1) {
     const std::vector<BYTE> bytes = Pattern(count * 4, seed);
     std::vector<int32_t> slots(count);
-    memcpy(slots.data(), bytes.data(), bytes.size());
+    if (count != 0) {
+        memcpy(slots.data(), bytes.data(), bytes.size());
+    }
     return slots;
 }
 

@@ -1,6 +1,9 @@
 #include "tests/support/wave_sound.h"
 
 #include <cmath>
+#include <cstring>
+
+#include "tests/support/wave_player.h"
 
 int ALawSample(BYTE code) {
     const int sent = code ^ 0x55;  // even bits travel inverted
@@ -59,5 +62,33 @@ std::vector<simulator::Frame> Sound(const WAVEFORMATEX& format, const std::vecto
         }
         bytes += format.nBlockAlign;
     }
+    return frames;
+}
+
+std::vector<BYTE> ClientBytes(const WAVEFORMATEX& format, const std::vector<simulator::Frame>& frames,
+                              Justified side) {
+    const size_t size = format.nBlockAlign / format.nChannels;
+    std::vector<BYTE> data;
+    data.reserve(frames.size() * format.nBlockAlign);
+    const auto append = [&](int32_t sample) {
+        const size_t bits = size == 4 && side == Justified::Right ? 24 : 8 * size;
+        const auto value = static_cast<uint32_t>(sample >> (32 - bits)) + (size == 1 ? 128 : 0);
+        for (size_t i = 0; i < size; ++i) {
+            data.push_back(static_cast<BYTE>(value >> 8 * i));
+        }
+    };
+    for (const simulator::Frame& frame : frames) {
+        append(frame.Left);
+        if (format.nChannels == 2) {
+            append(frame.Right);
+        }
+    }
+    return data;
+}
+
+std::vector<simulator::Frame> NoiseFrames(size_t count, unsigned seed) {
+    const std::vector<BYTE> bytes = Pattern(count * sizeof(simulator::Frame), seed);
+    std::vector<simulator::Frame> frames(count);
+    memcpy(frames.data(), bytes.data(), bytes.size());
     return frames;
 }

@@ -15,3 +15,10 @@ int MuLawSample(BYTE code);
 enum class Justified { Left, Right };
 std::vector<simulator::Frame> Sound(const WAVEFORMATEX& format, const std::vector<BYTE>& data,
                                     Justified side = Justified::Left);
+
+// The other way round: what a client receives of these frames, mono of the left ones.
+std::vector<BYTE> ClientBytes(const WAVEFORMATEX& format, const std::vector<simulator::Frame>& frames,
+                              Justified side = Justified::Left);
+
+// `count` frames of a recognisable pattern.
+std::vector<simulator::Frame> NoiseFrames(size_t count, unsigned seed = 1);

@@ -1,0 +1,54 @@
+// One client of one input on a fresh machine.
+#pragma once
+
+#include "tests/support/driver_test.h"
+#include "tests/support/system.h"
+#include "tests/support/wave_recorder.h"
+#include "tests/support/wave_sound.h"
+
+class InputTest : public DriverTest {
+protected:
+    static constexpr UINT AnalogIn = 0;  // devices of card 0
+    static constexpr UINT DigitalIn = 1;
+    static constexpr int64_t Second = 1000000;
+
+    explicit InputTest(unsigned cards = 1) : DriverTest(cards) {}
+
+    void TearDown() override {
+        recorder_.OnDone(nullptr);  // what it would act on is gone
+        EXPECT_TRUE(recorder_.GuardsIntact());
+        recorder_.Shut();
+        DriverTest::TearDown();
+    }
+
+    // Plugs so many frames of noise into an input of card 0; the digital one takes them at the card's
+    // rate. They are heard from the first frame that is recorded.
+    std::vector<simulator::Frame> PlugIn(size_t frames, simulator::Port port = simulator::Port::Analog) {
+        std::vector<simulator::Frame> signal = NoiseFrames(frames, 7);
+        Cards().PlugIn(0, port, simulator::InputSignal::Run(signal));
+        return signal;
+    }
+    void Open(const WaveFormat& format, UINT device = AnalogIn) {
+        ASSERT_EQ(recorder_.Open(device, format), MMSYSERR_NOERROR);
+    }
+    void Add(size_t size, int count = 1, unsigned misalignment = 0) {
+        for (int i = 0; i < count; ++i) {
+            ASSERT_EQ(recorder_.Add(size, misalignment), MMSYSERR_NOERROR);
+        }
+    }
+    // Time in which so many frames pass, and half a frame.
+    void AdvanceFrames(unsigned frames, unsigned rate) {
+        Cards().Advance((2 * frames + 1) * Second / (2 * rate));
+    }
+
+    // Every header of the recorder has come back exactly once, as a header that comes back looks.
+    void ExpectEachReturnedOnce() {
+        for (size_t i = 0; i < recorder_.HeaderCount(); ++i) {
+            EXPECT_EQ(recorder_.DoneCount(i), 1u) << "header " << i;
+            const DWORD flags = recorder_.Header(i).dwFlags;
+            EXPECT_EQ(flags & (WHDR_DONE | WHDR_INQUEUE), unsigned{WHDR_DONE}) << "header " << i;
+        }
+    }
+
+    WaveRecorder recorder_;
+};
