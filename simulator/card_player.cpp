@@ -103,8 +103,8 @@ void CardPlayer::Play(CardState& card, std::vector<FinishedBuffer>& finished) {
         }
         Frame* samples = played_[port].data();
         std::vector<QueuedBuffer> through;
-        const size_t frames = playbacks_[port].Read(LayoutOf(card, channel), due.End - due.Begin,
-                                                    samples + due.Begin, through);
+        const size_t frames =
+            playbacks_[port].Read(LayoutOf(card, channel), due.End - due.Begin, samples + due.Begin, through);
         const Part played{due.Begin, due.Begin + frames};
         std::fill(samples, samples + played.Begin, Frame{});
         std::fill(samples + played.End, samples + block_.Frames, Frame{});
@@ -159,7 +159,8 @@ const Frame* CardPlayer::Playback(unsigned port) const {
 
 std::optional<uint64_t> CardPlayer::FirstRecorded(const CardState& card, unsigned port) const {
     const Part due = DuePart(card, port, block_.From + block_.Frames);
-    return due.IsEmpty() || !captures_[port].HasRoom() ? std::nullopt : std::optional(block_.From + due.Begin);
+    return due.IsEmpty() || !captures_[port].HasRoom() ? std::nullopt
+                                                       : std::optional(block_.From + due.Begin);
 }
 
 int64_t CardPlayer::NextEnd(const CardState& card) const {

@@ -89,8 +89,8 @@ Source OwnSource(const MachineState& machine, unsigned card, int64_t now, unsign
     switch (SourceOf(state)) {
     case SourceDigital: {
         Source source = ArrivalOf(machine, card, now, depth);
-        source.Valid = source.Valid && !IsBroken(state, SourceDigital) &&
-                       ReceiverSettled(state.CardMeasurement, now);
+        source.Valid =
+            source.Valid && !IsBroken(state, SourceDigital) && ReceiverSettled(state.CardMeasurement, now);
         return source;
     }
     case SourcePll:

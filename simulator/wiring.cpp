@@ -78,14 +78,33 @@ const Frame* Wiring::Output(unsigned card, unsigned port) {
 
 const Frame* Wiring::Signal(Wire& wire, Fill fill, unsigned card, unsigned port) {
     if (wire.State == Wire::Progress::UnderWay) {
+        circle_ = true;
         return nullptr;
     }
     if (wire.State == Wire::Progress::Unknown) {
-        wire.State = Wire::Progress::UnderWay;
-        wire.Sounds = (this->*fill)(card, port, wire.Frames.data());
-        wire.State = Wire::Progress::Known;
+        WorkOut(wire, fill, card, port);
     }
     return wire.Sounds ? wire.Frames.data() : nullptr;
+}
+
+// What lies in a circle sounds differently from each of its connectors, so it is not kept for the others.
+void Wiring::WorkOut(Wire& wire, Fill fill, unsigned card, unsigned port) {
+    wire.State = Wire::Progress::UnderWay;
+    ++depth_;
+    wire.Sounds = (this->*fill)(card, port, wire.Frames.data());
+    --depth_;
+    wire.State = Wire::Progress::Known;
+    if (depth_ > 0) {
+        workedOut_.push_back(&wire);
+        return;
+    }
+    if (circle_) {
+        for (Wire* passed : workedOut_) {
+            passed->State = Wire::Progress::Unknown;
+        }
+    }
+    circle_ = false;
+    workedOut_.clear();
 }
 
 bool Wiring::FillInput(unsigned card, unsigned port, Frame* out) {

@@ -1,13 +1,14 @@
 // What arrives at the inputs and leaves the outputs of all cards during one block: sources on the input
 // connectors, cables from output to input, monitor mixers. The machine's lock guards all of it.
 //
-// Signals are worked out when somebody asks for them, once a block, along the cables. Where a circle of
-// cables closes it is silent.
+// Signals are worked out when somebody asks for them, once a block, along the cables. A circle of cables
+// is silent where it comes back to the connector that was asked for.
 #pragma once
 
 #include <array>
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include "simulator/card_player.h"
 #include "simulator/input_jack.h"
@@ -45,6 +46,7 @@ private:
     using Fill = bool (Wiring::*)(unsigned card, unsigned port, Frame* out);
 
     static void Renew(Wire& wire, size_t frames);
+    void WorkOut(Wire& wire, Fill fill, unsigned card, unsigned port);
     const Frame* Signal(Wire& wire, Fill fill, unsigned card, unsigned port);
     bool FillInput(unsigned card, unsigned port, Frame* out);
     bool FillOutput(unsigned card, unsigned port, Frame* out);
@@ -56,6 +58,9 @@ private:
     std::array<std::array<Wire, 2>, MaxCards> outputs_;
     const MachineState* machine_ = nullptr;  // of the block
     int64_t time_ = 0;                       // its beginning
+    bool circle_ = false;                    // the signal being worked out comes back to itself
+    std::vector<Wire*> workedOut_;           // along the way to the connector that was asked for
+    unsigned depth_ = 0;                     // connectors between that one and here
 };
 
 }  // namespace simulator

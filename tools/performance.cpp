@@ -24,6 +24,20 @@ int64_t MicrosecondsOf(uint64_t frames, DWORD rate) {
     return static_cast<int64_t>((frames * 1000000 + rate - 1) / rate);
 }
 
+// Of a stream before the sleep and after it. What the clock counted between the two was silent.
+StreamStatus Joined(const StreamStatus& before, const StreamStatus& after) {
+    StreamStatus joined = after;
+    joined.Frames += before.Frames;
+    joined.IdleFrames += before.IdleFrames;
+    joined.MostInFlight = std::max(before.MostInFlight, after.MostInFlight);
+    if (before.StartFrame) {
+        const uint64_t end = *before.StartFrame + before.Frames + before.IdleFrames;
+        joined.IdleFrames += after.StartFrame && *after.StartFrame > end ? *after.StartFrame - end : 0;
+        joined.StartFrame = before.StartFrame;
+    }
+    return joined;
+}
+
 }  // namespace
 
 Performance::Performance(const StreamOptions& options, Scene& scene)
@@ -94,7 +108,6 @@ bool Performance::SleepIsDue() const {
 void Performance::SleepAndWake() {
     slept_ = true;
     simulator::Simulator& cards = scene_.Cards();
-    const int64_t start = cards.NowMicroseconds();
     SendPowerEvent(PowerEvent::Suspend);
     for (size_t i = 0; i < streams_.size(); ++i) {
         beforeSleep_[i] = streams_[i]->Status(cards);
@@ -104,10 +117,6 @@ void Performance::SleepAndWake() {
     }
     Pause(SleepMilliseconds);
     SendPowerEvent(PowerEvent::Resume);
-    const auto gap = static_cast<uint64_t>(cards.NowMicroseconds() - start);
-    for (size_t i = 0; i < streams_.size(); ++i) {
-        beforeSleep_[i].IdleFrames += gap * streams_[i]->Format().nSamplesPerSec / 1000000;
-    }
 }
 
 void Performance::Pause(DWORD milliseconds) {
@@ -119,15 +128,8 @@ void Performance::Pause(DWORD milliseconds) {
 }
 
 StreamStatus Performance::StatusOf(size_t stream) const {
-    StreamStatus status = streams_[stream]->Status(scene_.Cards());
-    if (slept_) {
-        const StreamStatus& before = beforeSleep_[stream];
-        status.StartFrame = before.StartFrame ? before.StartFrame : status.StartFrame;
-        status.Frames += before.Frames;
-        status.IdleFrames += before.IdleFrames;
-        status.MostInFlight = std::max(status.MostInFlight, before.MostInFlight);
-    }
-    return status;
+    const StreamStatus status = streams_[stream]->Status(scene_.Cards());
+    return slept_ ? Joined(beforeSleep_[stream], status) : status;
 }
 
 std::optional<int64_t> Performance::TimeToNextMark() const {

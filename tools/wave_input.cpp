@@ -79,6 +79,7 @@ void WaveInput::Refill() {
 }
 
 void WaveInput::Stop() {
+    stopped_ = true;
     Check("Stop", waveInStop(handle_));
     Check("Reset", waveInReset(handle_));
 }

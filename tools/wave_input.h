@@ -38,7 +38,7 @@ public:
     }
     uint64_t FrameCount() const override { return frameCount_; }
     bool EndsByCount() const override { return frameCount_ != 0; }
-    bool AllBack() const override { return HeadersOut() == 0; }
+    bool AllBack() const override { return stopped_; }  // until then there is more to record
     void QueueFirst(bool together) override;
     void Start(bool together) override;
     void Refill() override;
@@ -62,6 +62,7 @@ private:
     uint64_t bytesTaken_ = 0;
     std::vector<bool> taken_;  // of each buffer: holds nothing that the sink has not been given
     unsigned next_ = 0;        // the buffer to take and to hand over next
+    bool stopped_ = false;
 };
 
 }  // namespace kestvox

@@ -51,7 +51,7 @@ struct CardRecord {
     WCHAR Name[NameLength];          // first of the settings
     WCHAR RegistryPath[PathLength];  // device key below HKEY_LOCAL_MACHINE; empty when unknown
     CardSettings Settings;           // the rest of them
-    SharedWord StartsWaiting;        // streams on this clock are armed behind the start hold
+    SharedWord StartsWaiting;        // hold bits of directions with streams armed behind the start hold
 };
 static_assert(std::is_standard_layout_v<CardRecord>);
 

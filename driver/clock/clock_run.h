@@ -11,6 +11,7 @@ struct ClockRun {
     CardRecord* Master;
     DWORD Rate;  // Hz
     WORD RateCode;
+    bool Checked;       // a clock or rate that is not right ends the run
     bool Slaves;        // the group has cards other than the master
     bool Changed;       // a clock or link setting of the group changed: every card resynchronises
     bool DigitalInput;  // the master runs on its digital input

@@ -38,7 +38,7 @@ MMRESULT ProgramFollower(const ClockRun& run, CardRecord& card) {
     card.ResyncPending = 1;
     SetInternalClock(handle.Get(), card);
     ReportDriverEvent(ClockSourceNotValid);
-    return run.Master->Settings.CheckClocks != 0 ? MMSYSERR_ERROR : MMSYSERR_NOERROR;
+    return run.Checked ? MMSYSERR_ERROR : MMSYSERR_NOERROR;
 }
 
 }  // namespace

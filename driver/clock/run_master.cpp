@@ -100,11 +100,11 @@ MMRESULT SwitchMasterSource(ClockRun& run) {
         return MMSYSERR_NOERROR;
     }
     AbandonMasterSource(run, handle);
-    return master.Settings.CheckClocks != 0 ? MMSYSERR_ERROR : MMSYSERR_NOERROR;
+    return run.Checked ? MMSYSERR_ERROR : MMSYSERR_NOERROR;
 }
 
 MMRESULT CheckIncomingRate(ClockRun& run) {
-    if (!run.DigitalInput || run.Master->Settings.CheckClocks == 0) {
+    if (!run.DigitalInput || !run.Checked) {
         return MMSYSERR_NOERROR;
     }
     BorrowedHandle handle(*run.Master);

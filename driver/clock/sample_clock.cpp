@@ -26,12 +26,13 @@ constexpr ClockStep FullRun[] = {
     ReleaseCards,      Settle,
 };
 
-MMRESULT ProgramGroup(StreamInstance* stream) {
+MMRESULT ProgramGroup(StreamInstance* stream, bool ignoreClockError) {
     ClockRun run = {};
     run.Stream = stream;
     run.Master = stream->ClockMaster;
     run.Rate = stream->SampleRate;
     run.RateCode = stream->RateCode;
+    run.Checked = !ignoreClockError && run.Master->Settings.CheckClocks != 0;
     for (const ClockStep step : FullRun) {
         const MMRESULT result = step(run);
         if (result != MMSYSERR_NOERROR) {
@@ -50,9 +51,9 @@ void ProgramPort(StreamInstance* stream) {
 
 }  // namespace
 
-MMRESULT ProgramSampleClock(StreamInstance* stream) {
+MMRESULT ProgramSampleClock(StreamInstance* stream, bool ignoreClockError) {
     if (stream->ClockMaster->GroupRate != stream->SampleRate) {
-        const MMRESULT result = ProgramGroup(stream);
+        const MMRESULT result = ProgramGroup(stream, ignoreClockError);
         if (result != MMSYSERR_NOERROR) {
             return result;
         }

@@ -13,8 +13,9 @@ namespace kestvox {
 // Called on the thread that opens or resumes the stream; takes no lock. A run that ends early leaves the
 // cards held and flagged as they are: the next run clears that up.
 //   MMSYSERR_ERROR     the external clock is not valid, or the incoming digital rate is another one
-//                      (both are judged only while the master's CheckClocks is on, and logged)
+//                      (both are logged; they end the run only while the master's CheckClocks is on
+//                      and `ignoreClockError` is not set: else the card goes on with its internal clock)
 //   MMSYSERR_NODRIVER  a card of the group cannot be opened
-MMRESULT ProgramSampleClock(StreamInstance* stream);
+MMRESULT ProgramSampleClock(StreamInstance* stream, bool ignoreClockError);
 
 }  // namespace kestvox

@@ -36,7 +36,7 @@ struct TakenHeader {
 // Takes the next header, if the rule allows one, and counts it in flight.
 TakenHeader TakeForHandOver(StreamInstance* stream) {
     DriverLock lock;
-    if (stream->Closing != 0 || stream->Resetting != 0 || !MayHandOver(stream)) {
+    if (stream->Closing != 0 || stream->Resetting != 0 || stream->Suspended != 0 || !MayHandOver(stream)) {
         return {};
     }
     WAVEHDR* header = stream->Direction->TakePendingHeader(stream);
@@ -154,6 +154,19 @@ void HandOver(StreamInstance* stream, TransferRule rule, HandOverLimit limit) {
         served = stream->HandOverCalls;
         HandOverSome(stream, rule, limit);
     } while (stream->HandOverCalls.fetch_sub(served) != served);
+}
+
+void GiveUpChannel(StreamInstance* stream) {
+    {
+        DriverLock lock;
+        stream->Suspended = 1;
+    }
+    ReleaseChannel(stream->Device);
+}
+
+void TakeChannelBack(StreamInstance* stream) {
+    AcquireChannel(stream->Device);
+    stream->Suspended = 0;
 }
 
 bool HeldBeforeReset(StreamInstance* stream, const WAVEHDR* header) {

@@ -33,6 +33,12 @@ enum class HandOverLimit { None, One };
 // after a reset has flushed it is flushed again.
 void HandOver(StreamInstance* stream, TransferRule rule, HandOverLimit limit = HandOverLimit::None);
 
+// Gives the stream's channel up while the computer sleeps, and takes it back. In between no header is handed
+// over: the kernel would not take it, and it would go back to the client unplayed or empty. Who takes the
+// channel back prepares the port and hands over what has waited.
+void GiveUpChannel(StreamInstance* stream);
+void TakeChannelBack(StreamInstance* stream);
+
 // Whether the stream holds the header since before its last reset began; false for null. DriverMutex held.
 bool HeldBeforeReset(StreamInstance* stream, const WAVEHDR* header);
 

@@ -103,6 +103,7 @@ struct StreamInstance {
     SharedWord IsOpen;
     SharedWord Closing;    // the client can act on the stream no more
     SharedWord JustReset;  // set by a reset, cleared by whatever acts on the stream next
+    SharedWord Suspended;  // the channel is given up while the computer sleeps; DriverMutex to set it
     SharedWord DirectMode;
     PciConfiguration SavedPciConfig;
 

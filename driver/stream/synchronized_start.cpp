@@ -27,8 +27,9 @@ bool EveryoneHasStarted(const Direction& direction, const CardRecord& master) {
 }
 
 void ReleaseHold(const Direction& direction, CardRecord& master) {
-    master.StartsWaiting = 0;
-    ReleaseStartHold(master, HoldBits(direction, master));
+    const DWORD bits = HoldBits(direction, master);
+    master.StartsWaiting &= ~bits;
+    ReleaseStartHold(master, bits);
 }
 
 // Starts at once, also when an earlier run of the stream left its port waiting for the hold.
@@ -59,14 +60,16 @@ void SynchronizedStart(StreamInstance* stream) {
     stream->ArmBitSet = 1;
     WritePort(stream->Device, port_register::Control, PortArm, PortArm);
     ArmChannel(stream->Device);
-    master.StartsWaiting = 1;
+    master.StartsWaiting |= direction.HoldBit;
     if (EveryoneHasStarted(direction, master)) {
         ReleaseHold(direction, master);
     }
 }
 
 void ReleaseWaitingStarts(const Direction& direction, CardRecord& master) {
-    if (master.StartsWaiting != 0 && master.*direction.RunningCount > 0 &&
+    const bool someoneRuns = master.*direction.RunningCount > 0 ||
+                             (master.SyncWithOutput != 0 && master.*direction.OtherRunningCount > 0);
+    if ((master.StartsWaiting & HoldBits(direction, master)) != 0 && someoneRuns &&
         EveryoneHasStarted(direction, master)) {
         ReleaseHold(direction, master);
     }

@@ -117,18 +117,19 @@ void SuspendInput(StreamInstance* stream) {
         StopInput(stream);
         stream->PortFlag(&CardRecord::InputResumePending) = 1;
     }
-    ReleaseChannel(stream->Device);
+    GiveUpChannel(stream);
     stream->ClockMaster->RunningInputs = 0;
 }
 
 void ResumeInput(StreamInstance* stream) {
-    AcquireChannel(stream->Device);
+    TakeChannelBack(stream);
     PrepareInput(stream, true);
     SharedWord& pending = stream->PortFlag(&CardRecord::InputResumePending);
     if (pending != 0) {
         StartInput(stream);
         pending = 0;
     }
+    HandOver(stream, TransferRule::WhileRunning);
 }
 
 }  // namespace kestvox

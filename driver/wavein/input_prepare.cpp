@@ -97,7 +97,7 @@ const Direction InputDirection = {
 };
 
 MMRESULT PrepareInput(StreamInstance* stream, bool ignoreClockError) {
-    const MMRESULT result = ProgramSampleClock(stream);
+    const MMRESULT result = ProgramSampleClock(stream, ignoreClockError);
     if (result != MMSYSERR_NOERROR && !ignoreClockError) {
         return result;
     }

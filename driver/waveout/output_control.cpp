@@ -110,18 +110,19 @@ void SuspendOutput(StreamInstance* stream) {
         }
         stream->PortFlag(&CardRecord::OutputResumePending) = 1;
     }
-    ReleaseChannel(stream->Device);
+    GiveUpChannel(stream);
     stream->ClockMaster->RunningOutputs = 0;
 }
 
 void ResumeOutput(StreamInstance* stream) {
-    AcquireChannel(stream->Device);
+    TakeChannelBack(stream);
     PrepareOutput(stream, true);
     SharedWord& pending = stream->PortFlag(&CardRecord::OutputResumePending);
     if (pending != 0) {
         RestartOutput(stream);
         pending = 0;
     }
+    HandOver(stream, TransferRule::WhileRunning);
 }
 
 }  // namespace kestvox

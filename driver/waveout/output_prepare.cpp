@@ -71,7 +71,7 @@ void InitializeOutputFields(StreamInstance* stream) {
 }
 
 MMRESULT PrepareOutput(StreamInstance* stream, bool ignoreClockError) {
-    const MMRESULT result = ProgramSampleClock(stream);
+    const MMRESULT result = ProgramSampleClock(stream, ignoreClockError);
     if (result != MMSYSERR_NOERROR && !ignoreClockError) {
         return result;
     }

@@ -21,6 +21,8 @@ TEST(CommandLine, RefusesBadInputInOneLine) {
     const std::string out = folder.Path("out.wav");
     WriteFile(good, WavFile({}, NoiseFrames(1000)));
     WriteFile(odd, WavFile({.Rate = 12000}, NoiseFrames(1000)));
+    const std::string law = folder.Path("law.wav");
+    WriteFile(law, WavFile({.Tag = 6, .Bits = 8, .BytesPerSample = 1}, NoiseFrames(1000)));
     WriteFile(text, "some text that is long enough for a header of a WAV file");
     WriteFile(cut, WavFile({}, NoiseFrames(1000)).substr(0, 1000));
     const struct {
@@ -60,6 +62,28 @@ TEST(CommandLine, RefusesBadInputInOneLine) {
         {{"play", good, "--machine", "a/b"}, "machine 'a/b'"},
         {{"play", good, "--capture", folder.Path("absent/out.wav")}, "cannot write"},
         {{"play", good, "--trace", folder.Path("")}, "cannot write"},
+        {{"play", good, "--suspend-at", "-1"}, "--suspend-at"},
+        {{"record"}, "FILE"},
+        {{"record", folder.Path("absent/out.wav")}, "cannot write"},
+        {{"record", out, "--format", "s12"}, "--format"},
+        {{"record", out, "--channels", "3"}, "device 0: WAVERR_BADFORMAT (32)"},
+        {{"record", out, "--rate", "12000"}, "12000 Hz"},
+        {{"record", out, "--device", "2"}, "device 2: MMSYSERR_BADDEVICEID (2)"},
+        {{"record", out, "--device", "2", "--dither", "1"}, "there is no card 1"},
+        {{"record", out, "--dither", "5"}, "--dither"},
+        {{"record", out, "--seconds", "-1"}, "--seconds"},
+        {{"record", out, "--input", "tone:"}, "input tone:: must be tone:HZ"},
+        {{"record", out, "--input", "tone:0"}, "input tone:0"},
+        {{"record", out, "--input", "tone:inf"}, "input tone:inf"},
+        {{"record", out, "--input", "loud"}, "loud: No such file"},
+        {{"record", out, "--input", text}, "text.wav: not a WAV file"},
+        {{"record", out, "--input", good, "--rate", "48000"},
+         "good.wav: has 44100 Hz, the recording 48000 Hz"},
+        {{"record", out, "--input", law}, "law.wav: cannot be plugged in"},
+        {{"loopback", folder.Path("absent.wav")}, "absent.wav: No such file"},
+        {{"loopback", law}, "device 0: WAVERR_BADFORMAT (32)"},
+        {{"loopback", good, "--device", "2"}, "device 2: MMSYSERR_BADDEVICEID (2)"},
+        {{"loopback", good, "--out", folder.Path("absent/out.wav")}, "cannot write"},
         {{"settings", "Left24=2"}, "Left24=2: must be 0"},
         {{"settings", "Nothing=2"}, "'Nothing'"},
         {{"settings", "--card", "1"}, "there is no card 1"},

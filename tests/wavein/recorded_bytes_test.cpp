@@ -275,6 +275,26 @@ TEST_F(RecordedBytesTest, ThePositionIsToldInFramesAndBytesOfTheClient) {
     }
 }
 
+// A card that does not tell where it is has filled what it gives back; of the rest nothing is known.
+TEST_F(RecordedBytesTest, WithoutAPositionOnlyFullBuffersCount) {
+    const auto signal = PlugIn(2000);
+    Open(Mono());
+    Add(800, 4);
+    recorder_.Start();
+    AddFault("GET_POSITION:1");
+    AdvanceFrames(450, Rate);
+    EXPECT_EQ(recorder_.Counts(), Sizes{800});
+    AdvanceFrames(400, Rate);
+    EXPECT_EQ(recorder_.Counts(), (Sizes{800, 800}));
+    AddFault("GET_POSITION:1");
+    AddFault("GET_POSITION:2");
+    Stop();
+    EXPECT_EQ(recorder_.Counts(), (Sizes{800, 800, 0}));
+    EXPECT_TRUE(recorder_.Recorded() == Bytes(Mono(), signal, 0, 1600));
+    Reset();
+    ExpectEachReturnedOnce();
+}
+
 TEST_F(RecordedBytesTest, HeadersThatWillNotDoAreNotTaken) {
     Open(PcmFormat(Rate, 2, 24));
     EXPECT_EQ(recorder_.Add(1000), unsigned{MMSYSERR_INVALPARAM}) << "no whole samples";
@@ -287,7 +307,7 @@ TEST_F(RecordedBytesTest, HeadersThatWillNotDoAreNotTaken) {
     EXPECT_EQ(recorder_.AddAgain(header), unsigned{WAVERR_UNPREPARED});
     waveInPrepareHeader(recorder_.Handle(), &header, sizeof header);
     EXPECT_EQ(waveInAddBuffer(recorder_.Handle(), &header, sizeof header - 1), unsigned{MMSYSERR_INVALPARAM});
-    recorder_.Reset();
+    Reset();
     EXPECT_EQ(recorder_.DoneCount(), 1u);
 }
 

@@ -1,0 +1,298 @@
+// What arrives at the inputs: runs, tones, cables, the digital receiver and the rate it brings.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "tests/simulator/card_file.h"
+
+namespace simulator_tests {
+namespace {
+
+using namespace simulator;
+
+constexpr uint32_t AnalogIn = 0;
+constexpr uint32_t DigitalIn = 1;
+constexpr uint32_t AnalogOut = 2;
+constexpr uint32_t DigitalOut = 3;
+
+std::vector<Frame> Ramp(size_t frames, int32_t step = 256) {
+    std::vector<Frame> ramp(frames);
+    for (size_t i = 0; i < frames; ++i) {
+        ramp[i] = {static_cast<int32_t>(i + 1) * step, -static_cast<int32_t>(i + 1) * step};
+    }
+    return ramp;
+}
+
+std::vector<Frame> Slice(const std::vector<Frame>& frames, uint64_t from, uint64_t count) {
+    const auto begin = frames.begin() + static_cast<std::ptrdiff_t>(from);
+    return {begin, begin + static_cast<std::ptrdiff_t>(count)};
+}
+
+// A channel with one buffer of 32-bit stereo frames.
+struct Channel {
+    Channel(unsigned card, uint32_t channel, std::vector<Frame> frames)
+        : File(card, channel), Samples(std::move(frames)) {
+        File.WritePort(0, 0xC0);
+        EXPECT_EQ(File.Queue(Samples, 1), ERROR_SUCCESS);
+    }
+    CardFile File;
+    std::vector<Frame> Samples;
+};
+
+// The card's digital input passes on what arrives, and its digital output sends.
+void OpenDigital(Simulator& sim, const CardFile& port) {
+    port.WritePort(1, 0, 1);
+    port.WriteCard(25, 1, 1);
+    sim.Advance(50000);
+}
+
+void FollowDigitalInput(const CardFile& port) {
+    port.WriteCard(9, 0, 3);
+    port.WriteCard(32, 0x40, 0x60);
+}
+
+TEST(SimulatorInput, ARunIsHeardOnceAndGoesOnWithTheClock) {
+    Simulator sim({});
+    Prepare(0);
+    sim.PlugIn(0, Port::Analog, InputSignal::Run(Ramp(700)));
+    sim.Advance(30000);
+    Channel input(0, AnalogIn, std::vector<Frame>(2000, Both(5)));
+    input.File.Start();
+    sim.Advance(10000);
+    ASSERT_EQ(input.File.Request(DisarmChannel), ERROR_SUCCESS);
+    const uint64_t before = input.File.Ask(GetPosition);
+    const uint64_t stopped = sim.ClockFrame(0);
+    sim.Advance(5000);
+    ASSERT_EQ(input.File.Request(ArmChannel), ERROR_SUCCESS);
+    const uint64_t missed = sim.ClockFrame(0) - stopped + 1;
+    sim.Advance(100000);
+    std::vector<Frame> expected = Ramp(700);
+    expected.erase(expected.begin() + static_cast<std::ptrdiff_t>(before),
+                   expected.begin() + static_cast<std::ptrdiff_t>(before + missed));
+    expected.resize(2000);
+    const auto differs = std::mismatch(expected.begin(), expected.end(), input.Samples.begin());
+    EXPECT_EQ(differs.first - expected.begin(), 2000);
+}
+
+TEST(SimulatorInput, AToneHasItsPitchAndItsPeakAtEveryRate) {
+    const std::pair<uint32_t, double> rates[] = {{2, 48000}, {3, 44100}, {4, 32000}, {6, 8000}};
+    for (const auto& [code, rate] : rates) {
+        SCOPED_TRACE(rate);
+        Simulator sim({});
+        Prepare(0, code);
+        sim.PlugIn(0, Port::Analog, InputSignal::Tone(1000, 1 << 30));
+        Channel input(0, AnalogIn, std::vector<Frame>(4000));
+        input.File.Start();
+        sim.Advance(600000);
+        // A sine obeys x[n+1] + x[n-1] = 2 cos(w) x[n], across block borders as well.
+        const double twice = 2 * std::cos(2 * 3.14159265358979323846 * 1000 / rate);
+        int32_t peak = 0;
+        for (size_t i = 1; i + 1 < input.Samples.size(); ++i) {
+            ASSERT_EQ(input.Samples[i].Left, input.Samples[i].Right);
+            const double sum = static_cast<double>(input.Samples[i + 1].Left) + input.Samples[i - 1].Left;
+            ASSERT_NEAR(sum, twice * input.Samples[i].Left, 16) << i;
+            peak = std::max(peak, input.Samples[i].Left);
+        }
+        EXPECT_GT(peak, (1 << 30) * 0.9);
+        EXPECT_LE(peak, 1 << 30);
+    }
+}
+
+TEST(SimulatorInput, ACableCarriesWhatTheOutputHearsAtThatFrame) {
+    for (const unsigned receiver : {0u, 1u}) {
+        SCOPED_TRACE(receiver);
+        Simulator sim({.Cards = 2});
+        Prepare(0);
+        Prepare(1);
+        const CardFile card0(0, ControlChannel);
+        card0.WriteCard(32, 0x10, 0x10);
+        CardFile(1, ControlChannel).WriteCard(32, 0x20, 0x60);
+        sim.PlugIn(receiver, Port::Analog, InputSignal::Cable(0, Port::Analog));
+        Channel input(receiver, AnalogIn, std::vector<Frame>(4000));
+        Channel output(0, AnalogOut, Ramp(2000));
+        input.File.Start();
+        sim.Advance(7777);
+        output.File.Start();
+        sim.Advance(15000);
+        card0.SetGain(2, 64);
+        const uint64_t halved = sim.Output(0, Port::Analog).FramesPlayed;
+        sim.Advance(100000);
+
+        // A follower that was not resynchronised counts late; frames are compared on one scale.
+        const uint64_t lag = sim.ClockFrame(0) - sim.ClockFrame(receiver);
+        const uint64_t apart =
+            sim.Output(0, Port::Analog).StartFrame - sim.Input(receiver, Port::Analog).StartFrame;
+        EXPECT_EQ(lag != 0, receiver == 1);
+        EXPECT_EQ(Slice(input.Samples, 0, apart), std::vector<Frame>(apart));
+        EXPECT_EQ(Slice(input.Samples, apart, 2000), sim.Heard(0, Port::Analog));
+        EXPECT_EQ(input.Samples[apart + halved - 1], output.Samples[halved - 1]);
+        EXPECT_EQ(input.Samples[apart + halved].Left, output.Samples[halved].Left / 2);
+        EXPECT_EQ(Slice(input.Samples, apart + 2000, 1000), std::vector<Frame>(1000));
+    }
+}
+
+TEST(SimulatorInput, ACableBetweenClocksGoesByTime) {
+    const std::pair<uint32_t, uint32_t> codes[] = {{2, 6}, {6, 2}, {3, 2}};  // 8000, 48000, 44100
+    const double rates[] = {96000, 88200, 48000, 44100, 32000, 22050, 8000, 11025};
+    for (const auto& [from, to] : codes) {
+        SCOPED_TRACE(rates[from]);
+        Simulator sim({.Cards = 2});
+        Prepare(0, from);
+        Prepare(1, to);
+        sim.PlugIn(1, Port::Analog, InputSignal::Cable(0, Port::Analog));
+        Channel input(1, AnalogIn, std::vector<Frame>(10000));
+        Channel output(0, AnalogOut, Ramp(10000));
+        input.File.Start();
+        output.File.Start();
+        sim.Advance(150000);
+        const double ratio = rates[from] / rates[to];
+        const uint64_t count = sim.Input(1, Port::Analog).FramesRecorded - 8;  // memory is behind
+        ASSERT_GT(count, 1000u);
+        for (uint64_t i = 20; i < count; ++i) {
+            ASSERT_NEAR(input.Samples[i].Left / 256, static_cast<double>(i) * ratio, 2 * ratio + 2) << i;
+        }
+    }
+}
+
+TEST(SimulatorInput, OutputsHearInputsLiveAlsoWhilePaused) {
+    Simulator sim({});
+    Prepare(0);
+    const CardFile control(0, ControlChannel);
+    control.SetGain(0, 128);
+    sim.PlugIn(0, Port::Analog, InputSignal::Run(Ramp(5000)));
+    Channel input(0, AnalogIn, std::vector<Frame>(10));
+    Channel output(0, AnalogOut, std::vector<Frame>(2000));
+    output.File.Start();
+    input.File.Start();
+    sim.Advance(10000);
+    ASSERT_EQ(output.File.Request(DisarmChannel), ERROR_SUCCESS);
+    sim.Advance(20000);
+    ASSERT_EQ(output.File.Request(ArmChannel), ERROR_SUCCESS);
+    sim.Advance(10000);
+    const std::vector<Frame> heard = sim.Heard(0, Port::Analog);
+    ASSERT_GT(heard.size(), 1700u);
+    EXPECT_EQ(heard, Ramp(heard.size()));
+}
+
+TEST(SimulatorInput, CablesPassThroughMonitorsButNotInCircles) {
+    Simulator sim({.Cards = 3});
+    for (unsigned card = 0; card < 3; ++card) {
+        Prepare(card);
+        CardFile(card, ControlChannel).SetGain(0, 128);
+    }
+    sim.PlugIn(0, Port::Analog, InputSignal::Cable(2, Port::Analog));
+    sim.PlugIn(1, Port::Analog, InputSignal::Cable(0, Port::Analog));
+    sim.PlugIn(2, Port::Analog, InputSignal::Cable(1, Port::Analog));
+    Channel input(2, AnalogIn, std::vector<Frame>(800));
+    Channel output(0, AnalogOut, Ramp(400));
+    input.File.Start();
+    output.File.Start();
+    sim.Advance(30000);
+    std::vector<Frame> once = Ramp(400);
+    once.resize(800);
+    EXPECT_EQ(input.Samples, once);
+    EXPECT_EQ(sim.Heard(0, Port::Analog), Ramp(400));
+}
+
+TEST(SimulatorInput, TheDigitalInputHearsWhatItsReceiverGives) {
+    Simulator sim({});
+    Prepare(0);
+    Channel input(0, DigitalIn, std::vector<Frame>(40000));
+    sim.PlugIn(0, Port::Digital, InputSignal::Run(std::vector<Frame>(40000, Both(7))));
+    input.File.Start();
+    const auto hears = [&] {
+        sim.Advance(10000);
+        return input.Samples[input.File.Ask(GetPosition) - 8] == Both(7);  // memory is behind
+    };
+    EXPECT_FALSE(hears()) << "the receiver is off";
+    const uint64_t on = sim.ClockFrame(0);
+    input.File.WritePort(1, 0, 1);
+    sim.Advance(60000);
+    const auto first = std::find(input.Samples.begin(), input.Samples.end(), Both(7));
+    const uint64_t at =
+        static_cast<uint64_t>(first - input.Samples.begin()) + sim.Input(0, Port::Digital).StartFrame;
+    EXPECT_NEAR(static_cast<double>(at - on), 44100 * 0.050, 2) << "it needs 50 ms to settle";
+    EXPECT_TRUE(hears());
+    input.File.WriteCard(8, 3, 3);
+    EXPECT_FALSE(hears()) << "muted";
+    input.File.WriteCard(8, 0, 3);
+    EXPECT_TRUE(hears());
+    sim.SetDigitalInputRate(0, 0);
+    EXPECT_FALSE(hears()) << "no signal";
+    sim.SetDigitalInputRate(0, 48000);
+    EXPECT_TRUE(hears());
+    input.File.WritePort(1, 1, 1);
+    EXPECT_FALSE(hears());
+}
+
+TEST(SimulatorInput, ASignalBringsItsRate) {
+    Simulator sim({.Cards = 2});
+    Prepare(0);
+    Prepare(1, 4);
+    EXPECT_EQ(sim.DigitalInput(0).Rate, 0u) << "nothing plugged in";
+    sim.PlugIn(0, Port::Digital, InputSignal::Silence());
+    EXPECT_EQ(sim.DigitalInput(0).Rate, 44100u) << "the card's own";
+    sim.PlugIn(0, Port::Digital, InputSignal::Tone(1000, 1000).At(48000));
+    EXPECT_EQ(sim.DigitalInput(0).Rate, 48000u);
+    const CardFile sender(1, ControlChannel);
+    sender.WriteCard(25, 0, 1);
+    sim.PlugIn(0, Port::Digital, InputSignal::Cable(1, Port::Digital));
+    EXPECT_EQ(sim.DigitalInput(0).Rate, 0u) << "the sender's transmitter stands";
+    sender.WriteCard(25, 1, 1);
+    EXPECT_EQ(sim.DigitalInput(0).Rate, 32000u);
+    sim.SetDigitalInputRate(0, 96000);
+    EXPECT_EQ(sim.DigitalInput(0).Rate, 96000u);
+
+    const CardFile port(0, DigitalIn);
+    OpenDigital(sim, port);
+    sim.PlugIn(0, Port::Digital, InputSignal::Cable(1, Port::Digital));
+    port.WritePort(1, 0x80, 0x80);
+    port.Send(Stall, 23);
+    port.WritePort(1, 0, 0x80);
+    sim.Advance(5000);
+    EXPECT_EQ(sim.InputRegister(0, Port::Digital, 2), 7u << 3) << "the port measures the sender's rate";
+}
+
+TEST(SimulatorInput, ACardRunsOnTheClockThatADigitalCableBrings) {
+    Simulator sim({.Cards = 2});
+    Prepare(0);
+    Prepare(1, 2);
+    sim.SetDrift(0, 123);
+    sim.PlugIn(1, Port::Digital, InputSignal::Cable(0, Port::Digital));
+    CardFile(0, ControlChannel).WriteCard(25, 1, 1);
+    Channel input(1, DigitalIn, std::vector<Frame>(10000));
+    OpenDigital(sim, input.File);
+    FollowDigitalInput(input.File);
+    sim.Advance(60000);
+    EXPECT_EQ(sim.SampleRate(1), 44100u);
+    Channel output(0, DigitalOut, Ramp(5000));
+    input.File.Start();
+    sim.Advance(3333);
+    output.File.Start();
+    sim.Advance(200000);
+    const uint64_t apart = sim.Output(0, Port::Digital).StartFrame - sim.Input(1, Port::Digital).StartFrame;
+    EXPECT_EQ(Slice(input.Samples, apart, 5000), Ramp(5000)) << "no frame slips";
+
+    // The signal is lost with the transmitter, and the clock with it.
+    CardFile(0, ControlChannel).WriteCard(25, 0, 1);
+    EXPECT_EQ(sim.SampleRate(1), 0u);
+    const uint32_t position = input.File.Ask(GetPosition);
+    sim.Advance(10000);
+    EXPECT_EQ(input.File.Ask(GetPosition), position);
+    EXPECT_EQ(input.File.Ask(ReadClockFault), 1u);
+    CardFile(0, ControlChannel).WriteCard(25, 1, 1);
+    EXPECT_EQ(sim.SampleRate(1), 44100u);
+
+    // Two cards that run on each other's clock have none.
+    sim.PlugIn(0, Port::Digital, InputSignal::Cable(1, Port::Digital));
+    const CardFile port(0, DigitalIn);
+    OpenDigital(sim, port);
+    FollowDigitalInput(port);
+    sim.Advance(60000);
+    EXPECT_EQ(sim.SampleRate(0), 0u);
+    EXPECT_EQ(sim.SampleRate(1), 0u);
+}
+
+}  // namespace
+}  // namespace simulator_tests

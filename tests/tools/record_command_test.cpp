@@ -1,0 +1,270 @@
+// Recording, and playing into one's own input, as a user would do it.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <numbers>
+
+#include "tests/tools/command_runner.h"
+#include "tests/tools/scratch_folder.h"
+#include "tests/tools/wav_bytes.h"
+#include "tools/wav_file.h"
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+constexpr WavFormat FullWidth{.Bits = 32, .BytesPerSample = 4};
+
+CommandResult RunStepped(const Words& more) {
+    Words words = more;
+    words.insert(words.end(), {"--time", "stepped"});
+    return RunCommand(words);
+}
+
+// What the card records of full-width stereo frames: the top of each sample, the left side of a frame for
+// mono, 8 bits without a sign.
+std::string Encode(const std::string& frames, const WavFormat& format) {
+    std::string bytes;
+    for (size_t sample = 0; sample < frames.size(); sample += format.Channels == 1 ? 8 : 4) {
+        const size_t kept = format.BytesPerSample;
+        bytes += frames.substr(sample + 4 - kept, kept);
+        if (kept == 1) {
+            bytes.back() = static_cast<char>(bytes.back() ^ 0x80);
+        }
+    }
+    return bytes;
+}
+
+std::string ReadSamples(const std::string& path) {
+    kestvox::WavReader reader(path);
+    std::string bytes(reader.ByteCount(), '\0');
+    reader.Read(bytes);
+    return bytes;
+}
+
+template <typename Sample>
+std::vector<Sample> Split(const std::string& bytes) {
+    std::vector<Sample> samples(bytes.size() / sizeof(Sample));
+    std::memcpy(samples.data(), bytes.data(), samples.size() * sizeof(Sample));
+    return samples;
+}
+
+// The whole file, header and all: the signal, then silence up to a length that a stop can keep.
+TEST(RecordCommand, WritesWhatIsPluggedInInEveryFormat) {
+    const struct {
+        const char* Name;
+        const char* Device;
+        WavFormat Format;
+    } cases[] = {
+        {"u8", "0", {.Channels = 1, .Rate = 8000, .Bits = 8, .BytesPerSample = 1}},
+        {"u8", "1", {.Rate = 22050, .Bits = 8, .BytesPerSample = 1}},
+        {"s16", "0", {.Rate = 96000}},
+        {"s16", "1", {.Channels = 1, .Rate = 48000}},
+        {"s20", "0", {.Bits = 20, .BytesPerSample = 3}},
+        {"s24", "1", {.Channels = 1, .Rate = 88200, .Bits = 24, .BytesPerSample = 3}},
+        {"s24in32", "0", {.Tag = 0xFFFE, .Rate = 32000, .Bits = 32, .BytesPerSample = 4, .ValidBits = 24}},
+        {"s32", "1", {.Bits = 32, .BytesPerSample = 4}},
+        {"s32", "0", {.Channels = 1, .Rate = 11025, .Bits = 32, .BytesPerSample = 4}},
+    };
+    constexpr size_t Frames = 5003;
+    constexpr size_t Recorded = 5024;
+    const ScratchFolder folder;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.Name) + " on device " + c.Device);
+        WavFormat plugged = FullWidth;
+        plugged.Rate = c.Format.Rate;
+        const std::string signal = NoiseFrames(Frames, plugged);
+        WriteFile(folder.Path("in.wav"), WavFile(plugged, signal));
+        const CommandResult result =
+            RunStepped({"record", folder.Path("out.wav"), "--device", c.Device, "--format", c.Name, "--rate",
+                        std::to_string(c.Format.Rate), "--channels", std::to_string(c.Format.Channels),
+                        "--input", folder.Path("in.wav"), "--buffer-ms", "13"});
+        ASSERT_EQ(result.Status, 0) << result.Errors;
+        const std::string heard = signal + std::string((Recorded - Frames) * 8, '\0');
+        EXPECT_TRUE(ReadFile(folder.Path("out.wav")) == WavFile(c.Format, Encode(heard, c.Format)));
+        EXPECT_EQ(result.Values("frames-recorded"), Words{std::to_string(Recorded)});
+        EXPECT_EQ(result.Values("dropped-frames"), Words{"0"});
+    }
+}
+
+// The length is asked for, or that of the signal, or five seconds.
+TEST(RecordCommand, RecordsATone) {
+    const ScratchFolder folder;
+    const CommandResult result =
+        RunStepped({"record", folder.Path("out.wav"), "--rate", "48000", "--channels", "1", "--format", "s32",
+                    "--seconds", "0.1", "--input", "tone:1000"});
+    ASSERT_EQ(result.Status, 0) << result.Errors;
+    const std::vector<int32_t> samples = Split<int32_t>(ReadSamples(folder.Path("out.wav")));
+    ASSERT_EQ(samples.size(), 4800u);
+    double sine = 0;
+    double cosine = 0;
+    double power = 0;
+    for (size_t i = 0; i < samples.size(); ++i) {
+        const double phase = 2 * std::numbers::pi * static_cast<double>(i) / 48;
+        sine += samples[i] * std::sin(phase) / 2400;
+        cosine += samples[i] * std::cos(phase) / 2400;
+        power += static_cast<double>(samples[i]) * samples[i] / 2400;
+    }
+    EXPECT_NEAR(std::hypot(sine, cosine), 0x40000000, 1000);
+    EXPECT_NEAR(std::sqrt(power), 0x40000000, 1000) << "there is more than the tone";
+}
+
+TEST(RecordCommand, DithersTheAnalogInputWhenTold) {
+    const ScratchFolder folder;
+    const auto record = [&](const Words& more) {
+        Words words = {"record", folder.Path("out.wav"), "--format", "u8", "--rate", "8000"};
+        words.insert(words.end(), more.begin(), more.end());
+        const CommandResult result = RunStepped(words);
+        EXPECT_EQ(result.Status, 0) << result.Errors;
+        return ReadSamples(folder.Path("out.wav"));
+    };
+    const std::string silence(80000, '\x80');  // five seconds, which end on a whole unit
+    EXPECT_TRUE(record({"--set", "DitherADC=1", "--dither", "0"}) == silence);
+    EXPECT_TRUE(record({"--dither", "1", "--device", "1"}) == silence);
+    for (const char* dither : {"1", "2", "3", "4"}) {
+        const std::string dithered = record({"--dither", dither});
+        EXPECT_EQ(dithered.size(), silence.size());
+        EXPECT_FALSE(dithered == silence) << dither;
+    }
+}
+
+TEST(RecordCommand, ReportsHeadersThatAreLost) {
+    const ScratchFolder folder;
+    const CommandResult lost = RunStepped({"record", folder.Path("out.wav"), "--fault", "completion:3:lost"});
+    EXPECT_EQ(lost.Status, 1);
+    EXPECT_EQ(lost.Errors, "kestvox: device 0: 1 header did not come back\n");
+}
+
+// A locked recording begins with the playback; another one begins when it is started, a hundredth of a
+// second before.
+TEST(LoopbackCommand, FindsEverySampleAtTheSamePlaceOnEveryRun) {
+    const struct {
+        const char* Device;
+        WavFormat Format;
+    } cases[] = {
+        {"0", {}},
+        {"1", {.Channels = 1, .Rate = 8000, .Bits = 8, .BytesPerSample = 1}},
+        {"2", {.Rate = 96000, .Bits = 24, .BytesPerSample = 3}},
+        {"3", {.Rate = 48000, .Bits = 32, .BytesPerSample = 4}},
+    };
+    const ScratchFolder folder;
+    for (const auto& c : cases) {
+        const std::string samples = NoiseFrames(7001, c.Format);
+        WriteFile(folder.Path("in.wav"), WavFile(c.Format, samples));
+        for (const bool lock : {false, true}) {
+            SCOPED_TRACE(std::string("device ") + c.Device + (lock ? ", locked" : ""));
+            Words words = {
+                "loopback", folder.Path("in.wav"), "--device", c.Device, "--cards", "2", "--follow", "1=0",
+                "--out",    folder.Path("out.wav")};
+            if (lock) {
+                words.emplace_back("--lock");
+            }
+            const size_t offset = lock ? 0 : c.Format.Rate / 100;
+            for (int run = 0; run < 2; ++run) {
+                const CommandResult result = RunStepped(words);
+                EXPECT_EQ(result.Status, 0) << result.Errors;
+                EXPECT_EQ(result.Values("offset-frames"), Words{std::to_string(offset)});
+                EXPECT_EQ(result.Values("samples-lost"), Words{"0"});
+                const std::string back = ReadSamples(folder.Path("out.wav"));
+                const size_t frameSize = size_t{c.Format.BytesPerSample} * c.Format.Channels;
+                EXPECT_TRUE(back.compare(offset * frameSize, samples.size(), samples) == 0);
+            }
+        }
+    }
+}
+
+// The lock holds whatever time passes between the two starts.
+TEST(LoopbackCommand, LocksInRealTime) {
+    const ScratchFolder folder;
+    WriteFile(folder.Path("in.wav"), WavFile({}, NoiseFrames(4000)));
+    const CommandResult result = RunCommand({"loopback", folder.Path("in.wav"), "--lock"});
+    EXPECT_EQ(result.Status, 0) << result.Errors;
+    EXPECT_EQ(result.Values("offset-frames"), Words{"0"});
+}
+
+// With the mixer closed, only what was silence already comes back as it was.
+TEST(LoopbackCommand, SaysHowMuchDidNotComeBack) {
+    const ScratchFolder folder;
+    const std::string samples = NoiseFrames(3000);
+    WriteFile(folder.Path("in.wav"), WavFile({}, samples));
+    size_t sounding = 0;
+    for (const int16_t sample : Split<int16_t>(samples)) {
+        sounding += sample != 0 ? 1 : 0;
+    }
+    const CommandResult result =
+        RunStepped({"loopback", folder.Path("in.wav"), "--set", "Monitor=0,0,0,0,0,0,0,0"});
+    EXPECT_EQ(result.Status, 1);
+    EXPECT_EQ(result.Values("samples-lost"), Words{std::to_string(sounding)});
+    EXPECT_EQ(result.Errors,
+              "kestvox: " + std::to_string(sounding) + " samples did not come back as they were played\n");
+}
+
+// --- suspended in mid-stream --------------------------------------------------------------------
+
+// Frames of two 16-bit samples that are not both zero; noise has none that are.
+std::string WithoutSilence(const std::string& frames) {
+    std::string sounding;
+    for (size_t at = 0; at < frames.size(); at += 4) {
+        if (frames.compare(at, 4, std::string(4, '\0')) != 0) {
+            sounding += frames.substr(at, 4);
+        }
+    }
+    return sounding;
+}
+
+TEST(SuspendAt, LosesNothingThatIsPlayed) {
+    const ScratchFolder folder;
+    const std::string samples = NoiseFrames(30011);
+    WriteFile(folder.Path("in.wav"), WavFile({}, samples));
+    const Words words = {"play", folder.Path("in.wav"), "--suspend-at",
+                         "0.2",  "--capture",           folder.Path("out.wav")};
+    for (const bool stepped : {true, false}) {
+        SCOPED_TRACE(stepped ? "stepped" : "real");
+        const CommandResult result = stepped ? RunStepped(words) : RunCommand(words);
+        ASSERT_EQ(result.Status, 0) << result.Errors;
+        EXPECT_EQ(result.Values("frames-played"), Words{"30011"});
+        EXPECT_EQ(result.Values("headers-returned"), Words{"14"});
+        const size_t silent = std::stoul(result.Values("silent-frames").at(0));
+        EXPECT_GE(silent, 4410u) << "a tenth of a second of sleep";
+        // Both sides are heard at the top half of 32 bits.
+        const std::string heard = Encode(ReadSamples(folder.Path("out.wav")), {});
+        EXPECT_EQ(heard.size(), samples.size() + silent * 4);
+        EXPECT_TRUE(WithoutSilence(heard) == samples);
+        EXPECT_TRUE(heard.compare(0, 8820 * 4, samples, 0, 8820 * 4) == 0) << "slept too early";
+        if (stepped) {
+            EXPECT_FALSE(heard.compare(0, 8821 * 4, samples, 0, 8821 * 4) == 0) << "slept too late";
+        }
+    }
+}
+
+// What was recorded before the sleep and after it is there without a gap; the signal went on meanwhile.
+TEST(SuspendAt, LosesNothingThatIsRecorded) {
+    const ScratchFolder folder;
+    const std::string signal = NoiseFrames(60000, FullWidth);
+    WriteFile(folder.Path("in.wav"), WavFile(FullWidth, signal));
+    for (const bool packed : {false, true}) {
+        const WavFormat format = packed ? WavFormat{.Bits = 24, .BytesPerSample = 3} : WavFormat{};
+        const size_t frameSize = size_t{format.BytesPerSample} * 2;
+        const CommandResult result =
+            RunStepped({"record", folder.Path("out.wav"), "--format", packed ? "s24" : "s16", "--input",
+                        folder.Path("in.wav"), "--seconds", "0.5", "--suspend-at", "0.2"});
+        ASSERT_EQ(result.Status, 0) << result.Errors;
+        const std::string expected = Encode(signal, format);
+        const std::string recorded = ReadSamples(folder.Path("out.wav"));
+        EXPECT_GE(recorded.size(), 22050 * frameSize - 32 * frameSize);
+        size_t before = 0;
+        while (before < recorded.size() && recorded[before] == expected[before]) {
+            ++before;
+        }
+        before -= before % frameSize;
+        EXPECT_NEAR(static_cast<double>(before / frameSize), 8820, 16);
+        const size_t after = expected.find(recorded.substr(before));
+        ASSERT_NE(after, std::string::npos) << "what was recorded after the sleep is not in the signal";
+        const size_t dropped = (after - before) / frameSize;
+        EXPECT_GE(dropped, 4410u);
+        EXPECT_NEAR(std::stod(result.Values("dropped-frames").at(0)), static_cast<double>(dropped), 16);
+    }
+}
+
+}  // namespace

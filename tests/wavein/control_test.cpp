@@ -1,0 +1,174 @@
+// Starting, stopping, resetting, adding and closing in any order, also from inside the callback.
+#include <mmddk.h>
+
+#include <atomic>
+
+#include "tests/support/input_test.h"
+
+namespace {
+
+using simulator::Port;
+using Lines = std::vector<std::string>;
+
+constexpr DWORD Rate = 44100;
+
+class InputControlTest : public InputTest {
+protected:
+    void SetUp() override { Open(Format()); }
+    static WaveFormat Format() { return PcmFormat(Rate, 2, 16); }
+
+    // Does that inside the n-th WIM_DATA, on the service thread.
+    void InCallback(unsigned nth, std::function<void(WAVEHDR&)> action) {
+        recorder_.OnDone([this, nth, action](WAVEHDR& header) {
+            if (++calls_ == nth) {
+                action(header);
+            }
+        });
+    }
+    Lines Requests(MMRESULT (WaveRecorder::*call)()) {
+        Cards().ClearTrace();
+        EXPECT_EQ((recorder_.*call)(), MMSYSERR_NOERROR);
+        return TraceText();
+    }
+
+    std::atomic<unsigned> calls_ = 0;
+};
+
+TEST_F(InputControlTest, StartAndStopAskWhatTheyMust) {
+    Add(4000);
+    EXPECT_EQ(Requests(&WaveRecorder::Stop), Lines{}) << "stopped already";
+    EXPECT_EQ(Requests(&WaveRecorder::Start), (Lines{"START_TRANSFER", "ARM_CHANNEL"}));
+    EXPECT_EQ(Requests(&WaveRecorder::Start), Lines{}) << "running already";
+    Cards().Advance(1000);
+    EXPECT_EQ(Requests(&WaveRecorder::Stop),
+              (Lines{"DISARM_CHANNEL", "GET_POSITION", "GET_POSITION", "STOP_TRANSFER"}));
+    EXPECT_EQ(Requests(&WaveRecorder::Reset), Lines{"FLUSH_BUFFERS"});
+}
+
+TEST_F(InputControlTest, ATransferThatWillNotStartIsNotArmed) {
+    Add(400, 2);
+    AddFault("START_TRANSFER:1");
+    EXPECT_EQ(Requests(&WaveRecorder::Start), Lines{"START_TRANSFER"});
+    EXPECT_EQ(Requests(&WaveRecorder::Start), Lines{}) << "it counts as running";
+    recorder_.Stop();
+    recorder_.Start();
+    Cards().Advance(Second / 10);
+    EXPECT_EQ(recorder_.DoneCount(), 2u);
+}
+
+TEST_F(InputControlTest, BuffersBeyondAQuarterSecondWait) {
+    Add(400, 4);
+    Cards().ClearTrace();
+    Add(Rate, 3);  // a quarter of a second each
+    const Lines lines = TraceText({"BEGIN", "SET", "QUEUE"});
+    EXPECT_EQ(lines, Lines{"MAP_BUFFER 44100"});
+}
+
+TEST_F(InputControlTest, StopAndStartFromInsideTheCallback) {
+    const auto signal = PlugIn(4000);
+    Add(400, 6);
+    InCallback(2, [this](WAVEHDR&) {
+        EXPECT_EQ(recorder_.Stop(), MMSYSERR_NOERROR);
+        EXPECT_EQ(recorder_.Start(), MMSYSERR_NOERROR);
+    });
+    recorder_.Start();
+    Cards().Advance(Second / 10);
+    ExpectEachReturnedOnce();
+    const std::vector<BYTE> expected = ClientBytes(Format(), signal);
+    const std::vector<BYTE> recorded = recorder_.Recorded();
+    ASSERT_GE(recorded.size(), 2000u);
+    EXPECT_TRUE(std::equal(recorded.begin(), recorded.begin() + 800, expected.begin()));
+}
+
+TEST_F(InputControlTest, ResetFromInsideTheCallback) {
+    Add(400, 9);
+    InCallback(2, [this](WAVEHDR&) { EXPECT_EQ(recorder_.Reset(), MMSYSERR_NOERROR); });
+    recorder_.Start();
+    Cards().Advance(Second / 10);
+    ExpectEachReturnedOnce();
+    EXPECT_EQ(recorder_.Counts()[1], 400u);
+    EXPECT_EQ(recorder_.Close(), MMSYSERR_NOERROR);
+}
+
+TEST_F(InputControlTest, AResetEndsAlthoughTheClientAddsAgainInEveryCallback) {
+    Add(400, 9);
+    recorder_.OnDone([this](WAVEHDR& header) { recorder_.AddAgain(header); });
+    recorder_.Start();
+    Cards().Advance(Second / 10);
+    EXPECT_EQ(recorder_.Reset(), MMSYSERR_NOERROR);
+    Cards().Advance(Second / 10);
+    recorder_.OnDone(nullptr);
+    const unsigned done = recorder_.DoneCount();
+    EXPECT_EQ(recorder_.Reset(), MMSYSERR_NOERROR);
+    Cards().Advance(1000);
+    EXPECT_EQ(recorder_.DoneCount(), done + 9) << "the reset took nine, and nine were added";
+    EXPECT_EQ(recorder_.Close(), MMSYSERR_NOERROR);
+}
+
+// A header that comes back during the reset can be recorded into at once.
+TEST_F(InputControlTest, WhatIsAddedDuringAResetIsForTheNextStart) {
+    Add(400, 5);
+    recorder_.Start();
+    Cards().Advance(1000);
+    recorder_.OnDone([this](WAVEHDR& header) {
+        if (calls_++ < 5) {
+            EXPECT_EQ(recorder_.AddAgain(header), MMSYSERR_NOERROR);
+        }
+    });
+    recorder_.Reset();
+    Cards().Advance(1000);
+    const auto signal = PlugIn(2000);
+    const size_t before = recorder_.Recorded().size();
+    recorder_.Start();
+    Cards().Advance(Second / 10);
+    EXPECT_EQ(recorder_.DoneCount(), 10u);
+    const std::vector<BYTE> all = recorder_.Recorded();
+    ASSERT_EQ(all.size(), before + 2000);
+    EXPECT_TRUE(std::equal(all.begin() + static_cast<long>(before), all.end(),
+                           ClientBytes(Format(), signal).begin()));
+}
+
+TEST_F(InputControlTest, CloseFromInsideTheCallback) {
+    Add(400, 9);
+    InCallback(3, [this](WAVEHDR&) {
+        EXPECT_EQ(recorder_.Reset(), MMSYSERR_NOERROR);
+        EXPECT_EQ(recorder_.Close(), MMSYSERR_NOERROR);
+    });
+    recorder_.Start();
+    Cards().Advance(Second / 10);
+    ExpectEachReturnedOnce();
+    EXPECT_EQ(recorder_.Messages().back(), unsigned{WIM_CLOSE});
+    EXPECT_EQ(recorder_.Handle(), nullptr);
+    EXPECT_FALSE(Cards().ChannelClaimed(0, 0));
+}
+
+TEST_F(InputControlTest, OnlyTheDispatchKnowsOtherMessages) {
+    EXPECT_EQ(waveInMessage(recorder_.Handle(), 0x4000, 0, 0), unsigned{MMSYSERR_NOTSUPPORTED});
+    EXPECT_EQ(waveInMessage(recorder_.Handle(), 0x4001, 0, 0), unsigned{MMSYSERR_NOTSUPPORTED});
+}
+
+// Direct mode: the card's own slots, whatever was opened.
+TEST_F(InputControlTest, DirectModeBringsWholeSlots) {
+    EXPECT_EQ(waveInMessage(recorder_.Handle(), 0x4002, 0, 0), MMSYSERR_NOERROR);
+    EXPECT_EQ(Cards().InputRegister(0, Port::Analog, 0) & 0xC0, 0xC0);
+    const auto signal = PlugIn(1000);
+    Cards().ClearTrace();
+    Add(4000);
+    EXPECT_EQ(TraceText().back(), "QUEUE_BUFFER 1");
+    recorder_.Start();
+    Cards().Advance(Second / 10);
+    const std::vector<BYTE> all = ClientBytes(PcmFormat(Rate, 2, 32), signal);
+    EXPECT_TRUE(recorder_.Recorded() == std::vector<BYTE>(all.begin(), all.begin() + 4000));
+    EXPECT_EQ(recorder_.Position(TIME_BYTES), 4000u);
+}
+
+TEST_F(InputControlTest, DirectModeLeavesNothingToDitherTo) {
+    recorder_.Close();
+    UnloadDriver();
+    StoreSetting(0, TEXT("DitherADC"), 1);
+    Open(Format());
+    EXPECT_EQ(waveInMessage(recorder_.Handle(), 0x4002, 0, 0), MMSYSERR_NOERROR);
+    EXPECT_EQ(recorder_.Add(4000), unsigned{MMSYSERR_INVALPARAM});
+}
+
+}  // namespace
