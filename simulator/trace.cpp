@@ -42,7 +42,7 @@ bool AllZero(const std::vector<uint8_t>& bytes) {
 }  // namespace
 
 std::string TraceEntry::Text() const {
-    const std::string name = RequestName(Code);
+    std::string name = RequestName(Code);
     switch (Code) {
     case ReadRegister:
         return Print("read %s %u", SpaceName(*this), Word(*this, offsetof(RegisterRequest, Register)));

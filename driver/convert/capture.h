@@ -27,7 +27,7 @@ struct DitherState {
 
 // Whole frames only: every buffer begins with the left channel. A type outside 1 to 4 truncates and
 // leaves the state alone; a mono stream never touches the second error.
-// 8-bit samples are unsigned, 128 = silence.
+// 8-bit samples are unsigned, 128 = silence. The destination needs no alignment.
 void DitherCapture8(uint8_t* destination, const int32_t* source, size_t count, uint32_t type,
                     unsigned channels, DitherState& state);
 void DitherCapture16(int16_t* destination, const int32_t* source, size_t count, uint32_t type,

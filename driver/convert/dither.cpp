@@ -1,3 +1,4 @@
+#include <cstring>
 #include <type_traits>
 
 #include "convert/capture.h"
@@ -39,6 +40,12 @@ uint32_t Draw(uint32_t& random) {
     return Bits(Wrap(random) >> (32 - Output::Shift));
 }
 
+// The client's memory may begin anywhere.
+template <typename Sample>
+void Store(Sample* place, Sample value) {
+    memcpy(place, &value, sizeof value);
+}
+
 // The sum or, when it leaves the range, the end of the range that `sample` lies at.
 int32_t AddSaturating(int32_t sample, int32_t dither) {
     int32_t sum = 0;
@@ -67,7 +74,7 @@ void Dither(typename Output::Sample* destination, const int32_t* source, size_t 
             error[channel] = Wrap(Bits(sample) + Bits(carried) - (Bits(value) & Mask)) >> 1;
             channel = channels == 2 ? channel ^ 1 : channel;
         }
-        destination[i] = Output::Quantise(value);
+        Store(destination + i, Output::Quantise(value));
     }
     state = {random, {error[0], error[1]}};
 }
@@ -76,7 +83,7 @@ template <typename Output>
 void Truncate(typename Output::Sample* destination, const int32_t* source, size_t count, unsigned,
               DitherState&) {
     for (size_t i = 0; i < count; ++i) {
-        destination[i] = Output::Quantise(source[i]);
+        Store(destination + i, Output::Quantise(source[i]));
     }
 }
 

@@ -5,6 +5,7 @@
 #include <mmddk.h>
 
 // Exported by the multimedia system; not every SDK declares it.
+// NOLINTNEXTLINE(readability-redundant-declaration)
 extern "C" BOOL WINAPI DriverCallback(DWORD_PTR callback, DWORD flags, HDRVR device, DWORD message,
                                       DWORD_PTR user, DWORD_PTR param1, DWORD_PTR param2);
 

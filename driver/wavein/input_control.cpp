@@ -18,6 +18,10 @@ SharedWord& Running(StreamInstance* stream) {
     return stream->PortFlag(&CardRecord::InputRunning);
 }
 
+SharedWord& ResumePending(StreamInstance* stream) {
+    return stream->PortFlag(&CardRecord::InputResumePending);
+}
+
 // The position when nothing moves any more, or after a tenth of a second of audio.
 DWORD SettledPosition(StreamInstance* stream) {
     const DWORD first = GetPosition(stream->Device);
@@ -79,6 +83,10 @@ MMRESULT StartInput(StreamInstance* stream) {
         return MMSYSERR_NOERROR;
     }
     stream->JustReset = 0;
+    if (stream->Suspended != 0) {
+        ResumePending(stream) = 1;  // there is no channel to start before the resume
+        return MMSYSERR_NOERROR;
+    }
     if (Running(stream).exchange(1) == 0) {
         BeginRun(stream);
         if (StartTransfer(stream->Device)) {
@@ -90,6 +98,9 @@ MMRESULT StartInput(StreamInstance* stream) {
 
 MMRESULT StopInput(StreamInstance* stream) {
     stream->JustReset = 0;
+    if (stream->Suspended != 0) {
+        ResumePending(stream) = 0;
+    }
     if (Running(stream).exchange(0) != 0) {
         SynchronizedStop(stream);
         LatchPosition(stream, SettledPosition(stream));
@@ -115,7 +126,7 @@ MMRESULT ResetInput(StreamInstance* stream) {
 void SuspendInput(StreamInstance* stream) {
     if (Running(stream) != 0) {
         StopInput(stream);
-        stream->PortFlag(&CardRecord::InputResumePending) = 1;
+        ResumePending(stream) = 1;
     }
     GiveUpChannel(stream);
     stream->ClockMaster->RunningInputs = 0;
@@ -124,10 +135,8 @@ void SuspendInput(StreamInstance* stream) {
 void ResumeInput(StreamInstance* stream) {
     TakeChannelBack(stream);
     PrepareInput(stream, true);
-    SharedWord& pending = stream->PortFlag(&CardRecord::InputResumePending);
-    if (pending != 0) {
+    if (ResumePending(stream).exchange(0) != 0) {
         StartInput(stream);
-        pending = 0;
     }
     HandOver(stream, TransferRule::WhileRunning);
 }

@@ -32,6 +32,10 @@ SharedWord& Paused(StreamInstance* stream) {
     return stream->PortFlag(&CardRecord::OutputPaused);
 }
 
+SharedWord& ResumePending(StreamInstance* stream) {
+    return stream->PortFlag(&CardRecord::OutputResumePending);
+}
+
 bool IsPlaying(StreamInstance* stream) {
     return Running(stream) != 0 && Paused(stream) == 0;
 }
@@ -66,6 +70,10 @@ MMRESULT RestartOutput(StreamInstance* stream) {
         return MMSYSERR_NOERROR;
     }
     stream->JustReset = 0;
+    if (stream->Suspended != 0) {
+        ResumePending(stream) = 1;  // there is no channel to start before the resume
+        return MMSYSERR_NOERROR;
+    }
     if (!IsPlaying(stream) && StartTransfer(stream->Device)) {
         SynchronizedStart(stream);
     }
@@ -81,6 +89,9 @@ MMRESULT PauseOutput(StreamInstance* stream) {
         SynchronizedStop(stream);
     }
     Paused(stream) = 1;
+    if (stream->Suspended != 0) {
+        ResumePending(stream) = 0;
+    }
     return MMSYSERR_NOERROR;
 }
 
@@ -108,7 +119,7 @@ void SuspendOutput(StreamInstance* stream) {
         if (Running(stream) != 0) {
             StopTransfer(stream->Device);
         }
-        stream->PortFlag(&CardRecord::OutputResumePending) = 1;
+        ResumePending(stream) = 1;
     }
     GiveUpChannel(stream);
     stream->ClockMaster->RunningOutputs = 0;
@@ -117,10 +128,8 @@ void SuspendOutput(StreamInstance* stream) {
 void ResumeOutput(StreamInstance* stream) {
     TakeChannelBack(stream);
     PrepareOutput(stream, true);
-    SharedWord& pending = stream->PortFlag(&CardRecord::OutputResumePending);
-    if (pending != 0) {
+    if (ResumePending(stream).exchange(0) != 0) {
         RestartOutput(stream);
-        pending = 0;
     }
     HandOver(stream, TransferRule::WhileRunning);
 }

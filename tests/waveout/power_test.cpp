@@ -122,6 +122,28 @@ TEST_F(PowerTest, AWriteDuringTheSleepIsReturned) {
     ExpectEachReturnedOnce();
 }
 
+// What the client asks for during the sleep is what it finds after it.
+TEST_F(PowerTest, RestartAndPauseDuringTheSleepHoldAfterIt) {
+    const WaveFormat format = PcmFormat(44100, 2, 16);
+    ASSERT_EQ(player_.Open(AnalogOut, format), MMSYSERR_NOERROR);
+    EXPECT_EQ(waveOutPause(player_.Handle()), MMSYSERR_NOERROR);
+    ASSERT_EQ(player_.Write(Pattern(40000)), MMSYSERR_NOERROR);
+    Sleep();
+    EXPECT_EQ(waveOutRestart(player_.Handle()), MMSYSERR_NOERROR);
+    SendPower(PWR_SUSPENDRESUME);
+    Cards().Advance(Second / 10);
+    EXPECT_TRUE(Output().Started);
+    Sleep();
+    EXPECT_EQ(waveOutPause(player_.Handle()), MMSYSERR_NOERROR);
+    SendPower(PWR_SUSPENDRESUME);
+    Cards().Advance(Second);
+    EXPECT_EQ(player_.DoneCount(), 0u) << "the port was paused";
+    EXPECT_EQ(waveOutRestart(player_.Handle()), MMSYSERR_NOERROR);
+    Cards().Advance(Second);
+    EXPECT_EQ(Played(), Sound(format, Pattern(40000)));
+    ExpectEachReturnedOnce();
+}
+
 TEST_F(PowerTest, AStreamClosedDuringTheSleepLeavesNothingForTheNextOne) {
     const WaveFormat format = PcmFormat(44100, 2, 16);
     ASSERT_EQ(player_.Open(AnalogOut, format), MMSYSERR_NOERROR);
