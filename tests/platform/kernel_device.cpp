@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
-#include <vector>
 
 #include "platform/device.h"
 #include "platform/inspect.h"
@@ -90,16 +90,6 @@ protected:
     DWORD bytes_ = 0;
 };
 
-TEST_F(DeviceFile, OpensOnlyWhatTheDriverKnows) {
-    EXPECT_NE(driver_.Device, INVALID_HANDLE_VALUE);
-    for (const WCHAR* path : {TEXT("\\\\.\\Echo1"), TEXT("Echo0"), TEXT("C:\\Echo0"), TEXT("")}) {
-        EXPECT_EQ(OpenDevice(path, 0), INVALID_HANDLE_VALUE);
-        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
-    }
-    platform::InstallDeviceDriver(nullptr);
-    EXPECT_EQ(OpenDevice(TEXT("\\\\.\\Echo0"), 0), INVALID_HANDLE_VALUE);
-}
-
 TEST_F(DeviceFile, ReportsSuccessThroughTheOverlappedStructure) {
     SetEvent(driver_.Event);
     EXPECT_TRUE(Send(kEcho, &overlapped_));
@@ -146,41 +136,6 @@ TEST_F(DeviceFile, IsClosedOnceAndNotUnderARequest) {
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_HANDLE));
     EXPECT_FALSE(CloseHandle(driver_.Device));
     EXPECT_EQ(driver_.Closes, 1);
-}
-
-// Requests that complete at once may share one OVERLAPPED, as a driver with one handle does.
-TEST_F(DeviceFile, ThreadsMaySendAtOnceThroughOneOverlappedStructure) {
-    struct Shared {
-        HANDLE Device;
-        OVERLAPPED* Overlapped;
-    } shared{driver_.Device, &overlapped_};
-    driver_.Event = nullptr;
-    HANDLE threads[2];
-    for (HANDLE& thread : threads) {
-        thread = CreateThread(
-            nullptr, 0,
-            [](LPVOID argument) -> DWORD {
-                const auto* both = static_cast<const Shared*>(argument);
-                DWORD right = 0;
-                for (DWORD i = 1; i <= 500; ++i) {
-                    DWORD answer = 0;
-                    DWORD bytes = 0;
-                    DeviceIoControl(both->Device, kEcho, &i, sizeof i, &answer, sizeof answer, &bytes,
-                                    both->Overlapped);
-                    right += answer == i && bytes == sizeof answer ? 1 : 0;
-                }
-                return right;
-            },
-            &shared, 0, nullptr);
-    }
-    WaitForMultipleObjects(2, threads, TRUE, INFINITE);
-    for (const HANDLE thread : threads) {
-        DWORD right = 0;
-        GetExitCodeThread(thread, &right);
-        EXPECT_EQ(right, 500u);
-        CloseHandle(thread);
-    }
-    driver_.Event = overlapped_.hEvent;
 }
 
 }  // namespace

@@ -1,15 +1,12 @@
-// Behind the curtain: quiet, usage, failures on demand, turned clocks.
+// Behind the curtain: quiet and usage.
 #include <windows.h>
-#include <mmsystem.h>
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <vector>
 
 #include "platform/device.h"
 #include "platform/inspect.h"
-#include "platform/time_source.h"
 
 namespace {
 
@@ -84,34 +81,6 @@ TEST(Quiet, DoesNotComeWhileAThreadIsStillAtWork) {
     EXPECT_EQ(service.Done, 1);
 }
 
-TEST(Quiet, IsNotHeldUpByCallsOfAThreadThatEnds) {
-    struct Ending {
-        HANDLE Queued = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-        HANDLE Ready = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-        platform::ThreadReference Reference;
-    } ending;
-    const HANDLE thread = CreateThread(
-        nullptr, 0,
-        [](LPVOID argument) -> DWORD {
-            auto* self = static_cast<Ending*>(argument);
-            self->Reference = platform::CurrentThreadReference();
-            SetEvent(self->Ready);
-            return WaitForSingleObject(self->Queued, INFINITE);
-        },
-        &ending, 0, nullptr);
-    WaitForSingleObject(ending.Ready, INFINITE);
-    const auto never = [](ULONG_PTR, ULONG_PTR, ULONG_PTR) { ADD_FAILURE() << "ran at the thread's end"; };
-    EXPECT_TRUE(platform::QueueProcedureCall(ending.Reference, never, 0, 0, 0));
-    EXPECT_FALSE(platform::WaitUntilQuiet(0));
-    SetEvent(ending.Queued);
-    WaitForSingleObject(thread, INFINITE);
-    EXPECT_TRUE(platform::WaitUntilQuiet(0));
-    EXPECT_FALSE(platform::QueueProcedureCall(ending.Reference, never, 0, 0, 0));
-    for (const HANDLE handle : {thread, ending.Queued, ending.Ready}) {
-        CloseHandle(handle);
-    }
-}
-
 // Whoever waits when a manual event is set is released, however soon it is reset.
 TEST(Event, ReleasesItsWaitersEvenWhenResetAtOnce) {
     Service service;
@@ -145,51 +114,6 @@ TEST(Usage, CountsWhatIsTakenAndGivenBack) {
     HeapFree(GetProcessHeap(), 0, memory);
     GlobalFree(block);
     EXPECT_EQ(platform::CurrentUsage(), before);
-}
-
-TEST(CallFailure, HitsTheNthCallAndLeavesNothingBehind) {
-    const platform::Usage before = platform::CurrentUsage();
-    platform::FailCall("CreateEventW", 2);
-    platform::FailCall("CreateThread", 1);
-    const HANDLE first = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    EXPECT_NE(first, nullptr);
-    EXPECT_EQ(CreateEventW(nullptr, TRUE, FALSE, nullptr), nullptr);
-    EXPECT_EQ(CreateThread(nullptr, 0, nullptr, nullptr, 0, nullptr), nullptr);
-    const HANDLE third = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    EXPECT_NE(third, nullptr);
-
-    platform::FailCall("GlobalLock", 1);
-    platform::FailCall("WaitForSingleObjectEx", 1);
-    EXPECT_EQ(WaitForSingleObject(first, 0), static_cast<DWORD>(WAIT_TIMEOUT)) << "another function";
-    EXPECT_EQ(WaitForSingleObjectEx(first, 0, TRUE), WAIT_FAILED);
-    platform::ClearCallFailures();
-    const HGLOBAL block = GlobalAlloc(0, 4);
-    EXPECT_NE(GlobalLock(block), nullptr);
-    GlobalFree(block);
-    CloseHandle(first);
-    CloseHandle(third);
-    EXPECT_EQ(platform::CurrentUsage(), before);
-}
-
-TEST(TimeSource, AnswersTimerAndSleep) {
-    struct Turned : platform::TimeSource {
-        DWORD Milliseconds() override { return Now++; }
-        void Sleep(DWORD milliseconds) override { Now += milliseconds; }
-        DWORD Now = 0xFFFFFFFF;
-    } turned;
-    platform::InstallTimeSource(&turned);
-    EXPECT_EQ(timeGetTime(), 0xFFFFFFFF);
-    EXPECT_EQ(timeGetTime(), 0u);
-    Sleep(1000);
-    EXPECT_EQ(timeGetTime(), 1001u);
-    SleepEx(1000, FALSE);
-    EXPECT_EQ(timeGetTime(), 2002u);
-    platform::InstallTimeSource(nullptr);
-    const DWORD real = timeGetTime();
-    EXPECT_LT(timeGetTime() - real, 60000u);
-    EXPECT_EQ(timeEndPeriod(3), static_cast<MMRESULT>(TIMERR_NOCANDO));
-    EXPECT_EQ(timeBeginPeriod(3), static_cast<MMRESULT>(TIMERR_NOERROR));
-    EXPECT_EQ(timeEndPeriod(3), static_cast<MMRESULT>(TIMERR_NOERROR));
 }
 
 }  // namespace

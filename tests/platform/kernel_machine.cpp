@@ -8,26 +8,17 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <mutex>
-#include <string>
 
 #include "platform/machine.h"
+#include "tests/platform/services_process.h"
 
 namespace {
 
 constexpr const WCHAR* kName = TEXT("kernel test machine mutex");
 
-// A machine of the test's own, gone afterwards.
 class Machine : public testing::Test {
-protected:
-    void SetUp() override { ASSERT_TRUE(platform::UseMachine(name_)); }
-    ~Machine() override {
-        platform::UseMachine("");
-        platform::RemoveMachine(name_);
-    }
-
-    const std::string name_ = "kernel-test-" + std::to_string(getpid());
+    const services_test::NamedMachine machine_;
 };
 
 // Runs in a child process until `run` returns its exit code, or kills itself when `dies`.
@@ -153,55 +144,6 @@ TEST_F(Machine, LockOfADeadProcessPassesOn) {
         true));
     const std::lock_guard guard(counter->Lock);
     EXPECT_EQ(counter->Value, 2);
-}
-
-TEST_F(Machine, OthersAreApartAndPrivateOnesFresh) {
-    counter->Value = 1;
-    EXPECT_TRUE(platform::UseMachine(""));
-    EXPECT_EQ(counter->Value, 0);
-    counter->Value = 2;
-    EXPECT_TRUE(platform::UseMachine(name_));
-    EXPECT_EQ(platform::MachineName(), name_);
-    EXPECT_EQ(counter->Value, 1);
-    EXPECT_TRUE(platform::UseMachine(""));
-    EXPECT_EQ(counter->Value, 0);
-
-    EXPECT_FALSE(platform::UseMachine("../elsewhere"));
-    EXPECT_FALSE(platform::UseMachine(std::string(65, 'x')));
-    EXPECT_EQ(platform::MachineName(), "");
-
-    EXPECT_TRUE(platform::RemoveMachine(name_));
-    EXPECT_FALSE(platform::RemoveMachine(name_));
-    EXPECT_FALSE(platform::RemoveMachine(""));
-    EXPECT_TRUE(platform::UseMachine(name_));
-    EXPECT_EQ(counter->Value, 0);
-}
-
-TEST(Process, IsAliveUntilItHasEndedEvenWhenNotCollected) {
-    int stop[2];
-    int identity[2];
-    ASSERT_EQ(pipe(stop), 0);
-    ASSERT_EQ(pipe(identity), 0);
-    const pid_t child = StartProcess([&] {
-        const platform::ProcessIdentity self = platform::CurrentProcess();
-        char byte = 0;
-        return write(identity[1], &self, sizeof self) == sizeof self && read(stop[0], &byte, 1) == 1 ? 0 : 1;
-    });
-    platform::ProcessIdentity other{};
-    ASSERT_EQ(read(identity[0], &other, sizeof other), static_cast<ssize_t>(sizeof other));
-    EXPECT_EQ(other.Id, static_cast<uint32_t>(child));
-    EXPECT_TRUE(platform::IsAlive(other));
-    EXPECT_FALSE(platform::IsAlive({other.Id, other.StartTime + 1})) << "another process of that number";
-    EXPECT_FALSE(platform::IsAlive({0, 0}));
-    ASSERT_EQ(write(stop[1], "x", 1), 1);
-    siginfo_t info{};
-    waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOWAIT);
-    EXPECT_FALSE(platform::IsAlive(other)) << "ended, not yet collected";
-    EXPECT_EQ(CollectProcess(child), 0);
-    EXPECT_FALSE(platform::IsAlive(other));
-    for (const int end : {stop[0], stop[1], identity[0], identity[1]}) {
-        close(end);
-    }
 }
 
 // Two pages of which only the first is there.

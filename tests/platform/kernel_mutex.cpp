@@ -60,37 +60,6 @@ TEST_F(Mutex, OfAThreadThatEndedIsAbandonedOnce) {
     }
 }
 
-TEST_F(Mutex, ExcludesOtherThreads) {
-    struct Shared {
-        HANDLE Mutex;
-        long Counter;
-    } shared{mutex_, 0};
-    HANDLE threads[4];
-    for (HANDLE& thread : threads) {
-        thread = CreateThread(
-            nullptr, 0,
-            [](LPVOID argument) -> DWORD {
-                auto* both = static_cast<Shared*>(argument);
-                for (int i = 0; i < 1000; ++i) {
-                    // Every way to wait for it
-                    const HANDLE one[] = {both->Mutex};
-                    const DWORD limit = i % 2 == 0 ? INFINITE : 60000;
-                    i % 3 == 0 ? WaitForMultipleObjects(1, one, FALSE, limit)
-                               : WaitForSingleObjectEx(both->Mutex, limit, i % 5 == 0);
-                    ++both->Counter;
-                    ReleaseMutex(both->Mutex);
-                }
-                return 0;
-            },
-            &shared, 0, nullptr);
-    }
-    EXPECT_EQ(WaitForMultipleObjects(4, threads, TRUE, INFINITE), WAIT_OBJECT_0);
-    EXPECT_EQ(shared.Counter, 4000);
-    for (const HANDLE thread : threads) {
-        CloseHandle(thread);
-    }
-}
-
 TEST(NamedMutex, IsOneMutexForAllWhoNameIt) {
     const HANDLE first = CreateMutexW(nullptr, TRUE, TEXT("kernel test mutex"));
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SUCCESS));

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
 #include <vector>
 
 #include "platform/inspect.h"
@@ -54,19 +53,6 @@ TEST(Loader, CountsReferencesAndReallyUnloads) {
 
     EXPECT_EQ(LoadLibraryW(u"no_such_module.dll"), nullptr);
     EXPECT_EQ(GetLastError(), DWORD{ERROR_MOD_NOT_FOUND});
-}
-
-TEST(Loader, AModuleMayRefuse) {
-    platform::UseMachine("");
-    setenv(RefuseVariable, "1", 1);
-    EXPECT_EQ(LoadLibraryW(FileName), nullptr);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_DLL_INIT_FAILED});
-    unsetenv(RefuseVariable);
-    EXPECT_EQ(Reasons(), (std::vector<DWORD>{DLL_PROCESS_ATTACH, DLL_PROCESS_DETACH}));
-    EXPECT_EQ(GetModuleHandleW(FileName), nullptr);
-    const HMODULE module = LoadLibraryW(FileName);
-    EXPECT_NE(module, nullptr);
-    FreeLibrary(module);
 }
 
 TEST(Loader, ProcessExitDetaches) {
@@ -147,18 +133,6 @@ TEST(SharedSection, LivesWithTheLastProcess) {
     module = LoadLibraryW(FileName);
     EXPECT_EQ(*SharedWordOf(module), 41u) << "a dead process holds nothing";
     FreeLibrary(module);
-}
-
-TEST(SharedSection, PrivateMachinesShareNothing) {
-    platform::UseMachine("");
-    const HMODULE module = LoadLibraryW(FileName);
-    *SharedWordOf(module) = 5;
-    EXPECT_EQ(*SharedWordOf(module), 5u);
-    FreeLibrary(module);
-    platform::UseMachine("");
-    const HMODULE again = LoadLibraryW(FileName);
-    EXPECT_EQ(*SharedWordOf(again), 41u);
-    FreeLibrary(again);
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
 #include <vector>
 
 #include "platform/inspect.h"
@@ -124,52 +123,6 @@ TEST_F(Registry, DeletedKeysStayDeleted) {
     RegCloseKey(again);
 }
 
-TEST_F(Registry, Enumerates) {
-    for (LPCWSTR name : {u"b", u"C", u"a"}) {
-        HKEY child = nullptr;
-        ASSERT_EQ(RegCreateKeyW(key_, name, &child), ERROR_SUCCESS);
-        RegCloseKey(child);
-        ASSERT_EQ(SetWord(key_, name, 5), ERROR_SUCCESS);
-    }
-    std::u16string keys;
-    std::u16string values;
-    for (DWORD i = 0; i < 3; ++i) {
-        WCHAR name[2];
-        DWORD room = 2;
-        EXPECT_EQ(RegEnumKeyExW(key_, i, name, &room, nullptr, nullptr, nullptr, nullptr), ERROR_SUCCESS);
-        EXPECT_EQ(room, 1u);
-        keys += name;
-        room = 2;
-        DWORD type = 0;
-        EXPECT_EQ(RegEnumValueW(key_, i, name, &room, nullptr, &type, nullptr, nullptr), ERROR_SUCCESS);
-        EXPECT_EQ(type, DWORD{REG_DWORD});
-        values += name;
-    }
-    EXPECT_EQ(keys, u"abC");
-    EXPECT_EQ(values, u"bCa");
-    WCHAR name[2];
-    DWORD room = 2;
-    EXPECT_EQ(RegEnumKeyExW(key_, 3, name, &room, nullptr, nullptr, nullptr, nullptr), ERROR_NO_MORE_ITEMS);
-    EXPECT_EQ(RegEnumValueW(key_, 3, name, &room, nullptr, nullptr, nullptr, nullptr), ERROR_NO_MORE_ITEMS);
-    room = 1;
-    EXPECT_EQ(RegEnumKeyExW(key_, 0, name, &room, nullptr, nullptr, nullptr, nullptr), ERROR_MORE_DATA);
-}
-
-TEST_F(Registry, CallsFailOnDemand) {
-    HKEY other = nullptr;
-    platform::FailCall("RegOpenKeyExW", 1);
-    platform::FailCall("RegCreateKeyW", 1);
-    platform::FailCall("RegSetValueExW", 2);
-    EXPECT_NE(RegOpenKeyExW(HKEY_LOCAL_MACHINE, kPath, 0, KEY_READ, &other), ERROR_SUCCESS);
-    EXPECT_NE(RegCreateKeyW(HKEY_LOCAL_MACHINE, kPath, &other), ERROR_SUCCESS);
-    EXPECT_EQ(SetWord(key_, u"first", 1), ERROR_SUCCESS);
-    EXPECT_NE(SetWord(key_, u"second", 2), ERROR_SUCCESS);
-    EXPECT_EQ(SetWord(key_, u"third", 3), ERROR_SUCCESS);
-    DWORD value = 0;
-    EXPECT_EQ(QueryWord(key_, u"second", &value), ERROR_FILE_NOT_FOUND);
-    platform::ClearCallFailures();
-}
-
 // Two processes write keys and values of their own at the same time, and both see all of them.
 TEST(SharedRegistry, ProcessesOfAMachineSeeTheSame) {
     const services_test::NamedMachine machine;
@@ -210,15 +163,6 @@ TEST(SharedRegistry, ProcessesOfAMachineSeeTheSame) {
             RegCloseKey(key);
         }
     }
-}
-
-TEST(SharedRegistry, PrivateMachinesBeginEmpty) {
-    platform::UseMachine("");
-    HKEY key = nullptr;
-    ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, u"Mine", &key), ERROR_SUCCESS);
-    RegCloseKey(key);
-    platform::UseMachine("");
-    EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, u"Mine", 0, KEY_READ, &key), ERROR_FILE_NOT_FOUND);
 }
 
 }  // namespace

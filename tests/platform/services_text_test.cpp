@@ -49,31 +49,6 @@ TEST(FormattedText, StopsAtTheLimit) {
     EXPECT_EQ(Format(u"%5000u", 1u).size(), 1023u);
 }
 
-TEST(Strings, CopiesKeepToTheirRoom) {
-    WCHAR buffer[8] = u"1234567";
-    EXPECT_EQ(lstrcpynW(buffer, u"abcdef", 4), buffer);
-    EXPECT_EQ(std::u16string(buffer), u"abc");
-    EXPECT_EQ(buffer[4], u'5');
-    lstrcpynW(buffer, u"xy", 8);
-    EXPECT_EQ(std::u16string(buffer), u"xy");
-    lstrcpynW(buffer, u"longer", 1);
-    EXPECT_EQ(buffer[0], 0);
-    lstrcpynW(buffer + 1, u"q", 0);
-    EXPECT_EQ(buffer[1], u'y');
-    EXPECT_EQ(lstrcpynW(buffer, nullptr, 4), nullptr);
-    EXPECT_EQ(lstrlenW(nullptr), 0);
-}
-
-TEST(Strings, Compare) {
-    EXPECT_EQ(lstrcmpiW(u"CONFIG", u"config"), 0);
-    EXPECT_EQ(lstrcmpiW(u"\u00E9", u"\u00C9"), 0);
-    EXPECT_NE(lstrcmpiW(u"\u00F7", u"\u00D7"), 0);
-    EXPECT_LT(lstrcmpiW(u"ab", u"ABC"), 0);
-    EXPECT_LT(lstrcmpW(u"a", u"A"), 0);
-    EXPECT_LT(lstrcmpW(u"A", u"b"), 0);
-    EXPECT_EQ(lstrcmpW(u"same", u"same"), 0);
-}
-
 TEST(Strings, Utf8) {
     const std::u16string text = u"a\u00E9\u20AC\U0001F3B5";
     const std::string utf8 = "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x8E\xB5";
@@ -106,24 +81,6 @@ TEST_F(ModuleText, LoadsStrings) {
     buffer[0] = u'k';
     EXPECT_EQ(LoadStringW(module_, 15, buffer, 0), 0);
     EXPECT_EQ(buffer[0], u'k');
-}
-
-TEST_F(ModuleText, FormatsMessages) {
-    constexpr DWORD kFlags = FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_IGNORE_INSERTS;
-    WCHAR buffer[64];
-    EXPECT_EQ(FormatMessageW(kFlags, module_, 5, 0, buffer, 64, nullptr), 6u);
-    EXPECT_EQ(std::u16string(buffer), u"five\r\n");
-    EXPECT_EQ(FormatMessageW(kFlags, module_, 0x40070001, 0x409, buffer, 64, nullptr), 8u);
-    EXPECT_EQ(std::u16string(buffer), u"one 100%");
-    FormatMessageW(kFlags, module_, 0x40070002, 0, buffer, 64, nullptr);
-    EXPECT_EQ(std::u16string(buffer), u"t\u00F6wo %1");
-
-    EXPECT_EQ(FormatMessageW(kFlags, module_, 6, 0, buffer, 64, nullptr), 0u);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_MR_MID_NOT_FOUND});
-    EXPECT_EQ(FormatMessageW(kFlags, module_, 5, 0x407, buffer, 64, nullptr), 0u);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_RESOURCE_LANG_NOT_FOUND});
-    EXPECT_EQ(FormatMessageW(kFlags, module_, 5, 0, buffer, 6, nullptr), 0u);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INSUFFICIENT_BUFFER});
 }
 
 }  // namespace

@@ -26,19 +26,13 @@ CardFile::CardFile(unsigned card) {
     }
     handle_ = CreateFileW(reinterpret_cast<const WCHAR*>(path.c_str()), 0, FILE_SHARE_READ | FILE_SHARE_WRITE,
                           nullptr, OPEN_EXISTING, 0, nullptr);
+    EXPECT_NE(handle_, INVALID_HANDLE_VALUE);
 }
 
 CardFile::CardFile(unsigned card, uint32_t channel) : CardFile(card) {
     EXPECT_EQ(Bind(card, channel), ERROR_SUCCESS);
     if (channel != ControlChannel) {
         EXPECT_EQ(Request(AcquireChannel), ERROR_SUCCESS);
-    }
-}
-
-void CardFile::Close() {
-    if (IsOpen()) {
-        CloseHandle(handle_);
-        handle_ = INVALID_HANDLE_VALUE;
     }
 }
 
@@ -126,6 +120,14 @@ void Prepare(unsigned card, uint32_t rateCode) {
     control.WriteCard(17, rateCode < 2 ? 0x8A : 0x82, 0x8F);
 }
 
+std::vector<Frame> Ramp(size_t frames) {
+    std::vector<Frame> ramp(frames);
+    for (size_t i = 0; i < frames; ++i) {
+        ramp[i] = {static_cast<int32_t>(i + 1) * 256, -static_cast<int32_t>(i + 1) * 512};
+    }
+    return ramp;
+}
+
 CompletionThread::CompletionThread(const CardFile& file, std::function<void(ULONG_PTR)> answer)
     : file_(file),
       answer_(std::move(answer)),
@@ -137,14 +139,11 @@ CompletionThread::CompletionThread(const CardFile& file, std::function<void(ULON
     WaitForSingleObject(ready_, INFINITE);
 }
 
-void CompletionThread::Stop() {
-    if (thread_) {
-        SetEvent(stop_);
-        WaitForSingleObject(thread_, INFINITE);
-        for (HANDLE* handle : {&thread_, &stop_, &ready_}) {
-            CloseHandle(*handle);
-            *handle = nullptr;
-        }
+CompletionThread::~CompletionThread() {
+    SetEvent(stop_);
+    WaitForSingleObject(thread_, INFINITE);
+    for (const HANDLE handle : {thread_, stop_, ready_}) {
+        CloseHandle(handle);
     }
 }
 
@@ -157,9 +156,7 @@ DWORD WINAPI CompletionThread::Run(void* argument) {
     while (WaitForSingleObjectEx(self->stop_, INFINITE, TRUE) == WAIT_IO_COMPLETION) {
     }
     const ULONG_PTR none = 0;
-    if (self->file_.IsOpen()) {
-        EXPECT_EQ(self->file_.Request(SetCompletionRoutine, BytesOf(none)), ERROR_SUCCESS);
-    }
+    EXPECT_EQ(self->file_.Request(SetCompletionRoutine, BytesOf(none)), ERROR_SUCCESS);
     return 0;
 }
 

@@ -22,12 +22,9 @@ public:
     explicit CardFile(unsigned card);
     // Opens, binds, and acquires the channel unless it is the control channel.
     CardFile(unsigned card, uint32_t channel);
-    ~CardFile() { Close(); }
+    ~CardFile() { CloseHandle(handle_); }
     CardFile(const CardFile&) = delete;
     CardFile& operator=(const CardFile&) = delete;
-
-    bool IsOpen() const { return handle_ != INVALID_HANDLE_VALUE; }
-    void Close();
 
     // The request's result as a system error code. `returned` gets the number of bytes.
     DWORD Request(uint32_t code, std::span<const uint8_t> input = {}, std::span<uint8_t> output = {},
@@ -63,11 +60,10 @@ class CompletionThread {
 public:
     // `answer` runs on the thread for every completion.
     explicit CompletionThread(const CardFile& file, std::function<void(ULONG_PTR cookie)> answer = {});
-    ~CompletionThread() { Stop(); }
+    ~CompletionThread();
     CompletionThread(const CompletionThread&) = delete;
     CompletionThread& operator=(const CompletionThread&) = delete;
 
-    void Stop();
     std::vector<ULONG_PTR> Cookies() const;
     void WaitFor(size_t cookies) const;  // real time; without a limit
 
@@ -87,5 +83,8 @@ private:
 inline simulator::Frame Both(int32_t value) {
     return {value, value};
 }
+
+// Frames that all differ, and their two samples.
+std::vector<simulator::Frame> Ramp(size_t frames);
 
 }  // namespace simulator_tests

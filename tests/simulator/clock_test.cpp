@@ -1,4 +1,4 @@
-// The sample clocks: rates, sources, the link, holds, drift, faults, measurements; and the virtual clock.
+// The sample clocks: rates, sources, the link, holds, drift, faults; and the virtual clock.
 #include <windows.h>
 #include <mmsystem.h>
 
@@ -12,8 +12,6 @@ namespace {
 
 using namespace simulator;
 
-constexpr uint32_t AnalogIn = 0;
-constexpr uint32_t DigitalIn = 1;
 constexpr uint32_t AnalogOut = 2;
 
 TEST(SimulatorClock, FramesAndTimesAgreeToTheNanosecondForDays) {
@@ -109,27 +107,6 @@ TEST(SimulatorClock, OneHoldStartsAGroupOnOneFrame) {
     }
 }
 
-TEST(SimulatorClock, AHoldIsOfOneDirectionAndOnlyForPortsThatTakePart) {
-    Simulator sim({});
-    Prepare(0);
-    const CardFile input(0, AnalogIn);
-    std::vector<uint8_t> memory(100000);
-    input.WritePort(0, 0x22);
-    ASSERT_EQ(input.Queue(memory, 1), ERROR_SUCCESS);
-    input.WriteCard(36, 3);
-    input.Start();
-    const Player output(0, false);
-    sim.Advance(1000);
-    EXPECT_TRUE(sim.Output(0, Port::Analog).Started) << "its arm bit is clear";
-    EXPECT_EQ(input.Ask(GetPosition), 0u);
-    input.WriteCard(36, 0, 1);
-    sim.Advance(1000);
-    EXPECT_EQ(input.Ask(GetPosition), 0u);
-    input.WriteCard(36, 0, 2);
-    sim.Advance(1000);
-    EXPECT_NEAR(input.Ask(GetPosition), 44, 1);
-}
-
 TEST(SimulatorClock, LinkedCardsRunTogetherAndOthersDrift) {
     Simulator sim({.Cards = 3});
     for (unsigned card = 0; card < 3; ++card) {
@@ -151,20 +128,6 @@ TEST(SimulatorClock, LinkedCardsRunTogetherAndOthersDrift) {
     sim.Advance(1000);
     EXPECT_EQ(sim.SampleRate(1), 48000u);
     EXPECT_NE(sim.ClockFrame(1), sim.ClockFrame(0));
-}
-
-TEST(SimulatorClock, TheClockHoldStopsTheChannels) {
-    Simulator sim({});
-    Prepare(0);
-    const Player player(0, false);
-    sim.Advance(10000);
-    player.File.WriteCard(17, 1, 1);
-    sim.Advance(10000);
-    EXPECT_EQ(player.File.Ask(GetPosition), 440u);
-    player.File.WriteCard(17, 0, 1);
-    sim.Advance(10000);
-    EXPECT_EQ(player.File.Ask(GetPosition), 880u);
-    EXPECT_EQ(sim.Output(0, Port::Analog).FramesSilent, 0u);
 }
 
 TEST(SimulatorClock, AnInvalidSourceLatchesTheFaultAndStandsStill) {
@@ -209,55 +172,6 @@ TEST(SimulatorClock, AnInvalidSourceLatchesTheFaultAndStandsStill) {
     card0.Ask(ReadClockFault);
     EXPECT_FALSE(faultAfterTenPeriods(0x40));
     EXPECT_EQ(sim.SampleRate(0), 48000u);
-}
-
-TEST(SimulatorClock, AMeasurementIsReadyOneBlockAfterItsPulse) {
-    Simulator sim({});
-    Prepare(0);
-    const CardFile port(0, DigitalIn);
-    const auto measured = [&](uint32_t space, uint32_t index) {
-        uint32_t value = 0;
-        EXPECT_EQ(port.ReadRegister(space, index, &value), ERROR_SUCCESS);
-        return value;
-    };
-    const auto pulse = [&](uint32_t space, uint32_t index, uint32_t microseconds) {
-        EXPECT_EQ(port.WriteRegister(space, index, 0x80, 0x80), ERROR_SUCCESS);
-        port.Send(Stall, microseconds);
-        EXPECT_EQ(port.WriteRegister(space, index, 0, 0x80), ERROR_SUCCESS);
-    };
-    port.WritePort(1, 0, 1);
-    sim.Advance(50000);
-    const std::pair<unsigned, uint32_t> classes[] = {
-        {96000, 3}, {88200, 4}, {48000, 5}, {44100, 6}, {32000, 7}};
-    uint32_t before = 7;
-    for (const auto& [rate, rateClass] : classes) {
-        sim.SetDigitalInputRate(0, rate);
-        pulse(1, 1, 23);
-        EXPECT_EQ(measured(1, 2), before) << rate;
-        sim.Advance(4000);
-        EXPECT_EQ(measured(1, 2), before) << rate;
-        sim.Advance(354);
-        before = rateClass << 3;
-        EXPECT_EQ(measured(1, 2), before) << rate;
-    }
-    pulse(1, 1, 5);  // too short to be seen
-    sim.SetDigitalInputRate(0, 0);
-    sim.Advance(5000);
-    EXPECT_EQ(measured(1, 2), before);
-    pulse(1, 1, 23);
-    sim.Advance(5000);
-    EXPECT_EQ(measured(1, 2) & 7, 7u) << "no signal";
-
-    // The card's own measurement needs its own receiver.
-    sim.SetDigitalInputRate(0, 48000);
-    pulse(0, 9, 23);
-    sim.Advance(5000);
-    EXPECT_EQ(measured(0, 10), 7u);
-    port.WriteCard(9, 0, 3);
-    sim.Advance(50000);
-    pulse(0, 9, 23);
-    sim.Advance(5000);
-    EXPECT_EQ(measured(0, 10), 5u << 3);
 }
 
 TEST(SimulatorClock, ASpinOnTheTimerAndAStallMoveSteppedTime) {

@@ -1,8 +1,5 @@
-// What arrives at the inputs: runs, tones, cables, the digital receiver and the rate it brings.
+// What cables bring to the inputs: sound, and a clock.
 #include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
 
 #include "tests/simulator/card_file.h"
 
@@ -15,14 +12,6 @@ constexpr uint32_t AnalogIn = 0;
 constexpr uint32_t DigitalIn = 1;
 constexpr uint32_t AnalogOut = 2;
 constexpr uint32_t DigitalOut = 3;
-
-std::vector<Frame> Ramp(size_t frames, int32_t step = 256) {
-    std::vector<Frame> ramp(frames);
-    for (size_t i = 0; i < frames; ++i) {
-        ramp[i] = {static_cast<int32_t>(i + 1) * step, -static_cast<int32_t>(i + 1) * step};
-    }
-    return ramp;
-}
 
 std::vector<Frame> Slice(const std::vector<Frame>& frames, uint64_t from, uint64_t count) {
     const auto begin = frames.begin() + static_cast<std::ptrdiff_t>(from);
@@ -50,53 +39,6 @@ void OpenDigital(Simulator& sim, const CardFile& port) {
 void FollowDigitalInput(const CardFile& port) {
     port.WriteCard(9, 0, 3);
     port.WriteCard(32, 0x40, 0x60);
-}
-
-TEST(SimulatorInput, ARunIsHeardOnceAndGoesOnWithTheClock) {
-    Simulator sim({});
-    Prepare(0);
-    sim.PlugIn(0, Port::Analog, InputSignal::Run(Ramp(700)));
-    sim.Advance(30000);
-    Channel input(0, AnalogIn, std::vector<Frame>(2000, Both(5)));
-    input.File.Start();
-    sim.Advance(10000);
-    ASSERT_EQ(input.File.Request(DisarmChannel), ERROR_SUCCESS);
-    const uint64_t before = input.File.Ask(GetPosition);
-    const uint64_t stopped = sim.ClockFrame(0);
-    sim.Advance(5000);
-    ASSERT_EQ(input.File.Request(ArmChannel), ERROR_SUCCESS);
-    const uint64_t missed = sim.ClockFrame(0) - stopped + 1;
-    sim.Advance(100000);
-    std::vector<Frame> expected = Ramp(700);
-    expected.erase(expected.begin() + static_cast<std::ptrdiff_t>(before),
-                   expected.begin() + static_cast<std::ptrdiff_t>(before + missed));
-    expected.resize(2000);
-    const auto differs = std::mismatch(expected.begin(), expected.end(), input.Samples.begin());
-    EXPECT_EQ(differs.first - expected.begin(), 2000);
-}
-
-TEST(SimulatorInput, AToneHasItsPitchAndItsPeakAtEveryRate) {
-    const std::pair<uint32_t, double> rates[] = {{2, 48000}, {3, 44100}, {4, 32000}, {6, 8000}};
-    for (const auto& [code, rate] : rates) {
-        SCOPED_TRACE(rate);
-        Simulator sim({});
-        Prepare(0, code);
-        sim.PlugIn(0, Port::Analog, InputSignal::Tone(1000, 1 << 30));
-        Channel input(0, AnalogIn, std::vector<Frame>(4000));
-        input.File.Start();
-        sim.Advance(600000);
-        // A sine obeys x[n+1] + x[n-1] = 2 cos(w) x[n], across block borders as well.
-        const double twice = 2 * std::cos(2 * 3.14159265358979323846 * 1000 / rate);
-        int32_t peak = 0;
-        for (size_t i = 1; i + 1 < input.Samples.size(); ++i) {
-            ASSERT_EQ(input.Samples[i].Left, input.Samples[i].Right);
-            const double sum = static_cast<double>(input.Samples[i + 1].Left) + input.Samples[i - 1].Left;
-            ASSERT_NEAR(sum, twice * input.Samples[i].Left, 16) << i;
-            peak = std::max(peak, input.Samples[i].Left);
-        }
-        EXPECT_GT(peak, (1 << 30) * 0.9);
-        EXPECT_LE(peak, 1 << 30);
-    }
 }
 
 TEST(SimulatorInput, ACableCarriesWhatTheOutputHearsAtThatFrame) {
@@ -155,26 +97,6 @@ TEST(SimulatorInput, ACableBetweenClocksGoesByTime) {
     }
 }
 
-TEST(SimulatorInput, OutputsHearInputsLiveAlsoWhilePaused) {
-    Simulator sim({});
-    Prepare(0);
-    const CardFile control(0, ControlChannel);
-    control.SetGain(0, 128);
-    sim.PlugIn(0, Port::Analog, InputSignal::Run(Ramp(5000)));
-    Channel input(0, AnalogIn, std::vector<Frame>(10));
-    Channel output(0, AnalogOut, std::vector<Frame>(2000));
-    output.File.Start();
-    input.File.Start();
-    sim.Advance(10000);
-    ASSERT_EQ(output.File.Request(DisarmChannel), ERROR_SUCCESS);
-    sim.Advance(20000);
-    ASSERT_EQ(output.File.Request(ArmChannel), ERROR_SUCCESS);
-    sim.Advance(10000);
-    const std::vector<Frame> heard = sim.Heard(0, Port::Analog);
-    ASSERT_GT(heard.size(), 1700u);
-    EXPECT_EQ(heard, Ramp(heard.size()));
-}
-
 TEST(SimulatorInput, CablesPassThroughMonitorsButNotInCircles) {
     Simulator sim({.Cards = 3});
     for (unsigned card = 0; card < 3; ++card) {
@@ -193,65 +115,6 @@ TEST(SimulatorInput, CablesPassThroughMonitorsButNotInCircles) {
     once.resize(800);
     EXPECT_EQ(input.Samples, once);
     EXPECT_EQ(sim.Heard(0, Port::Analog), Ramp(400));
-}
-
-TEST(SimulatorInput, TheDigitalInputHearsWhatItsReceiverGives) {
-    Simulator sim({});
-    Prepare(0);
-    Channel input(0, DigitalIn, std::vector<Frame>(40000));
-    sim.PlugIn(0, Port::Digital, InputSignal::Run(std::vector<Frame>(40000, Both(7))));
-    input.File.Start();
-    const auto hears = [&] {
-        sim.Advance(10000);
-        return input.Samples[input.File.Ask(GetPosition) - 8] == Both(7);  // memory is behind
-    };
-    EXPECT_FALSE(hears()) << "the receiver is off";
-    const uint64_t on = sim.ClockFrame(0);
-    input.File.WritePort(1, 0, 1);
-    sim.Advance(60000);
-    const auto first = std::find(input.Samples.begin(), input.Samples.end(), Both(7));
-    const uint64_t at =
-        static_cast<uint64_t>(first - input.Samples.begin()) + sim.Input(0, Port::Digital).StartFrame;
-    EXPECT_NEAR(static_cast<double>(at - on), 44100 * 0.050, 2) << "it needs 50 ms to settle";
-    EXPECT_TRUE(hears());
-    input.File.WriteCard(8, 3, 3);
-    EXPECT_FALSE(hears()) << "muted";
-    input.File.WriteCard(8, 0, 3);
-    EXPECT_TRUE(hears());
-    sim.SetDigitalInputRate(0, 0);
-    EXPECT_FALSE(hears()) << "no signal";
-    sim.SetDigitalInputRate(0, 48000);
-    EXPECT_TRUE(hears());
-    input.File.WritePort(1, 1, 1);
-    EXPECT_FALSE(hears());
-}
-
-TEST(SimulatorInput, ASignalBringsItsRate) {
-    Simulator sim({.Cards = 2});
-    Prepare(0);
-    Prepare(1, 4);
-    EXPECT_EQ(sim.DigitalInput(0).Rate, 0u) << "nothing plugged in";
-    sim.PlugIn(0, Port::Digital, InputSignal::Silence());
-    EXPECT_EQ(sim.DigitalInput(0).Rate, 44100u) << "the card's own";
-    sim.PlugIn(0, Port::Digital, InputSignal::Tone(1000, 1000).At(48000));
-    EXPECT_EQ(sim.DigitalInput(0).Rate, 48000u);
-    const CardFile sender(1, ControlChannel);
-    sender.WriteCard(25, 0, 1);
-    sim.PlugIn(0, Port::Digital, InputSignal::Cable(1, Port::Digital));
-    EXPECT_EQ(sim.DigitalInput(0).Rate, 0u) << "the sender's transmitter stands";
-    sender.WriteCard(25, 1, 1);
-    EXPECT_EQ(sim.DigitalInput(0).Rate, 32000u);
-    sim.SetDigitalInputRate(0, 96000);
-    EXPECT_EQ(sim.DigitalInput(0).Rate, 96000u);
-
-    const CardFile port(0, DigitalIn);
-    OpenDigital(sim, port);
-    sim.PlugIn(0, Port::Digital, InputSignal::Cable(1, Port::Digital));
-    port.WritePort(1, 0x80, 0x80);
-    port.Send(Stall, 23);
-    port.WritePort(1, 0, 0x80);
-    sim.Advance(5000);
-    EXPECT_EQ(sim.InputRegister(0, Port::Digital, 2), 7u << 3) << "the port measures the sender's rate";
 }
 
 TEST(SimulatorInput, ACardRunsOnTheClockThatADigitalCableBrings) {

@@ -1,11 +1,8 @@
-// What the channels do with buffers: samples as the card reads them, positions, running dry, flushing,
-// mixing, completions.
+// What the channels do with buffers: samples as the card reads them, running dry, mixing.
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <limits>
-#include <numeric>
 
 #include "simulator/buffer_queue.h"
 #include "tests/simulator/card_file.h"
@@ -19,14 +16,6 @@ constexpr uint32_t AnalogOut = 2;
 constexpr uint32_t DigitalOut = 3;
 constexpr int32_t Top = std::numeric_limits<int32_t>::max();
 constexpr int32_t Bottom = std::numeric_limits<int32_t>::min();
-
-std::vector<Frame> Ramp(size_t frames) {
-    std::vector<Frame> ramp(frames);
-    for (size_t i = 0; i < frames; ++i) {
-        ramp[i] = {static_cast<int32_t>(i + 1) << 8, -static_cast<int32_t>(i + 1) * 512};
-    }
-    return ramp;
-}
 
 // 32-bit slots, left-justified: frames in memory as they are heard.
 void UsePlainFrames(const CardFile& file) {
@@ -63,24 +52,6 @@ TEST(SimulatorPlayback, ThePortRegisterSaysWhatMemoryMeans) {
         EXPECT_EQ(sim.Heard(0, Port::Analog), test.Sound);
         sim.ForgetAudio();
     }
-}
-
-TEST(SimulatorPlayback, AFrameIsReadAsTheRegisterIsWhenItIsPlayed) {
-    Simulator sim({});
-    Prepare(0);
-    const CardFile file(0, AnalogOut);
-    file.WritePort(0, 0x60);
-    std::vector<int16_t> samples(100, 0x0180);
-    ASSERT_EQ(file.Queue(samples, 1), ERROR_SUCCESS);
-    file.Start();
-    sim.Advance(1000);  // 44 ticks, the first frame at the second of them
-    file.WritePort(0, 0x20);
-    sim.Advance(10000);
-    std::vector<Frame> expected(43, Both(0x01800000));
-    for (int i = 0; i < 57; ++i) {
-        expected.insert(expected.end(), {Both(0), Both(-0x7F000000)});
-    }
-    EXPECT_EQ(sim.Played(0, Port::Analog), expected);
 }
 
 // Buffers are one stream: however it is cut, the same frames come out, and each buffer when its last
@@ -121,34 +92,6 @@ TEST(SimulatorPlayback, TheCutBetweenBuffersIsNotHeard) {
     }
 }
 
-TEST(SimulatorPlayback, ABufferHandedOverAtAnothersEndFollowsWithoutAGap) {
-    Simulator sim({});
-    Prepare(0);
-    const CardFile file(0, AnalogOut);
-    UsePlainFrames(file);
-    std::vector<Frame> frames = Ramp(441);
-    CompletionThread thread(file, [&](ULONG_PTR cookie) {
-        file.Queue(frames, cookie + 1);
-        file.Request(StartTransfer);
-    });
-    ASSERT_EQ(file.Queue(frames, 1), ERROR_SUCCESS);
-    file.Start();
-    sim.Advance(100000);
-    const OutputStatus status = sim.Output(0, Port::Analog);
-    EXPECT_EQ(status.StartFrame, 1u);
-    EXPECT_EQ(status.FramesPlayed, 4409u);
-    EXPECT_EQ(status.FramesSilent, 0u);
-    EXPECT_EQ(status.BuffersFinished, 9u);
-    EXPECT_EQ(status.BuffersInFlight, 1u);
-    EXPECT_EQ(status.MostInFlight, 1u);
-    EXPECT_EQ(thread.Cookies(), (std::vector<ULONG_PTR>{1, 2, 3, 4, 5, 6, 7, 8, 9}));
-    EXPECT_EQ(sim.Heard(0, Port::Analog), sim.Played(0, Port::Analog));
-
-    EXPECT_TRUE(sim.AdvanceToNextCompletion(100000));
-    EXPECT_EQ(sim.Output(0, Port::Analog).FramesPlayed, 4410u);
-    EXPECT_FALSE(sim.AdvanceToNextCompletion(1000));
-}
-
 TEST(SimulatorPlayback, ADryChannelIsSilentUntilItIsStartedAgain) {
     Simulator sim({});
     Prepare(0);
@@ -173,83 +116,6 @@ TEST(SimulatorPlayback, ADryChannelIsSilentUntilItIsStartedAgain) {
     expected.resize(883 - 1);
     expected.insert(expected.end(), second.begin(), second.end());
     EXPECT_EQ(sim.Heard(0, Port::Analog), expected);
-}
-
-TEST(SimulatorPlayback, ThePositionCountsFromTheStart) {
-    Simulator sim({});
-    Prepare(0);
-    const CardFile file(0, AnalogOut);
-    UsePlainFrames(file);
-    std::vector<Frame> frames = Ramp(4410);
-    ASSERT_EQ(file.Queue(frames, 1), ERROR_SUCCESS);
-    file.Start();
-    sim.Advance(10000);
-    EXPECT_EQ(file.Ask(GetPosition), 440u);
-
-    ASSERT_EQ(file.Request(DisarmChannel), ERROR_SUCCESS);
-    sim.Advance(10000);
-    EXPECT_EQ(file.Ask(GetPosition), 440u);
-    file.Start();
-    sim.Advance(10000);
-    EXPECT_EQ(file.Ask(GetPosition), 880u);
-    EXPECT_EQ(sim.Output(0, Port::Analog).FramesSilent, 0u) << "disarmed is not starved";
-
-    ASSERT_EQ(file.Request(StopTransfer), ERROR_SUCCESS);
-    sim.Advance(10000);
-    EXPECT_EQ(file.Ask(GetPosition), 880u);
-    ASSERT_EQ(file.Request(StartTransfer), ERROR_SUCCESS);
-    sim.Advance(10000);
-    EXPECT_EQ(file.Ask(GetPosition), 440u);
-    EXPECT_EQ(sim.Output(0, Port::Analog).FramesPlayed, 1320u);
-
-    ASSERT_EQ(file.Request(FlushBuffers), ERROR_SUCCESS);
-    EXPECT_EQ(file.Ask(GetPosition), 0u);
-    sim.Advance(10000);
-    EXPECT_EQ(file.Ask(GetPosition), 0u);
-}
-
-TEST(SimulatorPlayback, AFlushGivesEveryBufferBackInOrderAndAtOnce) {
-    Simulator sim({});
-    Prepare(0);
-    CardFile file(0, AnalogOut);
-    std::vector<Frame> frames = Ramp(1000);
-    CompletionThread thread(file);
-    for (const ULONG_PTR cookie : {7, 8, 9}) {
-        ASSERT_EQ(file.Queue(frames, cookie), ERROR_SUCCESS);
-    }
-    const int64_t before = sim.NowMicroseconds();
-    ASSERT_EQ(file.Request(FlushBuffers), ERROR_SUCCESS);
-    thread.WaitFor(3);
-    EXPECT_EQ(thread.Cookies(), (std::vector<ULONG_PTR>{7, 8, 9}));
-    EXPECT_EQ(sim.NowMicroseconds(), before);
-    EXPECT_EQ(sim.Output(0, Port::Analog).BuffersInFlight, 0u);
-
-    // A file that is closed takes its buffers with it.
-    ASSERT_EQ(file.Queue(frames, 10), ERROR_SUCCESS);
-    file.Start();
-    file.Close();
-    sim.Advance(100000);
-    EXPECT_EQ(thread.Cookies().size(), 3u);
-    EXPECT_EQ(sim.Output(0, Port::Analog).BuffersInFlight, 0u);
-}
-
-TEST(SimulatorPlayback, ReleasedHardwareKeepsItsBuffersAndStops) {
-    Simulator sim({});
-    Prepare(0);
-    const CardFile file(0, AnalogOut);
-    UsePlainFrames(file);
-    std::vector<Frame> frames = Ramp(882);
-    ASSERT_EQ(file.Queue(frames, 1), ERROR_SUCCESS);
-    file.Start();
-    sim.Advance(10000);
-    ASSERT_EQ(file.Request(ReleaseChannel), ERROR_SUCCESS);
-    sim.Advance(10000);
-    EXPECT_EQ(sim.Output(0, Port::Analog).FramesPlayed, 440u);
-    ASSERT_EQ(file.Request(AcquireChannel), ERROR_SUCCESS);
-    file.Start();
-    sim.Advance(20000);
-    EXPECT_EQ(sim.Played(0, Port::Analog), frames);
-    EXPECT_EQ(sim.Output(0, Port::Analog).FramesPlayed, 442u) << "since it was last acquired";
 }
 
 TEST(SimulatorPlayback, TheMixerAddsAtItsGainsAndSaturates) {
@@ -287,43 +153,6 @@ TEST(SimulatorPlayback, TheMixerAddsAtItsGainsAndSaturates) {
     expect(263, 400, {0, 0});
     EXPECT_EQ(sim.Heard(0, Port::Digital), quiet);
     EXPECT_EQ(sim.Played(0, Port::Analog), loud);
-}
-
-TEST(SimulatorPlayback, CompletionsComeLateTwiceOrNeverWhenAFaultSaysSo) {
-    Simulator sim({});
-    Prepare(0);
-    const CardFile file(0, AnalogOut);
-    UsePlainFrames(file);
-    std::vector<Frame> frames = Ramp(44);
-    CompletionThread thread(file);
-    sim.AddFault({.What = Fault::Kind::Late, .Code = Fault::Completion, .Nth = 1, .Delay = 50000});
-    sim.AddFault({.What = Fault::Kind::Twice, .Code = Fault::Completion, .Nth = 2});
-    sim.AddFault({.What = Fault::Kind::Lost, .Code = Fault::Completion, .Nth = 3});
-    for (const ULONG_PTR cookie : {1, 2, 3, 4}) {
-        ASSERT_EQ(file.Queue(frames, cookie), ERROR_SUCCESS);
-    }
-    file.Start();
-    sim.Advance(50000);
-    EXPECT_EQ(thread.Cookies(), (std::vector<ULONG_PTR>{2, 2, 4}));
-    sim.Advance(2000);
-    EXPECT_EQ(thread.Cookies(), (std::vector<ULONG_PTR>{2, 2, 4, 1}));
-    EXPECT_EQ(sim.Output(0, Port::Analog).BuffersFinished, 4u);
-}
-
-TEST(SimulatorPlayback, RealTimePlaysByItself) {
-    Simulator sim({.Time = TimeKind::Real});
-    Prepare(0);
-    const CardFile file(0, AnalogOut);
-    UsePlainFrames(file);
-    std::vector<Frame> frames = Ramp(441);
-    CompletionThread thread(file);
-    const int64_t before = sim.NowMicroseconds();
-    ASSERT_EQ(file.Queue(frames, 1), ERROR_SUCCESS);
-    ASSERT_EQ(file.Queue(frames, 2), ERROR_SUCCESS);
-    file.Start();
-    thread.WaitFor(2);
-    EXPECT_GE(sim.NowMicroseconds() - before, 20000);
-    EXPECT_EQ(sim.Played(0, Port::Analog).size(), 882u);
 }
 
 }  // namespace

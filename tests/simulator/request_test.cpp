@@ -1,7 +1,5 @@
-// The request protocol: sizes, states, claims, the order of a hand-over, faults.
+// The request protocol: sizes, states, the order of a hand-over.
 #include <gtest/gtest.h>
-
-#include <numeric>
 
 #include "tests/simulator/card_file.h"
 
@@ -96,36 +94,6 @@ TEST(SimulatorRequest, NeedsAFileInTheRightState) {
     EXPECT_EQ(released.ReadRegister(1, 0, &value), ERROR_SUCCESS);
 }
 
-TEST(SimulatorRequest, AChannelBelongsToOneFileUntilItCloses) {
-    Simulator sim({.Cards = 2});
-    CardFile first(0, AnalogOut);
-    CardFile second(0);
-    EXPECT_EQ(second.Bind(1, AnalogOut), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(second.Bind(0, 4), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(second.Bind(0, AnalogOut), ERROR_BUSY);
-    EXPECT_TRUE(sim.ChannelClaimed(0, AnalogOut));
-    EXPECT_FALSE(sim.ChannelClaimed(1, AnalogOut));
-
-    ASSERT_EQ(first.Request(ReleaseChannel), ERROR_SUCCESS);
-    EXPECT_EQ(second.Bind(0, AnalogOut), ERROR_BUSY);
-    first.Close();
-    EXPECT_FALSE(sim.ChannelClaimed(0, AnalogOut));
-    EXPECT_EQ(second.Bind(0, AnalogOut), ERROR_SUCCESS);
-    EXPECT_EQ(sim.OpenFiles(), 1u);
-}
-
-TEST(SimulatorRequest, OnlyCardsThatAreThereCanBeOpened) {
-    Simulator sim({.Cards = 2});
-    EXPECT_FALSE(CardFile(2).IsOpen());
-    const CardFile open(1, ControlChannel);
-    sim.SetPresent(1, false);
-    EXPECT_FALSE(CardFile(1).IsOpen());
-    uint32_t value = 0;
-    EXPECT_EQ(open.ReadRegister(0, 32, &value), ERROR_DEV_NOT_EXIST);
-    sim.SetPresent(1, true);
-    EXPECT_EQ(open.ReadRegister(0, 32, &value), ERROR_SUCCESS);
-}
-
 TEST(SimulatorRequest, AHandOverIsFourRequestsInOrder) {
     Simulator sim({});
     const CardFile file(0, AnalogOut);
@@ -156,90 +124,6 @@ TEST(SimulatorRequest, AHandOverIsFourRequestsInOrder) {
     }
     ASSERT_EQ(file.Request(BeginBuffer), ERROR_SUCCESS);
     EXPECT_EQ(file.Request(MapBuffer), ERROR_INVALID_PARAMETER);
-}
-
-TEST(SimulatorRequest, IdentityIsReadFromTheCard) {
-    Simulator sim({.Cards = 2});
-    const CardFile file(1, ControlChannel);
-    std::vector<uint8_t> page(128);
-    const uint8_t identity[4] = {0x80, 0xFF};
-    const uint8_t version[4] = {0x00, 0xFF};
-    ASSERT_EQ(file.Request(ReadNvramPage, identity, page), ERROR_SUCCESS);
-    const auto word = [&](size_t k) { return static_cast<unsigned>(page[2 * k] << 8 | page[2 * k + 1]); };
-    unsigned sum = 0;
-    for (size_t k = 0; k < 64; ++k) {
-        sum += word(k);
-    }
-    EXPECT_EQ(sum % 0x10000, 0xFFFFu);
-    EXPECT_EQ(page[5], 'B');
-    EXPECT_EQ(word(3), 3u);
-    EXPECT_EQ(word(4), 7u);
-    EXPECT_EQ(word(5), 12346u);
-
-    ASSERT_EQ(file.Request(ReadNvramPage, version, page), ERROR_SUCCESS);
-    EXPECT_EQ(std::vector(page.begin() + 122, page.begin() + 126), (std::vector<uint8_t>{1, 2, 0, 37}));
-
-    std::vector<uint8_t> path(512);
-    DWORD returned = 0;
-    ASSERT_EQ(file.Request(GetRegistryPath, {}, path, &returned), ERROR_SUCCESS);
-    const auto* text = reinterpret_cast<const char16_t*>(path.data());
-    EXPECT_EQ(std::u16string(text), u"System\\CurrentControlSet\\Services\\Kestrelvox\\Device1");
-    EXPECT_EQ(returned, 2 * (std::u16string(text).size() + 1));
-}
-
-TEST(SimulatorRequest, OnlyWhatADeviceLetsBeWrittenChangesInConfigurationSpace) {
-    Simulator sim({});
-    const CardFile file(0, ControlChannel);
-    const auto read = [&](uint8_t offset, size_t size) {
-        std::vector<uint8_t> bytes(size);
-        const uint8_t input[4] = {offset};
-        EXPECT_EQ(file.Request(ReadPciConfig, input, bytes), ERROR_SUCCESS);
-        return bytes;
-    };
-    const auto write = [&](uint8_t offset, std::vector<uint8_t> bytes) {
-        const uint8_t input[4] = {offset};
-        return file.Request(WritePciConfig, input, bytes);
-    };
-    const std::vector<uint8_t> ids = read(0x00, 4);
-    EXPECT_EQ(write(0x00, {1, 2, 3, 4}), ERROR_SUCCESS);
-    EXPECT_EQ(read(0x00, 4), ids);
-    EXPECT_EQ(write(0x0D, {0x20}), ERROR_SUCCESS);
-    EXPECT_EQ(read(0x0D, 1), std::vector<uint8_t>{0x20});
-    EXPECT_EQ(write(0x10, {0xFF, 0xFF, 0xFF, 0xFF}), ERROR_SUCCESS);
-    EXPECT_EQ(read(0x10, 4), (std::vector<uint8_t>{0, 0, 0xFF, 0xFF}));
-    EXPECT_EQ(read(0x08, 1), std::vector<uint8_t>{1});
-    std::vector<uint8_t> three(3);
-    const uint8_t start[4] = {};
-    EXPECT_EQ(file.Request(ReadPciConfig, start, three), ERROR_INVALID_PARAMETER);
-    const uint8_t last[4] = {0xFF};
-    EXPECT_EQ(file.Request(ReadPciConfig, last, {three.data(), 2}), ERROR_INVALID_PARAMETER);
-}
-
-TEST(SimulatorRequest, FaultsStrikeTheRequestTheyCountTo) {
-    Simulator sim({});
-    const CardFile file(0, ControlChannel);
-    uint32_t value = 0;
-
-    sim.AddFault({.What = Fault::Kind::Fail, .Code = simulator::WriteRegister, .Nth = 2, .Error = 23});
-    EXPECT_EQ(file.WriteRegister(0, 3, 1, 7), ERROR_SUCCESS);
-    EXPECT_EQ(file.ReadRegister(0, 3, &value), ERROR_SUCCESS);
-    EXPECT_EQ(file.WriteRegister(0, 3, 2, 7), ERROR_CRC);
-    EXPECT_EQ(sim.CardRegister(0, 3), 1);
-    EXPECT_EQ(file.WriteRegister(0, 3, 3, 7), ERROR_SUCCESS);
-
-    sim.AddFault({.What = Fault::Kind::Pend, .Code = simulator::WriteRegister});
-    EXPECT_EQ(file.WriteRegister(0, 3, 4, 7), ERROR_IO_PENDING);
-    EXPECT_EQ(sim.CardRegister(0, 3), 4);
-
-    sim.AddFault({.What = Fault::Kind::Short, .Code = ReadClockFault, .Nth = 0});
-    uint8_t word[4];
-    for (int i = 0; i < 2; ++i) {
-        DWORD returned = 0;
-        EXPECT_EQ(file.Request(ReadClockFault, {}, word, &returned), ERROR_SUCCESS);
-        EXPECT_EQ(returned, 3u);
-    }
-    sim.ClearFaults();
-    EXPECT_EQ(file.Ask(ReadClockFault), 0u);
 }
 
 }  // namespace

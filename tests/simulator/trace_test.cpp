@@ -1,4 +1,4 @@
-// The trace as tests compare it and viewers open it, and faults as users write them.
+// The trace as viewers open it, and faults as users write them.
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -9,46 +9,6 @@ namespace simulator_tests {
 namespace {
 
 using namespace simulator;
-
-TEST(SimulatorTrace, OneReadableLineForEachRequest) {
-    Simulator sim({.Cards = 2});
-    {
-        const CardFile control(1, ControlChannel);
-        const CardFile file(1, 2);
-        file.WriteCard(17, 1, 1);
-        file.WritePort(0, 0xC0, 0xC0);
-        uint32_t value = 0;
-        EXPECT_EQ(file.ReadRegister(0, 32, &value), ERROR_SUCCESS);
-        file.Send(Stall, 227);
-        uint8_t data[48];
-        EXPECT_EQ(file.Queue(data, sizeof data, 1), ERROR_SUCCESS);
-        const uint8_t address[sizeof(ULONG_PTR)] = {};
-        EXPECT_EQ(file.Request(SetCompletionRoutine, address), ERROR_SUCCESS);
-        const uint8_t offset[4] = {0x10};
-        EXPECT_EQ(file.Request(ReadPciConfig, offset, {data, 4}), ERROR_SUCCESS);
-        EXPECT_EQ(file.Request(0x80000001), ERROR_INVALID_FUNCTION);
-    }
-    const std::vector<TraceEntry> trace = sim.Trace();
-    std::vector<std::string> lines;
-    for (const TraceEntry& entry : trace) {
-        lines.push_back(entry.Text());
-    }
-    EXPECT_EQ(lines, (std::vector<std::string>{
-                         "BIND_HANDLE 1 control", "BIND_HANDLE 1 2", "ACQUIRE_CHANNEL",
-                         "write card 17 = 01 / 01", "write port 0 = C0 / C0", "read card 32", "stall 227",
-                         "BEGIN_BUFFER", "MAP_BUFFER 48", "SET_BUFFER_COOKIE", "QUEUE_BUFFER 0",
-                         "SET_COMPLETION_ROUTINE 0", "READ_PCI_CONFIG 10 4", "80000001"}));
-    EXPECT_EQ(trace[0].File, 1u);
-    EXPECT_EQ(trace[0].Channel, ControlChannel);
-    EXPECT_EQ(trace[5].File, 2u);
-    EXPECT_EQ(trace[5].Channel, 2u);
-    EXPECT_EQ(trace[5].Output, (std::vector<uint8_t>{0x02, 0, 0, 0}));
-    EXPECT_EQ(trace[7].Microseconds - trace[6].Microseconds, 227);
-    EXPECT_EQ(trace.back().Result, static_cast<uint32_t>(ERROR_INVALID_FUNCTION));
-
-    sim.ClearTrace();
-    EXPECT_TRUE(sim.Trace().empty());
-}
 
 TEST(SimulatorTrace, ChromeFormatHasOneTrackForEachCardAndChannel) {
     Simulator sim({.Cards = 2});

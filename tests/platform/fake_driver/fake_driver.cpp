@@ -4,7 +4,6 @@
 #include <mmsystem.h>
 #include <mmddk.h>
 
-#include <cstdlib>
 #include <deque>
 
 using namespace fake_driver;
@@ -39,93 +38,65 @@ struct Client {
     }
 };
 
-// Output and input differ in their message numbers only.
-struct Side {
-    LPCWSTR Source;
-    UINT DeviceCount, Caps, Open, Close, Queue, Reset, Position;
-    DWORD Opened, Closed, Done;
-    bool InUse[2];
-};
-Side outSide = {OutSource,  WODM_GETNUMDEVS, WODM_GETDEVCAPS, WODM_OPEN, WODM_CLOSE, WODM_WRITE,
-                WODM_RESET, WODM_GETPOS,     WOM_OPEN,        WOM_CLOSE, WOM_DONE,   {}};
-Side inSide = {InSource,   WIDM_GETNUMDEVS, WIDM_GETDEVCAPS, WIDM_OPEN, WIDM_CLOSE, WIDM_ADDBUFFER,
-               WIDM_RESET, WIDM_GETPOS,     WIM_OPEN,        WIM_CLOSE, WIM_DATA,   {}};
+bool inUse[2] = {};
 
-DWORD Open(Side& side, UINT device, Client** result, const WAVEOPENDESC& description, DWORD flags) {
+DWORD Open(UINT device, Client** result, const WAVEOPENDESC& description, DWORD flags) {
     if (device == 0 && description.lpFormat->nChannels != 1) {
         return WAVERR_BADFORMAT;
     }
     if (flags & WAVE_FORMAT_QUERY) {
         return MMSYSERR_NOERROR;
     }
-    if (side.InUse[device]) {
+    if (inUse[device]) {
         return MMSYSERR_ALLOCATED;
     }
-    side.InUse[device] = true;
-    *result = new Client{&side.InUse[device], description, flags, {}, false};
-    (*result)->Notify(side.Opened, nullptr);
+    inUse[device] = true;
+    *result = new Client{&inUse[device], description, flags, {}, false};
+    (*result)->Notify(WOM_OPEN, nullptr);
     return MMSYSERR_NOERROR;
 }
 
-void Complete(const Side& side, Client& client) {
+void Complete(Client& client) {
     WAVEHDR* const header = client.Queue.front();
     client.Queue.pop_front();
     header->dwFlags = (header->dwFlags & ~DWORD{WHDR_INQUEUE}) | WHDR_DONE;
-    client.Notify(side.Done, header);
+    client.Notify(WOM_DONE, header);
 }
 
-DWORD Close(const Side& side, Client* client) {
+DWORD Close(Client* client) {
     if (client->RefusesClose || !client->Queue.empty()) {
         return WAVERR_STILLPLAYING;
     }
-    client->Notify(side.Closed, nullptr);
+    client->Notify(WOM_CLOSE, nullptr);
     *client->InUse = false;
     delete client;
     return MMSYSERR_NOERROR;
 }
 
-DWORD ToClient(const Side& side, Client* client, UINT message, DWORD_PTR first) {
-    if (message == side.Queue) {
+DWORD ToClient(Client* client, UINT message, DWORD_PTR first) {
+    switch (message) {
+    case WODM_CLOSE:
+        return Close(client);
+    case WODM_WRITE: {
         auto* const header = reinterpret_cast<WAVEHDR*>(first);
         header->dwFlags |= WHDR_INQUEUE;
         client->Queue.push_back(header);
-    } else if (message == side.Reset) {
-        while (!client->Queue.empty()) {
-            Complete(side, *client);
-        }
-    } else if (message == side.Position) {
-        reinterpret_cast<MMTIME*>(first)->u.sample = 1234;
-    } else if (message == CompleteOldest) {
-        Complete(side, *client);
-    } else if (message == RefuseClose) {
-        client->RefusesClose = first != 0;
-    } else {
-        return MMSYSERR_NOTSUPPORTED;
-    }
-    return MMSYSERR_NOERROR;
-}
-
-DWORD OnWaveMessage(Side& side, UINT device, UINT message, DWORD_PTR user, DWORD_PTR first,
-                    DWORD_PTR second) {
-    Report(side.Source, device, message);
-    if (message == side.DeviceCount) {
-        return 2;
-    }
-    if (message == side.Caps) {
-        auto* const caps = reinterpret_cast<WAVEINCAPSW*>(first);
-        wsprintfW(caps->szPname, u"Fake %u", device);
-        caps->wChannels = static_cast<WORD>(device + 1);
         return MMSYSERR_NOERROR;
     }
-    if (message == side.Open) {
-        return Open(side, device, reinterpret_cast<Client**>(user), *reinterpret_cast<WAVEOPENDESC*>(first),
-                    static_cast<DWORD>(second));
+    case WODM_RESET:
+        while (!client->Queue.empty()) {
+            Complete(*client);
+        }
+        return MMSYSERR_NOERROR;
+    case CompleteOldest:
+        Complete(*client);
+        return MMSYSERR_NOERROR;
+    case RefuseClose:
+        client->RefusesClose = first != 0;
+        return MMSYSERR_NOERROR;
+    default:
+        return MMSYSERR_NOTSUPPORTED;
     }
-    if (user == 0) {
-        return MMSYSERR_INVALPARAM;
-    }
-    auto* const client = reinterpret_cast<Client*>(user);
-    return message == side.Close ? Close(side, client) : ToClient(side, client, message, first);
 }
 
 }  // namespace
@@ -135,7 +106,7 @@ extern "C" {
 BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID reserved) {
     givenHandle = module;
     Report(ModuleSource, reserved ? 1 : 0, reason);
-    return reason != DLL_PROCESS_ATTACH || !std::getenv(RefuseVariable);
+    return TRUE;
 }
 
 DWORD* WINAPI SharedWord() {
@@ -153,11 +124,19 @@ LRESULT CALLBACK DriverProc(DWORD_PTR id, HDRVR driver, UINT message, LPARAM, LP
 }
 
 DWORD WINAPI wodMessage(UINT device, UINT message, DWORD_PTR user, DWORD_PTR first, DWORD_PTR second) {
-    return OnWaveMessage(outSide, device, message, user, first, second);
+    Report(OutSource, device, message);
+    if (message == WODM_GETNUMDEVS) {
+        return 2;
+    }
+    if (message == WODM_OPEN) {
+        return Open(device, reinterpret_cast<Client**>(user), *reinterpret_cast<WAVEOPENDESC*>(first),
+                    static_cast<DWORD>(second));
+    }
+    return user == 0 ? MMSYSERR_INVALPARAM : ToClient(reinterpret_cast<Client*>(user), message, first);
 }
 
-DWORD WINAPI widMessage(UINT device, UINT message, DWORD_PTR user, DWORD_PTR first, DWORD_PTR second) {
-    return OnWaveMessage(inSide, device, message, user, first, second);
+DWORD WINAPI widMessage(UINT, UINT message, DWORD_PTR, DWORD_PTR, DWORD_PTR) {
+    return message == WIDM_GETNUMDEVS ? 2 : MMSYSERR_NOTSUPPORTED;
 }
 
 }  // extern "C"

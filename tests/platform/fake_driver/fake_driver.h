@@ -1,9 +1,10 @@
 // What the tests know of the fake driver.
 //
-// Two output and two input devices. Device 0 takes mono only, device 1 any format; each takes one
-// client at a time. Headers stay queued until the test has them completed. Every call that the
-// driver gets is an event of the machine's log: the source says which entry, the category the device
-// number (DllMain: whether the process ends), the event number the message (DllMain: the reason).
+// Two output devices, and two input devices that can only be counted. Output 0 takes mono only, output 1
+// any format; each takes one client at a time. Headers stay queued until the test has them completed.
+// Every call that the driver gets, but those to its inputs, is an event of the machine's log: the source says
+// which entry, the category the device number (DllMain: whether the process ends), the event number the
+// message (DllMain: the reason).
 #pragma once
 
 #include <windows.h>
@@ -14,15 +15,13 @@ inline constexpr WCHAR FileName[] = u"fake_driver.dll";
 
 inline constexpr WCHAR DriverSource[] = u"DriverProc";
 inline constexpr WCHAR OutSource[] = u"wodMessage";
-inline constexpr WCHAR InSource[] = u"widMessage";
 inline constexpr WCHAR ModuleSource[] = u"DllMain";
 
 // Private messages to an open device.
 inline constexpr UINT CompleteOldest = 0x4000;  // gives the oldest queued header back
 inline constexpr UINT RefuseClose = 0x4001;     // from now on the close answers WAVERR_STILLPLAYING
 
-// Exported by the module. While the environment variable of this name is set, DllMain answers FALSE.
-inline constexpr char RefuseVariable[] = "FAKE_DRIVER_REFUSES";
+// Exported by the module.
 using SharedWordRoutine = DWORD*(WINAPI*)();       // "SharedWord": a word of the shared section
 using ModuleHandleRoutine = HINSTANCE(WINAPI*)();  // "GivenHandle": what DllMain was called with
 
