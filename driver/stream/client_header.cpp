@@ -2,14 +2,13 @@
 
 #include "stream/buffer_transport.h"
 #include "stream/driver_mutex.h"
+#include "stream/shadow_buffer.h"
 
 namespace kestvox {
 
 namespace {
 
 constexpr ULONG_PTR CardAlignment = 4;
-
-}  // namespace
 
 MMRESULT CheckClientHeader(StreamInstance* stream, const WAVEHDR* header, DWORD size) {
     if (header == nullptr || size != sizeof(WAVEHDR)) {
@@ -30,10 +29,7 @@ void MarkAccepted(StreamInstance* stream, WAVEHDR* header) {
     header->dwFlags = (header->dwFlags & ~static_cast<DWORD>(WHDR_DONE)) | WHDR_INQUEUE;
 }
 
-bool IsCardAligned(const WAVEHDR* header) {
-    return reinterpret_cast<ULONG_PTR>(header->lpData) % CardAlignment == 0;
-}
-
+// FALSE when there is no memory for its place, or the stream is closing.
 BOOL QueueClientHeader(StreamInstance* stream, WAVEHDR* header) {
     DriverLock lock;
     if (stream->Closing != 0) {
@@ -48,6 +44,33 @@ BOOL QueueClientHeader(StreamInstance* stream, WAVEHDR* header) {
     }
     AppendPendingHeader(stream, header, behind);
     return TRUE;
+}
+
+}  // namespace
+
+bool IsCardAligned(const WAVEHDR* header) {
+    return reinterpret_cast<ULONG_PTR>(header->lpData) % CardAlignment == 0;
+}
+
+MMRESULT AcceptClientHeader(StreamInstance* stream, WAVEHDR* header, DWORD size, PrepareHeader prepare) {
+    if (stream->Closing != 0) {
+        return MMSYSERR_INVALHANDLE;
+    }
+    stream->JustReset = 0;
+    MMRESULT result = CheckClientHeader(stream, header, size);
+    if (result != MMSYSERR_NOERROR) {
+        return result;
+    }
+    MarkAccepted(stream, header);
+    result = prepare(stream, header);
+    if (result != MMSYSERR_NOERROR) {
+        return result;
+    }
+    if (!QueueClientHeader(stream, header)) {
+        ReleaseShadowBuffer(stream, header);
+        return MMSYSERR_NOMEM;
+    }
+    return MMSYSERR_NOERROR;
 }
 
 }  // namespace kestvox

@@ -5,18 +5,19 @@
 
 namespace kestvox {
 
-// MMSYSERR_INVALPARAM: null, another size than WAVEHDR's, no data. WAVERR_UNPREPARED.
-// WAVERR_STILLPLAYING: the stream has it already.
-MMRESULT CheckClientHeader(StreamInstance* stream, const WAVEHDR* header, DWORD size);
+// What a direction does to a header that has been checked and marked: gives it a buffer that the card can
+// use, where its own memory will not do. Its failure is the message's result.
+using PrepareHeader = MMRESULT (*)(StreamInstance* stream, WAVEHDR* header);
 
-// Makes the header the stream's: owner, flags.
-void MarkAccepted(StreamInstance* stream, WAVEHDR* header);
+// Checks and marks the header, has it prepared, and enters it into the ledger and the queue.
+//   MMSYSERR_INVALPARAM   null, another size than WAVEHDR's, no data
+//   WAVERR_UNPREPARED
+//   WAVERR_STILLPLAYING   the stream has it already
+//   MMSYSERR_NOMEM        marked but not queued
+//   MMSYSERR_INVALHANDLE  the stream is closing
+MMRESULT AcceptClientHeader(StreamInstance* stream, WAVEHDR* header, DWORD size, PrepareHeader prepare);
 
 // Whether the card can use the header's own memory.
 bool IsCardAligned(const WAVEHDR* header);
-
-// Enters the header into the ledger and the queue. FALSE when there is no memory for its place,
-// or the stream is closing.
-BOOL QueueClientHeader(StreamInstance* stream, WAVEHDR* header);
 
 }  // namespace kestvox

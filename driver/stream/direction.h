@@ -43,7 +43,8 @@ struct Direction {
     // Stops the port and returns every header; the kernel gives back those in flight.
     MMRESULT (*Reset)(StreamInstance* stream);
     void (*Suspend)(StreamInstance* stream);
-    void (*Resume)(StreamInstance* stream);
+    // Starts the port, as the client's message does.
+    MMRESULT (*Start)(StreamInstance* stream);
     // The next header to hand to the card, taken off the queue; null when there is none. DriverMutex held.
     WAVEHDR* (*TakePendingHeader)(StreamInstance* stream);
     // A buffer is done, and its header is known to be the stream's own. DriverMutex held.

@@ -1,6 +1,7 @@
 #include "stream/stream_list.h"
 
 #include "card/card_table.h"
+#include "stream/buffer_transport.h"
 #include "stream/stream_open.h"
 
 namespace kestvox {
@@ -55,6 +56,18 @@ StreamLoan LendNext(const StreamInstance* previous) {
     ListGuard guard;
     return Lend(FindFrom(previous != nullptr ? previous->Next : Head,
                          [](const StreamInstance& stream) { return stream.Lendable; }));
+}
+
+// Takes the channel back, prepares the port whatever its clock says, and starts it when it ran before the
+// suspend or its client has asked for it since.
+void ResumeStream(StreamInstance* stream) {
+    const Direction& direction = *stream->Direction;
+    TakeChannelBack(stream);
+    direction.Prepare(stream, true);
+    if (stream->PortFlag(direction.PortResumePending).exchange(0) != 0) {
+        direction.Start(stream);
+    }
+    HandOver(stream, TransferRule::WhileRunning);
 }
 
 template <typename Action>
@@ -136,7 +149,7 @@ void SuspendStreams() {
 }
 
 void ResumeStreams() {
-    ForEachStream([](StreamInstance* stream) { stream->Direction->Resume(stream); });
+    ForEachStream(ResumeStream);
 }
 
 }  // namespace kestvox

@@ -24,7 +24,7 @@ void WithdrawDevice(StreamInstance* stream);
 // clients. A stream that its client is closing already is left to it.
 void CloseStreams(DWORD processId, DWORD ordinal);
 
-// Calls the suspend or resume routine of every stream's direction, in list order.
+// Suspends every stream as its direction does it, or resumes it, in list order.
 void SuspendStreams();
 void ResumeStreams();
 

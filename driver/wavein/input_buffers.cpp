@@ -40,7 +40,8 @@ MMRESULT ShadowSize(const StreamInstance* stream, const WAVEHDR* header, DWORD* 
     return MMSYSERR_NOERROR;
 }
 
-MMRESULT AcquireCaptureBuffer(StreamInstance* stream, WAVEHDR* header) {
+MMRESULT PrepareAddedHeader(StreamInstance* stream, WAVEHDR* header) {
+    header->dwBytesRecorded = 0;
     DWORD size = 0;
     const MMRESULT result = ShadowSize(stream, header, &size);
     if (result == MMSYSERR_NOERROR && size != 0 && AcquireShadowBuffer(stream, header, size) == nullptr) {
@@ -120,23 +121,9 @@ DWORD UndeliveredBytes(const StreamInstance* stream, DWORD frames) {
 }
 
 MMRESULT AddInputBuffer(StreamInstance* stream, WAVEHDR* header, DWORD size) {
-    if (stream->Closing != 0) {
-        return MMSYSERR_INVALHANDLE;
-    }
-    stream->JustReset = 0;
-    MMRESULT result = CheckClientHeader(stream, header, size);
+    const MMRESULT result = AcceptClientHeader(stream, header, size, PrepareAddedHeader);
     if (result != MMSYSERR_NOERROR) {
         return result;
-    }
-    MarkAccepted(stream, header);
-    header->dwBytesRecorded = 0;
-    result = AcquireCaptureBuffer(stream, header);
-    if (result != MMSYSERR_NOERROR) {
-        return result;
-    }
-    if (!QueueClientHeader(stream, header)) {
-        ReleaseShadowBuffer(stream, header);
-        return MMSYSERR_NOMEM;
     }
     HandOver(stream, TransferRule::WhileRunning, HandOverLimit::One);
     return MMSYSERR_NOERROR;

@@ -132,13 +132,4 @@ void SuspendInput(StreamInstance* stream) {
     stream->ClockMaster->RunningInputs = 0;
 }
 
-void ResumeInput(StreamInstance* stream) {
-    TakeChannelBack(stream);
-    PrepareInput(stream, true);
-    if (ResumePending(stream).exchange(0) != 0) {
-        StartInput(stream);
-    }
-    HandOver(stream, TransferRule::WhileRunning);
-}
-
 }  // namespace kestvox

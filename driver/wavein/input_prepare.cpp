@@ -91,7 +91,7 @@ const Direction InputDirection = {
     .CleanUp = CleanUpInput,
     .Reset = ResetInput,
     .Suspend = SuspendInput,
-    .Resume = ResumeInput,
+    .Start = StartInput,
     .TakePendingHeader = TakePendingHeader,
     .OnBufferDone = CaptureBufferDone,
 };

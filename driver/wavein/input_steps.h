@@ -8,7 +8,6 @@ namespace kestvox {
 MMRESULT PrepareInput(StreamInstance* stream, bool ignoreClockError);
 void CleanUpInput(StreamInstance* stream);
 void SuspendInput(StreamInstance* stream);
-void ResumeInput(StreamInstance* stream);
 
 // Bytes of the client's layout recorded up to `frames` and not given back. None when more was given back:
 // a stop counts whole transfer units, a full buffer every byte. DriverMutex held.

@@ -125,13 +125,4 @@ void SuspendOutput(StreamInstance* stream) {
     stream->ClockMaster->RunningOutputs = 0;
 }
 
-void ResumeOutput(StreamInstance* stream) {
-    TakeChannelBack(stream);
-    PrepareOutput(stream, true);
-    if (ResumePending(stream).exchange(0) != 0) {
-        RestartOutput(stream);
-    }
-    HandOver(stream, TransferRule::WhileRunning);
-}
-
 }  // namespace kestvox

@@ -57,7 +57,7 @@ const Direction OutputDirection = {
     .CleanUp = CleanUpOutput,
     .Reset = ResetOutput,
     .Suspend = SuspendOutput,
-    .Resume = ResumeOutput,
+    .Start = RestartOutput,
     .TakePendingHeader = TakePendingOutput,
     .OnBufferDone = OutputBufferDone,
 };

@@ -12,7 +12,6 @@ void InitializeOutputFields(StreamInstance* stream);
 MMRESULT PrepareOutput(StreamInstance* stream, bool ignoreClockError);
 void CleanUpOutput(StreamInstance* stream);
 void SuspendOutput(StreamInstance* stream);
-void ResumeOutput(StreamInstance* stream);
 
 // The output form of taking a header: walks loops. DriverMutex held.
 WAVEHDR* TakePendingOutput(StreamInstance* stream);

@@ -62,26 +62,17 @@ MMRESULT FillCardBuffer(StreamInstance* stream, WAVEHDR* header) {
     return MMSYSERR_NOERROR;
 }
 
+MMRESULT PrepareWrittenHeader(StreamInstance* stream, WAVEHDR* header) {
+    StampLoop(stream, header);
+    return FillCardBuffer(stream, header);
+}
+
 }  // namespace
 
 MMRESULT WriteOutput(StreamInstance* stream, WAVEHDR* header, DWORD size) {
-    if (stream->Closing != 0) {
-        return MMSYSERR_INVALHANDLE;
-    }
-    stream->JustReset = 0;
-    MMRESULT result = CheckClientHeader(stream, header, size);
+    const MMRESULT result = AcceptClientHeader(stream, header, size, PrepareWrittenHeader);
     if (result != MMSYSERR_NOERROR) {
         return result;
-    }
-    MarkAccepted(stream, header);
-    StampLoop(stream, header);
-    result = FillCardBuffer(stream, header);
-    if (result != MMSYSERR_NOERROR) {
-        return result;
-    }
-    if (!QueueClientHeader(stream, header)) {
-        ReleaseShadowBuffer(stream, header);
-        return MMSYSERR_NOMEM;
     }
     HandOver(stream, TransferRule::WhileRunning);
     if (stream->PortFlag(&CardRecord::OutputPaused) == 0) {
