@@ -5,19 +5,23 @@
 function(compile_resources script)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" DEPENDS)
   get_filename_component(name ${script} NAME_WE)
+  get_filename_component(folder ${CMAKE_CURRENT_SOURCE_DIR}/${script} DIRECTORY)
   set(input ${CMAKE_CURRENT_SOURCE_DIR}/${script})
   list(TRANSFORM arg_DEPENDS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
   set(text ${CMAKE_CURRENT_BINARY_DIR}/${name}.rc)
   set(res ${CMAKE_CURRENT_BINARY_DIR}/${name}.res)
 
+  # The compiler takes a name that begins with a slash for an option when one of its options begins
+  # like it (/code is the option /c with the value ode): it is given names in its own folder.
   find_program(LLVM_RC NAMES llvm-rc llvm-rc-14 REQUIRED)
   add_custom_command(
     OUTPUT ${res}
     BYPRODUCTS ${text}
     COMMAND ${CMAKE_CXX_COMPILER} -E -P -undef -x c -DRC_INVOKED
             -I${CMAKE_CURRENT_SOURCE_DIR} ${input} -o ${text}
-    COMMAND ${LLVM_RC} /no-preprocess /FO ${res} ${text}
+    COMMAND ${LLVM_RC} -no-preprocess -I ${folder} -FO ${name}.res ${name}.rc
     DEPENDS ${input} ${arg_DEPENDS}
+    WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}
     COMMENT "Compiling resources ${script}"
     VERBATIM)
   set(RESOURCE_FILE ${res} PARENT_SCOPE)
