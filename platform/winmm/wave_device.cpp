@@ -10,8 +10,8 @@
 #include <mutex>
 #include <vector>
 
-#include "platform/inspect.h"
-#include "platform/kernel/handles.h"
+#include "platform/winmm/host.h"
+#include "platform/winmm/installable_driver.h"
 
 namespace platform {
 
@@ -81,7 +81,7 @@ public:
     }
 
 private:
-    std::mutex lock_;
+    host::Monitor lock_;
     std::map<WaveHandle, std::shared_ptr<Device>> devices_;
     WaveHandle nextHandle_ = 0x140000;  // above every device number
 };
@@ -94,11 +94,6 @@ DeviceTable& TheDevices() {
 UINT CountDevices(const WaveDriverUse& driver, WaveDirection direction) {
     const UINT message = MessagesOf(direction).DeviceCount;
     return driver.Serves(direction) ? driver.Send(direction, 0, message, 0, 0, 0) : 0;
-}
-
-bool IsEvent(DWORD_PTR handle) {
-    const std::shared_ptr<KernelObject> object = FindObject(reinterpret_cast<HANDLE>(handle));
-    return object && object->Kind() == HandleKind::Event;
 }
 
 MMRESULT CheckOpenFlags(const WaveOpenRequest& request) {
@@ -119,7 +114,7 @@ MMRESULT CheckOpenFlags(const WaveOpenRequest& request) {
         valid = request.Callback != 0;
         break;
     case CALLBACK_EVENT:
-        valid = IsEvent(request.Callback);
+        valid = host::IsEvent(reinterpret_cast<HANDLE>(request.Callback));
         break;
     default:
         return MMSYSERR_INVALFLAG;
@@ -344,6 +339,7 @@ MMRESULT SendWaveOrId(WaveDirection direction, WaveHandle device, UINT message, 
 }
 
 void UnloadWaveDriver() {
+    CloseInstallableDrivers();
     for (const std::shared_ptr<Device>& device : TheDevices().All()) {
         SendWave(device->Direction, device->Handle, MessagesOf(device->Direction).Reset);
         CloseWave(device->Direction, device->Handle);

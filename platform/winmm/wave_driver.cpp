@@ -1,12 +1,8 @@
 #include "platform/winmm/wave_driver.h"
 
-#include <condition_variable>
-#include <cstdlib>
 #include <mutex>
-#include <string>
-#include <thread>
 
-#include "platform/text/unicode.h"
+#include "platform/winmm/host.h"
 
 namespace platform {
 
@@ -20,19 +16,18 @@ struct Library {
     WaveEntry Entries[2] = {};  // by WaveDirection; null when the driver does not have that one
     LRESULT Id = 0;             // what the driver made of DRV_OPEN
 
-    LRESULT Send(DWORD_PTR id, UINT message) const {
+    LRESULT Send(DWORD_PTR id, UINT message, LPARAM first = 0, LPARAM second = 0) const {
         // Drivers want a handle of themselves; this one means nothing but that it is not null.
-        return Procedure(id, reinterpret_cast<HDRVR>(Module), message, 0, 0);
+        return Procedure(id, reinterpret_cast<HDRVR>(Module), message, first, second);
     }
 };
 
 enum class State { NotLoaded, Loading, Loaded, Failed, Unloading };
 
 struct Driver {
-    std::mutex Lock;  // guards the rest; never held while the driver runs
-    std::condition_variable Changed;
+    host::Monitor Lock;  // guards the rest; never held while the driver runs
     State Now = State::NotLoaded;
-    std::thread::id LoadingThread;
+    DWORD LoadingThread = 0;
     int Uses = 0;
     Library Code;  // constant while Loaded
 };
@@ -40,11 +35,6 @@ struct Driver {
 Driver& TheDriver() {
     static auto* const driver = new Driver;
     return *driver;
-}
-
-std::u16string DriverPath() {
-    const char* const path = std::getenv("KESTVOX_DRIVER");
-    return path && *path ? ToUtf16(path) : u"kestvox.dll";
 }
 
 // False when the driver refuses; then it has had the messages that undo those it accepted.
@@ -75,7 +65,7 @@ Function Import(HMODULE module, LPCSTR name) {
 }
 
 bool Load(Library* library) {
-    library->Module = LoadLibraryW(DriverPath().c_str());
+    library->Module = host::LoadDriverLibrary();
     if (!library->Module) {
         return false;
     }
@@ -85,21 +75,21 @@ bool Load(Library* library) {
     if (library->Procedure && Start(library)) {
         return true;
     }
-    FreeLibrary(library->Module);
+    host::FreeDriverLibrary(library->Module);
     return false;
 }
 
 // REQUIRES: `hold` has the driver's lock, which is given up while the driver loads.
-void LoadOnce(Driver& driver, std::unique_lock<std::mutex>& hold) {
+void LoadOnce(Driver& driver, std::unique_lock<host::Monitor>& hold) {
     driver.Now = State::Loading;
-    driver.LoadingThread = std::this_thread::get_id();
+    driver.LoadingThread = GetCurrentThreadId();
     hold.unlock();
     Library library;
     const bool loaded = Load(&library);
     hold.lock();
     driver.Code = library;
     driver.Now = loaded ? State::Loaded : State::Failed;
-    driver.Changed.notify_all();
+    driver.Lock.NotifyAll();
 }
 
 }  // namespace
@@ -108,8 +98,8 @@ WaveDriverUse::WaveDriverUse() {
     Driver& driver = TheDriver();
     std::unique_lock hold(driver.Lock);
     // A driver that calls the wave functions while it loads finds itself not loaded.
-    while (driver.Now == State::Loading && driver.LoadingThread != std::this_thread::get_id()) {
-        driver.Changed.wait(hold);
+    while (driver.Now == State::Loading && driver.LoadingThread != GetCurrentThreadId()) {
+        driver.Lock.Wait();
     }
     if (driver.Now == State::NotLoaded) {
         LoadOnce(driver, hold);
@@ -127,7 +117,15 @@ WaveDriverUse::~WaveDriverUse() {
     Driver& driver = TheDriver();
     const std::lock_guard hold(driver.Lock);
     --driver.Uses;
-    driver.Changed.notify_all();
+    driver.Lock.NotifyAll();
+}
+
+LRESULT WaveDriverUse::SendToDriver(DWORD_PTR id, UINT message, LPARAM first, LPARAM second) const {
+    return loaded_ ? TheDriver().Code.Send(id, message, first, second) : 0;
+}
+
+HMODULE WaveDriverUse::Module() const {
+    return loaded_ ? TheDriver().Code.Module : nullptr;
 }
 
 bool WaveDriverUse::Serves(WaveDirection direction) const {
@@ -153,11 +151,11 @@ void ReleaseWaveDriver() {
     }
     driver.Now = State::Unloading;
     while (driver.Uses > 0) {
-        driver.Changed.wait(hold);
+        driver.Lock.Wait();
     }
     hold.unlock();
     Stop(driver.Code);
-    FreeLibrary(driver.Code.Module);
+    host::FreeDriverLibrary(driver.Code.Module);
     hold.lock();
     driver.Now = State::NotLoaded;
 }

@@ -1,0 +1,68 @@
+#include <condition_variable>
+#include <cstdlib>
+#include <mutex>
+#include <string>
+
+#include "platform/kernel/handles.h"
+#include "platform/text/unicode.h"
+#include "platform/winmm/host.h"
+
+namespace platform::host {
+
+struct Monitor::State {
+    std::mutex Lock;
+    std::condition_variable Changed;
+};
+
+Monitor::Monitor() : state_(std::make_unique<State>()) {}
+Monitor::~Monitor() = default;
+
+void Monitor::lock() {
+    state_->Lock.lock();
+}
+
+void Monitor::unlock() {
+    state_->Lock.unlock();
+}
+
+void Monitor::Wait() {
+    std::unique_lock hold(state_->Lock, std::adopt_lock);
+    state_->Changed.wait(hold);
+    hold.release();
+}
+
+void Monitor::NotifyAll() {
+    state_->Changed.notify_all();
+}
+
+HMODULE LoadDriverLibrary() {
+    const char* const path = std::getenv("KESTVOX_DRIVER");
+    return LoadLibraryW(path && *path ? ToUtf16(path).c_str() : u"kestvox.dll");
+}
+
+void FreeDriverLibrary(HMODULE library) {
+    FreeLibrary(library);
+}
+
+bool IsEvent(HANDLE handle) {
+    const std::shared_ptr<KernelObject> object = FindObject(handle);
+    return object && object->Kind() == HandleKind::Event;
+}
+
+HDRVR OpenOtherDriver(LPCWSTR, LPCWSTR, LPARAM) {
+    return nullptr;
+}
+
+LRESULT SendToOtherDriver(HDRVR, UINT, LPARAM, LPARAM) {
+    return 0;
+}
+
+LRESULT CloseOtherDriver(HDRVR, LPARAM, LPARAM) {
+    return 0;
+}
+
+HMODULE ModuleOfOtherDriver(HDRVR) {
+    return nullptr;
+}
+
+}  // namespace platform::host
