@@ -14,10 +14,6 @@ bool MachineOutlivesProcess();
 // Closes every wave device of the process and unloads the driver; the next wave call loads it again.
 void UnloadWaveDriver();
 
-// Tells the driver of this process that the computer goes to sleep or has woken up, as the system does.
-enum class PowerEvent { Suspend, Resume };
-void SendPowerEvent(PowerEvent event);
-
 bool StandardErrorIsTerminal();
 
 }  // namespace kestvox

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <csignal>
 
-#include "tools/host.h"
+#include "tools/driver_handle.h"
 
 namespace kestvox {
 namespace {
@@ -108,7 +108,8 @@ bool Performance::SleepIsDue() const {
 void Performance::SleepAndWake() {
     slept_ = true;
     simulator::Simulator& cards = scene_.Cards();
-    SendPowerEvent(PowerEvent::Suspend);
+    DriverHandle driver;
+    driver.Send(DRV_POWER, PWR_SUSPENDREQUEST);
     for (size_t i = 0; i < streams_.size(); ++i) {
         beforeSleep_[i] = streams_[i]->Status(cards);
     }
@@ -116,7 +117,7 @@ void Performance::SleepAndWake() {
         cards.PowerCycle(card);
     }
     Pause(SleepMilliseconds);
-    SendPowerEvent(PowerEvent::Resume);
+    driver.Send(DRV_POWER, PWR_SUSPENDRESUME);
 }
 
 void Performance::Pause(DWORD milliseconds) {

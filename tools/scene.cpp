@@ -71,6 +71,12 @@ simulator::Fault RequireFault(const std::string& text) {
 
 }  // namespace
 
+void EnterMachine(const std::string& name) {
+    if (!name.empty() && !JoinMachine(name)) {
+        throw CommandError("machine '" + name + "': a name has letters, digits, '-' and '_', at most 64");
+    }
+}
+
 // All that can be wrong is found before anything is stored.
 Scene::Scene(const SceneOptions& options) {
     std::vector<SettingChange> changes;
@@ -85,10 +91,7 @@ Scene::Scene(const SceneOptions& options) {
         faults.push_back(RequireFault(text));
     }
 
-    if (!options.Machine.empty() && !JoinMachine(options.Machine)) {
-        throw CommandError("machine '" + options.Machine +
-                           "': a name has letters, digits, '-' and '_', at most 64");
-    }
+    EnterMachine(options.Machine);
     simulator_ = std::make_unique<simulator::Simulator>(
         simulator::Simulator::Options{.Cards = options.Cards, .Time = options.Time});
     RequireWhatWasAskedFor(options);

@@ -20,6 +20,9 @@ struct SceneOptions {
     std::vector<std::string> Faults;
 };
 
+// Joins the machine of that name, or stays where it is when the name is empty. CommandError for a bad name.
+void EnterMachine(const std::string& name);
+
 class Scene {
 public:
     // Puts up the cards and stores the settings, all before the driver is loaded by the first wave

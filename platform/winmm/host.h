@@ -4,30 +4,7 @@
 #include <windows.h>
 #include <mmsystem.h>
 
-#include <memory>
-
 namespace platform::host {
-
-// A lock, and a wait for a change of what it guards. BasicLockable; not recursive.
-class Monitor {
-public:
-    Monitor();
-    ~Monitor();
-    Monitor(const Monitor&) = delete;
-    Monitor& operator=(const Monitor&) = delete;
-
-    void lock();
-    void unlock();
-
-    // REQUIRES: the lock, which is given up until NotifyAll. May return early.
-    void Wait();
-    // REQUIRES: the lock.
-    void NotifyAll();
-
-private:
-    struct State;
-    std::unique_ptr<State> state_;
-};
 
 // The library of the wave driver, with the cards that it drives. Null when it does not load.
 HMODULE LoadDriverLibrary();

@@ -1,6 +1,4 @@
-#include <condition_variable>
 #include <cstdlib>
-#include <mutex>
 #include <string>
 
 #include "platform/kernel/handles.h"
@@ -8,32 +6,6 @@
 #include "platform/winmm/host.h"
 
 namespace platform::host {
-
-struct Monitor::State {
-    std::mutex Lock;
-    std::condition_variable Changed;
-};
-
-Monitor::Monitor() : state_(std::make_unique<State>()) {}
-Monitor::~Monitor() = default;
-
-void Monitor::lock() {
-    state_->Lock.lock();
-}
-
-void Monitor::unlock() {
-    state_->Lock.unlock();
-}
-
-void Monitor::Wait() {
-    std::unique_lock hold(state_->Lock, std::adopt_lock);
-    state_->Changed.wait(hold);
-    hold.release();
-}
-
-void Monitor::NotifyAll() {
-    state_->Changed.notify_all();
-}
 
 HMODULE LoadDriverLibrary() {
     const char* const path = std::getenv("KESTVOX_DRIVER");

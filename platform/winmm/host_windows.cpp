@@ -32,42 +32,12 @@ auto CallSystem(Function*, const char* name, Arguments... arguments) {
 
 }  // namespace
 
-// The system this must run on has no condition variables. Whoever waits here, for a driver that another
-// thread loads or unloads, waits seldom and not long: it looks again every millisecond.
-struct Monitor::State {
-    CRITICAL_SECTION Lock;
-};
-
-Monitor::Monitor() : state_(std::make_unique<State>()) {
-    InitializeCriticalSection(&state_->Lock);
-}
-
-Monitor::~Monitor() {
-    DeleteCriticalSection(&state_->Lock);
-}
-
-void Monitor::lock() {
-    EnterCriticalSection(&state_->Lock);
-}
-
-void Monitor::unlock() {
-    LeaveCriticalSection(&state_->Lock);
-}
-
-void Monitor::Wait() {
-    unlock();
-    Sleep(1);
-    lock();
-}
-
-void Monitor::NotifyAll() {}
-
 HMODULE LoadDriverLibrary() {
     return PutUpCards() ? simulator::LoadAttached(DriverPath().c_str()) : nullptr;
 }
 
 void FreeDriverLibrary(HMODULE library) {
-    simulator::FreeAttached(library);
+    FreeLibrary(library);
     TakeAwayCards();
 }
 

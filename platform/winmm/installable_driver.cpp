@@ -67,7 +67,7 @@ private:
         return std::ranges::find(instances_, handle, [](const auto& instance) { return instance->Handle(); });
     }
 
-    host::Monitor lock_;
+    std::mutex lock_;
     Instances instances_;
 };
 

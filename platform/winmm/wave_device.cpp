@@ -81,7 +81,7 @@ public:
     }
 
 private:
-    host::Monitor lock_;
+    std::mutex lock_;
     std::map<WaveHandle, std::shared_ptr<Device>> devices_;
     WaveHandle nextHandle_ = 0x140000;  // above every device number
 };

@@ -1,5 +1,6 @@
 #include "platform/winmm/wave_driver.h"
 
+#include <condition_variable>
 #include <mutex>
 
 #include "platform/winmm/host.h"
@@ -25,7 +26,8 @@ struct Library {
 enum class State { NotLoaded, Loading, Loaded, Failed, Unloading };
 
 struct Driver {
-    host::Monitor Lock;  // guards the rest; never held while the driver runs
+    std::mutex Lock;  // guards the rest; never held while the driver runs
+    std::condition_variable Changed;
     State Now = State::NotLoaded;
     DWORD LoadingThread = 0;
     int Uses = 0;
@@ -80,7 +82,7 @@ bool Load(Library* library) {
 }
 
 // REQUIRES: `hold` has the driver's lock, which is given up while the driver loads.
-void LoadOnce(Driver& driver, std::unique_lock<host::Monitor>& hold) {
+void LoadOnce(Driver& driver, std::unique_lock<std::mutex>& hold) {
     driver.Now = State::Loading;
     driver.LoadingThread = GetCurrentThreadId();
     hold.unlock();
@@ -89,7 +91,7 @@ void LoadOnce(Driver& driver, std::unique_lock<host::Monitor>& hold) {
     hold.lock();
     driver.Code = library;
     driver.Now = loaded ? State::Loaded : State::Failed;
-    driver.Lock.NotifyAll();
+    driver.Changed.notify_all();
 }
 
 }  // namespace
@@ -99,7 +101,7 @@ WaveDriverUse::WaveDriverUse() {
     std::unique_lock hold(driver.Lock);
     // A driver that calls the wave functions while it loads finds itself not loaded.
     while (driver.Now == State::Loading && driver.LoadingThread != GetCurrentThreadId()) {
-        driver.Lock.Wait();
+        driver.Changed.wait(hold);
     }
     if (driver.Now == State::NotLoaded) {
         LoadOnce(driver, hold);
@@ -117,7 +119,7 @@ WaveDriverUse::~WaveDriverUse() {
     Driver& driver = TheDriver();
     const std::lock_guard hold(driver.Lock);
     --driver.Uses;
-    driver.Lock.NotifyAll();
+    driver.Changed.notify_all();
 }
 
 LRESULT WaveDriverUse::SendToDriver(DWORD_PTR id, UINT message, LPARAM first, LPARAM second) const {
@@ -151,7 +153,7 @@ void ReleaseWaveDriver() {
     }
     driver.Now = State::Unloading;
     while (driver.Uses > 0) {
-        driver.Lock.Wait();
+        driver.Changed.wait(hold);
     }
     hold.unlock();
     Stop(driver.Code);

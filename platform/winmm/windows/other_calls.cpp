@@ -28,25 +28,25 @@ __attribute__((used)) FARPROC FindSystemCall(SystemCall* call) {
 }
 
 // Goes on to the system's function of that name, or answers 0 when it has none.
-#define FORWARDED(name, argumentBytes)                                                                    \
-    static SystemCall systemCall_##name = {#name, nullptr};                                               \
-    __attribute__((naked)) __declspec(dllexport) void forward_##name() asm("_" #name "@" #argumentBytes); \
-    void forward_##name() {                                                                               \
-        asm("pushl %0\n\t"                                                                                \
-            "call _FindSystemCall\n\t"                                                                    \
-            "popl %%ecx\n\t"                                                                              \
-            "testl %%eax, %%eax\n\t"                                                                      \
-            "je 1f\n\t"                                                                                   \
-            "jmp *%%eax\n"                                                                                \
-            "1:\tret %1" ::"i"(&systemCall_##name),                                                       \
-            "i"(argumentBytes));                                                                          \
+#define FORWARDED(name, argumentBytes)                                              \
+    static SystemCall systemCall_##name = {#name, nullptr};                         \
+    __attribute__((naked)) void forward_##name() asm("_" #name "@" #argumentBytes); \
+    void forward_##name() {                                                         \
+        asm("pushl %0\n\t"                                                          \
+            "call _FindSystemCall\n\t"                                              \
+            "popl %%ecx\n\t"                                                        \
+            "testl %%eax, %%eax\n\t"                                                \
+            "je 1f\n\t"                                                             \
+            "jmp *%%eax\n"                                                          \
+            "1:\tret %1" ::"i"(&systemCall_##name),                                 \
+            "i"(argumentBytes));                                                    \
     }
 
 // Answers `result` to everything.
-#define REFUSED(name, argumentBytes, result)                                                             \
-    __attribute__((naked)) __declspec(dllexport) void refuse_##name() asm("_" #name "@" #argumentBytes); \
-    void refuse_##name() {                                                                               \
-        asm("movl %0, %%eax\n\tret %1" ::"i"(result), "i"(argumentBytes));                               \
+#define REFUSED(name, argumentBytes, result)                                       \
+    __attribute__((naked)) void refuse_##name() asm("_" #name "@" #argumentBytes); \
+    void refuse_##name() {                                                         \
+        asm("movl %0, %%eax\n\tret %1" ::"i"(result), "i"(argumentBytes));         \
     }
 
 // --- files ---

@@ -8,7 +8,6 @@
 #include <string>
 #include <utility>
 
-#include "platform/winmm/host.h"
 #include "platform/winmm/windows/wave_image.h"
 
 namespace platform {
@@ -175,7 +174,7 @@ private:
         playing_.reset();
     }
 
-    host::Monitor turn_;  // held while a sound is played that the caller waits for: the next waits, too
+    std::mutex turn_;  // held while a sound is played that the caller waits for: the next waits, too
     std::unique_ptr<PlayingSound> playing_;
     HANDLE thread_ = nullptr;
 };
