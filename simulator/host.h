@@ -9,8 +9,8 @@
 
 namespace simulator::host {
 
-// A lock for the threads of this process. One that ended with it held, as threads do when a process ends,
-// does not keep it. BasicLockable; not recursive.
+// A lock for the threads of this process. When the end of the process has stopped a thread that held it, the
+// last thread does not wait for it. BasicLockable; not recursive.
 class Lock {
 public:
     Lock();

@@ -31,7 +31,8 @@ void Own(HANDLE mutex) {
 // What the process has of the machine that it is on.
 struct MachineMapping {
     std::string Name;
-    HANDLE Lock = nullptr;
+    host::Lock OwnLock;
+    HANDLE SharedLock = nullptr;
     HANDLE Section = nullptr;
     void* Memory = nullptr;
 };
@@ -83,9 +84,10 @@ bool UseMachine(const std::string& name) {
     if (mapping.Memory) {
         UnmapViewOfFile(mapping.Memory);
         CloseHandle(mapping.Section);
-        CloseHandle(mapping.Lock);
+        CloseHandle(mapping.SharedLock);
+        mapping.Memory = nullptr;
     }
-    mapping = MachineMapping{.Name = name};
+    mapping.Name = name;
     return true;
 }
 
@@ -95,25 +97,28 @@ const std::string& MachineName() {
 
 namespace host {
 
+// The system itself sees to it that a process which is ending waits for no critical section.
 struct Lock::State {
-    HANDLE Mutex = CreateMutexW(nullptr, FALSE, nullptr);
+    CRITICAL_SECTION Section;
 };
-Lock::Lock() : state_(std::make_unique<State>()) {}
+Lock::Lock() : state_(std::make_unique<State>()) {
+    InitializeCriticalSection(&state_->Section);
+}
 Lock::~Lock() {
-    CloseHandle(state_->Mutex);
+    DeleteCriticalSection(&state_->Section);
 }
 void Lock::lock() {
-    Own(state_->Mutex);
+    EnterCriticalSection(&state_->Section);
 }
 void Lock::unlock() {
-    ReleaseMutex(state_->Mutex);
+    LeaveCriticalSection(&state_->Section);
 }
 
 void* MapMachine(size_t size, void (*create)(void* memory)) {
     MachineMapping& mapping = Mapping();
     if (!mapping.Memory) {
-        mapping.Lock = OpenLock();
-        Own(mapping.Lock);
+        mapping.SharedLock = OpenLock();
+        Own(mapping.SharedLock);
         bool isNew = false;
         mapping.Section = OpenSection(size, &isNew);
         mapping.Memory = MapViewOfFile(mapping.Section, FILE_MAP_WRITE, 0, 0, size);
@@ -123,16 +128,23 @@ void* MapMachine(size_t size, void (*create)(void* memory)) {
         if (isNew) {
             create(mapping.Memory);
         }
-        ReleaseMutex(mapping.Lock);
+        ReleaseMutex(mapping.SharedLock);
     }
     return mapping.Memory;
 }
 
+// The mutex is a call to the kernel; a machine of one process does without.
 void LockMachine() {
-    Own(Mapping().Lock);
+    MachineMapping& mapping = Mapping();
+    mapping.Name.empty() ? mapping.OwnLock.lock() : Own(mapping.SharedLock);
 }
 void UnlockMachine() {
-    ReleaseMutex(Mapping().Lock);
+    MachineMapping& mapping = Mapping();
+    if (mapping.Name.empty()) {
+        mapping.OwnLock.unlock();
+    } else {
+        ReleaseMutex(mapping.SharedLock);
+    }
 }
 
 bool OthersMayJoin() {

@@ -79,20 +79,25 @@ public:
     }
 
     bool WaitUntilQuiet(DWORD milliseconds) {
-        for (DWORD waited = 0; waited <= milliseconds; waited += LookInterval) {
-            ForgetEnded();
-            if (WaitForSingleObject(quiet_, LookInterval) == WAIT_OBJECT_0) {
-                return true;
+        for (DWORD waited = 0; !IsQuiet(); waited += LookInterval) {
+            if (waited >= milliseconds) {
+                return false;
             }
+            WaitForSingleObject(quiet_, LookInterval);
         }
-        return false;
+        return true;
     }
 
 private:
+    bool IsQuiet() {
+        const std::lock_guard guard(lock_);
+        Forget([](const ReceiverReference& busy) { return busy->Ended(); });
+        return busy_.empty();
+    }
+
     template <typename Condition>
     void Forget(Condition condition) {
-        std::erase_if(busy_, condition);
-        if (busy_.empty()) {
+        if (std::erase_if(busy_, condition) != 0 && busy_.empty()) {
             SetEvent(quiet_);
         }
     }
