@@ -21,7 +21,7 @@ constexpr const char* StreamFooter =
     "Device D is on card D / 2: even ones are analog, odd ones digital.\n"
     "Without --machine, KESTVOX_MACHINE names the machine, or it is gone at the end.\n"
     "SPEC is REQUEST:N[:fail|pending|short], with REQUEST as the trace names it or 'any',\n"
-    "or completion:N:late[=MICROSECONDS]|twice|lost; N counts from 1, or is 'all'.";
+    "or completion:N:late[=MICROSECONDS]|twice|again[=MICROSECONDS]|lost; N counts from 1, or is 'all'.";
 
 struct CommandLine {
     SceneOptions Scene;  // of every command
