@@ -44,8 +44,10 @@ void ClearEventLog();
 // Makes the n-th coming call (1 = the next) of the named function fail as that function fails:
 // "CreateEventW", "CreateThread", "CreateMutexW", "CreateFileW", "HeapAlloc", "GlobalAlloc",
 // "GlobalReAlloc", "GlobalLock", "RegisterEventSourceW", "RegOpenKeyExW", "RegCreateKeyW",
-// "RegSetValueExW", "QueueUserAPC", "WaitForSingleObjectEx". ClearCallFailures forgets all.
+// "RegQueryValueExW", "RegSetValueExW", "QueueUserAPC", "TlsAlloc", "WaitForSingleObjectEx".
+// ClearCallFailures forgets all.
 void FailCall(const char* function, unsigned nth);
+bool CallFailuresAreWaiting();  // for a call that has not come yet
 void ClearCallFailures();
 
 // The multimedia front loads the driver library at the first wave call of the process. This closes

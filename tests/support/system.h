@@ -27,6 +27,10 @@ Function DriverEntry(HMODULE driver, const char* name) {
 // What the process has taken and not given back, in words; equal before and after when nothing leaked.
 std::string Usage();
 
+// A page of memory that can be touched until it is given back, and not after.
+void* TakePage();
+void GiveBackPage(void* page);
+
 struct MessageBoxShown {
     std::u16string Text;
     UINT Style;
@@ -42,6 +46,7 @@ std::vector<LoggedEvent> EventLog();
 
 // The n-th coming call (1 = the next) of a system function fails.
 void FailCall(const char* function, unsigned nth);
+bool CallFailuresAreWaiting();  // for a call that has not come yet
 void ClearCallFailures();
 
 }  // namespace test_system

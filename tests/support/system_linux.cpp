@@ -1,8 +1,16 @@
+#include <sys/mman.h>
+
 #include "platform/inspect.h"
 #include "platform/machine.h"
 #include "tests/support/system.h"
 
 namespace test_system {
+
+namespace {
+
+constexpr size_t PageSize = 4096;
+
+}  // namespace
 
 void FreshMachine() {
     platform::UseMachine("");
@@ -24,6 +32,15 @@ std::string Usage() {
            " heap blocks, " + std::to_string(usage.HeldMutexes) + " mutexes held";
 }
 
+void* TakePage() {
+    void* page = mmap(nullptr, PageSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    return page != MAP_FAILED ? page : nullptr;
+}
+
+void GiveBackPage(void* page) {
+    munmap(page, PageSize);
+}
+
 std::vector<MessageBoxShown> MessageBoxes() {
     std::vector<MessageBoxShown> shown;
     for (const platform::MessageBoxRecord& box : platform::MessageBoxes()) {
@@ -42,6 +59,10 @@ std::vector<LoggedEvent> EventLog() {
 
 void FailCall(const char* function, unsigned nth) {
     platform::FailCall(function, nth);
+}
+
+bool CallFailuresAreWaiting() {
+    return platform::CallFailuresAreWaiting();
 }
 
 void ClearCallFailures() {
