@@ -109,6 +109,13 @@ void RemoveStream(StreamInstance* stream) {
     }
 }
 
+bool IsOpenHere(const CardRecord& card, const Direction& direction, DWORD port) {
+    ListGuard guard;
+    return FindFrom(Head, [&](const StreamInstance& stream) {
+               return stream.Card == &card && stream.Direction == &direction && stream.Port == port;
+           }) != nullptr;
+}
+
 StreamLoan FindStreamByCard(const CardRecord& card) {
     ListGuard guard;
     return Lend(FindFrom(

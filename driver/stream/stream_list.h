@@ -17,6 +17,9 @@ void AddStream(StreamInstance* stream);
 // A stream that is not on the list leaves it unchanged.
 void RemoveStream(StreamInstance* stream);
 
+// Whether a stream of this process has the port open.
+bool IsOpenHere(const CardRecord& card, const Direction& direction, DWORD port);
+
 // Ends the lending of the stream's device and waits until those who have it have given it back.
 void WithdrawDevice(StreamInstance* stream);
 
