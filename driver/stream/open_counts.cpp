@@ -17,14 +17,18 @@ void CountDown(SharedCount& count) {
     }
 }
 
+// Clears the port's run flags. TRUE when they said that it ran.
+bool StopPort(CardRecord& card, const Direction& direction, DWORD port) {
+    const bool running = (card.*direction.PortRunning)[port].exchange(0) != 0;
+    const bool paused =
+        direction.PortPaused != nullptr && (card.*direction.PortPaused)[port].exchange(0) != 0;
+    (card.*direction.PortResumePending)[port] = 0;
+    return running && !paused;
+}
+
 // A port whose channel is this process's for the moment, so that nobody else opens it meanwhile.
 void ForgetPort(CardRecord& card, const Direction& direction, DWORD port, CardRecord& master) {
-    bool running = (card.*direction.PortRunning)[port].exchange(0) != 0;
-    if (direction.PortPaused != nullptr && (card.*direction.PortPaused)[port].exchange(0) != 0) {
-        running = false;
-    }
-    (card.*direction.PortResumePending)[port] = 0;
-    if (running) {
+    if (StopPort(card, direction, port)) {
         CountDown(master.*direction.RunningCount);
     }
     (card.*direction.PortOpen)[port] = 0;
@@ -55,6 +59,7 @@ void CountOpen(StreamInstance* stream) {
     if (open != 0) {
         ForgetPort(*stream->Card, direction, stream->Port, *stream->ClockMaster);
     }
+    StopPort(*stream->Card, direction, stream->Port);  // a suspend may have met the last stream in its close
     open = 1;
     ++(stream->ClockMaster->*direction.OpenCount);
 }
@@ -82,6 +87,8 @@ BOOL ForgetDeadStreams(CardRecord& master) {
 void ForgetIdleClock(CardRecord& master) {
     DriverLock lock;
     if (master.OpenOutputs == 0 && master.OpenInputs == 0) {
+        master.RunningOutputs = 0;
+        master.RunningInputs = 0;
         master.GroupRate = 0;
         master.SyncStart = 0;
         master.SyncWithOutput = 0;

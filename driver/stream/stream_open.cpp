@@ -76,9 +76,9 @@ bool RateCanBeHad(CardRecord& master, DWORD rate) {
 // closer's own message is one of the handlers, except when the library is let go.
 void CloseDevice(StreamInstance* stream) {
     const BOOL serviceFinished = StopServiceThread(stream);
-    WithdrawDevice(stream);
+    const BOOL givenBack = WithdrawDevice(stream);
     const bool closingFromCallback = GetCurrentThreadId() == stream->ServiceThreadId;
-    if (stream->Handlers <= 1 && (serviceFinished || closingFromCallback)) {
+    if (givenBack && stream->Handlers <= 1 && (serviceFinished || closingFromCallback)) {
         CloseCardHandle(stream->Device);
         stream->Device = nullptr;
     }
