@@ -1,7 +1,9 @@
 #include "bench/answering_device.h"
 
+#include <chrono>
 #include <cstring>
 #include <string>
+#include <thread>
 
 #include "card/protocol.h"
 
@@ -23,6 +25,21 @@ ULONG_PTR Word(const platform::DeviceRequest& request) {
 }
 
 }  // namespace
+
+AnsweringDevice::AnsweringDevice(unsigned cards) : cards_(cards) {
+    platform::InstallDeviceDriver(this);
+    platform::InstallTimeSource(this);
+}
+
+AnsweringDevice::~AnsweringDevice() {
+    platform::InstallTimeSource(nullptr);
+    platform::InstallDeviceDriver(nullptr);
+}
+
+// Really: who sleeps waits for another thread.
+void AnsweringDevice::Sleep(DWORD milliseconds) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}
 
 DWORD AnsweringDevice::Open(const WCHAR* path, void** file) {
     const std::u16string name = path;
