@@ -35,7 +35,7 @@ void TurnAround(benchmark::State& state) {
         }
         const auto buffers = static_cast<double>(state.iterations() * clients.Count());
         state.SetItemsProcessed(static_cast<int64_t>(buffers));
-        state.counters["requests/buffer"] = static_cast<double>(device.Requests() - before) / buffers;
+        state.counters["requests"] = static_cast<double>(device.Requests() - before) / buffers;
     }
     platform::UnloadWaveDriver();
 }
@@ -45,6 +45,9 @@ void TurnAroundSimulated(benchmark::State& state) {
     platform::UseMachine("");
     const auto streams = static_cast<unsigned>(state.range(0));
     simulator::Simulator cards({CardsFor(streams), simulator::TimeKind::Stepped});
+    for (unsigned card = 0; card < cards.CardCount(); ++card) {
+        cards.SetDigitalInputRate(card, 44100);
+    }
     {
         WaveClients clients;
         if (!clients.Open(streams, CardsFor(streams), static_cast<WORD>(state.range(2)),
@@ -81,21 +84,24 @@ BENCHMARK(TurnAroundSimulated)->Apply(StreamsAndSizes)->Args({8, 49152, 24});
 void OpenAndClose(benchmark::State& state) {
     platform::UseMachine("");
     simulator::Simulator cards({static_cast<unsigned>(state.range(0)), simulator::TimeKind::Stepped});
-    WaveClients other;
-    other.Open(state.range(1) != 0 ? 1 : 0, 1, 16, 1024);
-    const WAVEFORMATEX format = StereoFormat(16);
-    cards.ClearTrace();
-    for (auto _ : state) {
-        HWAVEOUT output = nullptr;
-        if (waveOutOpen(&output, 1, &format, 0, 0, CALLBACK_NULL) != MMSYSERR_NOERROR) {
-            state.SkipWithError("the device cannot be opened");
-            break;
+    {
+        WaveClients other;
+        other.Open(state.range(1) != 0 ? 1 : 0, 1, 16, 1024);
+        const WAVEFORMATEX format = StereoFormat(16);
+        waveOutGetNumDevs();  // the driver is loaded and knows its cards
+        cards.ClearTrace();
+        for (auto _ : state) {
+            HWAVEOUT output = nullptr;
+            if (waveOutOpen(&output, 1, &format, 0, 0, CALLBACK_NULL) != MMSYSERR_NOERROR) {
+                state.SkipWithError("the device cannot be opened");
+                break;
+            }
+            waveOutClose(output);
         }
-        waveOutClose(output);
+        const auto requests = static_cast<double>(cards.Trace().size());
+        state.counters["requests"] = requests / static_cast<double>(state.iterations());
+        state.SetItemsProcessed(state.iterations());
     }
-    const auto requests = static_cast<double>(cards.Trace().size());
-    state.counters["requests"] = requests / static_cast<double>(state.iterations());
-    state.SetItemsProcessed(state.iterations());
     platform::UnloadWaveDriver();
 }
 BENCHMARK(OpenAndClose)->ArgNames({"cards", "fast"})->ArgsProduct({{1, 4, 16}, {0, 1}})->Iterations(50);
