@@ -2,20 +2,24 @@
 
 #include <commctrl.h>
 
-#include "platform/window/system_class.h"
-
 namespace platform {
 
 namespace {
 
 // Every control keeps a pointer to its state in its window.
 void RegisterControl(LPCWSTR name, WNDPROC procedure) {
-    RegisterSystemClass({name, procedure, CS_GLOBALCLASS | CS_DBLCLKS, sizeof(void*)});
+    WNDCLASSEXW description{};
+    description.cbSize = sizeof(description);
+    description.style = CS_GLOBALCLASS | CS_DBLCLKS;
+    description.lpfnWndProc = procedure;
+    description.cbWndExtra = sizeof(void*);
+    description.lpszClassName = name;
+    RegisterClassExW(&description);
 }
 
 }  // namespace
 
-void RegisterStandardControls() {
+void RegisterUserControls() {
     RegisterControl(TEXT("Button"), ButtonProcedure());
     RegisterControl(TEXT("Edit"), EditProcedure());
     RegisterControl(TEXT("Static"), StaticProcedure());
