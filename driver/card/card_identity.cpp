@@ -22,7 +22,7 @@ bool CheckIsRight(const BYTE* page) {
 }
 
 void ForgetIdentity(CardRecord& card) {
-    card.BoardRevisionLetter = '?';
+    card.BoardRevisionLetter = UnknownBoardRevision;
     card.BoardRevision = 0;
     card.FpgaRevision = 0;
     card.SerialNumber = 0;

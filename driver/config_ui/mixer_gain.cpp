@@ -2,54 +2,60 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstdint>
+#include <iterator>
 
 namespace kestvox {
 
 namespace {
 
-constexpr DWORD CodeCount = HighestGainCode + 1;
-
-constexpr uint16_t Gains[CodeCount] = {
-    0,  0,  0,  0,  0,  0,  0,   0,   0,   0,   0,   0,   0,  0,  0,  0,  0,  0,   // 0 to 17
-    0,  1,  1,  1,  1,  1,  1,   2,   2,   2,   2,   3,   3,  4,  4,  4,  5,  5,   // 18 to 35
-    6,  7,  7,  8,  9,  10, 11,  12,  13,  14,  15,  16,  17, 19, 20, 22, 23, 25,  // 36 to 53
-    27, 29, 30, 33, 35, 37, 39,  42,  44,  47,  50,  53,  56, 59, 62, 65, 69, 72,  // 54 to 71
-    76, 80, 84, 88, 93, 97, 102, 107, 112, 117, 123, 128,                          // 72 to 83
+struct GainEntry {
+    BYTE Gain;
+    SHORT Tenths;
 };
 
-constexpr int16_t Off = MinusInfinity;
-
-// What the faders say; the gains are as near to it as 128 steps allow.
-constexpr int16_t Tenths[CodeCount] = {
-    Off,  Off,  Off,  Off,  Off,  Off,  Off,  Off,  Off,  Off,   // 0 to 9
-    Off,  Off,  Off,  Off,  Off,  Off,  Off,  Off,  Off,         // 10 to 18
-    -420, -420, -420, -420, -420, -420, -360, -360, -360, -360,  // 19 to 28
-    -325, -325, -300, -300, -300, -281, -281, -265, -251, -251,  // 29 to 38
-    -240, -230, -220, -212, -205, -198, -191, -185, -180, -174,  // 39 to 48
-    -165, -160, -152, -148, -141, -134, -128, -125, -117, -112,  // 49 to 58
-    -107, -102, -96,  -92,  -86,  -81,  -76,  -71,  -66,  -62,   // 59 to 68
-    -58,  -53,  -49,  -44,  -40,  -36,  -32,  -27,  -23,  -19,   // 69 to 78
-    -15,  -11,  -7,   -2,   0,                                   // 79 to 83
+// Codes 18 to 83.
+constexpr GainEntry Gains[] = {
+    {0, MinusInfinity}, {1, -420},  {1, -420},  {1, -420},  {1, -420},  {1, -420},  {1, -420},  {2, -360},
+    {2, -360},          {2, -360},  {2, -360},  {3, -325},  {3, -325},  {4, -300},  {4, -300},  {4, -300},
+    {5, -281},          {5, -281},  {6, -265},  {7, -251},  {7, -251},  {8, -240},  {9, -230},  {10, -220},
+    {11, -212},         {12, -205}, {13, -198}, {14, -191}, {15, -185}, {16, -180}, {17, -174}, {19, -165},
+    {20, -160},         {22, -152}, {23, -148}, {25, -141}, {27, -134}, {29, -128}, {30, -125}, {33, -117},
+    {35, -112},         {37, -107}, {39, -102}, {42, -96},  {44, -92},  {47, -86},  {50, -81},  {53, -76},
+    {56, -71},          {59, -66},  {62, -62},  {65, -58},  {69, -53},  {72, -49},  {76, -44},  {80, -40},
+    {84, -36},          {88, -32},  {93, -27},  {97, -23},  {102, -19}, {107, -15}, {112, -11}, {117, -7},
+    {123, -2},          {128, 0},
 };
+static_assert(std::size(Gains) == HighestGainCode - LowestGainCode + 1);
 
-void Store(DWORD& word, DWORD value) {
+const GainEntry& FindGain(DWORD code) {
+    return Gains[std::clamp(code, LowestGainCode, HighestGainCode) - LowestGainCode];
+}
+
+void StoreShared(DWORD& word, DWORD value) {
     std::atomic_ref<DWORD>(word).store(value, std::memory_order_relaxed);
 }
 
 }  // namespace
 
 DWORD GainOfCode(DWORD code) {
-    return Gains[std::min(code, HighestGainCode)];
+    return FindGain(code).Gain;
 }
 
 int TenthsOfDecibel(DWORD code) {
-    return Tenths[std::min(code, HighestGainCode)];
+    return FindGain(code).Tenths;
 }
 
 void SetGainCode(MonitorBlock& block, unsigned input, DWORD code) {
-    Store(block.GainCode[input], code);
-    Store(block.GainValue[input], GainOfCode(code));
+    StoreShared(block.GainCode[input], code);
+    StoreShared(block.GainValue[input], GainOfCode(code));
+}
+
+void CopyGains(const MonitorBlock& from, MonitorBlock& to) {
+    StoreShared(to.BlockSize, from.BlockSize);
+    for (unsigned input = 0; input < MixerInputs; ++input) {
+        StoreShared(to.GainCode[input], from.GainCode[input]);
+        StoreShared(to.GainValue[input], from.GainValue[input]);
+    }
 }
 
 }  // namespace kestvox
