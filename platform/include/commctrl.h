@@ -260,47 +260,75 @@ struct NMTVKEYDOWN {
 #pragma pack(pop)
 using LPNMTVKEYDOWN = NMTVKEYDOWN*;
 
-#define TreeView_InsertItem(window, insertion) \
-    (reinterpret_cast<HTREEITEM>(SNDMSG((window), TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(insertion))))
-#define TreeView_DeleteItem(window, item) \
-    (static_cast<BOOL>(SNDMSG((window), TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(item))))
-#define TreeView_DeleteAllItems(window) TreeView_DeleteItem(window, TVI_ROOT)
-#define TreeView_Expand(window, item, action) \
-    (static_cast<BOOL>(SNDMSG((window), TVM_EXPAND, (action), reinterpret_cast<LPARAM>(item))))
-// The item goes in, and the rectangle comes out, at the same address.
-#define TreeView_GetItemRect(window, item, rect, ofTextOnly) \
-    (*reinterpret_cast<HTREEITEM*>(rect) = (item),           \
-     static_cast<BOOL>(SNDMSG((window), TVM_GETITEMRECT, (ofTextOnly), reinterpret_cast<LPARAM>(rect))))
-#define TreeView_GetCount(window) (static_cast<UINT>(SNDMSG((window), TVM_GETCOUNT, 0, 0)))
-#define TreeView_GetImageList(window, which) \
-    (reinterpret_cast<HIMAGELIST>(SNDMSG((window), TVM_GETIMAGELIST, (which), 0)))
-#define TreeView_SetImageList(window, images, which) \
-    (reinterpret_cast<HIMAGELIST>(                   \
-        SNDMSG((window), TVM_SETIMAGELIST, (which), reinterpret_cast<LPARAM>(images))))
-#define TreeView_GetNextItem(window, item, relation) \
-    (reinterpret_cast<HTREEITEM>(                    \
-        SNDMSG((window), TVM_GETNEXTITEM, (relation), reinterpret_cast<LPARAM>(item))))
-#define TreeView_GetChild(window, item) TreeView_GetNextItem(window, item, TVGN_CHILD)
-#define TreeView_GetNextSibling(window, item) TreeView_GetNextItem(window, item, TVGN_NEXT)
-#define TreeView_GetPrevSibling(window, item) TreeView_GetNextItem(window, item, TVGN_PREVIOUS)
-#define TreeView_GetParent(window, item) TreeView_GetNextItem(window, item, TVGN_PARENT)
-#define TreeView_GetSelection(window) \
-    TreeView_GetNextItem(window, static_cast<HTREEITEM>(nullptr), TVGN_CARET)
-#define TreeView_GetDropHilight(window) \
-    TreeView_GetNextItem(window, static_cast<HTREEITEM>(nullptr), TVGN_DROPHILITE)
-#define TreeView_GetRoot(window) TreeView_GetNextItem(window, static_cast<HTREEITEM>(nullptr), TVGN_ROOT)
-#define TreeView_Select(window, item, what) \
-    (static_cast<BOOL>(SNDMSG((window), TVM_SELECTITEM, (what), reinterpret_cast<LPARAM>(item))))
-#define TreeView_SelectItem(window, item) TreeView_Select(window, item, TVGN_CARET)
-#define TreeView_SelectDropTarget(window, item) TreeView_Select(window, item, TVGN_DROPHILITE)
-#define TreeView_GetItem(window, item) \
-    (static_cast<BOOL>(SNDMSG((window), TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(item))))
-#define TreeView_SetItem(window, item) \
-    (static_cast<BOOL>(SNDMSG((window), TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(item))))
-#define TreeView_HitTest(window, hit) \
-    (reinterpret_cast<HTREEITEM>(SNDMSG((window), TVM_HITTEST, 0, reinterpret_cast<LPARAM>(hit))))
-#define TreeView_EnsureVisible(window, item) \
-    (static_cast<BOOL>(SNDMSG((window), TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(item))))
+inline LRESULT SendTreeMessage(HWND window, UINT message, WPARAM wParam, const void* data) {
+    return SNDMSG(window, message, wParam, reinterpret_cast<LPARAM>(data));
+}
+inline HTREEITEM TreeView_InsertItem(HWND window, TVINSERTSTRUCTW* insertion) {
+    return reinterpret_cast<HTREEITEM>(SendTreeMessage(window, TVM_INSERTITEMW, 0, insertion));
+}
+inline BOOL TreeView_DeleteItem(HWND window, HTREEITEM item) {
+    return static_cast<BOOL>(SendTreeMessage(window, TVM_DELETEITEM, 0, item));
+}
+inline BOOL TreeView_DeleteAllItems(HWND window) {
+    return TreeView_DeleteItem(window, TVI_ROOT);
+}
+inline BOOL TreeView_Expand(HWND window, HTREEITEM item, UINT action) {
+    return static_cast<BOOL>(SendTreeMessage(window, TVM_EXPAND, action, item));
+}
+inline UINT TreeView_GetCount(HWND window) {
+    return static_cast<UINT>(SNDMSG(window, TVM_GETCOUNT, 0, 0));
+}
+inline HIMAGELIST TreeView_GetImageList(HWND window, UINT which) {
+    return reinterpret_cast<HIMAGELIST>(SNDMSG(window, TVM_GETIMAGELIST, which, 0));
+}
+inline HIMAGELIST TreeView_SetImageList(HWND window, HIMAGELIST images, UINT which) {
+    return reinterpret_cast<HIMAGELIST>(SendTreeMessage(window, TVM_SETIMAGELIST, which, images));
+}
+inline HTREEITEM TreeView_GetNextItem(HWND window, HTREEITEM item, UINT relation) {
+    return reinterpret_cast<HTREEITEM>(SendTreeMessage(window, TVM_GETNEXTITEM, relation, item));
+}
+inline HTREEITEM TreeView_GetChild(HWND window, HTREEITEM item) {
+    return TreeView_GetNextItem(window, item, TVGN_CHILD);
+}
+inline HTREEITEM TreeView_GetNextSibling(HWND window, HTREEITEM item) {
+    return TreeView_GetNextItem(window, item, TVGN_NEXT);
+}
+inline HTREEITEM TreeView_GetPrevSibling(HWND window, HTREEITEM item) {
+    return TreeView_GetNextItem(window, item, TVGN_PREVIOUS);
+}
+inline HTREEITEM TreeView_GetParent(HWND window, HTREEITEM item) {
+    return TreeView_GetNextItem(window, item, TVGN_PARENT);
+}
+inline HTREEITEM TreeView_GetSelection(HWND window) {
+    return TreeView_GetNextItem(window, nullptr, TVGN_CARET);
+}
+inline HTREEITEM TreeView_GetDropHilight(HWND window) {
+    return TreeView_GetNextItem(window, nullptr, TVGN_DROPHILITE);
+}
+inline HTREEITEM TreeView_GetRoot(HWND window) {
+    return TreeView_GetNextItem(window, nullptr, TVGN_ROOT);
+}
+inline BOOL TreeView_Select(HWND window, HTREEITEM item, UINT what) {
+    return static_cast<BOOL>(SendTreeMessage(window, TVM_SELECTITEM, what, item));
+}
+inline BOOL TreeView_SelectItem(HWND window, HTREEITEM item) {
+    return TreeView_Select(window, item, TVGN_CARET);
+}
+inline BOOL TreeView_SelectDropTarget(HWND window, HTREEITEM item) {
+    return TreeView_Select(window, item, TVGN_DROPHILITE);
+}
+inline BOOL TreeView_GetItem(HWND window, TVITEMW* item) {
+    return static_cast<BOOL>(SendTreeMessage(window, TVM_GETITEMW, 0, item));
+}
+inline BOOL TreeView_SetItem(HWND window, const TVITEMW* item) {
+    return static_cast<BOOL>(SendTreeMessage(window, TVM_SETITEMW, 0, item));
+}
+inline HTREEITEM TreeView_HitTest(HWND window, TVHITTESTINFO* hit) {
+    return reinterpret_cast<HTREEITEM>(SendTreeMessage(window, TVM_HITTEST, 0, hit));
+}
+inline BOOL TreeView_EnsureVisible(HWND window, HTREEITEM item) {
+    return static_cast<BOOL>(SendTreeMessage(window, TVM_ENSUREVISIBLE, 0, item));
+}
 
 #pragma GCC visibility push(default)
 extern "C" {
