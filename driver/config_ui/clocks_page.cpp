@@ -73,7 +73,7 @@ void ResetDriver(HWND page) {
     }
 }
 
-INT_PTR Command(HWND page, WORD notification, WORD number) {
+INT_PTR OnCommand(HWND page, WORD notification, WORD number) {
     if (notification != 0) {
         return FALSE;
     }
@@ -90,7 +90,7 @@ INT_PTR Command(HWND page, WORD notification, WORD number) {
     return FALSE;
 }
 
-INT_PTR GiveItemText(NMTVDISPINFOW& request) {
+INT_PTR OnGetItemText(NMTVDISPINFOW& request) {
     const auto* card = reinterpret_cast<const CardRecord*>(request.item.lParam);
     if ((request.item.mask & TVIF_TEXT) != 0 && card != nullptr) {
         GetCardItemText(*card, request.item);
@@ -99,25 +99,25 @@ INT_PTR GiveItemText(NMTVDISPINFOW& request) {
 }
 
 // The tree stays open: a group that is folded away could not be seen or changed.
-INT_PTR RefuseCollapse(HWND page, const NMTREEVIEWW& expansion) {
+INT_PTR OnItemExpanding(HWND page, const NMTREEVIEWW& expansion) {
     return AnswerNotification(page, expansion.action != TVE_EXPAND);
 }
 
-INT_PTR KeyDown(HWND page, const NMTVKEYDOWN& key) {
+INT_PTR OnKeyDown(HWND page, const NMTVKEYDOWN& key) {
     if (key.wVKey == VK_F10 && GetKeyState(VK_SHIFT) < 0 && !IsDraggingCard(page)) {
         ShowMenuOfSelectedItem(page);
     }
     return TRUE;
 }
 
-INT_PTR RightClick(HWND page) {
+INT_PTR OnRightClick(HWND page) {
     POINT cursor = {};
     GetCursorPos(&cursor);
     ShowClockMenu(page, cursor.x, cursor.y);
     return AnswerNotification(page, TRUE);
 }
 
-INT_PTR QueryCancel(HWND page) {
+INT_PTR OnQueryCancel(HWND page) {
     if (!IsDraggingCard(page)) {
         return FALSE;
     }
@@ -125,38 +125,38 @@ INT_PTR QueryCancel(HWND page) {
     return AnswerNotification(page, TRUE);  // the sheet stays open
 }
 
-INT_PTR Apply(HWND page) {
+INT_PTR OnApply(HWND page) {
     return AnswerNotification(page, ApplyClockTree(page) ? PSNRET_NOERROR : PSNRET_INVALID_NOCHANGEPAGE);
 }
 
-INT_PTR Notify(HWND page, NMHDR& notification) {
+INT_PTR OnNotify(HWND page, NMHDR& notification) {
     switch (notification.code) {
     case TVN_GETDISPINFOW:
-        return GiveItemText(reinterpret_cast<NMTVDISPINFOW&>(notification));
+        return OnGetItemText(reinterpret_cast<NMTVDISPINFOW&>(notification));
     case TVN_BEGINDRAGW:
         BeginCardDrag(page, reinterpret_cast<NMTREEVIEWW&>(notification).itemNew.hItem);
         return TRUE;
     case TVN_ITEMEXPANDINGW:
-        return RefuseCollapse(page, reinterpret_cast<NMTREEVIEWW&>(notification));
+        return OnItemExpanding(page, reinterpret_cast<NMTREEVIEWW&>(notification));
     case TVN_KEYDOWN:
-        return KeyDown(page, reinterpret_cast<NMTVKEYDOWN&>(notification));
+        return OnKeyDown(page, reinterpret_cast<NMTVKEYDOWN&>(notification));
     case NM_RCLICK:
-        return RightClick(page);
+        return OnRightClick(page);
     case PSN_HELP:
         return ShowPageHelp(page, Help);
     case PSN_QUERYCANCEL:
-        return QueryCancel(page);
+        return OnQueryCancel(page);
     case PSN_RESET:
         RestoreClockSources();
         return TRUE;
     case PSN_APPLY:
-        return Apply(page);
+        return OnApply(page);
     default:
         return FALSE;
     }
 }
 
-INT_PTR MouseMove(HWND page, int x, int y) {
+INT_PTR OnMouseMove(HWND page, int x, int y) {
     if (!IsDraggingCard(page)) {
         return FALSE;
     }
@@ -164,7 +164,7 @@ INT_PTR MouseMove(HWND page, int x, int y) {
     return TRUE;
 }
 
-INT_PTR ButtonReleased(HWND page) {
+INT_PTR OnButtonUp(HWND page) {
     if (!IsDraggingCard(page)) {
         return FALSE;
     }
@@ -174,7 +174,7 @@ INT_PTR ButtonReleased(HWND page) {
     return TRUE;
 }
 
-INT_PTR CaptureLost(HWND page) {
+INT_PTR OnCaptureChanged(HWND page) {
     if (!IsDraggingCard(page)) {
         return FALSE;
     }
@@ -191,15 +191,15 @@ INT_PTR CALLBACK ClocksPage(HWND page, UINT message, WPARAM wParam, LPARAM lPara
         FillClockTree(page);
         return TRUE;
     case WM_NOTIFY:
-        return Notify(page, *reinterpret_cast<NMHDR*>(lParam));
+        return OnNotify(page, *reinterpret_cast<NMHDR*>(lParam));
     case WM_COMMAND:
-        return Command(page, HIWORD(wParam), LOWORD(wParam));
+        return OnCommand(page, HIWORD(wParam), LOWORD(wParam));
     case WM_MOUSEMOVE:
-        return MouseMove(page, LOWORD(lParam), HIWORD(lParam));
+        return OnMouseMove(page, LOWORD(lParam), HIWORD(lParam));
     case WM_LBUTTONUP:
-        return ButtonReleased(page);
+        return OnButtonUp(page);
     case WM_CAPTURECHANGED:
-        return CaptureLost(page);
+        return OnCaptureChanged(page);
     case WM_HELP:
         return ShowControlHelp(page, Help, lParam);
     case WM_DESTROY:

@@ -125,7 +125,7 @@ void DrawScale(HWND page, unsigned input) {
     }
 }
 
-INT_PTR Initialize(HWND page) {
+INT_PTR OnInitDialog(HWND page) {
     CardRecord* card = KeepPageCard(page);
     for (unsigned input = 0; input < MixerInputs; ++input) {
         DrawScale(page, input);
@@ -139,7 +139,7 @@ INT_PTR Initialize(HWND page) {
     return TRUE;
 }
 
-INT_PTR Activate(CardRecord& card, HWND page) {
+INT_PTR OnActivate(CardRecord& card, HWND page) {
     for (unsigned input = 0; input < MixerInputs; ++input) {
         if (SourceOf(input).Playback) {
             EnableChannel(page, input, card.WorkingAdvancedMonitoring != 0);
@@ -151,7 +151,7 @@ INT_PTR Activate(CardRecord& card, HWND page) {
     return AnswerNotification(page, 0);
 }
 
-INT_PTR Apply(CardRecord& card, HWND page) {
+INT_PTR OnApply(CardRecord& card, HWND page) {
     FollowWorkingSettings(card, page);
     for (unsigned input = 0; input < MixerInputs; ++input) {
         SetGainCode(card.Settings.Monitor, input, SliderCode(page, input));
@@ -161,12 +161,12 @@ INT_PTR Apply(CardRecord& card, HWND page) {
     return AnswerNotification(page, PSNRET_NOERROR);
 }
 
-INT_PTR Cancel(CardRecord& card, HWND page) {
+INT_PTR OnReset(CardRecord& card, HWND page) {
     ShowSavedGains(card, page, Hardware::Follow);
     return TRUE;
 }
 
-INT_PTR Scroll(HWND page, HWND slider) {
+INT_PTR OnScroll(HWND page, HWND slider) {
     CardRecord* card = PageCard(page);
     const int number = GetDlgCtrlID(slider);
     if (card == nullptr || number < IDC_FIRST_MIXER_SLIDER || number > IDC_LAST_MIXER_VALUE) {
@@ -178,7 +178,7 @@ INT_PTR Scroll(HWND page, HWND slider) {
     return TRUE;
 }
 
-INT_PTR Notify(HWND page, const NMHDR& notification) {
+INT_PTR OnNotify(HWND page, const NMHDR& notification) {
     if (notification.code == PSN_HELP) {
         return ShowPageHelp(page, Help);
     }
@@ -188,11 +188,11 @@ INT_PTR Notify(HWND page, const NMHDR& notification) {
     }
     switch (notification.code) {
     case PSN_SETACTIVE:
-        return Activate(*card, page);
+        return OnActivate(*card, page);
     case PSN_APPLY:
-        return Apply(*card, page);
+        return OnApply(*card, page);
     case PSN_RESET:
-        return Cancel(*card, page);
+        return OnReset(*card, page);
     default:
         return FALSE;
     }
@@ -203,11 +203,11 @@ INT_PTR Notify(HWND page, const NMHDR& notification) {
 INT_PTR CALLBACK MonitorPage(HWND page, UINT message, WPARAM, LPARAM lParam) {
     switch (message) {
     case WM_INITDIALOG:
-        return Initialize(page);
+        return OnInitDialog(page);
     case WM_HSCROLL:
-        return Scroll(page, reinterpret_cast<HWND>(lParam));
+        return OnScroll(page, reinterpret_cast<HWND>(lParam));
     case WM_NOTIFY:
-        return Notify(page, *reinterpret_cast<const NMHDR*>(lParam));
+        return OnNotify(page, *reinterpret_cast<const NMHDR*>(lParam));
     case WM_HELP:
         return ShowControlHelp(page, Help, lParam);
     case WM_DESTROY:
