@@ -21,7 +21,6 @@ private:
     void Release(bool inside);
     void Click();
     void ClickBySystem();
-    void TakeFocus();
     void SetCheck(WPARAM check);
     void SetType(DWORD type);
     void CheckAloneInGroup();
@@ -83,14 +82,6 @@ void Button::ClickBySystem() {
     SendMessageW(Window(), WM_LBUTTONUP, 0, 0);
 }
 
-void Button::TakeFocus() {
-    // A radio button that the keyboard reaches counts as chosen; the mouse sends its own click.
-    const bool byMouse = GetCapture() == Window();
-    if (IsRadioButton() && !byMouse && check_ == BST_UNCHECKED) {
-        Command(BN_CLICKED);
-    }
-}
-
 void Button::SetCheck(WPARAM check) {
     if (!IsCheckBox() && !IsRadioButton()) {
         return;
@@ -146,9 +137,6 @@ LRESULT Button::Handle(UINT message, WPARAM first, LPARAM second) {
     case WM_CAPTURECHANGED:
     case WM_KILLFOCUS:
         pressed_ = false;
-        return 0;
-    case WM_SETFOCUS:
-        TakeFocus();
         return 0;
     case BM_CLICK:
         ClickBySystem();

@@ -37,7 +37,6 @@ private:
 
     std::vector<std::u16string> entries_;
     int selected_ = CB_ERR;
-    int beforeDrop_ = CB_ERR;  // what Escape goes back to
     bool dropped_ = false;
 };
 
@@ -75,16 +74,12 @@ void ComboBox::Drop(bool show) {
         CloseUp(true);
         return;
     }
-    beforeDrop_ = selected_;
     dropped_ = true;
     Command(CBN_DROPDOWN);
 }
 
 void ComboBox::CloseUp(bool take) {
     dropped_ = false;
-    if (!take) {
-        selected_ = beforeDrop_;
-    }
     Command(take ? CBN_SELENDOK : CBN_SELENDCANCEL);
     Command(CBN_CLOSEUP);
 }

@@ -203,6 +203,9 @@ LRESULT TabControl::Handle(UINT message, WPARAM first, LPARAM second) {
     case WM_LBUTTONDOWN:
         Click(PointOf(second));
         return 0;
+    case WM_LBUTTONUP:
+        Notify(NM_CLICK);
+        return 0;
     case WM_KEYDOWN:
         Key(first);
         return 0;

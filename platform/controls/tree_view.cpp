@@ -107,16 +107,13 @@ HTREEITEM TreeView::Insert(const TVINSERTSTRUCTW& insertion) {
     return items_.Insert(*parent, before, std::move(item)).Handle();
 }
 
-// The selection goes to a neighbour of the item that is about to go.
-void TreeView::LeaveSelectionOf(const TreeItem& item) {
-    if (!selected_ || !items_.IsWithin(*selected_, item)) {
-        return;
+// Where the selection goes when it is lost with the item.
+TreeItem* TreeView::Neighbour(const TreeItem& item) const {
+    if (TreeItem* const next = items_.Next(item)) {
+        return next;
     }
-    TreeItem* neighbour = items_.Next(item);
-    if (!neighbour) {
-        neighbour = items_.Previous(item);
-    }
-    Select(neighbour ? neighbour : items_.Parent(item), TVC_UNKNOWN);
+    TreeItem* const previous = items_.Previous(item);
+    return previous ? previous : items_.Parent(item);
 }
 
 void TreeView::DeleteUnder(TreeItem& item) {
@@ -143,13 +140,16 @@ bool TreeView::Delete(HTREEITEM handle) {
         return false;
     }
     if (items_.IsRoot(item)) {
-        Select(nullptr, TVC_UNKNOWN);
         DeleteUnder(*item);
         firstRow_ = 0;
         return true;
     }
-    LeaveSelectionOf(*item);
+    TreeItem* const neighbour = Neighbour(*item);
+    const bool takesSelection = selected_ && items_.IsWithin(*selected_, *item);
     DeleteAlone(*item);
+    if (takesSelection) {
+        Select(neighbour, TVC_UNKNOWN);
+    }
     return true;
 }
 
@@ -304,7 +304,7 @@ bool TreeView::Expand(TreeItem& item, UINT action, bool byUser) {
 void TreeView::ShowAncestors(TreeItem& item) {
     if (TreeItem* const parent = items_.Parent(item)) {
         ShowAncestors(*parent);
-        Expand(*parent, TVE_EXPAND, true);
+        Expand(*parent, TVE_EXPAND, false);
     }
 }
 

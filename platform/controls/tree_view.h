@@ -18,7 +18,7 @@ private:
     bool Delete(HTREEITEM handle);
     void DeleteUnder(TreeItem& item);
     void DeleteAlone(TreeItem& item);
-    void LeaveSelectionOf(const TreeItem& item);
+    TreeItem* Neighbour(const TreeItem& item) const;
     bool Get(TVITEMW& item);
     bool Set(const TVITEMW& item);
     void Fill(TreeItem& item, const TVITEMW& from);

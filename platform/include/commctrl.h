@@ -107,8 +107,12 @@ struct TCHITTESTINFO {
 };
 using LPTCHITTESTINFO = TCHITTESTINFO*;
 
-#define TabCtrl_GetCurSel(window) (static_cast<int>(SNDMSG((window), TCM_GETCURSEL, 0, 0)))
-#define TabCtrl_GetItemCount(window) (static_cast<int>(SNDMSG((window), TCM_GETITEMCOUNT, 0, 0)))
+inline int TabCtrl_GetCurSel(HWND window) {
+    return static_cast<int>(SNDMSG(window, TCM_GETCURSEL, 0, 0));
+}
+inline int TabCtrl_GetItemCount(HWND window) {
+    return static_cast<int>(SNDMSG(window, TCM_GETITEMCOUNT, 0, 0));
+}
 
 // Tree view
 #define WC_TREEVIEWW TEXT("SysTreeView32")
@@ -274,6 +278,12 @@ inline BOOL TreeView_DeleteAllItems(HWND window) {
 }
 inline BOOL TreeView_Expand(HWND window, HTREEITEM item, UINT action) {
     return static_cast<BOOL>(SendTreeMessage(window, TVM_EXPAND, action, item));
+}
+// The item goes in, and its place comes out, at the same address.
+inline BOOL TreeView_GetItemRect(HWND window, HTREEITEM item, RECT* place, BOOL ofTextOnly) {
+    *reinterpret_cast<HTREEITEM*>(place) = item;
+    return static_cast<BOOL>(
+        SendTreeMessage(window, TVM_GETITEMRECT, static_cast<WPARAM>(ofTextOnly), place));
 }
 inline UINT TreeView_GetCount(HWND window) {
     return static_cast<UINT>(SNDMSG(window, TVM_GETCOUNT, 0, 0));
