@@ -19,9 +19,6 @@ int TenthsOfDecibel(DWORD code);
 // of all processes meanwhile.
 void SetGainCode(MonitorBlock& block, unsigned input, DWORD code);
 
-// The whole working block as it is saved.
-void RestoreWorkingMonitor(CardRecord& card);
-
 // The whole block, with the same care.
 void CopyGains(const MonitorBlock& from, MonitorBlock& to);
 

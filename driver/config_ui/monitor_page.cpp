@@ -157,7 +157,7 @@ INT_PTR OnApply(CardRecord& card, HWND page) {
         SetGainCode(card.Settings.Monitor, input, SliderCode(page, input));
     }
     SaveCardSettings(card);
-    RestoreWorkingMonitor(card);
+    CopyGains(card.Settings.Monitor, card.WorkingMonitor);
     return AnswerNotification(page, PSNRET_NOERROR);
 }
 
