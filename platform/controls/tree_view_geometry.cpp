@@ -77,13 +77,14 @@ TreeItem* TreeView::ItemAt(POINT point, UINT* flags) {
         return nullptr;
     }
     const std::vector<TreeItem*> rows = items_.Rows();
-    const auto row = static_cast<size_t>(firstRow_ + point.y / ItemHeight());
-    if (row >= rows.size()) {
+    const int row = firstRow_ + point.y / ItemHeight();
+    if (row >= static_cast<int>(rows.size())) {
         *flags = TVHT_NOWHERE;
         return nullptr;
     }
-    *flags = PartAt(point.x, *rows[row]);
-    return rows[row];
+    TreeItem* const item = rows[static_cast<size_t>(row)];
+    *flags = PartAt(point.x, *item);
+    return item;
 }
 
 bool TreeView::ItemRect(const TreeItem& item, bool textOnly, RECT& place) {
