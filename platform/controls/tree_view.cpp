@@ -141,12 +141,13 @@ bool TreeView::Delete(HTREEITEM handle) {
     }
     if (items_.IsRoot(item)) {
         DeleteUnder(*item);
-        firstRow_ = 0;
+        LimitScrolling();
         return true;
     }
     TreeItem* const neighbour = Neighbour(*item);
     const bool takesSelection = selected_ && items_.IsWithin(*selected_, *item);
     DeleteAlone(*item);
+    LimitScrolling();
     if (takesSelection) {
         Select(neighbour, TVC_UNKNOWN);
     }
@@ -294,6 +295,7 @@ bool TreeView::Expand(TreeItem& item, UINT action, bool byUser) {
         if (selected_ && selected_ != &item && items_.IsWithin(*selected_, item)) {
             Select(&item, TVC_UNKNOWN);
         }
+        LimitScrolling();
     }
     if (told) {
         TellExpansion(TVN_ITEMEXPANDEDW, action, item);

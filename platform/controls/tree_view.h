@@ -41,6 +41,7 @@ private:
     int ItemHeight() const;
     int RowsInView() const;
     int RowOf(const TreeItem& item) const;
+    void LimitScrolling();
     int ImageWidth() const;
     int ImageLeft(const TreeItem& item) const;
     int TextWidth(const TreeItem& item);

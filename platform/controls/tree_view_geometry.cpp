@@ -39,6 +39,12 @@ int TreeView::RowOf(const TreeItem& item) const {
     return found == rows.end() ? -1 : static_cast<int>(found - rows.begin());
 }
 
+// Fewer rows than there were must not leave the view behind their end.
+void TreeView::LimitScrolling() {
+    const int rows = static_cast<int>(items_.Rows().size());
+    firstRow_ = std::clamp(firstRow_, 0, std::max(rows - RowsInView(), 0));
+}
+
 TreeItem* TreeView::NeighbourRow(const TreeItem& item, int step) const {
     const std::vector<TreeItem*> rows = items_.Rows();
     const int row = RowOf(item) + step;

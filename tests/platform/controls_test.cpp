@@ -699,6 +699,8 @@ TEST_F(TreeTest, ScrollsToWhatIsSelected) {
     EXPECT_GE(place.top, 0);
     EXPECT_LE(place.bottom, 200);
     EXPECT_NE(TreeView_GetNextItem(tree_, static_cast<HTREEITEM>(nullptr), TVGN_FIRSTVISIBLE), root_);
+    TreeView_Expand(tree_, root_, TVE_COLLAPSE);
+    EXPECT_EQ(TreeView_GetNextItem(tree_, static_cast<HTREEITEM>(nullptr), TVGN_FIRSTVISIBLE), root_);
 }
 
 TEST_F(TreeTest, TakesRoomForImages) {
