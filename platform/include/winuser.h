@@ -445,6 +445,8 @@
 #define VK_INSERT 0x2D
 #define VK_DELETE 0x2E
 #define VK_APPS 0x5D
+#define VK_ADD 0x6B
+#define VK_SUBTRACT 0x6D
 #define VK_F1 0x70
 #define VK_F4 0x73
 #define VK_F10 0x79
@@ -781,7 +783,6 @@ BOOL WINAPI UpdateWindow(HWND hWnd);
 HDC WINAPI BeginPaint(HWND hWnd, LPPAINTSTRUCT lpPaint);
 BOOL WINAPI EndPaint(HWND hWnd, const PAINTSTRUCT* lpPaint);
 int WINAPI GetSystemMetrics(int nIndex);
-HBRUSH WINAPI GetSysColorBrush(int nIndex);
 
 // Mouse, keyboard, cursor
 HWND WINAPI SetCapture(HWND hWnd);
@@ -795,8 +796,6 @@ BOOL WINAPI SetCursorPos(int X, int Y);
 SHORT WINAPI GetKeyState(int nVirtKey);
 BOOL WINAPI GetKeyboardState(BYTE* lpKeyState);
 BOOL WINAPI SetKeyboardState(BYTE* lpKeyState);
-BOOL WINAPI DragDetect(HWND hwnd, POINT pt);
-UINT WINAPI GetDoubleClickTime();
 
 // Messages
 LRESULT WINAPI SendMessageW(HWND hWnd, UINT Msg, WPARAM wParam, LPARAM lParam);
@@ -809,7 +808,6 @@ BOOL WINAPI WaitMessage();
 BOOL WINAPI TranslateMessage(const MSG* lpMsg);
 LRESULT WINAPI DispatchMessageW(const MSG* lpMsg);
 BOOL WINAPI IsDialogMessageW(HWND hDlg, LPMSG lpMsg);
-BOOL WINAPI InSendMessage();
 DWORD WINAPI GetMessagePos();
 LONG WINAPI GetMessageTime();
 UINT_PTR WINAPI SetTimer(HWND hWnd, UINT_PTR nIDEvent, UINT uElapse, TIMERPROC lpTimerFunc);
