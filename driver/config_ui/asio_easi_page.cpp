@@ -67,7 +67,7 @@ void ShowBufferTime(HWND page, HWND slider) {
     WCHAR text[2 * TimeLength];
     LoadText(IDS_BUFFER_TIME, format);
     wsprintfW(text, format, SliderPosition(slider) * MillisecondsPerStep);
-    SetDlgItemTextW(page, GetDlgCtrlID(slider) + 1, text);
+    ShowSliderValue(page, GetDlgCtrlID(slider), text);
 }
 
 INT_PTR OnInitDialog(HWND page) {

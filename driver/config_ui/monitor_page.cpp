@@ -62,7 +62,7 @@ void ShowGain(HWND page, unsigned input, DWORD code) {
         LoadText(IDS_GAIN_DECIBELS, format);
         wsprintfW(text, format, sign, tenths / 10, tenths % 10);
     }
-    SetDlgItemTextW(page, ValueOf(input), text);
+    ShowSliderValue(page, SliderOf(input), text);
 }
 
 // The gain of a device that is not open is left to its open.

@@ -39,6 +39,13 @@ INT_PTR AnswerNotification(HWND page, LONG result) {
     return TRUE;
 }
 
+void ShowSliderValue(HWND page, int slider, const WCHAR* text) {
+    const HWND value = GetDlgItem(page, slider + 1);
+    // The edit is as wide as the longest text: with the margins that some fonts bring it would be cut.
+    SendMessageW(value, EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, 0);
+    SetWindowTextW(value, text);
+}
+
 INT_PTR ShowPageHelp(HWND page, const PageHelp& help) {
     WinHelpW(page, HelpFileWindow, HELP_CONTEXT, help.Context);
     return TRUE;

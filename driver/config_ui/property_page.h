@@ -29,6 +29,9 @@ void ReportChange(HWND page);
 // The answer to a notification, to be returned from the dialog procedure.
 INT_PTR AnswerNotification(HWND page, LONG result);
 
+// Shows what a slider's position means, in the edit whose identifier is the slider's plus 1.
+void ShowSliderValue(HWND page, int slider, const WCHAR* text);
+
 // Contexts of the help file.
 struct ControlHelp {
     int First;  // identifiers of the controls, both included
