@@ -342,8 +342,8 @@ LRESULT TreeView::Handle(UINT message, WPARAM first, LPARAM second) {
     case TVM_SETITEMW:
         return Set(*reinterpret_cast<const TVITEMW*>(second));
     case TVM_GETITEMSTATE: {
-        const TreeItem* const item = items_.Find(handle);
-        return item ? item->State & static_cast<UINT>(first) : 0;
+        const TreeItem* const item = items_.Find(reinterpret_cast<HTREEITEM>(first));
+        return item ? item->State & static_cast<UINT>(second) : 0;
     }
     case TVM_GETCOUNT:
         return static_cast<LRESULT>(items_.Count());
