@@ -90,8 +90,9 @@ std::shared_ptr<const WindowClass> FindClass(LPCWSTR name, HINSTANCE module) {
         return nullptr;
     }
     const ClassName wanted(name);
+    const HINSTANCE own = module ? module : GetModuleHandleW(nullptr);
     const std::lock_guard hold(AllClasses().Lock);
-    std::shared_ptr<const WindowClass> found = FindRegistered(wanted, module);
+    std::shared_ptr<const WindowClass> found = FindRegistered(wanted, own);
     if (!found) {
         SetLastError(ERROR_CANNOT_FIND_WND_CLASS);
     }

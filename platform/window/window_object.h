@@ -111,7 +111,7 @@ RECT FrameInsets(DWORD style, DWORD exStyle);
 POINT FrameOriginLocked(HWND window);
 POINT ClientOriginLocked(HWND window);
 
-// The class of that name or atom for this module; null and ERROR_CANNOT_FIND_WND_CLASS.
+// The class of that name or atom for this module (null: the program); null and ERROR_CANNOT_FIND_WND_CLASS.
 std::shared_ptr<const WindowClass> FindClass(LPCWSTR name, HINSTANCE module);
 
 // Ends the windows of a thread that ends, without a word to them.
