@@ -82,10 +82,14 @@ RECT FrameOf(const Making& making, DWORD style, DWORD exStyle) {
 
 HWND MakeFrame(const Making& making) {
     const DialogTemplate& dialog = making.Template;
-    const DWORD style = dialog.Style & ~WS_VISIBLE;
+    const DWORD style = dialog.Style & ~DWORD{WS_VISIBLE};
     DWORD exStyle = dialog.ExStyle;
-    exStyle |= (style & DS_MODALFRAME) != 0 ? WS_EX_DLGMODALFRAME : 0u;
-    exStyle |= (style & DS_CONTROL) != 0 ? WS_EX_CONTROLPARENT : 0u;
+    if ((style & DS_MODALFRAME) != 0) {
+        exStyle |= WS_EX_DLGMODALFRAME;
+    }
+    if ((style & DS_CONTROL) != 0) {
+        exStyle |= WS_EX_CONTROLPARENT;
+    }
     const RECT frame = FrameOf(making, style, exStyle);
     const LPCWSTR named = dialog.Class.IsNumber() ? MAKEINTATOM(dialog.Class.Number) : u"#32770";
     const LPCWSTR className = dialog.Class.Text.empty() ? named : dialog.Class.Text.c_str();

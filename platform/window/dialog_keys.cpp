@@ -7,7 +7,6 @@ namespace platform {
 
 namespace {
 
-constexpr WCHAR kMnemonicMark = u'&';
 constexpr LRESULT kPushButton = DLGC_DEFPUSHBUTTON | DLGC_UNDEFPUSHBUTTON;
 
 LRESULT CodeOf(HWND control, const MSG* message = nullptr) {

@@ -50,7 +50,7 @@ HWND Enter(const Creation& creation) {
     window->Class = creation.Class;
     window->Instance = description.hInstance;
     window->Procedure = creation.Class->Procedure;
-    window->Style = static_cast<DWORD>(description.style) & ~WS_VISIBLE;
+    window->Style = static_cast<DWORD>(description.style) & ~DWORD{WS_VISIBLE};
     if (creation.Parent == DesktopWindow()) {
         window->Style |= WS_CLIPSIBLINGS;
     }
