@@ -52,12 +52,20 @@ struct LoopbackOptions : StreamOptions {
     bool Lock = false;  // lock the recording to the playback
 };
 
+struct ConfigureOptions {
+    SceneOptions Scene;
+    bool Text = false;  // print the sheet's pages instead of showing them
+    bool Step = false;  // the same, waiting for the Enter key after each
+};
+
 int ListDevices(const SceneOptions& options);
 int Play(const PlayOptions& options);
 int Record(const RecordOptions& options);
 int Loopback(const LoopbackOptions& options);
 // Without assignments shows every setting; with them stores them and shows those.
 int ShowSettings(const SceneOptions& options, unsigned card, const std::vector<std::string>& assignments);
+// Shows the configuration sheet, or what would be seen of it.
+int Configure(const ConfigureOptions& options);
 int ShowRegisters(const SceneOptions& options, unsigned card);
 
 // The names of the formats that record knows.

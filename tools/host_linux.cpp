@@ -35,6 +35,10 @@ void SendPowerEvent(PowerEvent event) {
     FreeLibrary(driver);
 }
 
+bool HostShowsWindows() {
+    return false;
+}
+
 bool StandardErrorIsTerminal() {
     return isatty(STDERR_FILENO) == 1;
 }
