@@ -155,11 +155,11 @@ void PrintPage(HWND page) {
     }
 }
 
-// To the end of the line that is typed.
 void AwaitEnter() {
+    std::puts("-- press Enter");
+    std::fflush(stdout);
     int character;
     do {
-        std::fflush(stdout);
         character = std::getchar();
     } while (character != '\n' && character != EOF);
 }
