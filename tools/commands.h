@@ -59,13 +59,13 @@ struct ConfigureOptions {
 };
 
 int ListDevices(const SceneOptions& options);
+// Shows the configuration sheet, or what would be seen of it.
+int Configure(const ConfigureOptions& options);
 int Play(const PlayOptions& options);
 int Record(const RecordOptions& options);
 int Loopback(const LoopbackOptions& options);
 // Without assignments shows every setting; with them stores them and shows those.
 int ShowSettings(const SceneOptions& options, unsigned card, const std::vector<std::string>& assignments);
-// Shows the configuration sheet, or what would be seen of it.
-int Configure(const ConfigureOptions& options);
 int ShowRegisters(const SceneOptions& options, unsigned card);
 
 // The names of the formats that record knows.

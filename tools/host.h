@@ -18,9 +18,9 @@ void UnloadWaveDriver();
 enum class PowerEvent { Suspend, Resume };
 void SendPowerEvent(PowerEvent event);
 
+bool StandardErrorIsTerminal();
+
 // Whether windows can be seen here.
 bool HostShowsWindows();
-
-bool StandardErrorIsTerminal();
 
 }  // namespace kestvox

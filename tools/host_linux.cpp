@@ -35,12 +35,12 @@ void SendPowerEvent(PowerEvent event) {
     FreeLibrary(driver);
 }
 
-bool HostShowsWindows() {
-    return false;
-}
-
 bool StandardErrorIsTerminal() {
     return isatty(STDERR_FILENO) == 1;
+}
+
+bool HostShowsWindows() {
+    return false;
 }
 
 }  // namespace kestvox

@@ -211,11 +211,11 @@ int Run(int argc, char** argv) {
     CLI::App program("Plays on, lists and looks into the Kestrelvox cards", "kestvox");
     program.require_subcommand(1);
     const CLI::App* devices = AddDevices(program, line);
+    const CLI::App* configure = AddConfigure(program, line);
     const CLI::App* play = AddPlay(program, line);
     const CLI::App* record = AddRecord(program, line);
     const CLI::App* loopback = AddLoopback(program, line);
     const CLI::App* settings = AddSettings(program, line);
-    const CLI::App* configure = AddConfigure(program, line);
     AddRegisters(program, line);
     const auto isFirstWord = [&](const CLI::App* command) { return command->check_name(argv[1]); };
     if (argc > 1 && argv[1][0] != '-' && program.get_subcommands(isFirstWord).empty()) {
@@ -231,6 +231,10 @@ int Run(int argc, char** argv) {
 
     if (devices->parsed()) {
         return ListDevices(line.Scene);
+    }
+    if (configure->parsed()) {
+        line.Configure.Scene = line.Scene;
+        return Configure(line.Configure);
     }
     line.Streams.Scene = line.Scene;
     line.Streams.Scene.Time =
@@ -252,10 +256,6 @@ int Run(int argc, char** argv) {
     }
     if (settings->parsed()) {
         return ShowSettings(line.Scene, line.Card, line.Assignments);
-    }
-    if (configure->parsed()) {
-        line.Configure.Scene = line.Scene;
-        return Configure(line.Configure);
     }
     return ShowRegisters(line.Scene, line.Card);
 }
