@@ -103,6 +103,14 @@ INT_PTR OnItemExpanding(HWND page, const NMTREEVIEWW& expansion) {
     return AnswerNotification(page, expansion.action != TVE_EXPAND);
 }
 
+// Wine's tree view folds an item away whatever the page answers.
+INT_PTR OnItemExpanded(HWND page, const NMTREEVIEWW& expansion) {
+    if (expansion.action == TVE_COLLAPSE) {
+        TreeView_Expand(ClockTree(page), expansion.itemNew.hItem, TVE_EXPAND);
+    }
+    return TRUE;
+}
+
 INT_PTR OnKeyDown(HWND page, const NMTVKEYDOWN& key) {
     if (key.wVKey == VK_F10 && GetKeyState(VK_SHIFT) < 0 && !IsDraggingCard(page)) {
         ShowMenuOfSelectedItem(page);
@@ -138,6 +146,8 @@ INT_PTR OnNotify(HWND page, NMHDR& notification) {
         return TRUE;
     case TVN_ITEMEXPANDINGW:
         return OnItemExpanding(page, reinterpret_cast<NMTREEVIEWW&>(notification));
+    case TVN_ITEMEXPANDEDW:
+        return OnItemExpanded(page, reinterpret_cast<NMTREEVIEWW&>(notification));
     case TVN_KEYDOWN:
         return OnKeyDown(page, reinterpret_cast<NMTVKEYDOWN&>(notification));
     case NM_RCLICK:

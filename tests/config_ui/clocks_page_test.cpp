@@ -123,8 +123,8 @@ TEST_F(ClocksPageTest, CardsAreDraggedIntoAGroupAndOutOfIt) {
         Tree().Drag(move.Card, move.Place);
         EXPECT_EQ(Outline(), move.Outline);
         EXPECT_EQ(Told(), move.Told);
-        EXPECT_EQ(Tree().Highlighted(), u"");
     }
+    EXPECT_EQ(Tree().Highlighted(), u"");
     EXPECT_TRUE(Shown().CanApply());
     EXPECT_EQ(Saved(0).Source, std::nullopt) << "nothing is saved before Apply";
 
@@ -143,6 +143,7 @@ TEST_F(ClocksPageTest, AMoveThatIsRefusedIsNoChange) {
     Tree().Drag(u"C", u"D");
     EXPECT_EQ(Told(), AnotherMaster);
     EXPECT_EQ(LastStyle(), UINT{MB_ICONHAND});
+    EXPECT_EQ(Tree().Highlighted(), u"");
     Tree().Drag(u"A", u"D");
     Tree().Drag(u"C", u"C");
     EXPECT_EQ(Outline(), before);
