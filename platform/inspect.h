@@ -16,6 +16,9 @@ struct Usage {
     int GlobalBlocks;  // GlobalAlloc blocks
     int HeapBlocks;    // HeapAlloc blocks
     int HeldMutexes;   // mutexes that a thread of this process holds
+    int Windows;       // windows that have not been destroyed
+    int UserObjects;   // menus, cursors, bitmaps, fonts, image lists, property pages
+    int Timers;        // timers that are set
     bool operator==(const Usage&) const = default;
 };
 Usage CurrentUsage();
@@ -30,6 +33,16 @@ struct MessageBoxRecord {
 std::vector<MessageBoxRecord> MessageBoxes();
 void ClearMessageBoxes();
 void AnswerMessageBoxes(int button);
+
+// Help is not shown but recorded, oldest first.
+struct HelpRequest {
+    HWND Window;
+    std::u16string File;
+    UINT Command;  // HELP_
+    ULONG_PTR Data;
+};
+std::vector<HelpRequest> HelpRequests();
+void ClearHelpRequests();
 
 // The machine's event log, oldest first.
 struct EventRecord {

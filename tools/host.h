@@ -20,4 +20,7 @@ void SendPowerEvent(PowerEvent event);
 
 bool StandardErrorIsTerminal();
 
+// Whether windows can be seen here.
+bool HostShowsWindows();
+
 }  // namespace kestvox

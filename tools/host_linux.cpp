@@ -39,4 +39,8 @@ bool StandardErrorIsTerminal() {
     return isatty(STDERR_FILENO) == 1;
 }
 
+bool HostShowsWindows() {
+    return false;
+}
+
 }  // namespace kestvox

@@ -33,6 +33,7 @@ struct CommandLine {
     std::string Time = "real";
     unsigned Card = 0;
     std::vector<std::string> Assignments;
+    ConfigureOptions Configure;
 };
 
 // The range stands in the error message; the help gives it in the option's own words.
@@ -179,6 +180,15 @@ CLI::App* AddSettings(CLI::App& program, CommandLine& line) {
     return command;
 }
 
+CLI::App* AddConfigure(CLI::App& program, CommandLine& line) {
+    CLI::App* command = program.add_subcommand(
+        "configure", "Show the configuration sheet; where there is no screen, print what is on it");
+    AddSceneOptions(*command, line.Scene);
+    command->add_flag("--text", line.Configure.Text, "Print each page's controls and their state");
+    command->add_flag("--step", line.Configure.Step, "The same, waiting for Enter after each page");
+    return command;
+}
+
 CLI::App* AddRegisters(CLI::App& program, CommandLine& line) {
     CLI::App* command = program.add_subcommand("registers", "Show what a card was last told");
     AddMachineOption(*command, line.Scene);
@@ -201,6 +211,7 @@ int Run(int argc, char** argv) {
     CLI::App program("Plays on, lists and looks into the Kestrelvox cards", "kestvox");
     program.require_subcommand(1);
     const CLI::App* devices = AddDevices(program, line);
+    const CLI::App* configure = AddConfigure(program, line);
     const CLI::App* play = AddPlay(program, line);
     const CLI::App* record = AddRecord(program, line);
     const CLI::App* loopback = AddLoopback(program, line);
@@ -220,6 +231,10 @@ int Run(int argc, char** argv) {
 
     if (devices->parsed()) {
         return ListDevices(line.Scene);
+    }
+    if (configure->parsed()) {
+        line.Configure.Scene = line.Scene;
+        return Configure(line.Configure);
     }
     line.Streams.Scene = line.Scene;
     line.Streams.Scene.Time =

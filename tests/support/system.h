@@ -37,6 +37,19 @@ struct MessageBoxShown {
 };
 std::vector<MessageBoxShown> MessageBoxes();
 
+// The button that message boxes are answered with from now on; IDOK at first.
+void AnswerMessageBoxes(int button);
+
+// The calls of WinHelpW since the machine is fresh.
+struct HelpRequest {
+    std::u16string File;
+    UINT Command;
+    ULONG_PTR Data;
+
+    bool operator==(const HelpRequest&) const = default;
+};
+std::vector<HelpRequest> HelpShown();
+
 struct LoggedEvent {
     std::u16string Source;
     WORD Type;

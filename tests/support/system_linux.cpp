@@ -15,6 +15,8 @@ constexpr size_t PageSize = 4096;
 void FreshMachine() {
     platform::UseMachine("");
     platform::ClearMessageBoxes();
+    platform::AnswerMessageBoxes(IDOK);
+    platform::ClearHelpRequests();
 }
 
 void UnloadWaveDriver() {
@@ -29,7 +31,9 @@ std::string Usage() {
     const platform::Usage usage = platform::CurrentUsage();
     return std::to_string(usage.Handles) + " handles, " + std::to_string(usage.Threads) + " threads, " +
            std::to_string(usage.GlobalBlocks) + " global blocks, " + std::to_string(usage.HeapBlocks) +
-           " heap blocks, " + std::to_string(usage.HeldMutexes) + " mutexes held";
+           " heap blocks, " + std::to_string(usage.HeldMutexes) + " mutexes held, " +
+           std::to_string(usage.Windows) + " windows, " + std::to_string(usage.UserObjects) +
+           " menus, pictures and the like, " + std::to_string(usage.Timers) + " timers";
 }
 
 void* TakePage() {
@@ -45,6 +49,18 @@ std::vector<MessageBoxShown> MessageBoxes() {
     std::vector<MessageBoxShown> shown;
     for (const platform::MessageBoxRecord& box : platform::MessageBoxes()) {
         shown.push_back({box.Text, box.Style});
+    }
+    return shown;
+}
+
+void AnswerMessageBoxes(int button) {
+    platform::AnswerMessageBoxes(button);
+}
+
+std::vector<HelpRequest> HelpShown() {
+    std::vector<HelpRequest> shown;
+    for (const platform::HelpRequest& request : platform::HelpRequests()) {
+        shown.push_back({request.File, request.Command, request.Data});
     }
     return shown;
 }
