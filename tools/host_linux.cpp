@@ -14,6 +14,10 @@ bool MachineOutlivesProcess() {
     return !platform::MachineName().empty();
 }
 
+bool CardsAreSimulated() {
+    return true;
+}
+
 void UnloadWaveDriver() {
     platform::UnloadWaveDriver();
 }
