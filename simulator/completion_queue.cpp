@@ -46,7 +46,7 @@ void CompletionQueue::Forget(uint32_t file) {
 }
 
 void CompletionQueue::Deliver() {
-    const std::unique_lock<std::mutex> hold = Hold();
+    const std::unique_lock<host::Lock> hold = Hold();
     std::deque<Call> calls;
     {
         const host::MachineGuard guard;

@@ -40,7 +40,7 @@ public:
 
     // Keeps Deliver, on any thread, from beginning: take it before the machine's lock and before
     // Forget, and no call for the file leaves after it.
-    std::unique_lock<std::mutex> Hold() { return std::unique_lock<std::mutex>(delivering_); }
+    std::unique_lock<host::Lock> Hold() { return std::unique_lock<host::Lock>(delivering_); }
 
 private:
     struct Call {
@@ -50,7 +50,7 @@ private:
         int64_t Due;
     };
 
-    std::mutex delivering_;
+    host::Lock delivering_;
     std::deque<Call> ready_;
     std::vector<Call> late_;
 };

@@ -9,6 +9,22 @@
 
 namespace simulator::host {
 
+// A lock for the threads of this process. When the end of the process has stopped a thread that held it, the
+// last thread does not wait for it. BasicLockable; not recursive.
+class Lock {
+public:
+    Lock();
+    ~Lock();
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+    void lock();
+    void unlock();
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
 // --- what the processes of a machine share -----------------------------------------------------
 
 // The simulator's memory, the same for all processes of the machine. `create` runs once, on

@@ -3,6 +3,8 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <mutex>
+
 #include "platform/device.h"
 #include "platform/machine.h"
 #include "platform/time_source.h"
@@ -47,6 +49,18 @@ public:
 TimerAdapter timerAdapter;
 
 }  // namespace
+
+struct Lock::State {
+    std::mutex Mutex;
+};
+Lock::Lock() : state_(std::make_unique<State>()) {}
+Lock::~Lock() = default;
+void Lock::lock() {
+    state_->Mutex.lock();
+}
+void Lock::unlock() {
+    state_->Mutex.unlock();
+}
 
 void* MapMachine(size_t size, void (*create)(void* memory)) {
     return platform::MapMachineRegion("simulator", size, create);

@@ -78,7 +78,7 @@ DWORD KernelDriver::Open(const WCHAR* path, void** file) {
 
 void KernelDriver::Close(void* closing) {
     OpenFile* file = static_cast<OpenFile*>(closing);
-    const std::unique_lock<std::mutex> hold = side_.Completions.Hold();
+    const std::unique_lock<host::Lock> hold = side_.Completions.Hold();
     const host::MachineGuard guard;
     MachineState& machine = Machine();
     const int64_t now = machine.Now();
@@ -142,7 +142,7 @@ DWORD KernelDriver::Control(void* opened, host::Request& request) {
     DWORD result = ERROR_SUCCESS;
     {
         // Once the routine has been taken away, no call of it is on its way any more.
-        std::unique_lock<std::mutex> hold;
+        std::unique_lock<host::Lock> hold;
         if (request.Code == SetCompletionRoutine) {
             hold = side_.Completions.Hold();
         }

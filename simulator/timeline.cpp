@@ -53,7 +53,7 @@ bool Timeline::MoveTo(int64_t target, bool toBufferEnd) {
         const host::MachineGuard guard;
         mayWait = !side_.OnCompletionThread();
     }
-    std::unique_lock<std::mutex> turn(turn_, std::defer_lock);
+    std::unique_lock<host::Lock> turn(turn_, std::defer_lock);
     if (mayWait) {
         turn.lock();
         host::WaitUntilQuiet(QuietMilliseconds);  // what requests set off before

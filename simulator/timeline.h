@@ -61,7 +61,7 @@ private:
 
     ProcessSide& side_;
     const bool stepped_;
-    std::mutex turn_;  // of the mover that waits for the driver; before the machine's lock
+    host::Lock turn_;  // of the mover that waits for the driver; before the machine's lock
     std::atomic<bool> ending_ = false;
     std::thread thread_;
 };

@@ -74,13 +74,13 @@ std::string TraceEntry::Text() const {
 }
 
 uint64_t TraceLog::Begin(TraceEntry entry) {
-    const std::lock_guard<std::mutex> guard(mutex_);
+    const std::lock_guard<host::Lock> guard(mutex_);
     entries_.push_back(std::move(entry));
     return first_ + entries_.size() - 1;
 }
 
 void TraceLog::Finish(uint64_t number, std::span<const uint8_t> output, uint32_t result) {
-    const std::lock_guard<std::mutex> guard(mutex_);
+    const std::lock_guard<host::Lock> guard(mutex_);
     if (number < first_) {
         return;  // cleared meanwhile
     }
@@ -90,12 +90,12 @@ void TraceLog::Finish(uint64_t number, std::span<const uint8_t> output, uint32_t
 }
 
 std::vector<TraceEntry> TraceLog::Entries() const {
-    const std::lock_guard<std::mutex> guard(mutex_);
+    const std::lock_guard<host::Lock> guard(mutex_);
     return {entries_.begin(), entries_.end()};
 }
 
 void TraceLog::Clear() {
-    const std::lock_guard<std::mutex> guard(mutex_);
+    const std::lock_guard<host::Lock> guard(mutex_);
     first_ += entries_.size();
     entries_.clear();
 }

@@ -3,10 +3,10 @@
 
 #include <cstdint>
 #include <deque>
-#include <mutex>
 #include <span>
 #include <vector>
 
+#include "simulator/host.h"
 #include "simulator/trace.h"
 
 namespace simulator {
@@ -21,7 +21,7 @@ public:
     void Clear();
 
 private:
-    mutable std::mutex mutex_;
+    mutable host::Lock mutex_;
     std::deque<TraceEntry> entries_;
     uint64_t first_ = 0;  // number of entries_'s first
 };

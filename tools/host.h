@@ -11,12 +11,11 @@ bool JoinMachine(const std::string& name);
 // Whether what this process stores outlives it.
 bool MachineOutlivesProcess();
 
+// Whether the wave calls of this process lead to simulated cards, and not to those of the computer.
+bool CardsAreSimulated();
+
 // Closes every wave device of the process and unloads the driver; the next wave call loads it again.
 void UnloadWaveDriver();
-
-// Tells the driver of this process that the computer goes to sleep or has woken up, as the system does.
-enum class PowerEvent { Suspend, Resume };
-void SendPowerEvent(PowerEvent event);
 
 bool StandardErrorIsTerminal();
 

@@ -1,11 +1,7 @@
-#include <windows.h>
-#include <mmddk.h>
-
 #include <unistd.h>
 
 #include "platform/inspect.h"
 #include "platform/machine.h"
-#include "tools/command_error.h"
 #include "tools/host.h"
 
 namespace kestvox {
@@ -18,21 +14,12 @@ bool MachineOutlivesProcess() {
     return !platform::MachineName().empty();
 }
 
-void UnloadWaveDriver() {
-    platform::UnloadWaveDriver();
+bool CardsAreSimulated() {
+    return true;
 }
 
-void SendPowerEvent(PowerEvent event) {
-    const HMODULE driver = LoadLibraryW(TEXT("kestvox.dll"));
-    const auto driverProc =
-        driver ? reinterpret_cast<DRIVERPROC>(reinterpret_cast<void*>(GetProcAddress(driver, "DriverProc")))
-               : nullptr;
-    if (!driverProc) {
-        throw CommandError("the driver takes no power events");
-    }
-    driverProc(0, nullptr, DRV_POWER, event == PowerEvent::Suspend ? PWR_SUSPENDREQUEST : PWR_SUSPENDRESUME,
-               0);
-    FreeLibrary(driver);
+void UnloadWaveDriver() {
+    platform::UnloadWaveDriver();
 }
 
 bool StandardErrorIsTerminal() {

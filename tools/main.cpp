@@ -196,6 +196,18 @@ CLI::App* AddRegisters(CLI::App& program, CommandLine& line) {
     return command;
 }
 
+CLI::App* AddInstall(CLI::App& program, CommandLine& line) {
+    CLI::App* command = program.add_subcommand("install", "Set the driver up, as the control panel does");
+    AddMachineOption(*command, line.Scene);
+    return command;
+}
+
+CLI::App* AddRemove(CLI::App& program, CommandLine& line) {
+    CLI::App* command = program.add_subcommand("remove", "Take the driver out of the system again");
+    AddMachineOption(*command, line.Scene);
+    return command;
+}
+
 // One line, whatever the text.
 int Refuse(const char* why) noexcept {
     std::fputs("kestvox: ", stderr);
@@ -210,12 +222,16 @@ int Run(int argc, char** argv) {
     CommandLine line;
     CLI::App program("Plays on, lists and looks into the Kestrelvox cards", "kestvox");
     program.require_subcommand(1);
+    // A word that begins with a slash is a file name, on Windows, too.
+    program.allow_windows_style_options(false);
     const CLI::App* devices = AddDevices(program, line);
     const CLI::App* configure = AddConfigure(program, line);
     const CLI::App* play = AddPlay(program, line);
     const CLI::App* record = AddRecord(program, line);
     const CLI::App* loopback = AddLoopback(program, line);
     const CLI::App* settings = AddSettings(program, line);
+    const CLI::App* install = AddInstall(program, line);
+    const CLI::App* remove = AddRemove(program, line);
     AddRegisters(program, line);
     const auto isFirstWord = [&](const CLI::App* command) { return command->check_name(argv[1]); };
     if (argc > 1 && argv[1][0] != '-' && program.get_subcommands(isFirstWord).empty()) {
@@ -256,6 +272,12 @@ int Run(int argc, char** argv) {
     }
     if (settings->parsed()) {
         return ShowSettings(line.Scene, line.Card, line.Assignments);
+    }
+    if (install->parsed()) {
+        return InstallDriver(line.Scene.Machine);
+    }
+    if (remove->parsed()) {
+        return RemoveDriver(line.Scene.Machine);
     }
     return ShowRegisters(line.Scene, line.Card);
 }

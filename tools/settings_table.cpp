@@ -111,9 +111,7 @@ StoredValue ParseText(const Setting& setting, std::string_view text, size_t long
     if (wide.size() > longest) {
         Refuse(setting, text, "longer than " + std::to_string(longest) + " characters");
     }
-    StoredValue stored{.Type = REG_SZ, .Bytes = std::vector<uint8_t>((wide.size() + 1) * sizeof(WCHAR))};
-    std::memcpy(stored.Bytes.data(), wide.c_str(), stored.Bytes.size());
-    return stored;
+    return TextValue(wide);
 }
 
 StoredValue ParseCard(const Setting& setting, std::string_view text) {
@@ -158,26 +156,15 @@ StoredValue ParseMixer(const Setting& setting, std::string_view text) {
     return BinaryValue(block);
 }
 
-std::optional<WideText> TextOf(const StoredValue& value) {
-    if (value.Type != REG_SZ) {
-        return std::nullopt;
-    }
-    WideText text(value.Bytes.size() / sizeof(WCHAR), 0);
-    std::memcpy(text.data(), value.Bytes.data(), text.size() * sizeof(WCHAR));
-    return text.substr(0, text.find(WCHAR{0}));
-}
-
 std::optional<std::string> ShowName(const StoredValue& value) {
-    const std::optional<WideText> text = TextOf(value);
-    return text ? std::optional(Narrow(text->substr(0, LongestName))) : std::nullopt;
+    return value.Type == REG_SZ ? std::optional(Narrow(TextOf(value).substr(0, LongestName))) : std::nullopt;
 }
 
 std::optional<std::string> ShowCard(const StoredValue& value) {
-    const std::optional<WideText> stored = TextOf(value);
-    if (!stored) {
+    if (value.Type != REG_SZ) {
         return std::nullopt;
     }
-    const WideText path = stored->substr(0, LongestPath);
+    const WideText path = TextOf(value).substr(0, LongestPath);
     if (path.empty()) {
         return "(follows no card)";
     }

@@ -9,16 +9,10 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
+
+#include "tools/registry_value.h"
 
 namespace kestvox {
-
-// What the registry holds for one setting.
-struct StoredValue {
-    DWORD Type = REG_BINARY;
-    std::vector<uint8_t> Bytes;
-    bool operator==(const StoredValue&) const = default;
-};
 
 enum class SettingKind {
     Name,   // REG_SZ

@@ -236,6 +236,11 @@ DWORD WINAPI timeGetTime();
 MMRESULT WINAPI timeBeginPeriod(UINT uPeriod);
 MMRESULT WINAPI timeEndPeriod(UINT uPeriod);
 
+HDRVR WINAPI OpenDriver(LPCWSTR szDriverName, LPCWSTR szSectionName, LPARAM lParam2);
+LRESULT WINAPI CloseDriver(HDRVR hDriver, LPARAM lParam1, LPARAM lParam2);
+LRESULT WINAPI SendDriverMessage(HDRVR hDriver, UINT message, LPARAM lParam1, LPARAM lParam2);
+HMODULE WINAPI GetDriverModuleHandle(HDRVR hDriver);
+HMODULE WINAPI DrvGetModuleHandle(HDRVR hDriver);
 LRESULT WINAPI DefDriverProc(DWORD_PTR dwDriverIdentifier, HDRVR hdrvr, UINT uMsg, LPARAM lParam1,
                              LPARAM lParam2);
 

@@ -4,8 +4,8 @@
 #include <mmsystem.h>
 #include <mmddk.h>
 
-BOOL WINAPI DriverCallback(DWORD_PTR target, DWORD flags, HDRVR device, DWORD message, DWORD_PTR user,
-                           DWORD_PTR first, DWORD_PTR second) {
+extern "C" BOOL WINAPI DriverCallback(DWORD_PTR target, DWORD flags, HDRVR device, DWORD message,
+                                      DWORD_PTR user, DWORD_PTR first, DWORD_PTR second) {
     if (target == 0) {
         return FALSE;
     }

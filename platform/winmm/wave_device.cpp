@@ -10,8 +10,8 @@
 #include <mutex>
 #include <vector>
 
-#include "platform/inspect.h"
-#include "platform/kernel/handles.h"
+#include "platform/winmm/host.h"
+#include "platform/winmm/installable_driver.h"
 
 namespace platform {
 
@@ -96,11 +96,6 @@ UINT CountDevices(const WaveDriverUse& driver, WaveDirection direction) {
     return driver.Serves(direction) ? driver.Send(direction, 0, message, 0, 0, 0) : 0;
 }
 
-bool IsEvent(DWORD_PTR handle) {
-    const std::shared_ptr<KernelObject> object = FindObject(reinterpret_cast<HANDLE>(handle));
-    return object && object->Kind() == HandleKind::Event;
-}
-
 MMRESULT CheckOpenFlags(const WaveOpenRequest& request) {
     constexpr DWORD kKnown =
         CALLBACK_TYPEMASK | WAVE_FORMAT_QUERY | WAVE_ALLOWSYNC | WAVE_MAPPED | WAVE_FORMAT_DIRECT;
@@ -119,7 +114,7 @@ MMRESULT CheckOpenFlags(const WaveOpenRequest& request) {
         valid = request.Callback != 0;
         break;
     case CALLBACK_EVENT:
-        valid = IsEvent(request.Callback);
+        valid = host::IsEvent(reinterpret_cast<HANDLE>(request.Callback));
         break;
     default:
         return MMSYSERR_INVALFLAG;
@@ -344,6 +339,7 @@ MMRESULT SendWaveOrId(WaveDirection direction, WaveHandle device, UINT message, 
 }
 
 void UnloadWaveDriver() {
+    CloseInstallableDrivers();
     for (const std::shared_ptr<Device>& device : TheDevices().All()) {
         SendWave(device->Direction, device->Handle, MessagesOf(device->Direction).Reset);
         CloseWave(device->Direction, device->Handle);

@@ -1,12 +1,9 @@
 #include "platform/winmm/wave_driver.h"
 
 #include <condition_variable>
-#include <cstdlib>
 #include <mutex>
-#include <string>
-#include <thread>
 
-#include "platform/text/unicode.h"
+#include "platform/winmm/host.h"
 
 namespace platform {
 
@@ -20,9 +17,9 @@ struct Library {
     WaveEntry Entries[2] = {};  // by WaveDirection; null when the driver does not have that one
     LRESULT Id = 0;             // what the driver made of DRV_OPEN
 
-    LRESULT Send(DWORD_PTR id, UINT message) const {
+    LRESULT Send(DWORD_PTR id, UINT message, LPARAM first = 0, LPARAM second = 0) const {
         // Drivers want a handle of themselves; this one means nothing but that it is not null.
-        return Procedure(id, reinterpret_cast<HDRVR>(Module), message, 0, 0);
+        return Procedure(id, reinterpret_cast<HDRVR>(Module), message, first, second);
     }
 };
 
@@ -32,7 +29,7 @@ struct Driver {
     std::mutex Lock;  // guards the rest; never held while the driver runs
     std::condition_variable Changed;
     State Now = State::NotLoaded;
-    std::thread::id LoadingThread;
+    DWORD LoadingThread = 0;
     int Uses = 0;
     Library Code;  // constant while Loaded
 };
@@ -40,11 +37,6 @@ struct Driver {
 Driver& TheDriver() {
     static auto* const driver = new Driver;
     return *driver;
-}
-
-std::u16string DriverPath() {
-    const char* const path = std::getenv("KESTVOX_DRIVER");
-    return path && *path ? ToUtf16(path) : u"kestvox.dll";
 }
 
 // False when the driver refuses; then it has had the messages that undo those it accepted.
@@ -75,7 +67,7 @@ Function Import(HMODULE module, LPCSTR name) {
 }
 
 bool Load(Library* library) {
-    library->Module = LoadLibraryW(DriverPath().c_str());
+    library->Module = host::LoadDriverLibrary();
     if (!library->Module) {
         return false;
     }
@@ -85,14 +77,14 @@ bool Load(Library* library) {
     if (library->Procedure && Start(library)) {
         return true;
     }
-    FreeLibrary(library->Module);
+    host::FreeDriverLibrary(library->Module);
     return false;
 }
 
 // REQUIRES: `hold` has the driver's lock, which is given up while the driver loads.
 void LoadOnce(Driver& driver, std::unique_lock<std::mutex>& hold) {
     driver.Now = State::Loading;
-    driver.LoadingThread = std::this_thread::get_id();
+    driver.LoadingThread = GetCurrentThreadId();
     hold.unlock();
     Library library;
     const bool loaded = Load(&library);
@@ -108,7 +100,7 @@ WaveDriverUse::WaveDriverUse() {
     Driver& driver = TheDriver();
     std::unique_lock hold(driver.Lock);
     // A driver that calls the wave functions while it loads finds itself not loaded.
-    while (driver.Now == State::Loading && driver.LoadingThread != std::this_thread::get_id()) {
+    while (driver.Now == State::Loading && driver.LoadingThread != GetCurrentThreadId()) {
         driver.Changed.wait(hold);
     }
     if (driver.Now == State::NotLoaded) {
@@ -128,6 +120,14 @@ WaveDriverUse::~WaveDriverUse() {
     const std::lock_guard hold(driver.Lock);
     --driver.Uses;
     driver.Changed.notify_all();
+}
+
+LRESULT WaveDriverUse::SendToDriver(DWORD_PTR id, UINT message, LPARAM first, LPARAM second) const {
+    return loaded_ ? TheDriver().Code.Send(id, message, first, second) : 0;
+}
+
+HMODULE WaveDriverUse::Module() const {
+    return loaded_ ? TheDriver().Code.Module : nullptr;
 }
 
 bool WaveDriverUse::Serves(WaveDirection direction) const {
@@ -157,7 +157,7 @@ void ReleaseWaveDriver() {
     }
     hold.unlock();
     Stop(driver.Code);
-    FreeLibrary(driver.Code.Module);
+    host::FreeDriverLibrary(driver.Code.Module);
     hold.lock();
     driver.Now = State::NotLoaded;
 }

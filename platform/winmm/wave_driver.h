@@ -10,8 +10,8 @@ namespace platform {
 enum class WaveDirection { Out, In };
 
 // A stretch of time in which the driver stays loaded. The first one of the process loads it: the
-// library "kestvox.dll" (or the one that the environment variable KESTVOX_DRIVER names), then
-// DRV_LOAD, DRV_ENABLE and DRV_OPEN. A driver that does not load is not tried again before
+// library "kestvox.dll" (or the one that the host takes in its place), then DRV_LOAD, DRV_ENABLE and
+// DRV_OPEN. A driver that does not load is not tried again before
 // UnloadWaveDriver. While it is being unloaded, no new stretch finds it loaded.
 class WaveDriverUse {
 public:
@@ -28,11 +28,21 @@ public:
     DWORD Send(WaveDirection direction, UINT device, UINT message, DWORD_PTR user, DWORD_PTR first,
                DWORD_PTR second) const;
 
+    // To the driver's DriverProc; 0 when it is not loaded.
+    LRESULT SendToDriver(DWORD_PTR id, UINT message, LPARAM first, LPARAM second) const;
+
+    // Null when it is not loaded.
+    HMODULE Module() const;
+
 private:
     bool loaded_;
 };
 
 // DRV_CLOSE, DRV_DISABLE, DRV_FREE and out with it, when all uses have ended. Not from inside one.
 void ReleaseWaveDriver();
+
+// Closes every device still open, tells the driver its last messages and unloads it; the next wave
+// call starts afresh.
+void UnloadWaveDriver();
 
 }  // namespace platform

@@ -138,6 +138,28 @@ public:
     const std::string Name;
 };
 
+TEST(CommandLine, InstallsTheDriverAndTakesItOut) {
+    const NamedMachine machine;
+    const auto run = [&](const char* command) { return RunCommand({command, "--machine", machine.Name}); };
+    for (int time = 1; time <= 2; ++time) {
+        const CommandResult installed = run("install");
+        ASSERT_EQ(installed.Status, 0) << installed.Errors;
+        EXPECT_EQ(installed.Values("    Start"), Words{"REG_DWORD 1"});
+        EXPECT_EQ(installed.Values("    ImagePath"),
+                  Words{"REG_EXPAND_SZ \\SystemRoot\\System32\\drivers\\kestvox.sys"});
+        EXPECT_EQ(installed.Values("    TypesSupported"), (Words{"REG_DWORD 7", "REG_DWORD 7"}));
+        EXPECT_EQ(installed.Values("    wave"), Words{"REG_SZ kestvox.dll"}) << "time " << time;
+        EXPECT_EQ(installed.Values("    kestvox.dll"), Words{"REG_SZ Kestrelvox"});
+        EXPECT_EQ(installed.Values("restart-needed"), Words{"yes"});
+    }
+    const CommandResult removed = run("remove");
+    EXPECT_EQ(removed.Values("    Start"), Words{"REG_DWORD 4"});
+    EXPECT_EQ(removed.Values("    TypesSupported").size(), 2u) << "only the service is disabled";
+    EXPECT_EQ(removed.Values("    wave"), Words{});
+    EXPECT_EQ(removed.Values("    kestvox.dll"), Words{});
+    EXPECT_EQ(run("remove").Errors, "kestvox: the driver is not installed\n");
+}
+
 TEST(CommandLine, KeepsSettingsAndRegistersOnANamedMachine) {
     const NamedMachine machine;
     const ScratchFolder folder;

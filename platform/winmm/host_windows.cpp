@@ -1,0 +1,70 @@
+#include <string>
+
+#include "platform/winmm/host.h"
+#include "platform/winmm/wave_driver.h"
+#include "platform/winmm/windows/simulated_cards.h"
+#include "platform/winmm/windows/system_library.h"
+#include "simulator/attach.h"
+
+namespace platform::host {
+
+namespace {
+
+// The file beside this library.
+std::wstring DriverPath() {
+    static const WCHAR here = 0;
+    MEMORY_BASIC_INFORMATION memory = {};
+    WCHAR path[MAX_PATH + 1] = {};
+    if (VirtualQuery(&here, &memory, sizeof memory) == 0) {
+        return {};
+    }
+    const DWORD length = GetModuleFileNameW(static_cast<HMODULE>(memory.AllocationBase), path, MAX_PATH);
+    const std::wstring whole(path, length);
+    return whole.substr(0, whole.find_last_of(L'\\') + 1) + L"kestvox.dll";
+}
+
+// A function of the system's library, called as this library's own of the same name.
+template <typename Function, typename... Arguments>
+auto CallSystem(Function*, const char* name, Arguments... arguments) {
+    const auto function = reinterpret_cast<Function*>(reinterpret_cast<void*>(FindInSystemLibrary(name)));
+    return function ? function(arguments...) : decltype(function(arguments...)){};
+}
+
+}  // namespace
+
+HMODULE LoadDriverLibrary() {
+    return PutUpCards() ? simulator::LoadAttached(DriverPath().c_str()) : nullptr;
+}
+
+void FreeDriverLibrary(HMODULE library) {
+    FreeLibrary(library);
+    TakeAwayCards();
+}
+
+// Any object's handle is taken: the system does not tell what it is of.
+bool IsEvent(HANDLE handle) {
+    DWORD flags = 0;
+    return GetHandleInformation(handle, &flags) != FALSE;
+}
+
+HDRVR OpenOtherDriver(LPCWSTR name, LPCWSTR section, LPARAM parameter) {
+    return CallSystem(OpenDriver, "OpenDriver", name, section, parameter);
+}
+
+LRESULT SendToOtherDriver(HDRVR driver, UINT message, LPARAM first, LPARAM second) {
+    return CallSystem(SendDriverMessage, "SendDriverMessage", driver, message, first, second);
+}
+
+LRESULT CloseOtherDriver(HDRVR driver, LPARAM first, LPARAM second) {
+    return CallSystem(CloseDriver, "CloseDriver", driver, first, second);
+}
+
+HMODULE ModuleOfOtherDriver(HDRVR driver) {
+    return CallSystem(GetDriverModuleHandle, "GetDriverModuleHandle", driver);
+}
+
+}  // namespace platform::host
+
+extern "C" void WINAPI KestvoxUnloadDriver() {
+    platform::UnloadWaveDriver();
+}

@@ -1,0 +1,173 @@
+#include "simulator/windows/redirected_calls.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <mutex>
+#include <string_view>
+#include <vector>
+
+#include "simulator/attach.h"
+#include "simulator/host.h"
+#include "simulator/windows/device_files.h"
+#include "simulator/windows/procedure_calls.h"
+
+namespace simulator {
+namespace {
+
+std::atomic<host::Timer*> installedTimer{nullptr};
+
+void WINAPI SleepOnTimer(DWORD milliseconds) {
+    if (host::Timer* timer = installedTimer) {
+        timer->Sleep(milliseconds);
+    } else {
+        Sleep(milliseconds);
+    }
+}
+
+DWORD WINAPI ReadTimer() {
+    return TimerMilliseconds();
+}
+
+// --- calls that fail on demand ----------------------------------------------------------------------
+
+// How many calls of a function are left until each of its failures.
+class Countdown {
+public:
+    bool Strike() {
+        if (!armed_) {
+            return false;
+        }
+        const std::lock_guard guard(lock_);
+        const size_t due = std::erase_if(left_, [](unsigned& left) { return --left == 0; });
+        armed_ = !left_.empty();
+        return due != 0;
+    }
+    void Add(unsigned nth) {
+        const std::lock_guard guard(lock_);
+        left_.push_back(nth);
+        armed_ = true;
+    }
+    void Clear() {
+        const std::lock_guard guard(lock_);
+        left_.clear();
+        armed_ = false;
+    }
+
+private:
+    std::atomic<bool> armed_{false};
+    host::Lock lock_;
+    std::vector<unsigned> left_;
+};
+
+// One function that can fail; `Number` tells those of one signature apart.
+template <unsigned Number, typename Result, typename... Arguments>
+struct Failable {
+    static inline Result(WINAPI* real)(Arguments...);
+    static inline Result failure;
+    static inline DWORD lastError;
+    static inline Countdown countdown;
+
+    static Result WINAPI Call(Arguments... arguments) {
+        if (countdown.Strike()) {
+            if (lastError != ERROR_SUCCESS) {
+                SetLastError(lastError);
+            }
+            return failure;
+        }
+        return real(arguments...);
+    }
+};
+
+struct FailableCall {
+    windows::Redirection To;
+    Countdown* Failures;
+};
+
+// A failing call of `name` answers `failure` and sets `lastError`, if there is one; any other goes to `real`.
+template <unsigned Number, typename Result, typename... Arguments>
+FailableCall MakeFailable(const char* name, Result(WINAPI* real)(Arguments...),
+                          std::type_identity_t<Result> failure, DWORD lastError) {
+    using Function = Failable<Number, Result, Arguments...>;
+    Function::real = real;
+    Function::failure = failure;
+    Function::lastError = lastError;
+    return {{name, reinterpret_cast<void*>(Function::Call)}, &Function::countdown};
+}
+
+// What each answers when the system runs out of what it needs, or forbids it.
+const auto& FailableCalls() {
+    static const std::array calls = {
+        MakeFailable<0>("CreateFileW", windows::OpenFileOrDevice, INVALID_HANDLE_VALUE, ERROR_FILE_NOT_FOUND),
+        MakeFailable<1>("QueueUserAPC", windows::QueueUserCall, 0, ERROR_NOT_ENOUGH_MEMORY),
+        MakeFailable<2>("WaitForSingleObjectEx", windows::WaitForObject, WAIT_FAILED, ERROR_INVALID_HANDLE),
+        MakeFailable<3>("CreateEventW", CreateEventW, nullptr, ERROR_NOT_ENOUGH_MEMORY),
+        MakeFailable<4>("CreateMutexW", CreateMutexW, nullptr, ERROR_NOT_ENOUGH_MEMORY),
+        MakeFailable<5>("CreateThread", CreateThread, nullptr, ERROR_NOT_ENOUGH_MEMORY),
+        MakeFailable<6>("HeapAlloc", HeapAlloc, nullptr, ERROR_SUCCESS),
+        MakeFailable<7>("GlobalAlloc", GlobalAlloc, nullptr, ERROR_NOT_ENOUGH_MEMORY),
+        MakeFailable<8>("GlobalReAlloc", GlobalReAlloc, nullptr, ERROR_NOT_ENOUGH_MEMORY),
+        MakeFailable<9>("GlobalLock", GlobalLock, nullptr, ERROR_DISCARDED),
+        MakeFailable<10>("RegisterEventSourceW", RegisterEventSourceW, nullptr, ERROR_NOT_ENOUGH_MEMORY),
+        MakeFailable<11>("RegOpenKeyExW", RegOpenKeyExW, ERROR_ACCESS_DENIED, ERROR_SUCCESS),
+        MakeFailable<12>("RegCreateKeyW", RegCreateKeyW, ERROR_ACCESS_DENIED, ERROR_SUCCESS),
+        MakeFailable<13>("RegSetValueExW", RegSetValueExW, ERROR_ACCESS_DENIED, ERROR_SUCCESS),
+    };
+    return calls;
+}
+
+template <typename Function>
+void* Address(Function* function) {
+    return reinterpret_cast<void*>(function);
+}
+
+std::vector<windows::Redirection> AllRedirections() {
+    std::vector<windows::Redirection> all = {
+        {"DeviceIoControl", Address(windows::ControlDevice)},
+        {"CloseHandle", Address(windows::CloseAnyHandle)},
+        {"SleepEx", Address(windows::SleepAlertably)},
+        {"Sleep", Address(SleepOnTimer)},
+        {"timeGetTime", Address(ReadTimer)},
+    };
+    for (const FailableCall& call : FailableCalls()) {
+        all.push_back(call.To);
+    }
+    return all;
+}
+
+}  // namespace
+
+void host::InstallTimer(Timer* timer) {
+    installedTimer = timer;
+}
+
+DWORD TimerMilliseconds() {
+    host::Timer* timer = installedTimer;
+    return timer ? timer->Milliseconds() : static_cast<DWORD>(host::Nanoseconds() / 1000000);
+}
+
+namespace windows {
+
+std::span<const Redirection> RedirectedCalls() {
+    static const std::vector<Redirection> all = AllRedirections();
+    return all;
+}
+
+bool ArmFailure(const std::string& function, unsigned nth) {
+    for (const FailableCall& call : FailableCalls()) {
+        if (function == call.To.Function) {
+            call.Failures->Add(nth);
+            return true;
+        }
+    }
+    return false;
+}
+
+void DisarmFailures() {
+    for (const FailableCall& call : FailableCalls()) {
+        call.Failures->Clear();
+    }
+}
+
+}  // namespace windows
+}  // namespace simulator

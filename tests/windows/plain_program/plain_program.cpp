@@ -1,0 +1,238 @@
+// A wave program that knows nothing of the simulated cards. Run beside the winmm.dll that leads to them, it
+// plays, loops, resets and records, and tells of every step whether it went as the system's documentation
+// promises. The exit status is the number of steps that did not.
+#include <windows.h>
+#include <mmsystem.h>
+
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+namespace {
+
+constexpr WAVEFORMATEX Stereo = {WAVE_FORMAT_PCM, 2, 44100, 176400, 4, 16, 0};
+constexpr DWORD BufferFrames = 4410;
+constexpr DWORD BufferBytes = BufferFrames * 4;
+constexpr DWORD LongTime = 30000;  // ms: only a program that hangs waits for it
+
+int failures = 0;
+
+void Step(const char* what, bool good) {
+    std::printf("%-6s %s\n", good ? "ok" : "WRONG", what);
+    failures += good ? 0 : 1;
+}
+
+struct Buffer {
+    explicit Buffer(DWORD bytes) : Bytes(bytes, 'k') {
+        Header.lpData = Bytes.data();
+        Header.dwBufferLength = bytes;
+    }
+    std::vector<char> Bytes;
+    WAVEHDR Header = {};
+    bool IsDone() const { return (const_cast<const volatile DWORD&>(Header.dwFlags) & WHDR_DONE) != 0; }
+};
+
+bool WaitFor(HANDLE event, const Buffer& buffer) {
+    while (!buffer.IsDone()) {
+        if (WaitForSingleObject(event, LongTime) != WAIT_OBJECT_0) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// --- playing -----------------------------------------------------------------------------------
+
+struct Player {
+    explicit Player(HANDLE event) : Event(event) {
+        Opened = waveOutOpen(&Device, 0, &Stereo, reinterpret_cast<DWORD_PTR>(event), 0, CALLBACK_EVENT);
+    }
+    HANDLE Event;
+    HWAVEOUT Device = nullptr;
+    MMRESULT Opened;
+
+    bool Write(Buffer& buffer) {
+        return waveOutPrepareHeader(Device, &buffer.Header, sizeof(WAVEHDR)) == MMSYSERR_NOERROR &&
+               waveOutWrite(Device, &buffer.Header, sizeof(WAVEHDR)) == MMSYSERR_NOERROR;
+    }
+    bool Unprepare(Buffer& buffer) {
+        return waveOutUnprepareHeader(Device, &buffer.Header, sizeof(WAVEHDR)) == MMSYSERR_NOERROR;
+    }
+    DWORD Position() {
+        MMTIME time = {};
+        time.wType = TIME_SAMPLES;
+        const MMRESULT result = waveOutGetPosition(Device, &time, sizeof time);
+        return result == MMSYSERR_NOERROR && time.wType == TIME_SAMPLES ? time.u.sample : 0xFFFFFFFF;
+    }
+    bool Close() { return waveOutClose(Device) == MMSYSERR_NOERROR; }
+};
+
+void PlayBuffers(HANDLE event) {
+    Player player(event);
+    Step("play: open", player.Opened == MMSYSERR_NOERROR);
+    const DWORD before = timeGetTime();
+    std::vector<Buffer> buffers(3, Buffer(BufferBytes));
+    bool written = true;
+    for (Buffer& buffer : buffers) {
+        buffer.Header.lpData = buffer.Bytes.data();
+        written = player.Write(buffer) && written;
+    }
+    Step("play: write", written);
+    Step("play: unprepare refused while playing", !player.Unprepare(buffers[2]));
+    bool back = true;
+    for (const Buffer& buffer : buffers) {
+        back = WaitFor(event, buffer) && back;
+    }
+    Step("play: every buffer is back", back);
+    Step("play: position", player.Position() == 3 * BufferFrames);
+    Step("play: took its time", timeGetTime() - before >= 3 * 100 - 2);
+    bool unprepared = true;
+    for (Buffer& buffer : buffers) {
+        unprepared = player.Unprepare(buffer) && unprepared;
+    }
+    Step("play: unprepare and close", unprepared && player.Close());
+}
+
+void PlayLoop(HANDLE event) {
+    Player player(event);
+    Buffer buffer(BufferBytes);
+    buffer.Header.dwFlags = WHDR_BEGINLOOP | WHDR_ENDLOOP;
+    buffer.Header.dwLoops = 3;
+    Step("loop: write", player.Write(buffer));
+    Step("loop: back after its passes", WaitFor(event, buffer) && player.Position() == 3 * BufferFrames);
+    Step("loop: close", player.Unprepare(buffer) && player.Close());
+}
+
+void PlayAndReset(HANDLE event) {
+    Player player(event);
+    Buffer first(100 * BufferBytes);
+    Buffer second(100 * BufferBytes);
+    Step("reset: write", player.Write(first) && player.Write(second));
+    Step("reset: close refused while playing", waveOutClose(player.Device) == WAVERR_STILLPLAYING);
+    Step("reset: reset", waveOutReset(player.Device) == MMSYSERR_NOERROR);
+    Step("reset: both are back", WaitFor(event, first) && WaitFor(event, second));
+    Step("reset: position", player.Position() == 0);
+    Step("reset: close", player.Unprepare(first) && player.Unprepare(second) && player.Close());
+}
+
+// --- recording ---------------------------------------------------------------------------------
+
+void Record(HANDLE event) {
+    HWAVEIN device = nullptr;
+    const auto callback = reinterpret_cast<DWORD_PTR>(event);
+    Step("record: open", waveInOpen(&device, 0, &Stereo, callback, 0, CALLBACK_EVENT) == MMSYSERR_NOERROR);
+    Buffer buffers[] = {Buffer(BufferBytes), Buffer(BufferBytes), Buffer(100 * BufferBytes)};
+    bool added = true;
+    for (Buffer& buffer : buffers) {
+        buffer.Header.lpData = buffer.Bytes.data();
+        added = waveInPrepareHeader(device, &buffer.Header, sizeof(WAVEHDR)) == MMSYSERR_NOERROR &&
+                waveInAddBuffer(device, &buffer.Header, sizeof(WAVEHDR)) == MMSYSERR_NOERROR && added;
+    }
+    Step("record: add", added);
+    Step("record: start", waveInStart(device) == MMSYSERR_NOERROR);
+    Step("record: two are full", WaitFor(event, buffers[0]) && WaitFor(event, buffers[1]) &&
+                                     buffers[0].Header.dwBytesRecorded == BufferBytes &&
+                                     buffers[1].Header.dwBytesRecorded == BufferBytes);
+    const std::vector<char> silence(BufferBytes, 0);
+    Step("record: silence, as nothing is plugged in",
+         buffers[0].Bytes == silence && buffers[1].Bytes == silence);
+    Step("record: reset", waveInReset(device) == MMSYSERR_NOERROR);
+    Step("record: the last one is back, not full",
+         WaitFor(event, buffers[2]) && buffers[2].Header.dwBytesRecorded < 100 * BufferBytes);
+    bool unprepared = true;
+    for (Buffer& buffer : buffers) {
+        unprepared =
+            waveInUnprepareHeader(device, &buffer.Header, sizeof(WAVEHDR)) == MMSYSERR_NOERROR && unprepared;
+    }
+    Step("record: unprepare and close", unprepared && waveInClose(device) == MMSYSERR_NOERROR);
+}
+
+// --- the rest of the multimedia system ---------------------------------------------------------
+
+void LookAtDevices() {
+    WAVEOUTCAPSA out = {};
+    WAVEINCAPSW in = {};
+    char text[MAXERRORLENGTH] = {};
+    Step("devices: two of each", waveOutGetNumDevs() == 2 && waveInGetNumDevs() == 2);
+    Step("devices: name of an output", waveOutGetDevCapsA(0, &out, sizeof out) == MMSYSERR_NOERROR &&
+                                           std::strcmp(out.szPname, "Kestrelvox Analog") == 0);
+    Step("devices: name of an input", waveInGetDevCapsW(1, &in, sizeof in) == MMSYSERR_NOERROR &&
+                                          lstrcmpW(in.szPname, L"Kestrelvox Digital") == 0);
+    Step("devices: no third", waveOutGetDevCapsA(2, &out, sizeof out) == MMSYSERR_BADDEVICEID);
+    Step("devices: text of an error",
+         waveOutGetErrorTextA(WAVERR_BADFORMAT, text, sizeof text) == MMSYSERR_NOERROR && text[0] != '\0');
+}
+
+std::vector<char> WaveFile() {
+    const DWORD sizes[] = {36 + BufferBytes, 16, BufferBytes};
+    std::vector<char> file;
+    const auto add = [&file](const void* bytes, size_t count) {
+        file.insert(file.end(), static_cast<const char*>(bytes), static_cast<const char*>(bytes) + count);
+    };
+    add("RIFF", 4);
+    add(&sizes[0], 4);
+    add("WAVEfmt ", 8);
+    add(&sizes[1], 4);
+    add(&Stereo, 16);
+    add("data", 4);
+    add(&sizes[2], 4);
+    file.resize(file.size() + BufferBytes);
+    return file;
+}
+
+void PlaySounds() {
+    const std::vector<char> file = WaveFile();
+    char folder[MAX_PATH] = {};
+    char path[MAX_PATH] = {};
+    GetTempPathA(MAX_PATH, folder);
+    GetTempFileNameA(folder, "kv", 0, path);
+    FILE* const out = std::fopen(path, "wb");
+    const bool stored = out && std::fwrite(file.data(), file.size(), 1, out) == 1 && std::fclose(out) == 0;
+    const DWORD before = timeGetTime();
+    Step("sound: a file, to its end",
+         stored && PlaySoundA(path, nullptr, SND_FILENAME | SND_SYNC) && timeGetTime() - before >= 100 - 2);
+    Step("sound: from memory, on and on",
+         sndPlaySoundA(file.data(), SND_MEMORY | SND_ASYNC | SND_LOOP) != FALSE);
+    Step("sound: not over another", !PlaySoundA(path, nullptr, SND_FILENAME | SND_ASYNC | SND_NOSTOP));
+    HWAVEOUT device = nullptr;
+    Step("sound: the device is taken",
+         waveOutOpen(&device, 0, &Stereo, 0, 0, CALLBACK_NULL) == MMSYSERR_ALLOCATED);
+    Step("sound: stopped", PlaySoundA(nullptr, nullptr, 0) &&
+                               waveOutOpen(&device, 0, &Stereo, 0, 0, CALLBACK_NULL) == MMSYSERR_NOERROR &&
+                               waveOutClose(device) == MMSYSERR_NOERROR);
+    DeleteFileA(path);
+    Step("sound: no file", !PlaySoundA(path, nullptr, SND_FILENAME | SND_NODEFAULT));
+}
+
+void SendToTheDriver() {
+    const HDRVR driver = OpenDriver(L"kestvox.dll", nullptr, 0);
+    Step("driver: open", driver != nullptr);
+    Step("driver: can be configured", SendDriverMessage(driver, DRV_QUERYCONFIGURE, 0, 0) == 1);
+    Step("driver: its module", GetDriverModuleHandle(driver) == GetModuleHandleW(L"kestvox.dll"));
+    Step("driver: close", CloseDriver(driver, 0, 0) == 1);
+    Step("driver: no other of that name", OpenDriver(L"nobody.dll", nullptr, 0) == nullptr);
+}
+
+void UseTheRest(HANDLE event) {
+    Step("others: files go to the system", mmioStringToFOURCCA("wave", 0) == mmioFOURCC('w', 'a', 'v', 'e'));
+    Step("others: no mixer", mixerGetNumDevs() == 0);
+    const MMRESULT timer = timeSetEvent(1, 1, reinterpret_cast<LPTIMECALLBACK>(event), 0,
+                                        TIME_ONESHOT | TIME_CALLBACK_EVENT_SET);
+    Step("others: a timer event comes", timer != 0 && WaitForSingleObject(event, LongTime) == WAIT_OBJECT_0);
+}
+
+}  // namespace
+
+int main() {
+    const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    LookAtDevices();
+    PlayBuffers(event);
+    PlayLoop(event);
+    PlayAndReset(event);
+    Record(event);
+    PlaySounds();
+    SendToTheDriver();
+    UseTheRest(event);
+    CloseHandle(event);
+    return failures;
+}
