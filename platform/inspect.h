@@ -16,6 +16,9 @@ struct Usage {
     int GlobalBlocks;  // GlobalAlloc blocks
     int HeapBlocks;    // HeapAlloc blocks
     int HeldMutexes;   // mutexes that a thread of this process holds
+    int Windows;       // windows that have not been destroyed
+    int UserObjects;   // menus, cursors, bitmaps, fonts, image lists, property pages
+    int Timers;        // timers that are set
     bool operator==(const Usage&) const = default;
 };
 Usage CurrentUsage();
@@ -31,6 +34,16 @@ std::vector<MessageBoxRecord> MessageBoxes();
 void ClearMessageBoxes();
 void AnswerMessageBoxes(int button);
 
+// Help is not shown but recorded, oldest first.
+struct HelpRequest {
+    HWND Window;
+    std::u16string File;
+    UINT Command;  // HELP_
+    ULONG_PTR Data;
+};
+std::vector<HelpRequest> HelpRequests();
+void ClearHelpRequests();
+
 // The machine's event log, oldest first.
 struct EventRecord {
     std::u16string Source;
@@ -44,8 +57,10 @@ void ClearEventLog();
 // Makes the n-th coming call (1 = the next) of the named function fail as that function fails:
 // "CreateEventW", "CreateThread", "CreateMutexW", "CreateFileW", "HeapAlloc", "GlobalAlloc",
 // "GlobalReAlloc", "GlobalLock", "RegisterEventSourceW", "RegOpenKeyExW", "RegCreateKeyW",
-// "RegSetValueExW", "QueueUserAPC", "WaitForSingleObjectEx". ClearCallFailures forgets all.
+// "RegQueryValueExW", "RegSetValueExW", "QueueUserAPC", "TlsAlloc", "WaitForSingleObjectEx".
+// ClearCallFailures forgets all.
 void FailCall(const char* function, unsigned nth);
+bool CallFailuresAreWaiting();  // for a call that has not come yet
 void ClearCallFailures();
 
 // The multimedia front loads the driver library at the first wave call of the process. This closes

@@ -13,13 +13,13 @@ void CompletionQueue::Add(uint32_t file, const CompletionTarget& target, ULONG_P
     }
     Call call{file, target, cookie, now};
     const std::optional<Fault> fault = faults.StrikeCompletion();
-    if (!fault) {
-        ready_.push_back(call);
-    } else if (fault->What == Fault::Kind::Late) {
+    const Fault::Kind kind = fault ? fault->What : Fault::Kind::Late;
+    if (!fault || kind == Fault::Kind::Twice || kind == Fault::Kind::Again) {
+        ready_.insert(ready_.end(), kind == Fault::Kind::Twice ? 2 : 1, call);
+    }
+    if (fault && (kind == Fault::Kind::Late || kind == Fault::Kind::Again)) {
         call.Due = now + fault->Delay * 1000;
         late_.push_back(call);
-    } else if (fault->What == Fault::Kind::Twice) {
-        ready_.insert(ready_.end(), 2, call);
     }
 }
 

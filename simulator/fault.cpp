@@ -15,10 +15,14 @@ struct KindName {
     const char* Name;
     Fault::Kind Kind;
 };
-constexpr KindName RequestKinds[] = {
-    {"fail", Fault::Kind::Fail}, {"pending", Fault::Kind::Pend}, {"short", Fault::Kind::Short}};
-constexpr KindName CompletionKinds[] = {
-    {"late", Fault::Kind::Late}, {"twice", Fault::Kind::Twice}, {"lost", Fault::Kind::Lost}};
+constexpr KindName RequestKinds[] = {{"fail", Fault::Kind::Fail},
+                                     {"pending", Fault::Kind::Pend},
+                                     {"short", Fault::Kind::Short},
+                                     {"die", Fault::Kind::Die}};
+constexpr KindName CompletionKinds[] = {{"late", Fault::Kind::Late},
+                                        {"twice", Fault::Kind::Twice},
+                                        {"again", Fault::Kind::Again},
+                                        {"lost", Fault::Kind::Lost}};
 
 std::string Lower(std::string_view text) {
     std::string lower(text);
@@ -72,7 +76,7 @@ std::optional<Fault> ParseFault(std::string_view text) {
     if (const size_t equals = kind.find('='); completion && equals != std::string::npos) {
         const std::optional<int64_t> delay = ParseNumber<int64_t>(kind.substr(equals + 1));
         kind.erase(equals);
-        if (!delay || kind != "late") {
+        if (!delay || (kind != "late" && kind != "again")) {
             return std::nullopt;
         }
         fault.Delay = *delay;

@@ -13,12 +13,14 @@ struct Fault {
         Fail,   // the request fails and has no effect
         Pend,   // the request takes effect but is reported as pending
         Short,  // an answer comes back with one byte too few
+        Die,    // the process is killed when the request has taken effect
         Late,   // a completion: delivered `Delay` microseconds later
         Twice,  // a completion: delivered twice
+        Again,  // a completion: delivered, and once more `Delay` microseconds later
         Lost,   // a completion: never delivered
     };
     static constexpr uint32_t AnyCode = 0;
-    static constexpr uint32_t Completion = 1;  // for Late, Twice and Lost
+    static constexpr uint32_t Completion = 1;  // for those of completions
 
     Kind What = Kind::Fail;
     uint32_t Code = AnyCode;  // request code, AnyCode, or Completion
@@ -27,8 +29,8 @@ struct Fault {
     int64_t Delay = 10000;
 };
 
-// "NAME:N[:fail|pending|short]", "completion:N:late[=US]|twice|lost", NAME as RequestName gives it
-// in any case or "any", N a count or "all". Nothing when the text is not of this form.
+// "NAME:N[:fail|pending|short|die]", "completion:N:late[=US]|twice|again[=US]|lost", NAME as RequestName
+// gives it in any case or "any", N a count or "all". Nothing when the text is not of this form.
 std::optional<Fault> ParseFault(std::string_view text);
 
 }  // namespace simulator

@@ -54,6 +54,7 @@ struct Process {
 };
 Process CurrentProcess();
 bool IsAlive(const Process& process);
+[[noreturn]] void Die();  // as when the process is killed from outside: nothing is cleaned up
 
 // --- time --------------------------------------------------------------------------------------
 

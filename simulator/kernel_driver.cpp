@@ -105,7 +105,7 @@ uint64_t KernelDriver::Begin(const OpenFile& file, const host::Request& request)
                               .Result = ERROR_SUCCESS});
 }
 
-DWORD KernelDriver::Serve(OpenFile& file, host::Request& request, int64_t* stallFor) {
+DWORD KernelDriver::Serve(OpenFile& file, host::Request& request, int64_t* stallFor, bool* dies) {
     MachineState& machine = Machine();
     RequestCall call{side_, file, request, machine, machine.Now()};
     side_.CatchUp(call.Now);
@@ -129,6 +129,7 @@ DWORD KernelDriver::Serve(OpenFile& file, host::Request& request, int64_t* stall
         result = definition->Handle(call);
     }
     *stallFor = call.StallFor;
+    *dies = fault && fault->What == Fault::Kind::Die;
     return result == ERROR_SUCCESS && fault ? AfterFault(*fault, request) : result;
 }
 
@@ -137,6 +138,7 @@ DWORD KernelDriver::Control(void* opened, host::Request& request) {
     OpenFile& file = *static_cast<OpenFile*>(opened);
     const uint64_t number = Begin(file, request);
     int64_t stallFor = 0;
+    bool dies = false;
     DWORD result = ERROR_SUCCESS;
     {
         // Once the routine has been taken away, no call of it is on its way any more.
@@ -145,7 +147,10 @@ DWORD KernelDriver::Control(void* opened, host::Request& request) {
             hold = side_.Completions.Hold();
         }
         const host::MachineGuard guard;
-        result = Serve(file, request, &stallFor);
+        result = Serve(file, request, &stallFor, &dies);
+    }
+    if (dies) {
+        host::Die();
     }
     const auto* output = static_cast<const uint8_t*>(request.Output);
     side_.Trace.Finish(number, {output, output ? request.BytesReturned : 0}, result);

@@ -18,7 +18,7 @@ public:
     DWORD Control(void* file, host::Request& request) override;
 
 private:
-    DWORD Serve(OpenFile& file, host::Request& request, int64_t* stallFor);
+    DWORD Serve(OpenFile& file, host::Request& request, int64_t* stallFor, bool* dies);
     uint64_t Begin(const OpenFile& file, const host::Request& request);
 
     ProcessSide& side_;

@@ -52,7 +52,15 @@ struct LoopbackOptions : StreamOptions {
     bool Lock = false;  // lock the recording to the playback
 };
 
+struct ConfigureOptions {
+    SceneOptions Scene;
+    bool Text = false;  // print the sheet's pages instead of showing them
+    bool Step = false;  // the same, waiting for the Enter key after each
+};
+
 int ListDevices(const SceneOptions& options);
+// Shows the configuration sheet, or what would be seen of it.
+int Configure(const ConfigureOptions& options);
 int Play(const PlayOptions& options);
 int Record(const RecordOptions& options);
 int Loopback(const LoopbackOptions& options);

@@ -11,9 +11,15 @@ bool JoinMachine(const std::string& name);
 // Whether what this process stores outlives it.
 bool MachineOutlivesProcess();
 
+// Whether the wave calls of this process lead to simulated cards, and not to those of the computer.
+bool CardsAreSimulated();
+
 // Closes every wave device of the process and unloads the driver; the next wave call loads it again.
 void UnloadWaveDriver();
 
 bool StandardErrorIsTerminal();
+
+// Whether windows can be seen here.
+bool HostShowsWindows();
 
 }  // namespace kestvox

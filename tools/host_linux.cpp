@@ -14,12 +14,20 @@ bool MachineOutlivesProcess() {
     return !platform::MachineName().empty();
 }
 
+bool CardsAreSimulated() {
+    return true;
+}
+
 void UnloadWaveDriver() {
     platform::UnloadWaveDriver();
 }
 
 bool StandardErrorIsTerminal() {
     return isatty(STDERR_FILENO) == 1;
+}
+
+bool HostShowsWindows() {
+    return false;
 }
 
 }  // namespace kestvox

@@ -4,6 +4,18 @@
 #include "tools/host.h"
 
 namespace kestvox {
+namespace {
+
+// The multimedia front with the simulated cards has a call that the system's own has not.
+using UnloadDriver = void(WINAPI*)();
+UnloadDriver FindUnloadDriver() {
+    const HMODULE front = GetModuleHandleW(TEXT("winmm.dll"));
+    return front ? reinterpret_cast<UnloadDriver>(
+                       reinterpret_cast<void*>(GetProcAddress(front, "KestvoxUnloadDriver")))
+                 : nullptr;
+}
+
+}  // namespace
 
 bool JoinMachine(const std::string& name) {
     return simulator::UseMachine(name);
@@ -14,15 +26,13 @@ bool MachineOutlivesProcess() {
     return true;
 }
 
-// The multimedia front with the simulated cards has a call for it. The system's own has not: there the
-// driver stays until the process ends.
+bool CardsAreSimulated() {
+    return FindUnloadDriver() != nullptr;
+}
+
+// Without the simulated cards the driver stays until the process ends.
 void UnloadWaveDriver() {
-    using UnloadDriver = void(WINAPI*)();
-    const HMODULE front = GetModuleHandleW(TEXT("winmm.dll"));
-    const auto unload = front ? reinterpret_cast<UnloadDriver>(
-                                    reinterpret_cast<void*>(GetProcAddress(front, "KestvoxUnloadDriver")))
-                              : nullptr;
-    if (unload) {
+    if (const UnloadDriver unload = FindUnloadDriver()) {
         unload();
     }
 }

@@ -21,7 +21,7 @@ constexpr const char* StreamFooter =
     "Device D is on card D / 2: even ones are analog, odd ones digital.\n"
     "Without --machine, KESTVOX_MACHINE names the machine, or it is gone at the end.\n"
     "SPEC is REQUEST:N[:fail|pending|short], with REQUEST as the trace names it or 'any',\n"
-    "or completion:N:late[=MICROSECONDS]|twice|lost; N counts from 1, or is 'all'.";
+    "or completion:N:late[=MICROSECONDS]|twice|again[=MICROSECONDS]|lost; N counts from 1, or is 'all'.";
 
 struct CommandLine {
     SceneOptions Scene;  // of every command
@@ -33,6 +33,7 @@ struct CommandLine {
     std::string Time = "real";
     unsigned Card = 0;
     std::vector<std::string> Assignments;
+    ConfigureOptions Configure;
 };
 
 // The range stands in the error message; the help gives it in the option's own words.
@@ -179,6 +180,15 @@ CLI::App* AddSettings(CLI::App& program, CommandLine& line) {
     return command;
 }
 
+CLI::App* AddConfigure(CLI::App& program, CommandLine& line) {
+    CLI::App* command = program.add_subcommand(
+        "configure", "Show the configuration sheet; where there is no screen, print what is on it");
+    AddSceneOptions(*command, line.Scene);
+    command->add_flag("--text", line.Configure.Text, "Print each page's controls and their state");
+    command->add_flag("--step", line.Configure.Step, "The same, waiting for Enter after each page");
+    return command;
+}
+
 CLI::App* AddRegisters(CLI::App& program, CommandLine& line) {
     CLI::App* command = program.add_subcommand("registers", "Show what a card was last told");
     AddMachineOption(*command, line.Scene);
@@ -215,6 +225,7 @@ int Run(int argc, char** argv) {
     // A word that begins with a slash is a file name, on Windows, too.
     program.allow_windows_style_options(false);
     const CLI::App* devices = AddDevices(program, line);
+    const CLI::App* configure = AddConfigure(program, line);
     const CLI::App* play = AddPlay(program, line);
     const CLI::App* record = AddRecord(program, line);
     const CLI::App* loopback = AddLoopback(program, line);
@@ -236,6 +247,10 @@ int Run(int argc, char** argv) {
 
     if (devices->parsed()) {
         return ListDevices(line.Scene);
+    }
+    if (configure->parsed()) {
+        line.Configure.Scene = line.Scene;
+        return Configure(line.Configure);
     }
     line.Streams.Scene = line.Scene;
     line.Streams.Scene.Time =

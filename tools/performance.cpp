@@ -43,7 +43,7 @@ StreamStatus Joined(const StreamStatus& before, const StreamStatus& after) {
 Performance::Performance(const StreamOptions& options, Scene& scene)
     : options_(options),
       scene_(scene),
-      stepped_(scene.Cards().Time() == simulator::TimeKind::Stepped),
+      stepped_(scene.HasSimulator() && scene.Cards().Time() == simulator::TimeKind::Stepped),
       progress_(!stepped_) {}
 
 void Performance::Add(std::unique_ptr<WaveStream> stream) {
@@ -64,7 +64,7 @@ void Performance::Start(DWORD pauseMilliseconds) {
             Pause(pauseMilliseconds);
         }
     }
-    lastMovementTime_ = scene_.Cards().NowMicroseconds();
+    lastMovementTime_ = scene_.NowMicroseconds();
 }
 
 void Performance::RunToTheEnd() {
@@ -129,7 +129,8 @@ void Performance::Pause(DWORD milliseconds) {
 }
 
 StreamStatus Performance::StatusOf(size_t stream) const {
-    const StreamStatus status = streams_[stream]->Status(scene_.Cards());
+    const StreamStatus status = scene_.HasSimulator() ? streams_[stream]->Status(scene_.Cards())
+                                                      : streams_[stream]->StatusByPosition();
     return slept_ ? Joined(beforeSleep_[stream], status) : status;
 }
 
@@ -171,7 +172,7 @@ bool Performance::StillMoves() {
     for (size_t i = 0; i < streams_.size(); ++i) {
         movement += StatusOf(i).Frames + streams_[i]->HeadersReturned();
     }
-    const int64_t now = scene_.Cards().NowMicroseconds();
+    const int64_t now = scene_.NowMicroseconds();
     if (movement != lastMovement_) {
         lastMovement_ = movement;
         lastMovementTime_ = now;

@@ -61,6 +61,9 @@ int Play(const PlayOptions& options) {
             CapturePath(options.Capture, options.Devices[i], options.Devices.size())));
     }
     return RunStreams(options, [&](Scene& scene, Performance& performance) {
+        if (!captures.empty()) {
+            scene.Cards();
+        }
         AddOutputs(options, performance);
         performance.Start();
         performance.RunToTheEnd();

@@ -1,5 +1,8 @@
 #include "tools/scene.h"
 
+#include <windows.h>
+#include <mmsystem.h>
+
 #include <algorithm>
 #include <charconv>
 #include <iterator>
@@ -92,26 +95,51 @@ Scene::Scene(const SceneOptions& options) {
     }
 
     EnterMachine(options.Machine);
-    simulator_ = std::make_unique<simulator::Simulator>(
-        simulator::Simulator::Options{.Cards = options.Cards, .Time = options.Time});
-    RequireWhatWasAskedFor(options);
+    PutUpCards(options);
     for (const SettingChange& change : changes) {
         RequireCard(change.HighestCard, change.Text);
     }
     for (const SettingChange& change : changes) {
         const unsigned first = change.Card.value_or(0);
-        const unsigned end = change.Card ? first + 1 : simulator_->CardCount();
+        const unsigned end = change.Card ? first + 1 : CardCount();
         for (unsigned card = first; card < end; ++card) {
             WriteStoredSetting(card, *change.What, change.Value);
         }
     }
     for (const simulator::Fault& fault : faults) {
-        simulator_->AddFault(fault);
+        Cards().AddFault(fault);
     }
 }
 
 Scene::~Scene() {
     UnloadWaveDriver();
+}
+
+simulator::Simulator& Scene::Cards() {
+    if (!simulator_) {
+        throw CommandError(
+            "this needs the simulated cards: put their winmm.dll and kestsim.dll beside the program");
+    }
+    return *simulator_;
+}
+
+unsigned Scene::CardCount() const {
+    return simulator_ ? simulator_->CardCount() : std::max(waveOutGetNumDevs(), waveInGetNumDevs()) / 2;
+}
+
+int64_t Scene::NowMicroseconds() const {
+    return simulator_ ? simulator_->NowMicroseconds() : int64_t{1000} * timeGetTime();
+}
+
+void Scene::PutUpCards(const SceneOptions& options) {
+    if (CardsAreSimulated()) {
+        simulator_ = std::make_unique<simulator::Simulator>(
+            simulator::Simulator::Options{.Cards = options.Cards, .Time = options.Time});
+        RequireWhatWasAskedFor(options);
+    } else if (options.Cards != 0 || options.Time == simulator::TimeKind::Stepped ||
+               !options.Faults.empty()) {
+        Cards();
+    }
 }
 
 // A machine that another process uses at this moment stays as that process made it.
@@ -127,16 +155,17 @@ void Scene::RequireWhatWasAskedFor(const SceneOptions& options) const {
 }
 
 void Scene::RequireCard(unsigned card, const std::string& what) const {
-    if (card >= simulator_->CardCount()) {
+    if (card >= CardCount()) {
         throw CommandError(what + ": there is no card " + std::to_string(card) +
-                           " (cards: " + std::to_string(simulator_->CardCount()) + ")");
+                           " (cards: " + std::to_string(CardCount()) + ")");
     }
 }
 
 void Scene::PlugIn(unsigned device, simulator::InputSignal signal) {
-    if (device / 2 < simulator_->CardCount()) {
-        simulator_->PlugIn(device / 2, device % 2 ? simulator::Port::Digital : simulator::Port::Analog,
-                           std::move(signal));
+    if (device / 2 < CardCount() &&
+        (HasSimulator() || signal.What != simulator::InputSignal::Kind::Silence)) {
+        Cards().PlugIn(device / 2, device % 2 ? simulator::Port::Digital : simulator::Port::Analog,
+                       std::move(signal));
     }
 }
 

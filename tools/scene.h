@@ -33,8 +33,15 @@ public:
     Scene(const Scene&) = delete;
     Scene& operator=(const Scene&) = delete;
 
-    simulator::Simulator& Cards() { return *simulator_; }
-    const simulator::Simulator& Cards() const { return *simulator_; }
+    // Whether the cards are simulated. On a computer's own cards there is nothing to set up but their stored
+    // settings, and what they do is not to be seen.
+    bool HasSimulator() const { return simulator_ != nullptr; }
+    // CommandError when the cards are the computer's own.
+    simulator::Simulator& Cards();
+    const simulator::Simulator& Cards() const { return const_cast<Scene*>(this)->Cards(); }
+
+    unsigned CardCount() const;
+    int64_t NowMicroseconds() const;  // of the cards' time, or the timer's
 
     // CommandError when there is no card of that number; `what` begins the message.
     void RequireCard(unsigned card, const std::string& what) const;
@@ -44,6 +51,7 @@ public:
     void PlugIn(unsigned device, simulator::InputSignal signal);
 
 private:
+    void PutUpCards(const SceneOptions& options);
     void RequireWhatWasAskedFor(const SceneOptions& options) const;
 
     std::unique_ptr<simulator::Simulator> simulator_;

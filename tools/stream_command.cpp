@@ -16,16 +16,21 @@ int RunStreams(const StreamOptions& options, const StreamWork& work) {
     }
     const InterruptGuard interrupts;
     Scene scene(options.Scene);
+    if (trace || options.SuspendAt) {
+        scene.Cards();
+    }
     std::string problem;
     {
         Performance performance(options, scene);
         problem = work(scene, performance);
     }
-    const std::vector<simulator::TraceEntry> entries = scene.Cards().Trace();
-    std::printf("requests-sent: %zu\n", entries.size());
-    if (trace) {
-        simulator::WriteChromeTrace(trace->Stream(), entries);
-        trace->Commit();
+    if (scene.HasSimulator()) {
+        const std::vector<simulator::TraceEntry> entries = scene.Cards().Trace();
+        std::printf("requests-sent: %zu\n", entries.size());
+        if (trace) {
+            simulator::WriteChromeTrace(trace->Stream(), entries);
+            trace->Commit();
+        }
     }
     if (IsInterrupted()) {
         return ExitInterrupted;

@@ -127,4 +127,8 @@ MMRESULT WaveInput::CloseDevice() {
     return waveInClose(std::exchange(handle_, nullptr));
 }
 
+MMRESULT WaveInput::GetPosition(MMTIME& time) const {
+    return waveInGetPosition(handle_, &time, sizeof time);
+}
+
 }  // namespace kestvox

@@ -52,6 +52,7 @@ private:
     MMRESULT UnprepareHeader(WAVEHDR& header) override;
     MMRESULT HandOver(WAVEHDR& header) override;
     MMRESULT CloseDevice() override;
+    MMRESULT GetPosition(MMTIME& time) const override;
     void TakeRest() override;
     void Take(Buffer& buffer);
 

@@ -106,4 +106,8 @@ MMRESULT WaveOutput::CloseDevice() {
     return waveOutClose(std::exchange(handle_, nullptr));
 }
 
+MMRESULT WaveOutput::GetPosition(MMTIME& time) const {
+    return waveOutGetPosition(handle_, &time, sizeof time);
+}
+
 }  // namespace kestvox

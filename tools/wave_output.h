@@ -43,6 +43,7 @@ private:
     MMRESULT UnprepareHeader(WAVEHDR& header) override;
     MMRESULT HandOver(WAVEHDR& header) override;
     MMRESULT CloseDevice() override;
+    MMRESULT GetPosition(MMTIME& time) const override;
 
     WavReader file_;
     HWAVEOUT handle_ = nullptr;

@@ -69,6 +69,18 @@ unsigned WaveStream::HeadersReturned() const {
     return returned;
 }
 
+StreamStatus WaveStream::StatusByPosition() const {
+    MMTIME time{};
+    time.wType = TIME_SAMPLES;
+    const bool known = GetPosition(time) == MMSYSERR_NOERROR && time.wType == TIME_SAMPLES;
+    const unsigned out = HeadersOut();
+    return {.StartFrame = {},
+            .Frames = known ? time.u.sample : 0,
+            .IdleFrames = 0,
+            .BuffersInFlight = out,
+            .MostInFlight = out};
+}
+
 unsigned WaveStream::HeadersOut() const {
     unsigned out = 0;
     for (unsigned i = 0; i < bufferCount_; ++i) {

@@ -56,6 +56,8 @@ public:
     void Close();
 
     virtual StreamStatus Status(const simulator::Simulator& cards) const = 0;
+    // What can be known of it without the card: how far it is, and what it has of the buffers.
+    StreamStatus StatusByPosition() const;
     unsigned HeadersReturned() const;
     unsigned HeadersOut() const;  // handed over and not back yet
 
@@ -78,6 +80,7 @@ protected:
     virtual MMRESULT UnprepareHeader(WAVEHDR& header) = 0;
     virtual MMRESULT HandOver(WAVEHDR& header) = 0;
     virtual MMRESULT CloseDevice() = 0;
+    virtual MMRESULT GetPosition(MMTIME& time) const = 0;
     virtual void TakeRest() {}
 
     // Gets all the memory that the driver will see and prepares it. CommandError when that is refused.

@@ -22,7 +22,7 @@ bool CheckIsRight(const BYTE* page) {
 }
 
 void ForgetIdentity(CardRecord& card) {
-    card.BoardRevisionLetter = '?';
+    card.BoardRevisionLetter = UnknownBoardRevision;
     card.BoardRevision = 0;
     card.FpgaRevision = 0;
     card.SerialNumber = 0;
@@ -37,14 +37,14 @@ void ReadCardIdentity(CardHandle* handle, CardRecord& card) {
     ForgetIdentity(card);
     BYTE page[NvramPageSize];
     memset(page, 0xFF, sizeof page);
-    if (!ReadNvramPage(handle, IdentityPage, page) || !CheckIsRight(page)) {
+    if (!ReadNvramPage(handle, NvramIdentityPage, page) || !CheckIsRight(page)) {
         return;
     }
     card.BoardRevisionLetter = static_cast<char>(page[5]);
     card.BoardRevision = BigEndianWord(page, 6);
     card.FpgaRevision = BigEndianWord(page, 8);
     card.SerialNumber = BigEndianWord(page, 10);
-    if (!ReadNvramPage(handle, VersionPage, page)) {
+    if (!ReadNvramPage(handle, NvramVersionPage, page)) {
         return;
     }
     card.FpgaVersionMajor = page[122];

@@ -5,8 +5,10 @@
 
 namespace kestvox {
 
+inline constexpr char UnknownBoardRevision = '?';
+
 // Fills the record's board, FPGA and serial numbers. A page that cannot be read or whose check does
-// not come out leaves the letter '?' and zeros.
+// not come out leaves UnknownBoardRevision and zeros.
 void ReadCardIdentity(CardHandle* handle, CardRecord& card);
 
 }  // namespace kestvox

@@ -1,5 +1,7 @@
 #include "card/card_table.h"
 
+#include <new>
+
 #include "card/card_handle.h"
 #include "card/card_identity.h"
 #include "card/init_card.h"
@@ -142,6 +144,13 @@ void SoftResetCards() {
         }
         ForgetRunState(*card);
     }
+}
+
+void ForgetCards() {
+    for (CardRecord* card = FirstCard(); card != nullptr; card = NextCard(card)) {
+        new (card) CardRecord();
+    }
+    Shared.CardCount = 0;
 }
 
 bool FirstLoadDone() {

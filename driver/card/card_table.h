@@ -41,6 +41,10 @@ MMRESULT CardEnable(DWORD ordinal);
 // that applications hold are left as they are.
 void SoftResetCards();
 
+// A discovery that its process did not live to finish: its records are forgotten, so that the next one starts
+// from an empty table. Only before FirstLoadDone, under the discovery's mutex.
+void ForgetCards();
+
 // Whether a process of the machine has made the first-load discovery.
 bool FirstLoadDone();
 void SetFirstLoadDone();

@@ -87,7 +87,7 @@ inline constexpr DWORD OutputChannel = 2;
 inline constexpr DWORD ControlChannel = 0xFFFFFFFF;
 
 inline constexpr DWORD NvramPageSize = 128;
-inline constexpr DWORD VersionPage = 0xFF00;
-inline constexpr DWORD IdentityPage = 0xFF80;
+inline constexpr DWORD NvramVersionPage = 0xFF00;
+inline constexpr DWORD NvramIdentityPage = 0xFF80;
 
 }  // namespace kestvox

@@ -36,3 +36,43 @@
 #define IDS_BUFFER_TIME 42
 #define IDS_MENU_RESET_DRIVER 43
 #define IDS_RESET_WARNING 44
+
+#define IDD_VERSION 101
+#define IDD_CONFIGURATION 102
+#define IDD_CLOCKS 103
+#define IDD_MONITOR 105
+#define IDD_BUFFER_SIZES 106
+
+#define IDB_CARD 201
+#define IDB_SAMPLE_CLOCK 202
+#define IDC_DRAG_CARD 203
+#define IDB_PRODUCT 204
+
+// Controls; their numbers are distinct over all pages.
+#define IDC_CLOCK_TREE 1001
+#define IDC_NAME 1002
+#define IDC_ADVANCED_MONITORING 1003
+#define IDC_LEFT 1004
+#define IDC_RIGHT 1005
+#define IDC_PCI_REVISION 1006
+#define IDC_BOARD_REVISION 1007
+#define IDC_FPGA_REVISION 1008
+#define IDC_FPGA_VERSION 1009
+#define IDC_SERIAL_NUMBER 1010
+#define IDC_PROFESSIONAL 1023
+#define IDC_CONSUMER 1024
+#define IDC_COPY_PROTECT 1025
+#define IDC_NON_AUDIO 1026
+#define IDC_PREEMPHASIS 1027
+#define IDC_PUNCH_IN 1028
+#define IDC_LOCK_TO_PLAYBACK 1029
+#define IDC_CHECK_CLOCKS 1030
+#define IDC_DITHER 1047
+
+// A slider's value edit has the slider's number plus 1: the Monitor page's eight pairs begin here.
+#define IDC_FIRST_MIXER_SLIDER 1031
+#define IDC_LAST_MIXER_VALUE 1046
+#define IDC_ASIO_BUFFER 1048
+#define IDC_ASIO_BUFFER_TIME 1049
+#define IDC_EASI_BUFFER 1050
+#define IDC_EASI_BUFFER_TIME 1051

@@ -1,45 +1,53 @@
-#include "convert/expand.h"
+#include "convert/routines.h"
 
 namespace kestvox {
 
 namespace {
 
-// Both laws: a sign, a 3-bit segment and a 4-bit step, sent with some bits inverted.
+constexpr unsigned Segments = 8;
 
-// A-law sends every even bit inverted; a set sign bit is positive. 13-bit values, so x 8.
-constexpr int DecodeALaw(int code) {
-    const int bits = code ^ 0x55;
-    const int segment = (bits >> 4) & 7;
-    const int step = bits & 0x0F;
-    // Half a step is added; segments above the first have a leading one and double each time.
-    const int magnitude = segment == 0 ? (step << 4) + 8 : ((step << 4) + 0x108) << (segment - 1);
-    return (bits & 0x80) != 0 ? magnitude : -magnitude;
+// What the rule says of a segment: the magnitude at step 0, and from one step to the next.
+struct Segment {
+    int Origin;
+    int StepSize;
+};
+
+// 13-bit values, so x 8. Half a step is added; segments above the first have a leading one and double each
+// time.
+constexpr Segment ALawSegment(unsigned number) {
+    return number == 0 ? Segment{8, 16} : Segment{0x108 << (number - 1), 16 << (number - 1)};
 }
 
-// Mu-law sends every bit inverted; a set sign bit (after that) is negative. 14-bit values, so x 4.
-constexpr int DecodeMuLaw(int code) {
-    const int bits = ~code & 0xFF;
-    const int segment = (bits >> 4) & 7;
-    const int step = bits & 0x0F;
-    const int magnitude = (((step << 3) + 0x84) << segment) - 0x84;
-    return (bits & 0x80) != 0 ? -magnitude : magnitude;
+// 14-bit values, so x 4. A bias of 33 is taken off again.
+constexpr Segment MuLawSegment(unsigned number) {
+    return {(0x84 << number) - 0x84, 8 << number};
 }
 
-constexpr CompandingTable Generate(int (*decode)(int)) {
+// `inverted`: the bits of a code that are sent inverted, below the sign. A set sign bit is positive.
+constexpr CompandingTable Generate(Segment (*rule)(unsigned), unsigned inverted) {
     CompandingTable table = {};
-    for (int code = 0; code < 256; ++code) {
-        table.Samples[code] = static_cast<int16_t>(decode(code));
+    table.InvertedSteps = inverted & 0x0F;
+    for (unsigned sent = 0; sent < 2 * Segments; ++sent) {
+        const Segment segment = rule((sent ^ inverted >> 4) % Segments);
+        const int sign = sent < Segments ? -1 : 1;
+        table.Origin[sent] = static_cast<int16_t>(sign * segment.Origin);
+        table.StepSize[sent] = static_cast<int16_t>(sign * segment.StepSize);
+    }
+    for (unsigned code = 0; code < 256; ++code) {
+        const int step = (code & 0x0F) ^ table.InvertedSteps;
+        table.Samples[code] =
+            static_cast<int16_t>(table.Origin[code >> 4] + step * table.StepSize[code >> 4]);
     }
     return table;
 }
 
 }  // namespace
 
-constexpr CompandingTable ALawTable = Generate(DecodeALaw);
-constexpr CompandingTable MuLawTable = Generate(DecodeMuLaw);
+constexpr CompandingTable ALawTable = Generate(ALawSegment, 0x55);
+constexpr CompandingTable MuLawTable = Generate(MuLawSegment, 0x7F);
 
-void ExpandCompanded(int16_t* destination, const uint8_t* source, const CompandingTable& table,
-                     size_t count) {
+void portable::ExpandCompanded(int16_t* destination, const uint8_t* source, const CompandingTable& table,
+                               size_t count) {
     for (size_t i = 0; i < count; ++i) {
         destination[i] = table.Samples[source[i]];
     }

@@ -7,14 +7,18 @@
 
 namespace kestvox {
 
-// Decoded samples, indexed by the 8-bit code, scaled to 16 bits.
+// A companding law. A code is a sign, a 3-bit segment and a 4-bit step; within a segment the sample grows by
+// the same amount from step to step. Samples are scaled to 16 bits.
 struct CompandingTable {
-    int16_t Samples[256];
+    uint8_t InvertedSteps;  // bits of the step that are sent inverted
+    int16_t Origin[16];     // sample at step 0, by sign and segment as sent (the code's upper four bits)
+    int16_t StepSize[16];
+    int16_t Samples[256];  // by code
 };
 extern const CompandingTable ALawTable;   // ITU-T G.711, full scale +-32256
 extern const CompandingTable MuLawTable;  // ITU-T G.711, full scale +-32124
 
-// Writes `count` 16-bit samples: the table's entry for each of `count` codes. The destination is 2-byte
+// Writes `count` 16-bit samples: the table's sample for each of `count` codes. The destination is 2-byte
 // aligned.
 void ExpandCompanded(int16_t* destination, const uint8_t* source, const CompandingTable& table, size_t count);
 

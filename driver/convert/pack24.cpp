@@ -1,6 +1,6 @@
 #include <cstring>
 
-#include "convert/capture.h"
+#include "convert/routines.h"
 
 namespace kestvox {
 
@@ -21,7 +21,7 @@ void PackGroup(uint8_t* destination, const uint32_t* source) {
 
 }  // namespace
 
-void PackCapture24(uint8_t* destination, const uint32_t* source, size_t count) {
+void portable::PackCapture24(uint8_t* destination, const uint32_t* source, size_t count) {
     const uint32_t* const end = source + count / GroupSize * GroupSize;
     for (; source != end; source += GroupSize, destination += GroupSize * 3) {
         PackGroup(destination, source);

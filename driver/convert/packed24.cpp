@@ -1,6 +1,6 @@
 #include <cstring>
 
-#include "convert/expand.h"
+#include "convert/routines.h"
 
 namespace kestvox {
 
@@ -27,7 +27,7 @@ void ExpandGroup(uint32_t* destination, const uint8_t* source) {
 
 }  // namespace
 
-void ExpandPacked24(uint32_t* destination, const uint8_t* source, size_t count) {
+void portable::ExpandPacked24(uint32_t* destination, const uint8_t* source, size_t count) {
     const uint8_t* const end = source + count / GroupSize * GroupSize * 3;
     for (; source != end; source += GroupSize * 3, destination += GroupSize) {
         ExpandGroup(destination, source);

@@ -15,8 +15,11 @@ namespace {
 // cards. Without the mutex the discovery runs all the same.
 void DiscoverOnce() {
     HANDLE discovery = CreateSharedMutex(TEXT("ZPH_Kestrelvox_Discovery_Mutex"));
-    WaitForSingleObject(discovery, INFINITE);
+    const DWORD wait = WaitForSingleObject(discovery, INFINITE);
     if (!FirstLoadDone()) {
+        if (wait != WAIT_FAILED) {
+            ForgetCards();  // what a process left that died in the middle of its discovery
+        }
         EnumerateCards();
         SetFirstLoadDone();
     }

@@ -13,17 +13,21 @@ void SetClockSource(CardRecord& card, ClockSourceCode source) {
 
 }  // namespace
 
-CardRecord& ResolveClockMaster(CardRecord& card) {
+CardRecord& ClockMasterOf(CardRecord& card) {
     CardRecord* master = FindCard(FindCardByRegistryPath(card.Settings.Master));
-    if (master != nullptr && master->EnableCount != 0 &&
-        FindCardByRegistryPath(master->Settings.Master) == NoCard) {
+    const bool leads = master != nullptr && master->EnableCount != 0 &&
+                       FindCardByRegistryPath(master->Settings.Master) == NoCard;
+    return leads ? *master : card;
+}
+
+CardRecord& ResolveClockMaster(CardRecord& card) {
+    CardRecord& master = ClockMasterOf(card);
+    if (&master != &card) {
         SetClockSource(card, LinkClock);
-        return *master;
-    }
-    if (card.Settings.ClockSource == LinkClock) {
+    } else if (card.Settings.ClockSource == LinkClock) {
         SetClockSource(card, AutomaticClock);
     }
-    return card;
+    return master;
 }
 
 }  // namespace kestvox

@@ -51,4 +51,7 @@ struct Direction {
     void (*OnBufferDone)(StreamInstance* stream, WAVEHDR* header);
 };
 
+extern const Direction OutputDirection;  // waveout/
+extern const Direction InputDirection;   // wavein/
+
 }  // namespace kestvox

@@ -35,6 +35,7 @@ StreamLoan Lend(StreamInstance* stream) {
         return {nullptr, nullptr};
     }
     ++stream->Loans;
+    ++stream->References;
     return {stream, stream->Device};
 }
 
@@ -109,6 +110,13 @@ void RemoveStream(StreamInstance* stream) {
     }
 }
 
+bool IsOpenHere(const CardRecord& card, const Direction& direction, DWORD port) {
+    ListGuard guard;
+    return FindFrom(Head, [&](const StreamInstance& stream) {
+               return stream.Card == &card && stream.Direction == &direction && stream.Port == port;
+           }) != nullptr;
+}
+
 StreamLoan FindStreamByCard(const CardRecord& card) {
     ListGuard guard;
     return Lend(FindFrom(
@@ -116,24 +124,28 @@ StreamLoan FindStreamByCard(const CardRecord& card) {
 }
 
 void ReturnLoan(const StreamLoan& loan) {
-    ListGuard guard;
-    --loan.Lender->Loans;
+    {
+        ListGuard guard;
+        --loan.Lender->Loans;
+    }
+    ReleaseStream(loan.Lender);
 }
 
-void WithdrawDevice(StreamInstance* stream) {
-    // A loan lasts one step of some operation. One that outlasts the limit belonged to a thread that was
-    // ended in the middle of it, as at the end of a process.
+BOOL WithdrawDevice(StreamInstance* stream) {
+    // A loan lasts one step of some operation. One that outlasts the limit belongs to a thread that was ended
+    // in the middle of it, as at the end of a process, or to one that is held up: it has a reference.
     const DWORD start = timeGetTime();
     do {
         {
             ListGuard guard;
             stream->Lendable = false;
             if (stream->Loans == 0) {
-                return;
+                return TRUE;
             }
         }
         Sleep(1);
     } while (timeGetTime() - start < LongestLoan);
+    return FALSE;
 }
 
 void CloseStreams(DWORD processId, DWORD ordinal) {

@@ -17,8 +17,12 @@ void AddStream(StreamInstance* stream);
 // A stream that is not on the list leaves it unchanged.
 void RemoveStream(StreamInstance* stream);
 
-// Ends the lending of the stream's device and waits until those who have it have given it back.
-void WithdrawDevice(StreamInstance* stream);
+// Whether a stream of this process has the port open.
+bool IsOpenHere(const CardRecord& card, const Direction& direction, DWORD port);
+
+// Ends the lending of the stream's device and waits until those who have it have given it back, at most five
+// seconds. FALSE when somebody still has it.
+BOOL WithdrawDevice(StreamInstance* stream);
 
 // Resets and closes every stream of a process (0: any) on a card (NoCard: any), without telling the
 // clients. A stream that its client is closing already is left to it.

@@ -4,8 +4,8 @@
 #include "eventlog/driver_event.h"
 #include "stream/buffer_transport.h"
 #include "stream/clock_master.h"
-#include "stream/driver_mutex.h"
 #include "stream/notify_client.h"
+#include "stream/open_counts.h"
 #include "stream/service_thread.h"
 #include "stream/stream_list.h"
 #include "stream/synchronized_start.h"
@@ -50,57 +50,35 @@ MMRESULT ClaimStream(const Direction& direction, CardRecord& card, DWORD port, S
     return MMSYSERR_NOERROR;
 }
 
-void CountOpen(StreamInstance* stream, CardRecord& master) {
-    stream->PortFlag(stream->Direction->PortOpen) = 1;
+void TakePartInClock(StreamInstance* stream, CardRecord& master) {
     stream->ClockMaster = &master;
     if (&master != stream->Card) {
         CardAttach(master.Ordinal);
     }
+    CountOpen(stream);
 }
 
-void LeaveClock(CardRecord& master, const Direction& direction) {
-    --(master.*direction.OpenCount);
-    ReleaseWaitingStarts(direction, master);
-    DriverLock lock;
-    if (master.OpenOutputs == 0 && master.OpenInputs == 0) {
-        master.GroupRate = 0;
-        master.SyncStart = 0;
-        master.SyncWithOutput = 0;
-        master.StartsWaiting = 0;
-    }
+bool RunsAtAnotherRate(const CardRecord& master, DWORD rate) {
+    const DWORD groupRate = master.GroupRate;
+    return groupRate != 0 && groupRate != rate;
 }
 
-void CountDown(SharedCount& count) {
-    if (count > 0) {
-        --count;
+// A clock that only dead processes have left running is free.
+bool RateCanBeHad(CardRecord& master, DWORD rate) {
+    if (RunsAtAnotherRate(master, rate)) {
+        ForgetDeadStreams(master);
+        ForgetIdleClock(master);
     }
-}
-
-// A close clears the port's open flag before it gives the channel back. So one that is still set after
-// the kernel has granted the channel is a dead process's, as are the counts and flags that go with it.
-void ForgetDeadOwner(StreamInstance* stream, CardRecord& master) {
-    const Direction& direction = *stream->Direction;
-    if (stream->PortFlag(direction.PortOpen) == 0) {
-        return;
-    }
-    bool counted = stream->PortFlag(direction.PortRunning).exchange(0) != 0;
-    if (direction.PortPaused != nullptr && stream->PortFlag(direction.PortPaused).exchange(0) != 0) {
-        counted = false;
-    }
-    stream->PortFlag(direction.PortResumePending) = 0;
-    CountDown(master.*direction.OpenCount);
-    if (counted) {
-        CountDown(master.*direction.RunningCount);
-    }
+    return !RunsAtAnotherRate(master, rate);
 }
 
 // Closes the device, unless somebody may still be using it: then whoever lets the stream go last does. The
 // closer's own message is one of the handlers, except when the library is let go.
 void CloseDevice(StreamInstance* stream) {
     const BOOL serviceFinished = StopServiceThread(stream);
-    WithdrawDevice(stream);
+    const BOOL givenBack = WithdrawDevice(stream);
     const bool closingFromCallback = GetCurrentThreadId() == stream->ServiceThreadId;
-    if (stream->Handlers <= 1 && (serviceFinished || closingFromCallback)) {
+    if (givenBack && stream->Handlers <= 1 && (serviceFinished || closingFromCallback)) {
         CloseCardHandle(stream->Device);
         stream->Device = nullptr;
     }
@@ -130,7 +108,7 @@ MMRESULT OpenStream(const Direction& direction, UINT device, DWORD_PTR* user, co
         return MMSYSERR_NOERROR;
     }
     CardRecord& master = ResolveClockMaster(*card);
-    if (const DWORD rate = master.GroupRate; rate != 0 && rate != format.SampleRate) {
+    if (!RateCanBeHad(master, format.SampleRate)) {
         return WAVERR_BADFORMAT;
     }
     StreamInstance* stream = nullptr;
@@ -138,13 +116,11 @@ MMRESULT OpenStream(const Direction& direction, UINT device, DWORD_PTR* user, co
     if (result != MMSYSERR_NOERROR) {
         return result;
     }
-    ForgetDeadOwner(stream, master);
-    CountOpen(stream, master);
+    TakePartInClock(stream, master);
     FillClient(stream, *description, flags);
     FillFormat(stream, format);
     direction.InitializeFields(stream);
     AddStream(stream);
-    ++(master.*direction.OpenCount);
     result = direction.Prepare(stream, false);
     if (result != MMSYSERR_NOERROR) {
         ForceCloseStream(stream);
@@ -176,7 +152,7 @@ BOOL ForceCloseStream(StreamInstance* stream) {
     if (&master != stream->Card) {
         CardDetach(master.Ordinal);
     }
-    stream->PortFlag(direction.PortOpen) = 0;
+    CountClosed(stream);
     CloseDevice(stream);
     // What the kernel did not give back at the reset is returned now.
     ReturnAllHeaders(stream);
@@ -184,7 +160,8 @@ BOOL ForceCloseStream(StreamInstance* stream) {
     if (stream->IsOpen != 0) {
         NotifyClient(stream, direction.CloseMessage, 0);
     }
-    LeaveClock(master, direction);
+    ReleaseWaitingStarts(direction, master);
+    ForgetIdleClock(master);
     stream->IsOpen = 0;
     ReleaseStream(stream);
     return TRUE;

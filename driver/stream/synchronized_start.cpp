@@ -1,6 +1,7 @@
 #include "stream/synchronized_start.h"
 
 #include "card/registers.h"
+#include "stream/open_counts.h"
 
 namespace kestvox {
 
@@ -24,6 +25,12 @@ bool EveryoneHasStarted(const Direction& direction, const CardRecord& master) {
     }
     return master.SyncWithOutput == 0 ||
            master.*direction.OtherRunningCount >= master.*direction.OtherOpenCount;
+}
+
+// Nobody waits for the streams of a process that has died.
+bool EveryoneAliveHasStarted(const Direction& direction, CardRecord& master) {
+    return EveryoneHasStarted(direction, master) ||
+           (ForgetDeadStreams(master) && EveryoneHasStarted(direction, master));
 }
 
 void ReleaseHold(const Direction& direction, CardRecord& master) {
@@ -61,7 +68,7 @@ void SynchronizedStart(StreamInstance* stream) {
     WritePort(stream->Device, port_register::Control, PortArm, PortArm);
     ArmChannel(stream->Device);
     master.StartsWaiting |= direction.HoldBit;
-    if (EveryoneHasStarted(direction, master)) {
+    if (EveryoneAliveHasStarted(direction, master)) {
         ReleaseHold(direction, master);
     }
 }
@@ -70,7 +77,7 @@ void ReleaseWaitingStarts(const Direction& direction, CardRecord& master) {
     const bool someoneRuns = master.*direction.RunningCount > 0 ||
                              (master.SyncWithOutput != 0 && master.*direction.OtherRunningCount > 0);
     if ((master.StartsWaiting & HoldBits(direction, master)) != 0 && someoneRuns &&
-        EveryoneHasStarted(direction, master)) {
+        EveryoneAliveHasStarted(direction, master)) {
         ReleaseHold(direction, master);
     }
 }

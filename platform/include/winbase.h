@@ -110,6 +110,7 @@ HANDLE WINAPI GetCurrentThread();
 DWORD WINAPI GetCurrentThreadId();
 HANDLE WINAPI GetCurrentProcess();
 DWORD WINAPI GetCurrentProcessId();
+DWORD WINAPI GetVersion();
 DWORD WINAPI QueueUserAPC(PAPCFUNC pfnAPC, HANDLE hThread, ULONG_PTR dwData);
 
 DWORD WINAPI TlsAlloc();

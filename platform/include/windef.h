@@ -112,6 +112,10 @@ using FARPROC = INT_PTR(WINAPI*)();
 #define LOBYTE(value) (static_cast<BYTE>(static_cast<DWORD_PTR>(value) & 0xFF))
 #define HIBYTE(value) (static_cast<BYTE>(static_cast<DWORD_PTR>(value) >> 8 & 0xFF))
 
+#define MAKELPARAM(low, high) (static_cast<LPARAM>(static_cast<DWORD>(MAKELONG(low, high))))
+#define MAKEWPARAM(low, high) (static_cast<WPARAM>(static_cast<DWORD>(MAKELONG(low, high))))
+#define MAKELRESULT(low, high) (static_cast<LRESULT>(static_cast<DWORD>(MAKELONG(low, high))))
+
 struct POINT {
     LONG x;
     LONG y;

@@ -7,5 +7,6 @@
 #include "winnt.h"
 // These build on the three above.
 #include "winbase.h"
+#include "wingdi.h"
 #include "winreg.h"
 #include "winuser.h"

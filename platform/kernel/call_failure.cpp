@@ -43,6 +43,10 @@ void FailCall(const char* function, unsigned nth) {
     armedCallFailures.fetch_add(1, std::memory_order_relaxed);
 }
 
+bool CallFailuresAreWaiting() {
+    return armedCallFailures.load(std::memory_order_relaxed) != 0;
+}
+
 void ClearCallFailures() {
     const std::lock_guard guard(countdownLock);
     Countdowns().clear();

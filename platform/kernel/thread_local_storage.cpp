@@ -5,6 +5,8 @@
 #include <atomic>
 #include <mutex>
 
+#include "platform/kernel/call_failure.h"
+
 namespace platform {
 
 namespace {
@@ -34,6 +36,10 @@ using namespace platform;
 
 DWORD WINAPI TlsAlloc() {
     const std::lock_guard guard(allocationLock);
+    if (CallFails("TlsAlloc")) {
+        SetLastError(ERROR_NO_MORE_ITEMS);
+        return TLS_OUT_OF_INDEXES;
+    }
     for (DWORD index = 0; index < generations.size(); ++index) {
         if (generations[index] % 2 == 0) {
             ++generations[index];

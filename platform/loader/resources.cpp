@@ -45,7 +45,7 @@ struct Identifier {
 
     bool Matches(LPCWSTR wanted) const {
         if (IS_INTRESOURCE(wanted)) {
-            return Text.empty() && Number == LOWORD(reinterpret_cast<ULONG_PTR>(wanted));
+            return Text.empty() && Number == ResourceNumber(wanted);
         }
         return !Text.empty() && CompareIgnoringCase(Text, wanted) == 0;
     }

@@ -14,6 +14,11 @@ struct Resource {
     WORD Language = 0;
 };
 
+// The number in a type or name that is one.
+inline WORD ResourceNumber(LPCWSTR name) {
+    return LOWORD(reinterpret_cast<ULONG_PTR>(name));
+}
+
 // Type and name are texts, or numbers made with MAKEINTRESOURCE; texts compare without regard to
 // case. False, and the last error says why, when the handle or the resource does not exist. A module
 // handle of null is the program itself. Any thread.

@@ -161,6 +161,9 @@ LONG WINAPI RegCloseKey(HKEY handle) {
 
 LONG WINAPI RegQueryValueExW(HKEY handle, LPCWSTR name, LPDWORD reserved, LPDWORD type, LPBYTE data,
                              LPDWORD size) {
+    if (CallFails("RegQueryValueExW")) {
+        return ERROR_ACCESS_DENIED;
+    }
     OpenKey key;
     const LONG error = FindKeyWith(handle, KEY_QUERY_VALUE, &key);
     if (error != ERROR_SUCCESS) {

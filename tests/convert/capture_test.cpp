@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -179,19 +178,6 @@ TEST(Dither, UnknownTypesTruncate) {
     }
 }
 
-TEST(Dither, EveryCountWritesSoManySamples) {
-    const std::vector<int32_t> slots = RandomSlots(10);
-    const std::vector<int> all = Dither(slots, 16, DitherTriangularShaped, 1);
-    for (size_t count = 0; count <= 9; ++count) {
-        std::vector<int16_t> samples(12, 0x5A5A);
-        std::vector<int16_t> expected = samples;
-        std::copy_n(all.begin(), count, expected.begin());
-        DitherState state = {};
-        DitherCapture16(samples.data(), slots.data(), count, DitherTriangularShaped, 1, state);
-        EXPECT_EQ(samples, expected) << count;
-    }
-}
-
 // --- packed 24 bits ----------------------------------------------------------------------------
 
 TEST(PackCapture24, KeepsTheTopThreeBytes) {
@@ -199,24 +185,6 @@ TEST(PackCapture24, KeepsTheTopThreeBytes) {
     uint8_t bytes[6] = {};
     PackCapture24(bytes, slots, 2);
     EXPECT_EQ(std::vector<int>(bytes, bytes + 6), (std::vector<int>{0x33, 0x22, 0x11, 0x77, 0x66, 0x55}));
-}
-
-// At any alignment of the client's memory, in blocks that end with the last sample.
-TEST(PackCapture24, EveryCountIsLikeOneSampleAtATime) {
-    constexpr uint8_t guard = 0x5A;
-    for (size_t count = 0; count <= 9; ++count) {
-        for (size_t shift = 0; shift < 4; ++shift) {
-            const std::vector<int32_t> random = RandomSlots(count, static_cast<unsigned>(count + 1));
-            const std::vector<uint32_t> slots(random.begin(), random.end());
-            std::vector<uint8_t> expected(shift + 3 * count + 4, guard);
-            for (size_t i = 0; i < 3 * count; ++i) {
-                expected[shift + i] = static_cast<uint8_t>(slots[i / 3] >> (8 + i % 3 * 8));
-            }
-            std::vector<uint8_t> bytes(expected.size(), guard);
-            PackCapture24(bytes.data() + shift, slots.data(), count);
-            EXPECT_EQ(bytes, expected) << count << " samples at " << shift;
-        }
-    }
 }
 
 }  // namespace

@@ -27,11 +27,28 @@ Function DriverEntry(HMODULE driver, const char* name) {
 // What the process has taken and not given back, in words; equal before and after when nothing leaked.
 std::string Usage();
 
+// A page of memory that can be touched until it is given back, and not after.
+void* TakePage();
+void GiveBackPage(void* page);
+
 struct MessageBoxShown {
     std::u16string Text;
     UINT Style;
 };
 std::vector<MessageBoxShown> MessageBoxes();
+
+// The button that message boxes are answered with from now on; IDOK at first.
+void AnswerMessageBoxes(int button);
+
+// The calls of WinHelpW since the machine is fresh.
+struct HelpRequest {
+    std::u16string File;
+    UINT Command;
+    ULONG_PTR Data;
+
+    bool operator==(const HelpRequest&) const = default;
+};
+std::vector<HelpRequest> HelpShown();
 
 struct LoggedEvent {
     std::u16string Source;
@@ -42,6 +59,7 @@ std::vector<LoggedEvent> EventLog();
 
 // The n-th coming call (1 = the next) of a system function fails.
 void FailCall(const char* function, unsigned nth);
+bool CallFailuresAreWaiting();  // for a call that has not come yet
 void ClearCallFailures();
 
 }  // namespace test_system

@@ -1,0 +1,134 @@
+#include "config_ui/asio_easi_page.h"
+
+#include <windows.h>
+#include <commctrl.h>
+
+#include <algorithm>
+
+#include "config_ui/property_page.h"
+#include "config_ui/resource.h"
+#include "settings/settings_key.h"
+
+namespace kestvox {
+
+namespace {
+
+constexpr ControlHelp Controls[] = {
+    {IDC_ASIO_BUFFER, IDC_ASIO_BUFFER_TIME, 920},
+    {IDC_EASI_BUFFER, IDC_EASI_BUFFER_TIME, 921},
+};
+constexpr PageHelp Help = {819, Controls};
+
+constexpr const WCHAR* KeyPath = TEXT("Software\\Zephyr Harmonic Works\\Kestrelvox\\Configuration");
+
+struct BufferSetting {
+    int Slider;
+    const WCHAR* Value;  // in the registry: the slider's position
+};
+constexpr BufferSetting Settings[] = {
+    {IDC_ASIO_BUFFER, TEXT("AsioBufferSize")},
+    {IDC_EASI_BUFFER, TEXT("EasiBufferSize")},
+};
+
+// A position is worth 2 ms.
+constexpr DWORD ShortestBuffer = 2;
+constexpr DWORD LongestBuffer = 500;
+constexpr DWORD StandardBuffer = 40;
+constexpr DWORD TickDistance = 50;
+constexpr UINT MillisecondsPerStep = 2;
+
+constexpr int TimeLength = 20;
+
+// Only a value that is exactly a number counts.
+DWORD ReadBufferSize(const SettingsKey& key, const WCHAR* name) {
+    DWORD size = 0;
+    DWORD position = 0;
+    if (!key.QuerySize(name, &size) || size != sizeof position ||
+        !key.QueryBinary(name, &position, sizeof position)) {
+        return StandardBuffer;
+    }
+    return position;
+}
+
+DWORD SliderPosition(HWND slider) {
+    return static_cast<DWORD>(SendMessageW(slider, TBM_GETPOS, 0, 0));
+}
+
+void SetScale(HWND slider) {
+    SendMessageW(slider, TBM_SETRANGE, TRUE, MAKELPARAM(ShortestBuffer, LongestBuffer));
+    SendMessageW(slider, TBM_SETTIC, 0, ShortestBuffer);
+    for (DWORD tick = TickDistance; tick <= LongestBuffer; tick += TickDistance) {
+        SendMessageW(slider, TBM_SETTIC, 0, static_cast<LPARAM>(tick));
+    }
+}
+
+void ShowBufferTime(HWND page, HWND slider) {
+    WCHAR format[TimeLength];
+    WCHAR text[2 * TimeLength];
+    LoadText(IDS_BUFFER_TIME, format);
+    wsprintfW(text, format, SliderPosition(slider) * MillisecondsPerStep);
+    ShowSliderValue(page, GetDlgCtrlID(slider), text);
+}
+
+INT_PTR OnInitDialog(HWND page) {
+    SettingsKey key(HKEY_LOCAL_MACHINE);
+    key.SetPath(KeyPath);
+    for (const BufferSetting& setting : Settings) {
+        const HWND slider = GetDlgItem(page, setting.Slider);
+        SetScale(slider);
+        // The slider takes positions as signed numbers and would move the largest to its left end.
+        const DWORD position = std::min(ReadBufferSize(key, setting.Value), LongestBuffer);
+        SendMessageW(slider, TBM_SETPOS, TRUE, static_cast<LPARAM>(position));
+        ShowBufferTime(page, slider);
+    }
+    return TRUE;
+}
+
+INT_PTR OnSlider(HWND page, HWND slider) {
+    ShowBufferTime(page, slider);
+    ReportChange(page);
+    return TRUE;
+}
+
+INT_PTR OnApply(HWND page) {
+    SettingsKey key(HKEY_LOCAL_MACHINE);
+    key.SetPath(KeyPath);
+    for (const BufferSetting& setting : Settings) {
+        const DWORD position = SliderPosition(GetDlgItem(page, setting.Slider));
+        key.DeleteValue(setting.Value);
+        key.SetValue(setting.Value, &position, sizeof position, REG_BINARY);
+    }
+    return AnswerNotification(page, PSNRET_NOERROR);
+}
+
+INT_PTR OnNotify(HWND page, UINT code) {
+    switch (code) {
+    case PSN_HELP:
+        return ShowPageHelp(page, Help);
+    case PSN_APPLY:
+        return OnApply(page);
+    default:
+        return FALSE;
+    }
+}
+
+}  // namespace
+
+INT_PTR CALLBACK AsioEasiPage(HWND page, UINT message, WPARAM, LPARAM lParam) {
+    switch (message) {
+    case WM_INITDIALOG:
+        return OnInitDialog(page);
+    case WM_HSCROLL:
+        return OnSlider(page, reinterpret_cast<HWND>(lParam));
+    case WM_NOTIFY:
+        return OnNotify(page, reinterpret_cast<const NMHDR*>(lParam)->code);
+    case WM_HELP:
+        return ShowControlHelp(page, Help, lParam);
+    case WM_DESTROY:
+        return QuitHelp(page);
+    default:
+        return FALSE;
+    }
+}
+
+}  // namespace kestvox

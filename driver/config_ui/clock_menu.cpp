@@ -1,0 +1,110 @@
+#include "config_ui/clock_menu.h"
+
+#include "card/card_table.h"
+#include "config_ui/clock_tree.h"
+#include "config_ui/property_page.h"
+#include "config_ui/resource.h"
+
+namespace kestvox {
+
+namespace {
+
+struct SourceCommand {
+    DWORD Source;
+    UINT Text;
+    bool ForMasters;
+};
+constexpr SourceCommand SourceCommands[] = {
+    {AutomaticClock, IDS_MENU_AUTOMATIC_CLOCK, false},
+    {InternalClock, IDS_MENU_INTERNAL_CLOCK, true},
+    {DigitalInputClock, IDS_MENU_DIGITAL_INPUT_CLOCK, true},
+};
+
+void AppendCommand(HMENU menu, UINT command, UINT text, UINT flags = 0) {
+    WCHAR label[50];
+    LoadText(text, label);
+    AppendMenuW(menu, MF_STRING | flags, command, label);
+}
+
+void AppendSeparator(HMENU menu) {
+    AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
+}
+
+void AppendSources(HMENU menu, const CardRecord& card, bool master) {
+    for (const SourceCommand& command : SourceCommands) {
+        if (!master || command.ForMasters) {
+            const bool current = command.Source == card.WorkingClockSource;
+            AppendCommand(menu, command.Source, command.Text, current ? MF_CHECKED : MF_UNCHECKED);
+        }
+    }
+    AppendSeparator(menu);
+}
+
+void FillCardMenu(HMENU menu, HWND tree, HTREEITEM item) {
+    const bool topLevel = IsTopLevel(tree, item);
+    const bool master = HasSlaves(tree, item);
+    if (topLevel) {
+        AppendSources(menu, *CardOfItem(tree, item), master);
+    }
+    if (master) {
+        AppendCommand(menu, StopBeingMasterCommand, IDS_MENU_STOP_MASTER);
+    } else {
+        const bool alone = NextCard(FirstCard()) == nullptr;
+        AppendCommand(menu, BecomeMasterCommand, IDS_MENU_BECOME_MASTER,
+                      alone ? MF_GRAYED | MF_DISABLED : MF_ENABLED);
+    }
+    if (!topLevel) {
+        AppendCommand(menu, StopBeingSlaveCommand, IDS_MENU_STOP_SLAVE);
+    }
+    AppendSeparator(menu);
+    AppendCommand(menu, CancelCommand, IDS_MENU_CANCEL);
+}
+
+void FillResetMenu(HMENU menu) {
+    AppendCommand(menu, ResetDriverCommand, IDS_MENU_RESET_DRIVER);
+    AppendSeparator(menu);
+    AppendCommand(menu, CancelCommand, IDS_MENU_CANCEL);
+}
+
+}  // namespace
+
+BOOL ShowClockMenu(HWND page, int x, int y) {
+    const HWND tree = ClockTree(page);
+    RECT area = {};
+    GetWindowRect(tree, &area);
+    TVHITTESTINFO hit = {};
+    hit.pt = {x - area.left, y - area.top};
+    const HTREEITEM item = TreeView_HitTest(tree, &hit);
+    if (item == ClockRoot(tree) || (item == nullptr && GetKeyState(VK_SHIFT) >= 0)) {
+        return FALSE;
+    }
+    const HMENU menu = CreatePopupMenu();
+    if (item != nullptr) {
+        TreeView_SelectItem(tree, item);
+        FillCardMenu(menu, tree, item);
+    } else {
+        FillResetMenu(menu);
+    }
+    const BOOL shown = TrackPopupMenu(menu, TPM_RIGHTBUTTON, x, y, 0, page, nullptr);
+    DestroyMenu(menu);
+    return shown;
+}
+
+BOOL ShowMenuOfSelectedItem(HWND page) {
+    const HWND tree = ClockTree(page);
+    const HTREEITEM item = TreeView_GetSelection(tree);
+    if (item == nullptr) {
+        return FALSE;
+    }
+    TreeView_EnsureVisible(tree, item);
+    union {
+        HTREEITEM Item;  // in
+        RECT Text;       // out
+    } request = {item};
+    SendMessageW(tree, TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&request));
+    RECT area = {};
+    GetWindowRect(tree, &area);
+    return ShowClockMenu(page, area.left + request.Text.left, area.top + request.Text.top);
+}
+
+}  // namespace kestvox

@@ -1,0 +1,97 @@
+#include "config_ui/clock_moves.h"
+
+#include "config_ui/clock_rules.h"
+#include "config_ui/clock_tree.h"
+#include "config_ui/property_page.h"
+#include "config_ui/resource.h"
+
+namespace kestvox {
+
+namespace {
+
+// The slaves of a master cannot run at a clock that is chosen anew for each stream.
+void GiveUpAutomaticClock(HWND page, CardRecord& master) {
+    if (master.WorkingClockSource != AutomaticClock) {
+        return;
+    }
+    WCHAR message[256];
+    LoadText(IDS_MASTER_NOT_AUTOMATIC, message);
+    MessageBoxW(page, message, TEXT("KESTVOX.DLL"), MB_ICONINFORMATION);
+    master.WorkingClockSource = InternalClock;
+}
+
+// A group may grow when it is the only one.
+bool MayJoin(HWND page, HTREEITEM group) {
+    const HTREEITEM master = FirstMaster(ClockTree(page));
+    if (master == nullptr || master == group) {
+        return true;
+    }
+    ShowClockRefusal(page, IDS_ANOTHER_MASTER);
+    return false;
+}
+
+HTREEITEM OtherMaster(HWND tree, HTREEITEM item) {
+    const HTREEITEM master = FirstMaster(tree);
+    return master != item || master == nullptr ? master : NextMaster(tree, master);
+}
+
+HTREEITEM OtherTopLevelCard(HWND tree, HTREEITEM item) {
+    const HTREEITEM card = TreeView_GetChild(tree, ClockRoot(tree));
+    return card != item || card == nullptr ? card : TreeView_GetNextSibling(tree, card);
+}
+
+}  // namespace
+
+HTREEITEM MoveCardItem(HWND page, HTREEITEM moved, HTREEITEM target) {
+    const HWND tree = ClockTree(page);
+    if (target == nullptr || target == moved || HasSlaves(tree, moved)) {
+        return nullptr;
+    }
+    CardRecord& card = *CardOfItem(tree, moved);
+    const HTREEITEM group = GroupOfItem(tree, target);
+    CardRecord* master = CardOfItem(tree, group);  // null: the card is to follow nobody
+    if (master == nullptr) {
+        if (card.WorkingClockSource == LinkClock) {
+            card.WorkingClockSource = AutomaticClock;
+        }
+    } else if (MayJoin(page, group)) {
+        GiveUpAutomaticClock(page, *master);
+        card.WorkingClockSource = LinkClock;
+    } else {
+        return nullptr;
+    }
+    TreeView_DeleteItem(tree, moved);
+    const HTREEITEM item = InsertCard(tree, card, group, TVI_LAST);
+    TreeView_Expand(tree, group, TVE_EXPAND);
+    TreeView_SelectItem(tree, item);
+    return item;
+}
+
+HTREEITEM StopBeingSlave(HWND page, HTREEITEM item) {
+    return MoveCardItem(page, item, ClockRoot(ClockTree(page)));
+}
+
+void StopBeingMaster(HWND page, HTREEITEM item) {
+    const HWND tree = ClockTree(page);
+    while (HasSlaves(tree, item)) {
+        StopBeingSlave(page, TreeView_GetChild(tree, item));
+    }
+    TreeView_SelectItem(tree, item);
+}
+
+void BecomeMaster(HWND page, HTREEITEM item) {
+    const HWND tree = ClockTree(page);
+    const HTREEITEM master = StopBeingSlave(page, item);
+    if (master == nullptr) {
+        return;
+    }
+    while (const HTREEITEM other = OtherMaster(tree, master)) {
+        StopBeingMaster(page, other);
+    }
+    while (const HTREEITEM other = OtherTopLevelCard(tree, master)) {
+        MoveCardItem(page, other, master);
+    }
+    TreeView_SelectItem(tree, master);
+}
+
+}  // namespace kestvox

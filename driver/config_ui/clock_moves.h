@@ -1,0 +1,24 @@
+// Cards change their place in the clock tree, and with it their clock source.
+#pragma once
+
+#include <windows.h>
+#include <commctrl.h>
+
+namespace kestvox {
+
+// Moves a card to the end of the top level (`target` is the root) or of the group that `target` belongs to,
+// and selects it there under its new item, which is the result. Null, and nothing moves: there is no target,
+// it is the card itself, the card has slaves, or another card is the master already, of which the user is
+// told. A new master does not keep the automatic clock selection; the user is told of that too.
+HTREEITEM MoveCardItem(HWND page, HTREEITEM moved, HTREEITEM target);
+
+// A slave becomes a free card with automatic clock selection. The result is its new item.
+HTREEITEM StopBeingSlave(HWND page, HTREEITEM item);
+
+// So do all slaves of a master.
+void StopBeingMaster(HWND page, HTREEITEM item);
+
+// All other cards become slaves of this one. A card that has slaves already is left alone.
+void BecomeMaster(HWND page, HTREEITEM item);
+
+}  // namespace kestvox

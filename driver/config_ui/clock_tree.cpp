@@ -1,0 +1,143 @@
+#include "config_ui/clock_tree.h"
+
+#include "config_ui/property_page.h"
+#include "config_ui/resource.h"
+
+namespace kestvox {
+
+namespace {
+
+// Pictures of the image list, in the order in which they are added.
+enum Picture { CardPicture, ClockPicture };
+
+constexpr int PictureSize = 16;
+
+struct SourceSuffix {
+    DWORD Source;
+    UINT Text;
+};
+// A slave shows where its clock comes from by its place in the tree.
+constexpr SourceSuffix Suffixes[] = {
+    {InternalClock, IDS_SUFFIX_INTERNAL_CLOCK},
+    {DigitalInputClock, IDS_SUFFIX_DIGITAL_INPUT_CLOCK},
+    {PllClock, IDS_SUFFIX_PLL_CLOCK},
+    {AutomaticClock, IDS_SUFFIX_AUTOMATIC_CLOCK},
+};
+
+void AddPicture(HIMAGELIST images, WORD bitmap) {
+    const HBITMAP picture = LoadBitmapW(ModuleHandle, MAKEINTRESOURCEW(bitmap));
+    if (picture != nullptr) {
+        ImageList_Add(images, picture, nullptr);
+        DeleteObject(picture);
+    }
+}
+
+HTREEITEM InsertItem(HWND tree, HTREEITEM parent, HTREEITEM after, WCHAR* text, Picture picture,
+                     CardRecord* card) {
+    TVINSERTSTRUCTW insertion = {};
+    insertion.hParent = parent;
+    insertion.hInsertAfter = after;
+    insertion.item.mask = TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_PARAM;
+    insertion.item.pszText = text;
+    insertion.item.iImage = picture;
+    insertion.item.iSelectedImage = picture;
+    insertion.item.lParam = reinterpret_cast<LPARAM>(card);
+    return TreeView_InsertItem(tree, &insertion);
+}
+
+HTREEITEM FirstTopLevelCard(HWND tree) {
+    return TreeView_GetChild(tree, ClockRoot(tree));
+}
+
+// From `item` on, which may be null.
+HTREEITEM FindMaster(HWND tree, HTREEITEM item) {
+    while (item != nullptr && !HasSlaves(tree, item)) {
+        item = TreeView_GetNextSibling(tree, item);
+    }
+    return item;
+}
+
+}  // namespace
+
+HWND ClockTree(HWND page) {
+    return GetDlgItem(page, IDC_CLOCK_TREE);
+}
+
+void PrepareClockTree(HWND tree) {
+    const HIMAGELIST images = ImageList_Create(PictureSize, PictureSize, ILC_COLOR, 2, 0);
+    AddPicture(images, IDB_CARD);
+    AddPicture(images, IDB_SAMPLE_CLOCK);
+    TreeView_SetImageList(tree, images, TVSIL_NORMAL);
+    WCHAR text[50];
+    LoadText(IDS_CLOCK_ROOT, text);
+    InsertItem(tree, TVI_ROOT, TVI_FIRST, text, ClockPicture, nullptr);
+}
+
+void ClearClockTree(HWND tree) {
+    TreeView_DeleteAllItems(tree);
+    ImageList_Destroy(TreeView_SetImageList(tree, nullptr, TVSIL_NORMAL));
+}
+
+HTREEITEM ClockRoot(HWND tree) {
+    return TreeView_GetRoot(tree);
+}
+
+CardRecord* CardOfItem(HWND tree, HTREEITEM item) {
+    TVITEMW data = {};
+    data.mask = TVIF_PARAM;
+    data.hItem = item;
+    if (item == nullptr || !TreeView_GetItem(tree, &data)) {
+        return nullptr;
+    }
+    return reinterpret_cast<CardRecord*>(data.lParam);
+}
+
+HTREEITEM InsertCard(HWND tree, CardRecord& card, HTREEITEM parent, HTREEITEM after) {
+    return InsertItem(tree, parent, after, LPSTR_TEXTCALLBACKW, CardPicture, &card);
+}
+
+bool IsTopLevel(HWND tree, HTREEITEM item) {
+    return TreeView_GetParent(tree, item) == ClockRoot(tree);
+}
+
+bool HasSlaves(HWND tree, HTREEITEM item) {
+    return TreeView_GetChild(tree, item) != nullptr;
+}
+
+HTREEITEM GroupOfItem(HWND tree, HTREEITEM item) {
+    while (item != ClockRoot(tree) && !IsTopLevel(tree, item)) {
+        item = TreeView_GetParent(tree, item);
+    }
+    return item;
+}
+
+HTREEITEM FindTopLevelCard(HWND tree, const CardRecord& card) {
+    HTREEITEM item = FirstTopLevelCard(tree);
+    while (item != nullptr && CardOfItem(tree, item) != &card) {
+        item = TreeView_GetNextSibling(tree, item);
+    }
+    return item;
+}
+
+HTREEITEM FirstMaster(HWND tree) {
+    return FindMaster(tree, FirstTopLevelCard(tree));
+}
+
+HTREEITEM NextMaster(HWND tree, HTREEITEM master) {
+    return FindMaster(tree, TreeView_GetNextSibling(tree, master));
+}
+
+void GetCardItemText(const CardRecord& card, TVITEMW& item) {
+    WCHAR text[NameLength + 30];
+    WCHAR suffix[30];
+    lstrcpynW(text, card.WorkingName, NameLength);
+    for (const SourceSuffix& candidate : Suffixes) {
+        if (candidate.Source == card.WorkingClockSource) {
+            LoadText(candidate.Text, suffix);
+            lstrcatW(text, suffix);
+        }
+    }
+    lstrcpynW(item.pszText, text, item.cchTextMax);
+}
+
+}  // namespace kestvox

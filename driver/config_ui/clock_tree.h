@@ -1,0 +1,40 @@
+// The tree of the Clocks + Sync page: what it holds and how it looks.
+//
+// Below one root stand the cards that follow nobody, and below a card its slaves; a card with slaves is a
+// Tessalink master. Items are inserted with the card as their data and take their text on demand, so a card
+// that is renamed or changes its clock source needs only a repaint.
+#pragma once
+
+#include <windows.h>
+#include <commctrl.h>
+
+#include "card/card_record.h"
+
+namespace kestvox {
+
+HWND ClockTree(HWND page);  // the tree control, which all others here call `tree`
+
+// Pictures and root. ClearClockTree takes everything out again.
+void PrepareClockTree(HWND tree);
+void ClearClockTree(HWND tree);
+
+HTREEITEM ClockRoot(HWND tree);
+CardRecord* CardOfItem(HWND tree, HTREEITEM item);  // null for the root and for no item
+
+// `after`: TVI_SORT or TVI_LAST.
+HTREEITEM InsertCard(HWND tree, CardRecord& card, HTREEITEM parent, HTREEITEM after);
+
+bool IsTopLevel(HWND tree, HTREEITEM item);  // a card that follows nobody
+bool HasSlaves(HWND tree, HTREEITEM item);
+
+// The top-level card to whose group a card belongs; the root for the root.
+HTREEITEM GroupOfItem(HWND tree, HTREEITEM item);
+
+HTREEITEM FindTopLevelCard(HWND tree, const CardRecord& card);  // null when there is none
+HTREEITEM FirstMaster(HWND tree);
+HTREEITEM NextMaster(HWND tree, HTREEITEM master);
+
+// TVN_GETDISPINFOW: the card's name and clock source.
+void GetCardItemText(const CardRecord& card, TVITEMW& item);
+
+}  // namespace kestvox

@@ -1,0 +1,220 @@
+#include "config_ui/monitor_page.h"
+
+#include <commctrl.h>
+
+#include "card/borrowed_handle.h"
+#include "card/registers.h"
+#include "config_ui/mixer_gain.h"
+#include "config_ui/property_page.h"
+#include "config_ui/resource.h"
+#include "settings/card_settings_store.h"
+
+namespace kestvox {
+
+namespace {
+
+constexpr ControlHelp MixerHelp[] = {{IDC_FIRST_MIXER_SLIDER, IDC_LAST_MIXER_VALUE, 911}};
+constexpr PageHelp Help = {818, MixerHelp};
+
+// 0.0, -5.8, -11.7 and -24.0 dB
+constexpr DWORD TickMarks[] = {83, 69, 57, 39};
+
+// Where a mixer input's sound comes from; the gain matters to the hardware while that device is open.
+struct MixerSource {
+    SharedWord (CardRecord::*OpenFlags)[PortCount];
+    unsigned Port;
+    bool Playback;  // its gains are the user's only with advanced monitoring
+};
+constexpr MixerSource Sources[] = {
+    {&CardRecord::InputOpen, 0, false},
+    {&CardRecord::InputOpen, 1, false},
+    {&CardRecord::OutputOpen, 0, true},
+    {&CardRecord::OutputOpen, 1, true},
+};
+
+// Both mixers have the same sources in the same order.
+const MixerSource& SourceOf(unsigned input) {
+    return Sources[input % std::size(Sources)];
+}
+
+int SliderOf(unsigned input) {
+    return IDC_FIRST_MIXER_SLIDER + 2 * static_cast<int>(input);
+}
+
+int ValueOf(unsigned input) {
+    return SliderOf(input) + 1;
+}
+
+// The gain code at which an input's slider stands.
+DWORD SliderCode(HWND page, unsigned input) {
+    return static_cast<DWORD>(SendDlgItemMessageW(page, SliderOf(input), TBM_GETPOS, 0, 0));
+}
+
+void ShowGain(HWND page, unsigned input, DWORD code) {
+    WCHAR format[20];
+    WCHAR text[20];
+    int tenths = TenthsOfDecibel(code);
+    if (tenths == MinusInfinity) {
+        LoadText(IDS_GAIN_OFF, text);
+    } else {
+        const char sign = tenths > 0 ? '+' : tenths < 0 ? '-' : ' ';
+        tenths = tenths < 0 ? -tenths : tenths;
+        LoadText(IDS_GAIN_DECIBELS, format);
+        wsprintfW(text, format, sign, tenths / 10, tenths % 10);
+    }
+    ShowSliderValue(page, SliderOf(input), text);
+}
+
+// The gain of a device that is not open is left to its open.
+void WriteGain(CardRecord& card, unsigned input, DWORD gain) {
+    const MixerSource& source = SourceOf(input);
+    if ((card.*source.OpenFlags)[source.Port] != 0) {
+        BorrowedHandle handle(card);
+        SetMixerGain(handle.Get(), input, gain);
+    }
+}
+
+enum class Hardware { Leave, Follow };
+
+// Takes a slider's position into the working settings, the text beside it and, if wanted, the card.
+void UpdateMixerChannel(CardRecord& card, HWND page, unsigned input, Hardware hardware) {
+    const DWORD code = SliderCode(page, input);
+    SetGainCode(card.WorkingMonitor, input, code);
+    ShowGain(page, input, code);
+    if (hardware == Hardware::Follow) {
+        WriteGain(card, input, GainOfCode(code));
+    }
+}
+
+// A code outside the slider's range ends at the nearest position.
+void MoveSlider(CardRecord& card, HWND page, unsigned input, DWORD code, Hardware hardware) {
+    SendDlgItemMessageW(page, SliderOf(input), TBM_SETPOS, TRUE, static_cast<LPARAM>(code));
+    UpdateMixerChannel(card, page, input, hardware);
+}
+
+// Takes what another page did to the working settings into the sliders and the card; true when there was
+// anything.
+bool FollowWorkingSettings(CardRecord& card, HWND page) {
+    bool moved = false;
+    for (unsigned input = 0; input < MixerInputs; ++input) {
+        const DWORD code = card.WorkingMonitor.GainCode[input];
+        if (code != SliderCode(page, input)) {
+            MoveSlider(card, page, input, code, Hardware::Follow);
+            moved = true;
+        }
+    }
+    return moved;
+}
+
+void ShowSavedGains(CardRecord& card, HWND page, Hardware hardware) {
+    for (unsigned input = 0; input < MixerInputs; ++input) {
+        MoveSlider(card, page, input, card.Settings.Monitor.GainCode[input], hardware);
+    }
+}
+
+void EnableChannel(HWND page, unsigned input, BOOL enable) {
+    EnableWindow(GetDlgItem(page, SliderOf(input)), enable);
+    EnableWindow(GetDlgItem(page, ValueOf(input)), enable);
+}
+
+void DrawScale(HWND page, unsigned input) {
+    const HWND slider = GetDlgItem(page, SliderOf(input));
+    SendMessageW(slider, TBM_SETRANGE, TRUE, MAKELONG(LowestGainCode, HighestGainCode));
+    for (const DWORD mark : TickMarks) {
+        SendMessageW(slider, TBM_SETTIC, 0, static_cast<LPARAM>(mark));
+    }
+}
+
+INT_PTR OnInitDialog(HWND page) {
+    CardRecord* card = KeepPageCard(page);
+    for (unsigned input = 0; input < MixerInputs; ++input) {
+        DrawScale(page, input);
+        if (card == nullptr) {
+            EnableChannel(page, input, FALSE);
+        }
+    }
+    if (card != nullptr) {
+        ShowSavedGains(*card, page, Hardware::Leave);
+    }
+    return TRUE;
+}
+
+INT_PTR OnActivate(CardRecord& card, HWND page) {
+    for (unsigned input = 0; input < MixerInputs; ++input) {
+        if (SourceOf(input).Playback) {
+            EnableChannel(page, input, card.WorkingAdvancedMonitoring != 0);
+        }
+    }
+    if (FollowWorkingSettings(card, page)) {
+        ReportChange(page);
+    }
+    return AnswerNotification(page, 0);
+}
+
+INT_PTR OnApply(CardRecord& card, HWND page) {
+    FollowWorkingSettings(card, page);
+    for (unsigned input = 0; input < MixerInputs; ++input) {
+        SetGainCode(card.Settings.Monitor, input, SliderCode(page, input));
+    }
+    SaveCardSettings(card);
+    CopyGains(card.Settings.Monitor, card.WorkingMonitor);
+    return AnswerNotification(page, PSNRET_NOERROR);
+}
+
+INT_PTR OnReset(CardRecord& card, HWND page) {
+    ShowSavedGains(card, page, Hardware::Follow);
+    return TRUE;
+}
+
+INT_PTR OnScroll(HWND page, HWND slider) {
+    CardRecord* card = PageCard(page);
+    const int number = GetDlgCtrlID(slider);
+    if (card == nullptr || number < IDC_FIRST_MIXER_SLIDER || number > IDC_LAST_MIXER_VALUE) {
+        return FALSE;
+    }
+    UpdateMixerChannel(*card, page, static_cast<unsigned>(number - IDC_FIRST_MIXER_SLIDER) / 2,
+                       Hardware::Follow);
+    ReportChange(page);
+    return TRUE;
+}
+
+INT_PTR OnNotify(HWND page, const NMHDR& notification) {
+    if (notification.code == PSN_HELP) {
+        return ShowPageHelp(page, Help);
+    }
+    CardRecord* card = PageCard(page);
+    if (card == nullptr) {
+        return FALSE;
+    }
+    switch (notification.code) {
+    case PSN_SETACTIVE:
+        return OnActivate(*card, page);
+    case PSN_APPLY:
+        return OnApply(*card, page);
+    case PSN_RESET:
+        return OnReset(*card, page);
+    default:
+        return FALSE;
+    }
+}
+
+}  // namespace
+
+INT_PTR CALLBACK MonitorPage(HWND page, UINT message, WPARAM, LPARAM lParam) {
+    switch (message) {
+    case WM_INITDIALOG:
+        return OnInitDialog(page);
+    case WM_HSCROLL:
+        return OnScroll(page, reinterpret_cast<HWND>(lParam));
+    case WM_NOTIFY:
+        return OnNotify(page, *reinterpret_cast<const NMHDR*>(lParam));
+    case WM_HELP:
+        return ShowControlHelp(page, Help, lParam);
+    case WM_DESTROY:
+        return QuitHelp(page);
+    default:
+        return FALSE;
+    }
+}
+
+}  // namespace kestvox

@@ -1,0 +1,62 @@
+// What the pages of the configuration sheet do alike. `page` is a page's dialog, its parent the sheet.
+#pragma once
+
+#include <windows.h>
+#include <prsht.h>
+
+#include <span>
+
+#include "card/card_record.h"
+#include "entry/module.h"
+
+namespace kestvox {
+
+// How a card's page learns its card: the sheet calls back with the page's description right before it
+// makes the page's dialog, on the same thread, one page at a time.
+extern DWORD PendingPageCard;  // Ordinal of the card whose page is about to be made
+UINT CALLBACK CardPageCallback(HWND window, UINT message, PROPSHEETPAGEW* page);
+
+// At WM_INITDIALOG: looks PendingPageCard up and keeps the card with the page. Null when the table has no
+// such card.
+CardRecord* KeepPageCard(HWND page);
+
+// From then on: the card that was kept.
+CardRecord* PageCard(HWND page);
+
+// Tells the sheet that there is something to apply.
+void ReportChange(HWND page);
+
+// The answer to a notification, to be returned from the dialog procedure.
+INT_PTR AnswerNotification(HWND page, LONG result);
+
+// Shows what a slider's position means, in the edit whose identifier is the slider's plus 1.
+void ShowSliderValue(HWND page, int slider, const WCHAR* text);
+
+// Contexts of the help file.
+struct ControlHelp {
+    int First;  // identifiers of the controls, both included
+    int Last;
+    DWORD Context;
+};
+struct PageHelp {
+    DWORD Context;
+    std::span<const ControlHelp> Controls;
+};
+
+// PSN_HELP: the sheet's Help button.
+INT_PTR ShowPageHelp(HWND page, const PageHelp& help);
+
+// WM_HELP: F1 on a control. FALSE, for default processing, when it is not about a control with help.
+INT_PTR ShowControlHelp(HWND page, const PageHelp& help, LPARAM helpInfo);
+
+// WM_DESTROY.
+INT_PTR QuitHelp(HWND page);
+
+// A text of the string table, cut to the buffer.
+template <int Length>
+void LoadText(UINT number, WCHAR (&text)[Length]) {
+    text[0] = 0;
+    LoadStringW(ModuleHandle, number, text, Length);
+}
+
+}  // namespace kestvox

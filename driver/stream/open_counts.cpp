@@ -1,0 +1,99 @@
+#include "stream/open_counts.h"
+
+#include "card/card_table.h"
+#include "stream/clock_master.h"
+#include "stream/driver_mutex.h"
+#include "stream/stream_list.h"
+
+namespace kestvox {
+
+namespace {
+
+constexpr const Direction* BothDirections[] = {&InputDirection, &OutputDirection};
+
+void CountDown(SharedCount& count) {
+    if (count > 0) {
+        --count;
+    }
+}
+
+// Clears the port's run flags. TRUE when they said that it ran.
+bool StopPort(CardRecord& card, const Direction& direction, DWORD port) {
+    const bool running = (card.*direction.PortRunning)[port].exchange(0) != 0;
+    const bool paused =
+        direction.PortPaused != nullptr && (card.*direction.PortPaused)[port].exchange(0) != 0;
+    (card.*direction.PortResumePending)[port] = 0;
+    return running && !paused;
+}
+
+// A port whose channel is this process's for the moment, so that nobody else opens it meanwhile.
+void ForgetPort(CardRecord& card, const Direction& direction, DWORD port, CardRecord& master) {
+    if (StopPort(card, direction, port)) {
+        CountDown(master.*direction.RunningCount);
+    }
+    (card.*direction.PortOpen)[port] = 0;
+    CountDown(master.*direction.OpenCount);
+}
+
+bool ForgetIfDead(CardRecord& card, const Direction& direction, DWORD port, CardRecord& master) {
+    if ((card.*direction.PortOpen)[port] == 0 || IsOpenHere(card, direction, port)) {
+        return false;
+    }
+    CardHandle* channel = nullptr;
+    if (OpenCardHandle(card, direction.FirstChannel + port, &channel) != MMSYSERR_NOERROR) {
+        return false;
+    }
+    const bool dead = (card.*direction.PortOpen)[port] != 0;  // else it was closed just now
+    if (dead) {
+        ForgetPort(card, direction, port, master);
+    }
+    CloseCardHandle(channel);
+    return dead;
+}
+
+}  // namespace
+
+void CountOpen(StreamInstance* stream) {
+    const Direction& direction = *stream->Direction;
+    SharedWord& open = stream->PortFlag(direction.PortOpen);
+    if (open != 0) {
+        ForgetPort(*stream->Card, direction, stream->Port, *stream->ClockMaster);
+    }
+    StopPort(*stream->Card, direction, stream->Port);  // a suspend may have met the last stream in its close
+    open = 1;
+    ++(stream->ClockMaster->*direction.OpenCount);
+}
+
+void CountClosed(StreamInstance* stream) {
+    stream->PortFlag(stream->Direction->PortOpen) = 0;
+    --(stream->ClockMaster->*stream->Direction->OpenCount);
+}
+
+BOOL ForgetDeadStreams(CardRecord& master) {
+    bool any = false;
+    for (CardRecord* card = FirstCard(); card != nullptr; card = NextCard(card)) {
+        if (&ClockMasterOf(*card) != &master) {
+            continue;
+        }
+        for (const Direction* direction : BothDirections) {
+            for (DWORD port = 0; port < PortCount; ++port) {
+                any = ForgetIfDead(*card, *direction, port, master) || any;
+            }
+        }
+    }
+    return any;
+}
+
+void ForgetIdleClock(CardRecord& master) {
+    DriverLock lock;
+    if (master.OpenOutputs == 0 && master.OpenInputs == 0) {
+        master.RunningOutputs = 0;
+        master.RunningInputs = 0;
+        master.GroupRate = 0;
+        master.SyncStart = 0;
+        master.SyncWithOutput = 0;
+        master.StartsWaiting = 0;
+    }
+}
+
+}  // namespace kestvox

@@ -1,0 +1,26 @@
+// Which streams are open, in the card table: the port's flag and the clock master's count change together, so
+// that a process that dies leaves either both or neither behind.
+//
+// While a process lives the kernel gives its channels to nobody else. So a port that is marked open and whose
+// channel can be had belonged to a process that died: whoever notices takes its flags and counts back.
+#pragma once
+
+#include "stream/stream_instance.h"
+
+namespace kestvox {
+
+// The stream has its channel. What a dead process left of the port is forgotten first.
+void CountOpen(StreamInstance* stream);
+
+// The stream is about to give its channel back.
+void CountClosed(StreamInstance* stream);
+
+// Looks at every port on the master's clock that is marked open by another process, and forgets those of dead
+// ones. TRUE when there was one. It asks the kernel for channels, so it is for when a stream would otherwise
+// be refused or wait. No lock is needed.
+BOOL ForgetDeadStreams(CardRecord& master);
+
+// Gives the clock up when no stream is left on it. Takes DriverMutex.
+void ForgetIdleClock(CardRecord& master);
+
+}  // namespace kestvox

@@ -1,0 +1,74 @@
+// What the window procedures of all controls do the same way: state of their own, made with the window
+// and freed with it, and word to the parent.
+#pragma once
+
+#include <windows.h>
+#include <commctrl.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+// Text is measured, since nothing is drawn, as in the dialog font at its usual size.
+constexpr int kCharacterWidth = 6;
+constexpr int kTextHeight = 13;
+
+// A control's state. Used only on the thread that made the window.
+class Control {
+public:
+    explicit Control(HWND window) : window_(window) {}
+    virtual ~Control() = default;
+    Control(const Control&) = delete;
+    Control& operator=(const Control&) = delete;
+
+    virtual LRESULT Handle(UINT message, WPARAM first, LPARAM second) = 0;
+
+protected:
+    HWND Window() const { return window_; }
+    DWORD Style() const;
+    bool HasFocus() const;
+    RECT ClientArea() const;
+
+    // For messages that the control leaves to the system; the font it must remember itself.
+    LRESULT Default(UINT message, WPARAM first, LPARAM second);
+
+    // WM_COMMAND and WM_NOTIFY to the parent. The parent may destroy the control meanwhile.
+    LRESULT Command(WORD notification) const;
+    LRESULT Notify(UINT code) const;
+    LRESULT Notify(UINT code, NMHDR& header) const;
+
+private:
+    const HWND window_;
+    WPARAM font_ = 0;
+};
+
+// The procedure of a control class whose state is a T. Its class reserves a pointer's room.
+template <typename T>
+LRESULT CALLBACK ControlProcedure(HWND window, UINT message, WPARAM first, LPARAM second) {
+    if (message == WM_NCCREATE) {
+        auto* held = new std::shared_ptr<Control>(std::make_shared<T>(window));
+        SetWindowLongPtrW(window, 0, reinterpret_cast<LONG_PTR>(held));
+    }
+    auto* held = reinterpret_cast<std::shared_ptr<Control>*>(GetWindowLongPtrW(window, 0));
+    if (!held) {
+        return DefWindowProcW(window, message, first, second);
+    }
+    // Outlives a window that is destroyed by what this message leads to.
+    const std::shared_ptr<Control> control = *held;
+    const LRESULT result = control->Handle(message, first, second);
+    if (message == WM_NCDESTROY) {
+        SetWindowLongPtrW(window, 0, 0);
+        delete held;
+    }
+    return result;
+}
+
+// The pointer's place as a mouse message tells it.
+POINT PointOf(LPARAM place);
+
+// As WM_GETTEXT answers: cut to size, which counts the terminator; the number of characters copied.
+LRESULT CopyText(std::u16string_view text, LPWSTR target, size_t size);
+
+}  // namespace platform

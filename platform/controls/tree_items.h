@@ -1,0 +1,64 @@
+// The items of a tree view: who is under whom, in which order, and which of them stand in a row now.
+#pragma once
+
+#include <windows.h>
+#include <commctrl.h>
+
+#include <memory>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+namespace platform {
+
+struct TreeItem {
+    TreeItem* Parent = nullptr;  // the root, which is no item of its own, for those at the top
+    std::vector<std::unique_ptr<TreeItem>> Children;
+    std::u16string Text;
+    bool TextOnDemand = false;
+    int Image = 0;
+    int SelectedImage = 0;
+    LPARAM Data = 0;
+    UINT State = 0;  // TVIS_ flags
+
+    bool IsExpanded() const { return (State & TVIS_EXPANDED) != 0; }
+    HTREEITEM Handle() const { return reinterpret_cast<HTREEITEM>(const_cast<TreeItem*>(this)); }
+};
+
+// Used only on the thread of the control.
+class TreeItems {
+public:
+    TreeItems();
+
+    TreeItem& Root() { return root_; }
+    bool IsRoot(const TreeItem* item) const { return item == &root_; }
+    size_t Count() const { return known_.size(); }
+
+    // Null when there is no such item any more. No handle at all, or TVI_ROOT, is the root.
+    TreeItem* Find(HTREEITEM handle);
+
+    // Before the given child of the parent, or as the last when there is none.
+    TreeItem& Insert(TreeItem& parent, const TreeItem* before, std::unique_ptr<TreeItem> item);
+
+    // With everything under it.
+    void Remove(TreeItem& item);
+
+    // Relations; null when there is none. The root is nobody's parent.
+    TreeItem* FirstChild(const TreeItem& item) const;
+    TreeItem* Next(const TreeItem& item) const;
+    TreeItem* Previous(const TreeItem& item) const;
+    TreeItem* Parent(const TreeItem& item) const;
+    bool IsWithin(const TreeItem& item, const TreeItem& ancestor) const;
+    int Level(const TreeItem& item) const;
+
+    // The items whose ancestors are all expanded, from top to bottom.
+    std::vector<TreeItem*> Rows() const;
+
+private:
+    size_t IndexOf(const TreeItem& item) const;
+
+    TreeItem root_;
+    std::unordered_set<const TreeItem*> known_;
+};
+
+}  // namespace platform

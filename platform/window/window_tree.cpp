@@ -1,0 +1,186 @@
+// Who lies in, behind and below whom.
+#include <algorithm>
+#include <functional>
+
+#include "platform/text/case.h"
+#include "platform/window/machine_windows.h"
+#include "platform/window/window_object.h"
+
+namespace platform {
+
+namespace {
+
+HWND Neighbour(const WindowObject& window, UINT which) {
+    const WindowObject* const parent = FindWindowLocked(window.Parent);
+    if (!parent || parent->Children.empty()) {
+        return nullptr;
+    }
+    const std::vector<HWND>& all = parent->Children;
+    const auto place = std::find(all.begin(), all.end(), window.Handle);
+    switch (which) {
+    case GW_HWNDFIRST:
+        return all.front();
+    case GW_HWNDLAST:
+        return all.back();
+    case GW_HWNDNEXT:
+        return place == all.end() || place + 1 == all.end() ? nullptr : *(place + 1);
+    default:
+        return place == all.end() || place == all.begin() ? nullptr : *(place - 1);
+    }
+}
+
+// Front to back, each followed by what lies in it.
+void AppendDescendants(HWND window, std::vector<HWND>* all) {
+    if (const WindowObject* const found = FindWindowLocked(window)) {
+        for (const HWND child : found->Children) {
+            all->push_back(child);
+            AppendDescendants(child, all);
+        }
+    }
+}
+
+// Calls for each until it answers FALSE; windows that are gone by then are left out.
+BOOL Enumerate(const std::vector<HWND>& windows, WNDENUMPROC each, LPARAM parameter) {
+    for (const HWND window : windows) {
+        if (IsWindow(window) && !each(window, parameter)) {
+            return FALSE;
+        }
+    }
+    return TRUE;
+}
+
+std::vector<HWND> TopLevelWindows(const std::function<bool(const WindowObject&)>& wanted) {
+    const std::lock_guard hold(DesktopLock());
+    std::vector<HWND> windows = FindWindowLocked(DesktopWindow())->Children;
+    std::erase_if(windows, [&wanted](HWND window) { return !wanted(*FindWindowLocked(window)); });
+    return windows;
+}
+
+std::optional<std::u16string_view> WantedText(LPCWSTR text) {
+    return text ? std::optional<std::u16string_view>(text) : std::nullopt;
+}
+
+}  // namespace
+
+}  // namespace platform
+
+using namespace platform;
+
+// A child's parent; a top-level window's owner.
+HWND WINAPI GetParent(HWND window) {
+    const LockedWindow found(window);
+    if (!found) {
+        return nullptr;
+    }
+    return found->IsChild() ? found->Parent : found->Owner;
+}
+
+HWND WINAPI GetWindow(HWND window, UINT which) {
+    const LockedWindow found(window);
+    if (!found) {
+        return nullptr;
+    }
+    switch (which) {
+    case GW_OWNER:
+        return found->Owner;
+    case GW_CHILD:
+        return found->Children.empty() ? nullptr : found->Children.front();
+    case GW_HWNDFIRST:
+    case GW_HWNDLAST:
+    case GW_HWNDNEXT:
+    case GW_HWNDPREV:
+        return Neighbour(*found, which);
+    default:
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return nullptr;
+    }
+}
+
+HWND WINAPI GetTopWindow(HWND window) {
+    return GetWindow(window ? window : DesktopWindow(), GW_CHILD);
+}
+
+BOOL WINAPI IsChild(HWND parent, HWND window) {
+    const std::lock_guard hold(DesktopLock());
+    return IsChildLocked(parent, window) ? TRUE : FALSE;
+}
+
+HWND WINAPI SetParent(HWND window, HWND parent) {
+    const HWND target = parent ? parent : DesktopWindow();
+    const std::lock_guard hold(DesktopLock());
+    WindowObject* const found = FindWindowLocked(window);
+    WindowObject* const to = FindWindowLocked(target);
+    if (!found || !to || !found->IsChild() || target == DesktopWindow() || window == target ||
+        IsChildLocked(window, target)) {
+        SetLastError(found && to ? ERROR_INVALID_PARAMETER : ERROR_INVALID_WINDOW_HANDLE);
+        return nullptr;
+    }
+    const HWND before = found->Parent;
+    std::erase(FindWindowLocked(before)->Children, window);
+    to->Children.insert(to->Children.begin(), window);
+    found->Parent = target;
+    return before;
+}
+
+BOOL WINAPI EnumChildWindows(HWND parent, WNDENUMPROC each, LPARAM parameter) {
+    std::vector<HWND> windows;
+    {
+        const std::lock_guard hold(DesktopLock());
+        AppendDescendants(parent ? parent : DesktopWindow(), &windows);
+    }
+    return Enumerate(windows, each, parameter);
+}
+
+BOOL WINAPI EnumWindows(WNDENUMPROC each, LPARAM parameter) {
+    return Enumerate(TopLevelWindows([](const WindowObject&) { return true; }), each, parameter);
+}
+
+BOOL WINAPI EnumThreadWindows(DWORD thread, WNDENUMPROC each, LPARAM parameter) {
+    return Enumerate(TopLevelWindows([thread](const WindowObject& w) { return w.Thread == thread; }), each,
+                     parameter);
+}
+
+HWND WINAPI FindWindowW(LPCWSTR className, LPCWSTR title) {
+    std::u16string name;
+    if (className && IS_INTRESOURCE(className)) {
+        const std::shared_ptr<const WindowClass> found = FindClass(className, nullptr);
+        if (!found) {
+            return nullptr;
+        }
+        name = found->Name;
+        className = name.c_str();
+    }
+    return FindMachineWindow(WantedText(className), WantedText(title));
+}
+
+HWND WINAPI FindWindowExW(HWND parent, HWND after, LPCWSTR className, LPCWSTR title) {
+    const std::lock_guard hold(DesktopLock());
+    const WindowObject* const found = FindWindowLocked(parent ? parent : DesktopWindow());
+    if (!found) {
+        SetLastError(ERROR_INVALID_WINDOW_HANDLE);
+        return nullptr;
+    }
+    auto candidate = found->Children.begin();
+    if (after) {
+        candidate = std::find(candidate, found->Children.end(), after);
+        candidate += candidate != found->Children.end() ? 1 : 0;
+    }
+    for (; candidate != found->Children.end(); ++candidate) {
+        const WindowObject& window = *FindWindowLocked(*candidate);
+        const bool ofClass = !className || (IS_INTRESOURCE(className)
+                                                ? MAKEINTATOM(window.Class->Atom) == className
+                                                : CompareIgnoringCase(window.Class->Name, className) == 0);
+        if (ofClass && (!title || CompareIgnoringCase(window.Text, title) == 0)) {
+            return *candidate;
+        }
+    }
+    return nullptr;
+}
+
+DWORD WINAPI GetWindowThreadProcessId(HWND window, LPDWORD process) {
+    const LockedWindow found(window);
+    if (found && process) {
+        *process = GetCurrentProcessId();
+    }
+    return found ? found->Thread : 0;
+}

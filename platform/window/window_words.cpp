@@ -1,0 +1,117 @@
+// What a window keeps: its words, its text.
+#include <algorithm>
+#include <cstring>
+
+#include "platform/window/window_object.h"
+
+namespace platform {
+
+namespace {
+
+// Reads, and writes when `value` is given, one word of the window. False when it has no such word.
+bool ExchangeWord(WindowObject& window, int index, size_t size, const LONG_PTR* value, LONG_PTR* before) {
+    const auto exchange = [value, before](auto& word) {
+        using Word = std::remove_reference_t<decltype(word)>;
+        *before = (LONG_PTR)word;
+        if (value) {
+            word = (Word)*value;
+        }
+        return true;
+    };
+    switch (index) {
+    case GWL_STYLE:
+        return exchange(window.Style);
+    case GWL_EXSTYLE:
+        return exchange(window.ExStyle);
+    case GWLP_ID:
+        return exchange(window.Id);
+    case GWLP_USERDATA:
+        return exchange(window.UserData);
+    case GWLP_WNDPROC:
+        return exchange(window.Procedure);
+    case GWLP_HINSTANCE:
+        return exchange(window.Instance);
+    case GWLP_HWNDPARENT:
+        return exchange(window.IsChild() ? window.Parent : window.Owner);
+    default:
+        break;
+    }
+    if (index < 0 || static_cast<size_t>(index) + size > window.Extra.size()) {
+        return false;
+    }
+    *before = 0;
+    std::memcpy(before, &window.Extra[static_cast<size_t>(index)], size);
+    if (value) {
+        std::memcpy(&window.Extra[static_cast<size_t>(index)], value, size);
+    }
+    return true;
+}
+
+LONG_PTR Word(HWND window, int index, size_t size, const LONG_PTR* value) {
+    const LockedWindow found(window);
+    LONG_PTR before = 0;
+    if (found && !ExchangeWord(*found, index, size, value, &before)) {
+        SetLastError(ERROR_INVALID_INDEX);
+    }
+    return before;
+}
+
+// A new style is announced to the window, which may change it, and told.
+LONG_PTR SetStyle(HWND window, int index, DWORD style) {
+    STYLESTRUCT change = {static_cast<DWORD>(GetWindowLongPtrW(window, index)), style};
+    const auto which = static_cast<WPARAM>(static_cast<LONG_PTR>(index));
+    SendMessageW(window, WM_STYLECHANGING, which, reinterpret_cast<LPARAM>(&change));
+    const auto value = static_cast<LONG_PTR>(change.styleNew);
+    const LONG_PTR before = Word(window, index, sizeof value, &value);
+    SendMessageW(window, WM_STYLECHANGED, which, reinterpret_cast<LPARAM>(&change));
+    return before;
+}
+
+}  // namespace
+
+}  // namespace platform
+
+using namespace platform;
+
+LONG_PTR WINAPI GetWindowLongPtrW(HWND window, int index) {
+    return Word(window, index, sizeof(LONG_PTR), nullptr);
+}
+
+LONG_PTR WINAPI SetWindowLongPtrW(HWND window, int index, LONG_PTR value) {
+    if (index == GWL_STYLE || index == GWL_EXSTYLE) {
+        return SetStyle(window, index, static_cast<DWORD>(value));
+    }
+    return Word(window, index, sizeof value, &value);
+}
+
+LONG WINAPI GetWindowLongW(HWND window, int index) {
+    return static_cast<LONG>(Word(window, index, sizeof(LONG), nullptr));
+}
+
+LONG WINAPI SetWindowLongW(HWND window, int index, LONG value) {
+    if (index == GWL_STYLE || index == GWL_EXSTYLE) {
+        return static_cast<LONG>(SetStyle(window, index, static_cast<DWORD>(value)));
+    }
+    const LONG_PTR word = value;
+    return static_cast<LONG>(Word(window, index, sizeof value, &word));
+}
+
+int WINAPI GetWindowTextW(HWND window, LPWSTR buffer, int size) {
+    if (!buffer || size <= 0) {
+        return 0;
+    }
+    buffer[0] = 0;
+    return static_cast<int>(
+        SendMessageW(window, WM_GETTEXT, static_cast<WPARAM>(size), reinterpret_cast<LPARAM>(buffer)));
+}
+
+int WINAPI GetWindowTextLengthW(HWND window) {
+    return static_cast<int>(SendMessageW(window, WM_GETTEXTLENGTH, 0, 0));
+}
+
+BOOL WINAPI SetWindowTextW(HWND window, LPCWSTR text) {
+    if (!IsWindow(window)) {
+        return FALSE;
+    }
+    return SendMessageW(window, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text)) != 0 ? TRUE : FALSE;
+}

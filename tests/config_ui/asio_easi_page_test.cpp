@@ -1,0 +1,108 @@
+// The buffer sizes of the ASIO + EASI page: what is stored, shown, chosen and stored again.
+#include <windows.h>
+#include <commctrl.h>
+
+#include "config_ui/resource.h"
+#include "tests/support/sheet_test.h"
+#include "tests/support/text.h"
+
+namespace {
+
+constexpr const char16_t* Key = u"Software\\Zephyr Harmonic Works\\Kestrelvox\\Configuration";
+
+class AsioEasiPageTest : public SheetTest {
+protected:
+    SheetPage OpenPage() { return Open().Show(u"ASIO + EASI"); }
+
+    static void StoreSize(const WCHAR* name, DWORD type, const std::vector<BYTE>& data) {
+        HKEY key = nullptr;
+        ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, Wide(Key), &key), ERROR_SUCCESS);
+        RegSetValueExW(key, name, 0, type, data.data(), static_cast<DWORD>(data.size()));
+        RegCloseKey(key);
+    }
+
+    static std::optional<DWORD> StoredSize(const std::u16string& name) {
+        return NumberIn(ReadRegistry(Key, name));
+    }
+};
+
+TEST_F(AsioEasiPageTest, StartsAtEightyMillisecondsAndStoresBothSizes) {
+    Sheet& sheet = Open();
+    const SheetPage page = sheet.Show(u"ASIO + EASI");
+    EXPECT_EQ(page.Position(IDC_ASIO_BUFFER), 40);
+    EXPECT_EQ(page.Text(IDC_ASIO_BUFFER_TIME), u"80 ms");
+    EXPECT_EQ(page.Position(IDC_EASI_BUFFER), 40);
+    EXPECT_EQ(page.Text(IDC_EASI_BUFFER_TIME), u"80 ms");
+    EXPECT_FALSE(RegistryKeyExists(Key));
+    sheet.Ok();
+    sheet.Closed();
+    EXPECT_EQ(StoredSize(u"AsioBufferSize"), 40u);
+    EXPECT_EQ(StoredSize(u"EasiBufferSize"), 40u);
+}
+
+TEST_F(AsioEasiPageTest, EachSliderHasItsOwnTimeAndValue) {
+    Sheet& sheet = Open();
+    const SheetPage page = sheet.Show(u"ASIO + EASI");
+    EXPECT_FALSE(sheet.CanApply());
+    page.Press(IDC_ASIO_BUFFER, VK_HOME);
+    EXPECT_TRUE(sheet.CanApply());
+    page.Press(IDC_EASI_BUFFER, VK_END);
+    EXPECT_EQ(page.Text(IDC_ASIO_BUFFER_TIME), u"4 ms");
+    EXPECT_EQ(page.Text(IDC_EASI_BUFFER_TIME), u"1000 ms");
+    sheet.Apply();
+    EXPECT_FALSE(sheet.CanApply());
+    EXPECT_EQ(StoredSize(u"AsioBufferSize"), 2u);
+    EXPECT_EQ(StoredSize(u"EasiBufferSize"), 500u);
+
+    page.Slide(IDC_ASIO_BUFFER, 123);
+    EXPECT_EQ(page.Text(IDC_ASIO_BUFFER_TIME), u"246 ms");
+    sheet.Cancel();
+    sheet.Closed();
+    EXPECT_EQ(StoredSize(u"AsioBufferSize"), 2u) << "a cancelled change";
+    EXPECT_EQ(OpenPage().Text(IDC_EASI_BUFFER_TIME), u"1000 ms");
+}
+
+TEST_F(AsioEasiPageTest, ScaleHasAMarkAtEachEndAndEachFifty) {
+    const SheetPage page = OpenPage();
+    for (const int slider : {IDC_ASIO_BUFFER, IDC_EASI_BUFFER}) {
+        EXPECT_EQ(SendMessageW(page.Control(slider), TBM_GETRANGEMIN, 0, 0), 2);
+        EXPECT_EQ(SendMessageW(page.Control(slider), TBM_GETRANGEMAX, 0, 0), 500);
+        std::vector<LRESULT> marks;
+        for (WPARAM mark = 0; mark < 20; ++mark) {
+            const LRESULT position = SendMessageW(page.Control(slider), TBM_GETTIC, mark, 0);
+            if (position > 2 && position < 500) {
+                marks.push_back(position);
+            }
+        }
+        EXPECT_EQ(marks, (std::vector<LRESULT>{50, 100, 150, 200, 250, 300, 350, 400, 450}));
+    }
+}
+
+TEST_F(AsioEasiPageTest, OnlyAFourByteBinaryValueCounts) {
+    struct Case {
+        const char* What;
+        DWORD Type;
+        std::vector<BYTE> Data;
+        int Position;
+    };
+    const Case cases[] = {
+        {"as stored", REG_BINARY, {200, 0, 0, 0}, 200},
+        {"a number", REG_DWORD, {200, 0, 0, 0}, 40},
+        {"too long", REG_BINARY, {200, 0, 0, 0, 0}, 40},
+        {"too short", REG_BINARY, {200, 0}, 40},
+        {"below the range", REG_BINARY, {1, 0, 0, 0}, 2},
+        {"above it", REG_BINARY, {0, 2, 0, 0}, 500},
+        {"the largest number", REG_BINARY, {255, 255, 255, 255}, 500},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.What);
+        StoreSize(TEXT("AsioBufferSize"), each.Type, each.Data);
+        Sheet& sheet = Open();
+        EXPECT_EQ(sheet.Show(u"ASIO + EASI").Position(IDC_ASIO_BUFFER), each.Position);
+        sheet.Ok();
+        sheet.Closed();
+        EXPECT_EQ(StoredSize(u"AsioBufferSize"), static_cast<DWORD>(each.Position));
+    }
+}
+
+}  // namespace

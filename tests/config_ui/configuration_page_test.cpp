@@ -1,0 +1,296 @@
+// The Configuration page: what it shows of the stored settings, what it stores, and what its options do to
+// each other and to the other pages before that.
+#include <windows.h>
+#include <commctrl.h>
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "config_ui/resource.h"
+#include "tests/support/clock_tree_user.h"
+#include "tests/support/sheet_test.h"
+#include "tests/support/system.h"
+#include "tests/support/text.h"
+#include "tests/support/wave_formats.h"
+#include "tests/support/wave_player.h"
+
+namespace {
+
+using Controls = std::vector<int>;
+
+constexpr int Buttons[] = {IDC_ADVANCED_MONITORING, IDC_LEFT,        IDC_RIGHT,
+                           IDC_PROFESSIONAL,        IDC_CONSUMER,    IDC_COPY_PROTECT,
+                           IDC_NON_AUDIO,           IDC_PREEMPHASIS, IDC_PUNCH_IN,
+                           IDC_LOCK_TO_PLAYBACK,    IDC_CHECK_CLOCKS};
+
+constexpr const WCHAR* Numbers[] = {TEXT("Left24"),      TEXT("AdvancedMonitoring"), TEXT("Punchin"),
+                                    TEXT("DitherADC"),   TEXT("CheckClocks"),        TEXT("Professional"),
+                                    TEXT("CopyProtect"), TEXT("NonAudio"),           TEXT("Preemphasis")};
+
+class ConfigurationPageTest : public SheetTest {
+protected:
+    explicit ConfigurationPageTest(unsigned cards = 1) : SheetTest(cards) {}
+
+    static Controls Checked(const SheetPage& page) {
+        Controls checked;
+        for (const int button : Buttons) {
+            if (page.IsChecked(button)) {
+                checked.push_back(button);
+            }
+        }
+        return checked;
+    }
+
+    // In the order of Numbers.
+    static void StoreNumbers(const std::array<DWORD, std::size(Numbers)>& values) {
+        for (size_t i = 0; i < values.size(); ++i) {
+            StoreSetting(0, Numbers[i], values[i]);
+        }
+    }
+    static std::vector<std::optional<DWORD>> StoredNumbers() {
+        std::vector<std::optional<DWORD>> stored;
+        for (const WCHAR* name : Numbers) {
+            stored.push_back(StoredNumber(Utf16(name)));
+        }
+        return stored;
+    }
+    static std::optional<RegistryValue> StoredName() { return ReadRegistry(ConfigKey(), u"Name"); }
+
+    // "copy on, emphasis off", with brackets around what is disabled.
+    static std::string OutputOptions(const SheetPage& page) {
+        const auto describe = [&page](const char* name, int control) {
+            const std::string text = std::string(name) + (page.IsChecked(control) ? " on" : " off");
+            return page.IsEnabled(control) ? text : "[" + text + "]";
+        };
+        return describe("copy", IDC_COPY_PROTECT) + ", " + describe("emphasis", IDC_PREEMPHASIS);
+    }
+
+    // Gains of the analog output for analog and digital playback, as an open of both gives them to the card.
+    std::vector<unsigned> OpenedGains() {
+        WavePlayer analog;
+        WavePlayer digital;
+        EXPECT_EQ(analog.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+        EXPECT_EQ(digital.Open(1, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+        return {Cards().MixerGain(0, 2), Cards().MixerGain(0, 3), Cards().MixerGain(0, 6),
+                Cards().MixerGain(0, 7)};
+    }
+
+    // Playback at unity everywhere but -8.1 dB (code 64, gain 50) and -24 dB (39, 8) crosswise.
+    static void StoreCrossedMonitor() {
+        const DWORD block[] = {68, 83, 0, 64, 39, 0, 83, 39, 64, 128, 0, 50, 8, 0, 128, 8, 50};
+        StoreBinary(0, TEXT("Monitor"), block, sizeof block);
+        StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
+    }
+};
+
+class TwoCardsConfiguration : public ConfigurationPageTest {
+protected:
+    TwoCardsConfiguration() : ConfigurationPageTest(2) {}
+};
+
+TEST_F(ConfigurationPageTest, ShowsTheDefaults) {
+    const SheetPage page = Open().Current();
+    EXPECT_EQ(page.Text(IDC_NAME), u"Kestrelvox");
+    EXPECT_EQ(Checked(page), (Controls{IDC_LEFT, IDC_PROFESSIONAL, IDC_PUNCH_IN, IDC_CHECK_CLOCKS}));
+    EXPECT_EQ(OutputOptions(page), "[copy off], emphasis off");
+    EXPECT_EQ(page.Chosen(IDC_DITHER), 0);
+    EXPECT_EQ(page.Entries(IDC_DITHER),
+              (std::vector<std::u16string>{u"No dithering", u"Type I", u"Type I Shaped", u"Type II",
+                                           u"Type II Shaped"}));
+}
+
+TEST_F(ConfigurationPageTest, ShowsWhatIsStored) {
+    StoreText(0, TEXT("Name"), u"Studio");
+    StoreNumbers({0, 2, 0, 3, 0, 0, 1, 0, 1});
+    const SheetPage page = Open().Current();
+    EXPECT_EQ(page.Text(IDC_NAME), u"Studio");
+    EXPECT_EQ(Checked(page), (Controls{IDC_ADVANCED_MONITORING, IDC_RIGHT, IDC_CONSUMER, IDC_COPY_PROTECT,
+                                       IDC_PREEMPHASIS, IDC_LOCK_TO_PLAYBACK}));
+    EXPECT_EQ(page.Chosen(IDC_DITHER), 3);
+}
+
+TEST_F(ConfigurationPageTest, ApplyStoresWhatIsShownAndNothingBefore) {
+    Sheet& sheet = Open();
+    const SheetPage page = sheet.Current();
+    for (const int button : {IDC_RIGHT, IDC_ADVANCED_MONITORING, IDC_LOCK_TO_PLAYBACK, IDC_CHECK_CLOCKS,
+                             IDC_CONSUMER, IDC_COPY_PROTECT, IDC_PREEMPHASIS}) {
+        page.Click(button);
+    }
+    page.Choose(IDC_DITHER, 4);
+    page.Type(IDC_NAME, u"Studio");
+    EXPECT_FALSE(RegistryKeyExists(ConfigKey()));
+    sheet.Apply();
+    EXPECT_EQ(StoredNumbers(), (std::vector<std::optional<DWORD>>{0, 1, 0, 4, 0, 0, 1, 0, 1}));
+    EXPECT_EQ(StoredName(), RegistryValue::Text(REG_SZ, u"Studio"));
+    EXPECT_EQ(StoredNumber(u"ClockSource"), 97u) << "settings of other pages are stored along";
+    EXPECT_EQ(sheet.Titles()[0], u"Configuration: 'Kestrelvox'") << "titles are fixed while it is open";
+    EXPECT_EQ(Open().Titles()[0], u"Configuration: 'Studio'");
+}
+
+TEST_F(ConfigurationPageTest, EveryControlReportsItsChange) {
+    Sheet& sheet = Open();
+    const SheetPage page = sheet.Current();
+    EXPECT_FALSE(sheet.CanApply());
+    const auto expectReported = [&sheet](int control) {
+        EXPECT_TRUE(sheet.CanApply()) << control;
+        sheet.Apply();
+        EXPECT_FALSE(sheet.CanApply()) << control;
+    };
+    page.Click(IDC_CONSUMER);  // now all are enabled
+    expectReported(IDC_CONSUMER);
+    for (const int button : Buttons) {
+        page.Click(button);
+        expectReported(button);
+    }
+    page.Type(IDC_NAME, u"B");
+    expectReported(IDC_NAME);
+    page.Choose(IDC_DITHER, 1);
+    expectReported(IDC_DITHER);
+}
+
+TEST_F(ConfigurationPageTest, DigitalOutputOptionsRuleEachOther) {
+    StoreNumbers({1, 0, 1, 0, 1, 0, 1, 0, 1});  // consumer, copy protected, with pre-emphasis
+    struct Step {
+        int Click;
+        const char* Options;
+    };
+    const Step steps[] = {
+        {IDC_COPY_PROTECT, "copy off, emphasis on"},    {IDC_PROFESSIONAL, "[copy off], emphasis on"},
+        {IDC_CONSUMER, "copy on, emphasis on"},  // as saved, not as ticked before
+        {IDC_CONSUMER, "copy on, emphasis on"},         {IDC_NON_AUDIO, "copy on, [emphasis off]"},
+        {IDC_PROFESSIONAL, "[copy off], emphasis on"},  {IDC_CONSUMER, "copy on, [emphasis off]"},
+        {IDC_NON_AUDIO, "copy on, emphasis on"},        {IDC_PREEMPHASIS, "copy on, emphasis off"},
+        {IDC_PROFESSIONAL, "[copy off], emphasis off"},  // was enabled: stays as the user has it
+        {IDC_NON_AUDIO, "[copy off], emphasis off"},     // changes nothing else in professional mode
+        {IDC_CONSUMER, "copy on, [emphasis off]"},
+    };
+    Sheet& sheet = Open();
+    const SheetPage page = sheet.Current();
+    EXPECT_EQ(OutputOptions(page), "copy on, emphasis on");
+    for (const Step& step : steps) {
+        page.Click(step.Click);
+        EXPECT_EQ(OutputOptions(page), step.Options) << "step " << &step - steps;
+    }
+    sheet.Apply();
+    EXPECT_EQ(StoredNumber(u"CopyProtect"), 1u);
+    EXPECT_EQ(StoredNumber(u"NonAudio"), 1u);
+    EXPECT_EQ(StoredNumber(u"Preemphasis"), 0u) << "what cannot be had is stored as off";
+}
+
+TEST_F(ConfigurationPageTest, StoredOptionsThatExcludeEachOtherShowAsOff) {
+    StoreNumbers({1, 0, 1, 0, 1, 1, 1, 1, 1});
+    Sheet& professional = Open();
+    EXPECT_EQ(OutputOptions(professional.Current()), "[copy off], emphasis on");
+    professional.Ok();
+    professional.Closed();
+    EXPECT_EQ(StoredNumber(u"CopyProtect"), 0u);
+    EXPECT_EQ(StoredNumber(u"Preemphasis"), 1u);
+
+    Sheet& consumer = Open();
+    consumer.Current().Click(IDC_CONSUMER);
+    consumer.Ok();
+    consumer.Closed();
+    EXPECT_EQ(OutputOptions(Open().Current()), "copy off, [emphasis off]");
+    EXPECT_EQ(StoredNumber(u"Preemphasis"), 0u);
+}
+
+TEST_F(ConfigurationPageTest, NameHasAtMostFiftyCharacters) {
+    Sheet& sheet = Open();
+    sheet.Current().Type(IDC_NAME, std::u16string(60, u'n'));
+    EXPECT_EQ(sheet.Current().Text(IDC_NAME), std::u16string(50, u'n'));
+    sheet.Ok();
+    sheet.Closed();
+    EXPECT_EQ(StoredName(), RegistryValue::Text(REG_SZ, std::u16string(50, u'n')));
+}
+
+TEST_F(TwoCardsConfiguration, NewNameShowsInTheClockTreeBeforeApplyAndIsGoneAfterCancel) {
+    StoreText(0, TEXT("Name"), u"A");
+    StoreText(1, TEXT("Name"), u"B");
+    const std::u16string before = u"A (automatic clock selection); B (automatic clock selection)";
+    const auto tree = [this](const Sheet& sheet) {
+        return ClockTreeUser(sheet.Show(u"Clocks + Sync").Window()).Outline();
+    };
+    Sheet& sheet = Open();
+    EXPECT_EQ(tree(sheet), before);
+    const SheetPage page = sheet.Show(u"Configuration: 'A'");
+    page.Type(IDC_NAME, u"New");
+    page.Focus(IDC_LEFT);
+    EXPECT_EQ(tree(sheet), u"New (automatic clock selection); B (automatic clock selection)");
+    EXPECT_EQ(StoredName(), RegistryValue::Text(REG_SZ, u"A"));
+
+    sheet.Show(u"Configuration: 'A'").Focus(IDC_NAME);  // still there when the sheet goes
+    sheet.Cancel();
+    sheet.Closed();
+    EXPECT_EQ(tree(Open()), before);
+}
+
+TEST_F(ConfigurationPageTest, AdvancedMonitoringOffTakesPlaybackBackToItsOwnOutputs) {
+    StoreCrossedMonitor();
+    Sheet& sheet = Open();
+    SheetPage mixer = sheet.Show(u"Monitor: 'Kestrelvox'");
+    const auto faders = [&mixer] {
+        std::vector<int> positions;
+        for (int slider = IDC_FIRST_MIXER_SLIDER; slider < IDC_LAST_MIXER_VALUE; slider += 2) {
+            positions.push_back(mixer.Position(slider));
+        }
+        return positions;
+    };
+    EXPECT_EQ(faders(), (std::vector<int>{83, 18, 64, 39, 18, 83, 39, 64}));
+    EXPECT_TRUE(mixer.IsEnabled(1035));
+    EXPECT_FALSE(sheet.CanApply());
+
+    sheet.Show(size_t{0}).Click(IDC_ADVANCED_MONITORING);
+    mixer = sheet.Show(u"Monitor: 'Kestrelvox'");
+    EXPECT_EQ(faders(), (std::vector<int>{83, 18, 83, 18, 18, 83, 18, 83}));
+    EXPECT_EQ(mixer.Text(1036), u" 0.0 dB");
+    EXPECT_EQ(mixer.Text(1038), u"-INF dB");
+    for (const int slider : {1035, 1037, 1043, 1045}) {
+        EXPECT_FALSE(mixer.IsEnabled(slider)) << slider;
+    }
+    EXPECT_TRUE(mixer.IsEnabled(IDC_FIRST_MIXER_SLIDER));
+}
+
+TEST_F(ConfigurationPageTest, PlaybackGainsFollowAdvancedMonitoringWithoutTheMonitorPage) {
+    StoreCrossedMonitor();
+    Sheet& cancelled = Open();
+    EXPECT_EQ(OpenedGains(), (std::vector<unsigned>{50, 8, 8, 50}));
+    cancelled.Current().Click(IDC_ADVANCED_MONITORING);
+    EXPECT_EQ(OpenedGains(), (std::vector<unsigned>{128, 0, 0, 128}));
+    cancelled.Cancel();
+    cancelled.Closed();
+    EXPECT_EQ(OpenedGains(), (std::vector<unsigned>{50, 8, 8, 50})) << "cancelled";
+
+    Sheet& applied = Open();
+    applied.Current().Click(IDC_ADVANCED_MONITORING);
+    applied.Ok();
+    applied.Closed();
+    EXPECT_EQ(OpenedGains(), (std::vector<unsigned>{128, 0, 0, 128}));
+    EXPECT_EQ(StoredNumber(u"AdvancedMonitoring"), 0u);
+}
+
+TEST_F(ConfigurationPageTest, UnknownDitherTypeStaysUntilTheUserPicksOne) {
+    StoreSetting(0, TEXT("DitherADC"), 7);
+    Sheet& sheet = Open();
+    const SheetPage page = sheet.Current();
+    EXPECT_EQ(page.Chosen(IDC_DITHER), CB_ERR);
+    sheet.Apply();
+    EXPECT_EQ(StoredNumber(u"DitherADC"), 7u);
+    page.Choose(IDC_DITHER, 2);
+    sheet.Apply();
+    EXPECT_EQ(StoredNumber(u"DitherADC"), 2u);
+}
+
+TEST_F(ConfigurationPageTest, CardThatHasGoneIsToldAtApply) {
+    Sheet& sheet = Open();
+    Cards().SetPresent(0, false);
+    sheet.Current().Click(IDC_RIGHT);
+    sheet.Ok();
+    EXPECT_EQ(sheet.Closed(), DRVCNF_OK);
+    const std::vector<test_system::MessageBoxShown> boxes = test_system::MessageBoxes();
+    ASSERT_EQ(boxes.size(), 1u);
+    EXPECT_EQ(boxes[0].Text, u"Could not save configuration information in registry");
+    EXPECT_FALSE(RegistryKeyExists(ConfigKey()));
+}
+
+}  // namespace

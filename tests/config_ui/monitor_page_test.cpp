@@ -1,0 +1,218 @@
+// The Monitor page: eight gains on the screen, in the card while it plays and records, and in what is saved.
+#include <array>
+
+#include "tests/support/sheet_test.h"
+#include "tests/support/system.h"
+#include "tests/support/wave_player.h"
+#include "tests/support/wave_recorder.h"
+#include "tests/support/wave_sound.h"
+
+namespace {
+
+using simulator::Frame;
+using simulator::Port;
+
+constexpr int AdvancedMonitoring = 1003;
+
+// One number for each mixer input: analog and digital input, analog and digital playback into the analog
+// output, then the same into the digital one.
+using Eight = std::array<int, 8>;
+
+constexpr Eight DefaultGains = {128, 0, 128, 0, 0, 128, 0, 128};
+
+constexpr int SliderOf(size_t input) {
+    return 1031 + 2 * static_cast<int>(input);
+}
+
+class MonitorPageTest : public SheetTest {
+protected:
+    void StoreCodes(const Eight& codes) {
+        DWORD block[17] = {sizeof block};
+        for (size_t input = 0; input < codes.size(); ++input) {
+            block[1 + input] = static_cast<DWORD>(codes[input]);
+        }
+        StoreBinary(0, TEXT("Monitor"), block, sizeof block);
+    }
+
+    SheetPage OpenPage() { return ShowPage(Open()); }
+    static SheetPage ShowPage(const Sheet& sheet) { return sheet.Show(u"Monitor: 'Kestrelvox'"); }
+
+    static Eight Positions(const SheetPage& page) {
+        Eight positions = {};
+        for (size_t input = 0; input < positions.size(); ++input) {
+            positions[input] = page.Position(SliderOf(input));
+        }
+        return positions;
+    }
+    static void SlideAll(const SheetPage& page, int position) {
+        for (size_t input = 0; input < 8; ++input) {
+            page.Slide(SliderOf(input), position);
+        }
+    }
+
+    Eight CardGains() {
+        Eight gains = {};
+        for (unsigned input = 0; input < gains.size(); ++input) {
+            gains[input] = static_cast<int>(Cards().MixerGain(0, input));
+        }
+        return gains;
+    }
+
+    // Words `first` and on of the saved block.
+    Eight SavedWords(size_t first) {
+        Eight words = {};
+        const std::optional<RegistryValue> block = ReadRegistry(ConfigKey(), u"Monitor");
+        if (block && block->Data.size() == 68) {
+            for (size_t i = 0; i < words.size(); ++i) {
+                words[i] = block->Data[4 * (first + i)];
+            }
+        }
+        return words;
+    }
+    Eight SavedCodes() { return SavedWords(1); }
+    Eight SavedGains() { return SavedWords(9); }
+};
+
+TEST_F(MonitorPageTest, AGainIsShownInDecibelsAndSavedAsACodeAndAGain) {
+    StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
+    StoreCodes({0, 17, 200, 64, 19, 82, 18, 83});
+    Sheet& sheet = Open();
+    const SheetPage page = ShowPage(sheet);
+    EXPECT_EQ(Positions(page), (Eight{18, 18, 83, 64, 19, 82, 18, 83}));
+    const std::u16string texts[] = {u"-INF dB",  u"-INF dB", u" 0.0 dB", u"-8.1 dB",
+                                    u"-42.0 dB", u"-0.2 dB", u"-INF dB", u" 0.0 dB"};
+    for (size_t input = 0; input < 8; ++input) {
+        EXPECT_EQ(page.Text(SliderOf(input) + 1), texts[input]) << "input " << input;
+    }
+    EXPECT_FALSE(sheet.CanApply());
+
+    page.Slide(SliderOf(3), 39);
+    EXPECT_EQ(page.Text(SliderOf(3) + 1), u"-24.0 dB");
+    EXPECT_TRUE(sheet.CanApply());
+    sheet.Apply();
+    EXPECT_EQ(SavedCodes(), (Eight{18, 18, 83, 39, 19, 82, 18, 83}));
+    EXPECT_EQ(SavedGains(), (Eight{0, 0, 128, 8, 1, 123, 0, 128}));
+}
+
+// The open of a device takes what the sliders show; from then on they move the card's gains.
+TEST_F(MonitorPageTest, OnlyOpenDevicesAreHeardAtOnce) {
+    StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
+    const struct {
+        bool Input;
+        UINT Device;
+        size_t Inputs[2];
+    } devices[] = {{true, 0, {0, 4}}, {true, 1, {1, 5}}, {false, 0, {2, 6}}, {false, 1, {3, 7}}};
+    for (const auto& device : devices) {
+        Cards().SetDigitalInputRate(0, 44100);
+        Sheet& sheet = Open();
+        const SheetPage page = ShowPage(sheet);
+        Cards().ClearTrace();
+        SlideAll(page, 50);
+        EXPECT_EQ(TraceText(), std::vector<std::string>()) << "requests for devices that are not open";
+
+        WavePlayer player;
+        WaveRecorder recorder;
+        const WaveFormat format = PcmFormat(44100, 2, 16);
+        ASSERT_EQ(device.Input ? recorder.Open(device.Device, format) : player.Open(device.Device, format),
+                  MMSYSERR_NOERROR);
+        Eight expected = CardGains();
+        SlideAll(page, 64);
+        for (const size_t input : device.Inputs) {
+            expected[input] = 50;
+        }
+        EXPECT_EQ(CardGains(), expected);
+        // Through the device's own handle: what is selected, and its gain.
+        Cards().ClearTrace();
+        page.Slide(SliderOf(device.Inputs[0]), 82);
+        EXPECT_EQ(TraceText().size(), 2u);
+
+        sheet.Cancel();
+        sheet.Closed();
+        for (const size_t input : device.Inputs) {
+            expected[input] = DefaultGains[input];
+        }
+        EXPECT_EQ(CardGains(), expected);
+    }
+}
+
+TEST_F(MonitorPageTest, WhatPlaysGoesOnWhileItsGainMoves) {
+    StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
+    const SheetPage page = OpenPage();
+    WavePlayer player;
+    const WaveFormat format = PcmFormat(44100, 2, 16);
+    ASSERT_EQ(player.Open(0, format), MMSYSERR_NOERROR);
+    const std::vector<BYTE> data = Pattern(8000 * 4);
+    const std::vector<Frame> sound = Sound(format, data);
+    ASSERT_EQ(player.Write(data), MMSYSERR_NOERROR);
+    Cards().Advance(100000);
+    const size_t before = Cards().Played(0, Port::Analog).size();
+    ASSERT_GT(before, 1000u);
+    page.Slide(SliderOf(2), 64);  // 50/128
+    Cards().Advance(100000);
+
+    EXPECT_EQ(Cards().Played(0, Port::Analog), sound);
+    std::vector<Frame> expected = sound;
+    for (size_t i = before; i < expected.size(); ++i) {
+        expected[i] = {expected[i].Left / 128 * 50, expected[i].Right / 128 * 50};
+    }
+    EXPECT_EQ(Cards().Heard(0, Port::Analog), expected);
+    player.Shut();
+}
+
+// The playback gains are the user's only with advanced monitoring. Switched off, they go back.
+TEST_F(MonitorPageTest, WithoutAdvancedMonitoringEachPlaybackGoesItsOwnWay) {
+    StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
+    const Eight stored = {64, 64, 64, 64, 64, 64, 64, 64};
+    const Eight standard = {64, 64, 83, 18, 64, 64, 18, 83};
+    StoreCodes(stored);
+    WavePlayer player;
+    ASSERT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    const auto expectEnabled = [](const SheetPage& page, bool playback) {
+        for (size_t input = 0; input < 8; ++input) {
+            const bool enabled = input % 4 < 2 || playback;
+            EXPECT_EQ(page.IsEnabled(SliderOf(input)), enabled) << "slider of input " << input;
+            EXPECT_EQ(page.IsEnabled(SliderOf(input) + 1), enabled) << "value of input " << input;
+        }
+    };
+
+    Sheet& cancelled = Open();
+    expectEnabled(ShowPage(cancelled), true);
+    cancelled.Show(0).Click(AdvancedMonitoring);
+    const SheetPage page = ShowPage(cancelled);
+    expectEnabled(page, false);
+    EXPECT_EQ(Positions(page), standard);
+    EXPECT_EQ(page.Text(SliderOf(3) + 1), u"-INF dB");
+    EXPECT_EQ(CardGains()[2], 128);
+    EXPECT_EQ(CardGains()[6], 0);
+    cancelled.Cancel();
+    cancelled.Closed();
+    EXPECT_EQ(CardGains()[2], 50);
+    EXPECT_EQ(CardGains()[6], 50);
+
+    // Applied before the page is shown again.
+    Sheet& applied = Open();
+    EXPECT_EQ(Positions(ShowPage(applied)), stored);
+    applied.Show(0).Click(AdvancedMonitoring);
+    applied.Ok();
+    applied.Closed();
+    EXPECT_EQ(SavedCodes(), standard);
+    EXPECT_EQ(CardGains()[2], 128);
+    player.Shut();
+}
+
+TEST_F(MonitorPageTest, ACardThatIsGoneTakesNoGains) {
+    Sheet& sheet = Open();
+    WaveRecorder recorder;
+    ASSERT_EQ(recorder.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    const SheetPage page = ShowPage(sheet);
+    Cards().SetPresent(0, false);
+    page.Slide(SliderOf(0), 18);
+    EXPECT_EQ(page.Text(SliderOf(0) + 1), u"-INF dB");
+    sheet.Apply();
+    ASSERT_FALSE(test_system::MessageBoxes().empty());
+    EXPECT_EQ(test_system::MessageBoxes().back().Text,
+              u"Could not save configuration information in registry");
+    recorder.Shut();
+}
+
+}  // namespace

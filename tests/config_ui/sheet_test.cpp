@@ -1,0 +1,189 @@
+// The sheet as a whole: which pages it has, how it is asked for and what it answers, and its help.
+#include "tests/support/sheet_test.h"
+
+#include <windows.h>
+#include <commctrl.h>
+#include <mmddk.h>
+#include <prsht.h>
+
+#include <array>
+
+#include "config_ui/resource.h"
+#include "tests/support/system.h"
+
+namespace {
+
+using Texts = std::vector<std::u16string>;
+using test_system::HelpRequest;
+
+class FrameTest : public SheetTest {
+protected:
+    FrameTest() : SheetTest(1) {}
+    explicit FrameTest(unsigned cards) : SheetTest(cards) {}
+
+    void ForgetIdentity(unsigned card) { Cards().SetIdentityPage(card, std::array<uint8_t, 128>{}); }
+};
+
+class SeveralCards : public FrameTest {
+protected:
+    SeveralCards() : FrameTest(2) {}
+};
+
+class AllCards : public FrameTest {
+protected:
+    AllCards() : FrameTest(simulator::MaxCards) {}
+};
+
+TEST_F(SeveralCards, HaveTheirPagesOneAfterTheOther) {
+    StoreText(0, TEXT("Name"), u"A");
+    StoreText(1, TEXT("Name"), u"B");
+    EXPECT_EQ(Open().Titles(),
+              (Texts{u"Configuration: 'A'", u"Monitor: 'A'", u"Version: 'A'", u"Configuration: 'B'",
+                     u"Monitor: 'B'", u"Version: 'B'", u"Clocks + Sync", u"ASIO + EASI"}));
+}
+
+TEST_F(SeveralCards, EachPageShowsItsOwnCard) {
+    StoreText(0, TEXT("Name"), u"A");
+    StoreText(1, TEXT("Name"), u"B");
+    const Sheet& sheet = Open();
+    EXPECT_EQ(sheet.Show(3).Text(IDC_NAME), u"B");
+    EXPECT_EQ(sheet.Show(0).Text(IDC_NAME), u"A");
+    EXPECT_EQ(sheet.Show(5).Text(IDC_SERIAL_NUMBER), u"01-20-12346");
+    EXPECT_EQ(sheet.Show(2).Text(IDC_SERIAL_NUMBER), u"01-20-12345");
+}
+
+TEST_F(FrameTest, CardOfUnknownIdentityHasNoVersionPage) {
+    StoreText(0, TEXT("Name"), u"X");
+    ForgetIdentity(0);
+    EXPECT_EQ(Open().Titles(),
+              (Texts{u"Configuration: 'X'", u"Monitor: 'X'", u"Clocks + Sync", u"ASIO + EASI"}));
+}
+
+TEST_F(AllCards, HaveFiftyPagesInOneRowOfTabs) {
+    const Sheet& sheet = Open();
+    EXPECT_EQ(sheet.Titles().size(), 50u);
+    const auto tabs = reinterpret_cast<HWND>(SendMessageW(sheet.Window(), PSM_GETTABCONTROL, 0, 0));
+    EXPECT_EQ(GetWindowLongPtrW(tabs, GWL_STYLE) & TCS_MULTILINE, 0);
+    EXPECT_EQ(sheet.Show(47).Text(IDC_SERIAL_NUMBER), u"01-20-12360");
+    EXPECT_NE(sheet.Show(49).Control(IDC_EASI_BUFFER), nullptr);
+}
+
+TEST_F(FrameTest, NothingIsShownWithoutACard) {
+    Cards().SetPresent(0, false);
+    Sheet sheet(Library());
+    EXPECT_EQ(sheet.Window(), nullptr);
+    EXPECT_EQ(sheet.Closed(), DRVCNF_CANCEL);
+}
+
+TEST_F(FrameTest, NothingIsShownAfterAnInstallation) {
+    Library().DriverProc(DRV_INSTALL);
+    Sheet sheet(Library());
+    EXPECT_EQ(sheet.Window(), nullptr);
+    EXPECT_EQ(sheet.Closed(), DRVCNF_RESTART);
+}
+
+TEST_F(FrameTest, OpensWithNothingToApplyAndAnswersOkHoweverItCloses) {
+    Sheet& cancelled = Open();
+    EXPECT_EQ(cancelled.Current().Text(IDC_NAME), u"Kestrelvox");
+    EXPECT_FALSE(cancelled.CanApply());
+    cancelled.Cancel();
+    EXPECT_EQ(cancelled.Closed(), DRVCNF_OK);
+
+    Sheet& unchanged = Open();
+    unchanged.Ok();
+    EXPECT_EQ(unchanged.Closed(), DRVCNF_OK);
+
+    Sheet& changed = Open();
+    changed.Current().Click(IDC_NON_AUDIO);
+    changed.Ok();
+    EXPECT_EQ(changed.Closed(), DRVCNF_OK);
+
+    Sheet& restart = Open();
+    SendMessageW(restart.Window(), PSM_RESTARTWINDOWS, 0, 0);
+    restart.Ok();
+    EXPECT_EQ(restart.Closed(), DRVCNF_RESTART);
+}
+
+TEST_F(FrameTest, OnlyOneSheetUnlessTheCallerBringsInformation) {
+    Sheet first(Library(), Sheet::Entry::Configure);
+    ASSERT_NE(first.Window(), nullptr);
+    {
+        Sheet second(Library(), Sheet::Entry::Configure);
+        EXPECT_EQ(second.Window(), nullptr);
+        EXPECT_EQ(second.Closed(), DRVCNF_OK);
+        EXPECT_TRUE(first.IsOpen());
+    }
+    ShowWindow(first.Window(), SW_MINIMIZE);
+    ASSERT_TRUE(IsIconic(first.Window()));
+    EXPECT_EQ(Library().DriverProc(DRV_CONFIGURE), DRVCNF_OK);
+    EXPECT_FALSE(IsIconic(first.Window())) << "is brought back";
+    const Sheet other(Library());
+    EXPECT_TRUE(other.IsOpen());
+    EXPECT_NE(other.Window(), first.Window());
+}
+
+TEST_F(FrameTest, PageThatWasNeverShownStoresNothing) {
+    Sheet& sheet = Open();
+    sheet.Current().Click(IDC_NON_AUDIO);
+    sheet.Ok();
+    sheet.Closed();
+    EXPECT_TRUE(RegistryKeyExists(ConfigKey()));
+    EXPECT_FALSE(RegistryKeyExists(u"Software\\Zephyr Harmonic Works\\Kestrelvox\\Configuration"));
+}
+
+struct PageHelpCase {
+    size_t Page;
+    ULONG_PTR Context;
+    std::vector<std::pair<int, ULONG_PTR>> Controls;
+};
+
+TEST_F(FrameTest, EachPageAndControlHasItsHelp) {
+    std::vector<std::pair<int, ULONG_PTR>> mixer;
+    for (int control = IDC_FIRST_MIXER_SLIDER; control <= IDC_LAST_MIXER_VALUE; ++control) {
+        mixer.emplace_back(control, 911);
+    }
+    const std::vector<PageHelpCase> cases = {
+        {0,
+         902,
+         {{1002, 904},
+          {1003, 918},
+          {1004, 909},
+          {1005, 909},
+          {1023, 912},
+          {1024, 912},
+          {1025, 913},
+          {1026, 914},
+          {1027, 915},
+          {1028, 916},
+          {1029, 916},
+          {1030, 917},
+          {1047, 919}}},
+        {1, 818, mixer},
+        {2, 811, {}},
+        {3, 903, {{1001, 910}}},
+        {4, 819, {{1048, 920}, {1049, 920}, {1050, 921}, {1051, 921}}},
+    };
+    Sheet& sheet = Open();
+    for (const PageHelpCase& each : cases) {
+        const SheetPage page = sheet.Show(each.Page);
+        sheet.Help();
+        EXPECT_EQ(test_system::HelpShown().back(),
+                  (HelpRequest{u"kestvox.hlp>window", HELP_CONTEXT, each.Context}));
+        for (const auto& [control, context] : each.Controls) {
+            page.AskHelp(control);
+            EXPECT_EQ(test_system::HelpShown().back(),
+                      (HelpRequest{u"kestvox.hlp", HELP_CONTEXTPOPUP, context}))
+                << "control " << control;
+        }
+    }
+    const size_t before = test_system::HelpShown().size();
+    sheet.Show(2).AskHelp(IDC_SERIAL_NUMBER);
+    EXPECT_EQ(test_system::HelpShown().size(), before) << "a control without help";
+    sheet.Cancel();
+    sheet.Closed();
+    const std::vector<HelpRequest> shown = test_system::HelpShown();
+    EXPECT_EQ(std::vector<HelpRequest>(shown.begin() + static_cast<ptrdiff_t>(before), shown.end()),
+              std::vector<HelpRequest>(5, HelpRequest{u"kestvox.hlp", HELP_QUIT, 0}));
+}
+
+}  // namespace

@@ -1,0 +1,340 @@
+// Programs that are killed in the middle of anything: the others go on, and whoever comes next finds every
+// port free, every clock at rest and nobody to wait for.
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <csignal>
+#include <memory>
+#include <optional>
+#include <random>
+#include <string>
+
+#include "platform/machine.h"
+#include "tests/processes/companion.h"
+#include "tests/reliability/tally.h"
+#include "tests/support/driver_test.h"
+#include "tests/support/system.h"
+#include "tests/support/wave_player.h"
+#include "tests/support/wave_recorder.h"
+#include "tests/support/wave_sound.h"
+
+namespace {
+
+using simulator::Fault;
+using simulator::Port;
+
+constexpr int64_t Millisecond = 1000;
+constexpr int64_t NoError = MMSYSERR_NOERROR;
+constexpr UINT PortsOfDirection = 4;  // of two cards
+
+struct Stored : DriverTest {
+    using DriverTest::Follow;
+    using DriverTest::StoreSetting;
+    using DriverTest::StoreText;
+};
+
+const WaveFormat Format44100 = PcmFormat(44100, 2, 16);
+const WaveFormat Format48000 = PcmFormat(48000, 2, 16);
+
+class KilledProgramsTest : public testing::Test {
+protected:
+    KilledProgramsTest() : name_("killed-programs-" + std::to_string(getpid())) { Renew(); }
+    ~KilledProgramsTest() override {
+        test_system::FreshMachine();
+        platform::RemoveMachine(name_);
+    }
+    // A machine on which nothing has happened. The test itself has no program on it.
+    void Renew() {
+        test_system::FreshMachine();
+        platform::RemoveMachine(name_);
+        platform::UseMachine(name_);
+    }
+
+private:
+    std::string name_;
+};
+
+// How a program comes to its end.
+struct Death {
+    UINT Device;        // 0 to 3 outputs, 4 to 7 inputs
+    unsigned Request;   // the last one that it makes; 0: none is
+    unsigned Callback;  // ... or it is killed inside that callback, with the lock of all processes
+};
+
+void DieAt(unsigned callback, unsigned& callbacks) {
+    if (++callbacks == callback) {
+        raise(SIGKILL);
+    }
+}
+
+// Opens, plays, pauses, resets and closes, over and over, until it dies.
+void PlayToDeath(simulator::Simulator& cards, const Death& death) {
+    unsigned callbacks = 0;
+    WavePlayer player;
+    player.OnDone([&](WAVEHDR&) { DieAt(death.Callback, callbacks); });
+    for (int life = 0; life < 100; ++life) {
+        if (player.Open(death.Device, Format44100) != MMSYSERR_NOERROR) {
+            return;
+        }
+        for (unsigned i = 0; i < 8; ++i) {
+            player.Write(Pattern(2000, i));
+        }
+        cards.Advance(15 * Millisecond);
+        waveOutPause(player.Handle());
+        waveOutRestart(player.Handle());
+        cards.Advance(15 * Millisecond);
+        player.Shut();
+        player.Forget();
+    }
+}
+
+void RecordToDeath(simulator::Simulator& cards, const Death& death) {
+    unsigned callbacks = 0;
+    WaveRecorder recorder;
+    recorder.OnDone([&](WAVEHDR&) { DieAt(death.Callback, callbacks); });
+    for (int life = 0; life < 100; ++life) {
+        if (recorder.Open(death.Device - PortsOfDirection, Format44100) != MMSYSERR_NOERROR) {
+            return;
+        }
+        for (unsigned i = 0; i < 8; ++i) {
+            recorder.Add(2000);
+        }
+        recorder.Start();
+        cards.Advance(15 * Millisecond);
+        recorder.Stop();
+        recorder.Start();
+        cards.Advance(15 * Millisecond);
+        recorder.Shut();
+        recorder.Forget();
+    }
+}
+
+auto Victim(const Death& death) {
+    return [death](Companion& test) {
+        test.Hear();
+        simulator::Simulator cards({.Cards = 0, .Time = simulator::TimeKind::Stepped});
+        if (death.Request != 0) {
+            cards.AddFault({.What = Fault::Kind::Die, .Code = Fault::AnyCode, .Nth = death.Request});
+        }
+        death.Device < PortsOfDirection ? PlayToDeath(cards, death) : RecordToDeath(cards, death);
+        raise(SIGKILL);
+    };
+}
+
+// Plays while the others die: every buffer is heard, whole and in order, and comes back once.
+void Survive(Companion& test) {
+    constexpr unsigned buffers = 60;
+    test.Hear();
+    std::optional<Program> program(2);
+    WavePlayer player;
+    test.Tell(player.Open(0, Format44100));
+    std::vector<BYTE> all;
+    for (unsigned i = 0; i < buffers; ++i) {
+        const std::vector<BYTE> data = Pattern(4000, i);
+        EXPECT_EQ(player.Write(data), MMSYSERR_NOERROR);
+        all.insert(all.end(), data.begin(), data.end());
+    }
+    test.Tell(0);
+    test.Hear();
+    program->Cards.Advance(10 * 1000 * Millisecond);
+    EXPECT_EQ(player.DoneCount(), buffers);
+    EXPECT_TRUE(program->Cards.Played(0, Port::Analog) == Sound(Format44100, all));
+    test.Tell(player.Close());
+    test.Hear();
+    program.reset();
+}
+
+// Every port opens, at a rate of its own choice, and starts by itself.
+void Audit(Companion& test) {
+    test.Hear();
+    Program program;
+    waveOutGetNumDevs();  // from now on the table is as the others leave it
+    test.Tell(0);
+    test.Hear();
+    for (unsigned card = 0; card < 2; ++card) {
+        program.Cards.SetDigitalInputRate(card, 48000);
+    }
+    for (UINT device = 0; device < PortsOfDirection; ++device) {
+        SCOPED_TRACE(testing::Message() << "output " << device);
+        WavePlayer player;
+        EXPECT_EQ(player.Open(device, Format48000), MMSYSERR_NOERROR);
+        EXPECT_EQ(player.Write(Pattern(4000)), MMSYSERR_NOERROR);
+        program.Cards.Advance(50 * Millisecond);
+        EXPECT_EQ(player.DoneCount(), 1u);
+        EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
+    }
+    for (UINT device = 0; device < PortsOfDirection; ++device) {
+        SCOPED_TRACE(testing::Message() << "input " << device);
+        WaveRecorder recorder;
+        EXPECT_EQ(recorder.Open(device, Format48000), MMSYSERR_NOERROR);
+        EXPECT_EQ(recorder.Add(4000), MMSYSERR_NOERROR);
+        EXPECT_EQ(recorder.Start(), MMSYSERR_NOERROR);
+        program.Cards.Advance(50 * Millisecond);
+        EXPECT_EQ(recorder.DoneCount(), 1u);
+        EXPECT_EQ(recorder.Close(), MMSYSERR_NOERROR);
+    }
+    test.Tell(0);
+}
+
+TEST_F(KilledProgramsTest, TheOthersGoOn) {
+    constexpr unsigned rounds = 12;
+    std::mt19937 random(20);
+    const auto pick = [&random](unsigned most) { return static_cast<unsigned>(random() % most) + 1; };
+    for (unsigned round = 0; round < rounds && !HasFailure(); ++round) {
+        SCOPED_TRACE(testing::Message() << "round " << round);
+        Renew();
+        Companion survivor(Survive);
+        Companion auditor(Audit);
+        std::vector<std::unique_ptr<Companion>> victims;
+        for (UINT device = 1; device < 7; ++device) {
+            const bool inCallback = pick(3) == 1;
+            victims.push_back(std::make_unique<Companion>(
+                Victim({device, inCallback ? 0 : pick(400), inCallback ? pick(30) : 0})));
+        }
+        if (round % 2 != 0) {
+            Stored::Follow(1, 0);
+        }
+        for (unsigned card = 0; card < 2; ++card) {
+            Stored::StoreSetting(card, TEXT("CheckClocks"), 0);
+        }
+        survivor.Tell(1);
+        ASSERT_EQ(survivor.Hear(), NoError);
+        ASSERT_EQ(survivor.Hear(), 0);
+        auditor.Tell(1);
+        ASSERT_EQ(auditor.Hear(), 0);
+        for (auto& victim : victims) {
+            victim->Tell(1);
+        }
+        for (auto& victim : victims) {
+            EXPECT_EQ(victim->Hear(), Companion::Gone);
+            victim->Kill();
+        }
+        survivor.Tell(1);
+        EXPECT_EQ(survivor.Hear(), NoError);
+        survivor.Tell(1);
+        auditor.Tell(1);
+        EXPECT_EQ(auditor.Hear(), 0) << "what is wrong is above";
+        tally::Add(tally::Rounds, 1);
+    }
+}
+
+// The only program on a clock dies: the clock is free for any rate at once, also through another port.
+TEST_F(KilledProgramsTest, TheClockIsFree) {
+    Companion victim([](Companion& test) {
+        test.Hear();
+        Program program;
+        WavePlayer player;
+        test.Tell(player.Open(0, Format44100));
+        test.Hear();
+    });
+    Program program(1);
+    ASSERT_EQ(waveOutGetNumDevs(), 2u);
+    victim.Tell(1);
+    ASSERT_EQ(victim.Hear(), NoError);
+    WavePlayer player;
+    EXPECT_EQ(player.Open(1, Format48000), static_cast<MMRESULT>(WAVERR_BADFORMAT)) << "it lives";
+    victim.Kill();
+    EXPECT_EQ(player.Open(1, Format48000), static_cast<MMRESULT>(MMSYSERR_NOERROR));
+    EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
+}
+
+// A program dies that others would have waited for, to start on one frame with it.
+TEST_F(KilledProgramsTest, NobodyWaitsForTheDead) {
+    Companion victim([](Companion& test) {
+        test.Hear();
+        Program program;
+        WavePlayer player;
+        test.Tell(player.Open(1, Format44100));
+        test.Hear();
+    });
+    Program program(1);
+    ASSERT_EQ(waveOutGetNumDevs(), 2u);
+    victim.Tell(1);
+    ASSERT_EQ(victim.Hear(), NoError);
+    WavePlayer player;
+    ASSERT_EQ(player.Open(0, Format44100), MMSYSERR_NOERROR);
+    victim.Kill();
+    EXPECT_EQ(player.Write(Pattern(4000)), MMSYSERR_NOERROR);
+    program.Cards.Advance(100 * Millisecond);
+    EXPECT_EQ(player.DoneCount(), 1u);
+    EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
+}
+
+// A program dies while it closes: the port is not open any more, and nothing counts it.
+TEST_F(KilledProgramsTest, AtAnyRequestOfAClose) {
+    for (unsigned request = 1; request <= 14; ++request) {
+        SCOPED_TRACE(request);
+        Renew();
+        Companion victim([request](Companion& test) {
+            test.Hear();
+            Program program;
+            WavePlayer player;
+            test.Tell(player.Open(0, Format44100));
+            test.Tell(player.Write(Pattern(4000)));
+            program.Cards.Advance(100 * Millisecond);
+            program.Cards.AddFault({.What = Fault::Kind::Die, .Code = Fault::AnyCode, .Nth = request});
+            player.Close();
+            raise(SIGKILL);
+        });
+        Companion auditor(Audit);
+        Companion first([](Companion& test) {
+            test.Hear();
+            Program program(2);
+            waveOutGetNumDevs();
+            test.Tell(0);
+            test.Hear();
+        });
+        first.Tell(1);
+        EXPECT_EQ(first.Hear(), 0);
+        auditor.Tell(1);
+        EXPECT_EQ(auditor.Hear(), 0);
+        victim.Tell(1);
+        EXPECT_EQ(victim.Hear(), NoError);
+        EXPECT_EQ(victim.Hear(), NoError);
+        EXPECT_EQ(victim.Hear(), Companion::Gone);
+        victim.Kill();
+        first.Tell(1);
+        auditor.Tell(1);
+        EXPECT_EQ(auditor.Hear(), 0);
+        tally::Add(tally::Rounds, 1);
+    }
+}
+
+// A program dies in the middle of the discovery while another one waits for its end.
+TEST_F(KilledProgramsTest, InTheDiscovery) {
+    for (unsigned request = 1; request <= 160; request += 13) {
+        SCOPED_TRACE(request);
+        Renew();
+        Companion scene([](Companion& test) {
+            test.Hear();
+            const simulator::Simulator cards({.Cards = 2, .Time = simulator::TimeKind::Stepped});
+            test.Tell(0);
+            test.Hear();
+        });
+        Companion victim(Victim({0, request, 0}));
+        Companion next([](Companion& test) {
+            test.Hear();
+            Program program;
+            EXPECT_EQ(waveOutGetNumDevs(), 4u);
+            for (UINT device = 0; device < 4; device += 2) {
+                WAVEOUTCAPSW caps = {};
+                EXPECT_EQ(waveOutGetDevCapsW(device, &caps, sizeof caps), MMSYSERR_NOERROR);
+                EXPECT_EQ(std::u16string(caps.szPname), device == 0 ? u"First Analog" : u"Second Analog");
+            }
+            test.Tell(0);
+        });
+        Stored::StoreText(0, TEXT("Name"), u"First");
+        Stored::StoreText(1, TEXT("Name"), u"Second");
+        scene.Tell(1);
+        EXPECT_EQ(scene.Hear(), 0);
+        victim.Tell(1);
+        next.Tell(1);
+        EXPECT_EQ(next.Hear(), 0);
+        EXPECT_EQ(victim.Hear(), Companion::Gone);
+        victim.Kill();
+        tally::Add(tally::Rounds, 1);
+    }
+}
+
+}  // namespace

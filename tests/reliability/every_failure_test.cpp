@@ -1,0 +1,221 @@
+// Whatever a story asks of the kernel or of the system fails once, each in its turn: the client gets its
+// headers back, nothing stays behind, and the next client finds everything as it should be.
+#include <mmddk.h>
+
+#include <algorithm>
+#include <ostream>
+
+#include "tests/reliability/story.h"
+#include "tests/support/driver_test.h"
+#include "tests/support/system.h"
+#include "tests/support/wave_sound.h"
+
+static void PrintTo(const Story& story, std::ostream* out) {
+    *out << story.Name;
+}
+
+namespace {
+
+using simulator::Fault;
+using simulator::Port;
+using simulator::TraceEntry;
+
+constexpr uint32_t Pending = 997;
+
+class EveryFailureTest : public DriverTest, public testing::WithParamInterface<Story> {
+protected:
+    EveryFailureTest() : DriverTest(2) {}
+
+    void SetUp() override {
+        if (GetParam().Linked) {
+            Follow(1, 0);
+            StoreSetting(0, TEXT("Punchin"), 0);
+            StoreSetting(0, TEXT("DitherADC"), 1);
+        }
+        Cards().SetDigitalInputRate(0, 44100);
+    }
+
+    // Tells the story once, and then what must be so whatever failed in it.
+    void Tell(const DriverLibrary& driver) {
+        Cast cast{.Cards = Cards(), .Driver = driver, .Output = {}, .Input = {}, .Follower = {}};
+        GetParam().Tell(cast);
+        told_ = Cards().Trace();
+        played_ = Cards().Played(0, Port::Analog);
+        Cards().ClearFaults();
+        unmet_ = test_system::CallFailuresAreWaiting();
+        test_system::ClearCallFailures();
+        cast.ExpectBalance();
+        ExpectNothingIsTaken();
+    }
+
+    void ExpectNothingIsTaken() {
+        for (unsigned card = 0; card < 2; ++card) {
+            for (unsigned channel = 0; channel < 4; ++channel) {
+                EXPECT_FALSE(Cards().ChannelClaimed(card, channel)) << card << " " << channel;
+            }
+        }
+        EXPECT_EQ(Cards().OpenFiles(), 0u);
+    }
+
+    // A new client plays and records what it should, at a rate of its own.
+    void ExpectAllIsWell() {
+        Cards().ForgetAudio();
+        const WaveFormat format = PcmFormat(96000, 2, 24);
+        const unsigned card = GetParam().Linked ? 1 : 0;
+        WavePlayer player;
+        ASSERT_EQ(player.Open(card * 2, format), MMSYSERR_NOERROR);
+        const std::vector<BYTE> data = Pattern(6000);
+        EXPECT_EQ(player.Write(data), MMSYSERR_NOERROR);
+        Cards().Advance(20000);
+        EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
+        EXPECT_EQ(player.DoneCount(), 1u);
+        EXPECT_TRUE(Cards().Played(card, Port::Analog) == Sound(format, data));
+
+        const std::vector<simulator::Frame> signal = NoiseFrames(1024);
+        Cards().PlugIn(0, Port::Analog, simulator::InputSignal::Run(signal));
+        WaveRecorder recorder;
+        ASSERT_EQ(recorder.Open(0, format), MMSYSERR_NOERROR);
+        EXPECT_EQ(recorder.Add(1024 * 6), MMSYSERR_NOERROR);
+        EXPECT_EQ(recorder.Start(), MMSYSERR_NOERROR);
+        Cards().Advance(20000);
+        EXPECT_EQ(recorder.Close(), MMSYSERR_NOERROR);
+        EXPECT_TRUE(recorder.Recorded() == ClientBytes(format, signal));
+        Cards().ForgetAudio();
+        Cards().ClearTrace();
+    }
+
+    std::vector<TraceEntry> told_;          // requests of the last telling
+    std::vector<simulator::Frame> played_;  // ... what its output played
+    bool unmet_ = false;                    // ... and whether the call that was to fail was never made
+};
+
+// Where everything runs slower, one request in so many fails; which ones, the plain build covers.
+#if defined(__SANITIZE_THREAD__)
+constexpr unsigned Stride = 7;
+#elif defined(__SANITIZE_ADDRESS__)
+constexpr unsigned Stride = 3;
+#else
+constexpr unsigned Stride = 1;
+#endif
+
+// What each request may come to.
+struct Failure {
+    Fault::Kind Kind;
+    const char* Name;
+};
+constexpr Failure Failures[] = {{Fault::Kind::Fail, "fails"},
+                                {Fault::Kind::Pend, "stays pending"},
+                                {Fault::Kind::Short, "is answered short"}};
+
+bool IsAnswered(const TraceEntry& entry) {
+    return !entry.Output.empty();
+}
+
+// A write to the card's registers that went wrong when the card was initialised is made good by the next
+// wake-up, or when the driver is loaded anew.
+bool IsOfInitialisation(const TraceEntry& request, const std::vector<TraceEntry>& discovery) {
+    const std::string text = request.Text();
+    return text.starts_with("write card") &&
+           std::any_of(discovery.begin(), discovery.end(),
+                       [&](const TraceEntry& entry) { return entry.Text() == text; });
+}
+
+TEST_P(EveryFailureTest, OfARequest) {
+    const DriverLibrary driver;
+    ASSERT_TRUE(driver.IsLoaded());
+    const std::vector<TraceEntry> discovery = Cards().Trace();
+    Cards().ClearTrace();
+    Tell(driver);
+    const std::vector<TraceEntry> requests = told_;
+    const std::vector<simulator::Frame> played = played_;
+    ExpectAllIsWell();
+    const std::string usage = test_system::Usage();
+    ASSERT_GT(requests.size(), 100u);
+    for (const Failure& failure : Failures) {
+        for (unsigned nth = 1; nth <= requests.size() && !HasFailure(); nth += Stride) {
+            if (failure.Kind == Fault::Kind::Short && !IsAnswered(requests[nth - 1])) {
+                continue;
+            }
+            SCOPED_TRACE(testing::Message()
+                         << "request " << nth << " of " << requests.size() << " " << failure.Name);
+            Cards().AddFault({.What = failure.Kind, .Code = Fault::AnyCode, .Nth = nth});
+            Tell(driver);
+            if (told_.size() < nth) {
+                break;  // the telling before had a few more, because it was the first
+            }
+            const TraceEntry& request = told_[nth - 1];
+            SCOPED_TRACE(request.Text());
+            if (request.Result == Pending && !IsAnswered(requests[nth - 1])) {
+                EXPECT_TRUE(played_ == played) << "pending is as good as done";
+            }
+            EXPECT_EQ(test_system::Usage(), usage);
+            if (IsOfInitialisation(request, discovery)) {
+                driver.DriverProc(DRV_POWER, PWR_SUSPENDRESUME);
+            }
+            ExpectAllIsWell();
+            tally::Add(tally::Faults, 1);
+        }
+    }
+}
+
+// What the driver asks of the kernel when it is loaded. One life is enough.
+class DiscoveryFailureTest : public EveryFailureTest {};
+
+TEST_P(DiscoveryFailureTest, OfARequest) {
+    const std::string usage = test_system::Usage();
+    waveOutGetNumDevs();
+    const size_t requests = Cards().Trace().size();
+    ASSERT_GT(requests, 20u);
+    for (const Failure& failure : Failures) {
+        for (unsigned nth = 1; nth <= requests && !HasFailure(); nth += Stride) {
+            UnloadDriver();
+            SCOPED_TRACE(testing::Message()
+                         << "request " << nth << " of " << requests << " " << failure.Name);
+            Cards().AddFault({.What = failure.Kind, .Code = Fault::AnyCode, .Nth = nth});
+            {
+                const DriverLibrary driver;
+                ASSERT_TRUE(driver.IsLoaded());
+                Tell(driver);
+                UnloadDriver();
+            }
+            EXPECT_EQ(test_system::Usage(), usage);
+            ExpectAllIsWell();
+            tally::Add(tally::Faults, 1);
+        }
+    }
+}
+
+// Calls that fail for want of memory or handles.
+constexpr const char* Calls[] = {
+    "HeapAlloc",      "GlobalAlloc",           "GlobalReAlloc", "GlobalLock",
+    "CreateEventW",   "CreateThread",          "CreateFileW",   "CreateMutexW",
+    "QueueUserAPC",   "WaitForSingleObjectEx", "RegOpenKeyExW", "RegCreateKeyW",
+    "RegSetValueExW", "RegQueryValueExW",      "TlsAlloc",      "RegisterEventSourceW",
+};
+
+TEST_P(EveryFailureTest, OfACall) {
+    const std::string usage = test_system::Usage();
+    for (const char* call : Calls) {
+        unmet_ = false;
+        for (unsigned nth = 1; !unmet_ && !HasFailure(); ++nth) {
+            SCOPED_TRACE(testing::Message() << call << " " << nth << " fails");
+            test_system::FailCall(call, nth);
+            if (const DriverLibrary driver; driver.IsLoaded()) {
+                Tell(driver);
+                UnloadDriver();
+            }
+            EXPECT_EQ(test_system::Usage(), usage);
+            ExpectAllIsWell();
+            UnloadDriver();
+            tally::Add(tally::Faults, 1);
+        }
+    }
+}
+
+constexpr auto Number = [](const auto& told) { return std::to_string(told.index); };
+
+INSTANTIATE_TEST_SUITE_P(Each, EveryFailureTest, testing::ValuesIn(Stories().begin(), Stories().end()),
+                         Number);
+INSTANTIATE_TEST_SUITE_P(Each, DiscoveryFailureTest, testing::Values(Stories().front()), Number);
+
+}  // namespace

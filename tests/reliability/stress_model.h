@@ -1,0 +1,44 @@
+// Headers that any thread may hand in and the driver's thread brings back: the model counts both, and tells
+// of a header that comes back without having been handed in.
+#pragma once
+
+#include <windows.h>
+#include <mmsystem.h>
+
+#include <array>
+#include <atomic>
+#include <vector>
+
+class HeaderPool {
+public:
+    static constexpr unsigned Count = 12;
+    static constexpr DWORD Bytes = 960;
+
+    HeaderPool();
+    HeaderPool(const HeaderPool&) = delete;
+    HeaderPool& operator=(const HeaderPool&) = delete;
+
+    // One that the client has, now to be handed in: the first from number `turn` on. Null when the driver
+    // has them all.
+    WAVEHDR* Take(unsigned turn, DWORD flags, DWORD loops);
+    // The driver did not take it.
+    void Refused(WAVEHDR& header);
+    // The driver brings it back.
+    void Returned(WAVEHDR& header);
+
+    bool AllAreBack() const;
+    unsigned HandedIn() const { return handedIn_; }
+    unsigned Unexpected() const { return unexpected_; }  // came back, but not from the driver
+
+private:
+    struct Place {
+        WAVEHDR Header;
+        alignas(4) std::array<char, Bytes> Data;
+        std::atomic<bool> Away;  // the driver has it
+    };
+    Place& PlaceOf(const WAVEHDR& header) { return places_[header.dwUser]; }
+
+    std::array<Place, Count> places_ = {};
+    std::atomic<unsigned> handedIn_ = 0;
+    std::atomic<unsigned> unexpected_ = 0;
+};

@@ -1,0 +1,241 @@
+#include "tests/support/clock_tree_user.h"
+
+#include "tests/support/text.h"
+
+namespace {
+
+constexpr int TreeControl = 1001;
+constexpr int LongestText = 256;
+constexpr UINT GetMenuOfWindow = 0x01E1;  // to the window of an open menu
+constexpr UINT VisitMessage = WM_APP + 0x3E5;
+
+// An action that waits for its turn on a window's thread, in the guise of that window's procedure.
+struct Visit {
+    const std::function<void()>& Action;
+    HANDLE Done;
+};
+WNDPROC VisitedProcedure = nullptr;
+
+LRESULT CALLBACK ReceiveVisit(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message != VisitMessage) {
+        return CallWindowProcW(VisitedProcedure, window, message, wParam, lParam);
+    }
+    SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(VisitedProcedure));
+    const auto& visit = *reinterpret_cast<const Visit*>(lParam);
+    visit.Action();
+    SetEvent(visit.Done);
+    return 0;
+}
+
+BOOL CALLBACK FindMenu(HWND window, LPARAM found) {
+    WCHAR name[LongestText] = {};
+    GetClassNameW(window, name, LongestText);
+    if (Utf16(name) != u"#32768" || !IsWindowVisible(window)) {
+        return TRUE;
+    }
+    *reinterpret_cast<HWND*>(found) = window;
+    return FALSE;
+}
+
+std::u16string MenuLine(HMENU menu, UINT position) {
+    const UINT state = GetMenuState(menu, position, MF_BYPOSITION);
+    if ((state & MF_SEPARATOR) != 0) {
+        return u"-";
+    }
+    WCHAR text[LongestText] = {};
+    GetMenuStringW(menu, position, text, LongestText, MF_BYPOSITION);
+    const std::u16string line = ((state & MF_CHECKED) != 0 ? u"* " : u"") + Utf16(text);
+    return (state & (MF_GRAYED | MF_DISABLED)) != 0 ? u"(" + line + u")" : line;
+}
+
+}  // namespace
+
+ClockTreeUser::ClockTreeUser(HWND page) : page_(page), tree_(GetDlgItem(page, TreeControl)) {}
+
+std::u16string ClockTreeUser::Text(HTREEITEM item) const {
+    WCHAR text[LongestText] = {};
+    TVITEMW request = {};
+    request.mask = TVIF_TEXT;
+    request.hItem = item;
+    request.pszText = text;
+    request.cchTextMax = LongestText;
+    if (item == nullptr || !TreeView_GetItem(tree_, &request)) {
+        return u"";
+    }
+    return Utf16(request.pszText);
+}
+
+std::u16string ClockTreeUser::Line(HTREEITEM item) const {
+    std::u16string slaves;
+    TVITEMW request = {};
+    request.mask = TVIF_STATE;
+    request.hItem = item;
+    request.stateMask = TVIS_EXPANDED;
+    TreeView_GetItem(tree_, &request);
+    const bool open = (request.state & TVIS_EXPANDED) != 0;
+    for (HTREEITEM slave = open ? TreeView_GetChild(tree_, item) : nullptr; slave != nullptr;
+         slave = TreeView_GetNextSibling(tree_, slave)) {
+        slaves += (slaves.empty() ? u"" : u", ") + Line(slave);
+    }
+    return slaves.empty() ? Text(item) : Text(item) + u" [" + slaves + u"]";
+}
+
+std::u16string ClockTreeUser::Outline() const {
+    std::u16string outline;
+    for (HTREEITEM card = TreeView_GetChild(tree_, TreeView_GetRoot(tree_)); card != nullptr;
+         card = TreeView_GetNextSibling(tree_, card)) {
+        outline += (outline.empty() ? u"" : u"; ") + Line(card);
+    }
+    return outline;
+}
+
+std::u16string ClockTreeUser::Selected() const {
+    return Text(TreeView_GetSelection(tree_));
+}
+
+std::u16string ClockTreeUser::Highlighted() const {
+    return Text(TreeView_GetDropHilight(tree_));
+}
+
+HTREEITEM ClockTreeUser::Find(const std::u16string& name) const {
+    HTREEITEM item = TreeView_GetRoot(tree_);
+    while (item != nullptr && Text(item) != name && !Text(item).starts_with(name + u" (")) {
+        item = TreeView_GetNextItem(tree_, item, TVGN_NEXTVISIBLE);
+    }
+    return item;
+}
+
+void ClockTreeUser::Select(const std::u16string& item) const {
+    TreeView_SelectItem(tree_, Find(item));
+}
+
+POINT ClockTreeUser::PlaceInTree(const std::u16string& place) const {
+    if (place == Space) {
+        RECT area = {};
+        GetClientRect(tree_, &area);
+        return {area.right / 2, area.bottom - 4};
+    }
+    union {
+        HTREEITEM Item;
+        RECT Text;
+    } request = {Find(place)};
+    SendMessageW(tree_, TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&request));
+    return {request.Text.left + 3, (request.Text.top + request.Text.bottom) / 2};
+}
+
+void ClockTreeUser::PostToTree(UINT message, WPARAM buttons, POINT place) const {
+    PostMessageW(tree_, message, buttons, MAKELPARAM(place.x, place.y));
+}
+
+// While a card is dragged, the page has the mouse.
+void ClockTreeUser::SendMouse(UINT message, const std::u16string& place) const {
+    POINT point = PlaceInTree(place);
+    ClientToScreen(tree_, &point);
+    ScreenToClient(page_, &point);
+    const WPARAM buttons = message == WM_MOUSEMOVE ? MK_LBUTTON : 0;
+    SendMessageW(page_, message, buttons, MAKELPARAM(point.x, point.y));
+}
+
+// The press has a loop of its own, which ends when the mouse has moved far enough: both must be on their
+// way before it begins.
+void ClockTreeUser::PickUp(const std::u16string& item) const {
+    const POINT place = PlaceInTree(item);
+    PostToTree(WM_LBUTTONDOWN, MK_LBUTTON, place);
+    PostToTree(WM_MOUSEMOVE, MK_LBUTTON, {place.x + 20, place.y});
+    OnItsThread([] {});
+}
+
+void ClockTreeUser::DragTo(const std::u16string& place) const {
+    SendMouse(WM_MOUSEMOVE, place);
+}
+
+void ClockTreeUser::Drop(const std::u16string& place) const {
+    SendMouse(WM_LBUTTONUP, place);
+}
+
+void ClockTreeUser::Drag(const std::u16string& item, const std::u16string& place) const {
+    PickUp(item);
+    DragTo(place);
+    Drop(place);
+}
+
+std::vector<std::u16string> ClockTreeUser::RightClick(const std::u16string& place) const {
+    const POINT point = PlaceInTree(place);
+    POINT cursor = point;
+    ClientToScreen(tree_, &cursor);
+    SetCursorPos(cursor.x, cursor.y);
+    PostToTree(WM_RBUTTONDOWN, MK_RBUTTON, point);
+    PostToTree(WM_RBUTTONUP, 0, point);
+    return OpenedMenu();
+}
+
+std::vector<std::u16string> ClockTreeUser::ShiftRightClick(const std::u16string& place) const {
+    HoldShift(true);
+    std::vector<std::u16string> menu = RightClick(place);
+    HoldShift(false);
+    return menu;
+}
+
+std::vector<std::u16string> ClockTreeUser::ShiftF10() const {
+    HoldShift(true);
+    PostMessageW(tree_, WM_SYSKEYDOWN, VK_F10, 0);
+    std::vector<std::u16string> menu = OpenedMenu();
+    HoldShift(false);
+    return menu;
+}
+
+void ClockTreeUser::HoldShift(bool down) const {
+    OnItsThread([down] {
+        BYTE keys[256] = {};
+        GetKeyboardState(keys);
+        keys[VK_SHIFT] = down ? 0x80 : 0;
+        SetKeyboardState(keys);
+    });
+}
+
+// The menu's loop deals with other messages too, so the visit finds it open.
+std::vector<std::u16string> ClockTreeUser::OpenedMenu() const {
+    std::vector<std::u16string> lines;
+    OnItsThread([&lines] {
+        HWND window = nullptr;
+        EnumThreadWindows(GetCurrentThreadId(), FindMenu, reinterpret_cast<LPARAM>(&window));
+        if (window == nullptr) {
+            return;
+        }
+        const auto menu = reinterpret_cast<HMENU>(SendMessageW(window, GetMenuOfWindow, 0, 0));
+        const int count = GetMenuItemCount(menu);
+        for (int position = 0; position < count; ++position) {
+            lines.push_back(MenuLine(menu, static_cast<UINT>(position)));
+        }
+    });
+    return lines;
+}
+
+void ClockTreeUser::Choose(char16_t letter) const {
+    if (letter == VK_ESCAPE) {
+        PostMessageW(tree_, WM_KEYDOWN, VK_ESCAPE, 0);
+    } else {
+        PostMessageW(tree_, WM_CHAR, letter, 0);
+    }
+    OnItsThread([] {});  // the menu has closed and posted its command
+    OnItsThread([] {});
+}
+
+void ClockTreeUser::Command(const std::u16string& item, char16_t letter) const {
+    RightClick(item);
+    Choose(letter);
+}
+
+void ClockTreeUser::PressKey(WORD key) const {
+    PostMessageW(tree_, WM_KEYDOWN, key, 0);
+    OnItsThread([] {});
+}
+
+void ClockTreeUser::OnItsThread(const std::function<void()>& action) const {
+    const Visit visit = {action, CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    VisitedProcedure = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(page_, GWLP_WNDPROC));
+    SetWindowLongPtrW(page_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(ReceiveVisit));
+    PostMessageW(page_, VisitMessage, 0, reinterpret_cast<LPARAM>(&visit));
+    WaitForSingleObject(visit.Done, INFINITE);
+    CloseHandle(visit.Done);
+}

@@ -1,0 +1,57 @@
+// The Clocks + Sync page in its user's hands: what the tree shows, and the mouse, the keys and the menu on
+// it. Cards are named by the card's name, the root by its text; Space is where no item is.
+#pragma once
+
+#include <windows.h>
+#include <commctrl.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+class ClockTreeUser {
+public:
+    static constexpr const char16_t* Root = u"Sample Clock";
+    static constexpr const char16_t* Space = u"";
+
+    explicit ClockTreeUser(HWND page);
+
+    // "A (internal clock) [B, C]; D (automatic clock selection)": top-level cards with their slaves, in
+    // the order of the tree. Items that are folded away are left out.
+    std::u16string Outline() const;
+    std::u16string Selected() const;     // text of the item; empty when there is none
+    std::u16string Highlighted() const;  // where a card would be dropped
+    void Select(const std::u16string& item) const;
+
+    // A drag from press to release, or its three parts.
+    void Drag(const std::u16string& item, const std::u16string& place) const;
+    void PickUp(const std::u16string& item) const;
+    void DragTo(const std::u16string& place) const;
+    void Drop(const std::u16string& place) const;
+
+    // Opens a menu, which stays open, and tells its lines: "-" is a separator, a grayed text stands in
+    // parentheses, a checked one behind an asterisk. None when there is no menu.
+    std::vector<std::u16string> RightClick(const std::u16string& place) const;
+    std::vector<std::u16string> ShiftRightClick(const std::u16string& place) const;
+    std::vector<std::u16string> ShiftF10() const;
+    // The entry with that letter underlined; '\x1B' gives the menu up.
+    void Choose(char16_t letter) const;
+    void Command(const std::u16string& item, char16_t letter) const;  // by its menu
+
+    void PressKey(WORD key) const;
+    // On the page's thread, when it has dealt with every message posted to it before.
+    void OnItsThread(const std::function<void()>& action) const;
+
+private:
+    std::u16string Text(HTREEITEM item) const;
+    std::u16string Line(HTREEITEM item) const;  // with its slaves
+    HTREEITEM Find(const std::u16string& name) const;
+    POINT PlaceInTree(const std::u16string& place) const;
+    void SendMouse(UINT message, const std::u16string& place) const;
+    void PostToTree(UINT message, WPARAM buttons, POINT place) const;
+    void HoldShift(bool down) const;
+    std::vector<std::u16string> OpenedMenu() const;
+
+    HWND page_;
+    HWND tree_;
+};

@@ -1,0 +1,54 @@
+// The configuration sheet of a fresh machine's cards, and what the user's choices come to.
+#pragma once
+
+#include <optional>
+
+#include "tests/support/driver_test.h"
+#include "tests/support/registry_value.h"
+#include "tests/support/sheet.h"
+
+class SheetTest : public DriverTest {
+protected:
+    explicit SheetTest(unsigned cards = 1) : DriverTest(cards) {}
+
+    void TearDown() override {
+        sheet_.reset();
+        library_.reset();
+        DriverTest::TearDown();
+    }
+
+    // Settings that are to be found must be stored before the first call.
+    const DriverLibrary& Library() {
+        if (!library_) {
+            library_.emplace();
+        }
+        return *library_;
+    }
+
+    // A new sheet; one that is open is cancelled first.
+    Sheet& Open() {
+        sheet_.reset();
+        sheet_.emplace(Library());
+        return *sheet_;
+    }
+
+    static std::u16string ConfigKey(unsigned card = 0) {
+        return simulator::Simulator::RegistryPath(card) + u"\\Config";
+    }
+
+    // Nothing when it is not stored, or not as a number in four bytes.
+    static std::optional<DWORD> StoredNumber(const std::u16string& name, unsigned card = 0) {
+        return NumberIn(ReadRegistry(ConfigKey(card), name));
+    }
+
+    static std::optional<DWORD> NumberIn(const std::optional<RegistryValue>& value) {
+        if (!value || value->Type != REG_BINARY || value->Data.size() != sizeof(DWORD)) {
+            return std::nullopt;
+        }
+        return *reinterpret_cast<const DWORD*>(value->Data.data());
+    }
+
+private:
+    std::optional<DriverLibrary> library_;
+    std::optional<Sheet> sheet_;
+};
