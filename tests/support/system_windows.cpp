@@ -1,5 +1,4 @@
-#include <tlhelp32.h>
-
+#include <algorithm>
 #include <map>
 #include <mutex>
 
@@ -20,6 +19,7 @@ struct Notebook {
     std::vector<MessageBoxShown> Boxes;
     std::vector<LoggedEvent> Events;
     std::map<HANDLE, std::u16string> Sources;
+    std::vector<HelpRequest> Help;
 };
 Notebook notebook;
 
@@ -31,6 +31,12 @@ int WINAPI ShowMessageBox(HWND, LPCWSTR text, LPCWSTR, UINT style) {
     const std::lock_guard guard(notebook.Lock);
     notebook.Boxes.push_back({TextOf(text), style});
     return notebook.Answer;
+}
+
+BOOL WINAPI ShowHelp(HWND, LPCWSTR file, UINT command, ULONG_PTR data) {
+    const std::lock_guard guard(notebook.Lock);
+    notebook.Help.push_back({TextOf(file), command, data});
+    return TRUE;
 }
 
 // The handle is the place of the name: the system's own says nothing.
@@ -82,16 +88,31 @@ constexpr const WCHAR* DriverKeys[] = {
     TEXT("Software\\Zephyr Harmonic Works\\Kestrelvox"),
 };
 
-unsigned ThreadCount() {
-    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-    THREADENTRY32 thread = {};
-    thread.dwSize = sizeof thread;
-    unsigned count = 0;
-    for (BOOL more = Thread32First(snapshot, &thread); more; more = Thread32Next(snapshot, &thread)) {
-        count += thread.th32OwnerProcessID == GetCurrentProcessId();
-    }
-    CloseHandle(snapshot);
-    return count;
+// The system's list of open handles, of all processes.
+struct OpenHandle {
+    USHORT Process;
+    USHORT Trace;
+    BYTE Type;
+    BYTE Flags;
+    USHORT Handle;
+    void* Object;
+    ACCESS_MASK Access;
+};
+struct OpenHandleList {
+    ULONG Count;
+    OpenHandle Handles[1];
+};
+constexpr ULONG ListOfHandles = 16;
+extern "C" NTSYSAPI LONG NTAPI NtQuerySystemInformation(ULONG list, void* data, ULONG size, ULONG* needed);
+
+// GetProcessHandleCount says 0 in Wine.
+unsigned HandleCount() {
+    std::vector<BYTE> memory(1 << 20);
+    NtQuerySystemInformation(ListOfHandles, memory.data(), static_cast<ULONG>(memory.size()), nullptr);
+    const auto& list = *reinterpret_cast<const OpenHandleList*>(memory.data());
+    return static_cast<unsigned>(
+        std::count_if(list.Handles, list.Handles + list.Count,
+                      [](const OpenHandle& open) { return open.Process == GetCurrentProcessId(); }));
 }
 
 }  // namespace
@@ -99,6 +120,7 @@ unsigned ThreadCount() {
 void FreshMachine() {
     static const bool redirected = [] {
         Redirect("MessageBoxW", ShowMessageBox);
+        Redirect("WinHelpW", ShowHelp);
         Redirect("RegisterEventSourceW", OpenSource);
         Redirect("ReportEventW", Report);
         Redirect("DeregisterEventSource", CloseSource);
@@ -114,6 +136,7 @@ void FreshMachine() {
     notebook.Boxes.clear();
     notebook.Events.clear();
     notebook.Sources.clear();
+    notebook.Help.clear();
 }
 
 void UnloadWaveDriver() {
@@ -125,9 +148,25 @@ HMODULE LoadDriver() {
 }
 
 std::string Usage() {
-    DWORD handles = 0;
-    GetProcessHandleCount(GetCurrentProcess(), &handles);
-    return std::to_string(handles) + " handles, " + std::to_string(ThreadCount()) + " threads";
+    return std::to_string(HandleCount()) + " handles";
+}
+
+void* TakePage() {
+    return VirtualAlloc(nullptr, 1, MEM_COMMIT, PAGE_READWRITE);
+}
+
+void GiveBackPage(void* page) {
+    VirtualFree(page, 0, MEM_RELEASE);
+}
+
+void AnswerMessageBoxes(int button) {
+    const std::lock_guard guard(notebook.Lock);
+    notebook.Answer = button;
+}
+
+std::vector<HelpRequest> HelpShown() {
+    const std::lock_guard guard(notebook.Lock);
+    return notebook.Help;
 }
 
 std::vector<MessageBoxShown> MessageBoxes() {
@@ -142,6 +181,10 @@ std::vector<LoggedEvent> EventLog() {
 
 void FailCall(const char* function, unsigned nth) {
     simulator::FailCall(function, nth);
+}
+
+bool CallFailuresAreWaiting() {
+    return simulator::CallFailuresAreWaiting();
 }
 
 void ClearCallFailures() {
