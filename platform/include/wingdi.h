@@ -7,9 +7,6 @@
     (static_cast<COLORREF>(static_cast<BYTE>(red) | static_cast<DWORD>(static_cast<BYTE>(green)) << 8 | \
                            static_cast<DWORD>(static_cast<BYTE>(blue)) << 16))
 
-#define OBJ_FONT 6
-#define OBJ_BITMAP 7
-
 struct BITMAP {
     LONG bmType;
     LONG bmWidth;
@@ -63,7 +60,6 @@ extern "C" {
 HFONT WINAPI CreateFontIndirectW(const LOGFONTW* lplf);
 BOOL WINAPI DeleteObject(HGDIOBJ ho);
 int WINAPI GetObjectW(HGDIOBJ h, int c, LPVOID pv);
-DWORD WINAPI GetObjectType(HGDIOBJ h);
 
 }  // extern "C"
 #pragma GCC visibility pop

@@ -287,7 +287,3 @@ BOOL WINAPI MapDialogRect(HWND dialog, LPRECT area) {
     *area = Units{found->Dialog->UnitWidth, found->Dialog->UnitHeight}.ToPixels(*area);
     return TRUE;
 }
-
-LONG WINAPI GetDialogBaseUnits() {
-    return MAKELONG(kUnitWidth, kUnitHeight);
-}

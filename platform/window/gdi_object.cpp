@@ -92,14 +92,3 @@ int WINAPI GetObjectW(HGDIOBJ object, int size, LPVOID buffer) {
     SetLastError(ERROR_INVALID_HANDLE);
     return 0;
 }
-
-DWORD WINAPI GetObjectType(HGDIOBJ object) {
-    if (FindUserObject<BitmapObject>(object)) {
-        return OBJ_BITMAP;
-    }
-    if (FindUserObject<FontObject>(object)) {
-        return OBJ_FONT;
-    }
-    SetLastError(ERROR_INVALID_HANDLE);
-    return 0;
-}

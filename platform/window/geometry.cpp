@@ -31,18 +31,6 @@ RECT FrameOnScreenLocked(const WindowObject& window) {
             origin.y + window.Frame.bottom - window.Frame.top};
 }
 
-// The frontmost child at the point. `reachable` leaves out what is hidden or disabled.
-HWND ChildAtLocked(const WindowObject& parent, POINT screen, bool reachable) {
-    for (const HWND child : parent.Children) {
-        const WindowObject& window = *FindWindowLocked(child);
-        const bool counts = !reachable || (window.HasStyle(WS_VISIBLE) && !window.HasStyle(WS_DISABLED));
-        if (counts && Contains(FrameOnScreenLocked(window), screen)) {
-            return child;
-        }
-    }
-    return nullptr;
-}
-
 }  // namespace
 
 RECT FrameInsets(DWORD style, DWORD exStyle) {
@@ -116,28 +104,6 @@ BOOL WINAPI ScreenToClient(HWND window, LPPOINT point) {
     return TRUE;
 }
 
-HWND WINAPI WindowFromPoint(POINT point) {
-    const std::lock_guard hold(DesktopLock());
-    HWND window = DesktopWindow();
-    while (const HWND child = ChildAtLocked(*FindWindowLocked(window), point, true)) {
-        window = child;
-    }
-    return window;
-}
-
-HWND WINAPI ChildWindowFromPoint(HWND parent, POINT point) {
-    RECT client;
-    if (!GetClientRect(parent, &client) || !Contains(client, point)) {
-        return nullptr;
-    }
-    const POINT origin = ScreenOrigin(parent);
-    const std::lock_guard hold(DesktopLock());
-    const WindowObject* const found = FindWindowLocked(parent);
-    const HWND child =
-        found ? ChildAtLocked(*found, {origin.x + point.x, origin.y + point.y}, false) : nullptr;
-    return child ? child : parent;
-}
-
 BOOL WINAPI AdjustWindowRectEx(LPRECT area, DWORD style, BOOL, DWORD exStyle) {
     const RECT insets = FrameInsets(style, exStyle);
     area->left -= insets.left;
@@ -151,11 +117,6 @@ BOOL WINAPI PtInRect(const RECT* area, POINT point) {
     return Contains(*area, point) ? TRUE : FALSE;
 }
 
-BOOL WINAPI SetRect(LPRECT area, int left, int top, int right, int bottom) {
-    *area = {left, top, right, bottom};
-    return TRUE;
-}
-
 BOOL WINAPI OffsetRect(LPRECT area, int x, int y) {
     *area = {area->left + x, area->top + y, area->right + x, area->bottom + y};
     return TRUE;
@@ -167,15 +128,6 @@ BOOL WINAPI InvalidateRect(HWND window, const RECT*, BOOL) {
 
 BOOL WINAPI UpdateWindow(HWND window) {
     return IsWindow(window);
-}
-
-HDC WINAPI BeginPaint(HWND, LPPAINTSTRUCT paint) {
-    *paint = {};
-    return nullptr;
-}
-
-BOOL WINAPI EndPaint(HWND, const PAINTSTRUCT*) {
-    return TRUE;
 }
 
 int WINAPI GetSystemMetrics(int which) {

@@ -27,11 +27,8 @@ struct GuiThread {
     std::array<BYTE, 256> Keys{};  // by virtual key: 0x80 while down, 0x01 toggled
 
     HMENU OpenMenu = nullptr;  // while TrackPopupMenu runs
-    bool MenuCancelled = false;
 
-    // Of the message taken last.
-    POINT MessagePosition{};
-    DWORD MessageTime = 0;
+    POINT MessagePosition{};  // of the message taken last
 };
 
 // The calling thread's, made at the first call.

@@ -116,19 +116,6 @@ HWND WINAPI GetFocus() {
     return CurrentGuiThread().Focus;
 }
 
-HWND WINAPI SetActiveWindow(HWND window) {
-    const HWND before = CurrentGuiThread().Active;
-    if (window && !IsOwnWindow(window)) {
-        return nullptr;
-    }
-    Activate(TopLevelOf(window));
-    return before;
-}
-
-HWND WINAPI GetActiveWindow() {
-    return CurrentGuiThread().Active;
-}
-
 HWND WINAPI SetCapture(HWND window) {
     GuiThread& thread = CurrentGuiThread();
     const HWND before = thread.Capture;

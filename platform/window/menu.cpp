@@ -77,10 +77,6 @@ HMENU WINAPI CreatePopupMenu() {
     return static_cast<HMENU>(OpenUserHandle(std::make_shared<MenuObject>()));
 }
 
-HMENU WINAPI CreateMenu() {
-    return CreatePopupMenu();
-}
-
 BOOL WINAPI IsMenu(HMENU menu) {
     return FindUserObject<MenuObject>(menu) ? TRUE : FALSE;
 }

@@ -51,7 +51,6 @@ private:
 PopupMenu::PopupMenu(HMENU menu, HWND owner, UINT flags, POINT place)
     : menu_(menu), owner_(owner), silent_((flags & TPM_NONOTIFY) != 0), previousCapture_(GetCapture()) {
     CurrentGuiThread().OpenMenu = menu;
-    CurrentGuiThread().MenuCancelled = false;
     if (!silent_) {
         SendMessageW(owner_, WM_ENTERMENULOOP, TRUE, 0);
         SendMessageW(owner_, WM_INITMENU, reinterpret_cast<WPARAM>(menu_), 0);
@@ -78,7 +77,7 @@ PopupMenu::~PopupMenu() {
 
 const MenuItem* PopupMenu::Run() {
     MSG message;
-    while (!over_ && !CurrentGuiThread().MenuCancelled && IsWindow(owner_)) {
+    while (!over_ && IsWindow(owner_)) {
         if (!GetMessageW(&message, nullptr, 0, 0)) {
             PostQuitMessage(static_cast<int>(message.wParam));
             break;
@@ -263,10 +262,5 @@ BOOL WINAPI TrackPopupMenu(HMENU menu, UINT flags, int x, int y, int, HWND owner
     if (chosen) {
         PostMessageW(owner, WM_COMMAND, MAKEWPARAM(command, 0), 0);
     }
-    return TRUE;
-}
-
-BOOL WINAPI EndMenu() {
-    CurrentGuiThread().MenuCancelled = true;
     return TRUE;
 }

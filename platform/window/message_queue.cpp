@@ -153,14 +153,6 @@ bool MessageQueue::Take(const MessageFilter& filter, bool remove, MSG* message) 
 }
 
 MSG MessageQueue::Wait(const MessageFilter& filter) {
-    return Wait(filter, true);
-}
-
-void MessageQueue::WaitForAny() {
-    Wait({nullptr, 0, 0}, false);
-}
-
-MSG MessageQueue::Wait(const MessageFilter& filter, bool remove) {
     MSG message;
     const bool polls = RunMachineRequests();
     std::unique_lock hold(lock_);
@@ -168,7 +160,7 @@ MSG MessageQueue::Wait(const MessageFilter& filter, bool remove) {
         while (!sent_.empty()) {
             RunSentLocked(hold);
         }
-        if (TakeLocked(filter, remove, &message)) {
+        if (TakeLocked(filter, true, &message)) {
             return message;
         }
         Clock::time_point until = NextTimerLocked();

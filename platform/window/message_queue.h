@@ -45,9 +45,6 @@ public:
     // Waits until there is one and removes it.
     MSG Wait(const MessageFilter& filter);
 
-    // Waits until there is one and leaves it.
-    void WaitForAny();
-
     // A timer of that window and number is set anew. The answer is its number.
     UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, TIMERPROC procedure);
     bool KillTimer(HWND window, UINT_PTR id);
@@ -77,7 +74,6 @@ private:
         Clock::time_point Due;
     };
 
-    MSG Wait(const MessageFilter& filter, bool remove);
     void RunSentMessages();
     bool Accept(std::shared_ptr<SentMessage> sent);
     void Finish(SentMessage& sent, LRESULT result);

@@ -23,11 +23,9 @@ bool FindTarget(HWND window, Target* target) {
     return true;
 }
 
-// A reader takes note of where and when its message was made.
+// A reader takes note of where the mouse was when its message was made.
 void Remember(const MSG& message) {
-    GuiThread& thread = CurrentGuiThread();
-    thread.MessagePosition = message.pt;
-    thread.MessageTime = message.time;
+    CurrentGuiThread().MessagePosition = message.pt;
 }
 
 // Keys that mean more than themselves, once they are taken out of the queue.
@@ -123,11 +121,6 @@ BOOL WINAPI GetMessageW(LPMSG message, HWND window, UINT first, UINT last) {
     return message->message != WM_QUIT ? TRUE : FALSE;
 }
 
-BOOL WINAPI WaitMessage() {
-    CurrentGuiThread().Queue->WaitForAny();
-    return TRUE;
-}
-
 LRESULT WINAPI DispatchMessageW(const MSG* message) {
     if (message->message == WM_TIMER && message->lParam != 0) {
         reinterpret_cast<TIMERPROC>(message->lParam)(message->hwnd, WM_TIMER, message->wParam, message->time);
@@ -145,10 +138,6 @@ LRESULT WINAPI CallWindowProcW(WNDPROC procedure, HWND window, UINT message, WPA
 DWORD WINAPI GetMessagePos() {
     const POINT position = CurrentGuiThread().MessagePosition;
     return static_cast<DWORD>(MAKELONG(position.x, position.y));
-}
-
-LONG WINAPI GetMessageTime() {
-    return static_cast<LONG>(CurrentGuiThread().MessageTime);
 }
 
 UINT_PTR WINAPI SetTimer(HWND window, UINT_PTR id, UINT milliseconds, TIMERPROC procedure) {

@@ -152,22 +152,6 @@ BOOL WINAPI UnregisterClassW(LPCWSTR name, HINSTANCE module) {
     return TRUE;
 }
 
-BOOL WINAPI GetClassInfoW(HINSTANCE module, LPCWSTR name, WNDCLASSW* description) {
-    const std::shared_ptr<const WindowClass> found = FindClass(name, module);
-    if (!found) {
-        SetLastError(ERROR_CLASS_DOES_NOT_EXIST);
-        return FALSE;
-    }
-    *description = {};
-    description->style = found->Style;
-    description->lpfnWndProc = found->Procedure;
-    description->cbWndExtra = found->ExtraBytes;
-    description->hInstance = found->Module;
-    description->hCursor = found->Cursor;
-    description->lpszClassName = name;
-    return TRUE;
-}
-
 int WINAPI GetClassNameW(HWND window, LPWSTR buffer, int size) {
     const LockedWindow found(window);
     if (!found || size <= 0) {

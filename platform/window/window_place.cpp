@@ -205,10 +205,6 @@ BOOL WINAPI SetWindowPos(HWND window, HWND after, int x, int y, int width, int h
     return PlaceWindow({window, after, x, y, width, height, flags}) ? TRUE : FALSE;
 }
 
-BOOL WINAPI MoveWindow(HWND window, int x, int y, int width, int height, BOOL) {
-    return SetWindowPos(window, nullptr, x, y, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
-}
-
 BOOL WINAPI BringWindowToTop(HWND window) {
     return SetWindowPos(window, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
 }

@@ -1,8 +1,6 @@
 // Who lies in, behind and below whom.
 #include <algorithm>
-#include <functional>
 
-#include "platform/text/case.h"
 #include "platform/window/machine_windows.h"
 #include "platform/window/window_object.h"
 
@@ -49,10 +47,10 @@ BOOL Enumerate(const std::vector<HWND>& windows, WNDENUMPROC each, LPARAM parame
     return TRUE;
 }
 
-std::vector<HWND> TopLevelWindows(const std::function<bool(const WindowObject&)>& wanted) {
+std::vector<HWND> TopLevelWindowsOf(DWORD thread) {
     const std::lock_guard hold(DesktopLock());
     std::vector<HWND> windows = FindWindowLocked(DesktopWindow())->Children;
-    std::erase_if(windows, [&wanted](HWND window) { return !wanted(*FindWindowLocked(window)); });
+    std::erase_if(windows, [thread](HWND window) { return FindWindowLocked(window)->Thread != thread; });
     return windows;
 }
 
@@ -105,23 +103,6 @@ BOOL WINAPI IsChild(HWND parent, HWND window) {
     return IsChildLocked(parent, window) ? TRUE : FALSE;
 }
 
-HWND WINAPI SetParent(HWND window, HWND parent) {
-    const HWND target = parent ? parent : DesktopWindow();
-    const std::lock_guard hold(DesktopLock());
-    WindowObject* const found = FindWindowLocked(window);
-    WindowObject* const to = FindWindowLocked(target);
-    if (!found || !to || !found->IsChild() || target == DesktopWindow() || window == target ||
-        IsChildLocked(window, target)) {
-        SetLastError(found && to ? ERROR_INVALID_PARAMETER : ERROR_INVALID_WINDOW_HANDLE);
-        return nullptr;
-    }
-    const HWND before = found->Parent;
-    std::erase(FindWindowLocked(before)->Children, window);
-    to->Children.insert(to->Children.begin(), window);
-    found->Parent = target;
-    return before;
-}
-
 BOOL WINAPI EnumChildWindows(HWND parent, WNDENUMPROC each, LPARAM parameter) {
     std::vector<HWND> windows;
     {
@@ -131,13 +112,8 @@ BOOL WINAPI EnumChildWindows(HWND parent, WNDENUMPROC each, LPARAM parameter) {
     return Enumerate(windows, each, parameter);
 }
 
-BOOL WINAPI EnumWindows(WNDENUMPROC each, LPARAM parameter) {
-    return Enumerate(TopLevelWindows([](const WindowObject&) { return true; }), each, parameter);
-}
-
 BOOL WINAPI EnumThreadWindows(DWORD thread, WNDENUMPROC each, LPARAM parameter) {
-    return Enumerate(TopLevelWindows([thread](const WindowObject& w) { return w.Thread == thread; }), each,
-                     parameter);
+    return Enumerate(TopLevelWindowsOf(thread), each, parameter);
 }
 
 HWND WINAPI FindWindowW(LPCWSTR className, LPCWSTR title) {
@@ -151,36 +127,4 @@ HWND WINAPI FindWindowW(LPCWSTR className, LPCWSTR title) {
         className = name.c_str();
     }
     return FindMachineWindow(WantedText(className), WantedText(title));
-}
-
-HWND WINAPI FindWindowExW(HWND parent, HWND after, LPCWSTR className, LPCWSTR title) {
-    const std::lock_guard hold(DesktopLock());
-    const WindowObject* const found = FindWindowLocked(parent ? parent : DesktopWindow());
-    if (!found) {
-        SetLastError(ERROR_INVALID_WINDOW_HANDLE);
-        return nullptr;
-    }
-    auto candidate = found->Children.begin();
-    if (after) {
-        candidate = std::find(candidate, found->Children.end(), after);
-        candidate += candidate != found->Children.end() ? 1 : 0;
-    }
-    for (; candidate != found->Children.end(); ++candidate) {
-        const WindowObject& window = *FindWindowLocked(*candidate);
-        const bool ofClass = !className || (IS_INTRESOURCE(className)
-                                                ? MAKEINTATOM(window.Class->Atom) == className
-                                                : CompareIgnoringCase(window.Class->Name, className) == 0);
-        if (ofClass && (!title || CompareIgnoringCase(window.Text, title) == 0)) {
-            return *candidate;
-        }
-    }
-    return nullptr;
-}
-
-DWORD WINAPI GetWindowThreadProcessId(HWND window, LPDWORD process) {
-    const LockedWindow found(window);
-    if (found && process) {
-        *process = GetCurrentProcessId();
-    }
-    return found ? found->Thread : 0;
 }

@@ -25,7 +25,7 @@ struct Asker {
     static DWORD WINAPI Ask(void* asker) {
         auto& self = *static_cast<Asker*>(asker);
         const HWND own =
-            CreateWindowExW(0, u"Button", u"Own", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
+            CreateWindowExW(0, u"#32770", u"Own", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
         self.Answer = SendMessageW(self.Window, kAsk, 0, reinterpret_cast<LPARAM>(own));
         PostMessageW(self.Window, kAskBack, 0, 0);
         return 0;
@@ -63,7 +63,7 @@ TEST(Messages, SentToAThreadThatEndsAreAnsweredWithNothing) {
     const auto wait = [](void* parameter) -> DWORD {
         auto& self = *static_cast<Idle*>(parameter);
         self.Window =
-            CreateWindowExW(0, u"Button", u"Own", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
+            CreateWindowExW(0, u"#32770", u"Own", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
         SetEvent(self.Made);
         return WaitForSingleObject(self.End, INFINITE);  // and looks at no message
     };

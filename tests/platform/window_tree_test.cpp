@@ -161,7 +161,7 @@ TEST(Windows, OfAThreadEndWithIt) {
     const auto make = [](void* windows) -> DWORD {
         auto* const pair = static_cast<HWND*>(windows);
         pair[0] =
-            CreateWindowExW(0, u"Button", u"", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
+            CreateWindowExW(0, u"#32770", u"", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
         SetTimer(pair[0], 1, 1000, nullptr);
         return pair[0] != nullptr ? 0 : 1;
     };

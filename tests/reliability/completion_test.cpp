@@ -157,31 +157,29 @@ TEST_F(CompletionTest, ForAHeaderThatTheClientHasFreed) {
     player.ExpectBalance();
 }
 
-// Five thousand in one wake-up, while the service thread is busy in a callback; then all of them twice.
+// Five thousand in one wake-up, each of them twice, while the service thread is busy in a callback.
 TEST_F(CompletionTest, ThousandsAtOnce) {
+    constexpr unsigned buffers = 5000;
     WaveFormat format = format_;
     format.Basic().nAvgBytesPerSec = 0x7FFFFFFF;  // as many in the card as there are
-    for (const bool twice : {false, true}) {
-        SCOPED_TRACE(twice);
-        Player player;
-        ASSERT_TRUE(player.Open(0, format));
-        if (twice) {
-            Fail(Fault::Kind::Twice, 0);
+    Player player;
+    ASSERT_TRUE(player.Open(0, format));
+    Fail(Fault::Kind::Twice, 0);
+    player.Wave.OnDone([&](WAVEHDR& header) {
+        if (header.dwUser == 0) {
+            Always(waveOutReset(player.Wave.Handle()));
         }
-        player.Wave.OnDone([&](WAVEHDR& header) {
-            if (header.dwUser == 0) {
-                Always(waveOutReset(player.Wave.Handle()));
-            }
-        });
-        Always(waveOutPause(player.Wave.Handle()));
-        Write(player, 5000, 40);
-        EXPECT_EQ(Cards().Output(0, Port::Analog).BuffersInFlight, 5000u);
-        Always(waveOutRestart(player.Wave.Handle()));
-        Cards().Advance(Second);
-        EXPECT_EQ(player.Wave.DoneCount(), 5000u);
-        ExpectTheEnd(player);
-        player.ExpectBalance();
+    });
+    Always(waveOutPause(player.Wave.Handle()));
+    Write(player, buffers, 40);
+    EXPECT_EQ(Cards().Output(0, Port::Analog).BuffersInFlight, buffers);
+    Always(waveOutRestart(player.Wave.Handle()));
+    for (int i = 0; i < 100 && player.Wave.DoneCount() < buffers; ++i) {
+        Cards().Advance(Second);  // waits for the service thread, but on a slow machine not until the end
     }
+    EXPECT_EQ(player.Wave.DoneCount(), buffers);
+    ExpectTheEnd(player);
+    player.ExpectBalance();
 }
 
 }  // namespace
