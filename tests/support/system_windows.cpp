@@ -66,6 +66,19 @@ void Redirect(const char* name, Function* replacement) {
     simulator::RedirectCall(name, reinterpret_cast<void*>(replacement));
 }
 
+// The test program is attached as the driver is: some tests ask the cards themselves.
+struct Attachment {
+    Attachment() {
+        Redirect("MessageBoxW", ShowMessageBox);
+        Redirect("WinHelpW", ShowHelp);
+        Redirect("RegisterEventSourceW", OpenSource);
+        Redirect("ReportEventW", Report);
+        Redirect("DeregisterEventSource", CloseSource);
+        simulator::Attach(GetModuleHandleW(nullptr));
+    }
+};
+const Attachment attachment;
+
 // NT has no call that deletes a key with all that is in it.
 void DeleteTree(HKEY parent, const WCHAR* name) {
     HKEY key = nullptr;
@@ -118,15 +131,6 @@ unsigned HandleCount() {
 }  // namespace
 
 void FreshMachine() {
-    static const bool redirected = [] {
-        Redirect("MessageBoxW", ShowMessageBox);
-        Redirect("WinHelpW", ShowHelp);
-        Redirect("RegisterEventSourceW", OpenSource);
-        Redirect("ReportEventW", Report);
-        Redirect("DeregisterEventSource", CloseSource);
-        return true;
-    }();
-    static_cast<void>(redirected);
     simulator::UseMachine("");
     for (const WCHAR* key : DriverKeys) {
         DeleteTree(HKEY_LOCAL_MACHINE, key);
