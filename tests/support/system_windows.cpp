@@ -1,3 +1,6 @@
+#include <windows.h>
+#include <mmsystem.h>
+
 #include <algorithm>
 #include <map>
 #include <mutex>
@@ -101,6 +104,14 @@ constexpr const WCHAR* DriverKeys[] = {
     TEXT("Software\\Zephyr Harmonic Works\\Kestrelvox"),
 };
 
+// What the system opens once in a process and keeps is no leak of the driver's.
+bool WarmUp() {
+    const simulator::Simulator cards({.Cards = 1});
+    waveOutGetNumDevs();
+    kestvox::UnloadWaveDriver();
+    return true;
+}
+
 // The system's list of open handles, of all processes.
 struct OpenHandle {
     USHORT Process;
@@ -131,6 +142,8 @@ unsigned HandleCount() {
 }  // namespace
 
 void FreshMachine() {
+    static const bool warm = WarmUp();
+    static_cast<void>(warm);
     simulator::UseMachine("");
     for (const WCHAR* key : DriverKeys) {
         DeleteTree(HKEY_LOCAL_MACHINE, key);
