@@ -219,22 +219,6 @@ TEST_F(HandOverTest, OnlyMisalignedBuffersAreCopied) {
     }
 }
 
-TEST_F(HandOverTest, AResetGivesTheMemoryOfConversionsBack) {
-    const WaveFormat format = TaggedFormat(WAVE_FORMAT_MULAW, 8000, 1, 8);
-    Open(format);
-    const auto usageAfter = [this](unsigned buffers) {
-        for (unsigned i = 0; i < buffers; ++i) {
-            Write(80);
-        }
-        Cards().Advance(Second);
-        EXPECT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
-        return test_system::Usage();
-    };
-    const std::string few = usageAfter(1);
-    EXPECT_EQ(usageAfter(20), few);
-    ExpectEachReturnedOnce();
-}
-
 // A shadow buffer that cannot be resized is replaced.
 TEST_F(HandOverTest, ABufferThatDoesNotGrowIsReplaced) {
     const WaveFormat format = TaggedFormat(WAVE_FORMAT_ALAW, 8000, 1, 8);
