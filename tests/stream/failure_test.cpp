@@ -155,15 +155,6 @@ TEST_F(StreamFailureTest, AFlushThatFailsLosesNothing) {
     ExpectPlayed({1});
 }
 
-TEST_F(StreamFailureTest, PendingIsAsGoodAsDone) {
-    Fail(Fault::AnyCode, 0, Fault::Kind::Pend);
-    ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
-    Write(20);
-    Cards().Advance(Second);
-    ExpectEachReturnedOnce();
-    EXPECT_EQ(Played().size(), 20000u);
-}
-
 TEST_F(StreamFailureTest, CompletionsGoAstray) {
     struct Case {
         const char* Name;
@@ -186,16 +177,6 @@ TEST_F(StreamFailureTest, CompletionsGoAstray) {
     }
 }
 
-TEST_F(StreamFailureTest, WithoutAnyCompletionTheCloseReturnsThem) {
-    ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
-    Fail(Fault::Completion, 0, Fault::Kind::Lost);
-    Write(20);
-    Cards().Advance(Second);
-    EXPECT_EQ(player_.DoneCount(), 0u);
-    EXPECT_EQ(player_.Close(), unsigned{WAVERR_STILLPLAYING});
-    ExpectAllBackAtClose();
-}
-
 // A card that vanishes takes no header with it.
 TEST_F(StreamFailureTest, TheCardVanishes) {
     ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
@@ -207,37 +188,6 @@ TEST_F(StreamFailureTest, TheCardVanishes) {
     EXPECT_EQ(player_.Position(), 0xFFFFFFFF);
     ExpectAllBackAtClose();
     Cards().SetPresent(0, true);
-}
-
-// Each call of an open that can fail, in turn: either the open fails and leaves nothing, or the stream
-// works; without its service thread it gives its headers back at the close.
-TEST_F(StreamFailureTest, EveryCallOfAnOpenFailsOnce) {
-    struct Case {
-        const char* Call;
-        MMRESULT Refusal;
-    };
-    waveOutGetNumDevs();
-    for (const Case& test : {Case{"HeapAlloc", MMSYSERR_NOMEM}, Case{"CreateEventW", MMSYSERR_ERROR},
-                             Case{"CreateThread", MMSYSERR_ERROR}}) {
-        unsigned withoutService = 0;
-        for (unsigned nth = 1; nth <= 6; ++nth) {
-            SCOPED_TRACE(testing::Message() << test.Call << " " << nth);
-            test_system::FailCall(test.Call, nth);
-            const MMRESULT result = player_.Open(AnalogOut, format_);
-            test_system::ClearCallFailures();
-            if (result != MMSYSERR_NOERROR) {
-                EXPECT_EQ(result, test.Refusal);
-                EXPECT_EQ(Cards().OpenFiles(), 0u);
-                continue;
-            }
-            Write(3);
-            Cards().Advance(Second);
-            ExpectPlayed({1, 2, 3});
-            withoutService += player_.DoneCount() == 0 ? 1 : 0;
-            ExpectAllBackAtClose();
-        }
-        EXPECT_EQ(withoutService, 1u) << test.Call;
-    }
 }
 
 // Thousands of completions in one wake-up of the service thread, which is busy in a callback while the
