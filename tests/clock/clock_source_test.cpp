@@ -179,6 +179,23 @@ TEST_F(ClockSourceTest, AFailedReadOfTheMeasurementPasses) {
     EXPECT_EQ(Events(), std::vector<DWORD>{RateMismatchEvent});
 }
 
+// What holds the wanted value already is left alone, but only when it could be read in full.
+TEST_F(ClockSourceTest, ARegisterThatCannotBeReadIsWritten) {
+    Load();
+    for (const char* fault :
+         {"", "READ_REGISTER:all", "READ_REGISTER:all:short", "READ_REGISTER:all:pending"}) {
+        SCOPED_TRACE(fault);
+        if (*fault != 0) {
+            AddFault(fault);
+        }
+        WavePlayer player;
+        const Lines lines = Run(player, 0, 44100);
+        EXPECT_EQ(Contains(lines, "0 write card 32 = 03 / 07"), *fault != 0);
+        EXPECT_EQ(Contains(lines, "0 write card 32 = 00 / 60"), *fault != 0);
+        Cards().ClearFaults();
+    }
+}
+
 // Card 1 and card 2 follow card 0.
 class FollowerClockTest : public ClockSourceTest {
 protected:

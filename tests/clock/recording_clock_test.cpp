@@ -210,24 +210,6 @@ TEST_F(RecordStartTest, DirectModeWaitsInAnyRecordMode) {
     EXPECT_EQ(StartFrame(0), StartFrame(4));
 }
 
-TEST_F(RecordStartTest, LockedToPlaybackWithoutOneStartsAtOnce) {
-    LockToPlayback();
-    Open(4);
-    Start(4);
-    EXPECT_TRUE(Started(4));
-}
-
-TEST_F(RecordStartTest, WhoIsWaitedForMayClose) {
-    LockToPlayback();
-    Open(0);
-    Open(4);
-    Start(4);
-    EXPECT_FALSE(Started(4));
-    Shut(0);
-    Cards().Advance(3000);
-    EXPECT_TRUE(Started(4));
-}
-
 // Meanwhile one of two outputs leaves, which concerns the outputs alone.
 TEST_F(RecordStartTest, AWaitingRecordingIsNotForgotten) {
     for (const UINT stream : {0u, 1u, 4u, 5u}) {
@@ -285,24 +267,6 @@ TEST_F(RecordStartTest, TheRequestsOfALockedStart) {
     Cards().ClearTrace();
     Recorder(4).Stop();
     EXPECT_EQ(TraceText({"GET"}), (Lines{"write card 36 = 03 / 03", "DISARM_CHANNEL", "STOP_TRANSFER"}));
-}
-
-// What is played comes back over a cable, frame for frame.
-TEST_F(RecordStartTest, ALockedRecordingOfThePlaybackIsThePlayback) {
-    LockToPlayback();
-    const std::vector<BYTE> data = Pattern(40000);
-    for (const UINT input : {4u, 6u}) {
-        Cards().PlugIn((input - 4) / 2, Port::Analog, InputSignal::Cable(0, Port::Analog));
-        Open(0);
-        Open(input);
-        Start(input);
-        EXPECT_EQ(Player(0).Write(data), MMSYSERR_NOERROR);
-        Cards().Advance(1000000);
-        EXPECT_TRUE(Recorder(input).Recorded() == data) << input;
-        Shut(0);
-        Shut(input);
-        Recorder(input).Forget();
-    }
 }
 
 }  // namespace

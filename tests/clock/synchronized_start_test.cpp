@@ -58,18 +58,6 @@ protected:
 
 constexpr unsigned TenthOfASecond = 4410;  // frames
 
-TEST_F(SynchronizedStartTest, AStreamAloneIsOnlyArmed) {
-    WavePlayer player;
-    Open(player, 0);
-    StartLines();
-    Write(player);
-    EXPECT_EQ(StartLines(), (Lines{"0.2 START_TRANSFER", "0.2 ARM_CHANNEL"}));
-    EXPECT_NEAR(PlaysOn(0), TenthOfASecond, 1);
-    waveOutPause(player.Handle());
-    EXPECT_EQ(StartLines(), Lines{"0.2 DISARM_CHANNEL"});
-    EXPECT_EQ(PlaysOn(0), 0.0);
-}
-
 TEST_F(SynchronizedStartTest, TwoPortsOfACardStartTogether) {
     for (const UINT first : {0u, 1u}) {
         SCOPED_TRACE(first);
@@ -162,23 +150,6 @@ TEST_F(SynchronizedStartTest, TheOthersPlayOnWhenOneIsClosed) {
     Cards().Advance(10000);
     EXPECT_TRUE(Status(1).Started) << "the only one missing";
     EXPECT_EQ(Status(0).FramesSilent, 0u);
-}
-
-TEST_F(SynchronizedStartTest, TheLastOneLeftRestartsAlone) {
-    WavePlayer stays;
-    Open(stays, 0);
-    {
-        WavePlayer leaves;
-        Open(leaves, 1);
-        Write(stays);
-        Write(leaves);
-        Cards().Advance(10000);
-        waveOutReset(leaves.Handle());
-        leaves.Close();
-    }
-    waveOutPause(stays.Handle());
-    waveOutRestart(stays.Handle());
-    EXPECT_NEAR(PlaysOn(0), TenthOfASecond, 1) << "there is nobody to wait for";
 }
 
 // Card 1 follows card 0.
