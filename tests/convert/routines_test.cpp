@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tests/support/wave_player.h"
+#include "tests/support/wave_sound.h"
 
 namespace {
 
@@ -134,6 +135,17 @@ TEST_P(Routines, ExpandEveryCode) {
         GetParam().ExpandCompanded(samples, codes.data(), *table, codes.size());
         EXPECT_EQ(memcmp(samples, table->Samples, sizeof samples), 0);
     }
+}
+
+TEST(Companding, TablesAreThoseOfTheRule) {
+    for (int code = 0; code < 256; ++code) {
+        EXPECT_EQ(ALawTable.Samples[code], ALawSample(static_cast<BYTE>(code))) << code;
+        EXPECT_EQ(MuLawTable.Samples[code], MuLawSample(static_cast<BYTE>(code))) << code;
+    }
+    EXPECT_EQ(MuLawTable.Samples[0x00], -32124);
+    EXPECT_EQ(MuLawTable.Samples[0x7F], 0);
+    EXPECT_EQ(ALawTable.Samples[0xD5], 8);
+    EXPECT_EQ(ALawTable.Samples[0xAA], 32256);
 }
 
 TEST_P(Routines, ExpandPacked24) {
