@@ -31,22 +31,6 @@ TEST(SimulatorClock, FramesAndTimesAgreeToTheNanosecondForDays) {
     EXPECT_EQ(fast.FramesAt(100 * int64_t{1000000000}), 4800480u);
 }
 
-TEST(SimulatorClock, TheWrongSpeedBitIsOffByAFactorOfTwo) {
-    Simulator sim({});
-    const CardFile file(0, ControlChannel);
-    const unsigned rates[] = {96000, 88200, 48000, 44100, 32000, 22050, 8000, 11025};
-    for (uint32_t code = 0; code < 8; ++code) {
-        file.WriteCard(32, code, 0x07);
-        file.WriteCard(17, 0x00, 0x08);
-        EXPECT_EQ(sim.SampleRate(0), code < 2 ? rates[code] / 2 : rates[code]);
-        file.WriteCard(17, 0x08, 0x08);
-        EXPECT_EQ(sim.SampleRate(0), code < 2 ? rates[code] : rates[code] * 2);
-        const uint64_t before = sim.ClockFrame(0);
-        sim.Advance(1000000);
-        EXPECT_EQ(sim.ClockFrame(0) - before, sim.SampleRate(0));
-    }
-}
-
 // What stands still on both cards: an armed output with data.
 struct Player {
     Player(unsigned card, bool behindHold) : File(card, AnalogOut), Samples(88200, Both(1 << 20)) {
@@ -105,29 +89,6 @@ TEST(SimulatorClock, OneHoldStartsAGroupOnOneFrame) {
         sim.Advance(10000);
         EXPECT_EQ(sim.Output(0, Port::Analog).FramesPlayed, played + 441);
     }
-}
-
-TEST(SimulatorClock, LinkedCardsRunTogetherAndOthersDrift) {
-    Simulator sim({.Cards = 3});
-    for (unsigned card = 0; card < 3; ++card) {
-        Prepare(card);
-        sim.SetDrift(card, static_cast<int>(card) * 100);
-    }
-    const CardFile card0(0, ControlChannel);
-    const CardFile card1(1, ControlChannel);
-    FollowCard0(card0, card1);
-    Resync(card1);
-    const uint64_t start[] = {sim.ClockFrame(0), sim.ClockFrame(1), sim.ClockFrame(2)};
-    sim.Advance(100000000);
-    EXPECT_EQ(sim.ClockFrame(0) - start[0], 4410000u);
-    EXPECT_EQ(sim.ClockFrame(1), sim.ClockFrame(0));
-    EXPECT_NEAR(static_cast<double>(sim.ClockFrame(2) - start[2]), 4410000.0 * 1.0002, 1.0);
-
-    // A change of the driver's rate takes the follower along, no longer aligned.
-    card0.WriteCard(32, 2, 0x07);
-    sim.Advance(1000);
-    EXPECT_EQ(sim.SampleRate(1), 48000u);
-    EXPECT_NE(sim.ClockFrame(1), sim.ClockFrame(0));
 }
 
 TEST(SimulatorClock, AnInvalidSourceLatchesTheFaultAndStandsStill) {
@@ -192,36 +153,6 @@ TEST(SimulatorClock, ASpinOnTheTimerAndAStallMoveSteppedTime) {
     Sleep(10);
     EXPECT_EQ(timeGetTime(), first + 2) << "a sleep came between";
     EXPECT_EQ(timeGetTime(), first + 3);
-}
-
-// A buffer that ends during another thread's spin is answered before the spin goes on; a completion
-// that spins itself does not wait for itself.
-TEST(SimulatorClock, BuffersEndDuringASpin) {
-    Simulator sim({});
-    Prepare(0);
-    const CardFile file(0, AnalogOut);
-    file.WritePort(0, 0xC0);
-    std::vector<Frame> frames(441, Both(1));
-    unsigned spinsInCompletion = 0;
-    CompletionThread thread(file, [&](ULONG_PTR cookie) {
-        if (cookie == 3) {
-            const DWORD from = timeGetTime();
-            while (timeGetTime() - from < 2) {
-                ++spinsInCompletion;
-            }
-        }
-        file.Queue(frames, cookie + 2);
-        file.Request(StartTransfer);
-    });
-    ASSERT_EQ(file.Queue(frames, 1), ERROR_SUCCESS);
-    ASSERT_EQ(file.Queue(frames, 2), ERROR_SUCCESS);
-    file.Start();
-    const DWORD from = timeGetTime();
-    while (timeGetTime() - from < 100) {
-    }
-    EXPECT_GT(thread.Cookies().size(), 8u);
-    EXPECT_EQ(spinsInCompletion, 1u);
-    EXPECT_EQ(sim.Output(0, Port::Analog).FramesSilent, 0u);
 }
 
 }  // namespace
