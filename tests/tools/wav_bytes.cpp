@@ -44,6 +44,6 @@ std::string Noise(size_t count) {
     return bytes;
 }
 
-std::string NoiseFrames(size_t frames, const WavFormat& format) {
+std::string NoiseBytes(size_t frames, const WavFormat& format) {
     return Noise(frames * format.BytesPerSample * format.Channels);
 }
