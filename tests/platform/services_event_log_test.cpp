@@ -25,11 +25,4 @@ TEST(EventLog, AFullRingLosesTheOldest) {
     }
 }
 
-TEST(EventLog, IsTheMachines) {
-    const services_test::NamedMachine machine;
-    EXPECT_TRUE(services_test::InChild([] { return Report(u"Child", 9); }));
-    ASSERT_EQ(platform::EventLog().size(), 1u);
-    EXPECT_EQ(platform::EventLog()[0].Source, u"Child");
-}
-
 }  // namespace

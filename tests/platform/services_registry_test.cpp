@@ -84,45 +84,6 @@ TEST_F(Registry, ValuesKeepTypeAndExactSize) {
     EXPECT_EQ(RegDeleteValueW(key_, u"monitor"), ERROR_FILE_NOT_FOUND);
 }
 
-TEST_F(Registry, RightsAreChecked) {
-    HKEY reader = nullptr;
-    HKEY writer = nullptr;
-    ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, kPath, 0, KEY_READ, &reader), ERROR_SUCCESS);
-    ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, kPath, 0, KEY_SET_VALUE, &writer), ERROR_SUCCESS);
-    HKEY child = nullptr;
-    DWORD value = 0;
-    EXPECT_EQ(SetWord(reader, u"Start", 4), ERROR_ACCESS_DENIED);
-    EXPECT_EQ(RegDeleteValueW(reader, u"Start"), ERROR_ACCESS_DENIED);
-    EXPECT_EQ(RegCreateKeyW(reader, u"New", &child), ERROR_ACCESS_DENIED);
-    EXPECT_EQ(SetWord(writer, u"Start", 4), ERROR_SUCCESS);
-    EXPECT_EQ(QueryWord(writer, u"Start", &value), ERROR_ACCESS_DENIED);
-    EXPECT_EQ(QueryWord(reader, u"Start", &value), ERROR_SUCCESS);
-    RegCloseKey(reader);
-    RegCloseKey(writer);
-
-    EXPECT_EQ(QueryWord(reader, u"Start", &value), ERROR_INVALID_HANDLE);
-    EXPECT_EQ(RegCloseKey(reader), ERROR_INVALID_HANDLE);
-    EXPECT_FALSE(CloseHandle(key_)) << "a key is closed as a key";
-    EXPECT_EQ(QueryWord(key_, u"Start", &value), ERROR_SUCCESS);
-}
-
-TEST_F(Registry, DeletedKeysStayDeleted) {
-    HKEY child = nullptr;
-    ASSERT_EQ(RegCreateKeyW(key_, u"Config", &child), ERROR_SUCCESS);
-    ASSERT_EQ(SetWord(child, u"Name", 1), ERROR_SUCCESS);
-    EXPECT_EQ(RegDeleteKeyW(HKEY_LOCAL_MACHINE, kPath), ERROR_ACCESS_DENIED) << "it has a subkey";
-    ASSERT_EQ(RegDeleteKeyW(key_, u"config"), ERROR_SUCCESS);
-
-    HKEY again = nullptr;
-    ASSERT_EQ(RegCreateKeyW(key_, u"Config", &again), ERROR_SUCCESS);
-    DWORD value = 0;
-    EXPECT_EQ(QueryWord(child, u"Name", &value), ERROR_KEY_DELETED);
-    EXPECT_EQ(SetWord(child, u"Name", 2), ERROR_KEY_DELETED);
-    EXPECT_EQ(QueryWord(again, u"Name", &value), ERROR_FILE_NOT_FOUND);
-    RegCloseKey(child);
-    RegCloseKey(again);
-}
-
 // Two processes write keys and values of their own at the same time, and both see all of them.
 TEST(SharedRegistry, ProcessesOfAMachineSeeTheSame) {
     const services_test::NamedMachine machine;
