@@ -67,7 +67,7 @@ TEST_P(CardCountTest, EveryCardIsAskedOnceAndGivesFourDevices) {
     EXPECT_EQ(Cards().OpenFiles(), 0u) << "the driver keeps no card open without a stream";
 }
 
-INSTANTIATE_TEST_SUITE_P(OneToAll, CardCountTest, testing::Values(1u, 2u, simulator::MaxCards));
+INSTANTIATE_TEST_SUITE_P(OneToAll, CardCountTest, testing::Values(1u, simulator::MaxCards));
 
 class DiscoveryTest : public DriverTest {
 protected:
@@ -122,16 +122,12 @@ TEST_F(DiscoveryTest, EndsAtACardThatRefusesItsFirstHandle) {
     EXPECT_EQ(waveOutGetNumDevs(), 2u);
 }
 
-TEST_F(DiscoveryTest, ACardThatComesLaterIsSeenByTheNextFirstLoad) {
+TEST_F(DiscoveryTest, WhatComesOrGoesAfterTheFirstLoadDoesNotChangeTheList) {
     Cards().SetPresent(2, false);
     EXPECT_EQ(waveOutGetNumDevs(), 4u);
     Cards().SetPresent(2, true);
     EXPECT_EQ(waveOutGetNumDevs(), 4u);
     UnloadDriver();
-    EXPECT_EQ(waveOutGetNumDevs(), 6u);
-}
-
-TEST_F(DiscoveryTest, ACardThatGoesLaterStaysListed) {
     EXPECT_EQ(waveOutGetNumDevs(), 6u);
     Cards().SetPresent(1, false);
     EXPECT_EQ(waveOutGetNumDevs(), 6u);

@@ -68,14 +68,4 @@ TEST_F(WaveDispatchTest, OfThePrivateMessagesAnInputKnowsDirectModeOnly) {
     EXPECT_EQ(waveInClose(input), MMSYSERR_NOERROR);
 }
 
-TEST_F(WaveDispatchTest, DirectModeTakesTheSlotsAsTheyAre) {
-    ASSERT_EQ(player_.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
-    ASSERT_EQ(Cards().OutputRegister(0, simulator::Port::Analog, 0) & 0xC0, 0x40);
-    Cards().ClearTrace();
-    EXPECT_EQ(Send(DirectMode), MMSYSERR_NOERROR);
-    EXPECT_EQ(TraceText(), std::vector<std::string>{"write port 0 = C0 / C0"});
-    AddFault("WRITE_REGISTER:1");
-    EXPECT_EQ(Send(DirectMode), MMSYSERR_NOERROR) << "whatever the write gave";
-}
-
 }  // namespace
