@@ -272,26 +272,6 @@ TEST_F(SuspendTest, ResetAndCloseDuringTheSleep) {
     EXPECT_EQ(recorder.DoneCount(1), 1u);
 }
 
-// The clock from outside is gone in the morning: the stream goes on with the card's own.
-TEST_F(SuspendTest, ARecordingOutlastsItsClock) {
-    const WaveFormat format = PcmFormat(48000, 2, 16);
-    Cards().SetDigitalInputRate(0, 48000);
-    WaveRecorder recorder;
-    ASSERT_EQ(recorder.Open(1, format), MMSYSERR_NOERROR);
-    EXPECT_EQ(Cards().CardRegister(0, 32) & 0x60, 0x40);
-    for (int i = 0; i < 4; ++i) {
-        ASSERT_EQ(recorder.Add(48000), MMSYSERR_NOERROR);
-    }
-    recorder.Start();
-    Cards().Advance(Second / 10);
-    Cards().SetDigitalInputRate(0, 0);
-    Sleep();
-    EXPECT_EQ(SendPower(PWR_SUSPENDRESUME), 1);
-    EXPECT_EQ(Cards().CardRegister(0, 32) & 0x60, 0);
-    Cards().Advance(2 * Second);
-    EXPECT_EQ(recorder.DoneCount(), 4u);
-}
-
 TEST_F(SuspendTest, APlaybackOutlastsItsClock) {
     StoreSetting(0, TEXT("ClockSource"), 96);
     UnloadDriver();

@@ -84,46 +84,4 @@ TEST_F(Registry, ValuesKeepTypeAndExactSize) {
     EXPECT_EQ(RegDeleteValueW(key_, u"monitor"), ERROR_FILE_NOT_FOUND);
 }
 
-// Two processes write keys and values of their own at the same time, and both see all of them.
-TEST(SharedRegistry, ProcessesOfAMachineSeeTheSame) {
-    const services_test::NamedMachine machine;
-    const auto writeAll = [](LPCWSTR prefix) {
-        bool fine = true;
-        for (unsigned i = 0; i < 100; ++i) {
-            WCHAR path[64];
-            wsprintfW(path, u"Shared\\%s%u", prefix, i);
-            HKEY key = nullptr;
-            fine = RegCreateKeyW(HKEY_LOCAL_MACHINE, path, &key) == ERROR_SUCCESS && fine;
-            fine = RegSetValueExW(key, u"Index", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&i), sizeof i) ==
-                       ERROR_SUCCESS &&
-                   fine;
-            RegCloseKey(key);
-        }
-        return fine;
-    };
-
-    const pid_t child = fork();
-    if (child == 0) {
-        _exit(writeAll(u"child") ? 0 : 1);
-    }
-    EXPECT_TRUE(writeAll(u"parent"));
-    int status = 0;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
-
-    for (LPCWSTR prefix : {u"child", u"parent"}) {
-        for (DWORD i = 0; i < 100; ++i) {
-            WCHAR path[64];
-            wsprintfW(path, u"shared\\%s%u", prefix, i);
-            HKEY key = nullptr;
-            ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, KEY_READ, &key), ERROR_SUCCESS);
-            DWORD value = 0;
-            DWORD size = sizeof value;
-            RegQueryValueExW(key, u"Index", nullptr, nullptr, reinterpret_cast<BYTE*>(&value), &size);
-            EXPECT_EQ(value, i);
-            RegCloseKey(key);
-        }
-    }
-}
-
 }  // namespace

@@ -12,8 +12,6 @@ namespace {
 
 using namespace simulator;
 
-constexpr uint32_t AnalogOut = 2;
-
 TEST(SimulatorClock, FramesAndTimesAgreeToTheNanosecondForDays) {
     for (const uint32_t rate : {8000u, 11025u, 44100u, 96000u, 192000u}) {
         for (const int32_t drift : {0, 1, -1, 37, -250, 100000, -100000}) {
@@ -29,66 +27,6 @@ TEST(SimulatorClock, FramesAndTimesAgreeToTheNanosecondForDays) {
     EXPECT_EQ(exact.FramesAt(1000000 * int64_t{1000000000}), 44100000000u);
     const SampleClock fast{0, 0, 48000, 100};
     EXPECT_EQ(fast.FramesAt(100 * int64_t{1000000000}), 4800480u);
-}
-
-// What stands still on both cards: an armed output with data.
-struct Player {
-    Player(unsigned card, bool behindHold) : File(card, AnalogOut), Samples(88200, Both(1 << 20)) {
-        File.WritePort(0, behindHold ? 0xC2 : 0xC0);
-        EXPECT_EQ(File.Queue(Samples, 1), ERROR_SUCCESS);
-        File.Start();
-    }
-    CardFile File;
-    std::vector<Frame> Samples;
-};
-
-void FollowCard0(const CardFile& card0, const CardFile& card1) {
-    card0.WriteCard(32, 0x10, 0x10);
-    card1.WriteCard(32, 0x20, 0x60);
-}
-
-void Resync(const CardFile& card) {
-    card.WriteCard(17, 0, 0x80);
-    ASSERT_EQ(card.Send(Stall, 1), ERROR_SUCCESS);
-    card.WriteCard(17, 0x80, 0x80);
-}
-
-TEST(SimulatorClock, OneHoldStartsAGroupOnOneFrame) {
-    for (const bool resynced : {true, false}) {
-        SCOPED_TRACE(resynced);
-        Simulator sim({.Cards = 2});
-        Prepare(0);
-        Prepare(1);
-        const CardFile card0(0, ControlChannel);
-        const CardFile card1(1, ControlChannel);
-        FollowCard0(card0, card1);
-        if (resynced) {
-            Resync(card1);
-        }
-        card0.WriteCard(36, 1);
-        card1.WriteCard(36, 1);  // of no effect: card 0 supplies the clock
-        const Player first(0, true);
-        sim.Advance(3333);
-        const Player second(1, true);
-        sim.Advance(50000);
-        EXPECT_FALSE(sim.Output(0, Port::Analog).Started);
-        EXPECT_FALSE(sim.Output(1, Port::Analog).Started);
-
-        const uint64_t now = sim.ClockFrame(0);
-        card0.WriteCard(36, 0, 1);
-        sim.Advance(10000);
-        EXPECT_EQ(sim.Output(0, Port::Analog).StartFrame, now + 1);
-        const uint64_t apart =
-            sim.Output(1, Port::Analog).StartFrame - sim.Output(0, Port::Analog).StartFrame;
-        EXPECT_EQ(apart == 0, resynced);
-        EXPECT_EQ(sim.ClockFrame(0) - sim.ClockFrame(1), apart);
-        EXPECT_EQ(sim.Output(0, Port::Analog).FramesPlayed - sim.Output(1, Port::Analog).FramesPlayed, apart);
-
-        card0.WriteCard(36, 1);  // does not stop what runs
-        const uint64_t played = sim.Output(0, Port::Analog).FramesPlayed;
-        sim.Advance(10000);
-        EXPECT_EQ(sim.Output(0, Port::Analog).FramesPlayed, played + 441);
-    }
 }
 
 TEST(SimulatorClock, AnInvalidSourceLatchesTheFaultAndStandsStill) {

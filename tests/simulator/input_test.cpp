@@ -74,6 +74,29 @@ TEST(SimulatorInput, ACableCarriesWhatTheOutputHearsAtThatFrame) {
     }
 }
 
+TEST(SimulatorInput, ACableBetweenClocksGoesByTime) {
+    const std::pair<uint32_t, uint32_t> codes[] = {{2, 6}, {6, 2}, {3, 2}};  // 8000, 48000, 44100
+    const double rates[] = {96000, 88200, 48000, 44100, 32000, 22050, 8000, 11025};
+    for (const auto& [from, to] : codes) {
+        SCOPED_TRACE(rates[from]);
+        Simulator sim({.Cards = 2});
+        Prepare(0, from);
+        Prepare(1, to);
+        sim.PlugIn(1, Port::Analog, InputSignal::Cable(0, Port::Analog));
+        Channel input(1, AnalogIn, std::vector<Frame>(10000));
+        Channel output(0, AnalogOut, Ramp(10000));
+        input.File.Start();
+        output.File.Start();
+        sim.Advance(150000);
+        const double ratio = rates[from] / rates[to];
+        const uint64_t count = sim.Input(1, Port::Analog).FramesRecorded - 8;  // memory is behind
+        ASSERT_GT(count, 1000u);
+        for (size_t i = 20; i < count; ++i) {
+            ASSERT_NEAR(input.Samples[i].Left / 256, static_cast<double>(i) * ratio, 2 * ratio + 2) << i;
+        }
+    }
+}
+
 TEST(SimulatorInput, CablesPassThroughMonitorsButNotInCircles) {
     Simulator sim({.Cards = 3});
     for (unsigned card = 0; card < 3; ++card) {

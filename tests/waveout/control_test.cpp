@@ -179,43 +179,6 @@ TEST_F(ControlTest, OnlyAResetThatNothingFollowedLetsAStreamWithBuffersClose) {
     }
 }
 
-TEST_F(ControlTest, AStreamClosesFromEveryState) {
-    EXPECT_EQ(player_.Close(), Done);  // stopped, never written to
-    struct Case {
-        const char* Name;
-        std::function<void()> Reach;
-    };
-    const Case cases[] = {
-        {"paused, never written to", [this] { Pause(); }},
-        {"paused after playing out",
-         [this] {
-             Write(2);
-             Cards().Advance(Second);
-             Pause();
-         }},
-        {"reset while paused with buffers",
-         [this] {
-             Pause();
-             Write(20);
-             Reset();
-         }},
-        {"reset twice",
-         [this] {
-             Write(20);
-             Reset();
-             Reset();
-         }},
-    };
-    for (const Case& test : cases) {
-        SCOPED_TRACE(test.Name);
-        ASSERT_EQ(player_.Open(AnalogOut, format_), Done);
-        test.Reach();
-        EXPECT_EQ(player_.Close(), Done);
-        EXPECT_EQ(player_.Messages().back(), unsigned{WOM_CLOSE});
-        ExpectEachReturnedOnce();
-    }
-}
-
 TEST_F(ControlTest, AClientMayActFromInsideItsCallback) {
     std::vector<DWORD> positions;
     player_.OnDone([&](WAVEHDR& header) {
@@ -237,18 +200,6 @@ TEST_F(ControlTest, AClientMayActFromInsideItsCallback) {
     }
     EXPECT_EQ(positions, expected);
     EXPECT_EQ(Played(), Sound(format_, written_));
-    ExpectEachReturnedOnce();
-}
-
-TEST_F(ControlTest, AClientMayResetFromInsideItsCallback) {
-    player_.OnDone([&](WAVEHDR& header) {
-        if (header.dwUser == 2) {
-            Reset();
-        }
-    });
-    Write(20);
-    Cards().Advance(Second);
-    EXPECT_NEAR(static_cast<double>(Played().size()), 3 * BufferFrames, 5);
     ExpectEachReturnedOnce();
 }
 
