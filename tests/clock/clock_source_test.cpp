@@ -119,20 +119,6 @@ TEST_F(ClockSourceTest, AnInvalidSourceIsReportedAndTheCardGoesOnAlone) {
     }
 }
 
-TEST_F(ClockSourceTest, TheNextRunClearsUpAfterAFailedOne) {
-    WavePlayer player;
-    LoadWithSource(64);
-    Run(player, 0, 44100, MMSYSERR_ERROR);
-    EXPECT_TRUE(Held(0));
-    EXPECT_FALSE(Cards().ChannelClaimed(0, 2));
-    Cards().SetDigitalInputRate(0, 44100);
-    Run(player, 0, 44100);
-    EXPECT_FALSE(Held(0));
-    EXPECT_EQ(Source(0), Digital);
-    ExpectPlaying(player, 0);
-    EXPECT_EQ(Events(), std::vector<DWORD>{ClockNotValidEvent});
-}
-
 TEST_F(ClockSourceTest, TheIncomingRateMustBeTheStreams) {
     struct RateCase {
         DWORD Rate;

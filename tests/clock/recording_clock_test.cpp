@@ -1,6 +1,7 @@
 // Which clock a recording runs on, and when it starts beside a playback.
 #include <algorithm>
 #include <map>
+#include <optional>
 
 #include "tests/clock/clock_script.h"
 #include "tests/support/system.h"
@@ -131,18 +132,16 @@ protected:
             players_[stream].Shut();
         }
     }
-    bool Started(UINT stream) {
-        const UINT device = stream % 4;
-        const Port port = static_cast<Port>(device % 2);
-        return IsInput(stream) ? Cards().Input(device / 2, port).Started
-                               : Cards().Output(device / 2, port).Started;
+    // Nothing until it has started.
+    std::optional<uint64_t> StartFrame(UINT stream) {
+        const auto of = [](const auto& status) {
+            return status.Started ? std::optional(status.StartFrame) : std::nullopt;
+        };
+        const unsigned card = stream % 4 / 2;
+        const Port port = static_cast<Port>(stream % 2);
+        return IsInput(stream) ? of(Cards().Input(card, port)) : of(Cards().Output(card, port));
     }
-    uint64_t StartFrame(UINT stream) {
-        const UINT device = stream % 4;
-        const Port port = static_cast<Port>(device % 2);
-        return IsInput(stream) ? Cards().Input(device / 2, port).StartFrame
-                               : Cards().Output(device / 2, port).StartFrame;
-    }
+    bool Started(UINT stream) { return StartFrame(stream).has_value(); }
 
     // Opens in ascending order, starts in the given one: nobody before the last one, then all on one frame.
     void ExpectTogether(const std::vector<UINT>& order) {

@@ -30,18 +30,6 @@ protected:
 
     LRESULT SendPower(LPARAM event) { return DriverLibrary().DriverProc(DRV_POWER, event); }
 
-    // Every register of a card but those that only say where the last access was or what was measured.
-    std::map<std::string, unsigned> Registers(unsigned card) {
-        std::map<std::string, unsigned> values;
-        for (const simulator::RegisterView& view : Cards().Registers(card)) {
-            if (view.Name.find("index") == std::string::npos &&
-                view.Name.find("measured") == std::string::npos) {
-                values[view.File + " " + std::to_string(view.Index)] = view.Value;
-            }
-        }
-        return values;
-    }
-
     void Sleep() {
         EXPECT_EQ(SendPower(PWR_SUSPENDREQUEST), 1);
         Cards().PowerCycle(0);
@@ -50,78 +38,78 @@ protected:
     }
 };
 
-// One card's two clients. Both have several buffers, of which the card has taken a part when it goes to
-// sleep.
+// One card's two clients in some state. Both have several buffers, of which the card has taken a part when
+// it goes to sleep.
 class Clients {
 public:
-    static constexpr size_t Buffers = 8;
-    static constexpr size_t BufferFrames = 6000;
+    Clients(simulator::Simulator& cards, unsigned card, Playback playback, Recording recording)
+        : cards_(cards), card_(card), playback_(playback), recording_(recording) {}
 
-    Clients(simulator::Simulator& cards, unsigned card)
-        : cards_(cards),
-          card_(card),
-          playFormat_(PcmFormat(Rates[card], 2, 16)),
-          recordFormat_(PcmFormat(Rates[card], 1, 24)) {}
-
-    void Open() {
+    void Begin() {
         ASSERT_EQ(player_.Open(2 * card_, playFormat_), MMSYSERR_NOERROR);
         ASSERT_EQ(recorder_.Open(2 * card_, recordFormat_), MMSYSERR_NOERROR);
-    }
-    void Begin(Playback playback) {
+        registers_ = Registers();
         PlugIn(1);
         for (size_t i = 0; i < Buffers; ++i) {
             ASSERT_EQ(recorder_.Add(BufferFrames * 3), MMSYSERR_NOERROR);
         }
         recorder_.Start();
-        if (playback != Playback::Stopped) {
+        if (playback_ != Playback::Stopped) {
             Write();
         }
     }
-    void Halt(Playback playback, Recording recording) {
-        if (playback == Playback::Paused) {
+    void Halt() {
+        if (playback_ == Playback::Paused) {
             waveOutPause(player_.Handle());
         }
-        if (recording == Recording::Stopped) {
+        if (recording_ == Recording::Stopped) {
             recorder_.Stop();
         }
     }
-    void Resume(Playback playback, Recording recording) {
-        if (playback == Playback::Paused) {
+    void FallAsleep() {
+        framesPlayed_ = cards_.Played(card_, Port::Analog).size();
+        bytesRecorded_ = recorder_.Recorded().size();
+        PlugIn(2);
+    }
+    void ExpectAwake() {
+        EXPECT_EQ(Registers(), registers_);
+        EXPECT_EQ(cards_.SampleRate(card_), Rates[card_]);
+    }
+    // Who was running runs; the others are set going now.
+    void ExpectOldState() {
+        EXPECT_EQ(cards_.Played(card_, Port::Analog).size() > framesPlayed_, playback_ == Playback::Playing);
+        EXPECT_EQ(recorder_.Recorded().size() > bytesRecorded_, recording_ == Recording::Running);
+        if (playback_ == Playback::Paused) {
             waveOutRestart(player_.Handle());
-        } else if (playback == Playback::Stopped) {
+        } else if (playback_ == Playback::Stopped) {
             Write();
         }
-        if (recording == Recording::Stopped) {
+        if (recording_ == Recording::Stopped) {
             recorder_.Start();
         }
     }
-    void PlugIn(unsigned seed) { cards_.PlugIn(card_, Port::Analog, InputSignal::Run(Signal(seed))); }
-
-    uint64_t FramesPlayed() { return cards_.Played(card_, Port::Analog).size(); }
-    size_t BytesRecorded() { return recorder_.Recorded().size(); }
-
-    // Everything was played, and recorded from two signals, the second one beginning at `second` bytes.
-    void ExpectComplete(size_t second) {
+    // Everything was played, and recorded from two signals.
+    void ExpectComplete() {
         EXPECT_TRUE(cards_.Played(card_, Port::Analog) == Sound(playFormat_, played_));
         player_.ExpectEachReturnedOnce();
         recorder_.ExpectEachReturnedOnce();
         std::vector<BYTE> expected = ClientBytes(recordFormat_, Signal(1));
-        expected.resize(second);
+        expected.resize(bytesRecorded_);
         const std::vector<BYTE> rest = ClientBytes(recordFormat_, Signal(2));
         expected.insert(expected.end(), rest.begin(), rest.end());
         const std::vector<BYTE> recorded = recorder_.Recorded();
         ASSERT_LE(recorded.size(), expected.size());
         EXPECT_GT(recorded.size(), (Buffers - 1) * BufferFrames * 3);
         EXPECT_TRUE(std::equal(recorded.begin(), recorded.end(), expected.begin()));
-    }
-    void Close() {
         EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
-        recorder_.Reset();
-        EXPECT_EQ(recorder_.Close(), MMSYSERR_NOERROR);
     }
 
 private:
+    static constexpr size_t Buffers = 8;
+    static constexpr size_t BufferFrames = 6000;
+
     static std::vector<Frame> Signal(unsigned seed) { return NoiseFrames(Buffers * BufferFrames, seed); }
+    void PlugIn(unsigned seed) { cards_.PlugIn(card_, Port::Analog, InputSignal::Run(Signal(seed))); }
     void Write() {
         for (size_t i = 0; i < Buffers; ++i) {
             const std::vector<BYTE> data = Pattern(BufferFrames * 4, static_cast<unsigned>(i));
@@ -129,14 +117,30 @@ private:
             played_.insert(played_.end(), data.begin(), data.end());
         }
     }
+    // All but those that only say where the last access was or what was measured.
+    std::map<std::string, unsigned> Registers() {
+        std::map<std::string, unsigned> values;
+        for (const simulator::RegisterView& view : cards_.Registers(card_)) {
+            if (view.Name.find("index") == std::string::npos &&
+                view.Name.find("measured") == std::string::npos) {
+                values[view.File + " " + std::to_string(view.Index)] = view.Value;
+            }
+        }
+        return values;
+    }
 
     simulator::Simulator& cards_;
-    unsigned card_;
-    WaveFormat playFormat_;
-    WaveFormat recordFormat_;
+    const unsigned card_;
+    const Playback playback_;
+    const Recording recording_;
+    const WaveFormat playFormat_ = PcmFormat(Rates[card_], 2, 16);
+    const WaveFormat recordFormat_ = PcmFormat(Rates[card_], 1, 24);
     WavePlayer player_;
     WaveRecorder recorder_;
+    std::map<std::string, unsigned> registers_;
     std::vector<BYTE> played_;
+    size_t framesPlayed_ = 0;
+    size_t bytesRecorded_ = 0;
 };
 
 TEST_F(SuspendTest, EveryStateOutlastsTheSleep) {
@@ -144,49 +148,21 @@ TEST_F(SuspendTest, EveryStateOutlastsTheSleep) {
         for (const Recording recording : {Recording::Running, Recording::Stopped}) {
             SCOPED_TRACE(testing::Message() << "playback " << static_cast<int>(playback) << ", recording "
                                             << static_cast<int>(recording));
-            Clients clients[] = {{Cards(), 0}, {Cards(), 1}};
-            std::map<std::string, unsigned> before[2];
-            for (unsigned card = 0; card < 2; ++card) {
-                clients[card].Open();
-                before[card] = Registers(card);
-            }
-            for (Clients& client : clients) {
-                client.Begin(playback);
-            }
-            Cards().Advance(Second / 5);
-            for (Clients& client : clients) {
-                client.Halt(playback, recording);
-            }
-            Cards().Advance(Second / 100);
-
+            Clients first(Cards(), 0, playback, recording);
+            Clients second(Cards(), 1, playback, recording);
+            const auto both = [&](void (Clients::*act)(), int64_t then) {
+                (first.*act)();
+                (second.*act)();
+                Cards().Advance(then);
+            };
+            both(&Clients::Begin, Second / 5);
+            both(&Clients::Halt, Second / 100);
             Sleep();
-            uint64_t played[2];
-            size_t recorded[2];
-            for (unsigned card = 0; card < 2; ++card) {
-                played[card] = clients[card].FramesPlayed();
-                recorded[card] = clients[card].BytesRecorded();
-                clients[card].PlugIn(2);
-            }
-            Cards().Advance(Second);
+            both(&Clients::FallAsleep, Second);
             EXPECT_EQ(SendPower(PWR_SUSPENDRESUME), 1);
-            for (unsigned card = 0; card < 2; ++card) {
-                SCOPED_TRACE(testing::Message() << "card " << card);
-                EXPECT_EQ(Registers(card), before[card]);
-                EXPECT_EQ(Cards().SampleRate(card), Rates[card]);
-            }
-            Cards().Advance(Second / 4);
-            for (unsigned card = 0; card < 2; ++card) {
-                SCOPED_TRACE(testing::Message() << "card " << card);
-                EXPECT_EQ(clients[card].FramesPlayed() > played[card], playback == Playback::Playing);
-                EXPECT_EQ(clients[card].BytesRecorded() > recorded[card], recording == Recording::Running);
-                clients[card].Resume(playback, recording);
-            }
-            Cards().Advance(3 * Second);
-            for (unsigned card = 0; card < 2; ++card) {
-                SCOPED_TRACE(testing::Message() << "card " << card);
-                clients[card].ExpectComplete(recorded[card]);
-                clients[card].Close();
-            }
+            both(&Clients::ExpectAwake, Second / 4);
+            both(&Clients::ExpectOldState, 3 * Second);
+            both(&Clients::ExpectComplete, 0);
             Cards().ForgetAudio();
         }
     }

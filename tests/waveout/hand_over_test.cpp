@@ -219,6 +219,23 @@ TEST_F(HandOverTest, OnlyMisalignedBuffersAreCopied) {
     }
 }
 
+TEST_F(HandOverTest, AResetGivesTheMemoryOfConversionsBack) {
+    Open(TaggedFormat(WAVE_FORMAT_MULAW, 8000, 1, 8));
+    std::string usage;
+    for (const unsigned buffers : {1u, 20u}) {
+        for (unsigned i = 0; i < buffers; ++i) {
+            Write(80);
+        }
+        Cards().Advance(Second);
+        EXPECT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
+        if (usage.empty()) {
+            usage = test_system::Usage();
+        }
+        EXPECT_EQ(test_system::Usage(), usage) << buffers;
+    }
+    ExpectEachReturnedOnce();
+}
+
 // A shadow buffer that cannot be resized is replaced.
 TEST_F(HandOverTest, ABufferThatDoesNotGrowIsReplaced) {
     const WaveFormat format = TaggedFormat(WAVE_FORMAT_ALAW, 8000, 1, 8);

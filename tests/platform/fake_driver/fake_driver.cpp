@@ -4,12 +4,6 @@
 
 namespace {
 
-// Initialised data, so that the tests see that a first load brings the file's contents along.
-struct alignas(4096) SharedPage {
-    DWORD Word;
-};
-__attribute__((section("shared"))) SharedPage shared = {41};
-
 HINSTANCE givenHandle = nullptr;
 
 }  // namespace
@@ -23,10 +17,6 @@ BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID reserved) {
                  nullptr);
     DeregisterEventSource(source);
     return TRUE;
-}
-
-DWORD* WINAPI SharedWord() {
-    return &shared.Word;
 }
 
 HINSTANCE WINAPI GivenHandle() {

@@ -9,8 +9,7 @@ namespace fake_driver {
 inline constexpr WCHAR FileName[] = u"fake_driver.dll";
 inline constexpr WCHAR ModuleSource[] = u"DllMain";  // of the events
 
-// Exported by the module.
-using SharedWordRoutine = DWORD*(WINAPI*)();       // "SharedWord": a word of the shared section
-using ModuleHandleRoutine = HINSTANCE(WINAPI*)();  // "GivenHandle": what DllMain was called with
+// "GivenHandle", exported by the module: what DllMain was called with.
+using ModuleHandleRoutine = HINSTANCE(WINAPI*)();
 
 }  // namespace fake_driver
