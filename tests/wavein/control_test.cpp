@@ -72,6 +72,21 @@ TEST_F(InputControlTest, StopAndStartFromInsideTheCallback) {
     EXPECT_TRUE(std::equal(recorded.begin(), recorded.begin() + 800, expected.begin()));
 }
 
+TEST_F(InputControlTest, AResetEndsAlthoughTheClientAddsAgainInEveryCallback) {
+    Add(400, 9);
+    recorder_.OnDone([this](WAVEHDR& header) { recorder_.AddAgain(header); });
+    recorder_.Start();
+    Cards().Advance(Second / 10);
+    EXPECT_EQ(recorder_.Reset(), MMSYSERR_NOERROR);
+    Cards().Advance(Second / 10);
+    recorder_.OnDone(nullptr);
+    const unsigned done = recorder_.DoneCount();
+    EXPECT_EQ(recorder_.Reset(), MMSYSERR_NOERROR);
+    Cards().Advance(1000);
+    EXPECT_EQ(recorder_.DoneCount(), done + 9) << "the reset took nine, and nine were added";
+    EXPECT_EQ(recorder_.Close(), MMSYSERR_NOERROR);
+}
+
 // A header that comes back during the reset can be recorded into at once.
 TEST_F(InputControlTest, WhatIsAddedDuringAResetIsForTheNextStart) {
     Add(400, 5);
