@@ -58,6 +58,10 @@ public:
 
     static constexpr int64_t Gone = -1;
 
+    // Of a test's rounds, each with companions of its own, every how many is played: all where a process
+    // starts at once, fewer where that takes long.
+    static const unsigned RoundStep;
+
 private:
     struct Process;  // the other one, and the way to it
     friend struct StartedAnew;

@@ -19,6 +19,8 @@ void SharedMachine::Remove() const {
     platform::RemoveMachine(name_);
 }
 
+const unsigned Companion::RoundStep = 1;
+
 struct Companion::Process {
     int Connection;
     pid_t Id;  // 0 in the companion itself, and when it has been killed

@@ -62,6 +62,8 @@ HANDLE StartAnew(Companion::Script script, HANDLE hears, HANDLE tells) {
 // A machine goes with its last process.
 void SharedMachine::Remove() const {}
 
+const unsigned Companion::RoundStep = 3;
+
 struct Companion::Process {
     HANDLE Hears;
     HANDLE Tells;
@@ -80,9 +82,10 @@ Companion::Companion(Script script) {
 Companion::~Companion() {
     CloseHandle(process_->Tells);  // it hears nothing more, so it comes to its end
     if (process_->Handle != nullptr) {
-        WaitForSingleObject(process_->Handle, INFINITE);
         DWORD status = 0;
+        WaitForSingleObject(process_->Handle, LongestScript);
         GetExitCodeProcess(process_->Handle, &status);
+        TerminateProcess(process_->Handle, status);  // when it hangs at its end
         EXPECT_EQ(status, 0u) << "how the companion ended";
         CloseHandle(process_->Handle);
     }

@@ -171,7 +171,7 @@ TEST_F(KilledProgramsTest, TheOthersGoOn) {
     constexpr unsigned rounds = 12;
     std::mt19937 random(20);
     const auto pick = [&random](unsigned most) { return static_cast<unsigned>(random() % most) + 1; };
-    for (unsigned round = 0; round < rounds && !HasFailure(); ++round) {
+    for (unsigned round = 0; round < rounds && !HasFailure(); round += Companion::RoundStep) {
         SCOPED_TRACE(testing::Message() << "round " << round);
         machine_.Renew();
         Companion survivor(Survive);
@@ -250,7 +250,7 @@ TEST_F(KilledProgramsTest, NobodyWaitsForTheDead) {
 
 // A program dies while it closes: the port is not open any more, and nothing counts it.
 TEST_F(KilledProgramsTest, AtAnyRequestOfAClose) {
-    for (unsigned request = 1; request <= 14; ++request) {
+    for (unsigned request = 1; request <= 14; request += Companion::RoundStep) {
         SCOPED_TRACE(request);
         machine_.Renew();
         Companion victim([](Companion& test) {
@@ -290,7 +290,7 @@ TEST_F(KilledProgramsTest, AtAnyRequestOfAClose) {
 
 // A program dies in the middle of the discovery while another one waits for its end.
 TEST_F(KilledProgramsTest, InTheDiscovery) {
-    for (unsigned request = 1; request <= 160; request += 13) {
+    for (unsigned request = 1; request <= 160; request += 13 * Companion::RoundStep) {
         SCOPED_TRACE(request);
         machine_.Renew();
         Companion scene([](Companion& test) {

@@ -154,7 +154,7 @@ private:
 
     const UINT device_;
     const bool output_;
-    std::shared_mutex inUse_;  // a close alone, everything else together; callbacks come without it
+    UseLock inUse_;  // a close alone, everything else together; callbacks come without it
     std::atomic<void*> handle_ = nullptr;
     std::atomic<bool> closing_ = false;
     std::atomic<int> again_ = 0;  // how often a callback hands in again: a card that takes nothing must not
