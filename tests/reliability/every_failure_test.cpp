@@ -92,7 +92,7 @@ protected:
 // Where everything runs slower, one request in so many fails; which ones, the plain build covers.
 #if defined(__SANITIZE_THREAD__)
 constexpr unsigned Stride = 31;
-#elif defined(__SANITIZE_ADDRESS__)
+#elif defined(__SANITIZE_ADDRESS__) || defined(_WIN32)
 constexpr unsigned Stride = 13;
 #else
 constexpr unsigned Stride = 1;
