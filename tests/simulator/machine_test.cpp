@@ -1,7 +1,7 @@
 // A named machine, which other processes could use as well.
 #include <gtest/gtest.h>
 
-#include "tests/platform/services_process.h"
+#include "tests/processes/companion.h"
 #include "tests/simulator/card_file.h"
 
 namespace simulator_tests {
@@ -13,7 +13,7 @@ constexpr uint32_t AnalogOut = 2;
 
 // The thread that looks for other processes delivers completions, too: the mover waits all the same.
 TEST(SimulatorMachine, SteppedTimeIsExactForAProcessAloneOnANamedMachine) {
-    const services_test::NamedMachine machine;
+    const SharedMachine machine;
     Simulator sim({});
     Prepare(0);
     const CardFile file(0, AnalogOut);
