@@ -18,7 +18,11 @@ namespace {
 
 constexpr int64_t Millisecond = 1000;
 constexpr unsigned ClientThreads = 4;
+#ifdef _WIN32
+constexpr unsigned OperationsOfClient = 500;  // in Wine all of it runs slower
+#else
 constexpr unsigned OperationsOfClient = 1500;
+#endif
 constexpr unsigned OperationsBeside = 40;  // of the threads that open other ports, and that sleep and wake
 
 // A device that several threads use. A close is for one thread alone, as the system demands; from inside its
