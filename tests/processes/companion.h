@@ -4,12 +4,28 @@
 #include <windows.h>
 #include <mmsystem.h>
 
-#include <sys/types.h>
-
 #include <cstdint>
-#include <functional>
+#include <memory>
+#include <string>
 
 #include "simulator/simulator.h"
+
+// A fresh machine for several programs: the test is on it, and every companion made meanwhile.
+class SharedMachine {
+public:
+    SharedMachine();
+    ~SharedMachine();
+    SharedMachine(const SharedMachine&) = delete;
+    SharedMachine& operator=(const SharedMachine&) = delete;
+
+    // Another one in its place. The test has no program on it, and no companion is left.
+    void Renew();
+
+private:
+    void Remove() const;
+
+    const std::string name_;
+};
 
 // What a program of the machine has: its view of the cards, and the driver until it ends. Without a
 // number of cards it joins those that are there.
@@ -23,11 +39,14 @@ public:
     simulator::Simulator Cards;
 };
 
-// Runs `script` in a process of its own, from the constructor on. Both sides pass numbers: what one
-// tells, the other hears, in order. Make it before the process has a Program or any other thread.
+// Runs a script in a process of its own, from the constructor on. Both sides pass numbers: what one
+// tells, the other hears, in order. Make it before the test has a Program or any other thread.
 class Companion {
 public:
-    explicit Companion(const std::function<void(Companion& test)>& script);
+    // Sees nothing of the test but what it hears: on Windows the process is this program started anew.
+    using Script = void (*)(Companion& test);
+
+    explicit Companion(Script script);
     // The companion has come to the end of its script, or a failure is noted.
     ~Companion();
     Companion(const Companion&) = delete;
@@ -39,7 +58,14 @@ public:
 
     static constexpr int64_t Gone = -1;
 
+    // Of a test's rounds, each with companions of its own, every how many is played: all where a process
+    // starts at once, fewer where that takes long.
+    static const unsigned RoundStep;
+
 private:
-    int connection_ = -1;
-    pid_t process_ = 0;  // 0 in the companion itself, and when it has been killed
+    struct Process;  // the other one, and the way to it
+    friend struct StartedAnew;
+    explicit Companion(std::unique_ptr<Process> test);
+
+    std::unique_ptr<Process> process_;
 };

@@ -2,19 +2,15 @@
 // port free, every clock at rest and nobody to wait for.
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
-#include <csignal>
 #include <memory>
 #include <optional>
 #include <random>
-#include <string>
 
-#include "platform/machine.h"
+#include "simulator/host.h"
 #include "tests/processes/companion.h"
 #include "tests/reliability/tally.h"
 #include "tests/support/driver_test.h"
-#include "tests/support/system.h"
+#include "tests/support/text.h"
 #include "tests/support/wave_player.h"
 #include "tests/support/wave_recorder.h"
 #include "tests/support/wave_sound.h"
@@ -23,6 +19,7 @@ namespace {
 
 using simulator::Fault;
 using simulator::Port;
+using simulator::host::Die;
 
 constexpr int64_t Millisecond = 1000;
 constexpr int64_t NoError = MMSYSERR_NOERROR;
@@ -39,20 +36,7 @@ const WaveFormat Format48000 = PcmFormat(48000, 2, 16);
 
 class KilledProgramsTest : public testing::Test {
 protected:
-    KilledProgramsTest() : name_("killed-programs-" + std::to_string(getpid())) { Renew(); }
-    ~KilledProgramsTest() override {
-        test_system::FreshMachine();
-        platform::RemoveMachine(name_);
-    }
-    // A machine on which nothing has happened. The test itself has no program on it.
-    void Renew() {
-        test_system::FreshMachine();
-        platform::RemoveMachine(name_);
-        platform::UseMachine(name_);
-    }
-
-private:
-    std::string name_;
+    SharedMachine machine_;
 };
 
 // How a program comes to its end.
@@ -64,7 +48,7 @@ struct Death {
 
 void DieAt(unsigned callback, unsigned& callbacks) {
     if (++callbacks == callback) {
-        raise(SIGKILL);
+        Die();
     }
 }
 
@@ -110,16 +94,22 @@ void RecordToDeath(simulator::Simulator& cards, const Death& death) {
     }
 }
 
-auto Victim(const Death& death) {
-    return [death](Companion& test) {
-        test.Hear();
-        simulator::Simulator cards({.Cards = 0, .Time = simulator::TimeKind::Stepped});
-        if (death.Request != 0) {
-            cards.AddFault({.What = Fault::Kind::Die, .Code = Fault::AnyCode, .Nth = death.Request});
-        }
-        death.Device < PortsOfDirection ? PlayToDeath(cards, death) : RecordToDeath(cards, death);
-        raise(SIGKILL);
-    };
+// Hears how it is to die, which is also its word to begin.
+void Victim(Companion& test) {
+    const auto hear = [&test] { return static_cast<unsigned>(test.Hear()); };
+    const Death death = {.Device = hear(), .Request = hear(), .Callback = hear()};
+    simulator::Simulator cards({.Cards = 0, .Time = simulator::TimeKind::Stepped});
+    if (death.Request != 0) {
+        cards.AddFault({.What = Fault::Kind::Die, .Code = Fault::AnyCode, .Nth = death.Request});
+    }
+    death.Device < PortsOfDirection ? PlayToDeath(cards, death) : RecordToDeath(cards, death);
+    Die();
+}
+
+void Begin(Companion& victim, const Death& death) {
+    victim.Tell(death.Device);
+    victim.Tell(death.Request);
+    victim.Tell(death.Callback);
 }
 
 // Plays while the others die: every buffer is heard, whole and in order, and comes back once.
@@ -181,16 +171,14 @@ TEST_F(KilledProgramsTest, TheOthersGoOn) {
     constexpr unsigned rounds = 12;
     std::mt19937 random(20);
     const auto pick = [&random](unsigned most) { return static_cast<unsigned>(random() % most) + 1; };
-    for (unsigned round = 0; round < rounds && !HasFailure(); ++round) {
+    for (unsigned round = 0; round < rounds && !HasFailure(); round += Companion::RoundStep) {
         SCOPED_TRACE(testing::Message() << "round " << round);
-        Renew();
+        machine_.Renew();
         Companion survivor(Survive);
         Companion auditor(Audit);
         std::vector<std::unique_ptr<Companion>> victims;
         for (UINT device = 1; device < 7; ++device) {
-            const bool inCallback = pick(3) == 1;
-            victims.push_back(std::make_unique<Companion>(
-                Victim({device, inCallback ? 0 : pick(400), inCallback ? pick(30) : 0})));
+            victims.push_back(std::make_unique<Companion>(Victim));
         }
         if (round % 2 != 0) {
             Stored::Follow(1, 0);
@@ -203,8 +191,9 @@ TEST_F(KilledProgramsTest, TheOthersGoOn) {
         ASSERT_EQ(survivor.Hear(), 0);
         auditor.Tell(1);
         ASSERT_EQ(auditor.Hear(), 0);
-        for (auto& victim : victims) {
-            victim->Tell(1);
+        for (UINT device = 1; device < 7; ++device) {
+            const bool inCallback = pick(3) == 1;
+            Begin(*victims[device - 1], {device, inCallback ? 0 : pick(400), inCallback ? pick(30) : 0});
         }
         for (auto& victim : victims) {
             EXPECT_EQ(victim->Hear(), Companion::Gone);
@@ -261,19 +250,19 @@ TEST_F(KilledProgramsTest, NobodyWaitsForTheDead) {
 
 // A program dies while it closes: the port is not open any more, and nothing counts it.
 TEST_F(KilledProgramsTest, AtAnyRequestOfAClose) {
-    for (unsigned request = 1; request <= 14; ++request) {
+    for (unsigned request = 1; request <= 14; request += Companion::RoundStep) {
         SCOPED_TRACE(request);
-        Renew();
-        Companion victim([request](Companion& test) {
-            test.Hear();
+        machine_.Renew();
+        Companion victim([](Companion& test) {
+            const auto dyingRequest = static_cast<unsigned>(test.Hear());
             Program program;
             WavePlayer player;
             test.Tell(player.Open(0, Format44100));
             test.Tell(player.Write(Pattern(4000)));
             program.Cards.Advance(100 * Millisecond);
-            program.Cards.AddFault({.What = Fault::Kind::Die, .Code = Fault::AnyCode, .Nth = request});
+            program.Cards.AddFault({.What = Fault::Kind::Die, .Code = Fault::AnyCode, .Nth = dyingRequest});
             player.Close();
-            raise(SIGKILL);
+            Die();
         });
         Companion auditor(Audit);
         Companion first([](Companion& test) {
@@ -287,7 +276,7 @@ TEST_F(KilledProgramsTest, AtAnyRequestOfAClose) {
         EXPECT_EQ(first.Hear(), 0);
         auditor.Tell(1);
         EXPECT_EQ(auditor.Hear(), 0);
-        victim.Tell(1);
+        victim.Tell(request);
         EXPECT_EQ(victim.Hear(), NoError);
         EXPECT_EQ(victim.Hear(), NoError);
         EXPECT_EQ(victim.Hear(), Companion::Gone);
@@ -301,16 +290,16 @@ TEST_F(KilledProgramsTest, AtAnyRequestOfAClose) {
 
 // A program dies in the middle of the discovery while another one waits for its end.
 TEST_F(KilledProgramsTest, InTheDiscovery) {
-    for (unsigned request = 1; request <= 160; request += 13) {
+    for (unsigned request = 1; request <= 160; request += 13 * Companion::RoundStep) {
         SCOPED_TRACE(request);
-        Renew();
+        machine_.Renew();
         Companion scene([](Companion& test) {
             test.Hear();
             const simulator::Simulator cards({.Cards = 2, .Time = simulator::TimeKind::Stepped});
             test.Tell(0);
             test.Hear();
         });
-        Companion victim(Victim({0, request, 0}));
+        Companion victim(Victim);
         Companion next([](Companion& test) {
             test.Hear();
             Program program;
@@ -318,7 +307,7 @@ TEST_F(KilledProgramsTest, InTheDiscovery) {
             for (UINT device = 0; device < 4; device += 2) {
                 WAVEOUTCAPSW caps = {};
                 EXPECT_EQ(waveOutGetDevCapsW(device, &caps, sizeof caps), MMSYSERR_NOERROR);
-                EXPECT_EQ(std::u16string(caps.szPname), device == 0 ? u"First Analog" : u"Second Analog");
+                EXPECT_EQ(Utf16(caps.szPname), device == 0 ? u"First Analog" : u"Second Analog");
             }
             test.Tell(0);
         });
@@ -326,7 +315,7 @@ TEST_F(KilledProgramsTest, InTheDiscovery) {
         Stored::StoreText(1, TEXT("Name"), u"Second");
         scene.Tell(1);
         EXPECT_EQ(scene.Hear(), 0);
-        victim.Tell(1);
+        Begin(victim, {0, request, 0});
         next.Tell(1);
         EXPECT_EQ(next.Hear(), 0);
         EXPECT_EQ(victim.Hear(), Companion::Gone);

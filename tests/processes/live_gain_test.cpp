@@ -1,13 +1,9 @@
 // A gain is moved on the Monitor page of one program while another one plays on that card.
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
-#include "platform/machine.h"
 #include "tests/processes/companion.h"
 #include "tests/support/driver_test.h"
 #include "tests/support/sheet.h"
-#include "tests/support/system.h"
 #include "tests/support/wave_player.h"
 #include "tests/support/wave_sound.h"
 
@@ -52,27 +48,21 @@ void PlayAndListen(Companion& test) {
 }
 
 TEST(LiveGain, IsHeardInWhatAnotherProgramPlays) {
-    const std::string machine = "live-gain-" + std::to_string(getpid());
-    platform::RemoveMachine(machine);
-    platform::UseMachine(machine);
-    {
-        Companion other(PlayAndListen);
-        Program program(1);
-        Stored::StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
-        DriverLibrary library;
-        const Sheet sheet(library);
-        const SheetPage page = sheet.Show(u"Monitor: 'Kestrelvox'");
-        other.Tell(1);
-        ASSERT_GT(other.Hear(), 1000);
-        page.Slide(AnalogPlaybackSlider, 64);
-        // A handle of its own for this one move.
-        EXPECT_EQ(program.Cards.MixerGain(0, 2), 50u);
-        EXPECT_EQ(program.Cards.OpenFiles(), 0u);
-        other.Tell(1);
-        EXPECT_EQ(other.Hear(), 1);
-    }
-    test_system::FreshMachine();
-    platform::RemoveMachine(machine);
+    const SharedMachine machine;
+    Companion other(PlayAndListen);
+    Program program(1);
+    Stored::StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
+    DriverLibrary library;
+    const Sheet sheet(library);
+    const SheetPage page = sheet.Show(u"Monitor: 'Kestrelvox'");
+    other.Tell(1);
+    ASSERT_GT(other.Hear(), 1000);
+    page.Slide(AnalogPlaybackSlider, 64);
+    // A handle of its own for this one move.
+    EXPECT_EQ(program.Cards.MixerGain(0, 2), 50u);
+    EXPECT_EQ(program.Cards.OpenFiles(), 0u);
+    other.Tell(1);
+    EXPECT_EQ(other.Hear(), 1);
 }
 
 }  // namespace

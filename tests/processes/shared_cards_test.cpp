@@ -1,17 +1,14 @@
 // Two programs on one machine: they share the cards, what the driver knows of them, and their clocks.
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <optional>
-#include <string>
 
-#include "platform/machine.h"
 #include "tests/processes/companion.h"
 #include "tests/support/driver_test.h"
 #include "tests/support/system.h"
+#include "tests/support/text.h"
 #include "tests/support/wave_player.h"
 
 namespace {
@@ -27,15 +24,6 @@ struct Stored : DriverTest {
 
 class SharedCardsTest : public testing::Test {
 protected:
-    SharedCardsTest() : name_("shared-cards-" + std::to_string(getpid())) {
-        platform::RemoveMachine(name_);
-        platform::UseMachine(name_);
-    }
-    ~SharedCardsTest() override {
-        test_system::FreshMachine();
-        platform::RemoveMachine(name_);
-    }
-
     // Card 1 follows card 0.
     static void LinkCards() {
         Stored::Follow(1, 0);
@@ -43,7 +31,7 @@ protected:
     }
 
 private:
-    std::string name_;
+    const SharedMachine machine_;
 };
 
 const WaveFormat Format44100 = PcmFormat(44100, 2, 16);
@@ -57,7 +45,7 @@ std::vector<BYTE> Sound() {
 std::u16string NameOf(UINT device) {
     WAVEOUTCAPSW caps = {};
     waveOutGetDevCapsW(device, &caps, sizeof caps);
-    return caps.szPname;
+    return Utf16(caps.szPname);
 }
 
 TEST_F(SharedCardsTest, APortHasOneOwnerAndAClockOneRate) {
@@ -125,7 +113,7 @@ TEST_F(SharedCardsTest, ALaterProgramTakesTheTableAsItIs) {
 }
 
 TEST_F(SharedCardsTest, ProgramsThatStartAtOnceDiscoverOnce) {
-    const auto start = [](Companion& test) {
+    constexpr Companion::Script start = [](Companion& test) {
         test.Hear();
         Program program;
         test.Tell(0);

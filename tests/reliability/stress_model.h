@@ -1,5 +1,4 @@
-// Headers that any thread may hand in and the driver's thread brings back: the model counts both, and tells
-// of a header that comes back without having been handed in.
+// What the threads of the stress run share.
 #pragma once
 
 #include <windows.h>
@@ -7,8 +6,38 @@
 
 #include <array>
 #include <atomic>
-#include <vector>
+#include <climits>
+#include <condition_variable>
+#include <mutex>
 
+// Held by several together or by one alone: a SharedLockable. std::shared_mutex, as the compiler for Windows
+// has it, lets in one alone while others are there.
+class UseLock {
+public:
+    void lock() { Enter(0, -1); }
+    void unlock() { Leave(1); }
+    void lock_shared() { Enter(INT_MAX, 1); }
+    void unlock_shared() { Leave(-1); }
+
+private:
+    void Enter(int most, int change) {
+        std::unique_lock hold(lock_);
+        changed_.wait(hold, [&] { return users_ >= 0 && users_ <= most; });
+        users_ += change;
+    }
+    void Leave(int change) {
+        const std::lock_guard hold(lock_);
+        users_ += change;
+        changed_.notify_all();
+    }
+
+    std::mutex lock_;
+    std::condition_variable changed_;
+    int users_ = 0;  // -1: one alone
+};
+
+// Headers that any thread may hand in and the driver's thread brings back: the model counts both, and tells
+// of a header that comes back without having been handed in.
 class HeaderPool {
 public:
     static constexpr unsigned Count = 12;

@@ -1,0 +1,70 @@
+#include <gtest/gtest.h>
+
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "platform/machine.h"
+#include "tests/processes/companion.h"
+
+namespace {
+
+constexpr unsigned LongestScript = 60;  // seconds; one that hangs must not hang the test with it
+
+}  // namespace
+
+void SharedMachine::Remove() const {
+    platform::RemoveMachine(name_);
+}
+
+const unsigned Companion::RoundStep = 1;
+
+struct Companion::Process {
+    int Connection;
+    pid_t Id;  // 0 in the companion itself, and when it has been killed
+};
+
+Companion::Companion(Script script) {
+    int ends[2] = {-1, -1};
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
+        ADD_FAILURE() << "no connection";
+    }
+    const pid_t id = fork();
+    const bool isCompanion = id == 0;
+    process_ = std::make_unique<Process>(Process{ends[isCompanion ? 1 : 0], id});
+    close(ends[isCompanion ? 0 : 1]);
+    if (isCompanion) {
+        alarm(LongestScript);
+        script(*this);
+        _exit(testing::Test::HasFailure() ? 1 : 0);
+    }
+}
+
+Companion::~Companion() {
+    if (process_->Id > 0) {
+        shutdown(process_->Connection, SHUT_WR);  // it hears nothing more, so it comes to its end
+        int status = 0;
+        waitpid(process_->Id, &status, 0);
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the companion ended with " << status;
+    }
+    close(process_->Connection);
+}
+
+void Companion::Tell(int64_t number) {
+    EXPECT_EQ(send(process_->Connection, &number, sizeof number, MSG_NOSIGNAL),
+              static_cast<ssize_t>(sizeof number));
+}
+
+int64_t Companion::Hear() {
+    int64_t number = 0;
+    const ssize_t length = recv(process_->Connection, &number, sizeof number, MSG_WAITALL);
+    return length == static_cast<ssize_t>(sizeof number) ? number : Gone;
+}
+
+void Companion::Kill() {
+    kill(process_->Id, SIGKILL);
+    waitpid(process_->Id, nullptr, 0);
+    process_->Id = 0;
+}

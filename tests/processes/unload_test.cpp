@@ -1,0 +1,125 @@
+// Programs that let the driver go, or end, in the middle of playing.
+#include <mmddk.h>
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/processes/companion.h"
+#include "tests/support/driver_library.h"
+#include "tests/support/system.h"
+#include "tests/support/wave_player.h"
+#include "tests/support/wave_recorder.h"
+
+namespace {
+
+constexpr int64_t Millisecond = 1000;
+constexpr unsigned Generations = 5;
+constexpr UINT Outputs = 4;  // of two cards; of each generation one program plays on each
+constexpr unsigned Unloads = 4;
+
+const WaveFormat Format44100 = PcmFormat(44100, 2, 16);
+
+// Plays as the multimedia system has the driver do it. What the driver is let go with does not come back, so
+// the headers stay the program's for good.
+class Playing {
+public:
+    Playing(const DriverLibrary& driver, UINT device) {
+        WAVEOPENDESC description = {};
+        description.lpFormat = reinterpret_cast<LPWAVEFORMAT>(const_cast<WAVEFORMATEX*>(Format44100.Get()));
+        DWORD_PTR stream = 0;
+        EXPECT_EQ(driver.WaveOut(device, WODM_OPEN, reinterpret_cast<DWORD_PTR>(&stream),
+                                 reinterpret_cast<DWORD_PTR>(&description), CALLBACK_NULL),
+                  MMSYSERR_NOERROR);
+        for (WAVEHDR& header : headers_) {
+            header.lpData = data_.data();
+            header.dwBufferLength = &header == headers_.data() ? 4000 : static_cast<DWORD>(data_.size());
+            header.dwFlags = WHDR_PREPARED;
+            EXPECT_EQ(driver.WaveOut(device, WODM_WRITE, stream, reinterpret_cast<DWORD_PTR>(&header),
+                                     sizeof header),
+                      MMSYSERR_NOERROR);
+        }
+    }
+
+private:
+    std::array<WAVEHDR, 6> headers_ = {};
+    std::vector<char> data_ = std::vector<char>(4 * 44100);
+};
+
+// Handles and memory are back with the unloading. A thread that has left the driver ends a moment later.
+void AwaitUsage(const std::string& usage) {
+    while (test_system::Usage() != usage) {
+        std::this_thread::yield();
+    }
+}
+
+void UnloadAndEndInTheMiddle(Companion& test) {
+    const auto device = static_cast<UINT>(test.Hear());
+    Program program;
+    for (unsigned round = 0;; ++round) {
+        const std::string usage = test_system::Usage();
+        auto driver = std::make_unique<DriverLibrary>();
+        ASSERT_TRUE(driver->IsLoaded());
+        const Playing playing(*driver, device);
+        program.Cards.Advance(30 * Millisecond);
+        if (round == Unloads) {
+            test.Tell(0);
+            test.Hear();
+            std::exit(testing::Test::HasFailure() ? 1 : 0);
+        }
+        driver.reset();
+        EXPECT_EQ(program.Cards.OpenFiles(), 0u);
+        AwaitUsage(usage);
+    }
+}
+
+unsigned ClaimedOutputs(const simulator::Simulator& cards) {
+    constexpr unsigned firstOutput = 2;
+    unsigned claimed = 0;
+    for (UINT device = 0; device < Outputs; ++device) {
+        claimed += cards.ChannelClaimed(device / 2, firstOutput + device % 2) ? 1 : 0;
+    }
+    return claimed;
+}
+
+// Twenty programs let the driver go four times each, and then end.
+TEST(Unload, InTheMiddleOfEverything) {
+    SharedMachine machine;
+    for (unsigned generation = 0; generation < Generations && !testing::Test::HasFailure(); ++generation) {
+        SCOPED_TRACE(testing::Message() << "generation " << generation);
+        machine.Renew();
+        std::vector<std::unique_ptr<Companion>> programs;
+        for (UINT device = 0; device < Outputs; ++device) {
+            programs.push_back(std::make_unique<Companion>(UnloadAndEndInTheMiddle));
+        }
+        Program program(2);
+        // The clocks run all the time: an open has less to do.
+        std::array<WaveRecorder, 2> recorders;
+        for (unsigned card = 0; card < 2; ++card) {
+            ASSERT_EQ(recorders[card].Open(card * 2, Format44100), MMSYSERR_NOERROR);
+        }
+        for (UINT device = 0; device < Outputs; ++device) {
+            programs[device]->Tell(device);
+        }
+        for (auto& other : programs) {
+            EXPECT_EQ(other->Hear(), 0);
+        }
+        EXPECT_EQ(ClaimedOutputs(program.Cards), Outputs);
+        programs.clear();
+        EXPECT_EQ(ClaimedOutputs(program.Cards), 0u);
+        for (unsigned card = 0; card < 2; ++card) {
+            EXPECT_EQ(recorders[card].Close(), MMSYSERR_NOERROR);
+        }
+        for (UINT device = 0; device < Outputs; ++device) {
+            WavePlayer player;
+            EXPECT_EQ(player.Open(device, PcmFormat(48000, 2, 16)), MMSYSERR_NOERROR) << device;
+        }
+    }
+}
+
+}  // namespace
