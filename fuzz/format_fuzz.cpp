@@ -4,7 +4,6 @@
 #include <mmsystem.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <vector>
 
@@ -33,7 +32,6 @@ void TryOutput(UINT device, const WAVEFORMATEX* format) {
     const MMRESULT query = waveOutOpen(nullptr, device, format, 0, 0, WAVE_FORMAT_QUERY);
     HWAVEOUT wave = nullptr;
     const MMRESULT open = waveOutOpen(&wave, device, format, 0, 0, CALLBACK_NULL);
-    if(query!=open) std::fprintf(stderr,"output %u query %u open %u\n",device,query,open);
     Require(query == open, "an output answers query and open differently");
     if (open == MMSYSERR_NOERROR) {
         Require(waveOutClose(wave) == MMSYSERR_NOERROR, "an output does not close");
@@ -44,7 +42,6 @@ void TryInput(UINT device, const WAVEFORMATEX* format) {
     const MMRESULT query = waveInOpen(nullptr, device, format, 0, 0, WAVE_FORMAT_QUERY);
     HWAVEIN wave = nullptr;
     const MMRESULT open = waveInOpen(&wave, device, format, 0, 0, CALLBACK_NULL);
-    if(query!=open) std::fprintf(stderr,"input %u query %u open %u\n",device,query,open);
     Require(query == open, "an input answers query and open differently");
     if (open == MMSYSERR_NOERROR) {
         Require(waveInClose(wave) == MMSYSERR_NOERROR, "an input does not close");
