@@ -41,6 +41,11 @@ const std::string& MachineName();
 // function fails: one that driver code calls and that can (windows/redirected_calls.cpp lists them). False
 // when there is none of that name.
 bool FailCall(const char* function, unsigned nth);
+bool CallFailuresAreWaiting();  // for a call that has not come yet
 void ClearCallFailures();
+
+// Modules attached from now on call `replacement` for that function of the system, which must have its
+// signature: to see what they ask of the user or of the event log. A failure from FailCall goes before it.
+void RedirectCall(const char* function, void* replacement);
 
 }  // namespace simulator

@@ -156,6 +156,13 @@ Process CurrentProcess() {
     return self;
 }
 
+void Die() {
+    TerminateProcess(GetCurrentProcess(), 3);
+    for (;;) {
+        Sleep(INFINITE);
+    }
+}
+
 bool IsAlive(const Process& process) {
     if (process == CurrentProcess()) {
         return true;

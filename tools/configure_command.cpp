@@ -31,10 +31,7 @@ public:
     DriverSheet(const DriverSheet&) = delete;
     DriverSheet& operator=(const DriverSheet&) = delete;
 
-    LONG Show() const {
-        InitCommonControls();
-        return static_cast<LONG>(configure_());
-    }
+    LONG Show() const { return static_cast<LONG>(configure_()); }
 
 private:
     using ConfigureEntry = DWORD(WINAPI*)();

@@ -37,6 +37,10 @@ void UnloadWaveDriver() {
     }
 }
 
+bool HostShowsWindows() {
+    return true;
+}
+
 bool StandardErrorIsTerminal() {
     DWORD mode = 0;
     return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != FALSE;

@@ -3,6 +3,7 @@
 #include <windows.h>
 #include <commctrl.h>
 
+#include "card/card_table.h"
 #include "config_ui/mixer_gain.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
@@ -214,13 +215,14 @@ void OnClick(HWND page, CardRecord& card, int control) {
 
 INT_PTR OnInitDialog(HWND page) {
     UseSingleTabRow(page);
-    const CardRecord* card = KeepPageCard(page);
     FillDitherList(GetDlgItem(page, IDC_DITHER));
-    if (card != nullptr) {
+    if (const CardRecord* card = FindCard(PendingPageCard)) {
         ShowCard(page, *card);
     } else {
         ShowNoCard(page);
     }
+    // Only now: what was filled in above is no change to report.
+    KeepPageCard(page);
     return TRUE;
 }
 

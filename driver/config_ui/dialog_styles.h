@@ -38,5 +38,4 @@
     CONTROL "Slider1", id, "msctls_trackbar32", TBS_TOP | WS_TABSTOP, x, y, width, height
 #define SLIDER_VALUE(id, x, y, width, height) \
     CONTROL "", id, "Edit", ES_READONLY | WS_BORDER, x, y, width, height
-#define FIELD(id, x, y, width, height) \
-    CONTROL "", id, "Edit", ES_READONLY | WS_TABSTOP, x, y, width, height
+#define FIELD(id, x, y, width, height) CONTROL "", id, "Edit", ES_READONLY | WS_TABSTOP, x, y, width, height

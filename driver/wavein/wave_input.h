@@ -11,7 +11,6 @@
 
 namespace kestvox {
 
-
 // MMSYSERR_INVALPARAM: no header, another size than WAVEHDR's, no data, or a packed 24-bit buffer that
 // does not hold whole samples. WAVERR_UNPREPARED. MMSYSERR_NOMEM: marked but not queued.
 // MMSYSERR_INVALHANDLE: from inside a callback of the stream's close.

@@ -12,7 +12,6 @@
 
 namespace kestvox {
 
-
 // MMSYSERR_INVALPARAM: no header, another size than WAVEHDR's, no data, or packed 24-bit data that is
 // not whole samples. WAVERR_UNPREPARED. MMSYSERR_NOMEM: the header is marked but not queued.
 // MMSYSERR_INVALHANDLE: from inside a callback of the stream's close.

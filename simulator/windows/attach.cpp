@@ -54,8 +54,16 @@ bool FailCall(const char* function, unsigned nth) {
     return nth != 0 && windows::ArmFailure(function, nth);
 }
 
+bool CallFailuresAreWaiting() {
+    return windows::AnyFailureIsArmed();
+}
+
 void ClearCallFailures() {
     windows::DisarmFailures();
+}
+
+void RedirectCall(const char* function, void* replacement) {
+    windows::AddRedirection({function, replacement});
 }
 
 }  // namespace simulator

@@ -48,6 +48,7 @@ public:
         left_.push_back(nth);
         armed_ = true;
     }
+    bool IsArmed() const { return armed_; }
     void Clear() {
         const std::lock_guard guard(lock_);
         left_.clear();
@@ -82,6 +83,7 @@ struct Failable {
 struct FailableCall {
     windows::Redirection To;
     Countdown* Failures;
+    void (*Lead)(void* real);
 };
 
 // A failing call of `name` answers `failure` and sets `lastError`, if there is one; any other goes to `real`.
@@ -92,7 +94,9 @@ FailableCall MakeFailable(const char* name, Result(WINAPI* real)(Arguments...),
     Function::real = real;
     Function::failure = failure;
     Function::lastError = lastError;
-    return {{name, reinterpret_cast<void*>(Function::Call)}, &Function::countdown};
+    return {{name, reinterpret_cast<void*>(Function::Call)}, &Function::countdown, [](void* other) {
+                Function::real = reinterpret_cast<Result(WINAPI*)(Arguments...)>(other);
+            }};
 }
 
 // What each answers when the system runs out of what it needs, or forbids it.
@@ -148,9 +152,23 @@ DWORD TimerMilliseconds() {
 
 namespace windows {
 
-std::span<const Redirection> RedirectedCalls() {
-    static const std::vector<Redirection> all = AllRedirections();
+std::vector<Redirection>& Redirections() {
+    static std::vector<Redirection> all = AllRedirections();
     return all;
+}
+
+std::span<const Redirection> RedirectedCalls() {
+    return Redirections();
+}
+
+void AddRedirection(const Redirection& redirection) {
+    for (const FailableCall& call : FailableCalls()) {
+        if (std::string_view(call.To.Function) == redirection.Function) {
+            call.Lead(redirection.Replacement);
+            return;
+        }
+    }
+    Redirections().push_back(redirection);
 }
 
 bool ArmFailure(const std::string& function, unsigned nth) {
@@ -161,6 +179,11 @@ bool ArmFailure(const std::string& function, unsigned nth) {
         }
     }
     return false;
+}
+
+bool AnyFailureIsArmed() {
+    return std::any_of(FailableCalls().begin(), FailableCalls().end(),
+                       [](const FailableCall& call) { return call.Failures->IsArmed(); });
 }
 
 void DisarmFailures() {

@@ -19,9 +19,10 @@ namespace {
 
 using Controls = std::vector<int>;
 
+// In an order in which a consumer's card can have each clicked.
 constexpr int Buttons[] = {IDC_ADVANCED_MONITORING, IDC_LEFT,        IDC_RIGHT,
                            IDC_PROFESSIONAL,        IDC_CONSUMER,    IDC_COPY_PROTECT,
-                           IDC_NON_AUDIO,           IDC_PREEMPHASIS, IDC_PUNCH_IN,
+                           IDC_PREEMPHASIS,         IDC_NON_AUDIO,   IDC_PUNCH_IN,
                            IDC_LOCK_TO_PLAYBACK,    IDC_CHECK_CLOCKS};
 
 constexpr const WCHAR* Numbers[] = {TEXT("Left24"),      TEXT("AdvancedMonitoring"), TEXT("Punchin"),

@@ -50,6 +50,7 @@ TEST_F(SeveralCards, EachPageShowsItsOwnCard) {
     EXPECT_EQ(sheet.Show(0).Text(IDC_NAME), u"A");
     EXPECT_EQ(sheet.Show(5).Text(IDC_SERIAL_NUMBER), u"01-20-12346");
     EXPECT_EQ(sheet.Show(2).Text(IDC_SERIAL_NUMBER), u"01-20-12345");
+    EXPECT_FALSE(sheet.CanApply()) << "looking changes nothing";
 }
 
 TEST_F(FrameTest, CardOfUnknownIdentityHasNoVersionPage) {

@@ -110,10 +110,10 @@ public:
     void PlugIn(unsigned seed) { cards_.PlugIn(card_, Port::Analog, InputSignal::Run(Signal(seed))); }
 
     uint64_t FramesPlayed() { return cards_.Played(card_, Port::Analog).size(); }
-    uint64_t BytesRecorded() { return recorder_.Recorded().size(); }
+    size_t BytesRecorded() { return recorder_.Recorded().size(); }
 
     // Everything was played, and recorded from two signals, the second one beginning at `second` bytes.
-    void ExpectComplete(uint64_t second) {
+    void ExpectComplete(size_t second) {
         EXPECT_TRUE(cards_.Played(card_, Port::Analog) == Sound(playFormat_, played_));
         ExpectOnce(player_.HeaderCount(), [this](size_t i) { return player_.DoneCount(i); });
         ExpectOnce(recorder_.HeaderCount(), [this](size_t i) { return recorder_.DoneCount(i); });
@@ -179,7 +179,7 @@ TEST_F(SuspendTest, EveryStateOutlastsTheSleep) {
 
             Sleep();
             uint64_t played[2];
-            uint64_t recorded[2];
+            size_t recorded[2];
             for (unsigned card = 0; card < 2; ++card) {
                 played[card] = clients[card].FramesPlayed();
                 recorded[card] = clients[card].BytesRecorded();

@@ -219,15 +219,19 @@ TEST_F(KilledProgramsTest, TheOthersGoOn) {
     }
 }
 
+// A program that has the device open until it is killed.
+template <UINT Device>
+void OpenAndWait(Companion& test) {
+    test.Hear();
+    Program program;
+    WavePlayer player;
+    test.Tell(player.Open(Device, Format44100));
+    test.Hear();
+}
+
 // The only program on a clock dies: the clock is free for any rate at once, also through another port.
 TEST_F(KilledProgramsTest, TheClockIsFree) {
-    Companion victim([](Companion& test) {
-        test.Hear();
-        Program program;
-        WavePlayer player;
-        test.Tell(player.Open(0, Format44100));
-        test.Hear();
-    });
+    Companion victim(OpenAndWait<0>);
     Program program(1);
     ASSERT_EQ(waveOutGetNumDevs(), 2u);
     victim.Tell(1);
@@ -241,13 +245,7 @@ TEST_F(KilledProgramsTest, TheClockIsFree) {
 
 // A program dies that others would have waited for, to start on one frame with it.
 TEST_F(KilledProgramsTest, NobodyWaitsForTheDead) {
-    Companion victim([](Companion& test) {
-        test.Hear();
-        Program program;
-        WavePlayer player;
-        test.Tell(player.Open(1, Format44100));
-        test.Hear();
-    });
+    Companion victim(OpenAndWait<1>);
     Program program(1);
     ASSERT_EQ(waveOutGetNumDevs(), 2u);
     victim.Tell(1);

@@ -91,9 +91,9 @@ protected:
 
 // Where everything runs slower, one request in so many fails; which ones, the plain build covers.
 #if defined(__SANITIZE_THREAD__)
-constexpr unsigned Stride = 7;
+constexpr unsigned Stride = 31;
 #elif defined(__SANITIZE_ADDRESS__)
-constexpr unsigned Stride = 3;
+constexpr unsigned Stride = 13;
 #else
 constexpr unsigned Stride = 1;
 #endif

@@ -104,7 +104,7 @@ TEST_F(LoadSettingsTest, AStoredWordIsTakenOnlyAsFourBytesOrFewer) {
             EXPECT_EQ(Load(), form.Taken ? setting.Taken : Defaults)
                 << form.Size << " bytes of type " << form.Type;
         }
-        const DWORD standard = setting.Name == Utf16(TEXT("ClockSource")) ? 97 : setting.Value ^ 1;
+        const DWORD standard = Utf16(setting.Name) == u"ClockSource" ? 97 : setting.Value ^ 1;
         StoreSetting(0, setting.Name, standard);
         EXPECT_EQ(Load(), Defaults) << "stored as it is anyway";
     }

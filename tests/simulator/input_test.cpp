@@ -58,13 +58,13 @@ TEST(SimulatorInput, ACableCarriesWhatTheOutputHearsAtThatFrame) {
         output.File.Start();
         sim.Advance(15000);
         card0.SetGain(2, 64);
-        const uint64_t halved = sim.Output(0, Port::Analog).FramesPlayed;
+        const auto halved = static_cast<size_t>(sim.Output(0, Port::Analog).FramesPlayed);
         sim.Advance(100000);
 
         // A follower that was not resynchronised counts late; frames are compared on one scale.
         const uint64_t lag = sim.ClockFrame(0) - sim.ClockFrame(receiver);
-        const uint64_t apart =
-            sim.Output(0, Port::Analog).StartFrame - sim.Input(receiver, Port::Analog).StartFrame;
+        const auto apart = static_cast<size_t>(sim.Output(0, Port::Analog).StartFrame -
+                                               sim.Input(receiver, Port::Analog).StartFrame);
         EXPECT_EQ(lag != 0, receiver == 1);
         EXPECT_EQ(Slice(input.Samples, 0, apart), std::vector<Frame>(apart));
         EXPECT_EQ(Slice(input.Samples, apart, 2000), sim.Heard(0, Port::Analog));
@@ -91,7 +91,7 @@ TEST(SimulatorInput, ACableBetweenClocksGoesByTime) {
         const double ratio = rates[from] / rates[to];
         const uint64_t count = sim.Input(1, Port::Analog).FramesRecorded - 8;  // memory is behind
         ASSERT_GT(count, 1000u);
-        for (uint64_t i = 20; i < count; ++i) {
+        for (size_t i = 20; i < count; ++i) {
             ASSERT_NEAR(input.Samples[i].Left / 256, static_cast<double>(i) * ratio, 2 * ratio + 2) << i;
         }
     }

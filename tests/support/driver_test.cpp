@@ -15,8 +15,8 @@ std::u16string ConfigKey(unsigned card) {
 
 DriverTest::DriverTest(unsigned cards, simulator::TimeKind time) {
     test_system::FreshMachine();
-    usage_ = test_system::Usage();
     simulator_ = std::make_unique<simulator::Simulator>(simulator::Simulator::Options{cards, time});
+    usage_ = test_system::Usage();
 }
 
 DriverTest::~DriverTest() = default;
@@ -25,8 +25,8 @@ void DriverTest::TearDown() {
     test_system::ClearCallFailures();
     UnloadDriver();
     EXPECT_EQ(simulator_->OpenFiles(), 0u) << "device handles left open";
-    simulator_.reset();
     EXPECT_EQ(test_system::Usage(), usage_);
+    simulator_.reset();
 }
 
 void DriverTest::UnloadDriver() {

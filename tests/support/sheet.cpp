@@ -5,39 +5,24 @@
 #include <prsht.h>
 
 #include <algorithm>
-#include <thread>
 
 #include "tests/support/system.h"
 #include "tests/support/text.h"
 
 namespace {
 
-constexpr const char16_t* Caption = u"Kestrelvox(TM) Configuration";
+constexpr const WCHAR* Caption = TEXT("Kestrelvox(TM) Configuration");
 constexpr int ApplyButton = 0x3021;  // of every sheet
 constexpr int LongestText = 256;
 
-std::u16string TextOf(HWND window) {
-    WCHAR text[LongestText] = {};
-    GetWindowTextW(window, text, LongestText);
-    return Utf16(text);
-}
-
-bool IsSheet(HWND window) {
-    WCHAR name[LongestText] = {};
-    GetClassNameW(window, name, LongestText);
-    return Utf16(name) == u"#32770" && TextOf(window) == Caption;
-}
-
-BOOL CALLBACK FindSheet(HWND window, LPARAM found) {
-    if (!IsSheet(window)) {
-        return TRUE;
+LONG Ask(const DriverLibrary& driver, Sheet::Entry entry) {
+    driver.DriverProc(DRV_OPEN);
+    if (entry == Sheet::Entry::Configure) {
+        using ConfigureEntry = DWORD(WINAPI*)();
+        return static_cast<LONG>(test_system::DriverEntry<ConfigureEntry>(driver.Module(), "Configure")());
     }
-    *reinterpret_cast<HWND*>(found) = window;
-    return FALSE;
-}
-
-HWND CurrentPage(HWND sheet) {
-    return reinterpret_cast<HWND>(SendMessageW(sheet, PSM_GETCURRENTPAGEHWND, 0, 0));
+    DRVCONFIGINFO info = {};
+    return static_cast<LONG>(driver.DriverProc(DRV_CONFIGURE, 0, reinterpret_cast<LPARAM>(&info)));
 }
 
 }  // namespace
@@ -51,7 +36,7 @@ bool SheetPage::IsChecked(int id) const {
 }
 
 std::u16string SheetPage::Text(int id) const {
-    return TextOf(Control(id));
+    return Utf16(kestvox::WindowText(Control(id)).c_str());
 }
 
 int SheetPage::Position(int id) const {
@@ -128,72 +113,23 @@ void SheetPage::AskHelp(int id) const {
     SendMessageW(Control(id), WM_HELP, 0, reinterpret_cast<LPARAM>(&info));
 }
 
-Sheet::Sheet(const DriverLibrary& driver, Entry entry) : driver_(driver), entry_(entry) {
-    driver_.DriverProc(DRV_OPEN);
-    thread_ = CreateThread(nullptr, 0, Run, this, 0, &threadId_);
-    AwaitWindow();
-}
-
-Sheet::~Sheet() {
-    if (IsOpen()) {
-        Cancel();
-    }
-    WaitForSingleObject(thread_, INFINITE);
-    CloseHandle(thread_);
-}
-
-DWORD WINAPI Sheet::Run(void* sheet) {
-    auto& self = *static_cast<Sheet*>(sheet);
-    if (self.entry_ == Entry::Configure) {
-        using ConfigureEntry = DWORD(WINAPI*)();
-        const auto configure = test_system::DriverEntry<ConfigureEntry>(self.driver_.Module(), "Configure");
-        self.answer_ = static_cast<LONG>(configure());
-    } else {
-        DRVCONFIGINFO info = {};
-        self.answer_ = self.driver_.DriverProc(DRV_CONFIGURE, 0, reinterpret_cast<LPARAM>(&info));
-    }
-    return 0;
-}
-
-// Nothing tells that a window of another thread has appeared. Its thread answers messages only when the
-// first page is there.
-void Sheet::AwaitWindow() {
-    while (WaitForSingleObject(thread_, 0) == WAIT_TIMEOUT) {
-        EnumThreadWindows(threadId_, FindSheet, reinterpret_cast<LPARAM>(&window_));
-        if (window_ != nullptr && CurrentPage(window_) != nullptr) {
-            return;
-        }
-        std::this_thread::yield();
-    }
-}
-
-bool Sheet::IsOpen() const {
-    return window_ != nullptr && SendMessageW(window_, PSM_GETTABCONTROL, 0, 0) != 0;
-}
+Sheet::Sheet(const DriverLibrary& driver, Entry entry)
+    : window_(Caption, [&driver, entry] { return Ask(driver, entry); }) {}
 
 bool Sheet::CanApply() const {
-    return IsWindowEnabled(GetDlgItem(window_, ApplyButton)) != FALSE;
+    return IsWindowEnabled(GetDlgItem(Window(), ApplyButton)) != FALSE;
 }
 
 std::vector<std::u16string> Sheet::Titles() const {
-    const auto tabs = reinterpret_cast<HWND>(SendMessageW(window_, PSM_GETTABCONTROL, 0, 0));
     std::vector<std::u16string> titles;
-    const LRESULT count = SendMessageW(tabs, TCM_GETITEMCOUNT, 0, 0);
-    for (LRESULT tab = 0; tab < count; ++tab) {
-        WCHAR text[LongestText] = {};
-        TCITEMW item = {};
-        item.mask = TCIF_TEXT;
-        item.pszText = text;
-        item.cchTextMax = LongestText;
-        SendMessageW(tabs, TCM_GETITEMW, static_cast<WPARAM>(tab), reinterpret_cast<LPARAM>(&item));
-        titles.push_back(Utf16(item.pszText));
+    for (const kestvox::WideText& title : window_.Titles()) {
+        titles.push_back(Utf16(title.c_str()));
     }
     return titles;
 }
 
 SheetPage Sheet::Show(size_t page) const {
-    SendMessageW(window_, PSM_SETCURSEL, page, 0);
-    return Current();
+    return SheetPage(window_.ShowPage(page));
 }
 
 SheetPage Sheet::Show(const std::u16string& title) const {
@@ -201,32 +137,18 @@ SheetPage Sheet::Show(const std::u16string& title) const {
     return Show(static_cast<size_t>(std::find(titles.begin(), titles.end(), title) - titles.begin()));
 }
 
-SheetPage Sheet::Current() const {
-    return SheetPage(CurrentPage(window_));
-}
-
-void Sheet::PressButton(WPARAM button) const {
-    SendMessageW(window_, PSM_PRESSBUTTON, button, 0);
-}
-
 void Sheet::Apply() const {
-    PressButton(PSBTN_APPLYNOW);
+    window_.Press(PSBTN_APPLYNOW);
 }
 
 void Sheet::Help() const {
-    PressButton(PSBTN_HELP);
+    window_.Press(PSBTN_HELP);
 }
 
 void Sheet::Ok() const {
-    PressButton(PSBTN_OK);
+    window_.Press(PSBTN_OK);
 }
 
 void Sheet::Cancel() const {
-    PressButton(PSBTN_CANCEL);
-}
-
-LRESULT Sheet::Closed() {
-    WaitForSingleObject(thread_, INFINITE);
-    window_ = nullptr;
-    return answer_;
+    window_.Press(PSBTN_CANCEL);
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tests/support/driver_library.h"
+#include "tools/sheet_window.h"
 
 // One page as it is shown, and its controls by their numbers. What a user cannot do to a disabled control
 // is not done.
@@ -41,36 +42,25 @@ public:
     // By DriverProc any number of sheets can be open; by Configure one of the desktop.
     enum class Entry { DriverProc, Configure };
 
-    // Returns when the sheet shows its first page, or when it has answered without a window.
+    // Returns when the sheet shows its first page, or when it has answered without a window. A sheet that
+    // is still open at the end is cancelled.
     explicit Sheet(const DriverLibrary& driver, Entry entry = Entry::DriverProc);
-    ~Sheet();  // a sheet that is still open is cancelled
-    Sheet(const Sheet&) = delete;
-    Sheet& operator=(const Sheet&) = delete;
 
-    HWND Window() const { return window_; }
-    bool IsOpen() const;
+    HWND Window() const { return window_.Window(); }
+    bool IsOpen() const { return window_.IsOpen(); }
     bool CanApply() const;
     std::vector<std::u16string> Titles() const;
 
     SheetPage Show(size_t page) const;  // by its place; selects its tab
     SheetPage Show(const std::u16string& title) const;
-    SheetPage Current() const;
+    SheetPage Current() const { return SheetPage(window_.CurrentPage()); }
 
     void Apply() const;
     void Help() const;
-    void Ok() const;      // the sheet closes, when no page objects
-    void Cancel() const;  // ...
-    LRESULT Closed();     // the answer, once the sheet has been closed
+    void Ok() const;                            // the sheet closes, when no page objects
+    void Cancel() const;                        // ...
+    LONG Closed() { return window_.Closed(); }  // the answer, once the sheet has been closed
 
 private:
-    static DWORD WINAPI Run(void* sheet);
-    void AwaitWindow();
-    void PressButton(WPARAM button) const;
-
-    const DriverLibrary& driver_;
-    Entry entry_;
-    HANDLE thread_;
-    DWORD threadId_ = 0;
-    HWND window_ = nullptr;
-    LRESULT answer_ = 0;
+    kestvox::SheetWindow window_;
 };

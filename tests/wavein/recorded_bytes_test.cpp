@@ -158,7 +158,7 @@ TEST_F(RecordedBytesTest, AClientThatComesLateLosesWhatPassed) {
     AdvanceFrames(1000, Rate);
     EXPECT_EQ(recorder_.Counts(), (Sizes{640, 640}));
     std::vector<BYTE> expected = Bytes(Mono(), signal, 0, 640);
-    const uint64_t dropped = Cards().Input(0, Port::Analog).FramesDropped;
+    const auto dropped = static_cast<size_t>(Cards().Input(0, Port::Analog).FramesDropped);
     EXPECT_NEAR(static_cast<double>(dropped), 680, 2);
     const auto later = Bytes(Mono(), signal, 640 + 2 * dropped, 1280 + 2 * dropped);
     expected.insert(expected.end(), later.begin(), later.end());

@@ -1,0 +1,211 @@
+#include <windows.h>
+#include <mmsystem.h>
+
+#include <algorithm>
+#include <map>
+#include <mutex>
+
+#include "simulator/attach.h"
+#include "simulator/simulator.h"
+#include "tests/support/system.h"
+#include "tests/support/text.h"
+#include "tools/host.h"
+
+namespace test_system {
+
+namespace {
+
+// What the driver has shown and reported.
+struct Notebook {
+    std::mutex Lock;
+    int Answer = IDOK;
+    std::vector<MessageBoxShown> Boxes;
+    std::vector<LoggedEvent> Events;
+    std::map<HANDLE, std::u16string> Sources;
+    std::vector<HelpRequest> Help;
+};
+Notebook notebook;
+
+std::u16string TextOf(const WCHAR* text) {
+    return text ? Utf16(text) : std::u16string();
+}
+
+int WINAPI ShowMessageBox(HWND, LPCWSTR text, LPCWSTR, UINT style) {
+    const std::lock_guard guard(notebook.Lock);
+    notebook.Boxes.push_back({TextOf(text), style});
+    return notebook.Answer;
+}
+
+BOOL WINAPI ShowHelp(HWND, LPCWSTR file, UINT command, ULONG_PTR data) {
+    const std::lock_guard guard(notebook.Lock);
+    notebook.Help.push_back({TextOf(file), command, data});
+    return TRUE;
+}
+
+// The handle is the place of the name: the system's own says nothing.
+HANDLE WINAPI OpenSource(LPCWSTR, LPCWSTR name) {
+    const std::lock_guard guard(notebook.Lock);
+    const auto handle = reinterpret_cast<HANDLE>(notebook.Sources.size() + 1);
+    notebook.Sources[handle] = TextOf(name);
+    return handle;
+}
+
+BOOL WINAPI Report(HANDLE source, WORD type, WORD, DWORD id, PSID, WORD, DWORD, LPCWSTR*, LPVOID) {
+    const std::lock_guard guard(notebook.Lock);
+    if (!notebook.Sources.contains(source)) {
+        SetLastError(ERROR_INVALID_HANDLE);
+        return FALSE;
+    }
+    notebook.Events.push_back({notebook.Sources[source], type, id});
+    return TRUE;
+}
+
+BOOL WINAPI CloseSource(HANDLE) {
+    return TRUE;
+}
+
+template <typename Function>
+void Redirect(const char* name, Function* replacement) {
+    simulator::RedirectCall(name, reinterpret_cast<void*>(replacement));
+}
+
+// The test program is attached as the driver is: some tests ask the cards themselves.
+struct Attachment {
+    Attachment() {
+        Redirect("MessageBoxW", ShowMessageBox);
+        Redirect("WinHelpW", ShowHelp);
+        Redirect("RegisterEventSourceW", OpenSource);
+        Redirect("ReportEventW", Report);
+        Redirect("DeregisterEventSource", CloseSource);
+        simulator::Attach(GetModuleHandleW(nullptr));
+    }
+};
+const Attachment attachment;
+
+// NT has no call that deletes a key with all that is in it.
+void DeleteTree(HKEY parent, const WCHAR* name) {
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(parent, name, 0, KEY_ALL_ACCESS, &key) != ERROR_SUCCESS) {
+        return;
+    }
+    WCHAR child[256];
+    while (RegEnumKeyW(key, 0, child, 256) == ERROR_SUCCESS) {
+        DeleteTree(key, child);
+    }
+    RegCloseKey(key);
+    RegDeleteKeyW(parent, name);
+}
+
+// What installation and settings leave.
+constexpr const WCHAR* DriverKeys[] = {
+    TEXT("System\\CurrentControlSet\\Services\\Kestrelvox"),
+    TEXT("System\\CurrentControlSet\\Services\\EventLog\\System\\Kestrelvox"),
+    TEXT("System\\CurrentControlSet\\Services\\EventLog\\Application\\KESTVOX.DLL"),
+    TEXT("Software\\Zephyr Harmonic Works\\Kestrelvox"),
+};
+
+// What the system opens once in a process and keeps is no leak of the driver's.
+bool WarmUp() {
+    const simulator::Simulator cards({.Cards = 1});
+    waveOutGetNumDevs();
+    kestvox::UnloadWaveDriver();
+    return true;
+}
+
+// The system's list of open handles, of all processes.
+struct OpenHandle {
+    USHORT Process;
+    USHORT Trace;
+    BYTE Type;
+    BYTE Flags;
+    USHORT Handle;
+    void* Object;
+    ACCESS_MASK Access;
+};
+struct OpenHandleList {
+    ULONG Count;
+    OpenHandle Handles[1];
+};
+constexpr ULONG ListOfHandles = 16;
+extern "C" NTSYSAPI LONG NTAPI NtQuerySystemInformation(ULONG list, void* data, ULONG size, ULONG* needed);
+
+// GetProcessHandleCount says 0 in Wine.
+unsigned HandleCount() {
+    std::vector<BYTE> memory(1 << 20);
+    NtQuerySystemInformation(ListOfHandles, memory.data(), static_cast<ULONG>(memory.size()), nullptr);
+    const auto& list = *reinterpret_cast<const OpenHandleList*>(memory.data());
+    return static_cast<unsigned>(
+        std::count_if(list.Handles, list.Handles + list.Count,
+                      [](const OpenHandle& open) { return open.Process == GetCurrentProcessId(); }));
+}
+
+}  // namespace
+
+void FreshMachine() {
+    static const bool warm = WarmUp();
+    static_cast<void>(warm);
+    simulator::UseMachine("");
+    for (const WCHAR* key : DriverKeys) {
+        DeleteTree(HKEY_LOCAL_MACHINE, key);
+    }
+    const std::lock_guard guard(notebook.Lock);
+    notebook.Answer = IDOK;
+    notebook.Boxes.clear();
+    notebook.Events.clear();
+    notebook.Sources.clear();
+    notebook.Help.clear();
+}
+
+void UnloadWaveDriver() {
+    kestvox::UnloadWaveDriver();
+}
+
+HMODULE LoadDriver() {
+    return simulator::LoadAttached(TEXT("kestvox.dll"));
+}
+
+std::string Usage() {
+    return std::to_string(HandleCount()) + " handles";
+}
+
+void* TakePage() {
+    return VirtualAlloc(nullptr, 1, MEM_COMMIT, PAGE_READWRITE);
+}
+
+void GiveBackPage(void* page) {
+    VirtualFree(page, 0, MEM_RELEASE);
+}
+
+void AnswerMessageBoxes(int button) {
+    const std::lock_guard guard(notebook.Lock);
+    notebook.Answer = button;
+}
+
+std::vector<HelpRequest> HelpShown() {
+    const std::lock_guard guard(notebook.Lock);
+    return notebook.Help;
+}
+
+std::vector<MessageBoxShown> MessageBoxes() {
+    const std::lock_guard guard(notebook.Lock);
+    return notebook.Boxes;
+}
+
+std::vector<LoggedEvent> EventLog() {
+    const std::lock_guard guard(notebook.Lock);
+    return notebook.Events;
+}
+
+void FailCall(const char* function, unsigned nth) {
+    simulator::FailCall(function, nth);
+}
+
+bool CallFailuresAreWaiting() {
+    return simulator::CallFailuresAreWaiting();
+}
+
+void ClearCallFailures() {
+    simulator::ClearCallFailures();
+}
+
+}  // namespace test_system
