@@ -41,8 +41,9 @@ protected:
     ~DeviceDriver() = default;
 };
 
-// One driver at a time; null removes it. The driver must outlive every open handle.
-void InstallDeviceDriver(DeviceDriver* driver);
+// One driver at a time; null removes it. The driver must outlive every open handle. Answers the one before,
+// so that a driver can be put in front of another.
+DeviceDriver* InstallDeviceDriver(DeviceDriver* driver);
 
 // A thread as the kernel refers to it: stays valid after the thread and its handles are gone.
 class ThreadObject;

@@ -25,6 +25,14 @@ void WriteSize(std::ostream& out, uint32_t size) {
     out.write(reinterpret_cast<const char*>(&size), sizeof size);
 }
 
+// Whatever stands in a file, a message stays one line.
+std::string Printable(const char (&id)[4]) {
+    std::string text(id, sizeof id);
+    std::ranges::replace_if(
+        text, [](char c) { return c < ' ' || c > '~'; }, '?');
+    return text;
+}
+
 }  // namespace
 
 WavReader::WavReader(std::string path) : path_(std::move(path)) {
@@ -78,7 +86,7 @@ void WavReader::FindData(uint32_t riffSize) {
             return;
         }
         if (start + chunk.Size > fileSize_) {
-            Refuse("truncated inside its chunk '" + std::string(chunk.Id, sizeof chunk.Id) + "'");
+            Refuse("truncated inside its chunk '" + Printable(chunk.Id) + "'");
         }
         if (Is(chunk.Id, "fmt ") && format_.empty()) {
             ReadFormat(chunk.Size);

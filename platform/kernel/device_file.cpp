@@ -65,8 +65,8 @@ void CompleteOverlapped(OVERLAPPED* overlapped, EventObject* event, DWORD bytes)
 
 }  // namespace
 
-void InstallDeviceDriver(DeviceDriver* driver) {
-    installedDriver.store(driver);
+DeviceDriver* InstallDeviceDriver(DeviceDriver* driver) {
+    return installedDriver.exchange(driver);
 }
 
 }  // namespace platform

@@ -6,6 +6,7 @@
 #include <ostream>
 
 #include "tests/reliability/story.h"
+#include "tests/reliability/stride.h"
 #include "tests/support/driver_test.h"
 #include "tests/support/system.h"
 #include "tests/support/wave_sound.h"
@@ -88,15 +89,6 @@ protected:
     std::vector<simulator::Frame> played_;  // ... what its output played
     bool unmet_ = false;                    // ... and whether the call that was to fail was never made
 };
-
-// Where everything runs slower, one request in so many fails; which ones, the plain build covers.
-#if defined(__SANITIZE_THREAD__)
-constexpr unsigned Stride = 31;
-#elif defined(__SANITIZE_ADDRESS__) || defined(_WIN32)
-constexpr unsigned Stride = 13;
-#else
-constexpr unsigned Stride = 1;
-#endif
 
 // What each request may come to.
 struct Failure {

@@ -232,7 +232,11 @@ void ClockTreeUser::PressKey(WORD key) const {
 }
 
 void ClockTreeUser::OnItsThread(const std::function<void()>& action) const {
-    const Visit visit = {action, CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    HANDLE done = nullptr;
+    while (done == nullptr) {  // the test may have it fail, too
+        done = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    }
+    const Visit visit = {action, done};
     VisitedProcedure = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(page_, GWLP_WNDPROC));
     SetWindowLongPtrW(page_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(ReceiveVisit));
     PostMessageW(page_, VisitMessage, 0, reinterpret_cast<LPARAM>(&visit));

@@ -89,6 +89,7 @@ TEST(WavFile, SaysWhatIsWrongWithABadFile) {
         {Riff(Chunk("fmt ", shortExtension) + Chunk("data", Noise(40))), "shorter than it says"},
         {good.substr(0, good.size() - 1), "truncated: 39 of 40 bytes"},
         {good.substr(0, 30), "truncated inside its chunk 'fmt '"},
+        {Riff(fmt + "\n\rx\x80" + Little(99, 4)), "truncated inside its chunk '??x?'"},
         {Riff(fmt + Chunk("data", "") + Chunk("LIST", Noise(8))), "no samples"},
         {Riff(fmt + Chunk("data", "abc")), "no samples"},
     };
