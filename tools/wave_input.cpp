@@ -1,6 +1,5 @@
 #include "tools/wave_input.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace kestvox {
@@ -11,10 +10,6 @@ constexpr uint64_t StopUnit = 32;
 
 // The card fills whole words.
 constexpr uint64_t FrameStep = 4;
-
-uint64_t RoundUp(uint64_t value, uint64_t unit) {
-    return (value + unit - 1) / unit * unit;
-}
 
 }  // namespace
 
@@ -46,8 +41,8 @@ void CALLBACK WaveInput::OnMessage(HWAVEIN, UINT message, DWORD_PTR instance, DW
 }
 
 void WaveInput::PrepareBuffers(unsigned count, unsigned milliseconds) {
-    const uint64_t frames = std::max<uint64_t>(1, uint64_t{Format().nSamplesPerSec} * milliseconds / 1000);
-    AllocateBuffers(count, static_cast<size_t>(RoundUp(frames, FrameStep)) * Format().nBlockAlign);
+    AllocateBuffers(count,
+                    static_cast<size_t>(RoundUp(FramesIn(milliseconds), FrameStep)) * Format().nBlockAlign);
     taken_.assign(count, true);
 }
 

@@ -35,7 +35,7 @@ void WaveOutput::SetVolume(WORD volume) {
 }
 
 void WaveOutput::PrepareBuffers(unsigned count, unsigned milliseconds, DWORD passes) {
-    const uint64_t frames = std::max<uint64_t>(1, uint64_t{Format().nSamplesPerSec} * milliseconds / 1000);
+    const uint64_t frames = FramesIn(milliseconds);
     const uint64_t needed = (file_.FrameCount() + frames - 1) / frames;
     passes_ = passes;
     AllocateBuffers(static_cast<unsigned>(passes > 1 ? needed : std::min<uint64_t>(count, needed)),

@@ -1,5 +1,7 @@
 #include "tools/wave_stream.h"
 
+#include <algorithm>
+
 #include "tools/command_error.h"
 #include "tools/wave_error.h"
 #include "tools/wave_format.h"
@@ -10,16 +12,16 @@ namespace {
 // Samples of any width, and pairs of them, then lie on their natural boundaries.
 constexpr size_t BufferAlignment = 16;
 
-size_t RoundUp(size_t size) {
-    return (size + BufferAlignment - 1) / BufferAlignment * BufferAlignment;
-}
-
 }  // namespace
+
+uint64_t WaveStream::FramesIn(unsigned milliseconds) const {
+    return std::max<uint64_t>(1, uint64_t{Format().nSamplesPerSec} * milliseconds / 1000);
+}
 
 void WaveStream::AllocateBuffers(unsigned count, size_t bytes) {
     bufferCount_ = count;
     bufferBytes_ = bytes;
-    const size_t stride = RoundUp(bytes);
+    const auto stride = static_cast<size_t>(RoundUp(bytes, BufferAlignment));
     memory_ = std::make_unique_for_overwrite<char[]>(stride * count);
     buffers_ = std::make_unique<Buffer[]>(count);
     for (unsigned i = 0; i < count; ++i) {

@@ -15,6 +15,10 @@
 
 namespace kestvox {
 
+inline uint64_t RoundUp(uint64_t value, uint64_t unit) {
+    return (value + unit - 1) / unit * unit;
+}
+
 // What a card did for a stream, whichever way it goes.
 struct StreamStatus {
     std::optional<uint64_t> StartFrame;  // count of the group's clock; nothing: never started
@@ -82,6 +86,9 @@ protected:
     virtual MMRESULT CloseDevice() = 0;
     virtual MMRESULT GetPosition(MMTIME& time) const = 0;
     virtual void TakeRest() {}
+
+    // What passes in that time; at least one.
+    uint64_t FramesIn(unsigned milliseconds) const;
 
     // Gets all the memory that the driver will see and prepares it. CommandError when that is refused.
     void AllocateBuffers(unsigned count, size_t bytes);

@@ -128,6 +128,8 @@ const auto& FailableCalls() {
         MakeFailable<11>("RegOpenKeyExW", TakesKey<RegOpenKeyExW>::Call, ERROR_ACCESS_DENIED, ERROR_SUCCESS),
         MakeFailable<12>("RegCreateKeyW", TakesKey<RegCreateKeyW>::Call, ERROR_ACCESS_DENIED, ERROR_SUCCESS),
         MakeFailable<13>("RegSetValueExW", RegSetValueExW, ERROR_ACCESS_DENIED, ERROR_SUCCESS),
+        MakeFailable<14>("RegQueryValueExW", RegQueryValueExW, ERROR_ACCESS_DENIED, ERROR_SUCCESS),
+        MakeFailable<15>("TlsAlloc", TlsAlloc, TLS_OUT_OF_INDEXES, ERROR_NOT_ENOUGH_MEMORY),
     };
     return calls;
 }

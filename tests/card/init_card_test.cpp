@@ -87,22 +87,6 @@ TEST_F(InitCardTest, RunsThroughEveryStepInOrder) {
                                      {{0, 0x04}, {1, 0x81}}));
 }
 
-TEST_F(InitCardTest, LeavesTheCardSilentOnItsOwnClock) {
-    Load();
-    const std::map<unsigned, int> registers = {{0, 0x00},  {8, 0x00},  {9, 0x03},  {16, 0x00}, {17, 0x82},
-                                               {24, 0x00}, {25, 0x03}, {32, 0x03}, {36, 0x00}};
-    for (const auto& [index, value] : registers) {
-        EXPECT_EQ(Cards().CardRegister(0, index), value) << "register " << index;
-    }
-    for (unsigned input = 0; input < 8; ++input) {
-        EXPECT_EQ(Cards().MixerGain(0, input), 0u) << "gain " << input;
-    }
-    for (unsigned index = 5; index < 16; ++index) {
-        EXPECT_EQ(Cards().IndirectRegister(0, index), 0) << "indirect " << index;
-    }
-    EXPECT_EQ(Cards().SampleRate(0), 44100u);
-}
-
 // Waits from a millisecond on last the milliseconds rounded up and then to the next tick, wherever
 // between two ticks they begin: never less than was asked for. Shorter ones are the kernel's.
 TEST_F(InitCardTest, WaitsWhereTheHardwareNeedsIt) {

@@ -62,25 +62,6 @@ TEST_F(OneCardClock, AnotherRateResynchronisesTheCard) {
     EXPECT_EQ(Cards().SampleRate(0), 44100u) << "back to single speed";
 }
 
-TEST_F(OneCardClock, TheFirstStreamFixesTheRateUntilTheLastOneCloses) {
-    WavePlayer analog;
-    WavePlayer digital;
-    Run(analog, 0, 44100);
-    const Lines portOnly = {"0 write port 0 = C0 / C0", "0 write port 0 = 20 / 20"};
-    EXPECT_EQ(Run(digital, 1, PcmFormat(44100, 1, 24)), portOnly);
-    ASSERT_EQ(digital.Close(), MMSYSERR_NOERROR);
-
-    EXPECT_EQ(Run(digital, 1, 48000, WAVERR_BADFORMAT), Lines{}) << "refused without a request";
-    EXPECT_EQ(waveOutOpen(nullptr, 1, PcmFormat(48000, 2, 16).Get(), 0, 0, WAVE_FORMAT_QUERY),
-              static_cast<MMRESULT>(MMSYSERR_NOERROR));
-    EXPECT_EQ(Run(digital, 1, 44100).size(), 2u);
-    ASSERT_EQ(analog.Close(), MMSYSERR_NOERROR);
-    Run(analog, 0, 48000, WAVERR_BADFORMAT);
-    ASSERT_EQ(digital.Close(), MMSYSERR_NOERROR);
-    Run(analog, 0, 48000);
-    EXPECT_EQ(Cards().SampleRate(0), 48000u);
-}
-
 TEST_F(OneCardClock, EveryRateHasItsOwnCodeAndWaits) {
     struct RateCase {
         DWORD Rate;

@@ -119,20 +119,6 @@ TEST_F(ClockSourceTest, AnInvalidSourceIsReportedAndTheCardGoesOnAlone) {
     }
 }
 
-TEST_F(ClockSourceTest, TheNextRunClearsUpAfterAFailedOne) {
-    WavePlayer player;
-    LoadWithSource(64);
-    Run(player, 0, 44100, MMSYSERR_ERROR);
-    EXPECT_TRUE(Held(0));
-    EXPECT_FALSE(Cards().ChannelClaimed(0, 2));
-    Cards().SetDigitalInputRate(0, 44100);
-    Run(player, 0, 44100);
-    EXPECT_FALSE(Held(0));
-    EXPECT_EQ(Source(0), Digital);
-    ExpectPlaying(player, 0);
-    EXPECT_EQ(Events(), std::vector<DWORD>{ClockNotValidEvent});
-}
-
 TEST_F(ClockSourceTest, TheIncomingRateMustBeTheStreams) {
     struct RateCase {
         DWORD Rate;
@@ -177,6 +163,23 @@ TEST_F(ClockSourceTest, AFailedReadOfTheMeasurementPasses) {
     Cards().AddFault({.What = simulator::Fault::Kind::Short, .Code = read, .Nth = 4});
     Run(player, 0, 44100, MMSYSERR_NOERROR);
     EXPECT_EQ(Events(), std::vector<DWORD>{RateMismatchEvent});
+}
+
+// What holds the wanted value already is left alone, but only when it could be read in full.
+TEST_F(ClockSourceTest, ARegisterThatCannotBeReadIsWritten) {
+    Load();
+    for (const char* fault :
+         {"", "READ_REGISTER:all", "READ_REGISTER:all:short", "READ_REGISTER:all:pending"}) {
+        SCOPED_TRACE(fault);
+        if (*fault != 0) {
+            AddFault(fault);
+        }
+        WavePlayer player;
+        const Lines lines = Run(player, 0, 44100);
+        EXPECT_EQ(Contains(lines, "0 write card 32 = 03 / 07"), *fault != 0);
+        EXPECT_EQ(Contains(lines, "0 write card 32 = 00 / 60"), *fault != 0);
+        Cards().ClearFaults();
+    }
 }
 
 // Card 1 and card 2 follow card 0.

@@ -101,30 +101,6 @@ TEST(Dither, SaturationLeavesTheErrorOfTheValueThatWasWritten) {
     EXPECT_EQ(state.ShapingError[0], -0x8000);
 }
 
-TEST(Dither, BuffersJoinWithoutATrace) {
-    const std::vector<int32_t> slots = RandomSlots(600);
-    for (const int bits : {8, 16}) {
-        for (uint32_t type = DitherRectangular; type <= DitherTriangularShaped; ++type) {
-            for (const unsigned channels : {1u, 2u}) {
-                SCOPED_TRACE(testing::Message() << bits << " bits, type " << type << ", " << channels);
-                DitherState whole = {};
-                const std::vector<int> expected = Dither(slots, bits, type, channels, whole);
-                DitherState state = {};
-                std::vector<int> samples;
-                for (const auto& [from, to] : {std::pair{0, 2}, {2, 300}, {300, 300}, {300, 600}}) {
-                    const auto part =
-                        Dither({slots.begin() + from, slots.begin() + to}, bits, type, channels, state);
-                    samples.insert(samples.end(), part.begin(), part.end());
-                }
-                EXPECT_EQ(samples, expected);
-                EXPECT_EQ(state.Random, whole.Random);
-                EXPECT_EQ(state.ShapingError[0], whole.ShapingError[0]);
-                EXPECT_EQ(state.ShapingError[1], whole.ShapingError[1]);
-            }
-        }
-    }
-}
-
 TEST(Dither, EachChannelCarriesItsOwnError) {
     const std::vector<int32_t> slots = RandomSlots(400);
     for (const uint32_t type : {DitherRectangularShaped, DitherTriangularShaped}) {
@@ -152,16 +128,6 @@ TEST(Dither, EachChannelCarriesItsOwnError) {
     }
 }
 
-// Without shaping only the draws matter, and they are dealt out in the order of the samples.
-TEST(Dither, UnshapedStereoIsLikeMonoOfTheSameSamples) {
-    const std::vector<int32_t> slots = RandomSlots(200);
-    for (const uint32_t type : {DitherRectangular, DitherTriangular}) {
-        EXPECT_EQ(Dither(slots, 16, type, 2), Dither(slots, 16, type, 1));
-        EXPECT_EQ(Dither(slots, 8, type, 2), Dither(slots, 8, type, 1));
-    }
-    EXPECT_NE(Dither(slots, 16, DitherTriangularShaped, 2), Dither(slots, 16, DitherTriangularShaped, 1));
-}
-
 TEST(Dither, UnknownTypesTruncate) {
     const std::vector<int32_t> slots = {0x12345678, -1, 0x00FFFFFF, -0x01000000, 0x7FFFFFFF, -0x7FFFFFFF - 1};
     for (const uint32_t type : {0u, 5u, 0xFFFFFFFFu}) {
@@ -176,15 +142,6 @@ TEST(Dither, UnknownTypesTruncate) {
             EXPECT_EQ(state.ShapingError[1], 6);
         }
     }
-}
-
-// --- packed 24 bits ----------------------------------------------------------------------------
-
-TEST(PackCapture24, KeepsTheTopThreeBytes) {
-    const uint32_t slots[] = {0x11223344, 0x55667788};
-    uint8_t bytes[6] = {};
-    PackCapture24(bytes, slots, 2);
-    EXPECT_EQ(std::vector<int>(bytes, bytes + 6), (std::vector<int>{0x33, 0x22, 0x11, 0x77, 0x66, 0x55}));
 }
 
 }  // namespace

@@ -15,16 +15,13 @@ protected:
 
     CapabilitiesTest() : DriverTest(2) {}
 
+    using Call = MMRESULT (DriverLibrary::*)(UINT, UINT, DWORD_PTR, DWORD_PTR, DWORD_PTR) const;
+
     // The bytes after the structure are proof that no more than it was written.
-    static std::vector<BYTE> OutputBytes(const DriverLibrary& library, UINT device) {
-        std::vector<BYTE> bytes(sizeof(WAVEOUTCAPSW) + 8, Untouched);
-        EXPECT_EQ(library.WaveOut(device, WODM_GETDEVCAPS, 0, reinterpret_cast<DWORD_PTR>(bytes.data())),
-                  MMSYSERR_NOERROR);
-        return bytes;
-    }
-    static std::vector<BYTE> InputBytes(const DriverLibrary& library, UINT device) {
-        std::vector<BYTE> bytes(sizeof(WAVEINCAPSW) + 8, Untouched);
-        EXPECT_EQ(library.WaveIn(device, WIDM_GETDEVCAPS, 0, reinterpret_cast<DWORD_PTR>(bytes.data())),
+    static std::vector<BYTE> Bytes(const DriverLibrary& library, Call call, UINT device, UINT message,
+                                   size_t size) {
+        std::vector<BYTE> bytes(size + 8, Untouched);
+        EXPECT_EQ((library.*call)(device, message, 0, reinterpret_cast<DWORD_PTR>(bytes.data()), 0),
                   MMSYSERR_NOERROR);
         return bytes;
     }
@@ -55,8 +52,10 @@ TEST_F(CapabilitiesTest, AreFilledWholeAndAlikeForEveryCardAndDirection) {
     memcpy(&input, &output, sizeof input);
     for (const UINT device : {0u, 1u, 2u, 3u}) {
         const std::u16string name = device % 2 == 0 ? u"Kestrelvox Analog" : u"Kestrelvox Digital";
-        EXPECT_EQ(OutputBytes(library, device), Expected(output, name)) << device;
-        EXPECT_EQ(InputBytes(library, device), Expected(input, name)) << device;
+        EXPECT_EQ(Bytes(library, &DriverLibrary::WaveOut, device, WODM_GETDEVCAPS, sizeof output),
+                  Expected(output, name));
+        EXPECT_EQ(Bytes(library, &DriverLibrary::WaveIn, device, WIDM_GETDEVCAPS, sizeof input),
+                  Expected(input, name));
     }
 }
 

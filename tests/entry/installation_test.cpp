@@ -42,15 +42,6 @@ protected:
     }
 };
 
-TEST_F(InstallationTest, RegistersTheServiceAndBothSourcesAsOftenAsAsked) {
-    const DriverLibrary library;
-    EXPECT_FALSE(RegistryKeyExists(ServiceKey));
-    for (int i = 0; i < 2; ++i) {
-        EXPECT_EQ(library.DriverProc(DRV_INSTALL), DRVCNF_RESTART);
-        ExpectInstalled(1);
-    }
-}
-
 TEST_F(InstallationTest, RemovalDisablesTheServiceAndDeletesNothing) {
     const DriverLibrary library;
     EXPECT_EQ(library.DriverProc(DRV_REMOVE), DRVCNF_RESTART);

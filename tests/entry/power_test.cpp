@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 
+#include "tests/support/driver_library.h"
 #include "tests/support/driver_test.h"
 #include "tests/support/system.h"
 #include "tests/support/wave_player.h"
@@ -16,7 +17,6 @@ using simulator::Frame;
 using simulator::InputSignal;
 using simulator::Port;
 
-constexpr int64_t Second = 1000000;
 constexpr DWORD Rates[] = {48000, 96000};
 
 enum class Playback { Playing, Paused, Stopped };
@@ -26,23 +26,101 @@ class SuspendTest : public DriverTest {
 protected:
     SuspendTest() : DriverTest(2) {}
 
-    void SetUp() override {
-        waveOutGetNumDevs();
-        driver_ = test_system::LoadDriver();
-        driverProc_ = test_system::DriverEntry<DRIVERPROC>(driver_, "DriverProc");
-        ASSERT_NE(driverProc_, nullptr);
+    void SetUp() override { waveOutGetNumDevs(); }
+
+    LRESULT SendPower(LPARAM event) { return DriverLibrary().DriverProc(DRV_POWER, event); }
+
+    void Sleep() {
+        EXPECT_EQ(SendPower(PWR_SUSPENDREQUEST), 1);
+        Cards().PowerCycle(0);
+        Cards().PowerCycle(1);
+        Cards().Advance(Second);
     }
-    void TearDown() override {
-        FreeLibrary(driver_);
-        DriverTest::TearDown();
+};
+
+// One card's two clients in some state. Both have several buffers, of which the card has taken a part when
+// it goes to sleep.
+class Clients {
+public:
+    Clients(simulator::Simulator& cards, unsigned card, Playback playback, Recording recording)
+        : cards_(cards), card_(card), playback_(playback), recording_(recording) {}
+
+    void Begin() {
+        ASSERT_EQ(player_.Open(2 * card_, playFormat_), MMSYSERR_NOERROR);
+        ASSERT_EQ(recorder_.Open(2 * card_, recordFormat_), MMSYSERR_NOERROR);
+        registers_ = Registers();
+        PlugIn(1);
+        for (size_t i = 0; i < Buffers; ++i) {
+            ASSERT_EQ(recorder_.Add(BufferFrames * 3), MMSYSERR_NOERROR);
+        }
+        recorder_.Start();
+        if (playback_ != Playback::Stopped) {
+            Write();
+        }
+    }
+    void Halt() {
+        if (playback_ == Playback::Paused) {
+            waveOutPause(player_.Handle());
+        }
+        if (recording_ == Recording::Stopped) {
+            recorder_.Stop();
+        }
+    }
+    void FallAsleep() {
+        framesPlayed_ = cards_.Played(card_, Port::Analog).size();
+        bytesRecorded_ = recorder_.Recorded().size();
+        PlugIn(2);
+    }
+    void ExpectAwake() {
+        EXPECT_EQ(Registers(), registers_);
+        EXPECT_EQ(cards_.SampleRate(card_), Rates[card_]);
+    }
+    // Who was running runs; the others are set going now.
+    void ExpectOldState() {
+        EXPECT_EQ(cards_.Played(card_, Port::Analog).size() > framesPlayed_, playback_ == Playback::Playing);
+        EXPECT_EQ(recorder_.Recorded().size() > bytesRecorded_, recording_ == Recording::Running);
+        if (playback_ == Playback::Paused) {
+            waveOutRestart(player_.Handle());
+        } else if (playback_ == Playback::Stopped) {
+            Write();
+        }
+        if (recording_ == Recording::Stopped) {
+            recorder_.Start();
+        }
+    }
+    // Everything was played, and recorded from two signals.
+    void ExpectComplete() {
+        EXPECT_TRUE(cards_.Played(card_, Port::Analog) == Sound(playFormat_, played_));
+        player_.ExpectEachReturnedOnce();
+        recorder_.ExpectEachReturnedOnce();
+        std::vector<BYTE> expected = ClientBytes(recordFormat_, Signal(1));
+        expected.resize(bytesRecorded_);
+        const std::vector<BYTE> rest = ClientBytes(recordFormat_, Signal(2));
+        expected.insert(expected.end(), rest.begin(), rest.end());
+        const std::vector<BYTE> recorded = recorder_.Recorded();
+        ASSERT_LE(recorded.size(), expected.size());
+        EXPECT_GT(recorded.size(), (Buffers - 1) * BufferFrames * 3);
+        EXPECT_TRUE(std::equal(recorded.begin(), recorded.end(), expected.begin()));
+        EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
     }
 
-    LRESULT SendPower(LPARAM event) { return driverProc_(0, nullptr, DRV_POWER, event, 0); }
+private:
+    static constexpr size_t Buffers = 8;
+    static constexpr size_t BufferFrames = 6000;
 
-    // Every register of a card but those that only say where the last access was or what was measured.
-    std::map<std::string, unsigned> Registers(unsigned card) {
+    static std::vector<Frame> Signal(unsigned seed) { return NoiseFrames(Buffers * BufferFrames, seed); }
+    void PlugIn(unsigned seed) { cards_.PlugIn(card_, Port::Analog, InputSignal::Run(Signal(seed))); }
+    void Write() {
+        for (size_t i = 0; i < Buffers; ++i) {
+            const std::vector<BYTE> data = Pattern(BufferFrames * 4, static_cast<unsigned>(i));
+            ASSERT_EQ(player_.Write(data), MMSYSERR_NOERROR);
+            played_.insert(played_.end(), data.begin(), data.end());
+        }
+    }
+    // All but those that only say where the last access was or what was measured.
+    std::map<std::string, unsigned> Registers() {
         std::map<std::string, unsigned> values;
-        for (const simulator::RegisterView& view : Cards().Registers(card)) {
+        for (const simulator::RegisterView& view : cards_.Registers(card_)) {
             if (view.Name.find("index") == std::string::npos &&
                 view.Name.find("measured") == std::string::npos) {
                 values[view.File + " " + std::to_string(view.Index)] = view.Value;
@@ -51,110 +129,18 @@ protected:
         return values;
     }
 
-    void Sleep() {
-        EXPECT_EQ(SendPower(PWR_SUSPENDREQUEST), 1);
-        Cards().PowerCycle(0);
-        Cards().PowerCycle(1);
-        Cards().Advance(Second);
-    }
-
-    HMODULE driver_ = nullptr;
-    DRIVERPROC driverProc_ = nullptr;
-};
-
-// One card's two clients. Both have several buffers, of which the card has taken a part when it goes to
-// sleep.
-class Clients {
-public:
-    static constexpr size_t Buffers = 8;
-    static constexpr size_t BufferFrames = 6000;
-
-    Clients(simulator::Simulator& cards, unsigned card)
-        : cards_(cards),
-          card_(card),
-          playFormat_(PcmFormat(Rates[card], 2, 16)),
-          recordFormat_(PcmFormat(Rates[card], 1, 24)) {}
-
-    void Open() {
-        ASSERT_EQ(player_.Open(2 * card_, playFormat_), MMSYSERR_NOERROR);
-        ASSERT_EQ(recorder_.Open(2 * card_, recordFormat_), MMSYSERR_NOERROR);
-    }
-    void Begin(Playback playback) {
-        PlugIn(1);
-        for (size_t i = 0; i < Buffers; ++i) {
-            ASSERT_EQ(recorder_.Add(BufferFrames * 3), MMSYSERR_NOERROR);
-        }
-        recorder_.Start();
-        if (playback != Playback::Stopped) {
-            Write();
-        }
-    }
-    void Halt(Playback playback, Recording recording) {
-        if (playback == Playback::Paused) {
-            waveOutPause(player_.Handle());
-        }
-        if (recording == Recording::Stopped) {
-            recorder_.Stop();
-        }
-    }
-    void Resume(Playback playback, Recording recording) {
-        if (playback == Playback::Paused) {
-            waveOutRestart(player_.Handle());
-        } else if (playback == Playback::Stopped) {
-            Write();
-        }
-        if (recording == Recording::Stopped) {
-            recorder_.Start();
-        }
-    }
-    void PlugIn(unsigned seed) { cards_.PlugIn(card_, Port::Analog, InputSignal::Run(Signal(seed))); }
-
-    uint64_t FramesPlayed() { return cards_.Played(card_, Port::Analog).size(); }
-    size_t BytesRecorded() { return recorder_.Recorded().size(); }
-
-    // Everything was played, and recorded from two signals, the second one beginning at `second` bytes.
-    void ExpectComplete(size_t second) {
-        EXPECT_TRUE(cards_.Played(card_, Port::Analog) == Sound(playFormat_, played_));
-        ExpectOnce(player_.HeaderCount(), [this](size_t i) { return player_.DoneCount(i); });
-        ExpectOnce(recorder_.HeaderCount(), [this](size_t i) { return recorder_.DoneCount(i); });
-        std::vector<BYTE> expected = ClientBytes(recordFormat_, Signal(1));
-        expected.resize(second);
-        const std::vector<BYTE> rest = ClientBytes(recordFormat_, Signal(2));
-        expected.insert(expected.end(), rest.begin(), rest.end());
-        const std::vector<BYTE> recorded = recorder_.Recorded();
-        ASSERT_LE(recorded.size(), expected.size());
-        EXPECT_GT(recorded.size(), (Buffers - 1) * BufferFrames * 3);
-        EXPECT_TRUE(std::equal(recorded.begin(), recorded.end(), expected.begin()));
-    }
-    void Close() {
-        EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
-        recorder_.Reset();
-        EXPECT_EQ(recorder_.Close(), MMSYSERR_NOERROR);
-    }
-
-private:
-    static std::vector<Frame> Signal(unsigned seed) { return NoiseFrames(Buffers * BufferFrames, seed); }
-    void Write() {
-        for (size_t i = 0; i < Buffers; ++i) {
-            const std::vector<BYTE> data = Pattern(BufferFrames * 4, static_cast<unsigned>(i));
-            ASSERT_EQ(player_.Write(data), MMSYSERR_NOERROR);
-            played_.insert(played_.end(), data.begin(), data.end());
-        }
-    }
-    template <typename DoneCount>
-    static void ExpectOnce(size_t count, DoneCount doneCount) {
-        for (size_t i = 0; i < count; ++i) {
-            EXPECT_EQ(doneCount(i), 1u) << "header " << i;
-        }
-    }
-
     simulator::Simulator& cards_;
-    unsigned card_;
-    WaveFormat playFormat_;
-    WaveFormat recordFormat_;
+    const unsigned card_;
+    const Playback playback_;
+    const Recording recording_;
+    const WaveFormat playFormat_ = PcmFormat(Rates[card_], 2, 16);
+    const WaveFormat recordFormat_ = PcmFormat(Rates[card_], 1, 24);
     WavePlayer player_;
     WaveRecorder recorder_;
+    std::map<std::string, unsigned> registers_;
     std::vector<BYTE> played_;
+    size_t framesPlayed_ = 0;
+    size_t bytesRecorded_ = 0;
 };
 
 TEST_F(SuspendTest, EveryStateOutlastsTheSleep) {
@@ -162,49 +148,21 @@ TEST_F(SuspendTest, EveryStateOutlastsTheSleep) {
         for (const Recording recording : {Recording::Running, Recording::Stopped}) {
             SCOPED_TRACE(testing::Message() << "playback " << static_cast<int>(playback) << ", recording "
                                             << static_cast<int>(recording));
-            Clients clients[] = {{Cards(), 0}, {Cards(), 1}};
-            std::map<std::string, unsigned> before[2];
-            for (unsigned card = 0; card < 2; ++card) {
-                clients[card].Open();
-                before[card] = Registers(card);
-            }
-            for (Clients& client : clients) {
-                client.Begin(playback);
-            }
-            Cards().Advance(Second / 5);
-            for (Clients& client : clients) {
-                client.Halt(playback, recording);
-            }
-            Cards().Advance(Second / 100);
-
+            Clients first(Cards(), 0, playback, recording);
+            Clients second(Cards(), 1, playback, recording);
+            const auto both = [&](void (Clients::*act)(), int64_t then) {
+                (first.*act)();
+                (second.*act)();
+                Cards().Advance(then);
+            };
+            both(&Clients::Begin, Second / 5);
+            both(&Clients::Halt, Second / 100);
             Sleep();
-            uint64_t played[2];
-            size_t recorded[2];
-            for (unsigned card = 0; card < 2; ++card) {
-                played[card] = clients[card].FramesPlayed();
-                recorded[card] = clients[card].BytesRecorded();
-                clients[card].PlugIn(2);
-            }
-            Cards().Advance(Second);
+            both(&Clients::FallAsleep, Second);
             EXPECT_EQ(SendPower(PWR_SUSPENDRESUME), 1);
-            for (unsigned card = 0; card < 2; ++card) {
-                SCOPED_TRACE(testing::Message() << "card " << card);
-                EXPECT_EQ(Registers(card), before[card]);
-                EXPECT_EQ(Cards().SampleRate(card), Rates[card]);
-            }
-            Cards().Advance(Second / 4);
-            for (unsigned card = 0; card < 2; ++card) {
-                SCOPED_TRACE(testing::Message() << "card " << card);
-                EXPECT_EQ(clients[card].FramesPlayed() > played[card], playback == Playback::Playing);
-                EXPECT_EQ(clients[card].BytesRecorded() > recorded[card], recording == Recording::Running);
-                clients[card].Resume(playback, recording);
-            }
-            Cards().Advance(3 * Second);
-            for (unsigned card = 0; card < 2; ++card) {
-                SCOPED_TRACE(testing::Message() << "card " << card);
-                clients[card].ExpectComplete(recorded[card]);
-                clients[card].Close();
-            }
+            both(&Clients::ExpectAwake, Second / 4);
+            both(&Clients::ExpectOldState, 3 * Second);
+            both(&Clients::ExpectComplete, 0);
             Cards().ForgetAudio();
         }
     }
@@ -232,6 +190,40 @@ TEST_F(SuspendTest, BuffersAddedDuringTheSleepAreFilledAfterIt) {
     EXPECT_EQ(recorder.DoneCount(), 3u);
 }
 
+// What is written while the card is away comes back, and the client is not left waiting.
+TEST_F(SuspendTest, AWriteDuringTheSleepIsReturned) {
+    WavePlayer player;
+    ASSERT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    SendPower(PWR_SUSPENDREQUEST);
+    ASSERT_EQ(player.Write(Pattern(4000)), MMSYSERR_NOERROR);
+    SendPower(PWR_SUSPENDRESUME);
+    Cards().Advance(Second);
+    player.ExpectEachReturnedOnce();
+}
+
+// What the client asks for during the sleep is what it finds after it.
+TEST_F(SuspendTest, RestartAndPauseDuringTheSleepHoldAfterIt) {
+    WavePlayer player;
+    const WaveFormat format = PcmFormat(44100, 2, 16);
+    ASSERT_EQ(player.Open(0, format), MMSYSERR_NOERROR);
+    EXPECT_EQ(waveOutPause(player.Handle()), MMSYSERR_NOERROR);
+    ASSERT_EQ(player.Write(Pattern(40000)), MMSYSERR_NOERROR);
+    Sleep();
+    EXPECT_EQ(waveOutRestart(player.Handle()), MMSYSERR_NOERROR);
+    SendPower(PWR_SUSPENDRESUME);
+    Cards().Advance(Second / 10);
+    EXPECT_TRUE(Cards().Output(0, Port::Analog).Started);
+    Sleep();
+    EXPECT_EQ(waveOutPause(player.Handle()), MMSYSERR_NOERROR);
+    SendPower(PWR_SUSPENDRESUME);
+    Cards().Advance(Second);
+    EXPECT_EQ(player.DoneCount(), 0u) << "the port was paused";
+    EXPECT_EQ(waveOutRestart(player.Handle()), MMSYSERR_NOERROR);
+    Cards().Advance(Second);
+    EXPECT_EQ(Cards().Played(0, Port::Analog), Sound(format, Pattern(40000)));
+    player.ExpectEachReturnedOnce();
+}
+
 // A recording started during the sleep runs after it; one that was reset and closed leaves nothing behind.
 TEST_F(SuspendTest, ResetAndCloseDuringTheSleep) {
     const WaveFormat format = PcmFormat(96000, 1, 16);
@@ -256,31 +248,9 @@ TEST_F(SuspendTest, ResetAndCloseDuringTheSleep) {
     EXPECT_EQ(recorder.DoneCount(1), 1u);
 }
 
-// The clock from outside is gone in the morning: the stream goes on with the card's own.
-TEST_F(SuspendTest, ARecordingOutlastsItsClock) {
-    const WaveFormat format = PcmFormat(48000, 2, 16);
-    Cards().SetDigitalInputRate(0, 48000);
-    WaveRecorder recorder;
-    ASSERT_EQ(recorder.Open(1, format), MMSYSERR_NOERROR);
-    EXPECT_EQ(Cards().CardRegister(0, 32) & 0x60, 0x40);
-    for (int i = 0; i < 4; ++i) {
-        ASSERT_EQ(recorder.Add(48000), MMSYSERR_NOERROR);
-    }
-    recorder.Start();
-    Cards().Advance(Second / 10);
-    Cards().SetDigitalInputRate(0, 0);
-    Sleep();
-    EXPECT_EQ(SendPower(PWR_SUSPENDRESUME), 1);
-    EXPECT_EQ(Cards().CardRegister(0, 32) & 0x60, 0);
-    Cards().Advance(2 * Second);
-    EXPECT_EQ(recorder.DoneCount(), 4u);
-}
-
 TEST_F(SuspendTest, APlaybackOutlastsItsClock) {
     StoreSetting(0, TEXT("ClockSource"), 96);
-    FreeLibrary(driver_);
     UnloadDriver();
-    SetUp();
     const WaveFormat format = PcmFormat(96000, 1, 24);
     const std::vector<BYTE> data = Pattern(96000 * 3);
     WavePlayer player;
@@ -295,16 +265,6 @@ TEST_F(SuspendTest, APlaybackOutlastsItsClock) {
     EXPECT_TRUE(Cards().Played(0, Port::Analog) == Sound(format, data));
     EXPECT_EQ(player.DoneCount(), 1u);
     EXPECT_EQ(test_system::EventLog().size(), 1u) << "the clock's failure is logged";
-}
-
-TEST_F(SuspendTest, OtherEventsDoNothing) {
-    WaveRecorder recorder;
-    ASSERT_EQ(recorder.Open(0, PcmFormat(48000, 2, 16)), MMSYSERR_NOERROR);
-    Cards().ClearTrace();
-    for (const LPARAM event : {0, 4, -1}) {
-        EXPECT_EQ(SendPower(event), 1);
-    }
-    EXPECT_EQ(TraceText(), std::vector<std::string>());
 }
 
 TEST_F(SuspendTest, AResumeWithoutStreamsInitialisesEveryEnabledCard) {

@@ -1,32 +1,12 @@
 // Wave messages before they reach a stream: which need one, and which mean nothing.
-#include <string>
-#include <vector>
-
 #include "tests/support/driver_library.h"
-#include "tests/support/driver_test.h"
-#include "tests/support/wave_player.h"
+#include "tests/support/output_test.h"
 
 namespace {
 
 constexpr UINT DirectMode = 0x4002;
 
-class WaveDispatchTest : public DriverTest {
-protected:
-    void TearDown() override {
-        if (player_.Handle() != nullptr) {
-            waveOutReset(player_.Handle());
-            EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
-        }
-        DriverTest::TearDown();
-    }
-
-    // A message to the open device itself, as the system passes on what it has no function for.
-    MMRESULT Send(UINT message, DWORD_PTR param1 = 0, DWORD_PTR param2 = 0) {
-        return waveOutMessage(player_.Handle(), message, param1, param2);
-    }
-
-    WavePlayer player_;
-};
+class WaveDispatchTest : public OutputTest {};
 
 TEST_F(WaveDispatchTest, WithoutAStreamEveryMessageIsInvalid) {
     const DriverLibrary library;
@@ -66,16 +46,6 @@ TEST_F(WaveDispatchTest, OfThePrivateMessagesAnInputKnowsDirectModeOnly) {
     EXPECT_EQ(waveInMessage(input, DirectMode, 0, 0), MMSYSERR_NOERROR);
     EXPECT_EQ(TraceText(), std::vector<std::string>{"write port 0 = C0 / C0"});
     EXPECT_EQ(waveInClose(input), MMSYSERR_NOERROR);
-}
-
-TEST_F(WaveDispatchTest, DirectModeTakesTheSlotsAsTheyAre) {
-    ASSERT_EQ(player_.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
-    ASSERT_EQ(Cards().OutputRegister(0, simulator::Port::Analog, 0) & 0xC0, 0x40);
-    Cards().ClearTrace();
-    EXPECT_EQ(Send(DirectMode), MMSYSERR_NOERROR);
-    EXPECT_EQ(TraceText(), std::vector<std::string>{"write port 0 = C0 / C0"});
-    AddFault("WRITE_REGISTER:1");
-    EXPECT_EQ(Send(DirectMode), MMSYSERR_NOERROR) << "whatever the write gave";
 }
 
 }  // namespace

@@ -115,20 +115,6 @@ TEST_F(DeviceFile, FailureAndPendingLeaveTheEventReset) {
     EXPECT_FALSE(EventIsSet());
 }
 
-TEST_F(DeviceFile, OverlappedHandleNeedsAnOverlappedStructure) {
-    EXPECT_FALSE(Send(kEcho, nullptr));
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
-
-    CloseHandle(driver_.Device);
-    driver_.Device = OpenDevice(TEXT("\\\\.\\Echo0"), 0);
-    EXPECT_TRUE(Send(kEcho, nullptr));
-    EXPECT_EQ(bytes_, 4u);
-
-    overlapped_.hEvent = reinterpret_cast<HANDLE>(ULONG_PTR{12345});
-    EXPECT_FALSE(Send(kEcho, &overlapped_));
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_HANDLE));
-}
-
 TEST_F(DeviceFile, IsClosedOnceAndNotUnderARequest) {
     EXPECT_TRUE(Send(kCloseMeanwhile, &overlapped_));
     EXPECT_EQ(driver_.Closes, 1);

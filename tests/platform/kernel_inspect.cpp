@@ -71,16 +71,6 @@ TEST(Quiet, ComesWhenEverythingThatCallsSetOffIsDone) {
     }
 }
 
-TEST(Quiet, DoesNotComeWhileAThreadIsStillAtWork) {
-    Service service;
-    ResetEvent(service.Gate);
-    service.Complete();
-    EXPECT_FALSE(platform::WaitUntilQuiet(5));
-    SetEvent(service.Gate);
-    EXPECT_TRUE(platform::WaitUntilQuiet(60000));
-    EXPECT_EQ(service.Done, 1);
-}
-
 // Whoever waits when a manual event is set is released, however soon it is reset.
 TEST(Event, ReleasesItsWaitersEvenWhenResetAtOnce) {
     Service service;

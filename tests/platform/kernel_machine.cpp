@@ -115,24 +115,6 @@ struct Counter {
 };
 const platform::MachineRegion<Counter> counter("test-counter");
 
-TEST_F(Machine, RegionIsCreatedOnceAndSharedByProcesses) {
-    pid_t children[4];
-    for (pid_t& child : children) {
-        child = StartProcess([] {
-            for (int i = 0; i < 500; ++i) {
-                const std::lock_guard guard(counter->Lock);
-                ++counter->Value;
-            }
-            return 0;
-        });
-    }
-    for (const pid_t child : children) {
-        EXPECT_EQ(CollectProcess(child), 0);
-    }
-    EXPECT_EQ(counter->Value, 2000);
-    EXPECT_EQ(counter->Created, 1);
-}
-
 TEST_F(Machine, LockOfADeadProcessPassesOn) {
     counter->Value = 1;
     CollectProcess(StartProcess(

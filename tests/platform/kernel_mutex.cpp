@@ -60,26 +60,4 @@ TEST_F(Mutex, OfAThreadThatEndedIsAbandonedOnce) {
     }
 }
 
-TEST(NamedMutex, IsOneMutexForAllWhoNameIt) {
-    const HANDLE first = CreateMutexW(nullptr, TRUE, TEXT("kernel test mutex"));
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SUCCESS));
-    const HANDLE second = CreateMutexW(nullptr, TRUE, TEXT("kernel test mutex"));
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS));
-    const HANDLE other = CreateMutexW(nullptr, FALSE, TEXT("kernel test Mutex"));
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SUCCESS)) << "names differ by case";
-
-    EXPECT_EQ(OnAnotherThread(TryForAMoment, second), static_cast<DWORD>(WAIT_TIMEOUT));
-    EXPECT_TRUE(ReleaseMutex(second)) << "taken once, through the first handle";
-    EXPECT_FALSE(ReleaseMutex(first)) << "the second creation must not have taken it";
-
-    CloseHandle(first);
-    EXPECT_EQ(WaitForSingleObject(second, 0), WAIT_OBJECT_0);
-    EXPECT_TRUE(ReleaseMutex(second));
-    CloseHandle(second);
-    const HANDLE fresh = CreateMutexW(nullptr, FALSE, TEXT("kernel test mutex"));
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SUCCESS)) << "the name goes with the last handle";
-    CloseHandle(fresh);
-    CloseHandle(other);
-}
-
 }  // namespace

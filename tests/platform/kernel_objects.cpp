@@ -28,17 +28,4 @@ TEST(Handle, GoesBadWhenClosedAndIsNoNewerOne) {
     CloseHandle(event);
 }
 
-TEST(PointerProbe, TellsGoodMemoryFromBad) {
-    int good = 0;
-    EXPECT_FALSE(IsBadReadPtr(&good, sizeof good));
-    EXPECT_FALSE(IsBadWritePtr(&good, sizeof good));
-    EXPECT_FALSE(IsBadReadPtr(nullptr, 0));
-    EXPECT_TRUE(IsBadReadPtr(nullptr, 1));
-    EXPECT_TRUE(IsBadWritePtr(nullptr, 1));
-    EXPECT_TRUE(IsBadReadPtr(reinterpret_cast<void*>(ULONG_PTR{16}), 32));
-    EXPECT_TRUE(IsBadReadPtr(&good, ~ULONG_PTR{0})) << "past the end of the address space";
-    EXPECT_FALSE(IsBadReadPtr(TEXT("read-only"), 4));
-    EXPECT_TRUE(IsBadWritePtr(const_cast<WCHAR*>(TEXT("read-only")), 4));
-}
-
 }  // namespace

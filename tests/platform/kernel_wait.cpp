@@ -48,16 +48,6 @@ TEST_F(AlertableWait, SignalledObjectWinsOverQueuedCalls) {
     EXPECT_EQ(callsRun, std::vector{1});
 }
 
-TEST_F(AlertableWait, OtherWaitsLeaveQueuedCallsAlone) {
-    QueueUserAPC(NoteCall, GetCurrentThread(), 1);
-    EXPECT_EQ(WaitForSingleObject(event_, 5), static_cast<DWORD>(WAIT_TIMEOUT));
-    EXPECT_EQ(WaitForSingleObjectEx(event_, 5, FALSE), static_cast<DWORD>(WAIT_TIMEOUT));
-    SleepEx(0, FALSE);
-    EXPECT_TRUE(callsRun.empty());
-    EXPECT_EQ(SleepEx(INFINITE, TRUE), WAIT_IO_COMPLETION);
-    EXPECT_EQ(callsRun, std::vector{1});
-}
-
 TEST_F(AlertableWait, MutexThatAnotherThreadHoldsCanBeInterrupted) {
     const HANDLE mutex = CreateMutexW(nullptr, TRUE, nullptr);
     const HANDLE thread = CreateThread(
@@ -74,24 +64,6 @@ TEST_F(AlertableWait, MutexThatAnotherThreadHoldsCanBeInterrupted) {
     ReleaseMutex(mutex);
     CloseHandle(thread);
     CloseHandle(mutex);
-}
-
-TEST(Event, AutomaticEventSatisfiesOneWaitManualEventAll) {
-    const HANDLE automatic = CreateEventW(nullptr, FALSE, TRUE, nullptr);
-    EXPECT_EQ(WaitForSingleObject(automatic, 0), WAIT_OBJECT_0);
-    EXPECT_EQ(WaitForSingleObject(automatic, 0), static_cast<DWORD>(WAIT_TIMEOUT));
-    SetEvent(automatic);
-    SetEvent(automatic);
-    EXPECT_EQ(WaitForSingleObject(automatic, INFINITE), WAIT_OBJECT_0);
-    EXPECT_EQ(WaitForSingleObject(automatic, 0), static_cast<DWORD>(WAIT_TIMEOUT)) << "sets do not add up";
-
-    const HANDLE manual = CreateEventW(nullptr, TRUE, TRUE, nullptr);
-    EXPECT_EQ(WaitForSingleObject(manual, 0), WAIT_OBJECT_0);
-    EXPECT_EQ(WaitForSingleObject(manual, INFINITE), WAIT_OBJECT_0);
-    ResetEvent(manual);
-    EXPECT_EQ(WaitForSingleObject(manual, 0), static_cast<DWORD>(WAIT_TIMEOUT));
-    CloseHandle(automatic);
-    CloseHandle(manual);
 }
 
 }  // namespace

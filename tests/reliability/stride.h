@@ -3,7 +3,7 @@
 
 #if defined(__SANITIZE_THREAD__)
 inline constexpr unsigned Stride = 31;
-#elif defined(__SANITIZE_ADDRESS__)
+#elif defined(__SANITIZE_ADDRESS__) || defined(_WIN32)
 inline constexpr unsigned Stride = 13;
 #else
 inline constexpr unsigned Stride = 1;

@@ -110,39 +110,6 @@ TEST_F(LoadSettingsTest, AStoredWordIsTakenOnlyAsFourBytesOrFewer) {
     }
 }
 
-TEST_F(LoadSettingsTest, AnyStoredNumberIsTakenUnchanged) {
-    StoreSetting(0, TEXT("ClockSource"), 5);
-    StoreSetting(0, TEXT("Left24"), 0x80000000);
-    StoreSetting(0, TEXT("NonAudio"), 0x100);
-    CardState expected = Defaults;
-    expected.ChannelStatus0 = 0x43;
-    EXPECT_EQ(Load(), expected);
-    const std::vector<std::string> lines = TraceText();
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), "write card 32 = 05 / 60"), 1);
-}
-
-TEST_F(LoadSettingsTest, ClocksAreCheckedUnlessSwitchedOff) {
-    Cards().SetClockBroken(0, 0x60, true);
-    StoreSetting(0, TEXT("ClockSource"), 96);
-    const struct {
-        DWORD Size, Value, Type;
-        MMRESULT Result;
-    } cases[] = {
-        {0, 0, REG_NONE, MMSYSERR_ERROR},  // not stored: on
-        {4, 0, REG_DWORD, MMSYSERR_ERROR},
-        {4, 1, REG_BINARY, MMSYSERR_ERROR},
-        {4, 0, REG_BINARY, MMSYSERR_NOERROR},
-    };
-    for (const auto& expected : cases) {
-        UnloadDriver();
-        if (expected.Size != 0) {
-            StoreBinary(0, TEXT("CheckClocks"), &expected.Value, expected.Size, expected.Type);
-        }
-        WavePlayer player;
-        EXPECT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), expected.Result) << &expected - cases;
-    }
-}
-
 TEST_F(LoadSettingsTest, TheMonitorBlockIsTakenOnlyWithItsSizeInFront) {
     std::vector<DWORD> block = {68, 1, 2, 3, 4, 5, 6, 7, 8, 10, 11, 12, 13, 14, 15, 16, 17};
     CardState taken = Defaults;
@@ -210,16 +177,6 @@ TEST_F(LoadSettingsTest, ACardWithoutItsKeyIsReportedAndHasNoSettings) {
     EXPECT_EQ(LoadedName(), u"Kestrelvox Analog");
     EXPECT_EQ(test_system::MessageBoxes().size(), 3u);
     EXPECT_EQ(LoadedName(), u"Studio Analog");
-}
-
-// How much of the path came back is not looked at.
-TEST_F(LoadSettingsTest, APathThatIsAnsweredShortOrPendingIsAPath) {
-    StoreText(0, TEXT("Name"), u"Studio");
-    for (const char* fault : {"GET_REGISTRY_PATH:1:short", "GET_REGISTRY_PATH:1:pending"}) {
-        AddFault(fault);
-        EXPECT_EQ(LoadedName(), u"Studio Analog") << fault;
-    }
-    EXPECT_TRUE(test_system::MessageBoxes().empty());
 }
 
 }  // namespace

@@ -15,8 +15,6 @@ std::span<const uint8_t> BytesOf(const T& value) {
     return {reinterpret_cast<const uint8_t*>(&value), sizeof value};
 }
 
-thread_local CompletionThread* current = nullptr;
-
 }  // namespace
 
 CardFile::CardFile(unsigned card) {
@@ -126,59 +124,6 @@ std::vector<Frame> Ramp(size_t frames) {
         ramp[i] = {static_cast<int32_t>(i + 1) * 256, -static_cast<int32_t>(i + 1) * 512};
     }
     return ramp;
-}
-
-CompletionThread::CompletionThread(const CardFile& file, std::function<void(ULONG_PTR)> answer)
-    : file_(file),
-      answer_(std::move(answer)),
-      ready_(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
-      stop_(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
-      thread_(nullptr) {
-    DWORD id = 0;
-    thread_ = CreateThread(nullptr, 0, Run, this, 0, &id);
-    WaitForSingleObject(ready_, INFINITE);
-}
-
-CompletionThread::~CompletionThread() {
-    SetEvent(stop_);
-    WaitForSingleObject(thread_, INFINITE);
-    for (const HANDLE handle : {thread_, stop_, ready_}) {
-        CloseHandle(handle);
-    }
-}
-
-DWORD WINAPI CompletionThread::Run(void* argument) {
-    auto* self = static_cast<CompletionThread*>(argument);
-    current = self;
-    const auto routine = reinterpret_cast<ULONG_PTR>(&Completed);
-    EXPECT_EQ(self->file_.Request(SetCompletionRoutine, BytesOf(routine)), ERROR_SUCCESS);
-    SetEvent(self->ready_);
-    while (WaitForSingleObjectEx(self->stop_, INFINITE, TRUE) == WAIT_IO_COMPLETION) {
-    }
-    const ULONG_PTR none = 0;
-    EXPECT_EQ(self->file_.Request(SetCompletionRoutine, BytesOf(none)), ERROR_SUCCESS);
-    return 0;
-}
-
-void CALLBACK CompletionThread::Completed(ULONG_PTR cookie, ULONG_PTR, ULONG_PTR) {
-    {
-        const std::lock_guard<std::mutex> guard(current->mutex_);
-        current->cookies_.push_back(cookie);
-    }
-    if (current->answer_) {
-        current->answer_(cookie);
-    }
-}
-
-std::vector<ULONG_PTR> CompletionThread::Cookies() const {
-    const std::lock_guard<std::mutex> guard(mutex_);
-    return cookies_;
-}
-
-void CompletionThread::WaitFor(size_t cookies) const {
-    while (Cookies().size() < cookies) {
-        Sleep(1);
-    }
 }
 
 }  // namespace simulator_tests

@@ -3,10 +3,7 @@
 
 #include <windows.h>
 
-#include <atomic>
 #include <cstdint>
-#include <functional>
-#include <mutex>
 #include <span>
 #include <string>
 #include <vector>
@@ -54,31 +51,6 @@ private:
 // Makes the card audible: internal clock at the rate of `rateCode`, connectors on, every gain 0 but
 // those of each playback into its own connector.
 void Prepare(unsigned card, uint32_t rateCode = 3);
-
-// A thread that receives a file's completions, as a stream's service thread does.
-class CompletionThread {
-public:
-    // `answer` runs on the thread for every completion.
-    explicit CompletionThread(const CardFile& file, std::function<void(ULONG_PTR cookie)> answer = {});
-    ~CompletionThread();
-    CompletionThread(const CompletionThread&) = delete;
-    CompletionThread& operator=(const CompletionThread&) = delete;
-
-    std::vector<ULONG_PTR> Cookies() const;
-    void WaitFor(size_t cookies) const;  // real time; without a limit
-
-private:
-    static DWORD WINAPI Run(void* self);
-    static void CALLBACK Completed(ULONG_PTR cookie, ULONG_PTR, ULONG_PTR);
-
-    const CardFile& file_;
-    const std::function<void(ULONG_PTR)> answer_;
-    HANDLE ready_;
-    HANDLE stop_;
-    HANDLE thread_;
-    mutable std::mutex mutex_;
-    std::vector<ULONG_PTR> cookies_;
-};
 
 inline simulator::Frame Both(int32_t value) {
     return {value, value};

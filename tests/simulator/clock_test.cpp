@@ -12,8 +12,6 @@ namespace {
 
 using namespace simulator;
 
-constexpr uint32_t AnalogOut = 2;
-
 TEST(SimulatorClock, FramesAndTimesAgreeToTheNanosecondForDays) {
     for (const uint32_t rate : {8000u, 11025u, 44100u, 96000u, 192000u}) {
         for (const int32_t drift : {0, 1, -1, 37, -250, 100000, -100000}) {
@@ -29,105 +27,6 @@ TEST(SimulatorClock, FramesAndTimesAgreeToTheNanosecondForDays) {
     EXPECT_EQ(exact.FramesAt(1000000 * int64_t{1000000000}), 44100000000u);
     const SampleClock fast{0, 0, 48000, 100};
     EXPECT_EQ(fast.FramesAt(100 * int64_t{1000000000}), 4800480u);
-}
-
-TEST(SimulatorClock, TheWrongSpeedBitIsOffByAFactorOfTwo) {
-    Simulator sim({});
-    const CardFile file(0, ControlChannel);
-    const unsigned rates[] = {96000, 88200, 48000, 44100, 32000, 22050, 8000, 11025};
-    for (uint32_t code = 0; code < 8; ++code) {
-        file.WriteCard(32, code, 0x07);
-        file.WriteCard(17, 0x00, 0x08);
-        EXPECT_EQ(sim.SampleRate(0), code < 2 ? rates[code] / 2 : rates[code]);
-        file.WriteCard(17, 0x08, 0x08);
-        EXPECT_EQ(sim.SampleRate(0), code < 2 ? rates[code] : rates[code] * 2);
-        const uint64_t before = sim.ClockFrame(0);
-        sim.Advance(1000000);
-        EXPECT_EQ(sim.ClockFrame(0) - before, sim.SampleRate(0));
-    }
-}
-
-// What stands still on both cards: an armed output with data.
-struct Player {
-    Player(unsigned card, bool behindHold) : File(card, AnalogOut), Samples(88200, Both(1 << 20)) {
-        File.WritePort(0, behindHold ? 0xC2 : 0xC0);
-        EXPECT_EQ(File.Queue(Samples, 1), ERROR_SUCCESS);
-        File.Start();
-    }
-    CardFile File;
-    std::vector<Frame> Samples;
-};
-
-void FollowCard0(const CardFile& card0, const CardFile& card1) {
-    card0.WriteCard(32, 0x10, 0x10);
-    card1.WriteCard(32, 0x20, 0x60);
-}
-
-void Resync(const CardFile& card) {
-    card.WriteCard(17, 0, 0x80);
-    ASSERT_EQ(card.Send(Stall, 1), ERROR_SUCCESS);
-    card.WriteCard(17, 0x80, 0x80);
-}
-
-TEST(SimulatorClock, OneHoldStartsAGroupOnOneFrame) {
-    for (const bool resynced : {true, false}) {
-        SCOPED_TRACE(resynced);
-        Simulator sim({.Cards = 2});
-        Prepare(0);
-        Prepare(1);
-        const CardFile card0(0, ControlChannel);
-        const CardFile card1(1, ControlChannel);
-        FollowCard0(card0, card1);
-        if (resynced) {
-            Resync(card1);
-        }
-        card0.WriteCard(36, 1);
-        card1.WriteCard(36, 1);  // of no effect: card 0 supplies the clock
-        const Player first(0, true);
-        sim.Advance(3333);
-        const Player second(1, true);
-        sim.Advance(50000);
-        EXPECT_FALSE(sim.Output(0, Port::Analog).Started);
-        EXPECT_FALSE(sim.Output(1, Port::Analog).Started);
-
-        const uint64_t now = sim.ClockFrame(0);
-        card0.WriteCard(36, 0, 1);
-        sim.Advance(10000);
-        EXPECT_EQ(sim.Output(0, Port::Analog).StartFrame, now + 1);
-        const uint64_t apart =
-            sim.Output(1, Port::Analog).StartFrame - sim.Output(0, Port::Analog).StartFrame;
-        EXPECT_EQ(apart == 0, resynced);
-        EXPECT_EQ(sim.ClockFrame(0) - sim.ClockFrame(1), apart);
-        EXPECT_EQ(sim.Output(0, Port::Analog).FramesPlayed - sim.Output(1, Port::Analog).FramesPlayed, apart);
-
-        card0.WriteCard(36, 1);  // does not stop what runs
-        const uint64_t played = sim.Output(0, Port::Analog).FramesPlayed;
-        sim.Advance(10000);
-        EXPECT_EQ(sim.Output(0, Port::Analog).FramesPlayed, played + 441);
-    }
-}
-
-TEST(SimulatorClock, LinkedCardsRunTogetherAndOthersDrift) {
-    Simulator sim({.Cards = 3});
-    for (unsigned card = 0; card < 3; ++card) {
-        Prepare(card);
-        sim.SetDrift(card, static_cast<int>(card) * 100);
-    }
-    const CardFile card0(0, ControlChannel);
-    const CardFile card1(1, ControlChannel);
-    FollowCard0(card0, card1);
-    Resync(card1);
-    const uint64_t start[] = {sim.ClockFrame(0), sim.ClockFrame(1), sim.ClockFrame(2)};
-    sim.Advance(100000000);
-    EXPECT_EQ(sim.ClockFrame(0) - start[0], 4410000u);
-    EXPECT_EQ(sim.ClockFrame(1), sim.ClockFrame(0));
-    EXPECT_NEAR(static_cast<double>(sim.ClockFrame(2) - start[2]), 4410000.0 * 1.0002, 1.0);
-
-    // A change of the driver's rate takes the follower along, no longer aligned.
-    card0.WriteCard(32, 2, 0x07);
-    sim.Advance(1000);
-    EXPECT_EQ(sim.SampleRate(1), 48000u);
-    EXPECT_NE(sim.ClockFrame(1), sim.ClockFrame(0));
 }
 
 TEST(SimulatorClock, AnInvalidSourceLatchesTheFaultAndStandsStill) {
@@ -192,36 +91,6 @@ TEST(SimulatorClock, ASpinOnTheTimerAndAStallMoveSteppedTime) {
     Sleep(10);
     EXPECT_EQ(timeGetTime(), first + 2) << "a sleep came between";
     EXPECT_EQ(timeGetTime(), first + 3);
-}
-
-// A buffer that ends during another thread's spin is answered before the spin goes on; a completion
-// that spins itself does not wait for itself.
-TEST(SimulatorClock, BuffersEndDuringASpin) {
-    Simulator sim({});
-    Prepare(0);
-    const CardFile file(0, AnalogOut);
-    file.WritePort(0, 0xC0);
-    std::vector<Frame> frames(441, Both(1));
-    unsigned spinsInCompletion = 0;
-    CompletionThread thread(file, [&](ULONG_PTR cookie) {
-        if (cookie == 3) {
-            const DWORD from = timeGetTime();
-            while (timeGetTime() - from < 2) {
-                ++spinsInCompletion;
-            }
-        }
-        file.Queue(frames, cookie + 2);
-        file.Request(StartTransfer);
-    });
-    ASSERT_EQ(file.Queue(frames, 1), ERROR_SUCCESS);
-    ASSERT_EQ(file.Queue(frames, 2), ERROR_SUCCESS);
-    file.Start();
-    const DWORD from = timeGetTime();
-    while (timeGetTime() - from < 100) {
-    }
-    EXPECT_GT(thread.Cookies().size(), 8u);
-    EXPECT_EQ(spinsInCompletion, 1u);
-    EXPECT_EQ(sim.Output(0, Port::Analog).FramesSilent, 0u);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The request protocol: sizes, states, the order of a hand-over.
+// The request protocol: sizes, states, the order of a hand-over, registers and their masks.
 #include <gtest/gtest.h>
 
 #include "tests/simulator/card_file.h"
@@ -124,6 +124,37 @@ TEST(SimulatorRequest, AHandOverIsFourRequestsInOrder) {
     }
     ASSERT_EQ(file.Request(BeginBuffer), ERROR_SUCCESS);
     EXPECT_EQ(file.Request(MapBuffer), ERROR_INVALID_PARAMETER);
+}
+
+// --- registers ---------------------------------------------------------------------------------
+
+TEST(SimulatorRegister, AWriteChangesTheBitsUnderItsMaskThatTheRegisterHas) {
+    Simulator sim({});
+    const CardFile file(0, ControlChannel);
+    file.WriteCard(32, 0x00);
+    file.WriteCard(32, 0xFF, 0x11);
+    EXPECT_EQ(sim.CardRegister(0, 32), 0x11);
+    file.WriteCard(32, 0x60, 0x70);
+    EXPECT_EQ(sim.CardRegister(0, 32), 0x61);
+    file.WriteCard(32, 0xFF);
+    EXPECT_EQ(sim.CardRegister(0, 32), 0x77);
+    file.WriteCard(10, 0xFF);
+    EXPECT_EQ(sim.CardRegister(0, 10), 0x07);
+}
+
+TEST(SimulatorRegister, WhatTheCardDoesNotHaveIsRefused) {
+    Simulator sim({});
+    const CardFile digitalIn(0, 1);
+    const CardFile analogOut(0, 2);
+    uint32_t value = 0;
+    EXPECT_EQ(analogOut.ReadRegister(0, 1, &value), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(analogOut.WriteRegister(0, 200, 0, 0xFF), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(analogOut.ReadRegister(2, 0, &value), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(digitalIn.ReadRegister(1, 2, &value), ERROR_SUCCESS);
+    EXPECT_EQ(analogOut.ReadRegister(1, 2, &value), ERROR_INVALID_PARAMETER);
+    const uint8_t wide[20] = {32, 0, 0, 0, 16};
+    uint8_t answer[4];
+    EXPECT_EQ(analogOut.Request(simulator::ReadRegister, wide, answer), ERROR_INVALID_PARAMETER);
 }
 
 }  // namespace

@@ -23,14 +23,6 @@ protected:
     WAVEHDR header_ = {reinterpret_cast<LPSTR>(data_.data()), 4000, 0, 0, 0, 0, nullptr, 0};
 };
 
-TEST_F(CallbackTest, Function) {
-    ASSERT_EQ(player_.Open(AnalogOut, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
-    ASSERT_EQ(player_.Write(data_), MMSYSERR_NOERROR);
-    Cards().Advance(Second);
-    EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
-    EXPECT_EQ(player_.Messages(), std::vector<UINT>({WOM_OPEN, WOM_DONE, WOM_CLOSE}));
-}
-
 TEST_F(CallbackTest, Event) {
     const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     const auto signalled = [event] { return WaitForSingleObject(event, 0) == WAIT_OBJECT_0; };

@@ -57,6 +57,14 @@ void DriverTest::AddFault(std::string_view fault) {
     simulator_->AddFault(simulator::ParseFault(fault).value());
 }
 
+void DriverTest::Fail(uint32_t code, unsigned nth, simulator::Fault::Kind kind) {
+    simulator_->AddFault({.What = kind, .Code = code, .Nth = nth});
+}
+
+void DriverTest::Fail(std::string_view request, unsigned nth, simulator::Fault::Kind kind) {
+    Fail(simulator::RequestCode(request).value(), nth, kind);
+}
+
 std::vector<std::string> DriverTest::TraceText(std::initializer_list<std::string_view> without) {
     std::vector<std::string> lines;
     for (const simulator::TraceEntry& entry : simulator_->Trace()) {

@@ -17,6 +17,8 @@
 
 class DriverTest : public testing::Test {
 protected:
+    static constexpr int64_t Second = 1000000;  // of Simulator::Advance
+
     // The cards are on the machine from the start; the first wave call loads the driver, so settings can
     // be stored before it.
     explicit DriverTest(unsigned cards = 1, simulator::TimeKind time = simulator::TimeKind::Stepped);
@@ -40,6 +42,10 @@ protected:
 
     // "NAME:N[:fail|pending|short]" and so on, as the simulator reads them.
     void AddFault(std::string_view fault);
+    // The `nth` coming request of that code fails, or every one (0).
+    void Fail(uint32_t code, unsigned nth = 1, simulator::Fault::Kind kind = simulator::Fault::Kind::Fail);
+    void Fail(std::string_view request, unsigned nth = 1,
+              simulator::Fault::Kind kind = simulator::Fault::Kind::Fail);
 
     // The requests made since the trace was last cleared, one readable line each, without those that
     // start with one of the given words.

@@ -10,7 +10,6 @@ class InputTest : public DriverTest {
 protected:
     static constexpr UINT AnalogIn = 0;  // devices of card 0
     static constexpr UINT DigitalIn = 1;
-    static constexpr int64_t Second = 1000000;
 
     explicit InputTest(unsigned cards = 1) : DriverTest(cards) {}
 
@@ -40,15 +39,7 @@ protected:
     void AdvanceFrames(unsigned frames, unsigned rate) {
         Cards().Advance((2 * frames + 1) * Second / (2 * rate));
     }
-
-    // Every header of the recorder has come back exactly once, as a header that comes back looks.
-    void ExpectEachReturnedOnce() {
-        for (size_t i = 0; i < recorder_.HeaderCount(); ++i) {
-            EXPECT_EQ(recorder_.DoneCount(i), 1u) << "header " << i;
-            const DWORD flags = recorder_.Header(i).dwFlags;
-            EXPECT_EQ(flags & (WHDR_DONE | WHDR_INQUEUE), unsigned{WHDR_DONE}) << "header " << i;
-        }
-    }
+    void ExpectEachReturnedOnce() { recorder_.ExpectEachReturnedOnce(); }
 
     WaveRecorder recorder_;
 };

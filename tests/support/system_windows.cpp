@@ -1,7 +1,8 @@
 #include <windows.h>
 #include <mmsystem.h>
 
-#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <mutex>
 #include <sstream>
@@ -166,7 +167,10 @@ std::vector<LoggedEvent> EventLog() {
 }
 
 void FailCall(const char* function, unsigned nth) {
-    simulator::FailCall(function, nth);
+    if (!simulator::FailCall(function, nth)) {
+        std::fprintf(stderr, "no call of %s can be made to fail\n", function);
+        std::abort();
+    }
 }
 
 bool CallFailuresAreWaiting() {

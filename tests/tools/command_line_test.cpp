@@ -19,12 +19,12 @@ TEST(CommandLine, RefusesBadInputInOneLine) {
     const std::string text = folder.Path("text.wav");
     const std::string cut = folder.Path("cut.wav");
     const std::string out = folder.Path("out.wav");
-    WriteFile(good, WavFile({}, NoiseFrames(1000)));
-    WriteFile(odd, WavFile({.Rate = 12000}, NoiseFrames(1000)));
+    WriteFile(good, WavFile({}, NoiseBytes(1000)));
+    WriteFile(odd, WavFile({.Rate = 12000}, NoiseBytes(1000)));
     const std::string law = folder.Path("law.wav");
-    WriteFile(law, WavFile({.Tag = 6, .Bits = 8, .BytesPerSample = 1}, NoiseFrames(1000)));
+    WriteFile(law, WavFile({.Tag = 6, .Bits = 8, .BytesPerSample = 1}, NoiseBytes(1000)));
     WriteFile(text, "some text that is long enough for a header of a WAV file");
-    WriteFile(cut, WavFile({}, NoiseFrames(1000)).substr(0, 1000));
+    WriteFile(cut, WavFile({}, NoiseBytes(1000)).substr(0, 1000));
     const struct {
         Words Arguments;
         const char* Why;
@@ -177,7 +177,7 @@ TEST(CommandLine, KeepsSettingsAndRegistersOnANamedMachine) {
     EXPECT_EQ(shown.Values("ClockSource"), Words{"0 (internal)"});
     EXPECT_EQ(shown.Values("Left24").at(0).substr(0, 2), "1 ");
 
-    WriteFile(folder.Path("in.wav"), WavFile({.Rate = 96000}, NoiseFrames(100)));
+    WriteFile(folder.Path("in.wav"), WavFile({.Rate = 96000}, NoiseBytes(100)));
     ASSERT_EQ(
         RunCommand({"play", folder.Path("in.wav"), "--machine", machine.Name, "--time", "stepped"}).Status,
         0);

@@ -12,15 +12,10 @@ namespace {
 using kestvox::CommandError;
 using kestvox::FindSetting;
 using kestvox::ParseSetting;
-using kestvox::ShowSetting;
 using kestvox::StoredValue;
 
 StoredValue Parse(const char* name, const char* text) {
     return ParseSetting(FindSetting(name), text);
-}
-
-std::string Show(const char* name, const StoredValue& value) {
-    return ShowSetting(FindSetting(name), value).value_or("not readable");
 }
 
 template <typename T>
@@ -83,25 +78,6 @@ TEST(SettingsTable, RefusesWhatASettingCannotHave) {
     EXPECT_THROW(FindSetting("Left25"), CommandError);
     EXPECT_THROW(FindSetting(""), CommandError);
     EXPECT_EQ(Parse("Name", std::string(50, 'x').c_str()), Text(std::u16string(50, u'x')));
-}
-
-TEST(SettingsTable, ShowsValuesAsTheDriverWouldReadThem) {
-    EXPECT_EQ(Show("Name", Text(u"G\u00E4nge \U0001F3B5")), "G\xC3\xA4nge \xF0\x9F\x8E\xB5");
-    EXPECT_EQ(Show("Name", Text(std::u16string(60, u'x'))), std::string(50, 'x'));
-    EXPECT_EQ(Show("Name", Binary(uint32_t{7})), "not readable");
-    EXPECT_EQ(Show("Master", Text(u"")), "(follows no card)");
-    EXPECT_NE(Show("Master", Text(simulator::Simulator::RegistryPath(2))).find("(card 2)"),
-              std::string::npos);
-    EXPECT_NE(Show("Master", Text(u"SYSTEM\\Other")).find("no card has this key"), std::string::npos);
-
-    EXPECT_EQ(Show("ClockSource", Binary(uint32_t{64})), "64 (digital input)");
-    EXPECT_EQ(Show("ClockSource", Binary(uint32_t{5})), "5 (no meaning)");
-    EXPECT_EQ(Show("ClockSource", Binary(uint8_t{96})), "96 (PLL)");
-    EXPECT_EQ(Show("ClockSource", Binary(uint64_t{64})), "not readable");
-    EXPECT_EQ(Show("Left24", StoredValue{.Type = REG_DWORD, .Bytes = {0, 0, 0, 0}}), "not readable");
-
-    EXPECT_EQ(Show("Monitor", Parse("Monitor", "1,2,3,4,5,6,7,8")), "1,2,3,4,5,6,7,8");
-    EXPECT_EQ(Show("Monitor", Binary(std::array<uint32_t, 17>{})), "not readable");
 }
 
 }  // namespace

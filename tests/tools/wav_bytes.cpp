@@ -1,6 +1,6 @@
 #include "tests/tools/wav_bytes.h"
 
-#include <random>
+#include "tests/support/wave_player.h"
 
 std::string Little(uint32_t value, int bytes) {
     std::string text;
@@ -36,14 +36,10 @@ std::string WavFile(const WavFormat& format, const std::string& samples) {
 }
 
 std::string Noise(size_t count) {
-    std::minstd_rand random(1);
-    std::string bytes;
-    while (bytes.size() < count) {
-        bytes += static_cast<char>(random() >> 16 & 0xFF);
-    }
-    return bytes;
+    const std::vector<BYTE> bytes = Pattern(count);
+    return {bytes.begin(), bytes.end()};
 }
 
-std::string NoiseFrames(size_t frames, const WavFormat& format) {
+std::string NoiseBytes(size_t frames, const WavFormat& format) {
     return Noise(frames * format.BytesPerSample * format.Channels);
 }

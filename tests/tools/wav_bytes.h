@@ -28,4 +28,4 @@ std::string WavFile(const WavFormat& format, const std::string& samples);
 
 // Bytes that look like noise, the same on every run.
 std::string Noise(size_t count);
-std::string NoiseFrames(size_t frames, const WavFormat& format = {});
+std::string NoiseBytes(size_t frames, const WavFormat& format = {});

@@ -56,14 +56,6 @@ TEST_F(InputControlTest, ATransferThatWillNotStartIsNotArmed) {
     EXPECT_EQ(recorder_.DoneCount(), 2u);
 }
 
-TEST_F(InputControlTest, BuffersBeyondAQuarterSecondWait) {
-    Add(400, 4);
-    Cards().ClearTrace();
-    Add(Rate, 3);  // a quarter of a second each
-    const Lines lines = TraceText({"BEGIN", "SET", "QUEUE"});
-    EXPECT_EQ(lines, Lines{"MAP_BUFFER 44100"});
-}
-
 TEST_F(InputControlTest, StopAndStartFromInsideTheCallback) {
     const auto signal = PlugIn(4000);
     Add(400, 6);
@@ -78,16 +70,6 @@ TEST_F(InputControlTest, StopAndStartFromInsideTheCallback) {
     const std::vector<BYTE> recorded = recorder_.Recorded();
     ASSERT_GE(recorded.size(), 2000u);
     EXPECT_TRUE(std::equal(recorded.begin(), recorded.begin() + 800, expected.begin()));
-}
-
-TEST_F(InputControlTest, ResetFromInsideTheCallback) {
-    Add(400, 9);
-    InCallback(2, [this](WAVEHDR&) { EXPECT_EQ(recorder_.Reset(), MMSYSERR_NOERROR); });
-    recorder_.Start();
-    Cards().Advance(Second / 10);
-    ExpectEachReturnedOnce();
-    EXPECT_EQ(recorder_.Counts()[1], 400u);
-    EXPECT_EQ(recorder_.Close(), MMSYSERR_NOERROR);
 }
 
 TEST_F(InputControlTest, AResetEndsAlthoughTheClientAddsAgainInEveryCallback) {
@@ -140,11 +122,6 @@ TEST_F(InputControlTest, CloseFromInsideTheCallback) {
     EXPECT_EQ(recorder_.Messages().back(), unsigned{WIM_CLOSE});
     EXPECT_EQ(recorder_.Handle(), nullptr);
     EXPECT_FALSE(Cards().ChannelClaimed(0, 0));
-}
-
-TEST_F(InputControlTest, OnlyTheDispatchKnowsOtherMessages) {
-    EXPECT_EQ(waveInMessage(recorder_.Handle(), 0x4000, 0, 0), unsigned{MMSYSERR_NOTSUPPORTED});
-    EXPECT_EQ(waveInMessage(recorder_.Handle(), 0x4001, 0, 0), unsigned{MMSYSERR_NOTSUPPORTED});
 }
 
 // Direct mode: the card's own slots, whatever was opened.

@@ -66,17 +66,6 @@ TEST_F(ControlTest, APauseStopsTheSoundWhereItIs) {
     ExpectEachReturnedOnce();
 }
 
-TEST_F(ControlTest, AfterAResetThePositionBeginsAgain) {
-    Write(3);
-    AdvanceFrames(1500);
-    Reset();
-    EXPECT_EQ(player_.Position(), 0u);
-    Write(1);
-    Cards().Advance(Second);
-    EXPECT_EQ(player_.Position(), BufferFrames);
-    ExpectEachReturnedOnce();
-}
-
 TEST_F(ControlTest, PositionIsInSamplesUnlessBytesAreAskedFor) {
     Write();
     Cards().Advance(Second);
@@ -112,25 +101,20 @@ TEST_F(ControlTest, AResetReturnsEveryBufferAndStopsThePort) {
     AdvanceFrames(3500);
     EXPECT_EQ(player_.DoneCount(), 3u);
     Reset();
+    EXPECT_EQ(player_.Position(), 0u);
     LetFlushedBuffersComeBack();
     ExpectEachReturnedOnce();
     Cards().Advance(Second);
     EXPECT_NEAR(static_cast<double>(Played().size()), 3500, 5);
     Cards().ForgetAudio();
+    Pause();
+    Write(2);
+    Reset();  // ends the pause as well
     written_.clear();
     Write(6);
     Cards().Advance(Second);
+    EXPECT_EQ(player_.Position(), 6 * BufferFrames);
     EXPECT_EQ(Played(), Sound(format_, written_));
-    ExpectEachReturnedOnce();
-}
-
-TEST_F(ControlTest, AResetEndsAPause) {
-    Pause();
-    Write(2);
-    Reset();
-    Write(1);
-    Cards().Advance(Second);
-    EXPECT_EQ(player_.Position(), BufferFrames);
     ExpectEachReturnedOnce();
 }
 
@@ -195,54 +179,6 @@ TEST_F(ControlTest, OnlyAResetThatNothingFollowedLetsAStreamWithBuffersClose) {
     }
 }
 
-TEST_F(ControlTest, AStreamClosesFromEveryState) {
-    EXPECT_EQ(player_.Close(), Done);  // stopped, never written to
-    struct Case {
-        const char* Name;
-        std::function<void()> Reach;
-    };
-    const Case cases[] = {
-        {"paused, never written to", [this] { Pause(); }},
-        {"played out",
-         [this] {
-             Write(2);
-             Cards().Advance(Second);
-         }},
-        {"paused after playing out",
-         [this] {
-             Write(2);
-             Cards().Advance(Second);
-             Pause();
-         }},
-        {"reset while playing",
-         [this] {
-             Write(20);
-             AdvanceFrames(500);
-             Reset();
-         }},
-        {"reset while paused with buffers",
-         [this] {
-             Pause();
-             Write(20);
-             Reset();
-         }},
-        {"reset twice",
-         [this] {
-             Write(20);
-             Reset();
-             Reset();
-         }},
-    };
-    for (const Case& test : cases) {
-        SCOPED_TRACE(test.Name);
-        ASSERT_EQ(player_.Open(AnalogOut, format_), Done);
-        test.Reach();
-        EXPECT_EQ(player_.Close(), Done);
-        EXPECT_EQ(player_.Messages().back(), unsigned{WOM_CLOSE});
-        ExpectEachReturnedOnce();
-    }
-}
-
 TEST_F(ControlTest, AClientMayActFromInsideItsCallback) {
     std::vector<DWORD> positions;
     player_.OnDone([&](WAVEHDR& header) {
@@ -264,33 +200,6 @@ TEST_F(ControlTest, AClientMayActFromInsideItsCallback) {
     }
     EXPECT_EQ(positions, expected);
     EXPECT_EQ(Played(), Sound(format_, written_));
-    ExpectEachReturnedOnce();
-}
-
-TEST_F(ControlTest, AClientMayPauseFromInsideItsCallback) {
-    player_.OnDone([&](WAVEHDR& header) {
-        if (header.dwUser == 1) {
-            Pause();
-        }
-    });
-    Write(20);
-    Cards().Advance(Second);
-    EXPECT_EQ(player_.DoneCount(), 2u);
-    Restart();
-    Cards().Advance(Second);
-    EXPECT_EQ(Played(), Sound(format_, written_));
-    ExpectEachReturnedOnce();
-}
-
-TEST_F(ControlTest, AClientMayResetFromInsideItsCallback) {
-    player_.OnDone([&](WAVEHDR& header) {
-        if (header.dwUser == 2) {
-            Reset();
-        }
-    });
-    Write(20);
-    Cards().Advance(Second);
-    EXPECT_NEAR(static_cast<double>(Played().size()), 3 * BufferFrames, 5);
     ExpectEachReturnedOnce();
 }
 

@@ -80,18 +80,6 @@ TEST_F(LoopTest, ThreeBuffersThreeTimesAreNine) {
     ExpectPlayed("ABCABCABC");
 }
 
-TEST_F(LoopTest, NoCountIsOnce) {
-    WriteLoop(2, 0);
-    WriteLoop(1, 0);
-    Write();
-    ExpectPlayed("ABCD");
-}
-
-TEST_F(LoopTest, OneBufferMayBeALoop) {
-    WriteLoop(1, 7);
-    ExpectPlayed("AAAAAAA");
-}
-
 TEST_F(LoopTest, WhatStandsAroundLoopsIsPlayedOnce) {
     Write();
     Write();
@@ -99,7 +87,7 @@ TEST_F(LoopTest, WhatStandsAroundLoopsIsPlayedOnce) {
     Write();
     WriteLoop(1, 2);
     WriteLoop(3, 2);
-    Write();
+    WriteLoop(1, 0);  // no count is once
     ExpectPlayed("ABCDCDCDEFFGHIGHIJ");
 }
 

@@ -88,21 +88,6 @@ TEST_F(PlaybackTest, ALongPieceIsPlayedWithoutAGap) {
     ExpectEachReturnedOnce();
 }
 
-TEST_F(PlaybackTest, BothOutputsPlayAtOnce) {
-    const WaveFormat format = PcmFormat(48000, 2, 16);
-    WavePlayer digital;
-    ASSERT_EQ(player_.Open(AnalogOut, format), MMSYSERR_NOERROR);
-    ASSERT_EQ(digital.Open(DigitalOut, format), MMSYSERR_NOERROR);
-    const std::vector<BYTE> first = Pattern(48000, 1);
-    const std::vector<BYTE> second = Pattern(48000, 2);
-    EXPECT_EQ(player_.Write(first), MMSYSERR_NOERROR);
-    EXPECT_EQ(digital.Write(second), MMSYSERR_NOERROR);
-    Cards().Advance(Second);
-    EXPECT_EQ(Played(Port::Analog), Sound(format, first));
-    EXPECT_EQ(Played(Port::Digital), Sound(format, second));
-    EXPECT_EQ(digital.Close(), MMSYSERR_NOERROR);
-}
-
 std::vector<DWORD> MixerGains(simulator::Simulator& cards) {
     std::vector<DWORD> gains(8);
     for (unsigned i = 0; i < 8; ++i) {
@@ -163,27 +148,6 @@ TEST_F(PlaybackTest, TheVolumeIsTheLeftWordAndTheGainOfTheOwnOutput) {
         EXPECT_EQ(Cards().MixerGain(0, device == AnalogOut ? 2 : 7), 128u) << "stored gain is back";
         EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
     }
-}
-
-TEST_F(PlaybackTest, TheVolumeIsHeard) {
-    const WaveFormat format = PcmFormat(44100, 2, 16);
-    ASSERT_EQ(player_.Open(AnalogOut, format), MMSYSERR_NOERROR);
-    const std::vector<BYTE> data = Pattern(4000);
-    std::vector<Frame> expected = Sound(format, data);
-    EXPECT_EQ(player_.Write(data), MMSYSERR_NOERROR);
-    Cards().Advance(Second);
-    EXPECT_EQ(Cards().Heard(0, Port::Analog), expected);
-    Cards().ForgetAudio();
-    EXPECT_EQ(waveOutSetVolume(player_.Handle(), 0x8000), MMSYSERR_NOERROR);
-    EXPECT_EQ(player_.Write(data), MMSYSERR_NOERROR);
-    Cards().Advance(Second);
-    for (Frame& frame : expected) {
-        frame = {frame.Left / 2, frame.Right / 2};
-    }
-    EXPECT_EQ(Played(), Sound(format, data));
-    std::vector<Frame> heard = Cards().Heard(0, Port::Analog);
-    heard.erase(heard.begin(), heard.end() - static_cast<long>(std::min(heard.size(), expected.size())));
-    EXPECT_EQ(heard, expected);
 }
 
 }  // namespace
