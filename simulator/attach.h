@@ -44,6 +44,18 @@ bool FailCall(const char* function, unsigned nth);
 bool CallFailuresAreWaiting();  // for a call that has not come yet
 void ClearCallFailures();
 
+// What attached modules have taken of the system and not given back. Equal before and after a piece of work
+// that leaked nothing.
+struct Holdings {
+    size_t Handles;  // files, devices, events, mutexes and threads
+    size_t RegistryKeys;
+    size_t EventSources;
+    size_t GlobalBlocks;
+    size_t HeapBlocks;
+    size_t UserObjects;  // menus, bitmaps and image lists
+};
+Holdings CurrentHoldings();
+
 // Modules attached from now on call `replacement` for that function of the system, which must have its
 // signature: to see what they ask of the user or of the event log. A failure from FailCall goes before it.
 void RedirectCall(const char* function, void* replacement);

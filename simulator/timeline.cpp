@@ -8,7 +8,7 @@ namespace {
 constexpr int64_t Millisecond = 1000000;
 constexpr int64_t SleepNap = 50000;  // real time that a sleep takes in stepped time
 constexpr int64_t IdlePeriod = 10 * Millisecond;
-constexpr DWORD QuietMilliseconds = 1000;
+constexpr DWORD QuietMilliseconds = 30000;  // real time, after which a thread that gets calls is stuck
 
 thread_local bool justReadTimer = false;
 

@@ -1,5 +1,7 @@
 #include "simulator/windows/redirected_calls.h"
 
+#include <commctrl.h>
+
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -10,6 +12,7 @@
 #include "simulator/attach.h"
 #include "simulator/host.h"
 #include "simulator/windows/device_files.h"
+#include "simulator/windows/holdings.h"
 #include "simulator/windows/procedure_calls.h"
 
 namespace simulator {
@@ -101,20 +104,29 @@ FailableCall MakeFailable(const char* name, Result(WINAPI* real)(Arguments...),
 
 // What each answers when the system runs out of what it needs, or forbids it.
 const auto& FailableCalls() {
+    using windows::Resource;
+    using windows::Takes;
+    using windows::TakesKey;
     static const std::array calls = {
-        MakeFailable<0>("CreateFileW", windows::OpenFileOrDevice, INVALID_HANDLE_VALUE, ERROR_FILE_NOT_FOUND),
+        MakeFailable<0>("CreateFileW", Takes<Resource::Handle, windows::OpenFileOrDevice>::Call,
+                        INVALID_HANDLE_VALUE, ERROR_FILE_NOT_FOUND),
         MakeFailable<1>("QueueUserAPC", windows::QueueUserCall, 0, ERROR_NOT_ENOUGH_MEMORY),
         MakeFailable<2>("WaitForSingleObjectEx", windows::WaitForObject, WAIT_FAILED, ERROR_INVALID_HANDLE),
-        MakeFailable<3>("CreateEventW", CreateEventW, nullptr, ERROR_NOT_ENOUGH_MEMORY),
-        MakeFailable<4>("CreateMutexW", CreateMutexW, nullptr, ERROR_NOT_ENOUGH_MEMORY),
-        MakeFailable<5>("CreateThread", CreateThread, nullptr, ERROR_NOT_ENOUGH_MEMORY),
-        MakeFailable<6>("HeapAlloc", HeapAlloc, nullptr, ERROR_SUCCESS),
-        MakeFailable<7>("GlobalAlloc", GlobalAlloc, nullptr, ERROR_NOT_ENOUGH_MEMORY),
+        MakeFailable<3>("CreateEventW", Takes<Resource::Handle, CreateEventW>::Call, nullptr,
+                        ERROR_NOT_ENOUGH_MEMORY),
+        MakeFailable<4>("CreateMutexW", Takes<Resource::Handle, CreateMutexW>::Call, nullptr,
+                        ERROR_NOT_ENOUGH_MEMORY),
+        MakeFailable<5>("CreateThread", Takes<Resource::Handle, CreateThread>::Call, nullptr,
+                        ERROR_NOT_ENOUGH_MEMORY),
+        MakeFailable<6>("HeapAlloc", Takes<Resource::HeapBlock, HeapAlloc>::Call, nullptr, ERROR_SUCCESS),
+        MakeFailable<7>("GlobalAlloc", Takes<Resource::GlobalBlock, GlobalAlloc>::Call, nullptr,
+                        ERROR_NOT_ENOUGH_MEMORY),
         MakeFailable<8>("GlobalReAlloc", GlobalReAlloc, nullptr, ERROR_NOT_ENOUGH_MEMORY),
         MakeFailable<9>("GlobalLock", GlobalLock, nullptr, ERROR_DISCARDED),
-        MakeFailable<10>("RegisterEventSourceW", RegisterEventSourceW, nullptr, ERROR_NOT_ENOUGH_MEMORY),
-        MakeFailable<11>("RegOpenKeyExW", RegOpenKeyExW, ERROR_ACCESS_DENIED, ERROR_SUCCESS),
-        MakeFailable<12>("RegCreateKeyW", RegCreateKeyW, ERROR_ACCESS_DENIED, ERROR_SUCCESS),
+        MakeFailable<10>("RegisterEventSourceW", Takes<Resource::EventSource, RegisterEventSourceW>::Call,
+                         nullptr, ERROR_NOT_ENOUGH_MEMORY),
+        MakeFailable<11>("RegOpenKeyExW", TakesKey<RegOpenKeyExW>::Call, ERROR_ACCESS_DENIED, ERROR_SUCCESS),
+        MakeFailable<12>("RegCreateKeyW", TakesKey<RegCreateKeyW>::Call, ERROR_ACCESS_DENIED, ERROR_SUCCESS),
         MakeFailable<13>("RegSetValueExW", RegSetValueExW, ERROR_ACCESS_DENIED, ERROR_SUCCESS),
     };
     return calls;
@@ -126,12 +138,25 @@ void* Address(Function* function) {
 }
 
 std::vector<windows::Redirection> AllRedirections() {
+    using windows::GivesBack;
+    using windows::Resource;
+    using windows::Takes;
     std::vector<windows::Redirection> all = {
         {"DeviceIoControl", Address(windows::ControlDevice)},
-        {"CloseHandle", Address(windows::CloseAnyHandle)},
         {"SleepEx", Address(windows::SleepAlertably)},
         {"Sleep", Address(SleepOnTimer)},
         {"timeGetTime", Address(ReadTimer)},
+        {"CloseHandle", Address(GivesBack<Resource::Handle, windows::CloseAnyHandle>::Call)},
+        {"RegCloseKey", Address(GivesBack<Resource::RegistryKey, RegCloseKey>::Call)},
+        {"DeregisterEventSource", Address(GivesBack<Resource::EventSource, DeregisterEventSource>::Call)},
+        {"GlobalFree", Address(GivesBack<Resource::GlobalBlock, GlobalFree>::Call)},
+        {"HeapFree", Address(GivesBack<Resource::HeapBlock, HeapFree>::Call)},
+        {"CreatePopupMenu", Address(Takes<Resource::UserObject, CreatePopupMenu>::Call)},
+        {"DestroyMenu", Address(GivesBack<Resource::UserObject, DestroyMenu>::Call)},
+        {"LoadBitmapW", Address(Takes<Resource::UserObject, LoadBitmapW>::Call)},
+        {"DeleteObject", Address(GivesBack<Resource::UserObject, DeleteObject>::Call)},
+        {"ImageList_Create", Address(Takes<Resource::UserObject, ImageList_Create>::Call)},
+        {"ImageList_Destroy", Address(GivesBack<Resource::UserObject, ImageList_Destroy>::Call)},
     };
     for (const FailableCall& call : FailableCalls()) {
         all.push_back(call.To);

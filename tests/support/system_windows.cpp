@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 #include <mutex>
+#include <sstream>
 
 #include "simulator/attach.h"
 #include "simulator/simulator.h"
@@ -104,46 +105,9 @@ constexpr const WCHAR* DriverKeys[] = {
     TEXT("Software\\Zephyr Harmonic Works\\Kestrelvox"),
 };
 
-// What the system opens once in a process and keeps is no leak of the driver's.
-bool WarmUp() {
-    const simulator::Simulator cards({.Cards = 1});
-    waveOutGetNumDevs();
-    kestvox::UnloadWaveDriver();
-    return true;
-}
-
-// The system's list of open handles, of all processes.
-struct OpenHandle {
-    USHORT Process;
-    USHORT Trace;
-    BYTE Type;
-    BYTE Flags;
-    USHORT Handle;
-    void* Object;
-    ACCESS_MASK Access;
-};
-struct OpenHandleList {
-    ULONG Count;
-    OpenHandle Handles[1];
-};
-constexpr ULONG ListOfHandles = 16;
-extern "C" NTSYSAPI LONG NTAPI NtQuerySystemInformation(ULONG list, void* data, ULONG size, ULONG* needed);
-
-// GetProcessHandleCount says 0 in Wine.
-unsigned HandleCount() {
-    std::vector<BYTE> memory(1 << 20);
-    NtQuerySystemInformation(ListOfHandles, memory.data(), static_cast<ULONG>(memory.size()), nullptr);
-    const auto& list = *reinterpret_cast<const OpenHandleList*>(memory.data());
-    return static_cast<unsigned>(
-        std::count_if(list.Handles, list.Handles + list.Count,
-                      [](const OpenHandle& open) { return open.Process == GetCurrentProcessId(); }));
-}
-
 }  // namespace
 
 void FreshMachine() {
-    static const bool warm = WarmUp();
-    static_cast<void>(warm);
     simulator::UseMachine("");
     for (const WCHAR* key : DriverKeys) {
         DeleteTree(HKEY_LOCAL_MACHINE, key);
@@ -165,7 +129,12 @@ HMODULE LoadDriver() {
 }
 
 std::string Usage() {
-    return std::to_string(HandleCount()) + " handles";
+    const simulator::Holdings held = simulator::CurrentHoldings();
+    std::ostringstream text;
+    text << held.Handles << " handles, " << held.RegistryKeys << " registry keys, " << held.EventSources
+         << " event sources, " << held.GlobalBlocks << " global blocks, " << held.HeapBlocks
+         << " heap blocks, " << held.UserObjects << " menus and pictures";
+    return text.str();
 }
 
 void* TakePage() {
