@@ -38,11 +38,16 @@ TEST_F(SheetMessageBoxes, BelongToThePageAndHaveTheirCaptions) {
         const char16_t* TextBegins;
         const char16_t* Caption;
         HWND Owner;
+        UINT Style;
     } expected[] = {
-        {u"Your configuration has", u"Error", page},  // as the system calls what has no caption of its own
-        {u"Another card is", u"Error", page},        {u"Tessalink masters", u"KESTVOX.DLL", page},
-        {u"WARNING!", u"Kestrelvox(TM)", page},      {u"Clock selections", u"Error", page},
-        {u"Could not save", u"Error", nullptr},
+        {u"Your configuration has", u"Error", page,
+         MB_ICONHAND},  // as the system calls what has no caption of its own
+        {u"Another card is", u"Error", page, MB_ICONHAND},
+        {u"Tessalink masters", u"KESTVOX.DLL", page, MB_ICONINFORMATION},
+        {u"WARNING!", u"Kestrelvox(TM)", page,
+         MB_YESNO | MB_ICONEXCLAMATION | MB_DEFBUTTON2 | MB_SYSTEMMODAL},
+        {u"Clock selections", u"Error", page, MB_ICONHAND},
+        {u"Could not save", u"Error", nullptr, MB_ICONHAND | MB_SYSTEMMODAL},
     };
     const std::vector<platform::MessageBoxRecord> boxes = platform::MessageBoxes();
     ASSERT_EQ(boxes.size(), std::size(expected));
@@ -50,6 +55,7 @@ TEST_F(SheetMessageBoxes, BelongToThePageAndHaveTheirCaptions) {
         EXPECT_TRUE(boxes[box].Text.starts_with(expected[box].TextBegins)) << box;
         EXPECT_EQ(boxes[box].Caption, expected[box].Caption) << box;
         EXPECT_EQ(boxes[box].Owner, expected[box].Owner) << box;
+        EXPECT_EQ(boxes[box].Style, expected[box].Style) << box;
     }
 }
 
