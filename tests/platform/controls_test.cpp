@@ -139,25 +139,6 @@ TEST_F(ButtonTest, CheckBoxAnswersMouseKeyAndProgram) {
     EXPECT_EQ(Told(), Codes{});
 }
 
-TEST_F(ButtonTest, RadioButtonsOfAGroupExcludeEachOther) {
-    const HWND left = Make(TEXT("Button"), BS_AUTORADIOBUTTON | WS_GROUP | WS_TABSTOP, 1);
-    const HWND right = Make(TEXT("Button"), BS_AUTORADIOBUTTON, 2);
-    const HWND other = Make(TEXT("Button"), BS_AUTORADIOBUTTON | WS_GROUP, 3);
-    SendMessageW(other, BM_CLICK, 0, 0);
-    SendMessageW(left, BM_CLICK, 0, 0);
-    EXPECT_TRUE(IsChecked(left));
-    Told();
-
-    SendMessageW(right, BM_CLICK, 0, 0);
-    EXPECT_EQ(Told(), Codes{BN_CLICKED});
-    EXPECT_FALSE(IsChecked(left));
-    EXPECT_TRUE(IsChecked(right));
-    EXPECT_TRUE(IsChecked(other));
-    // The tab key finds the group by the button that is checked.
-    EXPECT_FALSE(GetWindowLongPtrW(left, GWL_STYLE) & WS_TABSTOP);
-    EXPECT_TRUE(GetWindowLongPtrW(right, GWL_STYLE) & WS_TABSTOP);
-}
-
 class EditTest : public ControlTest {
 protected:
     void Type(HWND edit, const Text& letters) {
@@ -166,25 +147,6 @@ protected:
         }
     }
 };
-
-TEST_F(EditTest, LimitHoldsForTypingOnly) {
-    const HWND edit = Make(TEXT("Edit"), ES_AUTOHSCROLL);
-    SendMessageW(edit, EM_LIMITTEXT, 3, 0);
-    Type(edit, TEXT("abc"));
-    EXPECT_EQ(Told(), (Codes{EN_UPDATE, EN_CHANGE, EN_UPDATE, EN_CHANGE, EN_UPDATE, EN_CHANGE}));
-    Type(edit, TEXT("d"));
-    EXPECT_EQ(TextOf(edit), TEXT("abc"));
-    EXPECT_EQ(Told().front(), static_cast<UINT>(EN_MAXTEXT));
-
-    SetWindowTextW(edit, TEXT("longer"));
-    EXPECT_EQ(TextOf(edit), TEXT("longer"));
-    EXPECT_EQ(Told(), (Codes{EN_UPDATE, EN_CHANGE}));
-
-    // What is selected makes room, as far as it goes.
-    SendMessageW(edit, EM_SETSEL, 1, -1);
-    SendMessageW(edit, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(TEXT("xyz")));
-    EXPECT_EQ(TextOf(edit), TEXT("lxy"));
-}
 
 TEST_F(EditTest, KeysMoveAndErase) {
     const HWND edit = Make(TEXT("Edit"), ES_AUTOHSCROLL, OwnId, TEXT("name"));
@@ -204,34 +166,6 @@ TEST_F(EditTest, KeysMoveAndErase) {
     EXPECT_EQ(end, 3u);
     Type(edit, TEXT("N"));
     EXPECT_EQ(TextOf(edit), TEXT("N"));
-}
-
-class ComboBoxTest : public ControlTest {
-protected:
-    HWND MakeWithEntries() {
-        const HWND box = Make(TEXT("ComboBox"), CBS_DROPDOWNLIST | WS_VSCROLL);
-        for (const LPCWSTR entry : {TEXT("No dithering"), TEXT("Type I"), TEXT("Type II")}) {
-            SendMessageW(box, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(entry));
-        }
-        told_.clear();
-        return box;
-    }
-};
-
-TEST_F(ComboBoxTest, OpenListEndsByKey) {
-    const HWND box = MakeWithEntries();
-    SetFocus(box);
-    SendMessageW(box, CB_SETCURSEL, 1, 0);
-    for (const auto& [key, ending] :
-         {std::pair<WPARAM, UINT>(VK_RETURN, CBN_SELENDOK), {VK_ESCAPE, CBN_SELENDCANCEL}}) {
-        Told();
-        SendMessageW(box, CB_SHOWDROPDOWN, TRUE, 0);
-        EXPECT_TRUE(SendMessageW(box, CB_GETDROPPEDSTATE, 0, 0));
-        Press(box, key == VK_RETURN ? VK_DOWN : VK_UP);
-        Press(box, key);
-        EXPECT_FALSE(SendMessageW(box, CB_GETDROPPEDSTATE, 0, 0));
-        EXPECT_EQ(Told(), (Codes{CBN_DROPDOWN, CBN_SELCHANGE, ending, CBN_CLOSEUP}));
-    }
 }
 
 class TrackbarTest : public ControlTest {
@@ -451,33 +385,6 @@ TEST_F(TreeTest, DeletingTellsOfEveryItemAndMovesTheSelection) {
     EXPECT_EQ(Told(), (Codes{TVN_DELETEITEMW, TVN_DELETEITEMW, TVN_DELETEITEMW}));
     EXPECT_EQ(TreeView_GetCount(tree_), 0u);
     EXPECT_EQ(TreeView_GetRoot(tree_), nullptr);
-}
-
-TEST_F(TreeTest, HitTestFindsRowsAndParts) {
-    Fill();
-    const RECT first = TextPlace(root_);
-    const RECT card = TextPlace(items_[3]);
-    EXPECT_GT(card.left, first.left);
-    const int height = static_cast<int>(SendMessageW(tree_, TVM_GETITEMHEIGHT, 0, 0));
-    EXPECT_EQ(card.top, first.top + 3 * height);
-    const struct {
-        POINT Point;
-        HTREEITEM Item;
-        UINT Flags;
-    } points[] = {
-        {{first.left + 3, first.top + 5}, root_, TVHT_ONITEMLABEL},
-        {{card.left + 3, card.top + 5}, items_[3], TVHT_ONITEMLABEL},
-        {{card.right + 20, card.top + 5}, items_[3], TVHT_ONITEMRIGHT},
-        {{2, card.top + 5}, items_[3], TVHT_ONITEMINDENT},
-        {{card.left, card.bottom + 5}, nullptr, TVHT_NOWHERE},
-        {{-4, card.top + 5}, nullptr, TVHT_TOLEFT},
-        {{500, 500}, nullptr, TVHT_TORIGHT | TVHT_BELOW},
-    };
-    for (const auto& point : points) {
-        TVHITTESTINFO hit{point.Point, 0, nullptr};
-        EXPECT_EQ(TreeView_HitTest(tree_, &hit), point.Item) << &point - points;
-        EXPECT_EQ(hit.flags, point.Flags) << &point - points;
-    }
 }
 
 TEST_F(TreeTest, MouseClicksAndDrags) {
