@@ -101,6 +101,8 @@ HWND SheetWindow::CurrentPage() const {
 
 void SheetWindow::Press(int button) const {
     SendMessageW(window_, PSM_PRESSBUTTON, static_cast<WPARAM>(button), 0);
+    // Wine's sheet looks whether it has ended only after a message that was posted.
+    PostMessageW(window_, WM_NULL, 0, 0);
 }
 
 LONG SheetWindow::Closed() {

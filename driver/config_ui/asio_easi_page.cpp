@@ -122,12 +122,8 @@ INT_PTR CALLBACK AsioEasiPage(HWND page, UINT message, WPARAM, LPARAM lParam) {
         return OnSlider(page, reinterpret_cast<HWND>(lParam));
     case WM_NOTIFY:
         return OnNotify(page, reinterpret_cast<const NMHDR*>(lParam)->code);
-    case WM_HELP:
-        return ShowControlHelp(page, Help, lParam);
-    case WM_DESTROY:
-        return QuitHelp(page);
     default:
-        return FALSE;
+        return AnswerHelpMessage(page, Help, message, lParam);
     }
 }
 

@@ -210,13 +210,11 @@ INT_PTR CALLBACK ClocksPage(HWND page, UINT message, WPARAM wParam, LPARAM lPara
         return OnButtonUp(page);
     case WM_CAPTURECHANGED:
         return OnCaptureChanged(page);
-    case WM_HELP:
-        return ShowControlHelp(page, Help, lParam);
     case WM_DESTROY:
         ClearClockTree(ClockTree(page));
-        return QuitHelp(page);
+        [[fallthrough]];
     default:
-        return FALSE;
+        return AnswerHelpMessage(page, Help, message, lParam);
     }
 }
 

@@ -303,12 +303,8 @@ INT_PTR CALLBACK ConfigurationPage(HWND page, UINT message, WPARAM wParam, LPARA
         return OnCommand(page, LOWORD(wParam), HIWORD(wParam));
     case WM_NOTIFY:
         return OnNotify(page, reinterpret_cast<const NMHDR*>(lParam)->code);
-    case WM_HELP:
-        return ShowControlHelp(page, Help, lParam);
-    case WM_DESTROY:
-        return QuitHelp(page);
     default:
-        return FALSE;
+        return AnswerHelpMessage(page, Help, message, lParam);
     }
 }
 

@@ -208,12 +208,8 @@ INT_PTR CALLBACK MonitorPage(HWND page, UINT message, WPARAM, LPARAM lParam) {
         return OnScroll(page, reinterpret_cast<HWND>(lParam));
     case WM_NOTIFY:
         return OnNotify(page, *reinterpret_cast<const NMHDR*>(lParam));
-    case WM_HELP:
-        return ShowControlHelp(page, Help, lParam);
-    case WM_DESTROY:
-        return QuitHelp(page);
     default:
-        return FALSE;
+        return AnswerHelpMessage(page, Help, message, lParam);
     }
 }
 

@@ -9,6 +9,19 @@ namespace {
 constexpr const WCHAR* HelpFile = TEXT("kestvox.hlp");
 constexpr const WCHAR* HelpFileWindow = TEXT("kestvox.hlp>window");
 
+INT_PTR ShowControlHelp(HWND page, const PageHelp& help, const HELPINFO& info) {
+    if (info.cbSize < sizeof info || info.iContextType != HELPINFO_WINDOW) {
+        return FALSE;
+    }
+    for (const ControlHelp& control : help.Controls) {
+        if (control.First <= info.iCtrlId && info.iCtrlId <= control.Last) {
+            WinHelpW(page, HelpFile, HELP_CONTEXTPOPUP, control.Context);
+            return TRUE;
+        }
+    }
+    return FALSE;
+}
+
 }  // namespace
 
 DWORD PendingPageCard = NoCard;
@@ -51,23 +64,16 @@ INT_PTR ShowPageHelp(HWND page, const PageHelp& help) {
     return TRUE;
 }
 
-INT_PTR ShowControlHelp(HWND page, const PageHelp& help, LPARAM helpInfo) {
-    const auto& info = *reinterpret_cast<const HELPINFO*>(helpInfo);
-    if (info.cbSize < sizeof info || info.iContextType != HELPINFO_WINDOW) {
+INT_PTR AnswerHelpMessage(HWND page, const PageHelp& help, UINT message, LPARAM lParam) {
+    switch (message) {
+    case WM_HELP:
+        return ShowControlHelp(page, help, *reinterpret_cast<const HELPINFO*>(lParam));
+    case WM_DESTROY:
+        WinHelpW(page, HelpFile, HELP_QUIT, 0);
+        return TRUE;
+    default:
         return FALSE;
     }
-    for (const ControlHelp& control : help.Controls) {
-        if (control.First <= info.iCtrlId && info.iCtrlId <= control.Last) {
-            WinHelpW(page, HelpFile, HELP_CONTEXTPOPUP, control.Context);
-            return TRUE;
-        }
-    }
-    return FALSE;
-}
-
-INT_PTR QuitHelp(HWND page) {
-    WinHelpW(page, HelpFile, HELP_QUIT, 0);
-    return TRUE;
 }
 
 }  // namespace kestvox

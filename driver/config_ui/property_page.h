@@ -46,11 +46,9 @@ struct PageHelp {
 // PSN_HELP: the sheet's Help button.
 INT_PTR ShowPageHelp(HWND page, const PageHelp& help);
 
-// WM_HELP: F1 on a control. FALSE, for default processing, when it is not about a control with help.
-INT_PTR ShowControlHelp(HWND page, const PageHelp& help, LPARAM helpInfo);
-
-// WM_DESTROY.
-INT_PTR QuitHelp(HWND page);
+// What a dialog procedure does not handle itself: WM_HELP, F1 on a control, and WM_DESTROY, the end of help.
+// FALSE, for default processing, for any other message and for a control without help.
+INT_PTR AnswerHelpMessage(HWND page, const PageHelp& help, UINT message, LPARAM lParam);
 
 // A text of the string table, cut to the buffer.
 template <int Length>

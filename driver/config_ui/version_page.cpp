@@ -49,10 +49,8 @@ INT_PTR CALLBACK VersionPage(HWND page, UINT message, WPARAM, LPARAM lParam) {
         return OnInitDialog(page);
     case WM_NOTIFY:
         return OnNotify(page, reinterpret_cast<const NMHDR*>(lParam)->code);
-    case WM_DESTROY:
-        return QuitHelp(page);
     default:
-        return FALSE;
+        return AnswerHelpMessage(page, Help, message, lParam);
     }
 }
 

@@ -10,8 +10,8 @@ namespace platform {
 
 namespace {
 
-constexpr int kPageLines = 5;
-constexpr WPARAM kFirstPrintable = 32;
+constexpr int PageLines = 5;
+constexpr WPARAM FirstPrintable = 32;
 
 class ComboBox final : public Control {
 public:
@@ -110,10 +110,10 @@ void ComboBox::Key(WPARAM key, bool alt) {
         }
         break;
     case VK_PRIOR:
-        Choose(std::max(selected_ - kPageLines, 0));
+        Choose(std::max(selected_ - PageLines, 0));
         break;
     case VK_NEXT:
-        Choose(std::min(selected_ + kPageLines, Count() - 1));
+        Choose(std::min(selected_ + PageLines, Count() - 1));
         break;
     case VK_HOME:
         Choose(0);
@@ -177,7 +177,7 @@ LRESULT ComboBox::Handle(UINT message, WPARAM first, LPARAM second) {
         Key(first, true);
         return 0;
     case WM_CHAR:
-        if (first >= kFirstPrintable) {
+        if (first >= FirstPrintable) {
             ChooseByLetter(static_cast<WCHAR>(first));
         }
         return 0;

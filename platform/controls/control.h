@@ -12,8 +12,8 @@
 namespace platform {
 
 // Text is measured, since nothing is drawn, as in the dialog font at its usual size.
-constexpr int kCharacterWidth = 6;
-constexpr int kTextHeight = 13;
+constexpr int CharacterWidth = 6;
+constexpr int TextHeight = 13;
 
 // A control's state. Used only on the thread that made the window.
 class Control {

@@ -8,10 +8,10 @@ namespace platform {
 
 namespace {
 
-constexpr size_t kInitialLimit = 30000;
-constexpr size_t kNoLimit = 0x7FFFFFFE;
-constexpr WPARAM kBackspace = 8;
-constexpr WPARAM kFirstPrintable = 32;
+constexpr size_t InitialLimit = 30000;
+constexpr size_t NoLimit = 0x7FFFFFFE;
+constexpr WPARAM Backspace = 8;
+constexpr WPARAM FirstPrintable = 32;
 
 class Edit final : public Control {
 public:
@@ -24,7 +24,7 @@ private:
     size_t SelectionEnd() const { return std::max(anchor_, caret_); }
 
     void SetText(LPCWSTR text);
-    void SetLimit(WPARAM limit) { limit_ = limit == 0 ? kNoLimit : limit; }
+    void SetLimit(WPARAM limit) { limit_ = limit == 0 ? NoLimit : limit; }
     void SetReadOnly(bool readOnly);
     void Select(LONG_PTR start, LONG_PTR end);
     LRESULT TellSelection(DWORD* start, DWORD* end) const;
@@ -36,8 +36,8 @@ private:
     void TellChange() const;
 
     std::u16string text_;
-    size_t limit_ = kInitialLimit;  // for what the user types or a program inserts, not for WM_SETTEXT
-    size_t anchor_ = 0;             // the selection lies between these two
+    size_t limit_ = InitialLimit;  // for what the user types or a program inserts, not for WM_SETTEXT
+    size_t anchor_ = 0;            // the selection lies between these two
     size_t caret_ = 0;
 };
 
@@ -109,9 +109,9 @@ void Edit::Type(WPARAM character) {
     if (IsReadOnly()) {
         return;
     }
-    if (character == kBackspace) {
+    if (character == Backspace) {
         Erase(caret_ > 0 ? caret_ - 1 : 0, caret_);
-    } else if (character >= kFirstPrintable) {
+    } else if (character >= FirstPrintable) {
         const auto letter = static_cast<WCHAR>(character);
         ReplaceSelection({&letter, 1});
     }
@@ -173,7 +173,7 @@ LRESULT Edit::Handle(UINT message, WPARAM first, LPARAM second) {
         return 0;
     case WM_LBUTTONDOWN:
         SetFocus(Window());
-        MoveCaret(std::min<size_t>(LOWORD(second) / kCharacterWidth, text_.size()), false);
+        MoveCaret(std::min<size_t>(LOWORD(second) / CharacterWidth, text_.size()), false);
         return 0;
     case WM_SETFOCUS:
         Command(EN_SETFOCUS);

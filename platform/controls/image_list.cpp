@@ -11,9 +11,9 @@ namespace {
 
 class ImageList final : public UserObject {
 public:
-    static constexpr UserObjectKind kKind = UserObjectKind::ImageList;
+    static constexpr UserObjectKind OwnKind = UserObjectKind::ImageList;
 
-    ImageList(int width, int height) : UserObject(kKind), Width(width), Height(height) {}
+    ImageList(int width, int height) : UserObject(OwnKind), Width(width), Height(height) {}
 
     const int Width;
     const int Height;

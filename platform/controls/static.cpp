@@ -7,10 +7,10 @@ namespace platform {
 namespace {
 
 // A picture's resource number comes in place of the text: as a pointer's value, or after this mark.
-constexpr WCHAR kNumberMark = 0xFFFF;
+constexpr WCHAR NumberMark = 0xFFFF;
 
 LPCWSTR ResourceName(LPCWSTR text) {
-    if (IS_INTRESOURCE(text) || text[0] != kNumberMark) {
+    if (IS_INTRESOURCE(text) || text[0] != NumberMark) {
         return text;
     }
     return MAKEINTRESOURCEW(text[1]);

@@ -10,12 +10,12 @@ namespace platform {
 
 namespace {
 
-constexpr int kFrame = 2;  // left and above the tabs
-constexpr int kTabHeight = 18;
-constexpr int kTabPadding = 6;     // left and right of the text
-constexpr int kDisplayInset = 4;   // from the tabs and the other edges to what the owner shows
-constexpr int kScrollArrows = 32;  // room at the right of a row that does not fit
-constexpr int kNone = -1;
+constexpr int FrameWidth = 2;  // left and above the tabs
+constexpr int TabHeight = 18;
+constexpr int TabPadding = 6;     // left and right of the text
+constexpr int DisplayInset = 4;   // from the tabs and the other edges to what the owner shows
+constexpr int ScrollArrows = 32;  // room at the right of a row that does not fit
+constexpr int NoTab = -1;
 
 struct Tab {
     std::u16string Text;
@@ -47,11 +47,11 @@ private:
     void AdjustRect(bool toWindow, RECT& area) const;
 
     std::vector<Tab> tabs_;
-    int current_ = kNone;
+    int current_ = NoTab;
 };
 
 int TabWidth(const Tab& tab) {
-    return static_cast<int>(tab.Text.size()) * kCharacterWidth + 2 * kTabPadding;
+    return static_cast<int>(tab.Text.size()) * CharacterWidth + 2 * TabPadding;
 }
 
 RECT Moved(RECT area, int x, int y) {
@@ -72,7 +72,7 @@ LRESULT TabControl::Insert(WPARAM index, const TCITEMW& item) {
     Tab tab;
     Fill(tab, item);
     tabs_.insert(tabs_.begin() + place, std::move(tab));
-    if (current_ == kNone) {
+    if (current_ == NoTab) {
         current_ = place;
     } else if (current_ >= place) {
         ++current_;
@@ -104,7 +104,7 @@ bool TabControl::Set(WPARAM index, const TCITEMW& item) {
 
 // Tells the owner nothing, as every selection that a program makes.
 int TabControl::SelectByProgram(WPARAM index) {
-    return Has(index) ? std::exchange(current_, static_cast<int>(index)) : kNone;
+    return Has(index) ? std::exchange(current_, static_cast<int>(index)) : NoTab;
 }
 
 void TabControl::SelectByUser(int index) {
@@ -136,14 +136,14 @@ std::vector<RECT> TabControl::Layout() const {
 }
 
 std::vector<RECT> TabControl::LayOutRows() const {
-    const int room = ClientArea().right - kFrame;
+    const int room = ClientArea().right - FrameWidth;
     std::vector<RECT> places;
-    RECT place{kFrame, kFrame, kFrame, kFrame + kTabHeight};
+    RECT place{FrameWidth, FrameWidth, FrameWidth, FrameWidth + TabHeight};
     for (const Tab& tab : tabs_) {
         place.left = place.right;
-        if (place.left > kFrame && place.left + TabWidth(tab) > room) {
-            place.left = kFrame;
-            place = Moved(place, 0, kTabHeight);
+        if (place.left > FrameWidth && place.left + TabWidth(tab) > room) {
+            place.left = FrameWidth;
+            place = Moved(place, 0, TabHeight);
         }
         place.right = place.left + TabWidth(tab);
         places.push_back(place);
@@ -154,20 +154,20 @@ std::vector<RECT> TabControl::LayOutRows() const {
 // A row that does not fit is scrolled by whole tabs, as far as the current one needs to be seen.
 std::vector<RECT> TabControl::LayOutInOneRow() const {
     std::vector<RECT> places;
-    RECT place{kFrame, kFrame, kFrame, kFrame + kTabHeight};
+    RECT place{FrameWidth, FrameWidth, FrameWidth, FrameWidth + TabHeight};
     for (const Tab& tab : tabs_) {
         place.left = place.right;
         place.right = place.left + TabWidth(tab);
         places.push_back(place);
     }
     const LONG width = ClientArea().right;
-    if (current_ == kNone || places.back().right <= width) {
+    if (current_ == NoTab || places.back().right <= width) {
         return places;
     }
     const RECT& current = places[static_cast<size_t>(current_)];
     LONG scrolled = 0;
-    for (int first = 0; first < current_ && current.right - scrolled > width - kScrollArrows; ++first) {
-        scrolled = places[static_cast<size_t>(first)].right - kFrame;
+    for (int first = 0; first < current_ && current.right - scrolled > width - ScrollArrows; ++first) {
+        scrolled = places[static_cast<size_t>(first)].right - FrameWidth;
     }
     for (RECT& moved : places) {
         moved = Moved(moved, -static_cast<int>(scrolled), 0);
@@ -177,23 +177,23 @@ std::vector<RECT> TabControl::LayOutInOneRow() const {
 
 int TabControl::RowCount() const {
     const std::vector<RECT> places = Layout();
-    return places.empty() ? 0 : (places.back().top - kFrame) / kTabHeight + 1;
+    return places.empty() ? 0 : (places.back().top - FrameWidth) / TabHeight + 1;
 }
 
 int TabControl::TabAt(POINT point) const {
     const std::vector<RECT> places = Layout();
     const auto hit = std::find_if(places.begin(), places.end(),
                                   [point](const RECT& place) { return PtInRect(&place, point) != FALSE; });
-    return hit == places.end() ? kNone : static_cast<int>(hit - places.begin());
+    return hit == places.end() ? NoTab : static_cast<int>(hit - places.begin());
 }
 
 void TabControl::AdjustRect(bool toWindow, RECT& area) const {
-    const int above = kFrame + std::max(RowCount(), 1) * kTabHeight + kDisplayInset;
+    const int above = FrameWidth + std::max(RowCount(), 1) * TabHeight + DisplayInset;
     const int outwards = toWindow ? -1 : 1;
-    area.left += outwards * kDisplayInset;
+    area.left += outwards * DisplayInset;
     area.top += outwards * above;
-    area.right -= outwards * kDisplayInset;
-    area.bottom -= outwards * kDisplayInset;
+    area.right -= outwards * DisplayInset;
+    area.bottom -= outwards * DisplayInset;
 }
 
 LRESULT TabControl::Handle(UINT message, WPARAM first, LPARAM second) {
@@ -219,7 +219,7 @@ LRESULT TabControl::Handle(UINT message, WPARAM first, LPARAM second) {
         return Set(first, *reinterpret_cast<const TCITEMW*>(second));
     case TCM_DELETEALLITEMS:
         tabs_.clear();
-        current_ = kNone;
+        current_ = NoTab;
         return TRUE;
     case TCM_GETCURSEL:
         return current_;
@@ -236,7 +236,7 @@ LRESULT TabControl::Handle(UINT message, WPARAM first, LPARAM second) {
     case TCM_HITTEST: {
         auto& hit = *reinterpret_cast<TCHITTESTINFO*>(second);
         const int tab = TabAt(hit.pt);
-        hit.flags = tab == kNone ? TCHT_NOWHERE : TCHT_ONITEMLABEL;
+        hit.flags = tab == NoTab ? TCHT_NOWHERE : TCHT_ONITEMLABEL;
         return tab;
     }
     case TCM_ADJUSTRECT:

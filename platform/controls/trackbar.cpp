@@ -11,13 +11,13 @@ namespace platform {
 
 namespace {
 
-constexpr int kInitialMaximum = 100;
-constexpr int kPagesInRange = 5;
-constexpr int kThumbWidth = 11;
-constexpr int kThumbHeight = 21;
-constexpr int kChannelInset = 8;  // from the control's ends
-constexpr int kChannelTop = 8;
-constexpr int kChannelHeight = 4;
+constexpr int InitialMaximum = 100;
+constexpr int PagesInRange = 5;
+constexpr int ThumbWidth = 11;
+constexpr int ThumbHeight = 21;
+constexpr int ChannelInset = 8;  // from the control's ends
+constexpr int ChannelTop = 8;
+constexpr int ChannelHeight = 4;
 
 class Trackbar final : public Control {
 public:
@@ -48,7 +48,7 @@ private:
     void Release();
 
     int minimum_ = 0;
-    int maximum_ = kInitialMaximum;
+    int maximum_ = InitialMaximum;
     int position_ = 0;
     int lineSize_ = 1;
     int pageSize_ = 0;  // as set by the program; 0: a fifth of the range
@@ -59,7 +59,7 @@ private:
 };
 
 int Trackbar::PageSize() const {
-    return pageSize_ != 0 ? pageSize_ : std::max((maximum_ - minimum_) / kPagesInRange, 1);
+    return pageSize_ != 0 ? pageSize_ : std::max((maximum_ - minimum_) / PagesInRange, 1);
 }
 
 void Trackbar::SetRange(int minimum, int maximum) {
@@ -92,25 +92,25 @@ RECT Trackbar::AlongControl(int from, int top, int to, int bottom) const {
 RECT Trackbar::Channel() const {
     const RECT client = ClientArea();
     const int length = IsVertical() ? client.bottom : client.right;
-    return AlongControl(kChannelInset, kChannelTop, length - kChannelInset, kChannelTop + kChannelHeight);
+    return AlongControl(ChannelInset, ChannelTop, length - ChannelInset, ChannelTop + ChannelHeight);
 }
 
 int Trackbar::ThumbCentre() const {
     const RECT client = ClientArea();
-    const int length = (IsVertical() ? client.bottom : client.right) - 2 * kChannelInset - kThumbWidth;
+    const int length = (IsVertical() ? client.bottom : client.right) - 2 * ChannelInset - ThumbWidth;
     const int range = std::max(maximum_ - minimum_, 1);
-    return kChannelInset + kThumbWidth / 2 + length * (position_ - minimum_) / range;
+    return ChannelInset + ThumbWidth / 2 + length * (position_ - minimum_) / range;
 }
 
 RECT Trackbar::Thumb() const {
-    const int from = ThumbCentre() - kThumbWidth / 2;
-    return AlongControl(from, 0, from + kThumbWidth, kThumbHeight);
+    const int from = ThumbCentre() - ThumbWidth / 2;
+    return AlongControl(from, 0, from + ThumbWidth, ThumbHeight);
 }
 
 int Trackbar::PositionAt(int place) const {
     const RECT client = ClientArea();
-    const int length = (IsVertical() ? client.bottom : client.right) - 2 * kChannelInset - kThumbWidth;
-    const int fromStart = std::clamp(place - kChannelInset - kThumbWidth / 2, 0, std::max(length, 0));
+    const int length = (IsVertical() ? client.bottom : client.right) - 2 * ChannelInset - ThumbWidth;
+    const int fromStart = std::clamp(place - ChannelInset - ThumbWidth / 2, 0, std::max(length, 0));
     return minimum_ + (length > 0 ? (fromStart * (maximum_ - minimum_) + length / 2) / length : 0);
 }
 

@@ -9,7 +9,7 @@ namespace platform {
 
 namespace {
 
-constexpr int kLongestTextOnDemand = 260;  // in characters, with the terminator
+constexpr int LongestTextOnDemand = 260;  // in characters, with the terminator
 
 // What a notification says of an item.
 TVITEMW Describe(const TreeItem* item) {
@@ -46,14 +46,14 @@ std::u16string TreeView::TextOf(const TreeItem& item) {
     if (!item.TextOnDemand) {
         return item.Text;
     }
-    WCHAR buffer[kLongestTextOnDemand] = {};
+    WCHAR buffer[LongestTextOnDemand] = {};
     NMTVDISPINFOW request{};
     request.item.mask = TVIF_TEXT;
     request.item.hItem = item.Handle();
     request.item.lParam = item.Data;
     request.item.state = item.State;
     request.item.pszText = buffer;
-    request.item.cchTextMax = kLongestTextOnDemand;
+    request.item.cchTextMax = LongestTextOnDemand;
     Notify(TVN_GETDISPINFOW, request.hdr);
     return request.item.pszText ? request.item.pszText : std::u16string();
 }

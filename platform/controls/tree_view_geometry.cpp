@@ -7,16 +7,16 @@ namespace platform {
 
 namespace {
 
-constexpr int kIndent = 19;
-constexpr int kAroundText = 3;  // above and below, and left and right of it, in all
-constexpr int kAfterImage = 3;
+constexpr int Indent = 19;
+constexpr int AroundText = 3;  // above and below, and left and right of it, in all
+constexpr int AfterImage = 3;
 
 }  // namespace
 
 int TreeView::ImageWidth() const {
     int width = 0;
     int height = 0;
-    return images_ && ImageList_GetIconSize(images_, &width, &height) ? width + kAfterImage : 0;
+    return images_ && ImageList_GetIconSize(images_, &width, &height) ? width + AfterImage : 0;
 }
 
 int TreeView::ItemHeight() const {
@@ -25,7 +25,7 @@ int TreeView::ItemHeight() const {
     if (images_) {
         ImageList_GetIconSize(images_, &width, &height);
     }
-    return std::max(kTextHeight + kAroundText, height);
+    return std::max(TextHeight + AroundText, height);
 }
 
 int TreeView::RowsInView() const {
@@ -54,11 +54,11 @@ TreeItem* TreeView::NeighbourRow(const TreeItem& item, int step) const {
 int TreeView::ImageLeft(const TreeItem& item) const {
     const bool marksAtTop =
         (Style() & TVS_LINESATROOT) != 0 && (Style() & (TVS_HASLINES | TVS_HASBUTTONS)) != 0;
-    return kIndent * (items_.Level(item) + (marksAtTop ? 1 : 0));
+    return Indent * (items_.Level(item) + (marksAtTop ? 1 : 0));
 }
 
 int TreeView::TextWidth(const TreeItem& item) {
-    return static_cast<int>(TextOf(item).size()) * kCharacterWidth + kAroundText;
+    return static_cast<int>(TextOf(item).size()) * CharacterWidth + AroundText;
 }
 
 UINT TreeView::PartAt(int x, const TreeItem& item) {
@@ -66,7 +66,7 @@ UINT TreeView::PartAt(int x, const TreeItem& item) {
     const int text = image + ImageWidth();
     if (x < image) {
         const bool onButton =
-            (Style() & TVS_HASBUTTONS) != 0 && !item.Children.empty() && x >= image - kIndent;
+            (Style() & TVS_HASBUTTONS) != 0 && !item.Children.empty() && x >= image - Indent;
         return onButton ? TVHT_ONITEMBUTTON : TVHT_ONITEMINDENT;
     }
     if (x < text) {

@@ -13,9 +13,9 @@ namespace {
 
 class CursorObject : public UserObject {
 public:
-    static constexpr UserObjectKind kKind = UserObjectKind::Cursor;
+    static constexpr UserObjectKind OwnKind = UserObjectKind::Cursor;
 
-    CursorObject(bool shared, POINT hotSpot) : UserObject(kKind), Shared(shared), HotSpot(hotSpot) {}
+    CursorObject(bool shared, POINT hotSpot) : UserObject(OwnKind), Shared(shared), HotSpot(hotSpot) {}
 
     const bool Shared;  // kept by the system: not destroyed
     const POINT HotSpot;
@@ -23,10 +23,10 @@ public:
 
 // A resource's group of cursors begins with three words, the last of which counts the entries of 14 bytes;
 // each ends with the number of the cursor itself, whose data begins with the hot spot.
-constexpr size_t kGroupCount = 4;
-constexpr size_t kGroupHeader = 6;
-constexpr size_t kGroupEntry = 14;
-constexpr size_t kEntryNumber = 12;
+constexpr size_t GroupCount = 4;
+constexpr size_t GroupHeader = 6;
+constexpr size_t GroupEntry = 14;
+constexpr size_t EntryNumber = 12;
 
 WORD WordAt(const Resource& resource, size_t place) {
     WORD word = 0;
@@ -71,11 +71,11 @@ bool FindHotSpot(HINSTANCE module, LPCWSTR name, POINT* hotSpot) {
     if (!FindModuleResource(module, RT_GROUP_CURSOR, name, &group)) {
         return false;
     }
-    if (WordAt(group, kGroupCount) == 0 || group.Size < kGroupHeader + kGroupEntry) {
+    if (WordAt(group, GroupCount) == 0 || group.Size < GroupHeader + GroupEntry) {
         SetLastError(ERROR_RESOURCE_DATA_NOT_FOUND);
         return false;
     }
-    const WORD number = WordAt(group, kGroupHeader + kEntryNumber);
+    const WORD number = WordAt(group, GroupHeader + EntryNumber);
     if (!FindModuleResource(module, RT_CURSOR, MAKEINTRESOURCEW(number), &cursor)) {
         return false;
     }

@@ -9,11 +9,11 @@ namespace platform {
 
 namespace {
 
-constexpr WCHAR kNumberMark = 0xFFFF;  // begins a text that is a resource's number
+constexpr WCHAR NumberMark = 0xFFFF;  // begins a text that is a resource's number
 
 // A text that is none, but a picture's number, is not kept.
 bool IsText(LPCWSTR text) {
-    return text && !IS_INTRESOURCE(text) && text[0] != kNumberMark;
+    return text && !IS_INTRESOURCE(text) && text[0] != NumberMark;
 }
 
 bool SetText(HWND window, LPCWSTR text) {
@@ -139,7 +139,7 @@ LRESULT WINAPI DefWindowProcW(HWND window, UINT message, WPARAM first, LPARAM se
             ReleaseCapture();
         }
         return 0;
-    case kHelpKeyMessage:
+    case HelpKeyMessage:
         AskForHelp(window);
         return 0;
     case WM_HELP:

@@ -8,15 +8,15 @@ namespace platform {
 namespace {
 
 // The base units of 8-point MS Shell Dlg at 96 dots to the inch; other fonts are measured alike.
-constexpr LONG kUnitWidth = 6;
-constexpr LONG kUnitHeight = 13;
-constexpr WORD kUnitPoints = 8;
-constexpr LONG kUnitsAcross = 4;  // a base unit's width is 4 dialog units, its height 8
-constexpr LONG kUnitsDown = 8;
-constexpr LONG kDotsPerInch = 96;
-constexpr LONG kPointsPerInch = 72;
+constexpr LONG DefaultUnitWidth = 6;
+constexpr LONG DefaultUnitHeight = 13;
+constexpr WORD UnitPoints = 8;
+constexpr LONG UnitsAcross = 4;  // a base unit's width is 4 dialog units, its height 8
+constexpr LONG UnitsDown = 8;
+constexpr LONG DotsPerInch = 96;
+constexpr LONG PointsPerInch = 72;
 
-constexpr WCHAR kNumberMark = 0xFFFF;
+constexpr WCHAR NumberMark = 0xFFFF;
 
 // Rounded to the nearest, halves away from 0.
 LONG Scale(LONG value, LONG numerator, LONG denominator) {
@@ -29,14 +29,14 @@ struct Units {
     LONG Height;
 
     RECT ToPixels(const RECT& area) const {
-        return {Scale(area.left, Width, kUnitsAcross), Scale(area.top, Height, kUnitsDown),
-                Scale(area.right, Width, kUnitsAcross), Scale(area.bottom, Height, kUnitsDown)};
+        return {Scale(area.left, Width, UnitsAcross), Scale(area.top, Height, UnitsDown),
+                Scale(area.right, Width, UnitsAcross), Scale(area.bottom, Height, UnitsDown)};
     }
 };
 
 Units UnitsOf(const DialogTemplate& dialog) {
-    const LONG points = dialog.FontHeight != 0 ? dialog.FontHeight : kUnitPoints;
-    return {Scale(kUnitWidth, points, kUnitPoints), Scale(kUnitHeight, points, kUnitPoints)};
+    const LONG points = dialog.FontHeight != 0 ? dialog.FontHeight : UnitPoints;
+    return {Scale(DefaultUnitWidth, points, UnitPoints), Scale(DefaultUnitHeight, points, UnitPoints)};
 }
 
 HFONT MakeFont(const DialogTemplate& dialog) {
@@ -44,7 +44,7 @@ HFONT MakeFont(const DialogTemplate& dialog) {
         return nullptr;
     }
     LOGFONTW font{};
-    font.lfHeight = -Scale(dialog.FontHeight, kDotsPerInch, kPointsPerInch);
+    font.lfHeight = -Scale(dialog.FontHeight, DotsPerInch, PointsPerInch);
     font.lfWeight = FW_NORMAL;
     font.lfCharSet = DEFAULT_CHARSET;
     lstrcpynW(font.lfFaceName, dialog.FontFace.c_str(), LF_FACESIZE);
@@ -112,7 +112,7 @@ bool BecomeDialog(HWND window, const Making& making) {
 
 HWND MakeControl(HWND dialog, const Making& making, const TemplateControl& control) {
     const RECT place = making.BaseUnits.ToPixels(control.Place);
-    const WCHAR number[] = {kNumberMark, static_cast<WCHAR>(control.Text.Number), 0};
+    const WCHAR number[] = {NumberMark, static_cast<WCHAR>(control.Text.Number), 0};
     const LPCWSTR text = control.Text.IsNumber() ? number : control.Text.Text.c_str();
     const std::u16string className = control.ClassName();
     const HWND window =

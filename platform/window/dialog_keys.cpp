@@ -7,7 +7,7 @@ namespace platform {
 
 namespace {
 
-constexpr LRESULT kPushButton = DLGC_DEFPUSHBUTTON | DLGC_UNDEFPUSHBUTTON;
+constexpr LRESULT PushButton = DLGC_DEFPUSHBUTTON | DLGC_UNDEFPUSHBUTTON;
 
 LRESULT CodeOf(HWND control, const MSG* message = nullptr) {
     return SendMessageW(control, WM_GETDLGCODE, message ? message->wParam : 0,
@@ -43,7 +43,7 @@ void Press(HWND dialog, int id) {
 // Enter presses the push button that has the focus, else the default one.
 void PressDefault(HWND dialog) {
     const HWND focus = GetFocus();
-    if (focus && (CodeOf(focus) & kPushButton) != 0) {
+    if (focus && (CodeOf(focus) & PushButton) != 0) {
         SendMessageW(GetParent(focus), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(focus), BN_CLICKED),
                      reinterpret_cast<LPARAM>(focus));
         return;
@@ -128,14 +128,14 @@ bool UseMnemonic(HWND dialog, WCHAR letter) {
         const bool literal = (GetWindowLongPtrW(control, GWL_STYLE) & SS_NOPREFIX) != 0 &&
                              (CodeOf(control) & DLGC_STATIC) != 0;
         const LRESULT code = CodeOf(control);
-        if ((code & (DLGC_STATIC | DLGC_BUTTON | kPushButton)) == 0 || literal ||
+        if ((code & (DLGC_STATIC | DLGC_BUTTON | PushButton)) == 0 || literal ||
             !IsMnemonicOf(TextOf(control), letter)) {
             continue;
         }
         if ((code & DLGC_STATIC) != 0) {
             SendMessageW(dialog, WM_NEXTDLGCTL,
                          reinterpret_cast<WPARAM>(GetNextDlgTabItem(dialog, control, FALSE)), TRUE);
-        } else if ((code & kPushButton) != 0) {
+        } else if ((code & PushButton) != 0) {
             SendMessageW(GetParent(control), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(control), BN_CLICKED),
                          reinterpret_cast<LPARAM>(control));
         } else {

@@ -7,10 +7,10 @@ namespace platform {
 
 namespace {
 
-constexpr WORD kExtendedVersion = 1;
-constexpr WORD kExtendedSignature = 0xFFFF;
-constexpr WORD kNumberMark = 0xFFFF;
-constexpr WORD kFirstClassNumber = 0x80;
+constexpr WORD ExtendedVersion = 1;
+constexpr WORD ExtendedSignature = 0xFFFF;
+constexpr WORD NumberMark = 0xFFFF;
+constexpr WORD FirstClassNumber = 0x80;
 
 // Reads fields one after the other. After the end it gives zeros and IsGood is false.
 class Reader {
@@ -41,7 +41,7 @@ public:
     // A text, or a number after its mark.
     TemplateName TakeName() {
         const size_t begin = position_;
-        if (Take<WORD>() == kNumberMark) {
+        if (Take<WORD>() == NumberMark) {
             return {Take<WORD>(), {}};
         }
         position_ = begin;
@@ -105,19 +105,19 @@ void TakeFont(Reader& reader, bool extended, DialogTemplate* dialog) {
 
 bool IsExtended(const void* data, size_t size) {
     Reader reader(data, size);
-    return reader.Take<WORD>() == kExtendedVersion && reader.Take<WORD>() == kExtendedSignature;
+    return reader.Take<WORD>() == ExtendedVersion && reader.Take<WORD>() == ExtendedSignature;
 }
 
 }  // namespace
 
 std::u16string TemplateControl::ClassName() const {
-    static constexpr const char16_t* kByNumber[] = {u"Button",  u"Edit",      u"Static",
-                                                    u"ListBox", u"ScrollBar", u"ComboBox"};
+    static constexpr const char16_t* ByNumber[] = {u"Button",  u"Edit",      u"Static",
+                                                   u"ListBox", u"ScrollBar", u"ComboBox"};
     if (!Class.IsNumber()) {
         return Class.Text;
     }
-    const size_t index = static_cast<size_t>(Class.Number) - kFirstClassNumber;
-    return index < std::size(kByNumber) ? kByNumber[index] : u"";
+    const size_t index = static_cast<size_t>(Class.Number) - FirstClassNumber;
+    return index < std::size(ByNumber) ? ByNumber[index] : u"";
 }
 
 std::optional<DialogTemplate> ReadDialogTemplate(const void* data, size_t size) {

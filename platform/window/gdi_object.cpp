@@ -11,18 +11,18 @@ namespace {
 
 class BitmapObject : public UserObject {
 public:
-    static constexpr UserObjectKind kKind = UserObjectKind::Bitmap;
+    static constexpr UserObjectKind OwnKind = UserObjectKind::Bitmap;
 
-    explicit BitmapObject(const BITMAP& description) : UserObject(kKind), Description(description) {}
+    explicit BitmapObject(const BITMAP& description) : UserObject(OwnKind), Description(description) {}
 
     const BITMAP Description;
 };
 
 class FontObject : public UserObject {
 public:
-    static constexpr UserObjectKind kKind = UserObjectKind::Font;
+    static constexpr UserObjectKind OwnKind = UserObjectKind::Font;
 
-    explicit FontObject(const LOGFONTW& description) : UserObject(kKind), Description(description) {}
+    explicit FontObject(const LOGFONTW& description) : UserObject(OwnKind), Description(description) {}
 
     const LOGFONTW Description;
 };

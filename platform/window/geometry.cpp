@@ -8,13 +8,13 @@ namespace platform {
 namespace {
 
 // The system's sizes, in pixels.
-constexpr LONG kBorder = 1;
-constexpr LONG kEdge = 2;
-constexpr LONG kDialogFrame = 3;
-constexpr LONG kSizeFrame = 4;
-constexpr LONG kCaptionHeight = 18;
-constexpr LONG kScrollBar = 16;
-constexpr LONG kDragDistance = 4;
+constexpr LONG Border = 1;
+constexpr LONG Edge = 2;
+constexpr LONG DialogFrame = 3;
+constexpr LONG SizeFrame = 4;
+constexpr LONG CaptionHeight = 18;
+constexpr LONG ScrollBar = 16;
+constexpr LONG DragDistance = 4;
 
 POINT ScreenOrigin(HWND window) {
     const std::lock_guard hold(DesktopLock());
@@ -36,17 +36,17 @@ RECT FrameOnScreenLocked(const WindowObject& window) {
 RECT FrameInsets(DWORD style, DWORD exStyle) {
     LONG width = 0;
     if ((style & WS_THICKFRAME) != 0) {
-        width = kSizeFrame;
+        width = SizeFrame;
     } else if ((style & WS_DLGFRAME) != 0 || (exStyle & WS_EX_DLGMODALFRAME) != 0) {
-        width = kDialogFrame;
+        width = DialogFrame;
     } else if ((style & WS_BORDER) != 0) {
-        width = kBorder;
+        width = Border;
     }
     if ((exStyle & WS_EX_CLIENTEDGE) != 0) {
-        width += kEdge;
+        width += Edge;
     }
     const bool captioned = (style & WS_CAPTION) == WS_CAPTION;
-    return {width, width + (captioned ? kCaptionHeight + kBorder : 0), width, width};
+    return {width, width + (captioned ? CaptionHeight + Border : 0), width, width};
 }
 
 }  // namespace platform
@@ -140,24 +140,24 @@ int WINAPI GetSystemMetrics(int which) {
         return screen.bottom;
     case SM_CXVSCROLL:
     case SM_CYHSCROLL:
-        return kScrollBar;
+        return ScrollBar;
     case SM_CYCAPTION:
-        return kCaptionHeight + kBorder;
+        return CaptionHeight + Border;
     case SM_CXBORDER:
     case SM_CYBORDER:
-        return kBorder;
+        return Border;
     case SM_CXDLGFRAME:
     case SM_CYDLGFRAME:
-        return kDialogFrame;
+        return DialogFrame;
     case SM_CXFRAME:
     case SM_CYFRAME:
-        return kSizeFrame;
+        return SizeFrame;
     case SM_CXEDGE:
     case SM_CYEDGE:
-        return kEdge;
+        return Edge;
     case SM_CXDRAG:
     case SM_CYDRAG:
-        return kDragDistance;
+        return DragDistance;
     default:
         return 0;
     }

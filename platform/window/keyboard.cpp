@@ -11,10 +11,10 @@ namespace {
 
 std::atomic<POINT> cursorPosition{POINT{0, 0}};
 
-constexpr BYTE kDown = 0x80;
+constexpr BYTE Down = 0x80;
 
 bool IsDown(const GuiThread& thread, int key) {
-    return (thread.Keys[static_cast<size_t>(key)] & kDown) != 0;
+    return (thread.Keys[static_cast<size_t>(key)] & Down) != 0;
 }
 
 // The character of a key on an English keyboard; 0 when it has none.
@@ -53,7 +53,7 @@ BOOL WINAPI SetCursorPos(int x, int y) {
 
 SHORT WINAPI GetKeyState(int key) {
     const BYTE state = CurrentGuiThread().Keys[static_cast<BYTE>(key)];
-    return static_cast<SHORT>(((state & kDown) != 0 ? 0xFF80 : 0) | (state & 1));
+    return static_cast<SHORT>(((state & Down) != 0 ? 0xFF80 : 0) | (state & 1));
 }
 
 BOOL WINAPI GetKeyboardState(BYTE* keys) {

@@ -13,11 +13,11 @@ namespace platform {
 
 namespace {
 
-constexpr size_t kMaximumWindows = 64;
-constexpr size_t kTitleLength = 128;
-constexpr size_t kClassLength = 64;
-constexpr uint32_t kMailLength = 16;
-constexpr std::chrono::milliseconds kAnswerPollInterval{1};
+constexpr size_t MaximumWindows = 64;
+constexpr size_t TitleLength = 128;
+constexpr size_t ClassLength = 64;
+constexpr uint32_t MailLength = 16;
+constexpr std::chrono::milliseconds AnswerPollInterval{1};
 
 // A text cut to its room.
 template <size_t Length>
@@ -39,9 +39,9 @@ struct Record {
     uint64_t Order;  // the greater the further in front
     bool TopMost;
     MachineWindowState State;
-    FixedText<kTitleLength> Title;
-    FixedText<kClassLength> ClassName;
-    WindowRequest Mail[kMailLength];
+    FixedText<TitleLength> Title;
+    FixedText<ClassLength> ClassName;
+    WindowRequest Mail[MailLength];
     uint32_t MailPut;    // requests so far; the last MailPut - MailTaken of them are in Mail
     uint32_t MailTaken;  // of them, those begun
     uint32_t MailDone;   // of those, how many have been carried out
@@ -53,7 +53,7 @@ struct Table {
     SharedMutex Lock;  // guards the rest
     uint64_t FrontOrder;
     uint64_t BackOrder;
-    Record Records[kMaximumWindows];
+    Record Records[MaximumWindows];
 
     void Initialize() {
         Lock.Initialize();
@@ -107,7 +107,7 @@ std::optional<WindowRequest> TakeRequest(HWND* window) {
     for (Record& record : table->Records) {
         if (record.MailPut != record.MailTaken && IsOfCallingThread(record)) {
             *window = record.Handle();
-            return record.Mail[record.MailTaken++ % kMailLength];
+            return record.Mail[record.MailTaken++ % MailLength];
         }
     }
     return std::nullopt;
@@ -225,8 +225,8 @@ bool AskMachineWindow(HWND window, const WindowRequest& request) {
             if (!record) {
                 return false;
             }
-            if (!number && record->MailPut - record->MailTaken < kMailLength) {
-                record->Mail[record->MailPut % kMailLength] = request;
+            if (!number && record->MailPut - record->MailTaken < MailLength) {
+                record->Mail[record->MailPut % MailLength] = request;
                 number = ++record->MailPut;
             }
             const bool done = number && static_cast<int32_t>(record->MailDone - *number) >= 0;
@@ -234,7 +234,7 @@ bool AskMachineWindow(HWND window, const WindowRequest& request) {
                 return true;
             }
         }
-        std::this_thread::sleep_for(kAnswerPollInterval);
+        std::this_thread::sleep_for(AnswerPollInterval);
     }
 }
 

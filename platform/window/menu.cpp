@@ -9,14 +9,14 @@ namespace platform {
 
 namespace {
 
-constexpr UINT kNone = 0xFFFFFFFF;  // the answer of calls that found no item
-constexpr UINT kState = MF_GRAYED | MF_DISABLED | MF_CHECKED | MF_SEPARATOR | MF_POPUP;
+constexpr UINT NoSuchItem = 0xFFFFFFFF;  // the answer of calls that found no item
+constexpr UINT ItemStates = MF_GRAYED | MF_DISABLED | MF_CHECKED | MF_SEPARATOR | MF_POPUP;
 
 class MenuObject : public UserObject {
 public:
-    static constexpr UserObjectKind kKind = UserObjectKind::Menu;
+    static constexpr UserObjectKind OwnKind = UserObjectKind::Menu;
 
-    MenuObject() : UserObject(kKind) {}
+    MenuObject() : UserObject(OwnKind) {}
 
     std::mutex Lock;  // guards Items
     std::vector<MenuItem> Items;
@@ -41,17 +41,17 @@ MenuItem* FindItem(MenuObject& menu, UINT which, UINT flags) {
     return found != menu.Items.end() ? &*found : nullptr;
 }
 
-// Changes the bits of `mask` to those of `flags`; the flags before, or kNone.
+// Changes the bits of `mask` to those of `flags`; the flags before, or NoSuchItem.
 UINT ChangeFlags(HMENU handle, UINT which, UINT flags, UINT mask) {
     const std::shared_ptr<MenuObject> menu = FindMenu(handle);
     if (!menu) {
-        return kNone;
+        return NoSuchItem;
     }
     const std::lock_guard hold(menu->Lock);
     MenuItem* const item = FindItem(*menu, which, flags);
     if (!item) {
         SetLastError(ERROR_MENU_ITEM_NOT_FOUND);
-        return kNone;
+        return NoSuchItem;
     }
     const UINT before = item->Flags & mask;
     item->Flags = (item->Flags & ~mask) | (flags & mask);
@@ -100,7 +100,7 @@ BOOL WINAPI InsertMenuW(HMENU handle, UINT before, UINT flags, UINT_PTR id, LPCW
     if (!menu) {
         return FALSE;
     }
-    const MenuItem made = {flags & kState, id, (flags & MF_SEPARATOR) == 0 && text ? text : u""};
+    const MenuItem made = {flags & ItemStates, id, (flags & MF_SEPARATOR) == 0 && text ? text : u""};
     const std::lock_guard hold(menu->Lock);
     const MenuItem* const place = FindItem(*menu, before, flags);
     const auto offset = place ? place - menu->Items.data() : static_cast<ptrdiff_t>(menu->Items.size());
@@ -109,12 +109,12 @@ BOOL WINAPI InsertMenuW(HMENU handle, UINT before, UINT flags, UINT_PTR id, LPCW
 }
 
 BOOL WINAPI AppendMenuW(HMENU handle, UINT flags, UINT_PTR id, LPCWSTR text) {
-    return InsertMenuW(handle, kNone, flags | MF_BYPOSITION, id, text);
+    return InsertMenuW(handle, NoSuchItem, flags | MF_BYPOSITION, id, text);
 }
 
 DWORD WINAPI CheckMenuItem(HMENU menu, UINT which, UINT flags) {
-    constexpr UINT kChecks = MF_CHECKED;
-    return ChangeFlags(menu, which, flags, kChecks);
+    constexpr UINT Checks = MF_CHECKED;
+    return ChangeFlags(menu, which, flags, Checks);
 }
 
 // The flags before, and -1 when there is no such item.
@@ -125,11 +125,11 @@ BOOL WINAPI EnableMenuItem(HMENU menu, UINT which, UINT flags) {
 UINT WINAPI GetMenuState(HMENU handle, UINT which, UINT flags) {
     const std::shared_ptr<MenuObject> menu = FindMenu(handle);
     if (!menu) {
-        return kNone;
+        return NoSuchItem;
     }
     const std::lock_guard hold(menu->Lock);
     const MenuItem* const item = FindItem(*menu, which, flags);
-    return item ? item->Flags : kNone;
+    return item ? item->Flags : NoSuchItem;
 }
 
 int WINAPI GetMenuItemCount(HMENU menu) {
@@ -140,11 +140,11 @@ int WINAPI GetMenuItemCount(HMENU menu) {
 UINT WINAPI GetMenuItemID(HMENU handle, int position) {
     const std::shared_ptr<MenuObject> menu = FindMenu(handle);
     if (!menu) {
-        return kNone;
+        return NoSuchItem;
     }
     const std::lock_guard hold(menu->Lock);
     const MenuItem* const item = FindItem(*menu, static_cast<UINT>(position), MF_BYPOSITION);
-    return item && (item->Flags & MF_POPUP) == 0 ? static_cast<UINT>(item->Id) : kNone;
+    return item && (item->Flags & MF_POPUP) == 0 ? static_cast<UINT>(item->Id) : NoSuchItem;
 }
 
 int WINAPI GetMenuStringW(HMENU handle, UINT which, LPWSTR buffer, int size, UINT flags) {

@@ -12,10 +12,10 @@ namespace platform {
 namespace {
 
 // The size of items: nothing is drawn, but clicks need places.
-constexpr int kItemHeight = 19;
-constexpr int kMenuWidth = 200;
+constexpr int MenuItemHeight = 19;
+constexpr int MenuWidth = 200;
 
-constexpr int kNothing = -1;
+constexpr int NoEntry = -1;
 
 class PopupMenu {
 public:
@@ -43,8 +43,8 @@ private:
     const HWND previousCapture_;
     std::vector<MenuItem> items_;
     HWND window_ = nullptr;
-    int highlighted_ = kNothing;
-    int chosen_ = kNothing;
+    int highlighted_ = NoEntry;
+    int chosen_ = NoEntry;
     bool over_ = false;
 };
 
@@ -57,8 +57,9 @@ PopupMenu::PopupMenu(HMENU menu, HWND owner, UINT flags, POINT place)
         SendMessageW(owner_, WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(menu_), 0);
     }
     items_ = MenuItems(menu_).value_or(std::vector<MenuItem>());
-    window_ = CreateWindowExW(WS_EX_TOPMOST, u"#32768", nullptr, WS_POPUP, place.x, place.y, kMenuWidth,
-                              static_cast<int>(items_.size()) * kItemHeight, owner_, nullptr, nullptr, menu_);
+    window_ =
+        CreateWindowExW(WS_EX_TOPMOST, u"#32768", nullptr, WS_POPUP, place.x, place.y, MenuWidth,
+                        static_cast<int>(items_.size()) * MenuItemHeight, owner_, nullptr, nullptr, menu_);
     ShowWindow(window_, SW_SHOWNOACTIVATE);
     SetCapture(owner_);
 }
@@ -86,7 +87,7 @@ const MenuItem* PopupMenu::Run() {
             DispatchMessageW(&message);
         }
     }
-    return chosen_ != kNothing ? &items_[static_cast<size_t>(chosen_)] : nullptr;
+    return chosen_ != NoEntry ? &items_[static_cast<size_t>(chosen_)] : nullptr;
 }
 
 bool PopupMenu::Takes(const MSG& message) {
@@ -135,11 +136,11 @@ bool PopupMenu::UseKey(WPARAM key) {
         Move(-1);
         return true;
     case VK_HOME:
-        highlighted_ = kNothing;
+        highlighted_ = NoEntry;
         Move(1);
         return true;
     case VK_END:
-        highlighted_ = kNothing;
+        highlighted_ = NoEntry;
         Move(-1);
         return true;
     case VK_RETURN:
@@ -153,7 +154,7 @@ bool PopupMenu::UseKey(WPARAM key) {
 // Around and around, over separators. From nothing, down comes to the first and up to the last.
 void PopupMenu::Move(int step) {
     const int count = static_cast<int>(items_.size());
-    int index = highlighted_ == kNothing && step < 0 ? 0 : highlighted_;
+    int index = highlighted_ == NoEntry && step < 0 ? 0 : highlighted_;
     for (int i = 0; i < count; ++i) {
         index = (index + step + count) % count;
         if (items_[static_cast<size_t>(index)].CanBeHighlighted()) {
@@ -195,7 +196,7 @@ void PopupMenu::Click(POINT screen, bool released) {
     RECT frame;
     GetWindowRect(window_, &frame);
     if (PtInRect(&frame, screen)) {
-        const int index = (screen.y - frame.top) / kItemHeight;
+        const int index = (screen.y - frame.top) / MenuItemHeight;
         if (items_[static_cast<size_t>(index)].CanBeHighlighted()) {
             Highlight(index);
             if (released) {
@@ -209,7 +210,7 @@ void PopupMenu::Click(POINT screen, bool released) {
 
 // Nothing happens for what is grayed. Nothing highlighted ends the menu.
 void PopupMenu::Choose(int index) {
-    if (index == kNothing) {
+    if (index == NoEntry) {
         GiveUp();
     } else if (items_[static_cast<size_t>(index)].CanBeChosen()) {
         chosen_ = index;
@@ -226,7 +227,7 @@ LRESULT CALLBACK MenuWindowProcedure(HWND window, UINT message, WPARAM first, LP
             window, 0,
             reinterpret_cast<LONG_PTR>(reinterpret_cast<const CREATESTRUCTW*>(second)->lpCreateParams));
         return 0;
-    case kGetMenuMessage:
+    case GetMenuMessage:
         return GetWindowLongPtrW(window, 0);
     default:
         return DefWindowProcW(window, message, first, second);

@@ -26,7 +26,7 @@ Boxes& TheBoxes() {
 
 // By MB_TYPEMASK; the first is the one that is pressed unless the box has the wanted one.
 std::initializer_list<int> ButtonsOf(UINT style) {
-    static constexpr std::initializer_list<int> kButtons[] = {
+    static constexpr std::initializer_list<int> ButtonChoices[] = {
         {IDOK},                        // MB_OK
         {IDOK, IDCANCEL},              // MB_OKCANCEL
         {IDABORT, IDRETRY, IDIGNORE},  // MB_ABORTRETRYIGNORE
@@ -35,7 +35,7 @@ std::initializer_list<int> ButtonsOf(UINT style) {
         {IDRETRY, IDCANCEL},           // MB_RETRYCANCEL
     };
     const UINT type = style & MB_TYPEMASK;
-    return type < std::size(kButtons) ? kButtons[type] : std::initializer_list<int>{};
+    return type < std::size(ButtonChoices) ? ButtonChoices[type] : std::initializer_list<int>{};
 }
 
 }  // namespace

@@ -10,9 +10,9 @@ namespace platform {
 namespace {
 
 // Other processes cannot end a wait here; what they ask of this thread's windows is looked for this often.
-constexpr std::chrono::milliseconds kMachinePollInterval{5};
+constexpr std::chrono::milliseconds MachinePollInterval{5};
 
-constexpr UINT kLongestPeriod = 0x7FFFFFFF;
+constexpr UINT LongestPeriod = 0x7FFFFFFF;
 
 DWORD MillisecondsNow() {
     const auto sinceStart = std::chrono::steady_clock::now().time_since_epoch();
@@ -165,7 +165,7 @@ MSG MessageQueue::Wait(const MessageFilter& filter) {
         }
         Clock::time_point until = NextTimerLocked();
         if (polls) {
-            until = std::min(until, Clock::now() + kMachinePollInterval);
+            until = std::min(until, Clock::now() + MachinePollInterval);
         }
         if (until == Clock::time_point::max()) {
             changed_.wait(hold);
@@ -181,8 +181,7 @@ MSG MessageQueue::Wait(const MessageFilter& filter) {
 }
 
 UINT_PTR MessageQueue::SetTimer(HWND window, UINT_PTR id, UINT milliseconds, TIMERPROC procedure) {
-    const std::chrono::milliseconds period(
-        std::clamp<UINT>(milliseconds, USER_TIMER_MINIMUM, kLongestPeriod));
+    const std::chrono::milliseconds period(std::clamp<UINT>(milliseconds, USER_TIMER_MINIMUM, LongestPeriod));
     const std::lock_guard hold(lock_);
     const auto found = std::find_if(timers_.begin(), timers_.end(), [window, id](const Timer& timer) {
         return timer.Window == window && timer.Id == id;

@@ -31,7 +31,7 @@ void Remember(const MSG& message) {
 // Keys that mean more than themselves, once they are taken out of the queue.
 void FollowKey(const MSG& message) {
     if (message.message == WM_KEYDOWN && message.wParam == VK_F1) {
-        PostMessageW(message.hwnd, kHelpKeyMessage, 0, 0);
+        PostMessageW(message.hwnd, HelpKeyMessage, 0, 0);
     } else if (message.message == WM_KEYUP && message.wParam == VK_APPS) {
         PostMessageW(message.hwnd, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(message.hwnd), -1);
     }

@@ -5,7 +5,7 @@
 
 namespace platform {
 
-constexpr UINT kHelpKeyMessage = 0x004D;  // F1 was pressed; the default is WM_HELP
-constexpr UINT kGetMenuMessage = 0x01E1;  // to a popup menu's window: its HMENU
+constexpr UINT HelpKeyMessage = 0x004D;  // F1 was pressed; the default is WM_HELP
+constexpr UINT GetMenuMessage = 0x01E1;  // to a popup menu's window: its HMENU
 
 }  // namespace platform

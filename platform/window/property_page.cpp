@@ -9,23 +9,24 @@ namespace platform {
 
 namespace {
 
-constexpr DWORD kDroppedStyles =
+constexpr DWORD DroppedStyles =
     DS_MODALFRAME | WS_CAPTION | WS_SYSMENU | WS_POPUP | WS_DISABLED | WS_VISIBLE | WS_THICKFRAME;
-constexpr DWORD kPageStyles = DS_NOFAILCREATE | DS_CONTROL | WS_CHILD | WS_TABSTOP;
-constexpr int kLongestTitle = 256;
+constexpr DWORD PageStyles = DS_NOFAILCREATE | DS_CONTROL | WS_CHILD | WS_TABSTOP;
+constexpr int LongestTitle = 256;
 
 std::u16string TextOf(HINSTANCE module, LPCWSTR text) {
     if (!IS_INTRESOURCE(text)) {
         return text;
     }
-    WCHAR loaded[kLongestTitle];
-    LoadStringW(module, ResourceNumber(text), loaded, kLongestTitle);
+    WCHAR loaded[LongestTitle];
+    LoadStringW(module, ResourceNumber(text), loaded, LongestTitle);
     return loaded;
 }
 
 }  // namespace
 
-PropertyPage::PropertyPage(const PROPSHEETPAGEW& description) : UserObject(kKind), description_(description) {
+PropertyPage::PropertyPage(const PROPSHEETPAGEW& description)
+    : UserObject(OwnKind), description_(description) {
     const bool inMemory = (description.dwFlags & PSP_DLGINDIRECT) != 0;
     if (!inMemory && !IS_INTRESOURCE(description.pszTemplate)) {
         templateName_ = description.pszTemplate;
@@ -51,7 +52,7 @@ std::optional<DialogTemplate> PropertyPage::Template() const {
             ? ReadDialogTemplate(description_.pResource, SIZE_MAX)
             : LoadDialogTemplate(description_.hInstance, description_.pszTemplate);
     if (dialog) {
-        dialog->Style = (dialog->Style & ~kDroppedStyles) | kPageStyles;
+        dialog->Style = (dialog->Style & ~DroppedStyles) | PageStyles;
     }
     return dialog;
 }

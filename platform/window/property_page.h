@@ -14,7 +14,7 @@ namespace platform {
 
 class PropertyPage : public UserObject {
 public:
-    static constexpr UserObjectKind kKind = UserObjectKind::PropertyPage;
+    static constexpr UserObjectKind OwnKind = UserObjectKind::PropertyPage;
 
     // Copies the description and the texts that it points to.
     explicit PropertyPage(const PROPSHEETPAGEW& description);

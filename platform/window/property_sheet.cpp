@@ -1,102 +1,23 @@
-// PropertySheetW: a dialog with a tab for each page, one page at a time inside it, and the buttons below.
+#include "platform/window/property_sheet.h"
+
 #include <windows.h>
 #include <commctrl.h>
-#include <prsht.h>
 
 #include <algorithm>
 
 #include "platform/loader/resources.h"
 #include "platform/window/dialog.h"
-#include "platform/window/property_page.h"
 #include "platform/window/window_object.h"
 
 namespace platform {
 
 namespace {
 
-constexpr DWORD kTabControlId = 0x3020;
-constexpr DWORD kApplyId = 0x3021;
-
 // Sizes in pixels.
-constexpr int kMargin = 7;
-constexpr int kButtonWidth = 75;
-constexpr int kButtonHeight = 23;
-constexpr int kButtonGap = 6;
-
-constexpr size_t kNoPage = SIZE_MAX;
-
-struct SheetPage {
-    HPROPSHEETPAGE Handle;
-    std::shared_ptr<PropertyPage> Page;
-    HWND Window = nullptr;  // until the page is first shown
-    bool Dirty = false;
-};
-
-class PropertySheet {
-public:
-    explicit PropertySheet(const PROPSHEETHEADERW& header);
-    ~PropertySheet();
-    PropertySheet(const PropertySheet&) = delete;
-    PropertySheet& operator=(const PropertySheet&) = delete;
-
-    INT_PTR Run();
-
-private:
-    static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM first, LPARAM second);
-    INT_PTR Handle(UINT message, WPARAM first, LPARAM second);
-    INT_PTR HandleSheetMessage(UINT message, WPARAM first, LPARAM second);
-    bool TakesKey(MSG* message);
-
-    void Open(HWND window);
-    void AddTabs();
-    void LayOut();
-    RECT LargestPage() const;
-
-    LRESULT Notify(const SheetPage& page, UINT code, LPARAM parameter = 0) const;
-    bool MayLeave() const;
-    bool Switch(size_t index);
-    bool Turn(size_t index);
-    bool EnsureCreated(SheetPage& page);
-    void Show(size_t index);
-    void TabChanged();
-
-    void Press(int button);
-    bool Apply(bool closes);
-    void Accept();
-    void Cancel();
-    void Finish(INT_PTR result);
-    void SetChanged(HWND page, bool changed);
-    LRESULT AskSiblings(WPARAM first, LPARAM second) const;
-    size_t FindPage(HPROPSHEETPAGE handle) const;
-
-    HWND Tabs() const { return GetDlgItem(window_, kTabControlId); }
-
-    const PROPSHEETHEADERW header_;
-    std::vector<SheetPage> pages_;
-    HWND window_ = nullptr;
-    size_t active_ = kNoPage;
-    bool saved_ = false;   // something has been applied
-    INT_PTR restart_ = 0;  // ID_PSRESTARTWINDOWS or ID_PSREBOOTSYSTEM, as a page asked for
-    bool over_ = false;
-    INT_PTR result_ = -1;
-};
-
-PropertySheet::PropertySheet(const PROPSHEETHEADERW& header) : header_(header) {
-    for (UINT i = 0; i < header.nPages; ++i) {
-        const HPROPSHEETPAGE handle = (header.dwFlags & PSH_PROPSHEETPAGE) != 0
-                                          ? CreatePropertySheetPageW(&header.ppsp[i])
-                                          : header.phpage[i];
-        if (auto page = FindUserObject<PropertyPage>(handle)) {
-            pages_.push_back({handle, std::move(page)});
-        }
-    }
-}
-
-PropertySheet::~PropertySheet() {
-    for (const SheetPage& page : pages_) {
-        DestroyPropertySheetPage(page.Handle);
-    }
-}
+constexpr int Margin = 7;
+constexpr int ButtonWidth = 75;
+constexpr int ButtonHeight = 23;
+constexpr int ButtonGap = 6;
 
 TemplateControl Button(DWORD id, const char16_t* text, DWORD style) {
     return {style | WS_CHILD | WS_VISIBLE | WS_TABSTOP, 0, {}, id, {0, u"Button"}, {0, text}, {}};
@@ -111,7 +32,7 @@ DialogTemplate SheetTemplate(const PROPSHEETHEADERW& header) {
     sheet.Controls.push_back(Button(IDOK, u"OK", BS_DEFPUSHBUTTON | WS_GROUP));
     sheet.Controls.push_back(Button(IDCANCEL, u"Cancel", BS_PUSHBUTTON));
     if ((header.dwFlags & PSH_NOAPPLYNOW) == 0) {
-        sheet.Controls.push_back(Button(kApplyId, u"&Apply", BS_PUSHBUTTON | WS_DISABLED));
+        sheet.Controls.push_back(Button(PropertySheet::ApplyButton, u"&Apply", BS_PUSHBUTTON | WS_DISABLED));
     }
     if ((header.dwFlags & PSH_HASHELP) != 0) {
         sheet.Controls.push_back(Button(IDHELP, u"Help", BS_PUSHBUTTON));
@@ -119,7 +40,7 @@ DialogTemplate SheetTemplate(const PROPSHEETHEADERW& header) {
     sheet.Controls.push_back({WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_GROUP | WS_CLIPSIBLINGS | TCS_MULTILINE,
                               0,
                               {},
-                              kTabControlId,
+                              PropertySheet::TabControl,
                               {0, WC_TABCONTROLW},
                               {},
                               {}});
@@ -136,6 +57,25 @@ std::u16string Caption(const PROPSHEETHEADERW& header) {
     WCHAR caption[256];
     LoadStringW(header.hInstance, ResourceNumber(header.pszCaption), caption, 256);
     return caption;
+}
+
+}  // namespace
+
+PropertySheet::PropertySheet(const PROPSHEETHEADERW& header) : header_(header) {
+    for (UINT i = 0; i < header.nPages; ++i) {
+        const HPROPSHEETPAGE handle = (header.dwFlags & PSH_PROPSHEETPAGE) != 0
+                                          ? CreatePropertySheetPageW(&header.ppsp[i])
+                                          : header.phpage[i];
+        if (auto page = FindUserObject<PropertyPage>(handle)) {
+            pages_.push_back({handle, std::move(page)});
+        }
+    }
+}
+
+PropertySheet::~PropertySheet() {
+    for (const SheetPage& page : pages_) {
+        DestroyPropertySheetPage(page.Handle);
+    }
 }
 
 INT_PTR PropertySheet::Run() {
@@ -206,27 +146,27 @@ RECT PropertySheet::LargestPage() const {
 }
 
 void PropertySheet::LayOut() {
-    constexpr UINT kPlace = SWP_NOZORDER | SWP_NOACTIVATE;
+    constexpr UINT PlaceOnly = SWP_NOZORDER | SWP_NOACTIVATE;
     RECT tabs = LargestPage();
     SendMessageW(Tabs(), TCM_ADJUSTRECT, TRUE, reinterpret_cast<LPARAM>(&tabs));
-    OffsetRect(&tabs, kMargin - tabs.left, kMargin - tabs.top);
+    OffsetRect(&tabs, Margin - tabs.left, Margin - tabs.top);
     SetWindowPos(Tabs(), nullptr, tabs.left, tabs.top, tabs.right - tabs.left, tabs.bottom - tabs.top,
-                 kPlace);
+                 PlaceOnly);
 
     int x = tabs.right;
-    for (const int id : {IDHELP, static_cast<int>(kApplyId), IDCANCEL, IDOK}) {
+    for (const int id : {IDHELP, static_cast<int>(ApplyButton), IDCANCEL, IDOK}) {
         if (const HWND button = GetDlgItem(window_, id)) {
-            x -= kButtonWidth;
-            SetWindowPos(button, nullptr, x, tabs.bottom + kMargin, kButtonWidth, kButtonHeight, kPlace);
-            x -= kButtonGap;
+            x -= ButtonWidth;
+            SetWindowPos(button, nullptr, x, tabs.bottom + Margin, ButtonWidth, ButtonHeight, PlaceOnly);
+            x -= ButtonGap;
         }
     }
 
-    RECT frame = {0, 0, tabs.right + kMargin, tabs.bottom + kMargin + kButtonHeight + kMargin};
+    RECT frame = {0, 0, tabs.right + Margin, tabs.bottom + Margin + ButtonHeight + Margin};
     AdjustWindowRectEx(&frame, static_cast<DWORD>(GetWindowLongPtrW(window_, GWL_STYLE)), FALSE,
                        static_cast<DWORD>(GetWindowLongPtrW(window_, GWL_EXSTYLE)));
     SetWindowPos(window_, nullptr, 0, 0, frame.right - frame.left, frame.bottom - frame.top,
-                 kPlace | SWP_NOMOVE);
+                 PlaceOnly | SWP_NOMOVE);
 }
 
 // The page's answer, as it set it with DWLP_MSGRESULT.
@@ -236,7 +176,7 @@ LRESULT PropertySheet::Notify(const SheetPage& page, UINT code, LPARAM parameter
 }
 
 bool PropertySheet::MayLeave() const {
-    return active_ == kNoPage || Notify(pages_[active_], PSN_KILLACTIVE) == FALSE;
+    return active_ == NoPage || Notify(pages_[active_], PSN_KILLACTIVE) == FALSE;
 }
 
 // Away from the active page, if it lets go, to another.
@@ -249,17 +189,17 @@ bool PropertySheet::Switch(size_t index) {
 
 // To the page, or to the one that it names or points on to instead.
 bool PropertySheet::Turn(size_t index) {
-    constexpr LRESULT kSkip = -1;
+    constexpr LRESULT Skip = -1;
     size_t target = index;
     for (size_t tries = 0; tries < pages_.size(); ++tries) {
         SheetPage& page = pages_[target];
-        const LRESULT answer = EnsureCreated(page) ? Notify(page, PSN_SETACTIVE) : kSkip;
+        const LRESULT answer = EnsureCreated(page) ? Notify(page, PSN_SETACTIVE) : Skip;
         if (answer == 0) {
             Show(target);
             return true;
         }
         const auto named = std::find_if(pages_.begin(), pages_.end(), [answer](const SheetPage& candidate) {
-            return answer != kSkip && candidate.Page->DialogNumber() == answer;
+            return answer != Skip && candidate.Page->DialogNumber() == answer;
         });
         target = named != pages_.end() ? static_cast<size_t>(named - pages_.begin())
                                        : (target + 1) % pages_.size();
@@ -292,7 +232,7 @@ void PropertySheet::Show(size_t index) {
     SendMessageW(Tabs(), TCM_SETCURSEL, index, 0);
     EnableWindow(GetDlgItem(window_, IDHELP), pages_[index].Page->HasHelp() ? TRUE : FALSE);
     ShowWindow(pages_[index].Window, SW_SHOW);
-    if (before != kNoPage && before != index) {
+    if (before != NoPage && before != index) {
         ShowWindow(pages_[before].Window, SW_HIDE);
     }
     // A tab that was clicked keeps the focus; else it is the page's.
@@ -341,7 +281,7 @@ INT_PTR PropertySheet::HandleSheetMessage(UINT message, WPARAM first, LPARAM sec
         break;
     case PSM_SETCURSEL: {
         const size_t named = FindPage(reinterpret_cast<HPROPSHEETPAGE>(second));
-        answer = Switch(named != kNoPage ? named : first) ? TRUE : FALSE;
+        answer = Switch(named != NoPage ? named : first) ? TRUE : FALSE;
         break;
     }
     case PSM_SETCURSELID: {
@@ -352,8 +292,8 @@ INT_PTR PropertySheet::HandleSheetMessage(UINT message, WPARAM first, LPARAM sec
         break;
     }
     case PSM_PRESSBUTTON: {
-        static constexpr int kButtons[] = {0, 0, 0, IDOK, static_cast<int>(kApplyId), IDCANCEL, IDHELP};
-        Press(first < std::size(kButtons) ? kButtons[first] : 0);
+        static constexpr int Buttons[] = {0, 0, 0, IDOK, static_cast<int>(ApplyButton), IDCANCEL, IDHELP};
+        Press(first < std::size(Buttons) ? Buttons[first] : 0);
         break;
     }
     case PSM_APPLY:
@@ -372,7 +312,7 @@ INT_PTR PropertySheet::HandleSheetMessage(UINT message, WPARAM first, LPARAM sec
         answer = reinterpret_cast<LRESULT>(Tabs());
         break;
     case PSM_GETCURRENTPAGEHWND:
-        answer = active_ != kNoPage && !over_ ? reinterpret_cast<LRESULT>(pages_[active_].Window) : 0;
+        answer = active_ != NoPage && !over_ ? reinterpret_cast<LRESULT>(pages_[active_].Window) : 0;
         break;
     default:
         return FALSE;
@@ -384,7 +324,7 @@ INT_PTR PropertySheet::HandleSheetMessage(UINT message, WPARAM first, LPARAM sec
 size_t PropertySheet::FindPage(HPROPSHEETPAGE handle) const {
     const auto found = std::find_if(pages_.begin(), pages_.end(),
                                     [handle](const SheetPage& page) { return page.Handle == handle; });
-    return found != pages_.end() ? static_cast<size_t>(found - pages_.begin()) : kNoPage;
+    return found != pages_.end() ? static_cast<size_t>(found - pages_.begin()) : NoPage;
 }
 
 LRESULT PropertySheet::AskSiblings(WPARAM first, LPARAM second) const {
@@ -397,91 +337,9 @@ LRESULT PropertySheet::AskSiblings(WPARAM first, LPARAM second) const {
     return 0;
 }
 
-// A page whose dialog is still being made has not been changed by anyone yet.
-void PropertySheet::SetChanged(HWND window, bool changed) {
-    const auto page = std::find_if(pages_.begin(), pages_.end(), [window](const SheetPage& candidate) {
-        return candidate.Window && candidate.Window == window;
-    });
-    if (page != pages_.end()) {
-        page->Dirty = changed;
-    }
-    const bool any = std::any_of(pages_.begin(), pages_.end(), [](const SheetPage& p) { return p.Dirty; });
-    EnableWindow(GetDlgItem(window_, kApplyId), any ? TRUE : FALSE);
-}
-
-void PropertySheet::Press(int button) {
-    switch (button) {
-    case IDOK:
-        Accept();
-        break;
-    case IDCANCEL:
-        Cancel();
-        break;
-    case kApplyId:
-        Apply(false);
-        break;
-    case IDHELP:
-        if (active_ != kNoPage) {
-            Notify(pages_[active_], PSN_HELP);
-        }
-        break;
-    default:
-        break;
-    }
-}
-
-// Every page that has been shown is asked, the active one first whether it may be left. One refusal ends it.
-bool PropertySheet::Apply(bool closes) {
-    if (!MayLeave()) {
-        return false;
-    }
-    for (size_t i = 0; i < pages_.size(); ++i) {
-        const LRESULT answer = pages_[i].Window ? Notify(pages_[i], PSN_APPLY, closes ? TRUE : FALSE) : 0;
-        if (answer == PSNRET_INVALID) {
-            Show(i);
-        }
-        if (answer == PSNRET_INVALID || answer == PSNRET_INVALID_NOCHANGEPAGE) {
-            return false;
-        }
-    }
-    saved_ = true;
-    for (SheetPage& page : pages_) {
-        page.Dirty = false;
-    }
-    EnableWindow(GetDlgItem(window_, kApplyId), FALSE);
-    if (!closes && active_ != kNoPage) {
-        Notify(pages_[active_], PSN_SETACTIVE);
-    }
-    return true;
-}
-
-void PropertySheet::Accept() {
-    if (Apply(true)) {
-        Finish(restart_ != 0 ? restart_ : 1);
-    }
-}
-
-void PropertySheet::Cancel() {
-    if (active_ != kNoPage && Notify(pages_[active_], PSN_QUERYCANCEL) != FALSE) {
-        return;
-    }
-    for (const SheetPage& page : pages_) {
-        if (page.Window) {
-            Notify(page, PSN_RESET);
-        }
-    }
-    Finish(saved_ && restart_ != 0 ? restart_ : saved_ ? 1 : 0);
-}
-
-void PropertySheet::Finish(INT_PTR result) {
-    result_ = result;
-    over_ = true;
-    PostMessageW(window_, WM_NULL, 0, 0);
-}
-
 // Control with Tab, Page Up or Page Down goes from page to page.
 bool PropertySheet::TakesKey(MSG* message) {
-    if (message->message != WM_KEYDOWN || GetKeyState(VK_CONTROL) >= 0 || active_ == kNoPage) {
+    if (message->message != WM_KEYDOWN || GetKeyState(VK_CONTROL) >= 0 || active_ == NoPage) {
         return false;
     }
     const bool tab = message->wParam == VK_TAB;
@@ -492,8 +350,6 @@ bool PropertySheet::TakesKey(MSG* message) {
     Switch((active_ + (back ? pages_.size() - 1 : 1)) % pages_.size());
     return true;
 }
-
-}  // namespace
 
 }  // namespace platform
 

@@ -9,7 +9,7 @@ namespace platform {
 
 namespace {
 
-constexpr unsigned kProcessShift = 32;
+constexpr unsigned ProcessShift = 32;
 
 struct UserHandles {
     std::mutex Lock;  // guards the rest; taken after every other lock but the machine's
@@ -31,7 +31,7 @@ void* OpenUserHandle(std::shared_ptr<UserObject> object) {
     UserHandles& handles = Handles();
     const std::lock_guard hold(handles.Lock);
     handles.Last += 2;
-    void* const handle = reinterpret_cast<void*>(process << kProcessShift | handles.Last);
+    void* const handle = reinterpret_cast<void*>(process << ProcessShift | handles.Last);
     handles.Objects.emplace(handle, std::move(object));
     return handle;
 }
@@ -82,7 +82,7 @@ int OtherUserObjectCount() {
 }
 
 DWORD ProcessOfUserHandle(void* handle) {
-    return static_cast<DWORD>(reinterpret_cast<ULONG_PTR>(handle) >> kProcessShift);
+    return static_cast<DWORD>(reinterpret_cast<ULONG_PTR>(handle) >> ProcessShift);
 }
 
 }  // namespace platform

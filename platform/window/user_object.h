@@ -33,7 +33,7 @@ std::shared_ptr<UserObject> FindUserObject(void* handle, UserObjectKind kind);
 
 template <typename T>
 std::shared_ptr<T> FindUserObject(void* handle) {
-    return std::static_pointer_cast<T>(FindUserObject(handle, T::kKind));
+    return std::static_pointer_cast<T>(FindUserObject(handle, T::OwnKind));
 }
 
 // False when there is no such handle of this kind.

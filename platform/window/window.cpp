@@ -11,9 +11,9 @@ namespace platform {
 namespace {
 
 // CW_USEDEFAULT stands for these.
-constexpr int kDefaultPlace = 22;
-constexpr int kDefaultWidth = 640;
-constexpr int kDefaultHeight = 480;
+constexpr int DefaultPlace = 22;
+constexpr int DefaultWidth = 640;
+constexpr int DefaultHeight = 480;
 
 // What CreateWindowExW is told, with the defaults put in.
 struct Creation {
@@ -186,11 +186,11 @@ HWND WINAPI CreateWindowExW(DWORD exStyle, LPCWSTR className, LPCWSTR name, DWOR
                             int width, int height, HWND parent, HMENU menu, HINSTANCE instance,
                             LPVOID parameter) {
     if (x == CW_USEDEFAULT) {
-        x = y = kDefaultPlace;
+        x = y = DefaultPlace;
     }
     if (width == CW_USEDEFAULT) {
-        width = kDefaultWidth;
-        height = kDefaultHeight;
+        width = DefaultWidth;
+        height = DefaultHeight;
     }
     Creation creation{};
     creation.Description = {

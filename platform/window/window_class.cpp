@@ -13,15 +13,15 @@ namespace platform {
 
 namespace {
 
-constexpr ATOM kFirstAtom = 0xC000;
-constexpr ATOM kDialogAtom = 0x8002;  // 32770
-constexpr ATOM kMenuAtom = 0x8000;    // 32768
-constexpr size_t kLongestName = 255;
+constexpr ATOM FirstAtom = 0xC000;
+constexpr ATOM DialogAtom = 0x8002;  // 32770
+constexpr ATOM MenuAtom = 0x8000;    // 32768
+constexpr size_t LongestName = 255;
 
 struct Classes {
     std::mutex Lock;  // guards the rest
     std::vector<std::shared_ptr<const WindowClass>> Registered;
-    ATOM NextAtom = kFirstAtom;
+    ATOM NextAtom = FirstAtom;
 };
 
 Classes& AllClasses() {
@@ -69,8 +69,8 @@ ATOM Append(WindowClass windowClass) {
 
 void RegisterOwnClasses() {
     const std::lock_guard hold(AllClasses().Lock);
-    Append({u"#32770", nullptr, DefDlgProcW, 0, DLGWINDOWEXTRA, nullptr, kDialogAtom});
-    Append({u"#32768", nullptr, MenuWindowProcedure, 0, sizeof(LONG_PTR), nullptr, kMenuAtom});
+    Append({u"#32770", nullptr, DefDlgProcW, 0, DLGWINDOWEXTRA, nullptr, DialogAtom});
+    Append({u"#32768", nullptr, MenuWindowProcedure, 0, sizeof(LONG_PTR), nullptr, MenuAtom});
 }
 
 void EnsureSystemClasses() {
@@ -114,7 +114,7 @@ ATOM WINAPI RegisterClassExW(const WNDCLASSEXW* description) {
     const HINSTANCE module = description->hInstance ? description->hInstance : GetModuleHandleW(nullptr);
     const std::lock_guard hold(AllClasses().Lock);
     const std::shared_ptr<const WindowClass> found = FindRegistered(name, module);
-    if (name.Text.empty() || name.Text.size() > kLongestName || (found && found->Module == module)) {
+    if (name.Text.empty() || name.Text.size() > LongestName || (found && found->Module == module)) {
         SetLastError(found ? ERROR_CLASS_ALREADY_EXISTS : ERROR_INVALID_PARAMETER);
         return 0;
     }

@@ -6,8 +6,8 @@ namespace platform {
 
 namespace {
 
-constexpr LONG kScreenWidth = 1024;
-constexpr LONG kScreenHeight = 768;
+constexpr LONG ScreenWidth = 1024;
+constexpr LONG ScreenHeight = 768;
 
 // The desktop has no procedure of ours: what is sent to it is answered with 0.
 LRESULT CALLBACK DesktopProcedure(HWND, UINT, WPARAM, LPARAM) {
@@ -21,7 +21,7 @@ std::unique_ptr<WindowObject> MakeDesktop() {
         WindowClass{u"#32769", nullptr, DesktopProcedure, 0, 0, nullptr, 0x8001});
     desktop->Procedure = DesktopProcedure;
     desktop->Style = WS_POPUP | WS_VISIBLE | WS_CLIPCHILDREN;
-    desktop->Frame = {0, 0, kScreenWidth, kScreenHeight};
+    desktop->Frame = {0, 0, ScreenWidth, ScreenHeight};
     return desktop;
 }
 

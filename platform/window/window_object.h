@@ -40,9 +40,9 @@ struct WindowClass {
 
 class WindowObject : public UserObject {
 public:
-    static constexpr UserObjectKind kKind = UserObjectKind::Window;
+    static constexpr UserObjectKind OwnKind = UserObjectKind::Window;
 
-    WindowObject() : UserObject(kKind) {}
+    WindowObject() : UserObject(OwnKind) {}
 
     HWND Handle = nullptr;
     DWORD Thread = 0;  // the one that made it and runs its procedure; 0: the desktop

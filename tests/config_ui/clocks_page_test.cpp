@@ -136,20 +136,6 @@ TEST_F(ClocksPageTest, CardsAreDraggedIntoAGroupAndOutOfIt) {
     EXPECT_EQ(Saved(3), Free(Automatic));
 }
 
-TEST_F(ClocksPageTest, AMoveThatIsRefusedIsNoChange) {
-    Follow(1, 0);
-    Open();
-    const std::u16string before = Outline();
-    Tree().Drag(u"C", u"D");
-    EXPECT_EQ(Told(), AnotherMaster);
-    EXPECT_EQ(LastStyle(), UINT{MB_ICONHAND});
-    EXPECT_EQ(Tree().Highlighted(), u"");
-    Tree().Drag(u"A", u"D");
-    Tree().Drag(u"C", u"C");
-    EXPECT_EQ(Outline(), before);
-    EXPECT_FALSE(Shown().CanApply());
-}
-
 // Mouse and cursor belong to the drag from its begin to its end.
 TEST_F(ClocksPageTest, EscapeEndsADragAndNotTheSheet) {
     Open();
@@ -350,16 +336,6 @@ TEST_F(ClocksPageTest, TheDriverIsResetWhenTheUserInsists) {
         EXPECT_EQ(resets, answer == IDYES ? 4u : 0u);
     }
     EXPECT_FALSE(Shown().CanApply());
-}
-
-TEST_F(ClocksPageTest, ARenamedCardIsShownBeforeItIsSaved) {
-    Open();
-    const SheetPage page = Shown().Show(u"Configuration: 'B'");
-    page.Type(1002, u"Studio");
-    page.Focus(1003);
-    Shown().Show(u"Clocks + Sync");
-    EXPECT_EQ(Outline(),
-              u"A" + OnAutomatic + u"; Studio" + OnAutomatic + u"; C" + OnAutomatic + u"; D" + OnAutomatic);
 }
 
 TEST_F(ClocksPageTest, ACardThatIsGoneDoesNotKeepTheOthersFromBeingSaved) {

@@ -10,7 +10,6 @@
 #include "config_ui/resource.h"
 #include "tests/support/clock_tree_user.h"
 #include "tests/support/sheet_test.h"
-#include "tests/support/system.h"
 #include "tests/support/text.h"
 #include "tests/support/wave_formats.h"
 #include "tests/support/wave_player.h"
@@ -226,32 +225,6 @@ TEST_F(TwoCardsConfiguration, NewNameShowsInTheClockTreeBeforeApplyAndIsGoneAfte
     EXPECT_EQ(tree(Open()), before);
 }
 
-TEST_F(ConfigurationPageTest, AdvancedMonitoringOffTakesPlaybackBackToItsOwnOutputs) {
-    StoreCrossedMonitor();
-    Sheet& sheet = Open();
-    SheetPage mixer = sheet.Show(u"Monitor: 'Kestrelvox'");
-    const auto faders = [&mixer] {
-        std::vector<int> positions;
-        for (int slider = IDC_FIRST_MIXER_SLIDER; slider < IDC_LAST_MIXER_VALUE; slider += 2) {
-            positions.push_back(mixer.Position(slider));
-        }
-        return positions;
-    };
-    EXPECT_EQ(faders(), (std::vector<int>{83, 18, 64, 39, 18, 83, 39, 64}));
-    EXPECT_TRUE(mixer.IsEnabled(1035));
-    EXPECT_FALSE(sheet.CanApply());
-
-    sheet.Show(size_t{0}).Click(IDC_ADVANCED_MONITORING);
-    mixer = sheet.Show(u"Monitor: 'Kestrelvox'");
-    EXPECT_EQ(faders(), (std::vector<int>{83, 18, 83, 18, 18, 83, 18, 83}));
-    EXPECT_EQ(mixer.Text(1036), u" 0.0 dB");
-    EXPECT_EQ(mixer.Text(1038), u"-INF dB");
-    for (const int slider : {1035, 1037, 1043, 1045}) {
-        EXPECT_FALSE(mixer.IsEnabled(slider)) << slider;
-    }
-    EXPECT_TRUE(mixer.IsEnabled(IDC_FIRST_MIXER_SLIDER));
-}
-
 TEST_F(ConfigurationPageTest, PlaybackGainsFollowAdvancedMonitoringWithoutTheMonitorPage) {
     StoreCrossedMonitor();
     Sheet& cancelled = Open();
@@ -280,18 +253,6 @@ TEST_F(ConfigurationPageTest, UnknownDitherTypeStaysUntilTheUserPicksOne) {
     page.Choose(IDC_DITHER, 2);
     sheet.Apply();
     EXPECT_EQ(StoredNumber(u"DitherADC"), 2u);
-}
-
-TEST_F(ConfigurationPageTest, CardThatHasGoneIsToldAtApply) {
-    Sheet& sheet = Open();
-    Cards().SetPresent(0, false);
-    sheet.Current().Click(IDC_RIGHT);
-    sheet.Ok();
-    EXPECT_EQ(sheet.Closed(), DRVCNF_OK);
-    const std::vector<test_system::MessageBoxShown> boxes = test_system::MessageBoxes();
-    ASSERT_EQ(boxes.size(), 1u);
-    EXPECT_EQ(boxes[0].Text, u"Could not save configuration information in registry");
-    EXPECT_FALSE(RegistryKeyExists(ConfigKey()));
 }
 
 }  // namespace

@@ -5,12 +5,8 @@
 #include "tests/support/system.h"
 #include "tests/support/wave_player.h"
 #include "tests/support/wave_recorder.h"
-#include "tests/support/wave_sound.h"
 
 namespace {
-
-using simulator::Frame;
-using simulator::Port;
 
 constexpr int AdvancedMonitoring = 1003;
 
@@ -133,30 +129,6 @@ TEST_F(MonitorPageTest, OnlyOpenDevicesAreHeardAtOnce) {
         }
         EXPECT_EQ(CardGains(), expected);
     }
-}
-
-TEST_F(MonitorPageTest, WhatPlaysGoesOnWhileItsGainMoves) {
-    StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
-    const SheetPage page = OpenPage();
-    WavePlayer player;
-    const WaveFormat format = PcmFormat(44100, 2, 16);
-    ASSERT_EQ(player.Open(0, format), MMSYSERR_NOERROR);
-    const std::vector<BYTE> data = Pattern(8000 * 4);
-    const std::vector<Frame> sound = Sound(format, data);
-    ASSERT_EQ(player.Write(data), MMSYSERR_NOERROR);
-    Cards().Advance(100000);
-    const size_t before = Cards().Played(0, Port::Analog).size();
-    ASSERT_GT(before, 1000u);
-    page.Slide(SliderOf(2), 64);  // 50/128
-    Cards().Advance(100000);
-
-    EXPECT_EQ(Cards().Played(0, Port::Analog), sound);
-    std::vector<Frame> expected = sound;
-    for (size_t i = before; i < expected.size(); ++i) {
-        expected[i] = {expected[i].Left / 128 * 50, expected[i].Right / 128 * 50};
-    }
-    EXPECT_EQ(Cards().Heard(0, Port::Analog), expected);
-    player.Shut();
 }
 
 // The playback gains are the user's only with advanced monitoring. Switched off, they go back.

@@ -14,7 +14,7 @@ namespace {
 using Text = std::basic_string<WCHAR>;
 using Codes = std::vector<UINT>;  // of WM_COMMAND and WM_NOTIFY, or of scrolling, in order
 
-constexpr int kId = 7;
+constexpr int OwnId = 7;
 
 class ControlTest : public testing::Test {
 protected:
@@ -33,7 +33,7 @@ protected:
     }
     void TearDown() override { DestroyWindow(parent_); }
 
-    HWND Make(LPCWSTR name, DWORD style, int id = kId, LPCWSTR text = TEXT("")) {
+    HWND Make(LPCWSTR name, DWORD style, int id = OwnId, LPCWSTR text = TEXT("")) {
         const HWND control = CreateWindowExW(0, name, text, WS_CHILD | WS_VISIBLE | style, 10, 10, 200, 200,
                                              parent_, reinterpret_cast<HMENU>(static_cast<ULONG_PTR>(id)),
                                              GetModuleHandleW(nullptr), nullptr);
@@ -92,11 +92,11 @@ private:
             }
             return 0;
         }
-        static const UINT kOfInterest[] = {NM_CLICK,           NM_RCLICK,         TCN_SELCHANGE,
-                                           TCN_SELCHANGING,    TVN_SELCHANGEDW,   TVN_SELCHANGINGW,
-                                           TVN_ITEMEXPANDINGW, TVN_ITEMEXPANDEDW, TVN_BEGINDRAGW,
-                                           TVN_BEGINRDRAGW,    TVN_DELETEITEMW,   TVN_KEYDOWN};
-        for (const UINT code : kOfInterest) {
+        static const UINT OfInterest[] = {NM_CLICK,           NM_RCLICK,         TCN_SELCHANGE,
+                                          TCN_SELCHANGING,    TVN_SELCHANGEDW,   TVN_SELCHANGINGW,
+                                          TVN_ITEMEXPANDINGW, TVN_ITEMEXPANDEDW, TVN_BEGINDRAGW,
+                                          TVN_BEGINRDRAGW,    TVN_DELETEITEMW,   TVN_KEYDOWN};
+        for (const UINT code : OfInterest) {
             if (notice.code == code) {
                 told_.push_back(code);
                 if (code <= TVN_SELCHANGINGW && code >= TVN_DELETEITEMW) {
@@ -139,50 +139,6 @@ TEST_F(ButtonTest, CheckBoxAnswersMouseKeyAndProgram) {
     EXPECT_EQ(Told(), Codes{});
 }
 
-TEST_F(ButtonTest, RadioButtonsOfAGroupExcludeEachOther) {
-    const HWND left = Make(TEXT("Button"), BS_AUTORADIOBUTTON | WS_GROUP | WS_TABSTOP, 1);
-    const HWND right = Make(TEXT("Button"), BS_AUTORADIOBUTTON, 2);
-    const HWND other = Make(TEXT("Button"), BS_AUTORADIOBUTTON | WS_GROUP, 3);
-    SendMessageW(other, BM_CLICK, 0, 0);
-    SendMessageW(left, BM_CLICK, 0, 0);
-    EXPECT_TRUE(IsChecked(left));
-    Told();
-
-    SendMessageW(right, BM_CLICK, 0, 0);
-    EXPECT_EQ(Told(), Codes{BN_CLICKED});
-    EXPECT_FALSE(IsChecked(left));
-    EXPECT_TRUE(IsChecked(right));
-    EXPECT_TRUE(IsChecked(other));
-    // The tab key finds the group by the button that is checked.
-    EXPECT_FALSE(GetWindowLongPtrW(left, GWL_STYLE) & WS_TABSTOP);
-    EXPECT_TRUE(GetWindowLongPtrW(right, GWL_STYLE) & WS_TABSTOP);
-}
-
-TEST_F(ButtonTest, DialogsLearnWhatAControlIs) {
-    const struct {
-        LPCWSTR Class;
-        DWORD Style;
-        LRESULT Code;
-    } kControls[] = {
-        {TEXT("Button"), BS_PUSHBUTTON, DLGC_BUTTON | DLGC_UNDEFPUSHBUTTON},
-        {TEXT("Button"), BS_DEFPUSHBUTTON, DLGC_BUTTON | DLGC_DEFPUSHBUTTON},
-        {TEXT("Button"), BS_AUTOCHECKBOX, DLGC_BUTTON},
-        {TEXT("Button"), BS_AUTORADIOBUTTON, DLGC_BUTTON | DLGC_RADIOBUTTON},
-        {TEXT("Button"), BS_GROUPBOX, DLGC_STATIC},
-        {TEXT("Edit"), ES_AUTOHSCROLL, DLGC_HASSETSEL | DLGC_WANTCHARS | DLGC_WANTARROWS},
-        {TEXT("Static"), SS_LEFT, DLGC_STATIC},
-        {TEXT("ComboBox"), CBS_DROPDOWNLIST, DLGC_WANTCHARS | DLGC_WANTARROWS},
-        {TRACKBAR_CLASSW, 0, DLGC_WANTARROWS},
-        {WC_TABCONTROLW, 0, DLGC_WANTCHARS | DLGC_WANTARROWS},
-        {WC_TREEVIEWW, 0, DLGC_WANTCHARS | DLGC_WANTARROWS},
-    };
-    for (const auto& control : kControls) {
-        const HWND made = Make(control.Class, control.Style);
-        EXPECT_EQ(SendMessageW(made, WM_GETDLGCODE, 0, 0), control.Code) << &control - kControls;
-        DestroyWindow(made);
-    }
-}
-
 class EditTest : public ControlTest {
 protected:
     void Type(HWND edit, const Text& letters) {
@@ -192,27 +148,8 @@ protected:
     }
 };
 
-TEST_F(EditTest, LimitHoldsForTypingOnly) {
-    const HWND edit = Make(TEXT("Edit"), ES_AUTOHSCROLL);
-    SendMessageW(edit, EM_LIMITTEXT, 3, 0);
-    Type(edit, TEXT("abc"));
-    EXPECT_EQ(Told(), (Codes{EN_UPDATE, EN_CHANGE, EN_UPDATE, EN_CHANGE, EN_UPDATE, EN_CHANGE}));
-    Type(edit, TEXT("d"));
-    EXPECT_EQ(TextOf(edit), TEXT("abc"));
-    EXPECT_EQ(Told().front(), static_cast<UINT>(EN_MAXTEXT));
-
-    SetWindowTextW(edit, TEXT("longer"));
-    EXPECT_EQ(TextOf(edit), TEXT("longer"));
-    EXPECT_EQ(Told(), (Codes{EN_UPDATE, EN_CHANGE}));
-
-    // What is selected makes room, as far as it goes.
-    SendMessageW(edit, EM_SETSEL, 1, -1);
-    SendMessageW(edit, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(TEXT("xyz")));
-    EXPECT_EQ(TextOf(edit), TEXT("lxy"));
-}
-
 TEST_F(EditTest, KeysMoveAndErase) {
-    const HWND edit = Make(TEXT("Edit"), ES_AUTOHSCROLL, kId, TEXT("name"));
+    const HWND edit = Make(TEXT("Edit"), ES_AUTOHSCROLL, OwnId, TEXT("name"));
     Press(edit, VK_END);
     Type(edit, TEXT("\b"));
     Press(edit, VK_HOME);
@@ -231,86 +168,6 @@ TEST_F(EditTest, KeysMoveAndErase) {
     EXPECT_EQ(TextOf(edit), TEXT("N"));
 }
 
-TEST_F(EditTest, ReadOnlyShowsWhatTheProgramSets) {
-    const HWND edit = Make(TEXT("Edit"), ES_READONLY);
-    SetWindowTextW(edit, TEXT("0.0 dB"));
-    Type(edit, TEXT("x\b"));
-    Press(edit, VK_DELETE);
-    EXPECT_EQ(TextOf(edit), TEXT("0.0 dB"));
-}
-
-TEST_F(EditTest, TellsOfFocus) {
-    const HWND edit = Make(TEXT("Edit"), ES_AUTOHSCROLL);
-    SetFocus(edit);
-    SetFocus(parent_);
-    EXPECT_EQ(Told(), (Codes{EN_SETFOCUS, EN_KILLFOCUS}));
-}
-
-class ComboBoxTest : public ControlTest {
-protected:
-    HWND MakeWithEntries() {
-        const HWND box = Make(TEXT("ComboBox"), CBS_DROPDOWNLIST | WS_VSCROLL);
-        for (const LPCWSTR entry : {TEXT("No dithering"), TEXT("Type I"), TEXT("Type II")}) {
-            SendMessageW(box, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(entry));
-        }
-        told_.clear();
-        return box;
-    }
-};
-
-TEST_F(ComboBoxTest, ProgramSelectsWithoutNotice) {
-    const HWND box = MakeWithEntries();
-    EXPECT_EQ(SendMessageW(box, CB_GETCOUNT, 0, 0), 3);
-    EXPECT_EQ(SendMessageW(box, CB_GETCURSEL, 0, 0), CB_ERR);
-    EXPECT_EQ(SendMessageW(box, CB_SETCURSEL, 1, 0), 1);
-    EXPECT_EQ(TextOf(box), TEXT("Type I"));
-
-    WCHAR text[20] = {};
-    EXPECT_EQ(SendMessageW(box, CB_GETLBTEXTLEN, 2, 0), 7);
-    EXPECT_EQ(SendMessageW(box, CB_GETLBTEXT, 2, reinterpret_cast<LPARAM>(text)), 7);
-    EXPECT_EQ(Text(text), TEXT("Type II"));
-    EXPECT_EQ(SendMessageW(box, CB_GETLBTEXT, 3, reinterpret_cast<LPARAM>(text)), CB_ERR);
-
-    EXPECT_EQ(SendMessageW(box, CB_SETCURSEL, 3, 0), CB_ERR);
-    EXPECT_EQ(SendMessageW(box, CB_SETCURSEL, static_cast<WPARAM>(-1), 0), CB_ERR);
-    EXPECT_EQ(SendMessageW(box, CB_GETCURSEL, 0, 0), CB_ERR);
-    EXPECT_EQ(TextOf(box), TEXT(""));
-    SendMessageW(box, CB_RESETCONTENT, 0, 0);
-    EXPECT_EQ(SendMessageW(box, CB_GETCOUNT, 0, 0), 0);
-    EXPECT_EQ(Told(), Codes{});
-}
-
-TEST_F(ComboBoxTest, KeysChoose) {
-    const HWND box = MakeWithEntries();
-    SetFocus(box);
-    SendMessageW(box, CB_SETCURSEL, 0, 0);
-    Told();
-    Press(box, VK_DOWN);
-    EXPECT_EQ(Told(), (Codes{CBN_SELENDOK, CBN_SELCHANGE}));
-    Press(box, VK_END);
-    EXPECT_EQ(SendMessageW(box, CB_GETCURSEL, 0, 0), 2);
-    Press(box, VK_DOWN);  // there is no further one
-    EXPECT_EQ(SendMessageW(box, CB_GETCURSEL, 0, 0), 2);
-    Press(box, VK_HOME);
-    EXPECT_EQ(SendMessageW(box, CB_GETCURSEL, 0, 0), 0);
-}
-
-TEST_F(ComboBoxTest, OpenListEndsByKey) {
-    const HWND box = MakeWithEntries();
-    SetFocus(box);
-    SendMessageW(box, CB_SETCURSEL, 1, 0);
-    for (const auto& [key, ending] :
-         {std::pair<WPARAM, UINT>(VK_RETURN, CBN_SELENDOK), {VK_ESCAPE, CBN_SELENDCANCEL}}) {
-        Told();
-        SendMessageW(box, CB_SHOWDROPDOWN, TRUE, 0);
-        EXPECT_TRUE(SendMessageW(box, CB_GETDROPPEDSTATE, 0, 0));
-        Press(box, key == VK_RETURN ? VK_DOWN : VK_UP);
-        Press(box, key);
-        EXPECT_FALSE(SendMessageW(box, CB_GETDROPPEDSTATE, 0, 0));
-        EXPECT_EQ(Told(), (Codes{CBN_DROPDOWN, CBN_SELCHANGE, ending, CBN_CLOSEUP}));
-    }
-}
-
 class TrackbarTest : public ControlTest {
 protected:
     HWND MakeSlider() {
@@ -327,24 +184,6 @@ protected:
     int Position(HWND slider) { return static_cast<int>(SendMessageW(slider, TBM_GETPOS, 0, 0)); }
 };
 
-TEST_F(TrackbarTest, PositionStaysInRange) {
-    const HWND slider = MakeSlider();
-    EXPECT_EQ(Position(slider), 18);
-    for (const auto& [asked, shown] : {std::pair(0, 18), {18, 18}, {50, 50}, {83, 83}, {500, 83}, {-5, 18}}) {
-        SendMessageW(slider, TBM_SETPOS, TRUE, asked);
-        EXPECT_EQ(Position(slider), shown) << asked;
-    }
-    SendMessageW(slider, TBM_SETPOS, TRUE, 50);
-    SendMessageW(slider, TBM_SETRANGE, TRUE, MAKELPARAM(60, 70));
-    EXPECT_EQ(Position(slider), 60);
-    EXPECT_EQ(Told(), Codes{});
-
-    EXPECT_TRUE(SendMessageW(slider, TBM_SETTIC, 0, 65));
-    EXPECT_FALSE(SendMessageW(slider, TBM_SETTIC, 0, 71));
-    EXPECT_EQ(SendMessageW(slider, TBM_GETNUMTICS, 0, 0), 3);
-    EXPECT_EQ(SendMessageW(slider, TBM_GETTIC, 0, 0), 65);
-}
-
 TEST_F(TrackbarTest, KeysScroll) {
     const HWND slider = MakeSlider();
     EXPECT_EQ(SendMessageW(slider, TBM_GETPAGESIZE, 0, 0), 13);
@@ -352,7 +191,7 @@ TEST_F(TrackbarTest, KeysScroll) {
         WPARAM Key;
         int Position;
         Codes Told;
-    } kSteps[] = {
+    } steps[] = {
         {VK_LEFT, 49, {TB_LINEUP, TB_ENDTRACK}},   {VK_RIGHT, 50, {TB_LINEDOWN, TB_ENDTRACK}},
         {VK_PRIOR, 37, {TB_PAGEUP, TB_ENDTRACK}},  {VK_NEXT, 50, {TB_PAGEDOWN, TB_ENDTRACK}},
         {VK_HOME, 18, {TB_TOP, TB_ENDTRACK}},      {VK_LEFT, 18, {TB_ENDTRACK}},
@@ -360,10 +199,10 @@ TEST_F(TrackbarTest, KeysScroll) {
         {VK_DOWN, 83, {TB_LINEDOWN, TB_ENDTRACK}},
     };
     SendMessageW(slider, TBM_SETPOS, TRUE, 50);
-    for (const auto& step : kSteps) {
+    for (const auto& step : steps) {
         Press(slider, step.Key);
-        EXPECT_EQ(Position(slider), step.Position) << &step - kSteps;
-        EXPECT_EQ(Told(), step.Told) << &step - kSteps;
+        EXPECT_EQ(Position(slider), step.Position) << &step - steps;
+        EXPECT_EQ(Told(), step.Told) << &step - steps;
     }
 }
 
@@ -493,24 +332,6 @@ protected:
         TreeView_Expand(tree_, root_, TVE_EXPAND);
         Told();
     }
-    Text ItemText(HTREEITEM item) {
-        WCHAR text[50] = {};
-        TVITEMW request{};
-        request.mask = TVIF_TEXT;
-        request.hItem = item;
-        request.pszText = text;
-        request.cchTextMax = 50;
-        EXPECT_TRUE(TreeView_GetItem(tree_, &request));
-        return request.pszText;
-    }
-    std::vector<Text> ChildTexts(HTREEITEM parent) {
-        std::vector<Text> found;
-        for (HTREEITEM item = TreeView_GetChild(tree_, parent); item;
-             item = TreeView_GetNextSibling(tree_, item)) {
-            found.push_back(ItemText(item));
-        }
-        return found;
-    }
     RECT TextPlace(HTREEITEM item) {
         RECT place{};
         EXPECT_TRUE(TreeView_GetItemRect(tree_, item, &place, TRUE));
@@ -525,37 +346,6 @@ protected:
     HTREEITEM root_ = nullptr;
     std::map<LPARAM, HTREEITEM> items_;
 };
-
-TEST_F(TreeTest, SortsByTextOnDemand) {
-    Fill();
-    EXPECT_EQ(ChildTexts(root_), (std::vector<Text>{TEXT("alpha"), TEXT("Beta"), TEXT("Gamma")}));
-    texts_[2] = TEXT("renamed");
-    EXPECT_EQ(ItemText(items_[2]), TEXT("renamed"));
-
-    Insert(root_, TVI_LAST, 1, TEXT("last"));
-    Insert(root_, TVI_FIRST, 1, TEXT("first"));
-    Insert(root_, items_[2], 1, TEXT("second"));
-    EXPECT_EQ(ChildTexts(root_), (std::vector<Text>{TEXT("first"), TEXT("renamed"), TEXT("second"),
-                                                    TEXT("Beta"), TEXT("Gamma"), TEXT("last")}));
-    EXPECT_EQ(TreeView_GetCount(tree_), 7u);
-}
-
-TEST_F(TreeTest, RelationsOfItems) {
-    Fill();
-    const HTREEITEM below = Insert(items_[3], TVI_LAST, 1);
-    EXPECT_EQ(TreeView_GetRoot(tree_), root_);
-    EXPECT_EQ(TreeView_GetParent(tree_, items_[1]), root_);
-    EXPECT_EQ(TreeView_GetParent(tree_, root_), nullptr);
-    EXPECT_EQ(TreeView_GetChild(tree_, root_), items_[2]);
-    EXPECT_EQ(TreeView_GetChild(tree_, items_[1]), nullptr);
-    EXPECT_EQ(TreeView_GetPrevSibling(tree_, items_[1]), items_[2]);
-    EXPECT_EQ(TreeView_GetNextSibling(tree_, items_[3]), nullptr);
-    EXPECT_EQ(TreeView_GetNextItem(tree_, root_, TVGN_NEXTVISIBLE), items_[2]);
-    EXPECT_EQ(TreeView_GetNextItem(tree_, items_[2], TVGN_PREVIOUSVISIBLE), root_);
-    EXPECT_EQ(TreeView_GetNextItem(tree_, items_[3], TVGN_NEXTVISIBLE), nullptr);
-    TreeView_Expand(tree_, items_[3], TVE_EXPAND);
-    EXPECT_EQ(TreeView_GetNextItem(tree_, items_[3], TVGN_NEXTVISIBLE), below);
-}
 
 TEST_F(TreeTest, ExpansionIsToldToTheOwner) {
     Fill();
@@ -580,31 +370,6 @@ TEST_F(TreeTest, ExpansionIsToldToTheOwner) {
     EXPECT_EQ(TreeView_GetNextItem(tree_, items_[3], TVGN_NEXTVISIBLE), nullptr);
 }
 
-TEST_F(TreeTest, SelectionAndDropTarget) {
-    Fill();
-    EXPECT_EQ(TreeView_GetSelection(tree_), nullptr);
-    EXPECT_TRUE(TreeView_SelectItem(tree_, items_[1]));
-    EXPECT_EQ(TreeView_GetSelection(tree_), items_[1]);
-    EXPECT_EQ(Told(), (Codes{TVN_SELCHANGINGW, TVN_SELCHANGEDW}));
-    EXPECT_EQ(about_.itemOld.hItem, nullptr);
-    EXPECT_EQ(about_.itemNew.hItem, items_[1]);
-    EXPECT_EQ(about_.itemNew.lParam, 1);
-    TreeView_SelectItem(tree_, items_[1]);
-    EXPECT_EQ(Told(), Codes{});
-
-    EXPECT_TRUE(TreeView_SelectDropTarget(tree_, items_[2]));
-    EXPECT_EQ(TreeView_GetDropHilight(tree_), items_[2]);
-    EXPECT_TRUE(SendMessageW(tree_, TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(items_[2]), TVIS_DROPHILITED));
-    TreeView_SelectDropTarget(tree_, static_cast<HTREEITEM>(nullptr));
-    EXPECT_EQ(TreeView_GetDropHilight(tree_), nullptr);
-    EXPECT_EQ(TreeView_GetSelection(tree_), items_[1]);
-
-    SendMessageW(tree_, WM_KEYDOWN, VK_UP, 1);
-    EXPECT_EQ(TreeView_GetSelection(tree_), items_[2]);
-    SendMessageW(tree_, WM_KEYDOWN, VK_END, 1);
-    EXPECT_EQ(TreeView_GetSelection(tree_), items_[3]);
-}
-
 TEST_F(TreeTest, DeletingTellsOfEveryItemAndMovesTheSelection) {
     Fill();
     const HTREEITEM below = Insert(items_[1], TVI_LAST, 4);
@@ -620,33 +385,6 @@ TEST_F(TreeTest, DeletingTellsOfEveryItemAndMovesTheSelection) {
     EXPECT_EQ(Told(), (Codes{TVN_DELETEITEMW, TVN_DELETEITEMW, TVN_DELETEITEMW}));
     EXPECT_EQ(TreeView_GetCount(tree_), 0u);
     EXPECT_EQ(TreeView_GetRoot(tree_), nullptr);
-}
-
-TEST_F(TreeTest, HitTestFindsRowsAndParts) {
-    Fill();
-    const RECT first = TextPlace(root_);
-    const RECT card = TextPlace(items_[3]);
-    EXPECT_GT(card.left, first.left);
-    const int height = static_cast<int>(SendMessageW(tree_, TVM_GETITEMHEIGHT, 0, 0));
-    EXPECT_EQ(card.top, first.top + 3 * height);
-    const struct {
-        POINT Point;
-        HTREEITEM Item;
-        UINT Flags;
-    } kPoints[] = {
-        {{first.left + 3, first.top + 5}, root_, TVHT_ONITEMLABEL},
-        {{card.left + 3, card.top + 5}, items_[3], TVHT_ONITEMLABEL},
-        {{card.right + 20, card.top + 5}, items_[3], TVHT_ONITEMRIGHT},
-        {{2, card.top + 5}, items_[3], TVHT_ONITEMINDENT},
-        {{card.left, card.bottom + 5}, nullptr, TVHT_NOWHERE},
-        {{-4, card.top + 5}, nullptr, TVHT_TOLEFT},
-        {{500, 500}, nullptr, TVHT_TORIGHT | TVHT_BELOW},
-    };
-    for (const auto& point : kPoints) {
-        TVHITTESTINFO hit{point.Point, 0, nullptr};
-        EXPECT_EQ(TreeView_HitTest(tree_, &hit), point.Item) << &point - kPoints;
-        EXPECT_EQ(hit.flags, point.Flags) << &point - kPoints;
-    }
 }
 
 TEST_F(TreeTest, MouseClicksAndDrags) {
@@ -685,37 +423,6 @@ TEST_F(TreeTest, MouseClicksAndDrags) {
     Post(WM_RBUTTONUP, place);
     Pump();
     EXPECT_EQ(Told(), Codes{NM_RCLICK});
-}
-
-TEST_F(TreeTest, ScrollsToWhatIsSelected) {
-    Fill();
-    HTREEITEM last = nullptr;
-    for (int i = 0; i < 40; ++i) {
-        last = Insert(root_, TVI_LAST, 1);
-    }
-    EXPECT_EQ(TreeView_GetNextItem(tree_, static_cast<HTREEITEM>(nullptr), TVGN_FIRSTVISIBLE), root_);
-    TreeView_SelectItem(tree_, last);
-    const RECT place = TextPlace(last);
-    EXPECT_GE(place.top, 0);
-    EXPECT_LE(place.bottom, 200);
-    EXPECT_NE(TreeView_GetNextItem(tree_, static_cast<HTREEITEM>(nullptr), TVGN_FIRSTVISIBLE), root_);
-    TreeView_Expand(tree_, root_, TVE_COLLAPSE);
-    EXPECT_EQ(TreeView_GetNextItem(tree_, static_cast<HTREEITEM>(nullptr), TVGN_FIRSTVISIBLE), root_);
-}
-
-TEST_F(TreeTest, TakesRoomForImages) {
-    Fill();
-    const int textLeft = TextPlace(items_[1]).left;
-    const HIMAGELIST images = ImageList_Create(16, 16, ILC_COLOR, 2, 0);
-    ASSERT_TRUE(images);
-    EXPECT_EQ(TreeView_SetImageList(tree_, images, TVSIL_NORMAL), nullptr);
-    const RECT place = TextPlace(items_[1]);
-    EXPECT_GE(place.left, textLeft + 16);
-    TVHITTESTINFO hit{{place.left - 8, place.top + 5}, 0, nullptr};
-    EXPECT_EQ(TreeView_HitTest(tree_, &hit), items_[1]);
-    EXPECT_EQ(hit.flags, static_cast<UINT>(TVHT_ONITEMICON));
-    EXPECT_EQ(TreeView_SetImageList(tree_, static_cast<HIMAGELIST>(nullptr), TVSIL_NORMAL), images);
-    EXPECT_TRUE(ImageList_Destroy(images));
 }
 
 }  // namespace

@@ -58,47 +58,4 @@ TEST(Menus, AreWorkedByKeys) {
     EXPECT_EQ(platform::CurrentUsage(), before);
 }
 
-TEST(Menus, TellTheirOwner) {
-    Recorder recorder;
-    const HWND owner = recorder.Make(WS_POPUP | WS_VISIBLE, nullptr, 1);
-    const HMENU menu = MakeMenu();
-    WORD command = 0;
-    recorder.Handlers[WM_INITMENUPOPUP] = [menu](HWND, WPARAM given, LPARAM) -> LRESULT {
-        EXPECT_EQ(reinterpret_cast<HMENU>(given), menu);
-        EnableMenuItem(menu, 13, MF_ENABLED);
-        return 0;
-    };
-    recorder.Handlers[WM_COMMAND] = [&command](HWND, WPARAM first, LPARAM) -> LRESULT {
-        command = LOWORD(first);
-        return 0;
-    };
-    PostMessageW(owner, WM_APP, 0, 0);
-    PostMessageW(owner, WM_CHAR, u'g', 0);
-    EXPECT_TRUE(TrackPopupMenu(menu, TPM_RIGHTBUTTON, 0, 0, 0, owner, nullptr));
-    EXPECT_EQ(command, 0) << "the command is posted";
-    EXPECT_EQ(recorder.Take({WM_ENTERMENULOOP, WM_APP, WM_EXITMENULOOP}),
-              (std::vector<Told>{{1, WM_ENTERMENULOOP}, {1, WM_APP}, {1, WM_EXITMENULOOP}}));
-    RunPosted();
-    EXPECT_EQ(command, 13);
-    EXPECT_EQ(GetCapture(), nullptr);
-    DestroyMenu(menu);
-    DestroyWindow(owner);
-}
-
-TEST(Menus, KeepTheStatesOfTheirItems) {
-    const HMENU menu = MakeMenu();
-    EXPECT_EQ(CheckMenuItem(menu, 11, MF_CHECKED), DWORD{MF_UNCHECKED});
-    EXPECT_EQ(CheckMenuItem(menu, 0, MF_BYPOSITION | MF_CHECKED), DWORD{MF_CHECKED});
-    EXPECT_EQ(EnableMenuItem(menu, 11, MF_GRAYED), MF_ENABLED);
-    EXPECT_EQ(GetMenuState(menu, 11, MF_BYCOMMAND), UINT{MF_CHECKED | MF_GRAYED});
-    EXPECT_EQ(GetMenuState(menu, 2, MF_BYPOSITION), UINT{MF_SEPARATOR});
-    EXPECT_EQ(GetMenuState(menu, 99, MF_BYCOMMAND), 0xFFFFFFFF);
-    InsertMenuW(menu, 12, MF_STRING, 15, u"Between");
-    EXPECT_EQ(GetMenuItemID(menu, 1), 15u);
-    EXPECT_EQ(GetMenuItemCount(menu), 6);
-    EXPECT_TRUE(DestroyMenu(menu));
-    EXPECT_FALSE(DestroyMenu(menu));
-    EXPECT_EQ(GetMenuItemCount(menu), -1);
-}
-
 }  // namespace

@@ -77,37 +77,6 @@ TEST(Windows, ThatRefuseToBeMadeLeaveNothingBehind) {
     EXPECT_EQ(platform::CurrentUsage(), before);
 }
 
-TEST(Windows, KeepWordsAndTextAndPlace) {
-    Recorder recorder;
-    const HWND top = recorder.Make(WS_POPUP | WS_BORDER, nullptr, 1);
-    const HWND child = recorder.Make(WS_CHILD, top, 2);
-
-    EXPECT_EQ(SetWindowLongPtrW(child, sizeof(LONG_PTR), 77), 0);
-    EXPECT_EQ(GetWindowLongPtrW(child, sizeof(LONG_PTR)), 77);
-    SetLastError(ERROR_SUCCESS);
-    EXPECT_EQ(SetWindowLongPtrW(child, sizeof(LONG_PTR) + 1, 77), 0);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_INDEX});
-    EXPECT_EQ(SetWindowLongPtrW(child, GWLP_ID, 5), 2);
-    EXPECT_EQ(GetDlgItem(top, 5), child);
-
-    SetWindowTextW(child, u"A text");
-    WCHAR text[4];
-    EXPECT_EQ(GetWindowTextLengthW(child), 6);
-    EXPECT_EQ(GetWindowTextW(child, text, 4), 3);
-    EXPECT_EQ(std::u16string(text), u"A t");
-
-    RECT frame;
-    GetWindowRect(child, &frame);
-    EXPECT_EQ(frame.left, 10 + 1 + 20) << "in the client area, which begins inside the border";
-    SetWindowPos(top, nullptr, 100, 200, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
-    POINT corner{};
-    ClientToScreen(child, &corner);
-    EXPECT_EQ(corner.x, 100 + 1 + 20);
-    EXPECT_EQ(corner.y, 200 + 1 + 20);
-    EXPECT_EQ(recorder.Take({WM_MOVE, WM_SIZE}).back(), (Told{1, WM_MOVE}));
-    DestroyWindow(top);
-}
-
 TEST(Windows, LieInAnOrder) {
     Recorder recorder;
     const HWND top = recorder.Make(WS_POPUP, nullptr, 1);

@@ -123,14 +123,19 @@ POINT ClockTreeUser::PlaceInTree(const std::u16string& place) const {
     return {request.Text.left + 3, (request.Text.top + request.Text.bottom) / 2};
 }
 
+POINT ClockTreeUser::OnScreen(const std::u16string& place) const {
+    POINT point = PlaceInTree(place);
+    ClientToScreen(tree_, &point);
+    return point;
+}
+
 void ClockTreeUser::PostToTree(UINT message, WPARAM buttons, POINT place) const {
     PostMessageW(tree_, message, buttons, MAKELPARAM(place.x, place.y));
 }
 
 // While a card is dragged, the page has the mouse.
 void ClockTreeUser::SendMouse(UINT message, const std::u16string& place) const {
-    POINT point = PlaceInTree(place);
-    ClientToScreen(tree_, &point);
+    POINT point = OnScreen(place);
     ScreenToClient(page_, &point);
     const WPARAM buttons = message == WM_MOUSEMOVE ? MK_LBUTTON : 0;
     SendMessageW(page_, message, buttons, MAKELPARAM(point.x, point.y));
@@ -161,8 +166,7 @@ void ClockTreeUser::Drag(const std::u16string& item, const std::u16string& place
 
 std::vector<std::u16string> ClockTreeUser::RightClick(const std::u16string& place) const {
     const POINT point = PlaceInTree(place);
-    POINT cursor = point;
-    ClientToScreen(tree_, &cursor);
+    const POINT cursor = OnScreen(place);
     SetCursorPos(cursor.x, cursor.y);
     PostToTree(WM_RBUTTONDOWN, MK_RBUTTON, point);
     PostToTree(WM_RBUTTONUP, 0, point);

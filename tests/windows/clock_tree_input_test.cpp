@@ -1,0 +1,126 @@
+// The clock tree under the system's own mouse and keyboard, from the press of a button to what the system
+// shows of it.
+#include <windows.h>
+#include <commctrl.h>
+
+#include <functional>
+#include <thread>
+
+#include "config_ui/resource.h"
+#include "tests/support/clock_tree_user.h"
+#include "tests/support/sheet_test.h"
+
+namespace {
+
+constexpr ULONGLONG LongestWait = 20000;  // ms, before something that does not come is a failure
+
+const std::u16string Free = u" (internal clock)";
+
+class ClockTreeInput : public SheetTest {
+protected:
+    ClockTreeInput() : SheetTest(2) {
+        for (unsigned card = 0; card < 2; ++card) {
+            StoreText(card, TEXT("Name"), card == 0 ? u"A" : u"B");
+            StoreSetting(card, TEXT("ClockSource"), 0);
+        }
+        page_.emplace(Open().Show(u"Clocks + Sync"));
+        SetForegroundWindow(GetParent(page_->Window()));
+        page_->Focus(IDC_CLOCK_TREE);
+        tree_.emplace(page_->Window());
+    }
+
+    ClockTreeUser& Tree() { return *tree_; }
+
+    // Nothing tells when input has been dealt with.
+    static void Await(const char* what, const std::function<bool()>& condition) {
+        const ULONGLONG end = GetTickCount64() + LongestWait;
+        while (!condition()) {
+            ASSERT_LT(GetTickCount64(), end) << what;
+            std::this_thread::yield();
+        }
+    }
+
+    void MoveTo(const std::u16string& place) {
+        const POINT point = Tree().OnScreen(place);
+        SetCursorPos(point.x, point.y);
+        Mouse(MOUSEEVENTF_MOVE);
+    }
+    static void Mouse(DWORD event) { mouse_event(event, 0, 0, 0, 0); }
+    static void Key(BYTE key) {
+        keybd_event(key, 0, 0, 0);
+        keybd_event(key, 0, KEYEVENTF_KEYUP, 0);
+    }
+
+    static HCURSOR CursorShown() {
+        CURSORINFO info = {};
+        info.cbSize = sizeof info;
+        GetCursorInfo(&info);
+        return info.hCursor;
+    }
+    HWND MouseOwner() const {
+        GUITHREADINFO info = {};
+        info.cbSize = sizeof info;
+        GetGUIThreadInfo(GetWindowThreadProcessId(page_->Window(), nullptr), &info);
+        return info.hwndCapture;
+    }
+
+    void PickUpAndCarry(const std::u16string& card, const std::u16string& place) {
+        MoveTo(card);
+        Mouse(MOUSEEVENTF_LEFTDOWN);
+        MoveTo(place);
+        Await("the drag", [&] { return MouseOwner() == page_->Window(); });
+        MoveTo(place);
+        Await("where the card would be dropped", [&] { return Tree().Highlighted().starts_with(place); });
+    }
+
+    std::vector<std::u16string> AwaitMenu() {
+        std::vector<std::u16string> lines;
+        Await("a menu", [&] {
+            lines = Tree().OpenedMenu();
+            return !lines.empty();
+        });
+        return lines;
+    }
+
+private:
+    std::optional<SheetPage> page_;
+    std::optional<ClockTreeUser> tree_;
+};
+
+TEST_F(ClockTreeInput, ACardIsDraggedWithItsCursor) {
+    MoveTo(u"B");
+    const HCURSOR usual = CursorShown();
+    PickUpAndCarry(u"B", u"A");
+    EXPECT_NE(CursorShown(), usual);
+    Mouse(MOUSEEVENTF_LEFTUP);
+    Await("the end of the drag", [&] { return MouseOwner() == nullptr; });
+    EXPECT_EQ(Tree().Outline(), u"A" + Free + u" [B]");
+    Await("the usual cursor", [&] { return CursorShown() == usual; });
+
+    PickUpAndCarry(u"B", ClockTreeUser::Root);
+    Key(VK_ESCAPE);
+    Await("the end of the drag", [&] { return MouseOwner() == nullptr; });
+    Mouse(MOUSEEVENTF_LEFTUP);
+    EXPECT_EQ(Tree().Highlighted(), u"");
+    EXPECT_EQ(Tree().Outline(), u"A" + Free + u" [B]");
+}
+
+TEST_F(ClockTreeInput, MouseAndKeysOpenTheMenu) {
+    MoveTo(u"B");
+    Mouse(MOUSEEVENTF_RIGHTDOWN);
+    Mouse(MOUSEEVENTF_RIGHTUP);
+    const std::vector<std::u16string> menu = AwaitMenu();
+    EXPECT_EQ(menu.size(), 7u);
+    Key('D');
+    Await("the command", [&] { return Tree().Outline() == u"A" + Free + u"; B (digital input clock)"; });
+
+    keybd_event(VK_SHIFT, 0, 0, 0);
+    Key(VK_F10);
+    const std::vector<std::u16string> again = AwaitMenu();
+    keybd_event(VK_SHIFT, 0, KEYEVENTF_KEYUP, 0);
+    EXPECT_EQ(again.size(), menu.size());
+    Key('B');
+    Await("the command", [&] { return Tree().Outline() == u"B (digital input clock) [A]"; });
+}
+
+}  // namespace
