@@ -3,12 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
-#include "platform/machine.h"
 #include "tests/processes/companion.h"
 #include "tests/support/sheet.h"
-#include "tests/support/system.h"
 
 namespace {
 
@@ -26,25 +22,19 @@ void ShowTheFirst(Companion& test) {
     EXPECT_FALSE(IsIconic(sheet.Window())) << "is brought back";
 }
 
-TEST(SecondSheet, BringsTheFirstToTheFront) {
-    const std::string machine = "second-sheet-" + std::to_string(getpid());
-    platform::RemoveMachine(machine);
-    platform::UseMachine(machine);
-    {
-        Companion other(ShowTheFirst);
-        const Program program(1);
-        const DriverLibrary library;
-        other.Tell(1);
-        ASSERT_EQ(other.Hear(), 1);
-        Sheet second(library, Sheet::Entry::Configure);
-        EXPECT_EQ(second.Window(), nullptr);
-        EXPECT_EQ(second.Closed(), DRVCNF_OK);
-        const Sheet withInformation(library);
-        EXPECT_NE(withInformation.Window(), nullptr);
-        other.Tell(1);
-    }
-    test_system::FreshMachine();
-    platform::RemoveMachine(machine);
+TEST(SheetOfAnotherProgram, ComesToTheFront) {
+    const SharedMachine machine;
+    Companion other(ShowTheFirst);
+    const Program program(1);
+    const DriverLibrary library;
+    other.Tell(1);
+    ASSERT_EQ(other.Hear(), 1);
+    Sheet second(library, Sheet::Entry::Configure);
+    EXPECT_EQ(second.Window(), nullptr);
+    EXPECT_EQ(second.Closed(), DRVCNF_OK);
+    const Sheet withInformation(library);
+    EXPECT_NE(withInformation.Window(), nullptr);
+    other.Tell(1);
 }
 
 }  // namespace
