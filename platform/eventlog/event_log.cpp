@@ -19,14 +19,14 @@ namespace {
 
 class EventRing {
 public:
-    static constexpr size_t kMaxSourceLength = 63;
+    static constexpr size_t MaxSourceLength = 63;
 
     void Initialize() { lock_.Initialize(); }
 
     void Append(std::u16string_view source, WORD type, WORD category, DWORD id) {
         const std::lock_guard hold(lock_);
-        Entry& entry = entries_[written_ % kCapacity];
-        entry.SourceLength = static_cast<uint32_t>(source.copy(entry.Source, kMaxSourceLength));
+        Entry& entry = entries_[written_ % Capacity];
+        entry.SourceLength = static_cast<uint32_t>(source.copy(entry.Source, MaxSourceLength));
         entry.Type = type;
         entry.Category = category;
         entry.Id = id;
@@ -36,8 +36,8 @@ public:
     std::vector<EventRecord> Read() {
         const std::lock_guard hold(lock_);
         std::vector<EventRecord> records;
-        for (uint64_t i = written_ - std::min<uint64_t>(written_ - cleared_, kCapacity); i < written_; ++i) {
-            const Entry& entry = entries_[i % kCapacity];
+        for (uint64_t i = written_ - std::min<uint64_t>(written_ - cleared_, Capacity); i < written_; ++i) {
+            const Entry& entry = entries_[i % Capacity];
             records.push_back(
                 {std::u16string(entry.Source, entry.SourceLength), entry.Type, entry.Category, entry.Id});
         }
@@ -50,10 +50,10 @@ public:
     }
 
 private:
-    static constexpr size_t kCapacity = 512;
+    static constexpr size_t Capacity = 512;
 
     struct Entry {
-        WCHAR Source[kMaxSourceLength];
+        WCHAR Source[MaxSourceLength];
         uint32_t SourceLength;
         WORD Type;
         WORD Category;
@@ -63,16 +63,16 @@ private:
     SharedMutex lock_;
     uint64_t written_;  // in the machine's life
     uint64_t cleared_;  // of these, how many Clear has hidden
-    Entry entries_[kCapacity];
+    Entry entries_[Capacity];
 };
 
 constexpr MachineRegion<EventRing> ring("eventlog");
 
 class EventSource : public KernelObject {
 public:
-    static constexpr HandleKind kKind = HandleKind::EventSource;
+    static constexpr HandleKind ObjectKind = HandleKind::EventSource;
 
-    explicit EventSource(std::u16string name) : KernelObject(kKind), Name(std::move(name)) {}
+    explicit EventSource(std::u16string name) : KernelObject(ObjectKind), Name(std::move(name)) {}
 
     const std::u16string Name;
 };
@@ -97,7 +97,7 @@ HANDLE WINAPI RegisterEventSourceW(LPCWSTR server, LPCWSTR source) {
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
         return nullptr;
     }
-    if (server || !source || std::u16string_view(source).size() > EventRing::kMaxSourceLength) {
+    if (server || !source || std::u16string_view(source).size() > EventRing::MaxSourceLength) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
     }

@@ -15,10 +15,10 @@ std::atomic<DeviceDriver*> installedDriver{nullptr};
 
 class DeviceFile : public KernelObject {
 public:
-    static constexpr HandleKind kKind = HandleKind::DeviceFile;
+    static constexpr HandleKind ObjectKind = HandleKind::DeviceFile;
 
     DeviceFile(DeviceDriver* driver, void* file, bool overlapped)
-        : KernelObject(kKind), Overlapped(overlapped), driver_(driver), file_(file) {}
+        : KernelObject(ObjectKind), Overlapped(overlapped), driver_(driver), file_(file) {}
     ~DeviceFile() override { driver_->Close(file_); }
 
     DWORD Control(DeviceRequest& request) { return driver_->Control(file_, request); }

@@ -7,7 +7,7 @@ namespace platform {
 
 class EventObject : public Waitable {
 public:
-    static constexpr HandleKind kKind = HandleKind::Event;
+    static constexpr HandleKind ObjectKind = HandleKind::Event;
 
     EventObject(bool automatic, bool signalled) : Waitable(HandleKind::Event, automatic, signalled) {}
 };

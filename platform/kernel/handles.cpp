@@ -10,9 +10,9 @@ namespace platform {
 
 namespace {
 
-constexpr size_t kSlotsPerChunk = 256;
-constexpr size_t kChunks = 256;
-constexpr unsigned kIndexBits = 17;  // one more than the slots need: index 0 is never given out
+constexpr size_t SlotsPerChunk = 256;
+constexpr size_t MaximumChunks = 256;
+constexpr unsigned IndexBits = 17;  // one more than the slots need: index 0 is never given out
 
 struct Slot {
     std::mutex Lock;          // guards the rest
@@ -20,10 +20,10 @@ struct Slot {
     std::shared_ptr<KernelObject> Object;
 };
 
-using Chunk = std::array<Slot, kSlotsPerChunk>;
+using Chunk = std::array<Slot, SlotsPerChunk>;
 
 struct HandleTable {
-    std::array<std::atomic<Chunk*>, kChunks> Chunks{};
+    std::array<std::atomic<Chunk*>, MaximumChunks> Chunks{};
     std::mutex AllocationLock;  // guards FreeSlots and SlotCount
     std::vector<size_t> FreeSlots;
     size_t SlotCount = 0;
@@ -37,21 +37,21 @@ HandleTable& Table() {
 }
 
 HANDLE ComposeHandle(size_t index, uint32_t generation) {
-    return reinterpret_cast<HANDLE>((static_cast<uint64_t>(generation) << kIndexBits | (index + 1)) << 2);
+    return reinterpret_cast<HANDLE>((static_cast<uint64_t>(generation) << IndexBits | (index + 1)) << 2);
 }
 
 // The slot that a handle names, with its generation; null when no handle can have that value.
 Slot* SlotOf(HANDLE handle, uint32_t* generation, size_t* index) {
     const uint64_t value = reinterpret_cast<uint64_t>(handle);
-    const uint64_t number = value >> 2 & ((1u << kIndexBits) - 1);
-    if ((value & 3) != 0 || value >> (2 + kIndexBits) > UINT32_MAX || number == 0 ||
-        number > kChunks * kSlotsPerChunk) {
+    const uint64_t number = value >> 2 & ((1u << IndexBits) - 1);
+    if ((value & 3) != 0 || value >> (2 + IndexBits) > UINT32_MAX || number == 0 ||
+        number > MaximumChunks * SlotsPerChunk) {
         return nullptr;
     }
-    *generation = static_cast<uint32_t>(value >> (2 + kIndexBits));
+    *generation = static_cast<uint32_t>(value >> (2 + IndexBits));
     *index = number - 1;
-    Chunk* chunk = Table().Chunks[*index / kSlotsPerChunk].load(std::memory_order_acquire);
-    return chunk == nullptr ? nullptr : &(*chunk)[*index % kSlotsPerChunk];
+    Chunk* chunk = Table().Chunks[*index / SlotsPerChunk].load(std::memory_order_acquire);
+    return chunk == nullptr ? nullptr : &(*chunk)[*index % SlotsPerChunk];
 }
 
 bool AllocateSlot(size_t* index) {
@@ -62,11 +62,11 @@ bool AllocateSlot(size_t* index) {
         table.FreeSlots.pop_back();
         return true;
     }
-    if (table.SlotCount == kChunks * kSlotsPerChunk) {
+    if (table.SlotCount == MaximumChunks * SlotsPerChunk) {
         return false;
     }
-    if (table.SlotCount % kSlotsPerChunk == 0) {
-        table.Chunks[table.SlotCount / kSlotsPerChunk].store(new Chunk, std::memory_order_release);
+    if (table.SlotCount % SlotsPerChunk == 0) {
+        table.Chunks[table.SlotCount / SlotsPerChunk].store(new Chunk, std::memory_order_release);
     }
     *index = table.SlotCount++;
     return true;
@@ -81,7 +81,7 @@ HANDLE OpenHandle(std::shared_ptr<KernelObject> object) {
     }
     HandleTable& table = Table();
     Slot& slot =
-        (*table.Chunks[index / kSlotsPerChunk].load(std::memory_order_acquire))[index % kSlotsPerChunk];
+        (*table.Chunks[index / SlotsPerChunk].load(std::memory_order_acquire))[index % SlotsPerChunk];
     table.OpenHandles.fetch_add(1, std::memory_order_relaxed);
     const std::lock_guard guard(slot.Lock);
     slot.Object = std::move(object);

@@ -35,11 +35,11 @@ HANDLE OpenHandle(std::shared_ptr<KernelObject> object);
 // never one.
 std::shared_ptr<KernelObject> FindObject(HANDLE handle);
 
-// The same for a handle that must be of one kind: T::kKind names it. Null when it is of another.
+// The same for a handle that must be of one kind: T::ObjectKind names it. Null when it is of another.
 template <typename T>
 std::shared_ptr<T> FindObject(HANDLE handle) {
     std::shared_ptr<KernelObject> object = FindObject(handle);
-    if (!object || object->Kind() != T::kKind) {
+    if (!object || object->Kind() != T::ObjectKind) {
         return nullptr;
     }
     return std::static_pointer_cast<T>(std::move(object));

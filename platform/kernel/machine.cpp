@@ -22,11 +22,11 @@ namespace platform {
 
 namespace {
 
-constexpr size_t kMaximumRegions = 32;
-constexpr size_t kMaximumNameLength = 64;
+constexpr size_t MaximumRegions = 32;
+constexpr size_t MaximumNameLength = 64;
 
 struct MappedRegion {
-    char Name[kMaximumNameLength];
+    char Name[MaximumNameLength];
     void* Memory;
     size_t Size;
 };
@@ -35,7 +35,7 @@ struct Machine {
     std::mutex Lock;  // guards everything; the first Count regions may be read without it
     bool Chosen = false;
     std::string Name;
-    std::array<MappedRegion, kMaximumRegions> Regions{};
+    std::array<MappedRegion, MaximumRegions> Regions{};
     std::atomic<size_t> Count{0};
 };
 
@@ -67,7 +67,7 @@ private:
 };
 
 bool IsGoodName(const std::string& name) {
-    return name.size() <= kMaximumNameLength && std::all_of(name.begin(), name.end(), [](char c) {
+    return name.size() <= MaximumNameLength && std::all_of(name.begin(), name.end(), [](char c) {
                return std::isalnum(static_cast<unsigned char>(c)) || c == '-' || c == '_';
            });
 }
@@ -249,7 +249,7 @@ void* MapMachineRegion(const char* name, size_t size, void (*create)(void*)) {
         return memory;
     }
     const size_t count = machine.Count.load(std::memory_order_relaxed);
-    if (count == kMaximumRegions || std::strlen(name) >= kMaximumNameLength) {
+    if (count == MaximumRegions || std::strlen(name) >= MaximumNameLength) {
         errno = ENOSPC;
         EndProcess("no room for", name);
     }

@@ -14,7 +14,7 @@ namespace platform {
 
 class MutexObject : public KernelObject, public std::enable_shared_from_this<MutexObject> {
 public:
-    static constexpr HandleKind kKind = HandleKind::Mutex;
+    static constexpr HandleKind ObjectKind = HandleKind::Mutex;
 
     MutexObject();                              // an unnamed mutex
     explicit MutexObject(NamedMutexUse named);  // a mutex of the machine

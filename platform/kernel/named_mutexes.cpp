@@ -9,8 +9,8 @@ namespace platform {
 
 namespace {
 
-constexpr size_t kMutexes = 64;
-constexpr size_t kProcesses = 64;
+constexpr size_t MaximumMutexes = 64;
+constexpr size_t MaximumProcesses = 64;
 
 struct ProcessUse {
     ProcessIdentity Process;
@@ -21,19 +21,19 @@ struct NamedMutex {
     MutexCore Core;
     uint32_t NameLength;  // 0: this entry is free
     char16_t Name[MAX_PATH];
-    ProcessUse Uses[kProcesses];
+    ProcessUse Uses[MaximumProcesses];
 
     bool HasName(std::u16string_view name) const { return std::u16string_view(Name, NameLength) == name; }
 };
 
-struct NamedMutexTable {
+struct NamedMaximumMutexes {
     SharedMutex Lock;  // guards everything but the mutexes' locks
-    NamedMutex Mutexes[kMutexes];
+    NamedMutex Mutexes[MaximumMutexes];
 
     void Initialize() { Lock.Initialize(); }
 };
 
-constinit const MachineRegion<NamedMutexTable> table("named-mutexes");
+constinit const MachineRegion<NamedMaximumMutexes> table("named-mutexes");
 
 bool IsSame(const ProcessIdentity& one, const ProcessIdentity& other) {
     return one.Id == other.Id && one.StartTime == other.StartTime;

@@ -42,7 +42,7 @@ bool ThreadObject::Queue(const QueuedCall& call) {
         ++Busy().Count;
     }
     if (alertable_ != nullptr) {
-        alertable_->ClaimAndWake(Waiter::kProcedureCall);
+        alertable_->ClaimAndWake(Waiter::CallQueued);
     }
     return true;
 }
@@ -61,7 +61,7 @@ void ThreadObject::BecomeQuietLocked() {
 void ThreadObject::BeginAlertableWait(Waiter& waiter) {
     const std::lock_guard guard(callLock_);
     if (!calls_.empty()) {
-        waiter.Claim(Waiter::kProcedureCall);
+        waiter.Claim(Waiter::CallQueued);
         return;
     }
     alertable_ = &waiter;

@@ -25,7 +25,7 @@ struct HeldMutex {
 
 class ThreadObject : public Waitable {
 public:
-    static constexpr HandleKind kKind = HandleKind::Thread;
+    static constexpr HandleKind ObjectKind = HandleKind::Thread;
 
     // `counted` for a thread made with CreateThread.
     explicit ThreadObject(bool counted);

@@ -19,7 +19,7 @@ struct WaitTarget {
 
 // A mutex may be freed by another process, which cannot end a wait here. A wait that may end in other
 // ways as well therefore looks at its mutexes this often.
-constexpr std::chrono::milliseconds kMutexPollInterval{1};
+constexpr std::chrono::milliseconds MutexPollInterval{1};
 
 bool FindTarget(HANDLE handle, WaitTarget* target) {
     std::shared_ptr<KernelObject> object = FindObject(handle);
@@ -87,16 +87,16 @@ DWORD WaitForAny(std::span<const WaitTarget> targets, Deadline deadline, bool al
         std::any_of(targets.begin(), targets.end(), [](const WaitTarget& t) { return t.Mutex; });
     for (;;) {
         const DWORD result = TryAny(targets);
-        if (result != WAIT_TIMEOUT || (deadline == kAtOnce && !alertable)) {
+        if (result != WAIT_TIMEOUT || (deadline == AtOnce && !alertable)) {
             return result;
         }
-        const Deadline soon = polls ? std::chrono::steady_clock::now() + kMutexPollInterval : kNever;
+        const Deadline soon = polls ? std::chrono::steady_clock::now() + MutexPollInterval : Never;
         const bool looksAgain = soon < deadline;
         const int outcome = WaitOnce(targets, looksAgain ? soon : deadline, alertable, true);
         if (outcome >= 0) {
             return WAIT_OBJECT_0 + static_cast<DWORD>(outcome);
         }
-        if (outcome == Waiter::kProcedureCall) {
+        if (outcome == Waiter::CallQueued) {
             CurrentThread().RunQueuedCalls();
             return WAIT_IO_COMPLETION;
         }
@@ -157,10 +157,10 @@ DWORD WaitForAll(std::span<const WaitTarget> targets, Deadline deadline) {
         }
         const std::span<const WaitTarget> one = targets.subspan(missing, 1);
         const Deadline soon =
-            one.front().Mutex ? std::chrono::steady_clock::now() + kMutexPollInterval : kNever;
+            one.front().Mutex ? std::chrono::steady_clock::now() + MutexPollInterval : Never;
         const bool looksAgain = soon < deadline;
         const int outcome = WaitOnce(one, looksAgain ? soon : deadline, false, false);
-        if (outcome == Waiter::kTimedOut && !looksAgain) {
+        if (outcome == Waiter::TimedOut && !looksAgain) {
             return WAIT_TIMEOUT;
         }
     }

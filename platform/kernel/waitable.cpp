@@ -23,8 +23,8 @@ timespec HostTime(Deadline deadline) {
 
 // False at the deadline. May return true for no reason.
 bool BlockWhileEqual(std::atomic<int>* word, int value, Deadline deadline) {
-    const timespec until = deadline == kNever ? timespec{} : HostTime(deadline);
-    const timespec* limit = deadline == kNever ? nullptr : &until;
+    const timespec until = deadline == Never ? timespec{} : HostTime(deadline);
+    const timespec* limit = deadline == Never ? nullptr : &until;
     // The bit set form takes its limit as a point of the monotonic clock, so early wake-ups cost nothing.
     const long result = syscall(SYS_futex, reinterpret_cast<int*>(word), FUTEX_WAIT_BITSET_PRIVATE, value,
                                 limit, nullptr, FUTEX_BITSET_MATCH_ANY);
@@ -35,14 +35,14 @@ bool BlockWhileEqual(std::atomic<int>* word, int value, Deadline deadline) {
 
 Deadline DeadlineAfter(DWORD milliseconds) {
     if (milliseconds == INFINITE) {
-        return kNever;
+        return Never;
     }
-    return milliseconds == 0 ? kAtOnce
+    return milliseconds == 0 ? AtOnce
                              : std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
 }
 
 bool Waiter::Claim(int outcome) {
-    int expected = kWaiting;
+    int expected = Waiting;
     return outcome_.compare_exchange_strong(expected, outcome, std::memory_order_acq_rel);
 }
 
@@ -56,9 +56,9 @@ bool Waiter::ClaimAndWake(int outcome) {
 
 int Waiter::Await(Deadline deadline) {
     int outcome = outcome_.load(std::memory_order_acquire);
-    while (outcome == kWaiting) {
-        if (deadline == kAtOnce || !BlockWhileEqual(&outcome_, kWaiting, deadline)) {
-            Claim(kTimedOut);  // unless somebody else does at this very moment: then that counts
+    while (outcome == Waiting) {
+        if (deadline == AtOnce || !BlockWhileEqual(&outcome_, Waiting, deadline)) {
+            Claim(TimedOut);  // unless somebody else does at this very moment: then that counts
         }
         outcome = outcome_.load(std::memory_order_acquire);
     }

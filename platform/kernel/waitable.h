@@ -11,29 +11,29 @@
 namespace platform {
 
 using Deadline = std::chrono::steady_clock::time_point;
-constexpr Deadline kNever = Deadline::max();
-constexpr Deadline kAtOnce = Deadline::min();
-Deadline DeadlineAfter(DWORD milliseconds);  // INFINITE: kNever, 0: kAtOnce
+constexpr Deadline Never = Deadline::max();
+constexpr Deadline AtOnce = Deadline::min();
+Deadline DeadlineAfter(DWORD milliseconds);  // INFINITE: Never, 0: AtOnce
 
 // One wait of one thread. Whoever ends the wait claims it; the first claim wins. Lives on the
 // waiting thread's stack: those who claim it hold the lock of the list it is on while they do.
 class Waiter {
 public:
     // How a wait ended, when not by the object with a number from 0 on.
-    static constexpr int kTimedOut = -1;
-    static constexpr int kProcedureCall = -2;
+    static constexpr int TimedOut = -1;
+    static constexpr int CallQueued = -2;
 
     // False when the wait had ended already. Claim is for the waiting thread itself.
     bool Claim(int outcome);
     bool ClaimAndWake(int outcome);
-    bool IsClaimed() const { return outcome_.load(std::memory_order_relaxed) != kWaiting; }
+    bool IsClaimed() const { return outcome_.load(std::memory_order_relaxed) != Waiting; }
 
     // Blocks the calling thread until the wait ends, at the latest at the deadline.
     int Await(Deadline deadline);
 
 private:
-    static constexpr int kWaiting = -3;
-    std::atomic<int> outcome_{kWaiting};
+    static constexpr int Waiting = -3;
+    std::atomic<int> outcome_{Waiting};
 };
 
 // Safe from any thread. An automatic object is reset by the one wait that it satisfies.

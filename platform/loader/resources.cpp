@@ -12,7 +12,7 @@ namespace platform {
 
 namespace {
 
-constexpr DWORD kSmallestHeader = 32;
+constexpr DWORD SmallestHeader = 32;
 
 // Reads a resource file's fields one after the other; every entry begins on a multiple of four.
 class Reader {
@@ -77,7 +77,7 @@ bool FindResourceIn(const std::vector<BYTE>& file, LPCWSTR type, LPCWSTR name, R
         reader.Align();
         reader.Skip(sizeof(DWORD) + sizeof(WORD));  // data version, memory flags
         const std::optional<WORD> language = reader.Take<WORD>();
-        if (!language || !entryType || !entryName || *headerSize < kSmallestHeader) {
+        if (!language || !entryType || !entryName || *headerSize < SmallestHeader) {
             break;
         }
 

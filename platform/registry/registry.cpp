@@ -17,14 +17,14 @@ namespace {
 
 constexpr MachineRegion<RegistryStore> store("registry");
 
-constexpr REGSAM kMaximumAllowed = 0x02000000;
+constexpr REGSAM MaximumAllowed = 0x02000000;
 
 class RegistryKey : public KernelObject {
 public:
-    static constexpr HandleKind kKind = HandleKind::RegistryKey;
+    static constexpr HandleKind ObjectKind = HandleKind::RegistryKey;
 
     RegistryKey(KeyReference reference, REGSAM access)
-        : KernelObject(kKind), Reference(reference), Access(access) {}
+        : KernelObject(ObjectKind), Reference(reference), Access(access) {}
 
     const KeyReference Reference;
     const REGSAM Access;
@@ -41,7 +41,7 @@ struct OpenKey {
 bool IsPredefined(HKEY key) {
     const auto value = reinterpret_cast<ULONG_PTR>(key);
     const auto first = reinterpret_cast<ULONG_PTR>(HKEY_CLASSES_ROOT);
-    return value >= first && value < first + RegistryStore::kRootCount;
+    return value >= first && value < first + RegistryStore::RootCount;
 }
 
 std::optional<OpenKey> FindKey(HKEY handle) {
@@ -90,6 +90,22 @@ LONG CopyName(const std::u16string& name, LPWSTR buffer, DWORD* room) {
     return ERROR_SUCCESS;
 }
 
+// The key of that path below an open one: `parent`, and what is found. A call without a place for its result
+// is refused.
+LONG OpenBelow(HKEY handle, LPCWSTR subkey, PHKEY result, OpenKey* parent, KeyReference* found) {
+    const LONG error = FindKeyWith(handle, 0, parent);
+    if (error != ERROR_SUCCESS) {
+        return error;
+    }
+    if (!result) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    if (View(subkey).starts_with(u'\\')) {
+        return ERROR_BAD_PATHNAME;
+    }
+    return store->Open(parent->Reference, View(subkey), found);
+}
+
 }  // namespace
 
 }  // namespace platform
@@ -101,22 +117,12 @@ LONG WINAPI RegOpenKeyExW(HKEY handle, LPCWSTR subkey, DWORD, REGSAM access, PHK
         return ERROR_ACCESS_DENIED;
     }
     OpenKey key;
-    LONG error = FindKeyWith(handle, 0, &key);
-    if (error != ERROR_SUCCESS) {
-        return error;
-    }
-    if (!result) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    if (View(subkey).starts_with(u'\\')) {
-        return ERROR_BAD_PATHNAME;
-    }
     KeyReference opened;
-    error = store->Open(key.Reference, View(subkey), &opened);
+    const LONG error = OpenBelow(handle, subkey, result, &key, &opened);
     if (error != ERROR_SUCCESS) {
         return error;
     }
-    return OpenKeyHandle(opened, access & kMaximumAllowed ? KEY_ALL_ACCESS : access, result);
+    return OpenKeyHandle(opened, access & MaximumAllowed ? KEY_ALL_ACCESS : access, result);
 }
 
 LONG WINAPI RegCreateKeyW(HKEY handle, LPCWSTR subkey, PHKEY result) {
@@ -124,18 +130,8 @@ LONG WINAPI RegCreateKeyW(HKEY handle, LPCWSTR subkey, PHKEY result) {
         return ERROR_ACCESS_DENIED;
     }
     OpenKey key;
-    LONG error = FindKeyWith(handle, 0, &key);
-    if (error != ERROR_SUCCESS) {
-        return error;
-    }
-    if (!result) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    if (View(subkey).starts_with(u'\\')) {
-        return ERROR_BAD_PATHNAME;
-    }
     KeyReference opened;
-    error = store->Open(key.Reference, View(subkey), &opened);
+    LONG error = OpenBelow(handle, subkey, result, &key, &opened);
     if (error == ERROR_FILE_NOT_FOUND) {
         if (!key.Allows(KEY_CREATE_SUB_KEY)) {
             return ERROR_ACCESS_DENIED;

@@ -32,7 +32,7 @@ bool RegistryStore::StoredName::Is(std::u16string_view text) const {
 
 void RegistryStore::Initialize() {
     lock_.Initialize();
-    for (uint32_t root = 0; root < kRootCount; ++root) {
+    for (uint32_t root = 0; root < RootCount; ++root) {
         keys_[root].InUse = 1;
     }
 }
@@ -43,26 +43,26 @@ bool RegistryStore::IsValid(KeyReference key) const {
 
 uint32_t RegistryStore::FindChild(uint32_t parent, std::u16string_view name) const {
     uint32_t child = keys_[parent].FirstChild;
-    while (child != kNone && !keys_[child].Name.Is(name)) {
+    while (child != NoLink && !keys_[child].Name.Is(name)) {
         child = keys_[child].NextSibling;
     }
     return child;
 }
 
 LONG RegistryStore::MakeChild(uint32_t parent, std::u16string_view name, uint32_t* child) {
-    if (name.empty() || name.size() > kMaxNameLength) {
+    if (name.empty() || name.size() > MaxNameLength) {
         return ERROR_INVALID_PARAMETER;
     }
-    const auto* free = std::find_if(keys_ + kRootCount, keys_ + kMaxKeys,
+    const auto* free = std::find_if(keys_ + RootCount, keys_ + MaxKeys,
                                     [](const Key& candidate) { return !candidate.InUse; });
-    if (free == keys_ + kMaxKeys) {
+    if (free == keys_ + MaxKeys) {
         return ERROR_NO_SYSTEM_RESOURCES;
     }
     *child = static_cast<uint32_t>(free - keys_);
     Key& key = keys_[*child];
     key.Name.Assign(name);
-    key.FirstChild = kNone;
-    key.FirstValue = kNone;
+    key.FirstChild = NoLink;
+    key.FirstValue = NoLink;
     key.NextSibling = keys_[parent].FirstChild;
     key.InUse = 1;
     keys_[parent].FirstChild = *child;
@@ -77,7 +77,7 @@ LONG RegistryStore::Open(KeyReference from, std::u16string_view path, KeyReferen
     uint32_t current = from.Index;
     while (!path.empty()) {
         current = FindChild(current, TakeName(&path));
-        if (current == kNone) {
+        if (current == NoLink) {
             return ERROR_FILE_NOT_FOUND;
         }
     }
@@ -94,7 +94,7 @@ LONG RegistryStore::Create(KeyReference from, std::u16string_view path, KeyRefer
     while (!path.empty()) {
         const std::u16string_view name = TakeName(&path);
         uint32_t child = FindChild(current, name);
-        if (child == kNone) {
+        if (child == NoLink) {
             const LONG error = MakeChild(current, name, &child);
             if (error != ERROR_SUCCESS) {
                 return error;
@@ -116,11 +116,11 @@ LONG RegistryStore::DeleteKey(KeyReference from, std::u16string_view path) {
     while (!path.empty()) {
         parent = current;
         current = FindChild(current, TakeName(&path));
-        if (current == kNone) {
+        if (current == NoLink) {
             return ERROR_FILE_NOT_FOUND;
         }
     }
-    if (current == parent || keys_[current].FirstChild != kNone) {
+    if (current == parent || keys_[current].FirstChild != NoLink) {
         return ERROR_ACCESS_DENIED;
     }
 
@@ -129,7 +129,7 @@ LONG RegistryStore::DeleteKey(KeyReference from, std::u16string_view path) {
         link = &keys_[*link].NextSibling;
     }
     *link = keys_[current].NextSibling;
-    for (uint32_t value = keys_[current].FirstValue; value != kNone; value = values_[value].Next) {
+    for (uint32_t value = keys_[current].FirstValue; value != NoLink; value = values_[value].Next) {
         values_[value].InUse = 0;
     }
     ++keys_[current].Generation;
@@ -140,24 +140,24 @@ LONG RegistryStore::DeleteKey(KeyReference from, std::u16string_view path) {
 // The link that leads to the value, or the empty link at the end of the key's list.
 uint32_t* RegistryStore::FindValueLink(uint32_t key, std::u16string_view name) {
     uint32_t* link = &keys_[key].FirstValue;
-    while (*link != kNone && !values_[*link].Name.Is(name)) {
+    while (*link != NoLink && !values_[*link].Name.Is(name)) {
         link = &values_[*link].Next;
     }
     return link;
 }
 
 LONG RegistryStore::MakeValue(std::u16string_view name, uint32_t* value) {
-    if (name.size() > kMaxNameLength) {
+    if (name.size() > MaxNameLength) {
         return ERROR_INVALID_PARAMETER;
     }
-    const auto* free = std::find_if(values_ + 1, values_ + kMaxValues,
+    const auto* free = std::find_if(values_ + 1, values_ + MaxValues,
                                     [](const Value& candidate) { return !candidate.InUse; });
-    if (free == values_ + kMaxValues) {
+    if (free == values_ + MaxValues) {
         return ERROR_NO_SYSTEM_RESOURCES;
     }
     *value = static_cast<uint32_t>(free - values_);
     values_[*value].Name.Assign(name);
-    values_[*value].Next = kNone;
+    values_[*value].Next = NoLink;
     values_[*value].InUse = 1;
     return ERROR_SUCCESS;
 }
@@ -168,12 +168,12 @@ LONG RegistryStore::SetValue(KeyReference key, std::u16string_view name, DWORD t
     if (!IsValid(key)) {
         return ERROR_KEY_DELETED;
     }
-    if (size > kMaxDataSize) {
+    if (size > MaxDataSize) {
         return ERROR_NO_SYSTEM_RESOURCES;
     }
     uint32_t* link = FindValueLink(key.Index, name);
     uint32_t value = *link;
-    if (value == kNone) {
+    if (value == NoLink) {
         const LONG error = MakeValue(name, &value);
         if (error != ERROR_SUCCESS) {
             return error;
@@ -194,7 +194,7 @@ LONG RegistryStore::QueryValue(KeyReference key, std::u16string_view name, const
         return ERROR_KEY_DELETED;
     }
     const uint32_t index = *FindValueLink(key.Index, name);
-    if (index == kNone) {
+    if (index == NoLink) {
         return ERROR_FILE_NOT_FOUND;
     }
     const Value& value = values_[index];
@@ -222,7 +222,7 @@ LONG RegistryStore::DeleteValue(KeyReference key, std::u16string_view name) {
         return ERROR_KEY_DELETED;
     }
     uint32_t* link = FindValueLink(key.Index, name);
-    if (*link == kNone) {
+    if (*link == NoLink) {
         return ERROR_FILE_NOT_FOUND;
     }
     Value& value = values_[*link];
@@ -237,7 +237,7 @@ LONG RegistryStore::SubkeyName(KeyReference key, DWORD index, std::u16string* na
         return ERROR_KEY_DELETED;
     }
     std::vector<std::u16string_view> names;
-    for (uint32_t child = keys_[key.Index].FirstChild; child != kNone; child = keys_[child].NextSibling) {
+    for (uint32_t child = keys_[key.Index].FirstChild; child != NoLink; child = keys_[child].NextSibling) {
         names.push_back(keys_[child].Name.View());
     }
     if (index >= names.size()) {
@@ -256,10 +256,10 @@ LONG RegistryStore::ValueName(KeyReference key, DWORD index, std::u16string* nam
         return ERROR_KEY_DELETED;
     }
     uint32_t value = keys_[key.Index].FirstValue;
-    for (; value != kNone && index > 0; --index) {
+    for (; value != NoLink && index > 0; --index) {
         value = values_[value].Next;
     }
-    if (value == kNone) {
+    if (value == NoLink) {
         return ERROR_NO_MORE_ITEMS;
     }
     *name = values_[value].Name.View();

@@ -30,11 +30,11 @@ struct ValueQuery {
 
 class RegistryStore {
 public:
-    static constexpr size_t kMaxKeys = 512;
-    static constexpr size_t kMaxValues = 1024;
-    static constexpr size_t kMaxNameLength = 255;  // characters
-    static constexpr size_t kMaxDataSize = 1024;   // bytes
-    static constexpr uint32_t kRootCount = 4;      // indices 0 to 3, generation 0, never deleted
+    static constexpr size_t MaxKeys = 512;
+    static constexpr size_t MaxValues = 1024;
+    static constexpr size_t MaxNameLength = 255;  // characters
+    static constexpr size_t MaxDataSize = 1024;   // bytes
+    static constexpr uint32_t RootCount = 4;      // indices 0 to 3, generation 0, never deleted
 
     void Initialize();
 
@@ -57,10 +57,10 @@ public:
     LONG ValueName(KeyReference key, DWORD index, std::u16string* name);
 
 private:
-    static constexpr uint32_t kNone = 0;  // as a link; index 0 is a root and never linked to
+    static constexpr uint32_t NoLink = 0;  // as a link; index 0 is a root and never linked to
 
     struct StoredName {
-        WCHAR Text[kMaxNameLength];
+        WCHAR Text[MaxNameLength];
         uint16_t Length;
 
         void Assign(std::u16string_view text);
@@ -81,7 +81,7 @@ private:
         DWORD Type;
         DWORD Size;
         StoredName Name;
-        BYTE Data[kMaxDataSize];
+        BYTE Data[MaxDataSize];
     };
 
     bool IsValid(KeyReference key) const;
@@ -92,8 +92,8 @@ private:
     LONG MakeValue(std::u16string_view name, uint32_t* value);
 
     SharedMutex lock_;
-    Key keys_[kMaxKeys];
-    Value values_[kMaxValues];
+    Key keys_[MaxKeys];
+    Value values_[MaxValues];
 };
 
 }  // namespace platform

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr size_t kLimit = 1024;
+constexpr size_t Limit = 1024;
 
 // Fills the caller's buffer up to the limit and drops what is too much.
 class Output {
@@ -16,7 +16,7 @@ public:
     explicit Output(LPWSTR buffer) : buffer_(buffer) {}
 
     void Put(WCHAR character) {
-        if (length_ < kLimit - 1) {
+        if (length_ < Limit - 1) {
             buffer_[length_++] = character;
         }
     }
@@ -58,7 +58,7 @@ struct Field {
 size_t ParseNumber(LPCWSTR* format) {
     size_t number = 0;
     for (; **format >= u'0' && **format <= u'9'; ++*format) {
-        number = std::min<size_t>(number * 10 + static_cast<size_t>(**format - u'0'), kLimit);
+        number = std::min<size_t>(number * 10 + static_cast<size_t>(**format - u'0'), Limit);
     }
     return number;
 }

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr WORD kUnicodeEntry = 1;
+constexpr WORD UnicodeEntry = 1;
 
 // The table as it lies in the resource: a count of blocks, then the blocks. A block's entries, one
 // for each number from Low to High, begin at Offset from the table's begin.
@@ -71,7 +71,7 @@ std::optional<std::u16string> FindMessage(const platform::Resource& table, DWORD
     const BYTE* begin = table.Data + *position + sizeof entry;
     const size_t bytes = entry.Length - sizeof entry;
     std::u16string text;
-    if (entry.Flags & kUnicodeEntry) {
+    if (entry.Flags & UnicodeEntry) {
         text.resize(bytes / sizeof(WCHAR));
         std::memcpy(text.data(), begin, text.size() * sizeof(WCHAR));
     } else {

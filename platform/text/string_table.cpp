@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr UINT kBlockLength = 16;
+constexpr UINT BlockLength = 16;
 
 // False when the block ends before the string.
 bool StringInBlock(const platform::Resource& block, UINT index, std::u16string* text) {
@@ -45,10 +45,10 @@ int WINAPI LoadStringW(HINSTANCE module, UINT id, LPWSTR buffer, int size) {
     buffer[0] = 0;
     platform::Resource block;
     std::u16string text;
-    if (!platform::FindModuleResource(module, RT_STRING, MAKEINTRESOURCEW(id / kBlockLength + 1), &block)) {
+    if (!platform::FindModuleResource(module, RT_STRING, MAKEINTRESOURCEW(id / BlockLength + 1), &block)) {
         return 0;
     }
-    if (!StringInBlock(block, id % kBlockLength, &text) || text.empty()) {
+    if (!StringInBlock(block, id % BlockLength, &text) || text.empty()) {
         SetLastError(ERROR_RESOURCE_NAME_NOT_FOUND);
         return 0;
     }

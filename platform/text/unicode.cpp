@@ -6,7 +6,7 @@ namespace platform {
 
 namespace {
 
-constexpr char32_t kReplacement = 0xFFFD;
+constexpr char32_t Replacement = 0xFFFD;
 
 bool IsSurrogate(char32_t code) {
     return code >= 0xD800 && code <= 0xDFFF;
@@ -20,19 +20,19 @@ char32_t TakeUtf8(std::string_view text, size_t* position) {
     }
     const size_t more = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC0 ? 1 : 0;
     if (more == 0 || *position + more > text.size()) {
-        return kReplacement;
+        return Replacement;
     }
     char32_t code = lead & (0x3Fu >> more);
     for (size_t i = 0; i < more; ++i) {
         const auto next = static_cast<uint8_t>(text[*position + i]);
         if ((next & 0xC0) != 0x80) {
-            return kReplacement;
+            return Replacement;
         }
         code = code << 6 | (next & 0x3Fu);
     }
-    constexpr char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};
-    if (code < kSmallest[more] || code > 0x10FFFF || IsSurrogate(code)) {
-        return kReplacement;
+    constexpr char32_t Smallest[] = {0, 0x80, 0x800, 0x10000};
+    if (code < Smallest[more] || code > 0x10FFFF || IsSurrogate(code)) {
+        return Replacement;
     }
     *position += more;
     return code;
@@ -45,7 +45,7 @@ char32_t TakeUtf16(std::u16string_view text, size_t* position) {
     }
     const char32_t second = *position < text.size() ? text[*position] : 0;
     if (first >= 0xDC00 || second < 0xDC00 || second > 0xDFFF) {
-        return kReplacement;
+        return Replacement;
     }
     ++*position;
     return 0x10000 + ((first & 0x3FF) << 10 | (second & 0x3FF));

@@ -12,7 +12,7 @@ struct ErrorText {
     LPCWSTR Text;
 };
 
-constexpr ErrorText kErrorTexts[] = {
+constexpr ErrorText ErrorTexts[] = {
     {MMSYSERR_NOERROR, TEXT("No error.")},
     {MMSYSERR_ERROR, TEXT("The device or its driver failed for a reason it does not tell.")},
     {MMSYSERR_BADDEVICEID, TEXT("There is no device with this number.")},
@@ -36,9 +36,9 @@ MMRESULT GetErrorText(MMRESULT error, LPWSTR text, UINT size) {
     if (!text) {
         return MMSYSERR_INVALPARAM;
     }
-    const auto* const found = std::find_if(std::begin(kErrorTexts), std::end(kErrorTexts),
+    const auto* const found = std::find_if(std::begin(ErrorTexts), std::end(ErrorTexts),
                                            [error](const ErrorText& entry) { return entry.Error == error; });
-    if (found == std::end(kErrorTexts)) {
+    if (found == std::end(ErrorTexts)) {
         return MMSYSERR_BADERRNUM;
     }
     if (size > 0) {

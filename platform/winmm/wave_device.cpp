@@ -20,7 +20,7 @@ namespace {
 struct Messages {
     UINT DeviceCount, Caps, Open, Close, Prepare, Unprepare, Queue, Reset, Position;
 };
-constexpr Messages kMessages[] = {
+constexpr Messages MessageTable[] = {
     {WODM_GETNUMDEVS, WODM_GETDEVCAPS, WODM_OPEN, WODM_CLOSE, WODM_PREPARE, WODM_UNPREPARE, WODM_WRITE,
      WODM_RESET, WODM_GETPOS},
     {WIDM_GETNUMDEVS, WIDM_GETDEVCAPS, WIDM_OPEN, WIDM_CLOSE, WIDM_PREPARE, WIDM_UNPREPARE, WIDM_ADDBUFFER,
@@ -28,7 +28,7 @@ constexpr Messages kMessages[] = {
 };
 
 const Messages& MessagesOf(WaveDirection direction) {
-    return kMessages[static_cast<int>(direction)];
+    return MessageTable[static_cast<int>(direction)];
 }
 
 struct Device {
@@ -97,9 +97,9 @@ UINT CountDevices(const WaveDriverUse& driver, WaveDirection direction) {
 }
 
 MMRESULT CheckOpenFlags(const WaveOpenRequest& request) {
-    constexpr DWORD kKnown =
+    constexpr DWORD Known =
         CALLBACK_TYPEMASK | WAVE_FORMAT_QUERY | WAVE_ALLOWSYNC | WAVE_MAPPED | WAVE_FORMAT_DIRECT;
-    if (request.Flags & ~kKnown) {
+    if (request.Flags & ~Known) {
         return MMSYSERR_INVALFLAG;
     }
     bool valid = true;

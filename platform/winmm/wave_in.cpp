@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr auto kIn = platform::WaveDirection::In;
+constexpr auto Input = platform::WaveDirection::In;
 
 platform::WaveHandle Value(HWAVEIN handle) {
     return reinterpret_cast<platform::WaveHandle>(handle);
@@ -16,11 +16,11 @@ platform::WaveHandle Value(HWAVEIN handle) {
 }  // namespace
 
 UINT WINAPI waveInGetNumDevs() {
-    return platform::WaveDeviceCount(kIn);
+    return platform::WaveDeviceCount(Input);
 }
 
 MMRESULT WINAPI waveInGetDevCapsW(UINT_PTR device, LPWAVEINCAPSW caps, UINT size) {
-    return platform::GetWaveCaps(kIn, device, caps, sizeof *caps, size);
+    return platform::GetWaveCaps(Input, device, caps, sizeof *caps, size);
 }
 
 MMRESULT WINAPI waveInOpen(LPHWAVEIN handle, UINT device, LPCWAVEFORMATEX format, DWORD_PTR callback,
@@ -29,7 +29,7 @@ MMRESULT WINAPI waveInOpen(LPHWAVEIN handle, UINT device, LPCWAVEFORMATEX format
         return MMSYSERR_INVALPARAM;
     }
     platform::WaveHandle opened = 0;
-    const MMRESULT result = platform::OpenWave(kIn, {device, format, callback, instance, flags}, &opened);
+    const MMRESULT result = platform::OpenWave(Input, {device, format, callback, instance, flags}, &opened);
     if (opened != 0) {
         *handle = reinterpret_cast<HWAVEIN>(opened);
     }
@@ -37,41 +37,41 @@ MMRESULT WINAPI waveInOpen(LPHWAVEIN handle, UINT device, LPCWAVEFORMATEX format
 }
 
 MMRESULT WINAPI waveInClose(HWAVEIN handle) {
-    return platform::CloseWave(kIn, Value(handle));
+    return platform::CloseWave(Input, Value(handle));
 }
 
 MMRESULT WINAPI waveInPrepareHeader(HWAVEIN handle, LPWAVEHDR header, UINT size) {
-    return platform::PrepareWaveHeader(kIn, Value(handle), header, size);
+    return platform::PrepareWaveHeader(Input, Value(handle), header, size);
 }
 
 MMRESULT WINAPI waveInUnprepareHeader(HWAVEIN handle, LPWAVEHDR header, UINT size) {
-    return platform::UnprepareWaveHeader(kIn, Value(handle), header, size);
+    return platform::UnprepareWaveHeader(Input, Value(handle), header, size);
 }
 
 MMRESULT WINAPI waveInAddBuffer(HWAVEIN handle, LPWAVEHDR header, UINT size) {
-    return platform::QueueWaveHeader(kIn, Value(handle), header, size);
+    return platform::QueueWaveHeader(Input, Value(handle), header, size);
 }
 
 MMRESULT WINAPI waveInStart(HWAVEIN handle) {
-    return platform::SendWave(kIn, Value(handle), WIDM_START);
+    return platform::SendWave(Input, Value(handle), WIDM_START);
 }
 
 MMRESULT WINAPI waveInStop(HWAVEIN handle) {
-    return platform::SendWave(kIn, Value(handle), WIDM_STOP);
+    return platform::SendWave(Input, Value(handle), WIDM_STOP);
 }
 
 MMRESULT WINAPI waveInReset(HWAVEIN handle) {
-    return platform::SendWave(kIn, Value(handle), WIDM_RESET);
+    return platform::SendWave(Input, Value(handle), WIDM_RESET);
 }
 
 MMRESULT WINAPI waveInGetPosition(HWAVEIN handle, LPMMTIME time, UINT size) {
-    return platform::GetWavePosition(kIn, Value(handle), time, size);
+    return platform::GetWavePosition(Input, Value(handle), time, size);
 }
 
 MMRESULT WINAPI waveInGetID(HWAVEIN handle, LPUINT device) {
-    return platform::GetWaveId(kIn, Value(handle), device);
+    return platform::GetWaveId(Input, Value(handle), device);
 }
 
 MMRESULT WINAPI waveInMessage(HWAVEIN device, UINT message, DWORD_PTR first, DWORD_PTR second) {
-    return platform::SendWaveOrId(kIn, Value(device), message, first, second);
+    return platform::SendWaveOrId(Input, Value(device), message, first, second);
 }

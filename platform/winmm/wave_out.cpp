@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr auto kOut = platform::WaveDirection::Out;
+constexpr auto Output = platform::WaveDirection::Out;
 
 platform::WaveHandle Value(HWAVEOUT handle) {
     return reinterpret_cast<platform::WaveHandle>(handle);
@@ -16,11 +16,11 @@ platform::WaveHandle Value(HWAVEOUT handle) {
 }  // namespace
 
 UINT WINAPI waveOutGetNumDevs() {
-    return platform::WaveDeviceCount(kOut);
+    return platform::WaveDeviceCount(Output);
 }
 
 MMRESULT WINAPI waveOutGetDevCapsW(UINT_PTR device, LPWAVEOUTCAPSW caps, UINT size) {
-    return platform::GetWaveCaps(kOut, device, caps, sizeof *caps, size);
+    return platform::GetWaveCaps(Output, device, caps, sizeof *caps, size);
 }
 
 MMRESULT WINAPI waveOutOpen(LPHWAVEOUT handle, UINT device, LPCWAVEFORMATEX format, DWORD_PTR callback,
@@ -29,7 +29,7 @@ MMRESULT WINAPI waveOutOpen(LPHWAVEOUT handle, UINT device, LPCWAVEFORMATEX form
         return MMSYSERR_INVALPARAM;
     }
     platform::WaveHandle opened = 0;
-    const MMRESULT result = platform::OpenWave(kOut, {device, format, callback, instance, flags}, &opened);
+    const MMRESULT result = platform::OpenWave(Output, {device, format, callback, instance, flags}, &opened);
     if (opened != 0) {
         *handle = reinterpret_cast<HWAVEOUT>(opened);
     }
@@ -37,39 +37,39 @@ MMRESULT WINAPI waveOutOpen(LPHWAVEOUT handle, UINT device, LPCWAVEFORMATEX form
 }
 
 MMRESULT WINAPI waveOutClose(HWAVEOUT handle) {
-    return platform::CloseWave(kOut, Value(handle));
+    return platform::CloseWave(Output, Value(handle));
 }
 
 MMRESULT WINAPI waveOutPrepareHeader(HWAVEOUT handle, LPWAVEHDR header, UINT size) {
-    return platform::PrepareWaveHeader(kOut, Value(handle), header, size);
+    return platform::PrepareWaveHeader(Output, Value(handle), header, size);
 }
 
 MMRESULT WINAPI waveOutUnprepareHeader(HWAVEOUT handle, LPWAVEHDR header, UINT size) {
-    return platform::UnprepareWaveHeader(kOut, Value(handle), header, size);
+    return platform::UnprepareWaveHeader(Output, Value(handle), header, size);
 }
 
 MMRESULT WINAPI waveOutWrite(HWAVEOUT handle, LPWAVEHDR header, UINT size) {
-    return platform::QueueWaveHeader(kOut, Value(handle), header, size);
+    return platform::QueueWaveHeader(Output, Value(handle), header, size);
 }
 
 MMRESULT WINAPI waveOutPause(HWAVEOUT handle) {
-    return platform::SendWave(kOut, Value(handle), WODM_PAUSE);
+    return platform::SendWave(Output, Value(handle), WODM_PAUSE);
 }
 
 MMRESULT WINAPI waveOutRestart(HWAVEOUT handle) {
-    return platform::SendWave(kOut, Value(handle), WODM_RESTART);
+    return platform::SendWave(Output, Value(handle), WODM_RESTART);
 }
 
 MMRESULT WINAPI waveOutReset(HWAVEOUT handle) {
-    return platform::SendWave(kOut, Value(handle), WODM_RESET);
+    return platform::SendWave(Output, Value(handle), WODM_RESET);
 }
 
 MMRESULT WINAPI waveOutBreakLoop(HWAVEOUT handle) {
-    return platform::SendWave(kOut, Value(handle), WODM_BREAKLOOP);
+    return platform::SendWave(Output, Value(handle), WODM_BREAKLOOP);
 }
 
 MMRESULT WINAPI waveOutGetPosition(HWAVEOUT handle, LPMMTIME time, UINT size) {
-    return platform::GetWavePosition(kOut, Value(handle), time, size);
+    return platform::GetWavePosition(Output, Value(handle), time, size);
 }
 
 // The volume is the device's, so that the system allows a device number here. Whether it means
@@ -78,18 +78,18 @@ MMRESULT WINAPI waveOutGetVolume(HWAVEOUT device, LPDWORD volume) {
     if (!volume) {
         return MMSYSERR_INVALPARAM;
     }
-    return platform::SendWaveOrId(kOut, Value(device), WODM_GETVOLUME, reinterpret_cast<DWORD_PTR>(volume),
+    return platform::SendWaveOrId(Output, Value(device), WODM_GETVOLUME, reinterpret_cast<DWORD_PTR>(volume),
                                   0);
 }
 
 MMRESULT WINAPI waveOutSetVolume(HWAVEOUT device, DWORD volume) {
-    return platform::SendWaveOrId(kOut, Value(device), WODM_SETVOLUME, volume, 0);
+    return platform::SendWaveOrId(Output, Value(device), WODM_SETVOLUME, volume, 0);
 }
 
 MMRESULT WINAPI waveOutGetID(HWAVEOUT handle, LPUINT device) {
-    return platform::GetWaveId(kOut, Value(handle), device);
+    return platform::GetWaveId(Output, Value(handle), device);
 }
 
 MMRESULT WINAPI waveOutMessage(HWAVEOUT device, UINT message, DWORD_PTR first, DWORD_PTR second) {
-    return platform::SendWaveOrId(kOut, Value(device), message, first, second);
+    return platform::SendWaveOrId(Output, Value(device), message, first, second);
 }

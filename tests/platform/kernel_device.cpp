@@ -12,9 +12,9 @@
 
 namespace {
 
-constexpr DWORD kEcho = CTL_CODE(0x8000, 0x801, METHOD_BUFFERED, FILE_ANY_ACCESS);
-constexpr DWORD kStayPending = CTL_CODE(0x8000, 0x802, METHOD_BUFFERED, FILE_ANY_ACCESS);
-constexpr DWORD kCloseMeanwhile = CTL_CODE(0x8000, 0x803, METHOD_BUFFERED, FILE_ANY_ACCESS);
+constexpr DWORD Echo = CTL_CODE(0x8000, 0x801, METHOD_BUFFERED, FILE_ANY_ACCESS);
+constexpr DWORD StayPending = CTL_CODE(0x8000, 0x802, METHOD_BUFFERED, FILE_ANY_ACCESS);
+constexpr DWORD CloseMeanwhile = CTL_CODE(0x8000, 0x803, METHOD_BUFFERED, FILE_ANY_ACCESS);
 
 class EchoDriver : public platform::DeviceDriver {
 public:
@@ -34,16 +34,16 @@ public:
     DWORD Control(void* file, platform::DeviceRequest& request) override {
         EXPECT_EQ(file, this);
         switch (request.Code) {
-        case kEcho:
+        case Echo:
             if (Event != nullptr) {
                 EventWasReset = WaitForSingleObject(Event, 0) == WAIT_TIMEOUT;
             }
             request.BytesReturned = std::min(request.InputLength, request.OutputLength);
             std::memcpy(request.Output, request.Input, request.BytesReturned);
             return ERROR_SUCCESS;
-        case kStayPending:
+        case StayPending:
             return ERROR_IO_PENDING;
-        case kCloseMeanwhile:
+        case CloseMeanwhile:
             EXPECT_TRUE(CloseHandle(Device));
             EXPECT_EQ(Closes, 0) << "closed under a running request";
             return ERROR_SUCCESS;
@@ -92,7 +92,7 @@ protected:
 
 TEST_F(DeviceFile, ReportsSuccessThroughTheOverlappedStructure) {
     SetEvent(driver_.Event);
-    EXPECT_TRUE(Send(kEcho, &overlapped_));
+    EXPECT_TRUE(Send(Echo, &overlapped_));
     EXPECT_TRUE(driver_.EventWasReset) << "before the driver is called";
     EXPECT_EQ(bytes_, 4u);
     EXPECT_EQ(std::string(output_, 4), "requ");
@@ -108,7 +108,7 @@ TEST_F(DeviceFile, FailureAndPendingLeaveTheEventReset) {
     EXPECT_FALSE(EventIsSet());
 
     SetEvent(driver_.Event);
-    EXPECT_FALSE(Send(kStayPending, &overlapped_));
+    EXPECT_FALSE(Send(StayPending, &overlapped_));
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_IO_PENDING));
     EXPECT_EQ(overlapped_.Internal, STATUS_PENDING);
     EXPECT_EQ(bytes_, 0u) << "nothing came back that a caller could take for an answer";
@@ -116,9 +116,9 @@ TEST_F(DeviceFile, FailureAndPendingLeaveTheEventReset) {
 }
 
 TEST_F(DeviceFile, IsClosedOnceAndNotUnderARequest) {
-    EXPECT_TRUE(Send(kCloseMeanwhile, &overlapped_));
+    EXPECT_TRUE(Send(CloseMeanwhile, &overlapped_));
     EXPECT_EQ(driver_.Closes, 1);
-    EXPECT_FALSE(Send(kEcho, &overlapped_));
+    EXPECT_FALSE(Send(Echo, &overlapped_));
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_HANDLE));
     EXPECT_FALSE(CloseHandle(driver_.Device));
     EXPECT_EQ(driver_.Closes, 1);

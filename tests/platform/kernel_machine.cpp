@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr const WCHAR* kName = TEXT("kernel test machine mutex");
+constexpr const WCHAR* Name = TEXT("kernel test machine mutex");
 
 class Machine : public testing::Test {
     const services_test::NamedMachine machine_;
@@ -42,13 +42,13 @@ int CollectProcess(pid_t child) {
 }
 
 int TakeMutex() {
-    const HANDLE mutex = CreateMutexW(nullptr, FALSE, kName);
+    const HANDLE mutex = CreateMutexW(nullptr, FALSE, Name);
     WaitForSingleObject(mutex, INFINITE);
     return WaitForSingleObject(mutex, INFINITE) == WAIT_OBJECT_0 ? 0 : 1;
 }
 
 TEST_F(Machine, MutexOfADeadProcessIsAbandonedOnce) {
-    const HANDLE mutex = CreateMutexW(nullptr, FALSE, kName);
+    const HANDLE mutex = CreateMutexW(nullptr, FALSE, Name);
     for (const bool dies : {false, true}) {
         for (const DWORD limit : {DWORD{0}, DWORD{60000}, DWORD{INFINITE}}) {
             CollectProcess(StartProcess(TakeMutex, dies));
@@ -62,7 +62,7 @@ TEST_F(Machine, MutexOfADeadProcessIsAbandonedOnce) {
 }
 
 TEST_F(Machine, WaitEndsWhenTheOwnersProcessDies) {
-    const HANDLE mutex = CreateMutexW(nullptr, FALSE, kName);
+    const HANDLE mutex = CreateMutexW(nullptr, FALSE, Name);
     int ready[2];
     ASSERT_EQ(pipe(ready), 0);
     const pid_t child = StartProcess([&] {
@@ -84,22 +84,22 @@ TEST_F(Machine, WaitEndsWhenTheOwnersProcessDies) {
 TEST_F(Machine, MutexNameIsGoneWithTheLastLivingProcessThatUsesIt) {
     EXPECT_EQ(CollectProcess(StartProcess([] {
                   TakeMutex();
-                  return CreateMutexW(nullptr, FALSE, kName) != nullptr &&
+                  return CreateMutexW(nullptr, FALSE, Name) != nullptr &&
                          GetLastError() == ERROR_ALREADY_EXISTS;
               })),
               1);
     // The child closed nothing, and held the mutex.
-    const HANDLE mutex = CreateMutexW(nullptr, TRUE, kName);
+    const HANDLE mutex = CreateMutexW(nullptr, TRUE, Name);
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SUCCESS));
     // A child that opens and closes it takes nothing away from this process.
     EXPECT_EQ(CollectProcess(StartProcess([] {
-                  const HANDLE opened = CreateMutexW(nullptr, FALSE, kName);
+                  const HANDLE opened = CreateMutexW(nullptr, FALSE, Name);
                   const bool existed = GetLastError() == ERROR_ALREADY_EXISTS;
                   const bool busy = WaitForSingleObject(opened, 0) == WAIT_TIMEOUT;
                   return existed && busy && !ReleaseMutex(opened) && CloseHandle(opened);
               })),
               1);
-    CreateMutexW(nullptr, FALSE, kName);
+    CreateMutexW(nullptr, FALSE, Name);
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_ALREADY_EXISTS));
     ReleaseMutex(mutex);
 }

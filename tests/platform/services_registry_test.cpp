@@ -9,14 +9,14 @@
 
 namespace {
 
-constexpr LPCWSTR kPath = u"System\\Services\\Card0";
+constexpr LPCWSTR Path = u"System\\Services\\Card0";
 
 class Registry : public testing::Test {
 protected:
     void SetUp() override {
         platform::UseMachine("");
         before_ = platform::CurrentUsage();
-        ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, kPath, &key_), ERROR_SUCCESS);
+        ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, Path, &key_), ERROR_SUCCESS);
     }
     void TearDown() override {
         RegCloseKey(key_);
@@ -45,12 +45,12 @@ TEST_F(Registry, KeysAreATreeWithoutCase) {
     EXPECT_EQ(value, 1u);
     RegCloseKey(other);
 
-    ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, kPath, &other), ERROR_SUCCESS) << "opens what is there";
+    ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, Path, &other), ERROR_SUCCESS) << "opens what is there";
     EXPECT_EQ(QueryWord(other, u"Left24", &value), ERROR_SUCCESS);
     RegCloseKey(other);
 
     EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, u"System\\Card0", 0, KEY_READ, &other), ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(RegOpenKeyExW(HKEY_USERS, kPath, 0, KEY_READ, &other), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(RegOpenKeyExW(HKEY_USERS, Path, 0, KEY_READ, &other), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, u"\\System", 0, KEY_READ, &other), ERROR_BAD_PATHNAME);
 }
 

@@ -9,27 +9,27 @@ namespace {
 
 using window_test::TemplateBytes;
 
-constexpr WORD kButton = 0x80;
-constexpr WORD kEdit = 0x81;
-constexpr WORD kStatic = 0x82;
+constexpr WORD Button = 0x80;
+constexpr WORD Edit = 0x81;
+constexpr WORD Static = 0x82;
 
-constexpr int kName = 10;
-constexpr int kFirst = 20;  // of three radio buttons
-constexpr int kLast = 22;
-constexpr int kCheck = 30;
+constexpr int Name = 10;
+constexpr int First = 20;  // of three radio buttons
+constexpr int Last = 22;
+constexpr int Check = 30;
 
 // A dialog with a labelled edit, a group of radio buttons, a check box, OK and Cancel.
 TemplateBytes SmallDialog() {
-    constexpr DWORD kShown = WS_CHILD | WS_VISIBLE;
+    constexpr DWORD Shown = WS_CHILD | WS_VISIBLE;
     TemplateBytes dialog(WS_POPUP | WS_CAPTION | DS_SETFONT, u"Small", {0, 0, 100, 80});
-    dialog.Add(kStatic, 0, u"&Name", kShown | WS_GROUP, {4, 4, 40, 8});
-    dialog.Add(kEdit, kName, u"text", kShown | WS_TABSTOP | WS_BORDER, {50, 4, 40, 12});
-    dialog.Add(kButton, kFirst, u"&A", kShown | WS_TABSTOP | WS_GROUP | BS_AUTORADIOBUTTON, {4, 20, 40, 8});
-    dialog.Add(kButton, kFirst + 1, u"&B", kShown | BS_AUTORADIOBUTTON | WS_DISABLED, {4, 30, 40, 8});
-    dialog.Add(kButton, kLast, u"&C", kShown | BS_AUTORADIOBUTTON, {4, 40, 40, 8});
-    dialog.Add(kButton, kCheck, u"C&heck", kShown | WS_TABSTOP | WS_GROUP | BS_AUTOCHECKBOX, {4, 50, 40, 8});
-    dialog.Add(kButton, IDOK, u"OK", kShown | WS_TABSTOP | WS_GROUP | BS_DEFPUSHBUTTON, {4, 64, 40, 12});
-    dialog.Add(kButton, IDCANCEL, u"Cancel", kShown | WS_TABSTOP, {50, 64, 40, 12});
+    dialog.Add(Static, 0, u"&Name", Shown | WS_GROUP, {4, 4, 40, 8});
+    dialog.Add(Edit, Name, u"text", Shown | WS_TABSTOP | WS_BORDER, {50, 4, 40, 12});
+    dialog.Add(Button, First, u"&A", Shown | WS_TABSTOP | WS_GROUP | BS_AUTORADIOBUTTON, {4, 20, 40, 8});
+    dialog.Add(Button, First + 1, u"&B", Shown | BS_AUTORADIOBUTTON | WS_DISABLED, {4, 30, 40, 8});
+    dialog.Add(Button, Last, u"&C", Shown | BS_AUTORADIOBUTTON, {4, 40, 40, 8});
+    dialog.Add(Button, Check, u"C&heck", Shown | WS_TABSTOP | WS_GROUP | BS_AUTOCHECKBOX, {4, 50, 40, 8});
+    dialog.Add(Button, IDOK, u"OK", Shown | WS_TABSTOP | WS_GROUP | BS_DEFPUSHBUTTON, {4, 64, 40, 12});
+    dialog.Add(Button, IDCANCEL, u"Cancel", Shown | WS_TABSTOP, {50, 64, 40, 12});
     return dialog;
 }
 
@@ -92,10 +92,10 @@ TEST(Dialogs, MoveTheFocusByKeys) {
     EXPECT_EQ(RunDialog(SmallDialog(), &keys), 100 + IDCANCEL);
     // The disabled radio button is passed over, and the group goes round. In the edit "h" is a letter;
     // everywhere else, and with Alt there too, it is a mnemonic.
-    EXPECT_EQ(keys.FocusAfter, (std::vector<int>{kFirst, kLast, kFirst, kLast, kCheck, kName, kName, kLast,
-                                                 kCheck, IDOK, IDCANCEL, kName, 0}))
+    EXPECT_EQ(keys.FocusAfter, (std::vector<int>{First, Last, First, Last, Check, Name, Name, Last, Check,
+                                                 IDOK, IDCANCEL, Name, 0}))
         << "0: that key ended it";
-    EXPECT_EQ(keys.Commands, (std::vector<WORD>{kLast, kFirst, kLast, kLast, kCheck, IDCANCEL}));
+    EXPECT_EQ(keys.Commands, (std::vector<WORD>{Last, First, Last, Last, Check, IDCANCEL}));
     EXPECT_EQ(platform::CurrentUsage(), before);
 }
 
@@ -145,12 +145,12 @@ TEST(Dialogs, TakeTheirSizesFromTheFont) {
     EXPECT_EQ(client.right, 100 * 6 / 4);
     EXPECT_EQ(client.bottom, 80 * 13 / 8);
     RECT edit;
-    GetWindowRect(GetDlgItem(dialog, kName), &edit);
+    GetWindowRect(GetDlgItem(dialog, Name), &edit);
     MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT*>(&edit), 2);
     EXPECT_EQ(edit.left, 75);
     EXPECT_EQ(edit.top, 7) << "6.5 is rounded up";
     LOGFONTW font;
-    const auto used = reinterpret_cast<HFONT>(SendDlgItemMessageW(dialog, kName, WM_GETFONT, 0, 0));
+    const auto used = reinterpret_cast<HFONT>(SendDlgItemMessageW(dialog, Name, WM_GETFONT, 0, 0));
     EXPECT_NE(GetObjectW(used, sizeof font, &font), 0);
     EXPECT_EQ(font.lfHeight, -11);
     DestroyWindow(dialog);

@@ -48,9 +48,9 @@ TEST(ForeignWindows, AreFoundShownBroughtToTheFrontAndPostedTo) {
 
     ShowWindow(foreign, SW_RESTORE);
     EXPECT_FALSE(IsIconic(foreign));
-    constexpr UINT kStay = SWP_NOMOVE | SWP_NOSIZE | SWP_SHOWWINDOW;
-    EXPECT_TRUE(SetWindowPos(foreign, HWND_TOPMOST, 0, 0, 0, 0, kStay));
-    EXPECT_TRUE(SetWindowPos(foreign, HWND_NOTOPMOST, 0, 0, 0, 0, kStay));
+    constexpr UINT Stay = SWP_NOMOVE | SWP_NOSIZE | SWP_SHOWWINDOW;
+    EXPECT_TRUE(SetWindowPos(foreign, HWND_TOPMOST, 0, 0, 0, 0, Stay));
+    EXPECT_TRUE(SetWindowPos(foreign, HWND_NOTOPMOST, 0, 0, 0, 0, Stay));
     EXPECT_EQ(GetForegroundWindow(), foreign);
     SetForegroundWindow(own);
     EXPECT_EQ(GetForegroundWindow(), own) << "it did not stay topmost";

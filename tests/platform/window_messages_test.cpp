@@ -8,10 +8,10 @@ namespace {
 
 using namespace window_test;
 
-constexpr UINT kAsk = WM_APP + 1;
-constexpr UINT kAskBack = WM_APP + 2;
+constexpr UINT Question = WM_APP + 1;
+constexpr UINT QuestionBack = WM_APP + 2;
 
-// A thread that sends kAsk to a window and keeps the answer.
+// A thread that sends Question to a window and keeps the answer.
 struct Asker {
     HWND Window;
     LRESULT Answer = -1;
@@ -26,8 +26,8 @@ struct Asker {
         auto& self = *static_cast<Asker*>(asker);
         const HWND own =
             CreateWindowExW(0, u"#32770", u"Own", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
-        self.Answer = SendMessageW(self.Window, kAsk, 0, reinterpret_cast<LPARAM>(own));
-        PostMessageW(self.Window, kAskBack, 0, 0);
+        self.Answer = SendMessageW(self.Window, Question, 0, reinterpret_cast<LPARAM>(own));
+        PostMessageW(self.Window, QuestionBack, 0, 0);
         return 0;
     }
 };
@@ -37,7 +37,7 @@ TEST(Messages, SentFromAnotherThreadRunHereAndMayAskBack) {
     const DWORD thread = GetCurrentThreadId();
     DWORD ranOn = 0;
     int depth = 0;
-    recorder.Handlers[kAsk] = [&](HWND, WPARAM, LPARAM sender) -> LRESULT {
+    recorder.Handlers[Question] = [&](HWND, WPARAM, LPARAM sender) -> LRESULT {
         ranOn = GetCurrentThreadId();
         ++depth;
         return 40 + SendMessageW(reinterpret_cast<HWND>(sender), WM_GETTEXTLENGTH, 0, 0);
@@ -46,7 +46,7 @@ TEST(Messages, SentFromAnotherThreadRunHereAndMayAskBack) {
     const Asker asker(window);
     MSG message;
     ASSERT_TRUE(GetMessageW(&message, window, 0, 0));
-    EXPECT_EQ(message.message, kAskBack) << "what is sent is run, not taken";
+    EXPECT_EQ(message.message, QuestionBack) << "what is sent is run, not taken";
     WaitForSingleObject(asker.Thread, INFINITE);
     EXPECT_EQ(asker.Answer, 43);
     EXPECT_EQ(ranOn, thread);

@@ -13,7 +13,7 @@ namespace {
 
 using window_test::TemplateBytes;
 
-constexpr int kApply = 0x3021;
+constexpr int Apply = 0x3021;
 
 // What the pages were told, in words: "callback 2", "create", "PSN -1", each after the page's letter.
 std::vector<std::string> story;
@@ -111,7 +111,7 @@ TEST_F(PropertySheets, MakePagesWhenShownAndApplyThoseThatWere) {
                                        nullptr, nullptr);
     const INT_PTR result = RunSheet(owner, [](HWND sheet, const HWND pages[2]) {
         EXPECT_FALSE(IsWindowEnabled(GetWindow(sheet, GW_OWNER)));
-        const HWND apply = GetDlgItem(sheet, kApply);
+        const HWND apply = GetDlgItem(sheet, Apply);
         EXPECT_FALSE(IsWindowEnabled(apply)) << "a page that fills itself in is not changed";
         EXPECT_EQ(GetFocus(), GetDlgItem(pages[0], 5));
 

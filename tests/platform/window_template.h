@@ -33,13 +33,13 @@ public:
         Append({WORD{0xFFFF}, classNumber});
         Append(text);
         Append({WORD{0}});
-        ++bytes_[kCount];
+        ++bytes_[Count];
     }
 
     LPCDLGTEMPLATEW Get() const { return reinterpret_cast<LPCDLGTEMPLATEW>(bytes_.data()); }
 
 private:
-    static constexpr size_t kCount = 16;  // where the number of controls lies
+    static constexpr size_t Count = 16;  // where the number of controls lies
 
     template <typename Number>
     void Append(std::initializer_list<Number> numbers) {

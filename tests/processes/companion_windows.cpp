@@ -8,6 +8,7 @@
 
 #include "simulator/attach.h"
 #include "tests/processes/companion.h"
+#include "tests/support/system.h"
 
 namespace {
 
@@ -144,5 +145,7 @@ int main(int count, char** arguments) {
     if (count == 2 && std::string_view(arguments[1]).starts_with(Argument)) {
         StartedAnew::Play(arguments[1] + std::strlen(Argument));
     }
-    return RUN_ALL_TESTS();
+    const int status = RUN_ALL_TESTS();
+    test_system::FreshMachine();  // the registry outlasts this program
+    return status;
 }

@@ -193,35 +193,4 @@ TEST_F(StreamFailureTest, TheCardVanishes) {
     Cards().SetPresent(0, true);
 }
 
-// Thousands of completions in one wake-up of the service thread, which is busy in a callback while the
-// kernel gives everything back; with and without memory for their collection.
-TEST_F(StreamFailureTest, ManyCompletionsComeAtOnce) {
-    WaveFormat format = format_;
-    format.Basic().nAvgBytesPerSec = 0x7FFFFFFF;  // as many in flight as there are
-    for (const unsigned failing : {0u, 1u, 2u}) {
-        SCOPED_TRACE(failing);
-        ASSERT_EQ(player_.Open(AnalogOut, format), MMSYSERR_NOERROR);
-        player_.OnDone([&](WAVEHDR& header) {
-            if (header.dwUser != 0) {
-                return;
-            }
-            EXPECT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
-            if (failing != 0) {
-                test_system::FailCall("HeapAlloc", failing);
-            }
-        });
-        EXPECT_EQ(waveOutPause(player_.Handle()), MMSYSERR_NOERROR);
-        for (int i = 0; i < 5000; ++i) {
-            ASSERT_EQ(player_.Write(Pattern(40)), MMSYSERR_NOERROR);
-        }
-        EXPECT_EQ(Output().BuffersInFlight, 5000u);
-        EXPECT_EQ(waveOutRestart(player_.Handle()), MMSYSERR_NOERROR);
-        Cards().Advance(Second);
-        EXPECT_EQ(player_.DoneCount(), 5000u);
-        test_system::ClearCallFailures();
-        player_.OnDone(nullptr);
-        ExpectAllBackAtClose();
-    }
-}
-
 }  // namespace
