@@ -95,7 +95,10 @@ public:
     size_t HeaderCount() const { return buffers_.size(); }
 
     // Called from inside every WOM_DONE or WIM_DATA, on the driver's thread.
-    void OnDone(std::function<void(WAVEHDR&)> action) { onDone_ = std::move(action); }
+    void OnDone(std::function<void(WAVEHDR&)> action) {
+        std::lock_guard lock(mutex_);
+        onDone_ = std::move(action);
+    }
 
     unsigned DoneCount(size_t index) {  // messages for that header
         std::lock_guard lock(mutex_);
@@ -177,6 +180,7 @@ private:
     }
 
     void Receive(UINT message, WAVEHDR* header) {
+        std::function<void(WAVEHDR&)> action;
         {
             std::lock_guard lock(mutex_);
             messages_.push_back(message);
@@ -189,9 +193,10 @@ private:
             const BYTE* data = reinterpret_cast<const BYTE*>(header->lpData);
             recorded_.insert(recorded_.end(), data,
                              data + std::min(header->dwBytesRecorded, header->dwBufferLength));
+            action = onDone_;
         }
-        if (onDone_) {
-            onDone_(*header);
+        if (action) {
+            action(*header);
         }
     }
 
