@@ -99,15 +99,15 @@ ThreadObject::ThreadObject(bool counted)
 
 void ThreadObject::End() {
     AbandonHeldMutexes(HeldMutexes);
+    // Counted out before it is quiet or seen to have ended.
+    if (counted_) {
+        runningThreads.fetch_sub(1);
+    }
     {
         const std::lock_guard guard(callLock_);
         ended_ = true;
         calls_.clear();
         BecomeQuietLocked();
-    }
-    // Counted out before it is seen to have ended.
-    if (counted_) {
-        runningThreads.fetch_sub(1);
     }
     Signal();
 }
