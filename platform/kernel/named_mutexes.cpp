@@ -26,14 +26,14 @@ struct NamedMutex {
     bool HasName(std::u16string_view name) const { return std::u16string_view(Name, NameLength) == name; }
 };
 
-struct NamedMaximumMutexes {
+struct NamedMutexTable {
     SharedMutex Lock;  // guards everything but the mutexes' locks
     NamedMutex Mutexes[MaximumMutexes];
 
     void Initialize() { Lock.Initialize(); }
 };
 
-constinit const MachineRegion<NamedMaximumMutexes> table("named-mutexes");
+constinit const MachineRegion<NamedMutexTable> table("named-mutexes");
 
 bool IsSame(const ProcessIdentity& one, const ProcessIdentity& other) {
     return one.Id == other.Id && one.StartTime == other.StartTime;

@@ -57,7 +57,7 @@ public:
     LONG ValueName(KeyReference key, DWORD index, std::u16string* name);
 
 private:
-    static constexpr uint32_t NoLink = 0;  // as a link; index 0 is a root and never linked to
+    static constexpr uint32_t NoLink = 0;  // index 0 is a root and never linked to
 
     struct StoredName {
         WCHAR Text[MaxNameLength];

@@ -12,7 +12,7 @@ namespace {
 // Never destroyed: modules give back what they hold when the process ends.
 struct Notes {
     host::Lock Lock;
-    std::array<std::set<const void*>, 6> Taken;
+    std::array<std::set<const void*>, windows::ResourceKinds> Taken;
 };
 
 Notes& All() {

@@ -10,6 +10,7 @@
 namespace simulator::windows {
 
 enum class Resource { Handle, RegistryKey, EventSource, GlobalBlock, HeapBlock, UserObject };
+inline constexpr size_t ResourceKinds = 6;
 
 // No note is made of nothing, which is what a call takes that fails.
 void NoteTaken(Resource kind, const void* what);

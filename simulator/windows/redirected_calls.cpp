@@ -166,6 +166,11 @@ std::vector<windows::Redirection> AllRedirections() {
     return all;
 }
 
+std::vector<windows::Redirection>& Redirections() {
+    static std::vector<windows::Redirection> all = AllRedirections();
+    return all;
+}
+
 }  // namespace
 
 void host::InstallTimer(Timer* timer) {
@@ -178,11 +183,6 @@ DWORD TimerMilliseconds() {
 }
 
 namespace windows {
-
-std::vector<Redirection>& Redirections() {
-    static std::vector<Redirection> all = AllRedirections();
-    return all;
-}
 
 std::span<const Redirection> RedirectedCalls() {
     return Redirections();

@@ -23,7 +23,8 @@ struct Notebook {
     int Answer = IDOK;
     std::vector<MessageBoxShown> Boxes;
     std::vector<LoggedEvent> Events;
-    std::map<HANDLE, std::u16string> Sources;
+    std::map<HANDLE, std::u16string> Sources;  // all that were ever opened
+    size_t OpenSources = 0;
     std::vector<HelpRequest> Help;
 };
 Notebook notebook;
@@ -49,6 +50,7 @@ HANDLE WINAPI OpenSource(LPCWSTR, LPCWSTR name) {
     const std::lock_guard guard(notebook.Lock);
     const auto handle = reinterpret_cast<HANDLE>(notebook.Sources.size() + 1);
     notebook.Sources[handle] = TextOf(name);
+    ++notebook.OpenSources;
     return handle;
 }
 
@@ -63,6 +65,8 @@ BOOL WINAPI Report(HANDLE source, WORD type, WORD, DWORD id, PSID, WORD, DWORD, 
 }
 
 BOOL WINAPI CloseSource(HANDLE) {
+    const std::lock_guard guard(notebook.Lock);
+    --notebook.OpenSources;
     return TRUE;
 }
 
@@ -131,8 +135,9 @@ HMODULE LoadDriver() {
 
 std::string Usage() {
     const simulator::Holdings held = simulator::CurrentHoldings();
+    const std::lock_guard guard(notebook.Lock);
     std::ostringstream text;
-    text << held.Handles << " handles, " << held.RegistryKeys << " registry keys, " << held.EventSources
+    text << held.Handles << " handles, " << held.RegistryKeys << " registry keys, " << notebook.OpenSources
          << " event sources, " << held.GlobalBlocks << " global blocks, " << held.HeapBlocks
          << " heap blocks, " << held.UserObjects << " menus and pictures";
     return text.str();
