@@ -2,10 +2,11 @@
 #include <mmsystem.h>
 #include <mmddk.h>
 
-#include "card/registers.h"
+#include <type_traits>
+
 #include "entry/device_capabilities.h"
+#include "stream/stream_messages.h"
 #include "stream/stream_open.h"
-#include "stream/stream_position.h"
 #include "wavein/wave_input.h"
 #include "waveout/wave_output.h"
 
@@ -25,59 +26,57 @@ struct MessageRow {
     Handler Handle;
 };
 
+// A message carries its parameters as integers; a handler takes none, one or both of them as what they are.
+template <typename Type>
+Type Parameter(DWORD_PTR param) {
+    if constexpr (std::is_pointer_v<Type>) {
+        return reinterpret_cast<Type>(param);
+    } else {
+        return static_cast<Type>(param);
+    }
+}
+
+MMRESULT Call(MMRESULT (*handler)(StreamInstance*), StreamInstance* stream, DWORD_PTR, DWORD_PTR) {
+    return handler(stream);
+}
+
+template <typename First>
+MMRESULT Call(MMRESULT (*handler)(StreamInstance*, First), StreamInstance* stream, DWORD_PTR param1,
+              DWORD_PTR) {
+    return handler(stream, Parameter<First>(param1));
+}
+
+template <typename First, typename Second>
+MMRESULT Call(MMRESULT (*handler)(StreamInstance*, First, Second), StreamInstance* stream, DWORD_PTR param1,
+              DWORD_PTR param2) {
+    return handler(stream, Parameter<First>(param1), Parameter<Second>(param2));
+}
+
 template <auto Function>
-MMRESULT Plain(StreamInstance* stream, DWORD_PTR, DWORD_PTR) {
-    return Function(stream);
-}
-
-MMRESULT Write(StreamInstance* stream, DWORD_PTR header, DWORD_PTR size) {
-    return WriteOutput(stream, reinterpret_cast<WAVEHDR*>(header), static_cast<DWORD>(size));
-}
-
-MMRESULT Position(StreamInstance* stream, DWORD_PTR time, DWORD_PTR size) {
-    return GetStreamPosition(stream, reinterpret_cast<MMTIME*>(time), static_cast<DWORD>(size));
-}
-
-MMRESULT GetVolume(StreamInstance* stream, DWORD_PTR volume, DWORD_PTR) {
-    return GetOutputVolume(stream, reinterpret_cast<DWORD*>(volume));
-}
-
-MMRESULT SetVolume(StreamInstance* stream, DWORD_PTR volume, DWORD_PTR) {
-    return SetOutputVolume(stream, static_cast<DWORD>(volume));
-}
-
-// From now on the card's own 32-bit slots pass through unconverted.
-MMRESULT SetDirectMode(StreamInstance* stream) {
-    stream->DirectMode = 1;
-    stream->SampleFormat = SlotLeft;
-    WritePort(stream->Device, port_register::Control, SlotLeft << PortFormatShift, PortFormatMask);
-    return MMSYSERR_NOERROR;
+MMRESULT To(StreamInstance* stream, DWORD_PTR param1, DWORD_PTR param2) {
+    return Call(Function, stream, param1, param2);
 }
 
 constexpr MessageRow OutputMessages[] = {
-    {WODM_CLOSE, Plain<CloseStream>},
-    {WODM_WRITE, Write},
-    {WODM_PAUSE, Plain<PauseOutput>},
-    {WODM_RESTART, Plain<RestartOutput>},
-    {WODM_RESET, Plain<ResetOutput>},
-    {WODM_GETPOS, Position},
-    {WODM_GETVOLUME, GetVolume},
-    {WODM_SETVOLUME, SetVolume},
-    {WODM_BREAKLOOP, Plain<BreakOutputLoop>},
-    {SavePciMessage, Plain<SavePciConfiguration>},
-    {RestorePciMessage, Plain<RestorePciConfiguration>},
-    {DirectModeMessage, Plain<SetDirectMode>},
+    {WODM_CLOSE, To<CloseStream>},
+    {WODM_WRITE, To<WriteOutput>},
+    {WODM_PAUSE, To<PauseOutput>},
+    {WODM_RESTART, To<RestartOutput>},
+    {WODM_RESET, To<ResetOutput>},
+    {WODM_GETPOS, To<GetStreamPosition>},
+    {WODM_GETVOLUME, To<GetOutputVolume>},
+    {WODM_SETVOLUME, To<SetOutputVolume>},
+    {WODM_BREAKLOOP, To<BreakOutputLoop>},
+    {SavePciMessage, To<SavePciConfiguration>},
+    {RestorePciMessage, To<RestorePciConfiguration>},
+    {DirectModeMessage, To<SetDirectMode>},
 };
 
-MMRESULT AddBuffer(StreamInstance* stream, DWORD_PTR header, DWORD_PTR size) {
-    return AddInputBuffer(stream, reinterpret_cast<WAVEHDR*>(header), static_cast<DWORD>(size));
-}
-
 constexpr MessageRow InputMessages[] = {
-    {WIDM_CLOSE, Plain<CloseStream>},          {WIDM_ADDBUFFER, AddBuffer},
-    {WIDM_START, Plain<StartInput>},           {WIDM_STOP, Plain<StopInput>},
-    {WIDM_RESET, Plain<ResetInput>},           {WIDM_GETPOS, Position},
-    {DirectModeMessage, Plain<SetDirectMode>},
+    {WIDM_CLOSE, To<CloseStream>},          {WIDM_ADDBUFFER, To<AddInputBuffer>},
+    {WIDM_START, To<StartInput>},           {WIDM_STOP, To<StopInput>},
+    {WIDM_RESET, To<ResetInput>},           {WIDM_GETPOS, To<GetStreamPosition>},
+    {DirectModeMessage, To<SetDirectMode>},
 };
 
 template <unsigned Count>

@@ -45,9 +45,10 @@ struct Direction {
     void (*Suspend)(StreamInstance* stream);
     // Starts the port, as the client's message does.
     MMRESULT (*Start)(StreamInstance* stream);
-    // The next header to hand to the card, taken off the queue; null when there is none. DriverMutex held.
-    WAVEHDR* (*TakePendingHeader)(StreamInstance* stream);
-    // A buffer is done, and its header is known to be the stream's own. DriverMutex held.
+    // The next header to hand over, taken off the queue; null when there is none. DriverMutex held.
+    WAVEHDR* (*TakeNext)(StreamInstance* stream);
+    // The header, in flight and the stream's own, is complete: accounts for it, returns it when no further
+    // completion is to come, and hands more over. DriverMutex held.
     void (*OnBufferDone)(StreamInstance* stream, WAVEHDR* header);
 };
 

@@ -4,8 +4,8 @@
 
 #include "card/heap.h"
 #include "card/requests.h"
-#include "stream/buffer_transport.h"
 #include "stream/driver_mutex.h"
+#include "stream/header_return.h"
 #include "stream/shadow_buffer.h"
 
 namespace kestvox {
@@ -30,13 +30,13 @@ bool StopRequested(const StreamInstance* stream) {
 }
 
 // DriverMutex held.
-void Complete(StreamInstance* stream, WAVEHDR* header) {
+void CompleteHeader(StreamInstance* stream, WAVEHDR* header) {
     HeldHeader* held = stream->Held.FindInFlight(header);
     if (held == nullptr || stream->IsOpen == 0) {
         return;
     }
     if (IsBadReadPtr(header, sizeof *header)) {
-        CountDone(stream, held);
+        CountCompleted(stream, held);
         if (held->InFlight == 0) {
             stream->Held.Forget(held);
             ReleaseShadowBuffer(stream, header);
@@ -48,11 +48,11 @@ void Complete(StreamInstance* stream, WAVEHDR* header) {
 
 // A thread that is being stopped does not wait for a mutex that its stopper may hold: what it leaves is
 // returned by the close.
-void Dispatch(StreamInstance* stream, WAVEHDR* header) {
+void DispatchOne(StreamInstance* stream, WAVEHDR* header) {
     for (;;) {
         DriverLock lock(MutexPatience);
         if (!lock.TimedOut()) {
-            Complete(stream, header);
+            CompleteHeader(stream, header);
             return;
         }
         if (StopRequested(stream)) {
@@ -64,7 +64,7 @@ void Dispatch(StreamInstance* stream, WAVEHDR* header) {
 void DispatchCollected(StreamInstance* stream) {
     // A client that waits alertably inside its callback lets more come in meanwhile.
     while (stream->CompletionsDispatched < stream->CompletionCount) {
-        Dispatch(stream, stream->Completions[stream->CompletionsDispatched++]);
+        DispatchOne(stream, stream->Completions[stream->CompletionsDispatched++]);
     }
     stream->CompletionsDispatched = 0;
     stream->CompletionCount = 0;
@@ -257,7 +257,7 @@ void CompleteRefusedHeader(StreamInstance* stream, WAVEHDR* header) {
         return;
     }
     DriverLock lock;
-    Complete(stream, header);
+    CompleteHeader(stream, header);
 }
 
 }  // namespace kestvox

@@ -23,8 +23,8 @@ BOOL StartServiceThread(StreamInstance* stream);
 // the thread then lets go of the stream by itself, and the device must be left to it.
 BOOL StopServiceThread(StreamInstance* stream);
 
-// Completes a header that the kernel did not take as if it had been done: on the service thread or, when
-// that does not run, at once.
+// Completes a header that the kernel has refused like one that the card has finished with: on the service
+// thread or, when that does not run, at once.
 void CompleteRefusedHeader(StreamInstance* stream, WAVEHDR* header);
 
 }  // namespace kestvox

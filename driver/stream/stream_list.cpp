@@ -1,7 +1,7 @@
 #include "stream/stream_list.h"
 
 #include "card/card_table.h"
-#include "stream/buffer_transport.h"
+#include "stream/header_queue.h"
 #include "stream/stream_open.h"
 
 namespace kestvox {

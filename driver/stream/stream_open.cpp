@@ -2,10 +2,8 @@
 
 #include "card/card_table.h"
 #include "eventlog/driver_event.h"
-#include "stream/buffer_transport.h"
-#include "stream/clock_master.h"
-#include "stream/notify_client.h"
-#include "stream/open_counts.h"
+#include "stream/clock_group.h"
+#include "stream/header_return.h"
 #include "stream/service_thread.h"
 #include "stream/stream_list.h"
 #include "stream/synchronized_start.h"

@@ -1,7 +1,7 @@
 #include "stream/synchronized_start.h"
 
 #include "card/registers.h"
-#include "stream/open_counts.h"
+#include "stream/clock_group.h"
 
 namespace kestvox {
 

@@ -1,13 +1,7 @@
-#include <cstring>
-
-#include "card/requests.h"
-#include "convert/capture.h"
-#include "stream/buffer_transport.h"
-#include "stream/client_header.h"
-#include "stream/driver_mutex.h"
+#include "stream/header_queue.h"
 #include "stream/shadow_buffer.h"
 #include "stream/wave_format.h"
-#include "wavein/input_steps.h"
+#include "wavein/input_parts.h"
 #include "wavein/wave_input.h"
 
 namespace kestvox {
@@ -15,7 +9,6 @@ namespace kestvox {
 namespace {
 
 constexpr DWORD WholeWordMask = ~static_cast<DWORD>(3);
-constexpr DWORD SlotSize = 4;
 
 // The shadow buffer that a client buffer needs, in bytes; 0: the card writes into the client's memory.
 // MMSYSERR_INVALPARAM: the client's buffer does not suit the conversion.
@@ -40,8 +33,7 @@ MMRESULT ShadowSize(const StreamInstance* stream, const WAVEHDR* header, DWORD* 
     return MMSYSERR_NOERROR;
 }
 
-MMRESULT PrepareAddedHeader(StreamInstance* stream, WAVEHDR* header) {
-    header->dwBytesRecorded = 0;
+MMRESULT AcquireCardBuffer(StreamInstance* stream, WAVEHDR* header) {
     DWORD size = 0;
     const MMRESULT result = ShadowSize(stream, header, &size);
     if (result == MMSYSERR_NOERROR && size != 0 && AcquireShadowBuffer(stream, header, size) == nullptr) {
@@ -50,95 +42,24 @@ MMRESULT PrepareAddedHeader(StreamInstance* stream, WAVEHDR* header) {
     return result;
 }
 
-// Until a reset has latched the position, its buffers count like any other's.
-bool IsFromBeforeReset(const StreamInstance* stream, const HeldHeader& held) {
-    return held.Resets < stream->CarriedResets;
-}
-
-// How many bytes of the client's layout this buffer holds: its share of what was recorded and not yet
-// given back, of earlier runs first. A buffer that the kernel refused has none, nor has one that a reset
-// took back empty. DriverMutex held.
-DWORD RecordedBytes(StreamInstance* stream, const HeldHeader& held) {
-    if (held.Refused) {
-        return 0;
-    }
-    const DWORD room = stream->Conversion == Packed24 ? held.Bytes : held.Bytes & WholeWordMask;
-    if (stream->CarriedBytes != 0 || IsFromBeforeReset(stream, held)) {
-        const DWORD count = room < stream->CarriedBytes ? room : stream->CarriedBytes;
-        stream->CarriedBytes -= count;
-        return count;
-    }
-    const DWORD frames = stream->PositionLatched ? stream->StopPosition : GetPosition(stream->Device);
-    // The card has given the buffer back: when it does not tell how far it is, the buffer counts as full.
-    const DWORD available = frames == NoPosition ? room : UndeliveredBytes(stream, frames);
-    const DWORD count = room < available ? room : available;
-    stream->BytesDelivered += count;
-    return count;
-}
-
-void Dither(StreamInstance* stream, WAVEHDR* header, const void* source, DWORD samples, DitherState& state) {
-    const DWORD type = stream->Card->Settings.DitherADC;
-    const auto* slots = static_cast<const int32_t*>(source);
-    if (stream->SampleFormat == Sample8) {
-        DitherCapture8(reinterpret_cast<uint8_t*>(header->lpData), slots, samples, type, stream->Channels,
-                       state);
-    } else {
-        DitherCapture16(reinterpret_cast<int16_t*>(header->lpData), slots, samples, type, stream->Channels,
-                        state);
-    }
-}
-
-// Brings `count` recorded bytes from the shadow buffer into the client's memory; how many are there then.
-DWORD FillClientBuffer(StreamInstance* stream, WAVEHDR* header, DWORD count, DitherState& state) {
-    const ShadowBuffer* shadow = LookupShadowBuffer(stream, header);
-    if (shadow == nullptr) {
-        return stream->Conversion == NoConversion ? count : 0;  // the card has written it there itself
-    }
-    if (stream->Conversion == NoConversion) {
-        if (count > shadow->Size) {
-            return 0;
-        }
-        memcpy(header->lpData, shadow->Data, count);
-        return count;
-    }
-    const DWORD sampleSize = ClientSampleSize(stream->SampleFormat, stream->Conversion);
-    const DWORD slots = shadow->Size / SlotSize;
-    const DWORD samples = count / sampleSize < slots ? count / sampleSize : slots;
-    if (stream->Conversion == Packed24) {
-        PackCapture24(reinterpret_cast<uint8_t*>(header->lpData), static_cast<const uint32_t*>(shadow->Data),
-                      samples);
-    } else {
-        Dither(stream, header, shadow->Data, samples, state);
-    }
-    return count;
-}
-
 }  // namespace
 
-DWORD UndeliveredBytes(const StreamInstance* stream, DWORD frames) {
-    const LONG difference = static_cast<LONG>(BytesOfFrames(stream, frames) - stream->BytesDelivered);
-    return difference > 0 ? static_cast<DWORD>(difference) : 0;
-}
-
 MMRESULT AddInputBuffer(StreamInstance* stream, WAVEHDR* header, DWORD size) {
-    const MMRESULT result = AcceptClientHeader(stream, header, size, PrepareAddedHeader);
+    MMRESULT result = AcceptHeader(stream, header, size);
+    if (result != MMSYSERR_NOERROR) {
+        return result;
+    }
+    header->dwBytesRecorded = 0;
+    result = AcquireCardBuffer(stream, header);
+    if (result != MMSYSERR_NOERROR) {
+        return result;
+    }
+    result = QueueHeader(stream, header);
     if (result != MMSYSERR_NOERROR) {
         return result;
     }
     HandOver(stream, TransferRule::WhileRunning, HandOverLimit::One);
     return MMSYSERR_NOERROR;
-}
-
-void CaptureBufferDone(StreamInstance* stream, WAVEHDR* header) {
-    HeldHeader* held = stream->Held.FindInFlight(header);
-    DitherState& state = IsFromBeforeReset(stream, *held) ? stream->CarriedDither : stream->Dither;
-    const DWORD count = RecordedBytes(stream, *held);
-    header->dwBytesRecorded = FillClientBuffer(stream, header, count, state);
-    CountDone(stream, held);
-    ReturnHeader(stream, header);
-    if (stream->IsOpen != 0 && stream->Resetting == 0) {
-        HandOver(stream, TransferRule::Always);
-    }
 }
 
 }  // namespace kestvox

@@ -1,11 +1,11 @@
 #include "card/requests.h"
-#include "stream/buffer_transport.h"
 #include "stream/driver_mutex.h"
+#include "stream/header_queue.h"
+#include "stream/header_return.h"
 #include "stream/shadow_buffer.h"
-#include "stream/stream_reset.h"
 #include "stream/synchronized_start.h"
 #include "stream/wave_format.h"
-#include "wavein/input_steps.h"
+#include "wavein/input_parts.h"
 #include "wavein/wave_input.h"
 
 namespace kestvox {

@@ -1,17 +1,10 @@
-#include <windows.h>
-#include <mmsystem.h>
-#include <mmddk.h>
-
 #include "card/channel_status.h"
 #include "card/delay.h"
 #include "card/rate_measurement.h"
 #include "card/registers.h"
 #include "clock/sample_clock.h"
 #include "eventlog/driver_event.h"
-#include "stream/buffer_transport.h"
-#include "stream/wave_format.h"
-#include "wavein/input_steps.h"
-#include "wavein/wave_input.h"
+#include "wavein/input_parts.h"
 
 namespace kestvox {
 
@@ -66,35 +59,7 @@ void SilenceGains(StreamInstance* stream) {
     }
 }
 
-void NoMoreFields(StreamInstance*) {}
-
 }  // namespace
-
-const Direction InputDirection = {
-    .FirstChannel = InputChannel,
-    .HoldBit = InputHold,
-    .OpenMessage = WIM_OPEN,
-    .CloseMessage = WIM_CLOSE,
-    .DoneMessage = WIM_DATA,
-    .WholeWords = true,
-    .OpenCount = &CardRecord::OpenInputs,
-    .RunningCount = &CardRecord::RunningInputs,
-    .OtherOpenCount = &CardRecord::OpenOutputs,
-    .OtherRunningCount = &CardRecord::RunningOutputs,
-    .PortOpen = &CardRecord::InputOpen,
-    .PortRunning = &CardRecord::InputRunning,
-    .PortPaused = nullptr,
-    .PortResumePending = &CardRecord::InputResumePending,
-    .AcceptFormat = AcceptInputFormat,
-    .InitializeFields = NoMoreFields,
-    .Prepare = PrepareInput,
-    .CleanUp = CleanUpInput,
-    .Reset = ResetInput,
-    .Suspend = SuspendInput,
-    .Start = StartInput,
-    .TakePendingHeader = TakePendingHeader,
-    .OnBufferDone = CaptureBufferDone,
-};
 
 MMRESULT PrepareInput(StreamInstance* stream, bool ignoreClockError) {
     const MMRESULT result = ProgramSampleClock(stream, ignoreClockError);

@@ -1,15 +1,19 @@
+#include "card/registers.h"
 #include "card/requests.h"
-#include "stream/buffer_transport.h"
 #include "stream/driver_mutex.h"
+#include "stream/header_queue.h"
+#include "stream/header_return.h"
 #include "stream/shadow_buffer.h"
-#include "stream/stream_reset.h"
 #include "stream/synchronized_start.h"
-#include "waveout/output_steps.h"
+#include "waveout/output_parts.h"
 #include "waveout/wave_output.h"
 
 namespace kestvox {
 
 namespace {
+
+constexpr DWORD FullGain = 128;
+constexpr DWORD FullVolume = 65535;
 
 class ControlGuard {
 public:
@@ -123,6 +127,25 @@ void SuspendOutput(StreamInstance* stream) {
     }
     GiveUpChannel(stream);
     stream->ClockMaster->RunningOutputs = 0;
+}
+
+void InitializeOutputFields(StreamInstance* stream) {
+    stream->Volume = WorkingGain(*stream->Card, OwnPlaybackGain(stream->Port)) * FullVolume / FullGain;
+}
+
+MMRESULT GetOutputVolume(StreamInstance* stream, DWORD* volume) {
+    if (volume == nullptr) {
+        return MMSYSERR_INVALPARAM;
+    }
+    *volume = stream->Volume;
+    return MMSYSERR_NOERROR;
+}
+
+MMRESULT SetOutputVolume(StreamInstance* stream, DWORD volume) {
+    const DWORD left = LOWORD(volume);
+    stream->Volume = left;
+    SetMixerGain(stream->Device, OwnPlaybackGain(stream->Port), left * FullGain / FullVolume);
+    return MMSYSERR_NOERROR;
 }
 
 }  // namespace kestvox

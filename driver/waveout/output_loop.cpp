@@ -1,6 +1,7 @@
-#include "stream/buffer_transport.h"
 #include "stream/driver_mutex.h"
-#include "waveout/output_steps.h"
+#include "stream/header_queue.h"
+#include "stream/header_return.h"
+#include "waveout/output_parts.h"
 #include "waveout/wave_output.h"
 
 namespace kestvox {
@@ -52,7 +53,7 @@ void StampLoop(StreamInstance* stream, WAVEHDR* header) {
     }
 }
 
-WAVEHDR* TakePendingOutput(StreamInstance* stream) {
+WAVEHDR* TakeNextOutput(StreamInstance* stream) {
     WAVEHDR* header = TakePendingHeader(stream);
     if (header == nullptr) {
         return nullptr;

@@ -1,10 +1,9 @@
 #include <cstring>
 
 #include "convert/expand.h"
-#include "stream/buffer_transport.h"
-#include "stream/client_header.h"
+#include "stream/header_queue.h"
 #include "stream/shadow_buffer.h"
-#include "waveout/output_steps.h"
+#include "waveout/output_parts.h"
 #include "waveout/wave_output.h"
 
 namespace kestvox {
@@ -62,15 +61,19 @@ MMRESULT FillCardBuffer(StreamInstance* stream, WAVEHDR* header) {
     return MMSYSERR_NOERROR;
 }
 
-MMRESULT PrepareWrittenHeader(StreamInstance* stream, WAVEHDR* header) {
-    StampLoop(stream, header);
-    return FillCardBuffer(stream, header);
-}
-
 }  // namespace
 
 MMRESULT WriteOutput(StreamInstance* stream, WAVEHDR* header, DWORD size) {
-    const MMRESULT result = AcceptClientHeader(stream, header, size, PrepareWrittenHeader);
+    MMRESULT result = AcceptHeader(stream, header, size);
+    if (result != MMSYSERR_NOERROR) {
+        return result;
+    }
+    StampLoop(stream, header);
+    result = FillCardBuffer(stream, header);
+    if (result != MMSYSERR_NOERROR) {
+        return result;
+    }
+    result = QueueHeader(stream, header);
     if (result != MMSYSERR_NOERROR) {
         return result;
     }
@@ -79,24 +82,6 @@ MMRESULT WriteOutput(StreamInstance* stream, WAVEHDR* header, DWORD size) {
         RestartOutput(stream);
     }
     return MMSYSERR_NOERROR;
-}
-
-// A header that has no completion to come goes back to the client; then the card is kept fed.
-void OutputBufferDone(StreamInstance* stream, WAVEHDR* header) {
-    HeldHeader* held = stream->Held.FindInFlight(header);
-    if (header->dwLoops != 0) {
-        --header->dwLoops;
-    }
-    CountDone(stream, held);
-    if (header->dwLoops == 0 && held->InFlight == 0) {
-        ReturnHeader(stream, header);
-        if (stream->IsOpen == 0) {
-            return;  // the client closed from inside its callback
-        }
-    }
-    if (stream->Resetting == 0) {
-        HandOver(stream, TransferRule::Always);
-    }
 }
 
 }  // namespace kestvox

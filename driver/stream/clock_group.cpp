@@ -1,7 +1,6 @@
-#include "stream/open_counts.h"
+#include "stream/clock_group.h"
 
 #include "card/card_table.h"
-#include "stream/clock_master.h"
 #include "stream/driver_mutex.h"
 #include "stream/stream_list.h"
 
@@ -10,6 +9,11 @@ namespace kestvox {
 namespace {
 
 constexpr const Direction* BothDirections[] = {&InputDirection, &OutputDirection};
+
+void SetClockSource(CardRecord& card, ClockSourceCode source) {
+    card.Settings.ClockSource = source;
+    card.WorkingClockSource = source;
+}
 
 void CountDown(SharedCount& count) {
     if (count > 0) {
@@ -52,6 +56,23 @@ bool ForgetIfDead(CardRecord& card, const Direction& direction, DWORD port, Card
 }
 
 }  // namespace
+
+CardRecord& ClockMasterOf(CardRecord& card) {
+    CardRecord* master = FindCard(FindCardByRegistryPath(card.Settings.Master));
+    const bool leads = master != nullptr && master->EnableCount != 0 &&
+                       FindCardByRegistryPath(master->Settings.Master) == NoCard;
+    return leads ? *master : card;
+}
+
+CardRecord& ResolveClockMaster(CardRecord& card) {
+    CardRecord& master = ClockMasterOf(card);
+    if (&master != &card) {
+        SetClockSource(card, LinkClock);
+    } else if (card.Settings.ClockSource == LinkClock) {
+        SetClockSource(card, AutomaticClock);
+    }
+    return master;
+}
 
 void CountOpen(StreamInstance* stream) {
     const Direction& direction = *stream->Direction;

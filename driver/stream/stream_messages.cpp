@@ -1,5 +1,6 @@
-#include "stream/stream_position.h"
+#include "stream/stream_messages.h"
 
+#include "card/registers.h"
 #include "card/requests.h"
 #include "stream/wave_format.h"
 
@@ -19,6 +20,13 @@ MMRESULT GetStreamPosition(StreamInstance* stream, MMTIME* time, DWORD size) {
         time->wType = TIME_SAMPLES;
         time->u.sample = frames;
     }
+    return MMSYSERR_NOERROR;
+}
+
+MMRESULT SetDirectMode(StreamInstance* stream) {
+    stream->DirectMode = 1;
+    stream->SampleFormat = SlotLeft;
+    WritePort(stream->Device, port_register::Control, SlotLeft << PortFormatShift, PortFormatMask);
     return MMSYSERR_NOERROR;
 }
 

@@ -1,5 +1,7 @@
-// Which streams are open, in the card table: the port's flag and the clock master's count change together, so
-// that a process that dies leaves either both or neither behind.
+// Which card's clock a stream runs on, and which streams are open on it, in the card table.
+//
+// The port's flag and the clock master's count change together, so that a process that dies leaves either
+// both or neither behind.
 //
 // While a process lives the kernel gives its channels to nobody else. So a port that is marked open and whose
 // channel can be had belonged to a process that died: whoever notices takes its flags and counts back.
@@ -8,6 +10,14 @@
 #include "stream/stream_instance.h"
 
 namespace kestvox {
+
+// The link master that the card's `Master` setting names, when it is there, enabled, and does not itself
+// follow a card that is there; else the card itself.
+CardRecord& ClockMasterOf(CardRecord& card);
+
+// The same for a stream that is about to open. The card's clock source setting and its working copy
+// follow: the link for a follower; automatic for one that followed before.
+CardRecord& ResolveClockMaster(CardRecord& card);
 
 // The stream has its channel. What a dead process left of the port is forgotten first.
 void CountOpen(StreamInstance* stream);

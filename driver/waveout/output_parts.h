@@ -13,11 +13,12 @@ MMRESULT PrepareOutput(StreamInstance* stream, bool ignoreClockError);
 void CleanUpOutput(StreamInstance* stream);
 void SuspendOutput(StreamInstance* stream);
 
-// The output form of taking a header: walks loops. DriverMutex held.
-WAVEHDR* TakePendingOutput(StreamInstance* stream);
+// The output form of taking the next header: walks loops. DriverMutex held.
+WAVEHDR* TakeNextOutput(StreamInstance* stream);
 void OutputBufferDone(StreamInstance* stream, WAVEHDR* header);
 
-// Takes the header into the loop that is being written, if one is.
+// Stamps the passes that the header still has to play: it may begin a loop, be part of the one that is being
+// written, or stand outside.
 void StampLoop(StreamInstance* stream, WAVEHDR* header);
 
 // Ends the active loop with the current pass and returns the headers that have no pass left.

@@ -1,0 +1,39 @@
+#include <windows.h>
+#include <mmsystem.h>
+#include <mmddk.h>
+
+#include "card/registers.h"
+#include "stream/header_queue.h"
+#include "stream/wave_format.h"
+#include "wavein/input_parts.h"
+#include "wavein/wave_input.h"
+
+namespace kestvox {
+
+const Direction InputDirection = {
+    .FirstChannel = InputChannel,
+    .HoldBit = InputHold,
+    .OpenMessage = WIM_OPEN,
+    .CloseMessage = WIM_CLOSE,
+    .DoneMessage = WIM_DATA,
+    .WholeWords = true,
+    .OpenCount = &CardRecord::OpenInputs,
+    .RunningCount = &CardRecord::RunningInputs,
+    .OtherOpenCount = &CardRecord::OpenOutputs,
+    .OtherRunningCount = &CardRecord::RunningOutputs,
+    .PortOpen = &CardRecord::InputOpen,
+    .PortRunning = &CardRecord::InputRunning,
+    .PortPaused = nullptr,
+    .PortResumePending = &CardRecord::InputResumePending,
+    .AcceptFormat = AcceptInputFormat,
+    .InitializeFields = [](StreamInstance*) {},
+    .Prepare = PrepareInput,
+    .CleanUp = CleanUpInput,
+    .Reset = ResetInput,
+    .Suspend = SuspendInput,
+    .Start = StartInput,
+    .TakeNext = TakePendingHeader,
+    .OnBufferDone = CaptureBufferDone,
+};
+
+}  // namespace kestvox

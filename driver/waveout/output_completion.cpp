@@ -1,0 +1,39 @@
+// What happens when the card has played a buffer.
+#include "stream/header_queue.h"
+#include "stream/header_return.h"
+#include "waveout/output_parts.h"
+
+namespace kestvox {
+
+namespace {
+
+// The pass that the header has just played was one of those that it was stamped with at the write.
+void CountPass(WAVEHDR* header) {
+    if (header->dwLoops != 0) {
+        --header->dwLoops;
+    }
+}
+
+bool HasCompletionsToCome(const WAVEHDR* header, const HeldHeader& held) {
+    return header->dwLoops != 0 || held.InFlight != 0;
+}
+
+}  // namespace
+
+// A header that has no completion to come is returned; then the card is kept fed.
+void OutputBufferDone(StreamInstance* stream, WAVEHDR* header) {
+    HeldHeader* held = stream->Held.FindInFlight(header);
+    CountPass(header);
+    CountCompleted(stream, held);
+    if (!HasCompletionsToCome(header, *held)) {
+        ReturnHeader(stream, header);
+        if (stream->IsOpen == 0) {
+            return;  // the client closed from inside its callback
+        }
+    }
+    if (stream->Resetting == 0) {
+        HandOver(stream, TransferRule::Always);
+    }
+}
+
+}  // namespace kestvox

@@ -1,0 +1,38 @@
+#include <windows.h>
+#include <mmsystem.h>
+#include <mmddk.h>
+
+#include "card/registers.h"
+#include "stream/wave_format.h"
+#include "waveout/output_parts.h"
+#include "waveout/wave_output.h"
+
+namespace kestvox {
+
+const Direction OutputDirection = {
+    .FirstChannel = OutputChannel,
+    .HoldBit = OutputHold,
+    .OpenMessage = WOM_OPEN,
+    .CloseMessage = WOM_CLOSE,
+    .DoneMessage = WOM_DONE,
+    .WholeWords = false,
+    .OpenCount = &CardRecord::OpenOutputs,
+    .RunningCount = &CardRecord::RunningOutputs,
+    .OtherOpenCount = &CardRecord::OpenInputs,
+    .OtherRunningCount = &CardRecord::RunningInputs,
+    .PortOpen = &CardRecord::OutputOpen,
+    .PortRunning = &CardRecord::OutputRunning,
+    .PortPaused = &CardRecord::OutputPaused,
+    .PortResumePending = &CardRecord::OutputResumePending,
+    .AcceptFormat = AcceptOutputFormat,
+    .InitializeFields = InitializeOutputFields,
+    .Prepare = PrepareOutput,
+    .CleanUp = CleanUpOutput,
+    .Reset = ResetOutput,
+    .Suspend = SuspendOutput,
+    .Start = RestartOutput,
+    .TakeNext = TakeNextOutput,
+    .OnBufferDone = OutputBufferDone,
+};
+
+}  // namespace kestvox
