@@ -1,4 +1,4 @@
-#include "platform/winmm/windows/system_library.h"
+#include "front/windows/system_library.h"
 
 namespace platform {
 

@@ -6,7 +6,7 @@
 #include <windows.h>
 #include <mmsystem.h>
 
-#include "platform/winmm/windows/system_library.h"
+#include "front/windows/system_library.h"
 
 namespace {
 

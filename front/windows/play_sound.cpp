@@ -8,7 +8,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/winmm/windows/wave_image.h"
+#include "front/windows/wave_image.h"
 
 namespace platform {
 

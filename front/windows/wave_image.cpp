@@ -1,4 +1,4 @@
-#include "platform/winmm/windows/wave_image.h"
+#include "front/windows/wave_image.h"
 
 #include <algorithm>
 #include <cstring>

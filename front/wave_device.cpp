@@ -1,4 +1,4 @@
-#include "platform/winmm/wave_device.h"
+#include "front/wave_device.h"
 
 #include <mmddk.h>
 
@@ -10,8 +10,8 @@
 #include <mutex>
 #include <vector>
 
-#include "platform/winmm/host.h"
-#include "platform/winmm/installable_driver.h"
+#include "front/host.h"
+#include "front/installable_driver.h"
 
 namespace platform {
 

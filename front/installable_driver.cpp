@@ -1,4 +1,4 @@
-#include "platform/winmm/installable_driver.h"
+#include "front/installable_driver.h"
 
 #include <windows.h>
 #include <mmsystem.h>
@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/winmm/host.h"
-#include "platform/winmm/wave_driver.h"
+#include "front/host.h"
+#include "front/wave_driver.h"
 
 namespace platform {
 

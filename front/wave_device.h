@@ -8,7 +8,7 @@
 #include <windows.h>
 #include <mmsystem.h>
 
-#include "platform/winmm/wave_driver.h"
+#include "front/wave_driver.h"
 
 namespace platform {
 

@@ -3,7 +3,7 @@
 #include <mmsystem.h>
 #include <mmddk.h>
 
-#include "platform/winmm/wave_device.h"
+#include "front/wave_device.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 #include <string>
 
-#include "platform/winmm/host.h"
-#include "platform/winmm/wave_driver.h"
-#include "platform/winmm/windows/simulated_cards.h"
-#include "platform/winmm/windows/system_library.h"
+#include "front/host.h"
+#include "front/wave_driver.h"
+#include "front/windows/simulated_cards.h"
+#include "front/windows/system_library.h"
 #include "simulator/attach.h"
 
 namespace platform::host {

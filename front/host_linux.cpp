@@ -1,9 +1,9 @@
 #include <cstdlib>
 #include <string>
 
+#include "front/host.h"
 #include "platform/kernel/handles.h"
 #include "platform/text/unicode.h"
-#include "platform/winmm/host.h"
 
 namespace platform::host {
 

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/winmm/wave_device.h"
+#include "front/wave_device.h"
 
 namespace {
 

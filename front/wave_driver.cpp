@@ -1,9 +1,9 @@
-#include "platform/winmm/wave_driver.h"
+#include "front/wave_driver.h"
 
 #include <condition_variable>
 #include <mutex>
 
-#include "platform/winmm/host.h"
+#include "front/host.h"
 
 namespace platform {
 

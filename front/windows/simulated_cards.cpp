@@ -1,4 +1,4 @@
-#include "platform/winmm/windows/simulated_cards.h"
+#include "front/windows/simulated_cards.h"
 
 #include <windows.h>
 
