@@ -4,8 +4,8 @@
 
 #include "platform/device.h"
 #include "platform/kernel/call_failure.h"
-#include "platform/kernel/event_object.h"
 #include "platform/kernel/handles.h"
+#include "platform/kernel/wait/event_object.h"
 
 namespace platform {
 

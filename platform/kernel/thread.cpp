@@ -3,8 +3,8 @@
 #include <climits>
 
 #include "platform/kernel/call_failure.h"
-#include "platform/kernel/mutex_object.h"
 #include "platform/kernel/thread_object.h"
+#include "platform/kernel/wait/mutex_object.h"
 #include "platform/loader/module.h"
 #include "platform/machine.h"
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "platform/device.h"
-#include "platform/kernel/waitable.h"
+#include "platform/kernel/wait/waitable.h"
 
 namespace platform {
 

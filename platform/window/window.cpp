@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "platform/window/gui_thread.h"
-#include "platform/window/input_focus.h"
+#include "platform/window/input/input_focus.h"
 #include "platform/window/machine_windows.h"
 #include "platform/window/window_object.h"
 

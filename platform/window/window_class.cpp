@@ -5,8 +5,8 @@
 #include "platform/controls/control_classes.h"
 #include "platform/loader/resources.h"
 #include "platform/text/case.h"
-#include "platform/window/dialog.h"
-#include "platform/window/menu.h"
+#include "platform/window/dialog/dialog.h"
+#include "platform/window/menu/menu.h"
 #include "platform/window/window_object.h"
 
 namespace platform {

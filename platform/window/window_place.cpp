@@ -1,7 +1,7 @@
 // Windows are shown, enabled, placed and brought to the front.
 #include <algorithm>
 
-#include "platform/window/input_focus.h"
+#include "platform/window/input/input_focus.h"
 #include "platform/window/machine_windows.h"
 #include "platform/window/window_object.h"
 

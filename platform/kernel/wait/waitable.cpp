@@ -1,4 +1,4 @@
-#include "platform/kernel/waitable.h"
+#include "platform/kernel/wait/waitable.h"
 
 #include <linux/futex.h>
 #include <sys/syscall.h>

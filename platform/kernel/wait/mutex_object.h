@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "platform/kernel/handles.h"
-#include "platform/kernel/named_mutexes.h"
 #include "platform/kernel/thread_object.h"
+#include "platform/kernel/wait/named_mutexes.h"
 
 namespace platform {
 

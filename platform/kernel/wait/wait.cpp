@@ -4,8 +4,8 @@
 #include <span>
 
 #include "platform/kernel/call_failure.h"
-#include "platform/kernel/mutex_object.h"
 #include "platform/kernel/thread_object.h"
+#include "platform/kernel/wait/mutex_object.h"
 
 namespace platform {
 

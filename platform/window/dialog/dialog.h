@@ -3,7 +3,7 @@
 
 #include <windows.h>
 
-#include "platform/window/dialog_template.h"
+#include "platform/window/dialog/dialog_template.h"
 
 namespace platform {
 

@@ -1,4 +1,4 @@
-#include "platform/kernel/named_mutexes.h"
+#include "platform/kernel/wait/named_mutexes.h"
 
 #include <algorithm>
 #include <mutex>

@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-#include "platform/window/property_page.h"
+#include "platform/window/dialog/property_page.h"
 
 namespace platform {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "platform/window/gui_thread.h"
-#include "platform/window/menu.h"
+#include "platform/window/menu/menu.h"
 #include "platform/window/mnemonic.h"
 #include "platform/window/private_messages.h"
 

@@ -1,9 +1,9 @@
-#include "platform/window/property_page.h"
+#include "platform/window/dialog/property_page.h"
 
 #include <algorithm>
 
 #include "platform/loader/resources.h"
-#include "platform/window/dialog.h"
+#include "platform/window/dialog/dialog.h"
 
 namespace platform {
 

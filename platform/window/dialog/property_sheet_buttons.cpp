@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "platform/window/property_sheet.h"
+#include "platform/window/dialog/property_sheet.h"
 
 namespace platform {
 

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "platform/kernel/call_failure.h"
-#include "platform/kernel/mutex_object.h"
+#include "platform/kernel/wait/mutex_object.h"
 
 namespace platform {
 

@@ -1,5 +1,5 @@
 // DefDlgProcW: a dialog's procedure is asked first, the rest is what every dialog does.
-#include "platform/window/dialog.h"
+#include "platform/window/dialog/dialog.h"
 #include "platform/window/window_object.h"
 
 namespace platform {

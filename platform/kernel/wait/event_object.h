@@ -1,7 +1,7 @@
 // An event of this process.
 #pragma once
 
-#include "platform/kernel/waitable.h"
+#include "platform/kernel/wait/waitable.h"
 
 namespace platform {
 

@@ -1,4 +1,4 @@
-#include "platform/window/menu.h"
+#include "platform/window/menu/menu.h"
 
 #include <algorithm>
 #include <mutex>

@@ -1,4 +1,4 @@
-#include "platform/window/input_focus.h"
+#include "platform/window/input/input_focus.h"
 
 #include "platform/window/gui_thread.h"
 #include "platform/window/window_object.h"

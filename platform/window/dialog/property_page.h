@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/window/dialog_template.h"
+#include "platform/window/dialog/dialog_template.h"
 #include "platform/window/user_object.h"
 
 namespace platform {

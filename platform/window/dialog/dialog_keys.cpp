@@ -1,5 +1,5 @@
 // The keys of a dialog.
-#include "platform/window/dialog.h"
+#include "platform/window/dialog/dialog.h"
 #include "platform/window/mnemonic.h"
 #include "platform/window/window_object.h"
 

@@ -1,4 +1,4 @@
-#include "platform/window/dialog.h"
+#include "platform/window/dialog/dialog.h"
 
 #include "platform/loader/resources.h"
 #include "platform/window/window_object.h"

@@ -1,4 +1,4 @@
-#include "platform/window/dialog_template.h"
+#include "platform/window/dialog/dialog_template.h"
 
 #include <cstdint>
 #include <cstring>

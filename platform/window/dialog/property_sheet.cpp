@@ -1,4 +1,4 @@
-#include "platform/window/property_sheet.h"
+#include "platform/window/dialog/property_sheet.h"
 
 #include <windows.h>
 #include <commctrl.h>
@@ -6,7 +6,7 @@
 #include <algorithm>
 
 #include "platform/loader/resources.h"
-#include "platform/window/dialog.h"
+#include "platform/window/dialog/dialog.h"
 #include "platform/window/window_object.h"
 
 namespace platform {

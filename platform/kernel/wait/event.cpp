@@ -1,5 +1,5 @@
 #include "platform/kernel/call_failure.h"
-#include "platform/kernel/event_object.h"
+#include "platform/kernel/wait/event_object.h"
 
 using namespace platform;
 
