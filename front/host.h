@@ -4,7 +4,7 @@
 #include <windows.h>
 #include <mmsystem.h>
 
-namespace platform::host {
+namespace front::host {
 
 // The library of the wave driver, with the cards that it drives. Null when it does not load.
 HMODULE LoadDriverLibrary();
@@ -18,4 +18,4 @@ LRESULT SendToOtherDriver(HDRVR driver, UINT message, LPARAM first, LPARAM secon
 LRESULT CloseOtherDriver(HDRVR driver, LPARAM first, LPARAM second);
 HMODULE ModuleOfOtherDriver(HDRVR driver);
 
-}  // namespace platform::host
+}  // namespace front::host

@@ -5,11 +5,11 @@
 #include "platform/kernel/handles.h"
 #include "platform/text/unicode.h"
 
-namespace platform::host {
+namespace front::host {
 
 HMODULE LoadDriverLibrary() {
     const char* const path = std::getenv("KESTVOX_DRIVER");
-    return LoadLibraryW(path && *path ? ToUtf16(path).c_str() : u"kestvox.dll");
+    return LoadLibraryW(path && *path ? platform::ToUtf16(path).c_str() : u"kestvox.dll");
 }
 
 void FreeDriverLibrary(HMODULE library) {
@@ -17,8 +17,8 @@ void FreeDriverLibrary(HMODULE library) {
 }
 
 bool IsEvent(HANDLE handle) {
-    const std::shared_ptr<KernelObject> object = FindObject(handle);
-    return object && object->Kind() == HandleKind::Event;
+    const std::shared_ptr<platform::KernelObject> object = platform::FindObject(handle);
+    return object && object->Kind() == platform::HandleKind::Event;
 }
 
 HDRVR OpenOtherDriver(LPCWSTR, LPCWSTR, LPARAM) {
@@ -37,4 +37,4 @@ HMODULE ModuleOfOtherDriver(HDRVR) {
     return nullptr;
 }
 
-}  // namespace platform::host
+}  // namespace front::host

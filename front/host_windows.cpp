@@ -1,12 +1,12 @@
 #include <string>
 
 #include "front/host.h"
-#include "front/wave_driver.h"
+#include "front/unload_driver.h"
 #include "front/windows/simulated_cards.h"
 #include "front/windows/system_library.h"
 #include "simulator/attach.h"
 
-namespace platform::host {
+namespace front::host {
 
 namespace {
 
@@ -63,8 +63,8 @@ HMODULE ModuleOfOtherDriver(HDRVR driver) {
     return CallSystem(GetDriverModuleHandle, "GetDriverModuleHandle", driver);
 }
 
-}  // namespace platform::host
+}  // namespace front::host
 
 extern "C" void WINAPI KestvoxUnloadDriver() {
-    platform::UnloadWaveDriver();
+    front::UnloadWaveDriver();
 }

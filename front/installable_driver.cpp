@@ -13,7 +13,7 @@
 #include "front/host.h"
 #include "front/wave_driver.h"
 
-namespace platform {
+namespace front {
 
 namespace {
 
@@ -118,9 +118,9 @@ void CloseInstallableDrivers() {
     }
 }
 
-}  // namespace platform
+}  // namespace front
 
-using namespace platform;
+using namespace front;
 
 HDRVR WINAPI OpenDriver(LPCWSTR name, LPCWSTR section, LPARAM parameter) {
     if (!name) {

@@ -12,8 +12,9 @@
 
 #include "front/host.h"
 #include "front/installable_driver.h"
+#include "front/unload_driver.h"
 
-namespace platform {
+namespace front {
 
 namespace {
 
@@ -349,4 +350,4 @@ void UnloadWaveDriver() {
     ReleaseWaveDriver();
 }
 
-}  // namespace platform
+}  // namespace front

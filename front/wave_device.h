@@ -10,7 +10,7 @@
 
 #include "front/wave_driver.h"
 
-namespace platform {
+namespace front {
 
 // An open device's handle or, where the calls allow it, a device number in a handle's place.
 using WaveHandle = ULONG_PTR;
@@ -51,4 +51,4 @@ MMRESULT SendWave(WaveDirection direction, WaveHandle handle, UINT message, DWOR
 MMRESULT SendWaveOrId(WaveDirection direction, WaveHandle device, UINT message, DWORD_PTR first,
                       DWORD_PTR second);
 
-}  // namespace platform
+}  // namespace front

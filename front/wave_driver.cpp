@@ -5,7 +5,7 @@
 
 #include "front/host.h"
 
-namespace platform {
+namespace front {
 
 namespace {
 
@@ -162,4 +162,4 @@ void ReleaseWaveDriver() {
     driver.Now = State::NotLoaded;
 }
 
-}  // namespace platform
+}  // namespace front

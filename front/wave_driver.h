@@ -5,7 +5,7 @@
 #include <windows.h>
 #include <mmsystem.h>
 
-namespace platform {
+namespace front {
 
 enum class WaveDirection { Out, In };
 
@@ -41,8 +41,4 @@ private:
 // DRV_CLOSE, DRV_DISABLE, DRV_FREE and out with it, when all uses have ended. Not from inside one.
 void ReleaseWaveDriver();
 
-// Closes every device still open, tells the driver its last messages and unloads it; the next wave
-// call starts afresh.
-void UnloadWaveDriver();
-
-}  // namespace platform
+}  // namespace front

@@ -7,20 +7,20 @@
 
 namespace {
 
-constexpr auto Input = platform::WaveDirection::In;
+constexpr auto Input = front::WaveDirection::In;
 
-platform::WaveHandle Value(HWAVEIN handle) {
-    return reinterpret_cast<platform::WaveHandle>(handle);
+front::WaveHandle Value(HWAVEIN handle) {
+    return reinterpret_cast<front::WaveHandle>(handle);
 }
 
 }  // namespace
 
 UINT WINAPI waveInGetNumDevs() {
-    return platform::WaveDeviceCount(Input);
+    return front::WaveDeviceCount(Input);
 }
 
 MMRESULT WINAPI waveInGetDevCapsW(UINT_PTR device, LPWAVEINCAPSW caps, UINT size) {
-    return platform::GetWaveCaps(Input, device, caps, sizeof *caps, size);
+    return front::GetWaveCaps(Input, device, caps, sizeof *caps, size);
 }
 
 MMRESULT WINAPI waveInOpen(LPHWAVEIN handle, UINT device, LPCWAVEFORMATEX format, DWORD_PTR callback,
@@ -28,8 +28,8 @@ MMRESULT WINAPI waveInOpen(LPHWAVEIN handle, UINT device, LPCWAVEFORMATEX format
     if (!handle && !(flags & WAVE_FORMAT_QUERY)) {
         return MMSYSERR_INVALPARAM;
     }
-    platform::WaveHandle opened = 0;
-    const MMRESULT result = platform::OpenWave(Input, {device, format, callback, instance, flags}, &opened);
+    front::WaveHandle opened = 0;
+    const MMRESULT result = front::OpenWave(Input, {device, format, callback, instance, flags}, &opened);
     if (opened != 0) {
         *handle = reinterpret_cast<HWAVEIN>(opened);
     }
@@ -37,41 +37,41 @@ MMRESULT WINAPI waveInOpen(LPHWAVEIN handle, UINT device, LPCWAVEFORMATEX format
 }
 
 MMRESULT WINAPI waveInClose(HWAVEIN handle) {
-    return platform::CloseWave(Input, Value(handle));
+    return front::CloseWave(Input, Value(handle));
 }
 
 MMRESULT WINAPI waveInPrepareHeader(HWAVEIN handle, LPWAVEHDR header, UINT size) {
-    return platform::PrepareWaveHeader(Input, Value(handle), header, size);
+    return front::PrepareWaveHeader(Input, Value(handle), header, size);
 }
 
 MMRESULT WINAPI waveInUnprepareHeader(HWAVEIN handle, LPWAVEHDR header, UINT size) {
-    return platform::UnprepareWaveHeader(Input, Value(handle), header, size);
+    return front::UnprepareWaveHeader(Input, Value(handle), header, size);
 }
 
 MMRESULT WINAPI waveInAddBuffer(HWAVEIN handle, LPWAVEHDR header, UINT size) {
-    return platform::QueueWaveHeader(Input, Value(handle), header, size);
+    return front::QueueWaveHeader(Input, Value(handle), header, size);
 }
 
 MMRESULT WINAPI waveInStart(HWAVEIN handle) {
-    return platform::SendWave(Input, Value(handle), WIDM_START);
+    return front::SendWave(Input, Value(handle), WIDM_START);
 }
 
 MMRESULT WINAPI waveInStop(HWAVEIN handle) {
-    return platform::SendWave(Input, Value(handle), WIDM_STOP);
+    return front::SendWave(Input, Value(handle), WIDM_STOP);
 }
 
 MMRESULT WINAPI waveInReset(HWAVEIN handle) {
-    return platform::SendWave(Input, Value(handle), WIDM_RESET);
+    return front::SendWave(Input, Value(handle), WIDM_RESET);
 }
 
 MMRESULT WINAPI waveInGetPosition(HWAVEIN handle, LPMMTIME time, UINT size) {
-    return platform::GetWavePosition(Input, Value(handle), time, size);
+    return front::GetWavePosition(Input, Value(handle), time, size);
 }
 
 MMRESULT WINAPI waveInGetID(HWAVEIN handle, LPUINT device) {
-    return platform::GetWaveId(Input, Value(handle), device);
+    return front::GetWaveId(Input, Value(handle), device);
 }
 
 MMRESULT WINAPI waveInMessage(HWAVEIN device, UINT message, DWORD_PTR first, DWORD_PTR second) {
-    return platform::SendWaveOrId(Input, Value(device), message, first, second);
+    return front::SendWaveOrId(Input, Value(device), message, first, second);
 }

@@ -7,20 +7,20 @@
 
 namespace {
 
-constexpr auto Output = platform::WaveDirection::Out;
+constexpr auto Output = front::WaveDirection::Out;
 
-platform::WaveHandle Value(HWAVEOUT handle) {
-    return reinterpret_cast<platform::WaveHandle>(handle);
+front::WaveHandle Value(HWAVEOUT handle) {
+    return reinterpret_cast<front::WaveHandle>(handle);
 }
 
 }  // namespace
 
 UINT WINAPI waveOutGetNumDevs() {
-    return platform::WaveDeviceCount(Output);
+    return front::WaveDeviceCount(Output);
 }
 
 MMRESULT WINAPI waveOutGetDevCapsW(UINT_PTR device, LPWAVEOUTCAPSW caps, UINT size) {
-    return platform::GetWaveCaps(Output, device, caps, sizeof *caps, size);
+    return front::GetWaveCaps(Output, device, caps, sizeof *caps, size);
 }
 
 MMRESULT WINAPI waveOutOpen(LPHWAVEOUT handle, UINT device, LPCWAVEFORMATEX format, DWORD_PTR callback,
@@ -28,8 +28,8 @@ MMRESULT WINAPI waveOutOpen(LPHWAVEOUT handle, UINT device, LPCWAVEFORMATEX form
     if (!handle && !(flags & WAVE_FORMAT_QUERY)) {
         return MMSYSERR_INVALPARAM;
     }
-    platform::WaveHandle opened = 0;
-    const MMRESULT result = platform::OpenWave(Output, {device, format, callback, instance, flags}, &opened);
+    front::WaveHandle opened = 0;
+    const MMRESULT result = front::OpenWave(Output, {device, format, callback, instance, flags}, &opened);
     if (opened != 0) {
         *handle = reinterpret_cast<HWAVEOUT>(opened);
     }
@@ -37,39 +37,39 @@ MMRESULT WINAPI waveOutOpen(LPHWAVEOUT handle, UINT device, LPCWAVEFORMATEX form
 }
 
 MMRESULT WINAPI waveOutClose(HWAVEOUT handle) {
-    return platform::CloseWave(Output, Value(handle));
+    return front::CloseWave(Output, Value(handle));
 }
 
 MMRESULT WINAPI waveOutPrepareHeader(HWAVEOUT handle, LPWAVEHDR header, UINT size) {
-    return platform::PrepareWaveHeader(Output, Value(handle), header, size);
+    return front::PrepareWaveHeader(Output, Value(handle), header, size);
 }
 
 MMRESULT WINAPI waveOutUnprepareHeader(HWAVEOUT handle, LPWAVEHDR header, UINT size) {
-    return platform::UnprepareWaveHeader(Output, Value(handle), header, size);
+    return front::UnprepareWaveHeader(Output, Value(handle), header, size);
 }
 
 MMRESULT WINAPI waveOutWrite(HWAVEOUT handle, LPWAVEHDR header, UINT size) {
-    return platform::QueueWaveHeader(Output, Value(handle), header, size);
+    return front::QueueWaveHeader(Output, Value(handle), header, size);
 }
 
 MMRESULT WINAPI waveOutPause(HWAVEOUT handle) {
-    return platform::SendWave(Output, Value(handle), WODM_PAUSE);
+    return front::SendWave(Output, Value(handle), WODM_PAUSE);
 }
 
 MMRESULT WINAPI waveOutRestart(HWAVEOUT handle) {
-    return platform::SendWave(Output, Value(handle), WODM_RESTART);
+    return front::SendWave(Output, Value(handle), WODM_RESTART);
 }
 
 MMRESULT WINAPI waveOutReset(HWAVEOUT handle) {
-    return platform::SendWave(Output, Value(handle), WODM_RESET);
+    return front::SendWave(Output, Value(handle), WODM_RESET);
 }
 
 MMRESULT WINAPI waveOutBreakLoop(HWAVEOUT handle) {
-    return platform::SendWave(Output, Value(handle), WODM_BREAKLOOP);
+    return front::SendWave(Output, Value(handle), WODM_BREAKLOOP);
 }
 
 MMRESULT WINAPI waveOutGetPosition(HWAVEOUT handle, LPMMTIME time, UINT size) {
-    return platform::GetWavePosition(Output, Value(handle), time, size);
+    return front::GetWavePosition(Output, Value(handle), time, size);
 }
 
 // The volume is the device's, so that the system allows a device number here. Whether it means
@@ -78,18 +78,17 @@ MMRESULT WINAPI waveOutGetVolume(HWAVEOUT device, LPDWORD volume) {
     if (!volume) {
         return MMSYSERR_INVALPARAM;
     }
-    return platform::SendWaveOrId(Output, Value(device), WODM_GETVOLUME, reinterpret_cast<DWORD_PTR>(volume),
-                                  0);
+    return front::SendWaveOrId(Output, Value(device), WODM_GETVOLUME, reinterpret_cast<DWORD_PTR>(volume), 0);
 }
 
 MMRESULT WINAPI waveOutSetVolume(HWAVEOUT device, DWORD volume) {
-    return platform::SendWaveOrId(Output, Value(device), WODM_SETVOLUME, volume, 0);
+    return front::SendWaveOrId(Output, Value(device), WODM_SETVOLUME, volume, 0);
 }
 
 MMRESULT WINAPI waveOutGetID(HWAVEOUT handle, LPUINT device) {
-    return platform::GetWaveId(Output, Value(handle), device);
+    return front::GetWaveId(Output, Value(handle), device);
 }
 
 MMRESULT WINAPI waveOutMessage(HWAVEOUT device, UINT message, DWORD_PTR first, DWORD_PTR second) {
-    return platform::SendWaveOrId(Output, Value(device), message, first, second);
+    return front::SendWaveOrId(Output, Value(device), message, first, second);
 }

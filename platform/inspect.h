@@ -63,9 +63,4 @@ void FailCall(const char* function, unsigned nth);
 bool CallFailuresAreWaiting();  // for a call that has not come yet
 void ClearCallFailures();
 
-// The multimedia front loads the driver library at the first wave call of the process. This closes
-// every device still open, sends the driver its last messages and unloads it, so that the next wave
-// call starts afresh.
-void UnloadWaveDriver();
-
 }  // namespace platform

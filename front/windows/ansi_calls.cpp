@@ -10,8 +10,8 @@
 
 namespace {
 
-using platform::WaveDirection;
-using platform::WaveHandle;
+using front::WaveDirection;
+using front::WaveHandle;
 
 // Both strings of `size` characters, terminators included; what does not fit is cut off.
 void ToAnsi(LPCWSTR wide, char* text, int size) {
@@ -53,7 +53,7 @@ MMRESULT GetErrorTextA(MMRESULT error, LPSTR text, UINT size) {
 }
 
 MMRESULT SendOutput(HWAVEOUT handle, UINT message, DWORD_PTR parameter) {
-    return platform::SendWave(WaveDirection::Out, reinterpret_cast<WaveHandle>(handle), message, parameter);
+    return front::SendWave(WaveDirection::Out, reinterpret_cast<WaveHandle>(handle), message, parameter);
 }
 
 MMRESULT SendOutput(HWAVEOUT handle, UINT message, LPDWORD answer) {

@@ -22,7 +22,7 @@ extern "C" {
 // Null when the system has no such function. Two threads that find the same address may both store it.
 __attribute__((used)) FARPROC FindSystemCall(SystemCall* call) {
     if (!call->Address) {
-        call->Address = platform::FindInSystemLibrary(call->Name);
+        call->Address = front::FindInSystemLibrary(call->Name);
     }
     return call->Address;
 }

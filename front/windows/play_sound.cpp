@@ -10,7 +10,7 @@
 
 #include "front/windows/wave_image.h"
 
-namespace platform {
+namespace front {
 
 namespace {
 
@@ -200,14 +200,14 @@ bool IsText(LPCSTR name, DWORD flags) {
 
 }  // namespace
 
-}  // namespace platform
+}  // namespace front
 
 BOOL WINAPI PlaySoundW(LPCWSTR name, HMODULE module, DWORD flags) {
-    return platform::Play(name, module, flags);
+    return front::Play(name, module, flags);
 }
 
 BOOL WINAPI PlaySoundA(LPCSTR name, HMODULE module, DWORD flags) {
-    if (!platform::IsText(name, flags)) {
+    if (!front::IsText(name, flags)) {
         return PlaySoundW(reinterpret_cast<LPCWSTR>(name), module, flags);
     }
     WCHAR wide[MAX_PATH] = {};

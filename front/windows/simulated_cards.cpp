@@ -8,7 +8,7 @@
 #include "simulator/attach.h"
 #include "simulator/simulator.h"
 
-namespace platform {
+namespace front {
 
 namespace {
 
@@ -67,4 +67,4 @@ void TakeAwayCards() {
     cards = nullptr;
 }
 
-}  // namespace platform
+}  // namespace front

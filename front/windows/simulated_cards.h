@@ -1,7 +1,7 @@
 // The cards of a program that does not put up its own.
 #pragma once
 
-namespace platform {
+namespace front {
 
 // Puts up the cards that the environment asks for, unless the process has a simulator already:
 // KESTVOX_CARDS (1 to 16; without it as many as the machine has, one on a new machine) and
@@ -12,4 +12,4 @@ bool PutUpCards();
 // Takes away what PutUpCards put up. The driver must have been unloaded.
 void TakeAwayCards();
 
-}  // namespace platform
+}  // namespace front

@@ -1,6 +1,6 @@
 #include "front/windows/system_library.h"
 
-namespace platform {
+namespace front {
 
 namespace {
 
@@ -22,4 +22,4 @@ FARPROC FindInSystemLibrary(const char* name) {
     return library ? GetProcAddress(library, name) : nullptr;
 }
 
-}  // namespace platform
+}  // namespace front

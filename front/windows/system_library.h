@@ -3,10 +3,10 @@
 
 #include <windows.h>
 
-namespace platform {
+namespace front {
 
 // A function of it by name; null when the system's library does not load or has none of that name.
 // Loads the library at the first call: not from DllMain.
 FARPROC FindInSystemLibrary(const char* name);
 
-}  // namespace platform
+}  // namespace front

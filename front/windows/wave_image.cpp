@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace platform {
+namespace front {
 
 namespace {
 
@@ -64,4 +64,4 @@ std::optional<WaveSound> ParseWaveImage(const BYTE* image, size_t size) {
     return sound.Format.empty() || sound.Samples.empty() ? std::nullopt : std::optional(std::move(sound));
 }
 
-}  // namespace platform
+}  // namespace front

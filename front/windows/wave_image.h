@@ -8,7 +8,7 @@
 #include <optional>
 #include <vector>
 
-namespace platform {
+namespace front {
 
 struct WaveSound {
     std::vector<BYTE> Format;  // a WAVEFORMATEX with its cbSize bytes
@@ -20,4 +20,4 @@ struct WaveSound {
 inline constexpr size_t UnknownSize = static_cast<size_t>(-1);
 std::optional<WaveSound> ParseWaveImage(const BYTE* image, size_t size);
 
-}  // namespace platform
+}  // namespace front
