@@ -52,7 +52,6 @@ struct EventRecord {
     DWORD Id;
 };
 std::vector<EventRecord> EventLog();
-void ClearEventLog();
 
 // Makes the n-th coming call (1 = the next) of the named function fail as that function fails:
 // "CreateEventW", "CreateThread", "CreateMutexW", "CreateFileW", "HeapAlloc", "GlobalAlloc",

@@ -33,7 +33,6 @@ public:
     DWORD Id() const { return id_; }
 
     std::atomic<DWORD> ExitCode{STILL_ACTIVE};
-    std::atomic<int> Priority{THREAD_PRIORITY_NORMAL};
 
     // The thread's own, touched by no other.
     std::vector<HeldMutex> HeldMutexes;

@@ -51,11 +51,6 @@ public:
     LONG QueryValue(KeyReference key, std::u16string_view name, const ValueQuery& query);
     LONG DeleteValue(KeyReference key, std::u16string_view name);
 
-    // Subkeys come in alphabetical order, values in the order in which they were made.
-    // ERROR_NO_MORE_ITEMS behind the last.
-    LONG SubkeyName(KeyReference key, DWORD index, std::u16string* name);
-    LONG ValueName(KeyReference key, DWORD index, std::u16string* name);
-
 private:
     static constexpr uint32_t NoLink = 0;  // index 0 is a root and never linked to
 

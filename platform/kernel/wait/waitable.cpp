@@ -67,9 +67,9 @@ int Waiter::Await(Deadline deadline) {
 
 void Waitable::Signal() {
     const std::lock_guard guard(lock_);
-    for (const Enlisted& enlisted : waiters_) {
-        const bool claimed = enlisted.Wait->ClaimAndWake(enlisted.Index);
-        if (claimed && enlisted.Taking && automatic_) {
+    for (Waiter* const waiter : waiters_) {
+        const bool claimed = waiter->ClaimAndWake(Waiter::Satisfied);
+        if (claimed && automatic_) {
             return;  // handed straight to that wait: never seen signalled
         }
     }
@@ -81,18 +81,18 @@ void Waitable::Reset() {
     signalled_ = false;
 }
 
-void Waitable::Enlist(Waiter& waiter, int index, bool taking) {
+void Waitable::Enlist(Waiter& waiter) {
     const std::lock_guard guard(lock_);
     if (!signalled_) {
-        waiters_.push_back({&waiter, index, taking});
-    } else if (waiter.Claim(index) && taking) {
+        waiters_.push_back(&waiter);
+    } else if (waiter.Claim(Waiter::Satisfied)) {
         TakeLocked();
     }
 }
 
 void Waitable::Withdraw(Waiter& waiter) {
     const std::lock_guard guard(lock_);
-    std::erase_if(waiters_, [&](const Enlisted& enlisted) { return enlisted.Wait == &waiter; });
+    std::erase(waiters_, &waiter);
 }
 
 bool Waitable::TryTake() {

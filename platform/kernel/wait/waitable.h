@@ -19,7 +19,8 @@ Deadline DeadlineAfter(DWORD milliseconds);  // INFINITE: Never, 0: AtOnce
 // waiting thread's stack: those who claim it hold the lock of the list it is on while they do.
 class Waiter {
 public:
-    // How a wait ended, when not by the object with a number from 0 on.
+    // How a wait ended.
+    static constexpr int Satisfied = 0;  // by the object
     static constexpr int TimedOut = -1;
     static constexpr int CallQueued = -2;
 
@@ -46,31 +47,21 @@ public:
     void Signal();
     void Reset();
 
-    // Ends the wait with `index` when the object is signalled, else enlists it. Withdraw is then
-    // due before the waiter goes away. A taking wait is satisfied by the object; one that does not
-    // take is only woken, to look again.
-    void Enlist(Waiter& waiter, int index, bool taking);
+    // Satisfies the wait when the object is signalled, else enlists it. Withdraw is then due before
+    // the waiter goes away.
+    void Enlist(Waiter& waiter);
     void Withdraw(Waiter& waiter);
 
     // When signalled, satisfies the caller at once.
     bool TryTake();
 
-    // For a wait on several objects at once: with every lock held, look at all, then take all.
-    std::mutex& Lock() { return lock_; }
-    bool IsSignalledLocked() const { return signalled_; }
-    void TakeLocked();
-
 private:
-    struct Enlisted {
-        Waiter* Wait;
-        int Index;
-        bool Taking;
-    };
+    void TakeLocked();
 
     std::mutex lock_;
     const bool automatic_;
     bool signalled_;
-    std::vector<Enlisted> waiters_;  // oldest first; those claimed elsewhere may still be on it
+    std::vector<Waiter*> waiters_;  // oldest first; those claimed elsewhere may still be on it
 };
 
 }  // namespace platform

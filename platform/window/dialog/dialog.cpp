@@ -255,11 +255,6 @@ HWND WINAPI CreateDialogIndirectParamW(HINSTANCE instance, LPCDLGTEMPLATEW data,
     return dialog ? CreateDialogFrom(instance, *dialog, owner, procedure, parameter) : nullptr;
 }
 
-INT_PTR WINAPI DialogBoxParamW(HINSTANCE instance, LPCWSTR name, HWND owner, DLGPROC procedure,
-                               LPARAM parameter) {
-    return RunTemplate(instance, LoadDialogTemplate(instance, name), owner, procedure, parameter);
-}
-
 INT_PTR WINAPI DialogBoxIndirectParamW(HINSTANCE instance, LPCDLGTEMPLATEW data, HWND owner,
                                        DLGPROC procedure, LPARAM parameter) {
     return RunTemplate(instance, ReadDialogTemplate(data, SIZE_MAX), owner, procedure, parameter);

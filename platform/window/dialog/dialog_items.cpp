@@ -142,13 +142,6 @@ BOOL WINAPI CheckDlgButton(HWND dialog, int id, UINT check) {
     return TRUE;
 }
 
-BOOL WINAPI CheckRadioButton(HWND dialog, int first, int last, int checked) {
-    for (int id = first; id <= last; ++id) {
-        CheckDlgButton(dialog, id, id == checked ? BST_CHECKED : BST_UNCHECKED);
-    }
-    return IsWindow(dialog);
-}
-
 UINT WINAPI IsDlgButtonChecked(HWND dialog, int id) {
     return static_cast<UINT>(SendDlgItemMessageW(dialog, id, BM_GETCHECK, 0, 0));
 }

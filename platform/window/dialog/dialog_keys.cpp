@@ -183,7 +183,3 @@ bool HandleDialogMessage(HWND dialog, MSG* message) {
 }
 
 }  // namespace platform
-
-BOOL WINAPI IsDialogMessageW(HWND dialog, LPMSG message) {
-    return IsWindow(dialog) && platform::HandleDialogMessage(dialog, message) ? TRUE : FALSE;
-}

@@ -41,23 +41,6 @@ MenuItem* FindItem(MenuObject& menu, UINT which, UINT flags) {
     return found != menu.Items.end() ? &*found : nullptr;
 }
 
-// Changes the bits of `mask` to those of `flags`; the flags before, or NoSuchItem.
-UINT ChangeFlags(HMENU handle, UINT which, UINT flags, UINT mask) {
-    const std::shared_ptr<MenuObject> menu = FindMenu(handle);
-    if (!menu) {
-        return NoSuchItem;
-    }
-    const std::lock_guard hold(menu->Lock);
-    MenuItem* const item = FindItem(*menu, which, flags);
-    if (!item) {
-        SetLastError(ERROR_MENU_ITEM_NOT_FOUND);
-        return NoSuchItem;
-    }
-    const UINT before = item->Flags & mask;
-    item->Flags = (item->Flags & ~mask) | (flags & mask);
-    return before;
-}
-
 }  // namespace
 
 std::optional<std::vector<MenuItem>> MenuItems(HMENU handle) {
@@ -112,16 +95,6 @@ BOOL WINAPI AppendMenuW(HMENU handle, UINT flags, UINT_PTR id, LPCWSTR text) {
     return InsertMenuW(handle, NoSuchItem, flags | MF_BYPOSITION, id, text);
 }
 
-DWORD WINAPI CheckMenuItem(HMENU menu, UINT which, UINT flags) {
-    constexpr UINT Checks = MF_CHECKED;
-    return ChangeFlags(menu, which, flags, Checks);
-}
-
-// The flags before, and -1 when there is no such item.
-BOOL WINAPI EnableMenuItem(HMENU menu, UINT which, UINT flags) {
-    return static_cast<BOOL>(ChangeFlags(menu, which, flags, MF_GRAYED | MF_DISABLED));
-}
-
 UINT WINAPI GetMenuState(HMENU handle, UINT which, UINT flags) {
     const std::shared_ptr<MenuObject> menu = FindMenu(handle);
     if (!menu) {
@@ -135,16 +108,6 @@ UINT WINAPI GetMenuState(HMENU handle, UINT which, UINT flags) {
 int WINAPI GetMenuItemCount(HMENU menu) {
     const std::optional<std::vector<MenuItem>> items = MenuItems(menu);
     return items ? static_cast<int>(items->size()) : -1;
-}
-
-UINT WINAPI GetMenuItemID(HMENU handle, int position) {
-    const std::shared_ptr<MenuObject> menu = FindMenu(handle);
-    if (!menu) {
-        return NoSuchItem;
-    }
-    const std::lock_guard hold(menu->Lock);
-    const MenuItem* const item = FindItem(*menu, static_cast<UINT>(position), MF_BYPOSITION);
-    return item && (item->Flags & MF_POPUP) == 0 ? static_cast<UINT>(item->Id) : NoSuchItem;
 }
 
 int WINAPI GetMenuStringW(HMENU handle, UINT which, LPWSTR buffer, int size, UINT flags) {
