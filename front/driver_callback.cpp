@@ -1,5 +1,5 @@
-// What the multimedia system offers to its drivers: the way back to the client, and the default
-// answers to installable-driver messages.
+// What drivers call: DriverCallback, which notifies a client, and DefDriverProc, the default answers to
+// installable-driver messages.
 #include <windows.h>
 #include <mmsystem.h>
 #include <mmddk.h>

@@ -1,4 +1,4 @@
-// The texts of the wave calls' results.
+// waveOutGetErrorText and waveInGetErrorText: the texts of the wave calls' results.
 #include <windows.h>
 #include <mmsystem.h>
 

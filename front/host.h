@@ -1,4 +1,4 @@
-// What the multimedia front needs of the system that it runs on. One source file per system implements it.
+// What the front needs of the system that it runs on. host_linux.cpp and host_windows.cpp implement it.
 #pragma once
 
 #include <windows.h>
@@ -10,9 +10,10 @@ namespace front::host {
 HMODULE LoadDriverLibrary();
 void FreeDriverLibrary(HMODULE library);
 
+// Whether a client may give this handle as the event of CALLBACK_EVENT.
 bool IsEvent(HANDLE handle);
 
-// Installable drivers other than the wave driver: null, or 0, where the system has none.
+// Installable drivers other than the wave driver. The answers are null, or 0, where the system has none.
 HDRVR OpenOtherDriver(LPCWSTR name, LPCWSTR section, LPARAM parameter);
 LRESULT SendToOtherDriver(HDRVR driver, UINT message, LPARAM first, LPARAM second);
 LRESULT CloseOtherDriver(HDRVR driver, LPARAM first, LPARAM second);

@@ -10,7 +10,7 @@ namespace front::host {
 
 namespace {
 
-// The file beside this library.
+// The driver's file lies beside this library.
 std::wstring DriverPath() {
     static const WCHAR here = 0;
     MEMORY_BASIC_INFORMATION memory = {};
@@ -23,7 +23,7 @@ std::wstring DriverPath() {
     return whole.substr(0, whole.find_last_of(L'\\') + 1) + L"kestvox.dll";
 }
 
-// A function of the system's library, called as this library's own of the same name.
+// Calls the function of that name in the system's library; its type is that of this library's own function.
 template <typename Function, typename... Arguments>
 auto CallSystem(Function*, const char* name, Arguments... arguments) {
     const auto function = reinterpret_cast<Function*>(reinterpret_cast<void*>(FindInSystemLibrary(name)));
@@ -41,7 +41,7 @@ void FreeDriverLibrary(HMODULE library) {
     TakeAwayCards();
 }
 
-// Any object's handle is taken: the system does not tell what it is of.
+// Every valid handle is accepted, because the system does not tell what kind of object it belongs to.
 bool IsEvent(HANDLE handle) {
     DWORD flags = 0;
     return GetHandleInformation(handle, &flags) != FALSE;

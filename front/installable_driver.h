@@ -1,9 +1,9 @@
-// The wave driver as an installable driver: what OpenDriver opens and messages are sent to.
+// The wave driver as an installable driver, which programs open with OpenDriver and send messages to.
 #pragma once
 
 namespace front {
 
-// Closes what OpenDriver opened of the wave driver and nobody closed.
+// Closes every instance of the wave driver that OpenDriver has opened and that is still open.
 void CloseInstallableDrivers();
 
 }  // namespace front

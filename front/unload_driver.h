@@ -1,4 +1,4 @@
-// What no call of the multimedia system does: the driver goes, and the process does not.
+// Unloading the wave driver before the process ends, for which the multimedia system has no call.
 #pragma once
 
 namespace front {

@@ -127,7 +127,7 @@ MMRESULT CheckOpenFlags(const WaveOpenRequest& request) {
 MMRESULT OpenDevice(const WaveDriverUse& driver, WaveDirection direction, UINT id,
                     const WaveOpenRequest& request, WaveHandle* handle) {
     const std::shared_ptr<Device> device = TheDevices().Add(direction, id);
-    // The driver reads the format through a pointer from before there was const.
+    // The driver only reads the format, but WAVEOPENDESC has a pointer without const.
     auto* format = reinterpret_cast<LPWAVEFORMAT>(const_cast<WAVEFORMATEX*>(request.Format));
     WAVEOPENDESC description = {};
     description.hWave = reinterpret_cast<HWAVE>(device->Handle);
@@ -145,8 +145,8 @@ MMRESULT OpenDevice(const WaveDriverUse& driver, WaveDirection direction, UINT i
     return result;
 }
 
-// Of several refusals the most telling is answered: that a device does not know the format says
-// little when another one knows it and is busy.
+// When every device refuses, the answer is the first refusal that is not about the format: "the device is in
+// use" tells a program more than that another device does not know the format.
 MMRESULT OpenAnyDevice(const WaveDriverUse& driver, WaveDirection direction, UINT count,
                        const WaveOpenRequest& request, WaveHandle* handle) {
     MMRESULT refusal = count > 0 ? MMRESULT{WAVERR_BADFORMAT} : MMRESULT{MMSYSERR_BADDEVICEID};
@@ -344,7 +344,7 @@ void UnloadWaveDriver() {
     for (const std::shared_ptr<Device>& device : TheDevices().All()) {
         SendWave(device->Direction, device->Handle, MessagesOf(device->Direction).Reset);
         CloseWave(device->Direction, device->Handle);
-        // A driver that refuses the close loses the device all the same, with its last message.
+        // The device is closed for the program even when the driver refuses.
         TheDevices().Remove(*device);
     }
     ReleaseWaveDriver();

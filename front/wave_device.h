@@ -1,8 +1,8 @@
-// The wave calls without their names: what waveOut and waveIn do alike, by direction.
+// What the waveOut and the waveIn calls do alike: each function here serves the calls of both directions.
 //
-// Device handles are values that are never given out twice, so that a closed one stays bad. No lock
-// is held while the driver or the client runs: every function here may be called from any thread and
-// from inside a client's callback. Results are those of the wave calls.
+// Device handles are values that are never given out twice, so that a closed one stays bad. No lock is held
+// while the driver or the client runs, so every function may be called from any thread and from inside a
+// client's callback. Results are those of the wave calls.
 #pragma once
 
 #include <windows.h>
@@ -17,7 +17,7 @@ using WaveHandle = ULONG_PTR;
 
 UINT WaveDeviceCount(WaveDirection direction);
 
-// `capsSize` is the structure's, `size` what the caller has room for.
+// `capsSize` is the size of the whole structure, `size` the room that the caller has.
 MMRESULT GetWaveCaps(WaveDirection direction, WaveHandle device, void* caps, UINT capsSize, UINT size);
 
 struct WaveOpenRequest {
@@ -29,12 +29,12 @@ struct WaveOpenRequest {
 };
 MMRESULT OpenWave(WaveDirection direction, const WaveOpenRequest& request, WaveHandle* handle);
 
-// The handle goes bad when the driver has accepted.
+// The handle stays good when the driver refuses.
 MMRESULT CloseWave(WaveDirection direction, WaveHandle handle);
 
 MMRESULT GetWaveId(WaveDirection direction, WaveHandle handle, UINT* device);
 
-// Asks the driver first, and does it here when the driver does not want to.
+// A driver that answers MMSYSERR_NOTSUPPORTED leaves the preparation to the front.
 MMRESULT PrepareWaveHeader(WaveDirection direction, WaveHandle handle, WAVEHDR* header, UINT size);
 MMRESULT UnprepareWaveHeader(WaveDirection direction, WaveHandle handle, WAVEHDR* header, UINT size);
 
@@ -43,11 +43,11 @@ MMRESULT QueueWaveHeader(WaveDirection direction, WaveHandle handle, WAVEHDR* he
 
 MMRESULT GetWavePosition(WaveDirection direction, WaveHandle handle, MMTIME* time, UINT size);
 
-// To an open device.
+// Sends a message to an open device.
 MMRESULT SendWave(WaveDirection direction, WaveHandle handle, UINT message, DWORD_PTR first = 0,
                   DWORD_PTR second = 0);
 
-// To an open device, or to a device number without an instance.
+// Sends a message to an open device or, given a device number, to that device without an open instance.
 MMRESULT SendWaveOrId(WaveDirection direction, WaveHandle device, UINT message, DWORD_PTR first,
                       DWORD_PTR second);
 

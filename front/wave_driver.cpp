@@ -39,7 +39,8 @@ Driver& TheDriver() {
     return *driver;
 }
 
-// False when the driver refuses; then it has had the messages that undo those it accepted.
+// Sends the driver its first messages. When it refuses one, the messages that it accepted are undone, and the
+// answer is false.
 bool Start(Library* library) {
     if (library->Send(0, DRV_LOAD) == 0) {
         return false;

@@ -1,5 +1,4 @@
-// The installable wave driver behind the wave calls: loaded at the first of them, and then its two
-// message entries.
+// Loading the wave driver, which happens at the first wave call, and sending it messages.
 #pragma once
 
 #include <windows.h>
@@ -9,10 +8,10 @@ namespace front {
 
 enum class WaveDirection { Out, In };
 
-// A stretch of time in which the driver stays loaded. The first one of the process loads it: the
-// library "kestvox.dll" (or the one that the host takes in its place), then DRV_LOAD, DRV_ENABLE and
-// DRV_OPEN. A driver that does not load is not tried again before
-// UnloadWaveDriver. While it is being unloaded, no new stretch finds it loaded.
+// Keeps the driver loaded as long as this lives. The first use in the process loads it: the library
+// "kestvox.dll" (or the one that the host takes in its place), then DRV_LOAD, DRV_ENABLE and DRV_OPEN.
+// A driver that did not load is not tried again before UnloadWaveDriver. A use that begins while the driver
+// is being unloaded finds it not loaded.
 class WaveDriverUse {
 public:
     WaveDriverUse();
@@ -23,12 +22,12 @@ public:
     // Whether the driver is loaded and has an entry for this direction.
     bool Serves(WaveDirection direction) const;
 
-    // The driver's answer; MMSYSERR_NODRIVER when it does not serve the direction. No lock is held
-    // meanwhile.
+    // Sends a message to the driver's wave entry and answers what it answers; MMSYSERR_NODRIVER when the
+    // driver does not serve the direction. No lock is held meanwhile.
     DWORD Send(WaveDirection direction, UINT device, UINT message, DWORD_PTR user, DWORD_PTR first,
                DWORD_PTR second) const;
 
-    // To the driver's DriverProc; 0 when it is not loaded.
+    // Sends a message to the driver's DriverProc. The answer is 0 when the driver is not loaded.
     LRESULT SendToDriver(DWORD_PTR id, UINT message, LPARAM first, LPARAM second) const;
 
     // Null when it is not loaded.
@@ -38,7 +37,8 @@ private:
     bool loaded_;
 };
 
-// DRV_CLOSE, DRV_DISABLE, DRV_FREE and out with it, when all uses have ended. Not from inside one.
+// Waits until all uses have ended, sends DRV_CLOSE, DRV_DISABLE and DRV_FREE and unloads the library. Must
+// not be called during a use.
 void ReleaseWaveDriver();
 
 }  // namespace front

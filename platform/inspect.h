@@ -1,4 +1,5 @@
-// Behind the curtain: what tests and tools may ask of the platform layer that no Windows call tells.
+// What tests and tools may ask of the platform layer that no Windows call tells: what was shown, logged and
+// left open, and which calls shall fail.
 #pragma once
 
 #include <windows.h>

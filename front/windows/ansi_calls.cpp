@@ -1,4 +1,5 @@
-// The calls with text in the system's code page, and those that every driver may refuse.
+// The calls with text in the system's code page, and those for pitch and playback rate, which a driver may
+// refuse.
 #include <windows.h>
 #include <mmsystem.h>
 #include <mmddk.h>

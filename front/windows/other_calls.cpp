@@ -1,8 +1,9 @@
-// The calls that have nothing to do with the cards. What serves files, MCI devices, MIDI, joysticks and
-// timers is the system's own and goes on to its library. Mixers and auxiliary devices belong to the sound
-// cards of a computer, and the Kestrelvox has none: these are refused here.
+// The calls that have nothing to do with the cards. Those for files, MCI devices, MIDI, joysticks and timers
+// are forwarded to the system's library. Those for mixers and auxiliary devices are refused, because the
+// Kestrelvox has neither.
 //
-// The functions take their arguments from the stack untouched, so that only the arguments' length matters.
+// The functions leave their arguments on the stack as the caller pushed them, so only the arguments' length
+// in bytes is stated.
 #include <windows.h>
 #include <mmsystem.h>
 

@@ -101,7 +101,7 @@ public:
                waveOutWrite(device_, &header_, sizeof header_) == MMSYSERR_NOERROR;
     }
 
-    // Until the sound has ended or somebody wants it to stop.
+    // Returns when the sound has ended or AskToStop was called.
     void PlayToTheEnd() {
         const HANDLE events[] = {stop_, done_};
         while (!IsBack() && WaitForMultipleObjects(2, events, FALSE, INFINITE) != WAIT_OBJECT_0) {
@@ -193,7 +193,7 @@ BOOL Play(LPCWSTR name, HMODULE module, DWORD flags) {
     return sound && TheStage().Play(std::move(*sound), flags);
 }
 
-// Names of sounds may be pointers to sounds, or numbers of resources, and are no text then.
+// Whether `name` is a text. With SND_MEMORY it is the sound itself, and it may be a resource's number.
 bool IsText(LPCSTR name, DWORD flags) {
     return !IsInMemory(flags) && HIWORD(name) != 0;
 }

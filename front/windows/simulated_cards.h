@@ -1,4 +1,4 @@
-// The cards of a program that does not put up its own.
+// The simulated cards of a program that does not put up cards of its own.
 #pragma once
 
 namespace front {

@@ -1,12 +1,12 @@
-// The winmm.dll of the system, whose place this library has taken in the program.
+// The system's own winmm.dll, in whose place the program has loaded this library.
 #pragma once
 
 #include <windows.h>
 
 namespace front {
 
-// A function of it by name; null when the system's library does not load or has none of that name.
-// Loads the library at the first call: not from DllMain.
+// The function of that name; null when the system's library does not load or has no such function. The first
+// call loads the library, so it must not be made from DllMain.
 FARPROC FindInSystemLibrary(const char* name);
 
 }  // namespace front

@@ -1,4 +1,4 @@
-// The timer: the clock that the simulated cards run on.
+// The multimedia timer, which shows the simulated cards' time.
 #include <windows.h>
 #include <mmsystem.h>
 

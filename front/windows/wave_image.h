@@ -15,8 +15,8 @@ struct WaveSound {
     std::vector<char> Samples;
 };
 
-// Nothing when the bytes are no whole WAV file with a format and samples. With `size` unknown, as for
-// a sound that a program has in its memory, the file's own length is believed.
+// Empty when the bytes are not a whole WAV file with a format and samples. When `size` is UnknownSize, as for
+// a sound in a program's memory, the length that the file itself states is taken.
 inline constexpr size_t UnknownSize = static_cast<size_t>(-1);
 std::optional<WaveSound> ParseWaveImage(const BYTE* image, size_t size);
 

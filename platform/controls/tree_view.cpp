@@ -272,7 +272,7 @@ bool TreeView::TellExpansion(UINT code, UINT action, const TreeItem& item) const
     return NotifyOfItems(code, action, nullptr, &item) != FALSE;
 }
 
-// A program's expansion is told to the parent only the first time, the user's always.
+// The parent is notified whenever the user expands an item, but only the first time when the program does.
 bool TreeView::Expand(TreeItem& item, UINT action, bool byUser) {
     if (action == TVE_TOGGLE) {
         action = item.IsExpanded() ? TVE_COLLAPSE : TVE_EXPAND;

@@ -145,7 +145,7 @@ LRESULT TreeView::OnHitTest(WPARAM, LPARAM information) {
     return HandleOrNull(item);
 }
 
-// The rectangle's memory brings the handle of the item.
+// The caller puts the item's handle where the rectangle will be written.
 LRESULT TreeView::OnGetItemRect(WPARAM textOnly, LPARAM rectangle) {
     auto& place = *reinterpret_cast<RECT*>(rectangle);
     const TreeItem* const item = items_.Find(*reinterpret_cast<HTREEITEM*>(rectangle));

@@ -1,4 +1,4 @@
-// The registry calls: key handles with their rights in front of the machine's store.
+// The registry calls: key handles with their access rights, and the machine's store behind them.
 #include <windows.h>
 
 #include <algorithm>
@@ -79,8 +79,8 @@ std::u16string_view View(LPCWSTR text) {
     return text ? std::u16string_view(text) : std::u16string_view();
 }
 
-// The key of that path below an open one: `parent`, and what is found. A call without a place for its result
-// is refused.
+// Looks up the key of that path below an open key, and answers the open key as `parent` and the found one as
+// `found`. Refused when the call has no place for its result.
 LONG OpenBelow(HKEY handle, LPCWSTR subkey, PHKEY result, OpenKey* parent, KeyReference* found) {
     const LONG error = FindKeyWith(handle, 0, parent);
     if (error != ERROR_SUCCESS) {

@@ -1,9 +1,9 @@
 // The machine's registry: one tree of keys with values, in a machine region, so that every process
 // of the machine sees the same one.
 //
-// Tables of fixed size, linked by index. Names compare without regard to case and keep the case they
-// were made with. Results are system error codes. Every operation takes the store's lock itself; a
-// process that dies inside one leaves at worst an entry that nothing links to.
+// Keys and values are entries of tables of fixed size, linked by index. Names compare without regard to case
+// and keep the case they were made with. Results are system error codes. Every operation takes the store's
+// lock itself. A process that dies during one leaves at worst an entry that nothing links to.
 #pragma once
 
 #include <windows.h>
@@ -21,7 +21,7 @@ struct KeyReference {
     uint32_t Generation;
 };
 
-// A value or a part of it, as a caller asks for it: pointers that are null are not wanted.
+// What a caller asks of a value. A null pointer means that this part is not wanted.
 struct ValueQuery {
     DWORD* Type;
     void* Data;

@@ -1,4 +1,4 @@
-// Window classes: of the system, of the modules.
+// Window classes: those of the system and those that modules register.
 #include <algorithm>
 #include <mutex>
 
@@ -143,7 +143,7 @@ BOOL WINAPI UnregisterClassW(LPCWSTR name, HINSTANCE module) {
         SetLastError(ERROR_CLASS_DOES_NOT_EXIST);
         return FALSE;
     }
-    // A window keeps its class alive: more owners than the list means that some are left.
+    // The windows of a class share it, so an owner besides this list is a window.
     if (found->use_count() > 1) {
         SetLastError(ERROR_CLASS_HAS_WINDOWS);
         return FALSE;

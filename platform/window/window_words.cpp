@@ -1,4 +1,4 @@
-// What a window keeps: its words, its text.
+// What a window stores: its words (GetWindowLongPtrW) and its text.
 #include <algorithm>
 #include <cstring>
 
@@ -55,7 +55,7 @@ LONG_PTR Word(HWND window, int index, const LONG_PTR* value) {
     return before;
 }
 
-// A new style is announced to the window, which may change it, and told.
+// WM_STYLECHANGING lets the window change the new style; WM_STYLECHANGED tells it what has been set.
 LONG_PTR SetStyle(HWND window, int index, DWORD style) {
     STYLESTRUCT change = {static_cast<DWORD>(GetWindowLongPtrW(window, index)), style};
     const auto which = static_cast<WPARAM>(static_cast<LONG_PTR>(index));

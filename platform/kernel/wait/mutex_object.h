@@ -33,10 +33,11 @@ private:
     MutexCore* const core_;
 };
 
-// For a thread that ends while it holds mutexes.
+// A thread that ends abandons the mutexes that it holds.
 void AbandonHeldMutexes(std::vector<HeldMutex>& held);
 
-// For the child of a fork.
+// The child of a fork owns none of the mutexes that its parent holds: they are dropped without being
+// released.
 void ForgetHeldMutexes(std::vector<HeldMutex>& held);
 
 int HeldMutexCount();

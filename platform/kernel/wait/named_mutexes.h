@@ -26,7 +26,7 @@ struct NamedMutexUse {
 // ERROR_ALREADY_EXISTS (opened), ERROR_INVALID_NAME or ERROR_NO_SYSTEM_RESOURCES.
 DWORD OpenNamedMutex(std::u16string_view name, NamedMutexUse* use);
 
-// With the last use in any living process the name goes away.
+// The mutex and its name go away when no living process uses it any more.
 void CloseNamedMutex(NamedMutexUse use);
 
 }  // namespace platform

@@ -1,4 +1,4 @@
-// The wait calls.
+// WaitForSingleObject, WaitForSingleObjectEx and SleepEx.
 #include "platform/kernel/call_failure.h"
 #include "platform/kernel/thread_object.h"
 #include "platform/kernel/wait/mutex_object.h"
@@ -13,8 +13,8 @@ struct WaitTarget {
     std::shared_ptr<MutexObject> Mutex;
 };
 
-// A mutex may be freed by another process, which cannot end a wait here. A wait that may end in other
-// ways as well therefore looks at its mutexes this often.
+// A mutex may be freed by another process, which cannot wake a wait in this one. A wait that may also end in
+// other ways therefore looks at its mutex this often.
 constexpr std::chrono::milliseconds MutexPollInterval{1};
 
 bool FindTarget(HANDLE handle, WaitTarget* target) {

@@ -21,7 +21,7 @@ timespec HostTime(Deadline deadline) {
     return {seconds.count(), std::chrono::nanoseconds(sinceEpoch - seconds).count()};
 }
 
-// False at the deadline. May return true for no reason.
+// Blocks while the word has this value. False at the deadline; true may also come without a change.
 bool BlockWhileEqual(std::atomic<int>* word, int value, Deadline deadline) {
     const timespec until = deadline == Never ? timespec{} : HostTime(deadline);
     const timespec* limit = deadline == Never ? nullptr : &until;
@@ -58,7 +58,7 @@ int Waiter::Await(Deadline deadline) {
     int outcome = outcome_.load(std::memory_order_acquire);
     while (outcome == Waiting) {
         if (deadline == AtOnce || !BlockWhileEqual(&outcome_, Waiting, deadline)) {
-            Claim(TimedOut);  // unless somebody else does at this very moment: then that counts
+            Claim(TimedOut);  // fails when somebody else has just claimed the wait: that claim counts
         }
         outcome = outcome_.load(std::memory_order_acquire);
     }

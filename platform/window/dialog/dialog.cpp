@@ -7,7 +7,8 @@ namespace platform {
 
 namespace {
 
-// The base units of 8-point MS Shell Dlg at 96 dots to the inch; other fonts are measured alike.
+// The base units of 8-point MS Shell Dlg at 96 dots to the inch. Other fonts are taken to have the same
+// proportions.
 constexpr LONG DefaultUnitWidth = 6;
 constexpr LONG DefaultUnitHeight = 13;
 constexpr WORD UnitPoints = 8;
@@ -51,7 +52,7 @@ HFONT MakeFont(const DialogTemplate& dialog) {
     return CreateFontIndirectW(&font);
 }
 
-// Everything that the creation of one dialog needs again and again.
+// What the steps of making one dialog share.
 struct Making {
     HINSTANCE Instance;
     const DialogTemplate& Template;

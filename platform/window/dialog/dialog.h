@@ -12,18 +12,21 @@ namespace platform {
 HWND CreateDialogFrom(HINSTANCE instance, const DialogTemplate& dialog, HWND owner, DLGPROC procedure,
                       LPARAM parameter);
 
-// The template in a module's resources; none, and the last error says why, when there is no such dialog.
+// Reads the template from a module's resources. When there is no such dialog, the answer is empty and the
+// last error says why.
 std::optional<DialogTemplate> LoadDialogTemplate(HINSTANCE instance, LPCWSTR name);
 
-// Sends a control the message about a key, unless the dialog's keys (tab, arrows, Enter, Escape,
-// mnemonics) have a use for it. False when the message is for no window of the dialog.
+// Handles a message for the dialog or one of its controls. The dialog's own keys (tab, arrows, Enter, Escape,
+// mnemonics) are acted on here; every other message is dispatched. False when the message is for no window
+// of the dialog.
 bool HandleDialogMessage(HWND dialog, MSG* message);
 
 // Moves the focus to a control of a dialog and selects its text, when it has any.
 void FocusControl(HWND control);
 
-// Runs messages until `ended`, asked before each. A message that `handle` takes is not dispatched. False
-// when WM_QUIT came, which is posted again.
+// Gets and dispatches messages until `ended()` is true; it is asked before each message. A message for which
+// `handle(&message)` is true is not dispatched. False when WM_QUIT came; it is posted again for the
+// caller's own loop.
 template <typename Ended, typename Handle>
 bool RunModalLoop(const Ended& ended, const Handle& handle) {
     MSG message;

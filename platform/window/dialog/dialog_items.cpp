@@ -41,7 +41,7 @@ HWND NextOf(const std::vector<HWND>& controls, HWND from, bool previous, const W
     return nullptr;
 }
 
-// The part of the controls that the arrow keys stay in: from one with WS_GROUP up to the next.
+// The group of a control, within which the arrow keys move: from one control with WS_GROUP up to the next.
 std::vector<HWND> GroupOf(const std::vector<HWND>& controls, HWND control) {
     const auto begins = [](HWND candidate) { return FindWindowLocked(candidate)->HasStyle(WS_GROUP); };
     auto first = std::find(controls.begin(), controls.end(), control);
@@ -55,7 +55,7 @@ std::vector<HWND> GroupOf(const std::vector<HWND>& controls, HWND control) {
     return {first, last};
 }
 
-// A control inside another one of the dialog (the edit of a combo box) stands for that.
+// The dialog's own control that the window is or lies in, such as the combo box around an edit.
 HWND DirectControlLocked(HWND dialog, HWND control, const std::vector<HWND>& controls) {
     while (control && control != dialog &&
            std::find(controls.begin(), controls.end(), control) == controls.end()) {

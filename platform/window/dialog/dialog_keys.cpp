@@ -20,7 +20,7 @@ std::u16string TextOf(HWND window) {
     return text;
 }
 
-// A page inside a sheet leaves its keys to the sheet.
+// A page is a dialog inside the sheet's dialog; keys are handled by the outermost one.
 HWND OutermostDialog(HWND dialog) {
     while ((GetWindowLongPtrW(dialog, GWL_STYLE) & DS_CONTROL) != 0) {
         const HWND parent = GetParent(dialog);
@@ -111,7 +111,7 @@ bool UseKey(HWND dialog, const MSG* message) {
     }
 }
 
-// All controls of the dialog, those of its pages included, with a mnemonic to look at.
+// Collects the visible controls of the dialog and of its pages, whose mnemonics are looked at.
 BOOL CALLBACK AppendVisible(HWND window, LPARAM list) {
     if (IsWindowVisible(window) && IsWindowEnabled(window)) {
         reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
@@ -147,7 +147,7 @@ bool UseMnemonic(HWND dialog, WCHAR letter) {
     return false;
 }
 
-// A letter is a mnemonic unless the control with the focus takes letters.
+// A letter without Alt is a mnemonic too, unless the control with the focus takes letters.
 bool UseLetter(HWND dialog, const MSG* message) {
     if (message->message == WM_CHAR &&
         (CodeOf(message->hwnd, message) & (DLGC_WANTCHARS | DLGC_WANTMESSAGE)) != 0) {

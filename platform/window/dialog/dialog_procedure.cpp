@@ -1,4 +1,4 @@
-// DefDlgProcW: a dialog's procedure is asked first, the rest is what every dialog does.
+// DefDlgProcW: asks the dialog's own procedure first, then does what every dialog does.
 #include "platform/window/dialog/dialog.h"
 #include "platform/window/window_object.h"
 
@@ -6,7 +6,7 @@ namespace platform {
 
 namespace {
 
-// Messages whose answer is what the dialog's procedure returns, not its DWLP_MSGRESULT.
+// For these messages the answer is what the dialog's procedure returns; for all others it is DWLP_MSGRESULT.
 bool IsAnsweredDirectly(UINT message) {
     return message == WM_INITDIALOG || (message >= WM_CTLCOLOREDIT - 1 && message <= WM_CTLCOLORSTATIC);
 }
@@ -23,7 +23,7 @@ void SetDialogFocus(HWND dialog, HWND focus) {
     }
 }
 
-// Keeps the control with the focus for the time when the dialog has it again.
+// Remembers which control has the focus, to give it back when the dialog becomes active again.
 void SaveFocus(HWND dialog) {
     const HWND focus = GetFocus();
     if (focus && IsChild(dialog, focus)) {

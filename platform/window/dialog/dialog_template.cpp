@@ -12,7 +12,8 @@ constexpr WORD ExtendedSignature = 0xFFFF;
 constexpr WORD NumberMark = 0xFFFF;
 constexpr WORD FirstClassNumber = 0x80;
 
-// Reads fields one after the other. After the end it gives zeros and IsGood is false.
+// Reads the template's fields one after the other. A read beyond the end gives zeros, and IsGood is false
+// from then on.
 class Reader {
 public:
     Reader(const void* data, size_t size) : data_(static_cast<const BYTE*>(data)), size_(size) {}

@@ -1,4 +1,5 @@
-// A compiled dialog, of the plain or the extended kind, read into one form.
+// Reads a compiled dialog template. Plain and extended templates (DIALOG and DIALOGEX) give the same
+// structure.
 #pragma once
 
 #include <windows.h>
@@ -41,7 +42,8 @@ struct DialogTemplate {
     std::vector<TemplateControl> Controls;
 };
 
-// None when the template ends too early. `size` is SIZE_MAX when it is not known.
+// `size` is the number of bytes at `data`, or SIZE_MAX when it is not known. Empty when the template ends
+// too early.
 std::optional<DialogTemplate> ReadDialogTemplate(const void* data, size_t size);
 
 }  // namespace platform

@@ -24,7 +24,7 @@ Boxes& TheBoxes() {
     return boxes;
 }
 
-// By MB_TYPEMASK; the first is the one that is pressed unless the box has the wanted one.
+// The buttons of each MB_TYPEMASK. The first is pressed when the box does not have the wanted one.
 std::initializer_list<int> ButtonsOf(UINT style) {
     static constexpr std::initializer_list<int> ButtonChoices[] = {
         {IDOK},                        // MB_OK

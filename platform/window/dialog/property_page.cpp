@@ -70,7 +70,7 @@ void PropertyPage::Release() {
     Call(PSPCB_RELEASE);
 }
 
-// 1 for a page that has no callback.
+// The answer of the page's callback; 1, which allows everything, when it has none.
 UINT PropertyPage::Call(UINT message) {
     const bool calls = (description_.dwFlags & PSP_USECALLBACK) != 0 && description_.pfnCallback;
     return calls ? description_.pfnCallback(nullptr, message, &description_) : 1;

@@ -1,4 +1,4 @@
-// A page of a property sheet between its creation and its end. Its handle is of the user objects.
+// A page of a property sheet, from CreatePropertySheetPage to its release. Its handle is a user object's.
 #pragma once
 
 #include <windows.h>
@@ -25,13 +25,13 @@ public:
     // The number of the dialog in the resources; 0 when it has a name or lies in memory.
     WORD DialogNumber() const;
 
-    // The template as it is made into a page: a child without a frame of its own.
+    // The template with the styles of a page: a child window without a frame.
     std::optional<DialogTemplate> Template() const;
 
-    // Makes the page's dialog inside the sheet. Null when the page's callback does not want it.
+    // Makes the page's dialog inside the sheet. Null when the page's callback refuses it.
     HWND Create(HWND sheet);
 
-    // Tells the callback that the page goes.
+    // Tells the page's callback that the page is released.
     void Release();
 
 private:

@@ -132,7 +132,7 @@ void PropertySheet::AddTabs() {
     }
 }
 
-// Every page gets the room of the widest and the highest.
+// All pages get the same room: the width of the widest and the height of the highest.
 RECT PropertySheet::LargestPage() const {
     RECT largest{};
     for (const SheetPage& page : pages_) {
@@ -179,7 +179,8 @@ bool PropertySheet::MayLeave() const {
     return active_ == NoPage || Notify(pages_[active_], PSN_KILLACTIVE) == FALSE;
 }
 
-// Away from the active page, if it lets go, to another.
+// Goes from the active page to another. False when the active page refuses to be left or no page can be
+// shown.
 bool PropertySheet::Switch(size_t index) {
     if (index >= pages_.size() || !MayLeave()) {
         return false;
@@ -187,7 +188,8 @@ bool PropertySheet::Switch(size_t index) {
     return Turn(index);
 }
 
-// To the page, or to the one that it names or points on to instead.
+// Shows the page, unless it cannot be made or its answer to PSN_SETACTIVE names another page or (-1) the next
+// one. False when no page takes its turn.
 bool PropertySheet::Turn(size_t index) {
     constexpr LRESULT Skip = -1;
     size_t target = index;

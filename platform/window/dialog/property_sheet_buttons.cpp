@@ -1,4 +1,4 @@
-// The buttons of a property sheet: what is applied, refused and given up.
+// The buttons of a property sheet: OK, Cancel and Apply.
 #include <windows.h>
 #include <prsht.h>
 
@@ -41,7 +41,8 @@ void PropertySheet::Press(int button) {
     }
 }
 
-// Every page that has been shown is asked, the active one first whether it may be left. One refusal ends it.
+// First the active page is asked whether it may be left, then every page that has been shown is told to
+// apply. The first refusal ends it.
 bool PropertySheet::Apply(bool closes) {
     if (!MayLeave()) {
         return false;

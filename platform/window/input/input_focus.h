@@ -5,14 +5,14 @@
 
 namespace platform {
 
-// The window is about to go: what it and the windows in it have of the thread's input is given up, and
-// another top-level window of the thread becomes active in its place.
+// For a window that is about to be destroyed. Takes focus, capture and activation away from it and the
+// windows in it; another top-level window of the thread becomes active in its place.
 void GiveUpInput(HWND window);
 
-// The same for a window that is hidden: the focus goes to its parent, capture stays.
+// For a window that is being hidden. The focus goes to its parent; the capture stays.
 void GiveUpFocus(HWND window);
 
-// Makes a top-level window the thread's active one, with WM_ACTIVATE; null: none.
+// Makes a top-level window the thread's active one and sends WM_ACTIVATE to both windows. Null deactivates.
 void Activate(HWND window);
 
 }  // namespace platform

@@ -30,7 +30,8 @@ std::shared_ptr<MenuObject> FindMenu(HMENU handle) {
     return menu;
 }
 
-// REQUIRES: the menu's lock is held. By command, or by position with MF_BYPOSITION; null when there is none.
+// REQUIRES: the menu's lock is held. Finds an item by its command, or with MF_BYPOSITION by its position.
+// Null when there is none.
 MenuItem* FindItem(MenuObject& menu, UINT which, UINT flags) {
     if ((flags & MF_BYPOSITION) != 0) {
         return which < menu.Items.size() ? &menu.Items[which] : nullptr;
@@ -77,7 +78,7 @@ BOOL WINAPI DestroyMenu(HMENU handle) {
     return CloseUserHandle(handle, UserObjectKind::Menu) ? TRUE : FALSE;
 }
 
-// Before the item that `before` names; at the end when there is none such.
+// Inserts before the item that `before` names, or at the end when there is no such item.
 BOOL WINAPI InsertMenuW(HMENU handle, UINT before, UINT flags, UINT_PTR id, LPCWSTR text) {
     const std::shared_ptr<MenuObject> menu = FindMenu(handle);
     if (!menu) {

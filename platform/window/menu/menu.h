@@ -1,4 +1,4 @@
-// Menus and the loop that runs an open one.
+// The items of a menu and the window of an open one.
 #pragma once
 
 #include <windows.h>
@@ -21,7 +21,7 @@ struct MenuItem {
 // None when there is no such menu.
 std::optional<std::vector<MenuItem>> MenuItems(HMENU menu);
 
-// Of the class "#32768", the window of an open menu.
+// The procedure of the window of an open menu, whose class is "#32768".
 LRESULT CALLBACK MenuWindowProcedure(HWND window, UINT message, WPARAM first, LPARAM second);
 
 }  // namespace platform

@@ -1,5 +1,5 @@
-// TrackPopupMenu: an open menu takes the keys and clicks of its thread until something is chosen or the
-// menu is given up. Messages of other kinds go their way meanwhile.
+// TrackPopupMenu: an open menu takes the keys and clicks of its thread until an item is chosen or the menu
+// is closed. All other messages are dispatched meanwhile.
 #include <algorithm>
 
 #include "platform/window/gui_thread.h"
@@ -24,7 +24,7 @@ public:
     PopupMenu(const PopupMenu&) = delete;
     PopupMenu& operator=(const PopupMenu&) = delete;
 
-    // The item that was chosen; null when the menu was given up.
+    // The item that was chosen; null when the menu was closed without a choice.
     const MenuItem* Run();
 
 private:
@@ -151,7 +151,8 @@ bool PopupMenu::UseKey(WPARAM key) {
     }
 }
 
-// Around and around, over separators. From nothing, down comes to the first and up to the last.
+// Moves the highlight to the next item in this direction that is no separator, and around at the ends. When
+// nothing is highlighted, down begins at the first item and up at the last.
 void PopupMenu::Move(int step) {
     const int count = static_cast<int>(items_.size());
     int index = highlighted_ == NoEntry && step < 0 ? 0 : highlighted_;
@@ -173,7 +174,7 @@ void PopupMenu::Highlight(int index) {
     }
 }
 
-// A letter that several items have only moves between them.
+// A letter chooses the only item with this mnemonic. When several have it, it moves between them.
 void PopupMenu::UseLetter(WCHAR letter) {
     std::vector<int> matches;
     for (size_t i = 0; i < items_.size(); ++i) {
@@ -191,7 +192,7 @@ void PopupMenu::UseLetter(WCHAR letter) {
     }
 }
 
-// The button's release chooses; its press outside the menu gives it up.
+// Releasing the button over an item chooses it; pressing it outside the menu closes the menu.
 void PopupMenu::Click(POINT screen, bool released) {
     RECT frame;
     GetWindowRect(window_, &frame);
