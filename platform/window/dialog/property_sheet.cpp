@@ -32,7 +32,8 @@ DialogTemplate SheetTemplate(const PROPSHEETHEADERW& header) {
     sheet.Controls.push_back(Button(IDOK, u"OK", BS_DEFPUSHBUTTON | WS_GROUP));
     sheet.Controls.push_back(Button(IDCANCEL, u"Cancel", BS_PUSHBUTTON));
     if ((header.dwFlags & PSH_NOAPPLYNOW) == 0) {
-        sheet.Controls.push_back(Button(PropertySheet::ApplyButton, u"&Apply", BS_PUSHBUTTON | WS_DISABLED));
+        sheet.Controls.push_back(
+            Button(PropertySheetDialog::ApplyButton, u"&Apply", BS_PUSHBUTTON | WS_DISABLED));
     }
     if ((header.dwFlags & PSH_HASHELP) != 0) {
         sheet.Controls.push_back(Button(IDHELP, u"Help", BS_PUSHBUTTON));
@@ -40,7 +41,7 @@ DialogTemplate SheetTemplate(const PROPSHEETHEADERW& header) {
     sheet.Controls.push_back({WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_GROUP | WS_CLIPSIBLINGS | TCS_MULTILINE,
                               0,
                               {},
-                              PropertySheet::TabControl,
+                              PropertySheetDialog::TabControl,
                               {0, WC_TABCONTROLW},
                               {},
                               {}});
@@ -61,7 +62,7 @@ std::u16string Caption(const PROPSHEETHEADERW& header) {
 
 }  // namespace
 
-PropertySheet::PropertySheet(const PROPSHEETHEADERW& header) : header_(header) {
+PropertySheetDialog::PropertySheetDialog(const PROPSHEETHEADERW& header) : header_(header) {
     for (UINT i = 0; i < header.nPages; ++i) {
         const HPROPSHEETPAGE handle = (header.dwFlags & PSH_PROPSHEETPAGE) != 0
                                           ? CreatePropertySheetPageW(&header.ppsp[i])
@@ -72,13 +73,13 @@ PropertySheet::PropertySheet(const PROPSHEETHEADERW& header) : header_(header) {
     }
 }
 
-PropertySheet::~PropertySheet() {
+PropertySheetDialog::~PropertySheetDialog() {
     for (const SheetPage& page : pages_) {
         DestroyPropertySheetPage(page.Handle);
     }
 }
 
-INT_PTR PropertySheet::Run() {
+INT_PTR PropertySheetDialog::Run() {
     if (pages_.empty()) {
         return -1;
     }
@@ -102,18 +103,18 @@ INT_PTR PropertySheet::Run() {
     return result_;
 }
 
-INT_PTR CALLBACK PropertySheet::Procedure(HWND window, UINT message, WPARAM first, LPARAM second) {
+INT_PTR CALLBACK PropertySheetDialog::Procedure(HWND window, UINT message, WPARAM first, LPARAM second) {
     if (message == WM_INITDIALOG) {
         SetWindowLongPtrW(window, static_cast<int>(DWLP_USER), second);
-        reinterpret_cast<PropertySheet*>(second)->Open(window);
+        reinterpret_cast<PropertySheetDialog*>(second)->Open(window);
         return FALSE;  // the page decides where the focus is
     }
     auto* const sheet =
-        reinterpret_cast<PropertySheet*>(GetWindowLongPtrW(window, static_cast<int>(DWLP_USER)));
+        reinterpret_cast<PropertySheetDialog*>(GetWindowLongPtrW(window, static_cast<int>(DWLP_USER)));
     return sheet ? sheet->Handle(message, first, second) : FALSE;
 }
 
-void PropertySheet::Open(HWND window) {
+void PropertySheetDialog::Open(HWND window) {
     window_ = window;
     AddTabs();
     LayOut();
@@ -122,7 +123,7 @@ void PropertySheet::Open(HWND window) {
     Turn(start);
 }
 
-void PropertySheet::AddTabs() {
+void PropertySheetDialog::AddTabs() {
     for (size_t i = 0; i < pages_.size(); ++i) {
         std::u16string title = pages_[i].Page->Title();
         TCITEMW item{};
@@ -133,7 +134,7 @@ void PropertySheet::AddTabs() {
 }
 
 // All pages get the same room: the width of the widest and the height of the highest.
-RECT PropertySheet::LargestPage() const {
+RECT PropertySheetDialog::LargestPage() const {
     RECT largest{};
     for (const SheetPage& page : pages_) {
         if (const std::optional<DialogTemplate> dialog = page.Page->Template()) {
@@ -145,7 +146,7 @@ RECT PropertySheet::LargestPage() const {
     return largest;
 }
 
-void PropertySheet::LayOut() {
+void PropertySheetDialog::LayOut() {
     constexpr UINT PlaceOnly = SWP_NOZORDER | SWP_NOACTIVATE;
     RECT tabs = LargestPage();
     SendMessageW(Tabs(), TCM_ADJUSTRECT, TRUE, reinterpret_cast<LPARAM>(&tabs));
@@ -170,18 +171,18 @@ void PropertySheet::LayOut() {
 }
 
 // The page's answer, as it set it with DWLP_MSGRESULT.
-LRESULT PropertySheet::Notify(const SheetPage& page, UINT code, LPARAM parameter) const {
+LRESULT PropertySheetDialog::Notify(const SheetPage& page, UINT code, LPARAM parameter) const {
     PSHNOTIFY notification = {{window_, 0, code}, parameter};
     return SendMessageW(page.Window, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&notification));
 }
 
-bool PropertySheet::MayLeave() const {
+bool PropertySheetDialog::MayLeave() const {
     return active_ == NoPage || Notify(pages_[active_], PSN_KILLACTIVE) == FALSE;
 }
 
 // Goes from the active page to another. False when the active page refuses to be left or no page can be
 // shown.
-bool PropertySheet::Switch(size_t index) {
+bool PropertySheetDialog::Switch(size_t index) {
     if (index >= pages_.size() || !MayLeave()) {
         return false;
     }
@@ -190,7 +191,7 @@ bool PropertySheet::Switch(size_t index) {
 
 // Shows the page, unless it cannot be made or its answer to PSN_SETACTIVE names another page or (-1) the next
 // one. False when no page takes its turn.
-bool PropertySheet::Turn(size_t index) {
+bool PropertySheetDialog::Turn(size_t index) {
     constexpr LRESULT Skip = -1;
     size_t target = index;
     for (size_t tries = 0; tries < pages_.size(); ++tries) {
@@ -209,7 +210,7 @@ bool PropertySheet::Turn(size_t index) {
     return false;
 }
 
-bool PropertySheet::EnsureCreated(SheetPage& page) {
+bool PropertySheetDialog::EnsureCreated(SheetPage& page) {
     if (page.Window) {
         return true;
     }
@@ -228,7 +229,7 @@ bool PropertySheet::EnsureCreated(SheetPage& page) {
     return true;
 }
 
-void PropertySheet::Show(size_t index) {
+void PropertySheetDialog::Show(size_t index) {
     const size_t before = active_;
     active_ = index;
     SendMessageW(Tabs(), TCM_SETCURSEL, index, 0);
@@ -246,14 +247,14 @@ void PropertySheet::Show(size_t index) {
     }
 }
 
-void PropertySheet::TabChanged() {
+void PropertySheetDialog::TabChanged() {
     const auto index = static_cast<size_t>(SendMessageW(Tabs(), TCM_GETCURSEL, 0, 0));
     if (index != active_ && !Turn(index)) {
         SendMessageW(Tabs(), TCM_SETCURSEL, active_, 0);
     }
 }
 
-INT_PTR PropertySheet::Handle(UINT message, WPARAM first, LPARAM second) {
+INT_PTR PropertySheetDialog::Handle(UINT message, WPARAM first, LPARAM second) {
     switch (message) {
     case WM_COMMAND:
         Press(LOWORD(first));
@@ -274,7 +275,7 @@ INT_PTR PropertySheet::Handle(UINT message, WPARAM first, LPARAM second) {
     }
 }
 
-INT_PTR PropertySheet::HandleSheetMessage(UINT message, WPARAM first, LPARAM second) {
+INT_PTR PropertySheetDialog::HandleSheetMessage(UINT message, WPARAM first, LPARAM second) {
     LRESULT answer = 0;
     switch (message) {
     case PSM_CHANGED:
@@ -323,13 +324,13 @@ INT_PTR PropertySheet::HandleSheetMessage(UINT message, WPARAM first, LPARAM sec
     return TRUE;
 }
 
-size_t PropertySheet::FindPage(HPROPSHEETPAGE handle) const {
+size_t PropertySheetDialog::FindPage(HPROPSHEETPAGE handle) const {
     const auto found = std::find_if(pages_.begin(), pages_.end(),
                                     [handle](const SheetPage& page) { return page.Handle == handle; });
     return found != pages_.end() ? static_cast<size_t>(found - pages_.begin()) : NoPage;
 }
 
-LRESULT PropertySheet::AskSiblings(WPARAM first, LPARAM second) const {
+LRESULT PropertySheetDialog::AskSiblings(WPARAM first, LPARAM second) const {
     for (const SheetPage& page : pages_) {
         const LRESULT answer = page.Window ? SendMessageW(page.Window, PSM_QUERYSIBLINGS, first, second) : 0;
         if (answer != 0) {
@@ -340,7 +341,7 @@ LRESULT PropertySheet::AskSiblings(WPARAM first, LPARAM second) const {
 }
 
 // Control with Tab, Page Up or Page Down goes from page to page.
-bool PropertySheet::TakesKey(MSG* message) {
+bool PropertySheetDialog::TakesKey(MSG* message) {
     if (message->message != WM_KEYDOWN || GetKeyState(VK_CONTROL) >= 0 || active_ == NoPage) {
         return false;
     }
@@ -360,5 +361,5 @@ INT_PTR WINAPI PropertySheetW(LPCPROPSHEETHEADERW header) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return -1;
     }
-    return platform::PropertySheet(*header).Run();
+    return platform::PropertySheetDialog(*header).Run();
 }

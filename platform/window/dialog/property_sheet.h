@@ -12,16 +12,16 @@
 
 namespace platform {
 
-class PropertySheet {
+class PropertySheetDialog {
 public:
     // Of the sheet's own controls.
     static constexpr DWORD TabControl = 0x3020;
     static constexpr DWORD ApplyButton = 0x3021;
 
-    explicit PropertySheet(const PROPSHEETHEADERW& header);
-    ~PropertySheet();
-    PropertySheet(const PropertySheet&) = delete;
-    PropertySheet& operator=(const PropertySheet&) = delete;
+    explicit PropertySheetDialog(const PROPSHEETHEADERW& header);
+    ~PropertySheetDialog();
+    PropertySheetDialog(const PropertySheetDialog&) = delete;
+    PropertySheetDialog& operator=(const PropertySheetDialog&) = delete;
 
     INT_PTR Run();
 

@@ -9,7 +9,7 @@
 namespace platform {
 
 // A page whose dialog is still being made has not been changed by anyone yet.
-void PropertySheet::SetChanged(HWND window, bool changed) {
+void PropertySheetDialog::SetChanged(HWND window, bool changed) {
     const auto page = std::find_if(pages_.begin(), pages_.end(), [window](const SheetPage& candidate) {
         return candidate.Window && candidate.Window == window;
     });
@@ -20,7 +20,7 @@ void PropertySheet::SetChanged(HWND window, bool changed) {
     EnableWindow(GetDlgItem(window_, ApplyButton), any ? TRUE : FALSE);
 }
 
-void PropertySheet::Press(int button) {
+void PropertySheetDialog::Press(int button) {
     switch (button) {
     case IDOK:
         Accept();
@@ -43,7 +43,7 @@ void PropertySheet::Press(int button) {
 
 // First the active page is asked whether it may be left, then every page that has been shown is told to
 // apply. The first refusal ends it.
-bool PropertySheet::Apply(bool closes) {
+bool PropertySheetDialog::Apply(bool closes) {
     if (!MayLeave()) {
         return false;
     }
@@ -67,13 +67,13 @@ bool PropertySheet::Apply(bool closes) {
     return true;
 }
 
-void PropertySheet::Accept() {
+void PropertySheetDialog::Accept() {
     if (Apply(true)) {
         Finish(restart_ != 0 ? restart_ : 1);
     }
 }
 
-void PropertySheet::Cancel() {
+void PropertySheetDialog::Cancel() {
     if (active_ != NoPage && Notify(pages_[active_], PSN_QUERYCANCEL) != FALSE) {
         return;
     }
@@ -85,7 +85,7 @@ void PropertySheet::Cancel() {
     Finish(saved_ && restart_ != 0 ? restart_ : saved_ ? 1 : 0);
 }
 
-void PropertySheet::Finish(INT_PTR result) {
+void PropertySheetDialog::Finish(INT_PTR result) {
     result_ = result;
     over_ = true;
     PostMessageW(window_, WM_NULL, 0, 0);
