@@ -5,7 +5,7 @@
 
 #include "bench/answering_device.h"
 #include "bench/wave_clients.h"
-#include "platform/inspect.h"
+#include "front/unload_driver.h"
 #include "platform/machine.h"
 #include "simulator/simulator.h"
 
@@ -37,7 +37,7 @@ void TurnAround(benchmark::State& state) {
         state.SetItemsProcessed(static_cast<int64_t>(buffers));
         state.counters["requests"] = static_cast<double>(device.Requests() - before) / buffers;
     }
-    platform::UnloadWaveDriver();
+    front::UnloadWaveDriver();
 }
 
 // The same way with simulated cards, which play and record every sample.
@@ -65,7 +65,7 @@ void TurnAroundSimulated(benchmark::State& state) {
         }
         state.SetItemsProcessed(state.iterations() * clients.Count());
     }
-    platform::UnloadWaveDriver();
+    front::UnloadWaveDriver();
 }
 
 void StreamsAndSizes(benchmark::internal::Benchmark* benchmark) {
@@ -102,7 +102,7 @@ void OpenAndClose(benchmark::State& state) {
         state.counters["requests"] = requests / static_cast<double>(state.iterations());
         state.SetItemsProcessed(state.iterations());
     }
-    platform::UnloadWaveDriver();
+    front::UnloadWaveDriver();
 }
 BENCHMARK(OpenAndClose)->ArgNames({"cards", "fast"})->ArgsProduct({{1, 4, 16}, {0, 1}})->Iterations(50);
 

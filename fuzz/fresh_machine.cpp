@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "front/unload_driver.h"
 #include "platform/machine.h"
 
 void Require(bool holds, const char* text) {
@@ -20,7 +21,7 @@ FreshMachine::FreshMachine(unsigned cards) {
 }
 
 FreshMachine::~FreshMachine() {
-    platform::UnloadWaveDriver();
+    front::UnloadWaveDriver();
     Require(simulator_->OpenFiles() == 0, "a device handle is left open");
     simulator_.reset();
     Require(platform::CurrentUsage() == usage_, "something was taken and not given back");

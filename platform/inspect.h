@@ -1,4 +1,5 @@
-// Behind the curtain: what tests and tools may ask of the platform layer that no Windows call tells.
+// What tests and tools may ask of the platform layer that no Windows call tells: what was shown, logged and
+// left open, and which calls shall fail.
 #pragma once
 
 #include <windows.h>
@@ -52,7 +53,6 @@ struct EventRecord {
     DWORD Id;
 };
 std::vector<EventRecord> EventLog();
-void ClearEventLog();
 
 // Makes the n-th coming call (1 = the next) of the named function fail as that function fails:
 // "CreateEventW", "CreateThread", "CreateMutexW", "CreateFileW", "HeapAlloc", "GlobalAlloc",
@@ -62,10 +62,5 @@ void ClearEventLog();
 void FailCall(const char* function, unsigned nth);
 bool CallFailuresAreWaiting();  // for a call that has not come yet
 void ClearCallFailures();
-
-// The multimedia front loads the driver library at the first wave call of the process. This closes
-// every device still open, sends the driver its last messages and unloads it, so that the next wave
-// call starts afresh.
-void UnloadWaveDriver();
 
 }  // namespace platform

@@ -46,11 +46,12 @@ struct ProcessIdentity {
 ProcessIdentity CurrentProcess();
 bool IsAlive(const ProcessIdentity& process);
 
-// Maps the region `name` of the machine in use: zero-filled when the machine's first user maps it,
-// and then `create` runs once, while no other process can see the region; it must not map another
-// region. The child of a fork shares what its parent had mapped, of a private machine too. The same
-// address for every call in this process until the next UseMachine; ask for the same size. Never
-// fails: ends the process with a message when the memory cannot be had.
+// Maps the region `name` of the machine in use and answers its address, which stays the same in this
+// process until the next UseMachine. All calls must ask for the same size.
+//
+// A new region is zero-filled. Then `create` runs once, before any other process can see the region; it
+// must not map another region. The child of a fork shares what its parent had mapped, on a private machine
+// too. Never fails: when the memory cannot be had, the process ends with a message.
 void* MapMachineRegion(const char* name, size_t size, void (*create)(void* memory));
 
 // A region that holds one T, which must be valid when zero-filled and then Initialize()d.

@@ -1,5 +1,5 @@
-// Where timeGetTime and Sleep get their time from. Time limits of waits, SleepEx's alertable one among
-// them, always run on the system's clock.
+// Where timeGetTime and Sleep get their time from. The time limits of waits, and so of an alertable SleepEx,
+// always run on the system's clock.
 #pragma once
 
 #include <windows.h>
@@ -18,7 +18,7 @@ protected:
     ~TimeSource() = default;
 };
 
-// Null puts the system's monotonic clock back, which is also what the platform starts with.
+// Null restores the system's monotonic clock, which the platform also starts with.
 void InstallTimeSource(TimeSource* source);
 
 }  // namespace platform

@@ -1,6 +1,6 @@
 #include <unistd.h>
 
-#include "platform/inspect.h"
+#include "front/unload_driver.h"
 #include "platform/machine.h"
 #include "tools/host.h"
 
@@ -19,7 +19,7 @@ bool CardsAreSimulated() {
 }
 
 void UnloadWaveDriver() {
-    platform::UnloadWaveDriver();
+    front::UnloadWaveDriver();
 }
 
 bool StandardErrorIsTerminal() {

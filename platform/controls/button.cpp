@@ -76,7 +76,7 @@ void Button::Click() {
     Command(BN_CLICKED);
 }
 
-// A click that the program makes goes the way of the mouse's.
+// BM_CLICK goes through the same messages as a click of the mouse.
 void Button::ClickBySystem() {
     SendMessageW(Window(), WM_LBUTTONDOWN, MK_LBUTTON, 0);
     SendMessageW(Window(), WM_LBUTTONUP, 0, 0);

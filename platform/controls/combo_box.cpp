@@ -84,7 +84,7 @@ void ComboBox::CloseUp(bool take) {
     Command(CBN_CLOSEUP);
 }
 
-// What the user does: a program's own selection is not told to the parent.
+// A choice of the user's, of which the parent is notified.
 void ComboBox::Choose(int index) {
     if (index < 0 || index >= Count() || index == selected_) {
         return;

@@ -1,5 +1,5 @@
-// What the window procedures of all controls do the same way: state of their own, made with the window
-// and freed with it, and word to the parent.
+// What all controls have in common: a state that is made and freed with the window, and notifications to the
+// parent.
 #pragma once
 
 #include <windows.h>
@@ -11,7 +11,8 @@
 
 namespace platform {
 
-// Text is measured, since nothing is drawn, as in the dialog font at its usual size.
+// Nothing is drawn, but places depend on the size of text. Every character counts as one of the dialog font
+// at its usual size.
 constexpr int CharacterWidth = 6;
 constexpr int TextHeight = 13;
 
@@ -31,7 +32,7 @@ protected:
     bool HasFocus() const;
     RECT ClientArea() const;
 
-    // For messages that the control leaves to the system; the font it must remember itself.
+    // The default answer to a message. It also stores the font of WM_SETFONT.
     LRESULT Default(UINT message, WPARAM first, LPARAM second);
 
     // WM_COMMAND and WM_NOTIFY to the parent. The parent may destroy the control meanwhile.
@@ -44,7 +45,7 @@ private:
     WPARAM font_ = 0;
 };
 
-// The procedure of a control class whose state is a T. Its class reserves a pointer's room.
+// The window procedure of a control class whose state is a T. The class reserves extra bytes for one pointer.
 template <typename T>
 LRESULT CALLBACK ControlProcedure(HWND window, UINT message, WPARAM first, LPARAM second) {
     if (message == WM_NCCREATE) {
@@ -55,7 +56,7 @@ LRESULT CALLBACK ControlProcedure(HWND window, UINT message, WPARAM first, LPARA
     if (!held) {
         return DefWindowProcW(window, message, first, second);
     }
-    // Outlives a window that is destroyed by what this message leads to.
+    // Keeps the state alive when handling the message destroys the window.
     const std::shared_ptr<Control> control = *held;
     const LRESULT result = control->Handle(message, first, second);
     if (message == WM_NCDESTROY) {

@@ -37,11 +37,6 @@ BOOL WINAPI ImageList_Destroy(HIMAGELIST handle) {
     return CloseUserHandle(handle, UserObjectKind::ImageList) ? TRUE : FALSE;
 }
 
-int WINAPI ImageList_GetImageCount(HIMAGELIST handle) {
-    const auto list = FindUserObject<ImageList>(handle);
-    return list ? list->Images : 0;
-}
-
 // A bitmap holds as many pictures as fit side by side.
 int WINAPI ImageList_Add(HIMAGELIST handle, HBITMAP picture, HBITMAP) {
     const auto list = FindUserObject<ImageList>(handle);

@@ -1,4 +1,4 @@
-// The tab control. Its owner shows what belongs to the tab; the control only says which one is current.
+// The tab control. It only keeps the tabs and which one is selected; its owner shows what belongs to it.
 #include <algorithm>
 #include <utility>
 #include <vector>
@@ -102,7 +102,7 @@ bool TabControl::Set(WPARAM index, const TCITEMW& item) {
     return true;
 }
 
-// Tells the owner nothing, as every selection that a program makes.
+// A selection that the program makes is not notified to the owner.
 int TabControl::SelectByProgram(WPARAM index) {
     return Has(index) ? std::exchange(current_, static_cast<int>(index)) : NoTab;
 }

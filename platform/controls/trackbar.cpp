@@ -1,5 +1,4 @@
-// The trackbar. What the user does reaches the parent as WM_HSCROLL or WM_VSCROLL; what a program sets
-// does not.
+// The trackbar. The parent gets WM_HSCROLL or WM_VSCROLL for what the user does, not for what a program sets.
 #include <algorithm>
 #include <utility>
 #include <vector>
@@ -84,7 +83,7 @@ LRESULT Trackbar::TellTick(WPARAM index) const {
     return index < ticks_.size() ? ticks_[index] : -1;
 }
 
-// Geometry is worked out lying; a standing trackbar has its axes exchanged.
+// All geometry is computed for a horizontal trackbar. For a vertical one the axes are exchanged.
 RECT Trackbar::AlongControl(int from, int top, int to, int bottom) const {
     return IsVertical() ? RECT{top, from, bottom, to} : RECT{from, top, to, bottom};
 }

@@ -1,4 +1,4 @@
-// The items of a tree view: who is under whom, in which order, and which of them stand in a row now.
+// The items of a tree view: parents and children, their order, and which of them have a row at the moment.
 #pragma once
 
 #include <windows.h>
@@ -34,13 +34,13 @@ public:
     bool IsRoot(const TreeItem* item) const { return item == &root_; }
     size_t Count() const { return known_.size(); }
 
-    // Null when there is no such item any more. No handle at all, or TVI_ROOT, is the root.
+    // The item of that handle; null when it does not exist any more. A null handle and TVI_ROOT are the root.
     TreeItem* Find(HTREEITEM handle);
 
-    // Before the given child of the parent, or as the last when there is none.
+    // Inserts the item before the given child of the parent, or as the last child when that is null.
     TreeItem& Insert(TreeItem& parent, const TreeItem* before, std::unique_ptr<TreeItem> item);
 
-    // With everything under it.
+    // Removes the item with everything under it.
     void Remove(TreeItem& item);
 
     // Relations; null when there is none. The root is nobody's parent.

@@ -1,7 +1,6 @@
 #include "platform/controls/tree_view.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "platform/controls/control_classes.h"
 
@@ -273,7 +272,7 @@ bool TreeView::TellExpansion(UINT code, UINT action, const TreeItem& item) const
     return NotifyOfItems(code, action, nullptr, &item) != FALSE;
 }
 
-// A program's expansion is told to the parent only the first time, the user's always.
+// The parent is notified whenever the user expands an item, but only the first time when the program does.
 bool TreeView::Expand(TreeItem& item, UINT action, bool byUser) {
     if (action == TVE_TOGGLE) {
         action = item.IsExpanded() ? TVE_COLLAPSE : TVE_EXPAND;
@@ -307,83 +306,6 @@ void TreeView::ShowAncestors(TreeItem& item) {
     if (TreeItem* const parent = items_.Parent(item)) {
         ShowAncestors(*parent);
         Expand(*parent, TVE_EXPAND, false);
-    }
-}
-
-LRESULT TreeView::Handle(UINT message, WPARAM first, LPARAM second) {
-    if (HandleMouse(message, PointOf(second))) {
-        return 0;
-    }
-    const auto handle = reinterpret_cast<HTREEITEM>(second);
-    switch (message) {
-    case WM_GETDLGCODE:
-        return DLGC_WANTARROWS | DLGC_WANTCHARS;
-    case WM_SETFOCUS:
-        TakeFocus();
-        return 0;
-    case WM_KILLFOCUS:
-        Notify(NM_KILLFOCUS);
-        return 0;
-    case WM_KEYDOWN:
-        Key(first, second);
-        return 0;
-    case WM_SYSKEYDOWN:
-        Key(first, second);
-        return Default(message, first, second);
-    case WM_DESTROY:
-        DeleteUnder(items_.Root());
-        return 0;
-    case TVM_INSERTITEMW:
-        return reinterpret_cast<LRESULT>(Insert(*reinterpret_cast<const TVINSERTSTRUCTW*>(second)));
-    case TVM_DELETEITEM:
-        return Delete(handle);
-    case TVM_GETITEMW:
-        return Get(*reinterpret_cast<TVITEMW*>(second));
-    case TVM_SETITEMW:
-        return Set(*reinterpret_cast<const TVITEMW*>(second));
-    case TVM_GETITEMSTATE: {
-        const TreeItem* const item = items_.Find(reinterpret_cast<HTREEITEM>(first));
-        return item ? item->State & static_cast<UINT>(second) : 0;
-    }
-    case TVM_GETCOUNT:
-        return static_cast<LRESULT>(items_.Count());
-    case TVM_GETNEXTITEM: {
-        const TreeItem* const item = Related(first, handle);
-        return item ? reinterpret_cast<LRESULT>(item->Handle()) : 0;
-    }
-    case TVM_SELECTITEM:
-        return SelectByMessage(first, handle);
-    case TVM_EXPAND: {
-        TreeItem* const item = items_.Find(handle);
-        return item && Expand(*item, static_cast<UINT>(first), false);
-    }
-    case TVM_ENSUREVISIBLE: {
-        TreeItem* const item = items_.Find(handle);
-        return item && EnsureVisible(*item);
-    }
-    case TVM_SETIMAGELIST:
-        return first == TVSIL_NORMAL
-                   ? reinterpret_cast<LRESULT>(std::exchange(images_, reinterpret_cast<HIMAGELIST>(second)))
-                   : 0;
-    case TVM_GETIMAGELIST:
-        return first == TVSIL_NORMAL ? reinterpret_cast<LRESULT>(images_) : 0;
-    case TVM_HITTEST: {
-        auto& hit = *reinterpret_cast<TVHITTESTINFO*>(second);
-        const TreeItem* const item = ItemAt(hit.pt, &hit.flags);
-        hit.hItem = item ? item->Handle() : nullptr;
-        return reinterpret_cast<LRESULT>(hit.hItem);
-    }
-    case TVM_GETITEMRECT: {
-        auto& place = *reinterpret_cast<RECT*>(second);
-        const TreeItem* const item = items_.Find(*reinterpret_cast<HTREEITEM*>(second));
-        return item && ItemRect(*item, first != FALSE, place);
-    }
-    case TVM_GETITEMHEIGHT:
-        return ItemHeight();
-    case TVM_GETVISIBLECOUNT:
-        return RowsInView();
-    default:
-        return Default(message, first, second);
     }
 }
 

@@ -1,5 +1,6 @@
 // The tree view. Its items are in tree_items.h; tree_view.cpp keeps them, the selection and what is
-// expanded; tree_view_geometry.cpp says where they stand; tree_view_input.cpp follows mouse and keys.
+// expanded; tree_view_geometry.cpp says where they stand; tree_view_input.cpp follows mouse and keys;
+// tree_view_messages.cpp has the table of the messages.
 #pragma once
 
 #include "platform/controls/control.h"
@@ -13,6 +14,36 @@ public:
     LRESULT Handle(UINT message, WPARAM first, LPARAM second) override;
 
 private:
+    // Messages, by their two words
+    LRESULT OnGetDialogCode(WPARAM, LPARAM);
+    LRESULT OnSetFocus(WPARAM, LPARAM);
+    LRESULT OnKillFocus(WPARAM, LPARAM);
+    LRESULT OnKeyDown(WPARAM key, LPARAM details);
+    LRESULT OnSystemKeyDown(WPARAM key, LPARAM details);
+    LRESULT OnDestroy(WPARAM, LPARAM);
+    LRESULT OnInsertItem(WPARAM, LPARAM insertion);
+    LRESULT OnDeleteItem(WPARAM, LPARAM handle);
+    LRESULT OnGetItem(WPARAM, LPARAM description);
+    LRESULT OnSetItem(WPARAM, LPARAM description);
+    LRESULT OnGetItemState(WPARAM handle, LPARAM mask);
+    LRESULT OnGetCount(WPARAM, LPARAM);
+    LRESULT OnGetNextItem(WPARAM relation, LPARAM handle);
+    LRESULT OnSelectItem(WPARAM what, LPARAM handle);
+    LRESULT OnExpand(WPARAM action, LPARAM handle);
+    LRESULT OnEnsureVisible(WPARAM, LPARAM handle);
+    LRESULT OnSetImageList(WPARAM kind, LPARAM list);
+    LRESULT OnGetImageList(WPARAM kind, LPARAM);
+    LRESULT OnHitTest(WPARAM, LPARAM information);
+    LRESULT OnGetItemRect(WPARAM textOnly, LPARAM rectangle);
+    LRESULT OnGetItemHeight(WPARAM, LPARAM);
+    LRESULT OnGetVisibleCount(WPARAM, LPARAM);
+
+    struct MessageRow {
+        UINT Message;
+        LRESULT (TreeView::*Answer)(WPARAM first, LPARAM second);
+    };
+    static const MessageRow MessageTable[];
+
     // Items
     HTREEITEM Insert(const TVINSERTSTRUCTW& insertion);
     bool Delete(HTREEITEM handle);

@@ -39,7 +39,7 @@ int TreeView::RowOf(const TreeItem& item) const {
     return found == rows.end() ? -1 : static_cast<int>(found - rows.begin());
 }
 
-// Fewer rows than there were must not leave the view behind their end.
+// When there are fewer rows than before, the view must not begin behind the last of them.
 void TreeView::LimitScrolling() {
     const int rows = static_cast<int>(items_.Rows().size());
     firstRow_ = std::clamp(firstRow_, 0, std::max(rows - RowsInView(), 0));

@@ -36,17 +36,12 @@ public:
     std::vector<EventRecord> Read() {
         const std::lock_guard hold(lock_);
         std::vector<EventRecord> records;
-        for (uint64_t i = written_ - std::min<uint64_t>(written_ - cleared_, Capacity); i < written_; ++i) {
+        for (uint64_t i = written_ - std::min<uint64_t>(written_, Capacity); i < written_; ++i) {
             const Entry& entry = entries_[i % Capacity];
             records.push_back(
                 {std::u16string(entry.Source, entry.SourceLength), entry.Type, entry.Category, entry.Id});
         }
         return records;
-    }
-
-    void Clear() {
-        const std::lock_guard hold(lock_);
-        cleared_ = written_;
     }
 
 private:
@@ -62,7 +57,6 @@ private:
 
     SharedMutex lock_;
     uint64_t written_;  // in the machine's life
-    uint64_t cleared_;  // of these, how many Clear has hidden
     Entry entries_[Capacity];
 };
 
@@ -81,10 +75,6 @@ public:
 
 std::vector<EventRecord> EventLog() {
     return ring->Read();
-}
-
-void ClearEventLog() {
-    ring->Clear();
 }
 
 }  // namespace platform

@@ -233,8 +233,6 @@ using LPWAVEINCAPSW = WAVEINCAPSW*;
 extern "C" {
 
 DWORD WINAPI timeGetTime();
-MMRESULT WINAPI timeBeginPeriod(UINT uPeriod);
-MMRESULT WINAPI timeEndPeriod(UINT uPeriod);
 
 HDRVR WINAPI OpenDriver(LPCWSTR szDriverName, LPCWSTR szSectionName, LPARAM lParam2);
 LRESULT WINAPI CloseDriver(HDRVR hDriver, LPARAM lParam1, LPARAM lParam2);

@@ -1,4 +1,4 @@
-// Calls that are made to fail (FailCall of platform/inspect.h): the side of the failing function.
+// Calls that a test makes fail (FailCall in platform/inspect.h), as the failing function sees them.
 #pragma once
 
 #include <atomic>

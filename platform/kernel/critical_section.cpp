@@ -7,11 +7,6 @@ static std::recursive_mutex& LockOf(LPCRITICAL_SECTION section) {
     return *static_cast<std::recursive_mutex*>(section->LockSemaphore);
 }
 
-static void NoteEntered(LPCRITICAL_SECTION section) {
-    ++section->RecursionCount;
-    section->OwningThread = reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(GetCurrentThreadId()));
-}
-
 void WINAPI InitializeCriticalSection(LPCRITICAL_SECTION lpCriticalSection) {
     *lpCriticalSection = {};
     lpCriticalSection->LockCount = -1;
@@ -25,15 +20,8 @@ void WINAPI DeleteCriticalSection(LPCRITICAL_SECTION lpCriticalSection) {
 
 void WINAPI EnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection) {
     LockOf(lpCriticalSection).lock();
-    NoteEntered(lpCriticalSection);
-}
-
-BOOL WINAPI TryEnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection) {
-    if (!LockOf(lpCriticalSection).try_lock()) {
-        return FALSE;
-    }
-    NoteEntered(lpCriticalSection);
-    return TRUE;
+    ++lpCriticalSection->RecursionCount;
+    lpCriticalSection->OwningThread = reinterpret_cast<HANDLE>(static_cast<ULONG_PTR>(GetCurrentThreadId()));
 }
 
 void WINAPI LeaveCriticalSection(LPCRITICAL_SECTION lpCriticalSection) {

@@ -4,8 +4,8 @@
 
 #include "platform/device.h"
 #include "platform/kernel/call_failure.h"
-#include "platform/kernel/event_object.h"
 #include "platform/kernel/handles.h"
+#include "platform/kernel/wait/event_object.h"
 
 namespace platform {
 
@@ -30,7 +30,8 @@ private:
     void* const file_;
 };
 
-// An OVERLAPPED may serve requests of several threads at once, as long as they complete at once.
+// Several threads may use one OVERLAPPED at the same time as long as their requests complete at once, so its
+// fields are written atomically.
 void Store(ULONG_PTR& field, ULONG_PTR value) {
     std::atomic_ref<ULONG_PTR>(field).store(value, std::memory_order_relaxed);
 }
@@ -54,7 +55,7 @@ bool BeginOverlapped(OVERLAPPED* overlapped, std::shared_ptr<EventObject>* event
     return true;
 }
 
-// Only a success is reported through the OVERLAPPED: a failure is known from the call itself.
+// Only a success is written to the OVERLAPPED; a failure is what the call itself answers.
 void CompleteOverlapped(OVERLAPPED* overlapped, EventObject* event, DWORD bytes) {
     Store(overlapped->Internal, 0);
     Store(overlapped->InternalHigh, bytes);

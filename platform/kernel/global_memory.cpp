@@ -195,22 +195,3 @@ BOOL WINAPI GlobalUnlock(HGLOBAL hMem) {
     SetLastError(NO_ERROR);
     return --block->LockCount != 0;
 }
-
-HGLOBAL WINAPI GlobalHandle(LPCVOID pMem) {
-    GlobalBlocks& blocks = Blocks();
-    const std::lock_guard guard(blocks.Lock);
-    const auto found = std::find_if(blocks.ByHandle.begin(), blocks.ByHandle.end(),
-                                    [&](const auto& entry) { return entry.second.Data.get() == pMem; });
-    if (found == blocks.ByHandle.end()) {
-        SetLastError(ERROR_INVALID_HANDLE);
-        return nullptr;
-    }
-    return found->first;
-}
-
-SIZE_T WINAPI GlobalSize(HGLOBAL hMem) {
-    GlobalBlocks& blocks = Blocks();
-    const std::lock_guard guard(blocks.Lock);
-    const GlobalBlock* block = FindBlock(blocks, hMem);
-    return block == nullptr ? 0 : block->Size;
-}

@@ -1,4 +1,4 @@
-// Memory blocks that the process has and has not given back.
+// How many memory blocks the process has allocated and not freed.
 #pragma once
 
 namespace platform {

@@ -1,4 +1,4 @@
-// Security descriptors. Nothing here is ever refused for its sake: only their form matters.
+// Security descriptors. The calls check only their form; no access is refused because of one.
 #include <windows.h>
 
 BOOL WINAPI InitializeSecurityDescriptor(PSECURITY_DESCRIPTOR pSecurityDescriptor, DWORD dwRevision) {

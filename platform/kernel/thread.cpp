@@ -3,8 +3,8 @@
 #include <climits>
 
 #include "platform/kernel/call_failure.h"
-#include "platform/kernel/mutex_object.h"
 #include "platform/kernel/thread_object.h"
+#include "platform/kernel/wait/mutex_object.h"
 #include "platform/loader/module.h"
 #include "platform/machine.h"
 
@@ -182,6 +182,7 @@ BOOL WINAPI GetExitCodeThread(HANDLE hThread, LPDWORD lpExitCode) {
     return TRUE;
 }
 
+// The host schedules its threads as it sees fit: a priority is checked, and changes nothing.
 BOOL WINAPI SetThreadPriority(HANDLE hThread, int nPriority) {
     const std::shared_ptr<ThreadObject> thread = FindThreadObject(hThread);
     if (!thread) {
@@ -193,13 +194,7 @@ BOOL WINAPI SetThreadPriority(HANDLE hThread, int nPriority) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return FALSE;
     }
-    thread->Priority = nPriority;
     return TRUE;
-}
-
-int WINAPI GetThreadPriority(HANDLE hThread) {
-    const std::shared_ptr<ThreadObject> thread = FindThreadObject(hThread);
-    return thread ? thread->Priority.load() : THREAD_PRIORITY_ERROR_RETURN;
 }
 
 HANDLE WINAPI GetCurrentThread() {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "platform/device.h"
-#include "platform/kernel/waitable.h"
+#include "platform/kernel/wait/waitable.h"
 
 namespace platform {
 
@@ -33,7 +33,6 @@ public:
     DWORD Id() const { return id_; }
 
     std::atomic<DWORD> ExitCode{STILL_ACTIVE};
-    std::atomic<int> Priority{THREAD_PRIORITY_NORMAL};
 
     // The thread's own, touched by no other.
     std::vector<HeldMutex> HeldMutexes;
@@ -42,13 +41,14 @@ public:
     bool QueueCall(PAPCFUNC routine, ULONG_PTR data);
     bool QueueCall(ProcedureCall routine, ULONG_PTR first, ULONG_PTR second, ULONG_PTR third);
 
-    // By the thread itself. Between Begin and End of an alertable wait, a queued call ends the wait;
-    // when one is queued already, Begin does.
+    // Called by the thread itself. Between Begin and End a queued call ends the wait. When a call is queued
+    // already, Begin ends it.
     void BeginAlertableWait(Waiter& waiter);
     void EndAlertableWait();
     void RunQueuedCalls();  // until the queue is empty
 
-    // By the thread itself, last of all: abandons its mutexes, drops its calls and signals.
+    // Called by the thread itself as its last act: abandons its mutexes, drops its queued calls and becomes
+    // signalled.
     void End();
 
 private:

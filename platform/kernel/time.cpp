@@ -6,8 +6,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <map>
-#include <mutex>
 #include <thread>
 
 #include "platform/time_source.h"
@@ -37,10 +35,6 @@ public:
 SystemTime systemTime;
 std::atomic<TimeSource*> timeSource{&systemTime};
 
-// The timer always has its finest resolution; requests are only paired.
-std::mutex periodLock;
-std::map<UINT, int> requestedPeriods;
-
 }  // namespace
 
 void InstallTimeSource(TimeSource* source) {
@@ -57,25 +51,4 @@ void WINAPI Sleep(DWORD dwMilliseconds) {
 
 DWORD WINAPI timeGetTime() {
     return timeSource.load()->Milliseconds();
-}
-
-MMRESULT WINAPI timeBeginPeriod(UINT uPeriod) {
-    if (uPeriod == 0) {
-        return TIMERR_NOCANDO;
-    }
-    const std::lock_guard guard(periodLock);
-    ++requestedPeriods[uPeriod];
-    return TIMERR_NOERROR;
-}
-
-MMRESULT WINAPI timeEndPeriod(UINT uPeriod) {
-    const std::lock_guard guard(periodLock);
-    const auto found = requestedPeriods.find(uPeriod);
-    if (found == requestedPeriods.end()) {
-        return TIMERR_NOCANDO;
-    }
-    if (--found->second == 0) {
-        requestedPeriods.erase(found);
-    }
-    return TIMERR_NOERROR;
 }

@@ -1,8 +1,8 @@
 #include "platform/inspect.h"
 #include "platform/kernel/handles.h"
 #include "platform/kernel/memory.h"
-#include "platform/kernel/mutex_object.h"
 #include "platform/kernel/thread_object.h"
+#include "platform/kernel/wait/mutex_object.h"
 #include "platform/window/message_queue.h"
 #include "platform/window/user_object.h"
 

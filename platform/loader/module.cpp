@@ -105,7 +105,7 @@ std::optional<std::string> FindLibraryFile(LPCWSTR name) {
 DWORD MapImage(Module* module) {
     module->Library = dlopen(module->Path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!module->Library) {
-        // What the system tells the user in a box: the code alone does not say which import lacks.
+        // The error code alone does not say which import is missing; the system shows a message box.
         std::fprintf(stderr, "%s\n", dlerror());
         return ERROR_BAD_EXE_FORMAT;
     }
@@ -136,8 +136,8 @@ BOOL CallEntry(const Module& module, DWORD reason, LPVOID reserved) {
     return module.Entry ? module.Entry(HandleOf(&module), reason, reserved) : TRUE;
 }
 
-// The process ends: every library hears of it, the last loaded first. The loader lock stays free,
-// since the threads that the system would have ended before still run.
+// At the end of the process every library gets DLL_PROCESS_DETACH, the last loaded first. The loader lock is
+// not taken: other threads, which the system would have ended by now, still run and may hold it.
 void DetachAtExit() {
     std::vector<std::shared_ptr<Module>> modules;
     {
@@ -165,7 +165,7 @@ DWORD Load(const std::string& path, HMODULE* handle) {
         UnmapImage(module.get());
         return error;
     }
-    // Listed first: its DllMain may load strings.
+    // In the list before DllMain runs, which may load strings from the module.
     Append(module);
     if (!CallEntry(*module, DLL_PROCESS_ATTACH, nullptr)) {
         CallEntry(*module, DLL_PROCESS_DETACH, nullptr);
@@ -270,7 +270,7 @@ HMODULE WINAPI GetModuleHandleW(LPCWSTR name) {
     return module ? HandleOf(module.get()) : nullptr;
 }
 
-// Libraries hear of no thread in the first place.
+// Libraries are never told of threads here, so there is nothing to switch off.
 BOOL WINAPI DisableThreadLibraryCalls(HMODULE handle) {
     if (!FindModule(handle)) {
         SetLastError(ERROR_INVALID_HANDLE);

@@ -30,9 +30,8 @@ struct Module {
 // Null when the handle names no loaded module; a null handle is the program.
 std::shared_ptr<Module> FindModule(HMODULE handle);
 
-// Takes the loader lock and gives it back. A thread does so before its routine and after it, as in
-// the system, where threads begin and end under that lock whatever the libraries asked for: a
-// DllMain that waits for a thread to begin or to end waits for ever.
+// Takes the loader lock and gives it back. Every thread does so before and after its routine. As in the
+// system, a DllMain that waits for a thread to begin or to end therefore waits for ever.
 void PassLoaderLock();
 
 }  // namespace platform

@@ -35,7 +35,8 @@ std::string RegionName(const std::string& modulePath) {
 
 }  // namespace
 
-// Enters this process; the first of the living brings the contents along.
+// Enters this process into the list of holders. When no other holder lives, the contents are copied from
+// the module's file.
 bool SharedSection::Holders::Add(void* contents, const void* image, size_t size) {
     const std::lock_guard hold(Lock);
     const ProcessIdentity self = CurrentProcess();

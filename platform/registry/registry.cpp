@@ -1,4 +1,4 @@
-// The registry calls: key handles with their rights in front of the machine's store.
+// The registry calls: key handles with their access rights, and the machine's store behind them.
 #include <windows.h>
 
 #include <algorithm>
@@ -79,19 +79,8 @@ std::u16string_view View(LPCWSTR text) {
     return text ? std::u16string_view(text) : std::u16string_view();
 }
 
-// `*room` counts characters: in with the terminator, out without.
-LONG CopyName(const std::u16string& name, LPWSTR buffer, DWORD* room) {
-    if (name.size() >= *room) {
-        return ERROR_MORE_DATA;
-    }
-    name.copy(buffer, name.size());
-    buffer[name.size()] = 0;
-    *room = static_cast<DWORD>(name.size());
-    return ERROR_SUCCESS;
-}
-
-// The key of that path below an open one: `parent`, and what is found. A call without a place for its result
-// is refused.
+// Looks up the key of that path below an open key, and answers the open key as `parent` and the found one as
+// `found`. Refused when the call has no place for its result.
 LONG OpenBelow(HKEY handle, LPCWSTR subkey, PHKEY result, OpenKey* parent, KeyReference* found) {
     const LONG error = FindKeyWith(handle, 0, parent);
     if (error != ERROR_SUCCESS) {
@@ -191,53 +180,4 @@ LONG WINAPI RegDeleteValueW(HKEY handle, LPCWSTR name) {
     OpenKey key;
     const LONG error = FindKeyWith(handle, KEY_SET_VALUE, &key);
     return error == ERROR_SUCCESS ? store->DeleteValue(key.Reference, View(name)) : error;
-}
-
-// Keys have no class and keep no time of their last change.
-LONG WINAPI RegEnumKeyExW(HKEY handle, DWORD index, LPWSTR name, LPDWORD room, LPDWORD reserved,
-                          LPWSTR className, LPDWORD classRoom, PFILETIME lastWrite) {
-    OpenKey key;
-    LONG error = FindKeyWith(handle, KEY_ENUMERATE_SUB_KEYS, &key);
-    if (error != ERROR_SUCCESS) {
-        return error;
-    }
-    if (!name || !room || reserved || (className && !classRoom)) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    std::u16string found;
-    error = store->SubkeyName(key.Reference, index, &found);
-    if (error != ERROR_SUCCESS) {
-        return error;
-    }
-    if (className && *classRoom > 0) {
-        className[0] = 0;
-    }
-    if (classRoom) {
-        *classRoom = 0;
-    }
-    if (lastWrite) {
-        *lastWrite = {};
-    }
-    return CopyName(found, name, room);
-}
-
-LONG WINAPI RegEnumValueW(HKEY handle, DWORD index, LPWSTR name, LPDWORD room, LPDWORD reserved, LPDWORD type,
-                          LPBYTE data, LPDWORD size) {
-    OpenKey key;
-    LONG error = FindKeyWith(handle, KEY_QUERY_VALUE, &key);
-    if (error != ERROR_SUCCESS) {
-        return error;
-    }
-    if (!name || !room || reserved || (data && !size)) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    std::u16string found;
-    error = store->ValueName(key.Reference, index, &found);
-    if (error == ERROR_SUCCESS) {
-        error = CopyName(found, name, room);
-    }
-    if (error == ERROR_SUCCESS) {
-        error = store->QueryValue(key.Reference, found, {type, data, size});
-    }
-    return error;
 }

@@ -231,39 +231,4 @@ LONG RegistryStore::DeleteValue(KeyReference key, std::u16string_view name) {
     return ERROR_SUCCESS;
 }
 
-LONG RegistryStore::SubkeyName(KeyReference key, DWORD index, std::u16string* name) {
-    const std::lock_guard hold(lock_);
-    if (!IsValid(key)) {
-        return ERROR_KEY_DELETED;
-    }
-    std::vector<std::u16string_view> names;
-    for (uint32_t child = keys_[key.Index].FirstChild; child != NoLink; child = keys_[child].NextSibling) {
-        names.push_back(keys_[child].Name.View());
-    }
-    if (index >= names.size()) {
-        return ERROR_NO_MORE_ITEMS;
-    }
-    std::sort(names.begin(), names.end(), [](std::u16string_view left, std::u16string_view right) {
-        return CompareIgnoringCase(left, right) < 0;
-    });
-    *name = names[index];
-    return ERROR_SUCCESS;
-}
-
-LONG RegistryStore::ValueName(KeyReference key, DWORD index, std::u16string* name) {
-    const std::lock_guard hold(lock_);
-    if (!IsValid(key)) {
-        return ERROR_KEY_DELETED;
-    }
-    uint32_t value = keys_[key.Index].FirstValue;
-    for (; value != NoLink && index > 0; --index) {
-        value = values_[value].Next;
-    }
-    if (value == NoLink) {
-        return ERROR_NO_MORE_ITEMS;
-    }
-    *name = values_[value].Name.View();
-    return ERROR_SUCCESS;
-}
-
 }  // namespace platform

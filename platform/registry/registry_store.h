@@ -1,9 +1,9 @@
 // The machine's registry: one tree of keys with values, in a machine region, so that every process
 // of the machine sees the same one.
 //
-// Tables of fixed size, linked by index. Names compare without regard to case and keep the case they
-// were made with. Results are system error codes. Every operation takes the store's lock itself; a
-// process that dies inside one leaves at worst an entry that nothing links to.
+// Keys and values are entries of tables of fixed size, linked by index. Names compare without regard to case
+// and keep the case they were made with. Results are system error codes. Every operation takes the store's
+// lock itself. A process that dies during one leaves at worst an entry that nothing links to.
 #pragma once
 
 #include <windows.h>
@@ -21,7 +21,7 @@ struct KeyReference {
     uint32_t Generation;
 };
 
-// A value or a part of it, as a caller asks for it: pointers that are null are not wanted.
+// What a caller asks of a value. A null pointer means that this part is not wanted.
 struct ValueQuery {
     DWORD* Type;
     void* Data;
@@ -50,11 +50,6 @@ public:
     LONG SetValue(KeyReference key, std::u16string_view name, DWORD type, const void* data, DWORD size);
     LONG QueryValue(KeyReference key, std::u16string_view name, const ValueQuery& query);
     LONG DeleteValue(KeyReference key, std::u16string_view name);
-
-    // Subkeys come in alphabetical order, values in the order in which they were made.
-    // ERROR_NO_MORE_ITEMS behind the last.
-    LONG SubkeyName(KeyReference key, DWORD index, std::u16string* name);
-    LONG ValueName(KeyReference key, DWORD index, std::u16string* name);
 
 private:
     static constexpr uint32_t NoLink = 0;  // index 0 is a root and never linked to

@@ -1,4 +1,4 @@
-// What a window does with messages that its own procedure leaves alone.
+// DefWindowProcW: the answers to messages that a window's own procedure does not handle.
 #include <algorithm>
 
 #include "platform/window/machine_windows.h"
@@ -11,7 +11,7 @@ namespace {
 
 constexpr WCHAR NumberMark = 0xFFFF;  // begins a text that is a resource's number
 
-// A text that is none, but a picture's number, is not kept.
+// In place of a text there may be the number of a picture, which is not stored.
 bool IsText(LPCWSTR text) {
     return text && !IS_INTRESOURCE(text) && text[0] != NumberMark;
 }

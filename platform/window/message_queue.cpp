@@ -9,7 +9,8 @@ namespace platform {
 
 namespace {
 
-// Other processes cannot end a wait here; what they ask of this thread's windows is looked for this often.
+// Another process cannot wake a thread of this one, so a waiting thread looks this often for what other
+// processes ask of its windows.
 constexpr std::chrono::milliseconds MachinePollInterval{5};
 
 constexpr UINT LongestPeriod = 0x7FFFFFFF;

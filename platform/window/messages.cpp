@@ -1,4 +1,4 @@
-// The message calls.
+// Posting, sending, getting and dispatching messages.
 #include "platform/window/gui_thread.h"
 #include "platform/window/machine_windows.h"
 #include "platform/window/private_messages.h"
@@ -23,12 +23,12 @@ bool FindTarget(HWND window, Target* target) {
     return true;
 }
 
-// A reader takes note of where the mouse was when its message was made.
+// Remembers where the mouse was when the message was made, for GetMessagePos.
 void Remember(const MSG& message) {
     CurrentGuiThread().MessagePosition = message.pt;
 }
 
-// Keys that mean more than themselves, once they are taken out of the queue.
+// Some keys lead to another message when they are taken out of the queue.
 void FollowKey(const MSG& message) {
     if (message.message == WM_KEYDOWN && message.wParam == VK_F1) {
         PostMessageW(message.hwnd, HelpKeyMessage, 0, 0);

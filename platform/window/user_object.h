@@ -39,10 +39,10 @@ std::shared_ptr<T> FindUserObject(void* handle) {
 // False when there is no such handle of this kind.
 bool CloseUserHandle(void* handle, UserObjectKind kind);
 
-// Takes back what was counted for an object that the system keeps for ever, such as its own cursors.
+// Leaves an object that the system keeps for ever, such as its own cursors, out of the counts below.
 void KeepUserObject(void* handle);
 
-// Open handles of windows, and how many of all other kinds; without what the system keeps.
+// The open window handles, and the number of open handles of all other kinds.
 std::vector<HWND> WindowHandles();
 int OtherUserObjectCount();
 

@@ -1,8 +1,8 @@
-// Windows are made and destroyed.
+// Making and destroying windows.
 #include <algorithm>
 
 #include "platform/window/gui_thread.h"
-#include "platform/window/input_focus.h"
+#include "platform/window/input/input_focus.h"
 #include "platform/window/machine_windows.h"
 #include "platform/window/window_object.h"
 
@@ -66,7 +66,7 @@ HWND Enter(const Creation& creation) {
     WindowObject* const parent = FindWindowLocked(creation.Parent);
     window->Handle = static_cast<HWND>(OpenUserHandle(window));
     if (creation.Parent != DesktopWindow()) {
-        // Siblings come later in the order of the tab key, and lie further behind.
+        // A new child lies behind its siblings, and so comes last in the order of the tab key.
         parent->Children.push_back(window->Handle);
         return window->Handle;
     }
@@ -142,7 +142,7 @@ bool BeginDestroying(HWND window) {
     return true;
 }
 
-// The window itself has its say first: WM_NCCREATE, then WM_CREATE. False: it does not want to be.
+// WM_NCCREATE and WM_CREATE. False when the window refuses one of them, and so its own creation.
 bool TellCreation(HWND window, CREATESTRUCTW& description) {
     const auto parameter = reinterpret_cast<LPARAM>(&description);
     if (!SendMessageW(window, WM_NCCREATE, 0, parameter)) {

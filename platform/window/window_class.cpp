@@ -1,12 +1,12 @@
-// Window classes: of the system, of the modules.
+// Window classes: those of the system and those that modules register.
 #include <algorithm>
 #include <mutex>
 
 #include "platform/controls/control_classes.h"
 #include "platform/loader/resources.h"
 #include "platform/text/case.h"
-#include "platform/window/dialog.h"
-#include "platform/window/menu.h"
+#include "platform/window/dialog/dialog.h"
+#include "platform/window/menu/menu.h"
 #include "platform/window/window_object.h"
 
 namespace platform {
@@ -143,7 +143,7 @@ BOOL WINAPI UnregisterClassW(LPCWSTR name, HINSTANCE module) {
         SetLastError(ERROR_CLASS_DOES_NOT_EXIST);
         return FALSE;
     }
-    // A window keeps its class alive: more owners than the list means that some are left.
+    // The windows of a class share it, so an owner besides this list is a window.
     if (found->use_count() > 1) {
         SetLastError(ERROR_CLASS_HAS_WINDOWS);
         return FALSE;

@@ -9,7 +9,7 @@ namespace {
 constexpr LONG ScreenWidth = 1024;
 constexpr LONG ScreenHeight = 768;
 
-// The desktop has no procedure of ours: what is sent to it is answered with 0.
+// The desktop's procedure does nothing and answers 0.
 LRESULT CALLBACK DesktopProcedure(HWND, UINT, WPARAM, LPARAM) {
     return 0;
 }

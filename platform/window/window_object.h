@@ -16,7 +16,7 @@
 
 namespace platform {
 
-// What a dialog remembers besides its words.
+// What a dialog stores besides its DWLP_ words.
 struct DialogState {
     HFONT Font = nullptr;  // its own; deleted with it
     LONG UnitWidth = 0;    // dialog base units in pixels
@@ -27,7 +27,7 @@ struct DialogState {
     INT_PTR Result = 0;
 };
 
-// A registered class as its windows keep it.
+// A registered window class, shared by its windows.
 struct WindowClass {
     std::u16string Name;
     HINSTANCE Module;  // null: of the system
@@ -79,8 +79,8 @@ HWND DesktopWindow();
 // Null when this process has no such window.
 WindowObject* FindWindowLocked(HWND window);
 
-// One window, under the desktop lock as long as this lives. When there is none it sets the last error
-// and holds nothing.
+// Finds a window and holds the desktop lock as long as this lives. When there is no such window it sets the
+// last error and holds no lock.
 class LockedWindow {
 public:
     explicit LockedWindow(HWND window);
@@ -104,17 +104,18 @@ bool IsForeignWindow(HWND window);
 // Whether the calling thread made the window.
 bool IsOwnWindow(HWND window);
 
-// The width of what a window of these styles has around its client area.
+// How wide the frame of a window of these styles is at each side of its client area.
 RECT FrameInsets(DWORD style, DWORD exStyle);
 
 // Where a window's frame and its client area begin on the screen; {0, 0} for null.
 POINT FrameOriginLocked(HWND window);
 POINT ClientOriginLocked(HWND window);
 
-// The class of that name or atom for this module (null: the program); null and ERROR_CANNOT_FIND_WND_CLASS.
+// The class of that name or atom as this module sees it (null: the program). Null, with
+// ERROR_CANNOT_FIND_WND_CLASS as the last error, when there is none.
 std::shared_ptr<const WindowClass> FindClass(LPCWSTR name, HINSTANCE module);
 
-// Ends the windows of a thread that ends, without a word to them.
+// Removes the windows of a thread that ends. They get no message.
 void DestroyWindowsOfThread(DWORD thread);
 
 }  // namespace platform

@@ -1,7 +1,7 @@
-// Windows are shown, enabled, placed and brought to the front.
+// Showing, enabling and placing windows, and bringing them to the front.
 #include <algorithm>
 
-#include "platform/window/input_focus.h"
+#include "platform/window/input/input_focus.h"
 #include "platform/window/machine_windows.h"
 #include "platform/window/window_object.h"
 
@@ -15,7 +15,7 @@ void TellMachine(const WindowObject& window) {
     }
 }
 
-// Sets and clears style bits; whether the window was visible before.
+// Sets and clears style bits. Answers whether the window was visible before.
 bool ChangeState(HWND window, DWORD set, DWORD clear) {
     const LockedWindow found(window);
     if (!found) {
@@ -118,7 +118,7 @@ void OrderLocked(WindowObject& window, HWND after) {
     }
 }
 
-// Applies place, size and order; fills in what the window gets to know of it.
+// Applies place, size and order, and completes the WINDOWPOS that the window is told afterwards.
 bool Place(WINDOWPOS* change) {
     const LockedWindow found(change->hwnd);
     if (!found || !found->Parent) {
@@ -249,7 +249,7 @@ BOOL WINAPI IsWindowEnabled(HWND window) {
     return found && !found->HasStyle(WS_DISABLED) ? TRUE : FALSE;
 }
 
-// With all that it lies in.
+// Visible means that the window and all its parents are.
 BOOL WINAPI IsWindowVisible(HWND window) {
     if (IsForeignWindow(window)) {
         const std::optional<MachineWindowState> state = FindMachineWindowState(window);

@@ -1,4 +1,4 @@
-// Who lies in, behind and below whom.
+// The order of windows: parents, owners, children and siblings.
 #include <algorithm>
 
 #include "platform/window/machine_windows.h"
@@ -27,7 +27,7 @@ HWND Neighbour(const WindowObject& window, UINT which) {
     }
 }
 
-// Front to back, each followed by what lies in it.
+// Collects the windows front to back, each followed by the windows in it.
 void AppendDescendants(HWND window, std::vector<HWND>* all) {
     if (const WindowObject* const found = FindWindowLocked(window)) {
         for (const HWND child : found->Children) {

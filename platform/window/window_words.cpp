@@ -1,4 +1,4 @@
-// What a window keeps: its words, its text.
+// What a window stores: its words (GetWindowLongPtrW) and its text.
 #include <algorithm>
 #include <cstring>
 
@@ -9,7 +9,7 @@ namespace platform {
 namespace {
 
 // Reads, and writes when `value` is given, one word of the window. False when it has no such word.
-bool ExchangeWord(WindowObject& window, int index, size_t size, const LONG_PTR* value, LONG_PTR* before) {
+bool ExchangeWord(WindowObject& window, int index, const LONG_PTR* value, LONG_PTR* before) {
     const auto exchange = [value, before](auto& word) {
         using Word = std::remove_reference_t<decltype(word)>;
         *before = (LONG_PTR)word;
@@ -36,33 +36,32 @@ bool ExchangeWord(WindowObject& window, int index, size_t size, const LONG_PTR* 
     default:
         break;
     }
-    if (index < 0 || static_cast<size_t>(index) + size > window.Extra.size()) {
+    if (index < 0 || static_cast<size_t>(index) + sizeof *before > window.Extra.size()) {
         return false;
     }
-    *before = 0;
-    std::memcpy(before, &window.Extra[static_cast<size_t>(index)], size);
+    std::memcpy(before, &window.Extra[static_cast<size_t>(index)], sizeof *before);
     if (value) {
-        std::memcpy(&window.Extra[static_cast<size_t>(index)], value, size);
+        std::memcpy(&window.Extra[static_cast<size_t>(index)], value, sizeof *value);
     }
     return true;
 }
 
-LONG_PTR Word(HWND window, int index, size_t size, const LONG_PTR* value) {
+LONG_PTR Word(HWND window, int index, const LONG_PTR* value) {
     const LockedWindow found(window);
     LONG_PTR before = 0;
-    if (found && !ExchangeWord(*found, index, size, value, &before)) {
+    if (found && !ExchangeWord(*found, index, value, &before)) {
         SetLastError(ERROR_INVALID_INDEX);
     }
     return before;
 }
 
-// A new style is announced to the window, which may change it, and told.
+// WM_STYLECHANGING lets the window change the new style; WM_STYLECHANGED tells it what has been set.
 LONG_PTR SetStyle(HWND window, int index, DWORD style) {
     STYLESTRUCT change = {static_cast<DWORD>(GetWindowLongPtrW(window, index)), style};
     const auto which = static_cast<WPARAM>(static_cast<LONG_PTR>(index));
     SendMessageW(window, WM_STYLECHANGING, which, reinterpret_cast<LPARAM>(&change));
     const auto value = static_cast<LONG_PTR>(change.styleNew);
-    const LONG_PTR before = Word(window, index, sizeof value, &value);
+    const LONG_PTR before = Word(window, index, &value);
     SendMessageW(window, WM_STYLECHANGED, which, reinterpret_cast<LPARAM>(&change));
     return before;
 }
@@ -74,26 +73,14 @@ LONG_PTR SetStyle(HWND window, int index, DWORD style) {
 using namespace platform;
 
 LONG_PTR WINAPI GetWindowLongPtrW(HWND window, int index) {
-    return Word(window, index, sizeof(LONG_PTR), nullptr);
+    return Word(window, index, nullptr);
 }
 
 LONG_PTR WINAPI SetWindowLongPtrW(HWND window, int index, LONG_PTR value) {
     if (index == GWL_STYLE || index == GWL_EXSTYLE) {
         return SetStyle(window, index, static_cast<DWORD>(value));
     }
-    return Word(window, index, sizeof value, &value);
-}
-
-LONG WINAPI GetWindowLongW(HWND window, int index) {
-    return static_cast<LONG>(Word(window, index, sizeof(LONG), nullptr));
-}
-
-LONG WINAPI SetWindowLongW(HWND window, int index, LONG value) {
-    if (index == GWL_STYLE || index == GWL_EXSTYLE) {
-        return static_cast<LONG>(SetStyle(window, index, static_cast<DWORD>(value)));
-    }
-    const LONG_PTR word = value;
-    return static_cast<LONG>(Word(window, index, sizeof value, &word));
+    return Word(window, index, &value);
 }
 
 int WINAPI GetWindowTextW(HWND window, LPWSTR buffer, int size) {

@@ -1,5 +1,6 @@
 #include <sys/mman.h>
 
+#include "front/unload_driver.h"
 #include "platform/inspect.h"
 #include "platform/machine.h"
 #include "tests/support/system.h"
@@ -20,7 +21,7 @@ void FreshMachine() {
 }
 
 void UnloadWaveDriver() {
-    platform::UnloadWaveDriver();
+    front::UnloadWaveDriver();
 }
 
 HMODULE LoadDriver() {

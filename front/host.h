@@ -1,0 +1,22 @@
+// What the front needs of the system that it runs on. host_linux.cpp and host_windows.cpp implement it.
+#pragma once
+
+#include <windows.h>
+#include <mmsystem.h>
+
+namespace front::host {
+
+// The library of the wave driver, with the cards that it drives. Null when it does not load.
+HMODULE LoadDriverLibrary();
+void FreeDriverLibrary(HMODULE library);
+
+// Whether a client may give this handle as the event of CALLBACK_EVENT.
+bool IsEvent(HANDLE handle);
+
+// Installable drivers other than the wave driver. The answers are null, or 0, where the system has none.
+HDRVR OpenOtherDriver(LPCWSTR name, LPCWSTR section, LPARAM parameter);
+LRESULT SendToOtherDriver(HDRVR driver, UINT message, LPARAM first, LPARAM second);
+LRESULT CloseOtherDriver(HDRVR driver, LPARAM first, LPARAM second);
+HMODULE ModuleOfOtherDriver(HDRVR driver);
+
+}  // namespace front::host

@@ -1,9 +1,0 @@
-// The wave driver as an installable driver: what OpenDriver opens and messages are sent to.
-#pragma once
-
-namespace platform {
-
-// Closes what OpenDriver opened of the wave driver and nobody closed.
-void CloseInstallableDrivers();
-
-}  // namespace platform
