@@ -3,7 +3,7 @@
 #include "card/card_identity.h"
 #include "card/card_table.h"
 #include "config_ui/asio_easi_page.h"
-#include "config_ui/clocks_page.h"
+#include "config_ui/clocks/clocks_page.h"
 #include "config_ui/configuration_page.h"
 #include "config_ui/monitor_page.h"
 #include "config_ui/property_page.h"

@@ -1,4 +1,4 @@
-#include "config_ui/clock_tree.h"
+#include "config_ui/clocks/clock_tree.h"
 
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"

@@ -1,14 +1,14 @@
-#include "config_ui/clocks_page.h"
+#include "config_ui/clocks/clocks_page.h"
 
 #include <commctrl.h>
 
 #include "card/card_table.h"
-#include "config_ui/clock_drag.h"
-#include "config_ui/clock_menu.h"
-#include "config_ui/clock_moves.h"
-#include "config_ui/clock_rules.h"
-#include "config_ui/clock_tree.h"
-#include "config_ui/clock_tree_settings.h"
+#include "config_ui/clocks/clock_drag.h"
+#include "config_ui/clocks/clock_menu.h"
+#include "config_ui/clocks/clock_moves.h"
+#include "config_ui/clocks/clock_rules.h"
+#include "config_ui/clocks/clock_tree.h"
+#include "config_ui/clocks/clock_tree_settings.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
 
