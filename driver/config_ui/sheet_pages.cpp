@@ -2,13 +2,9 @@
 
 #include "card/card_identity.h"
 #include "card/card_table.h"
-#include "config_ui/asio_easi_page.h"
-#include "config_ui/clocks/clocks_page.h"
-#include "config_ui/configuration_page.h"
-#include "config_ui/monitor_page.h"
+#include "config_ui/pages.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
-#include "config_ui/version_page.h"
 
 namespace kestvox {
 

@@ -1,5 +1,3 @@
-#include "config_ui/clocks/clocks_page.h"
-
 #include <commctrl.h>
 
 #include "card/card_table.h"
@@ -9,6 +7,7 @@
 #include "config_ui/clocks/clock_rules.h"
 #include "config_ui/clocks/clock_tree.h"
 #include "config_ui/clocks/clock_tree_settings.h"
+#include "config_ui/pages.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
 
