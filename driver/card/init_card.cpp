@@ -8,7 +8,7 @@ namespace kestvox {
 
 namespace {
 
-constexpr WORD Rate44100 = 3;  // rate code
+constexpr CardRate InitialRate = *FindCardRate(44100);
 
 void SilenceMixer(CardHandle* handle, DWORD first) {
     for (DWORD index = first; index < first + MixerInputs / 2; ++index) {
@@ -40,7 +40,7 @@ void ResetDigitalOutput(CardHandle* handle, const CardRecord& card) {
     for (DWORD index = 0; index < 16; ++index) {
         WriteIndirectRegister(handle, index, 0, 0xFF);
     }
-    SetChannelStatusRate(handle, card, Rate44100);
+    SetChannelStatusRate(handle, card, InitialRate);
     SetDigitalOutputStatus(handle, card, FALSE);
 }
 
@@ -48,7 +48,7 @@ void ResetDigitalOutput(CardHandle* handle, const CardRecord& card) {
 
 void InitCard(CardHandle* handle, CardRecord& card) {
     card.ActiveClockSource = InternalClock;
-    WriteCard(handle, card_register::Clock, Rate44100, SourceMask | DriveLink | RateMask);
+    WriteCard(handle, card_register::Clock, InitialRate.Code, SourceMask | DriveLink | RateMask);
     WriteCard(handle, card_register::Reset, 0, 0x03);
     WriteCard(handle, card_register::Setup8, 0, 0x03);
     WriteCard(handle, card_register::Setup16, 0, 0x03);

@@ -3,6 +3,7 @@
 
 #include "card/card_handle.h"
 #include "card/protocol.h"
+#include "card/rates.h"
 
 namespace kestvox {
 
@@ -13,8 +14,9 @@ struct RateMeter {
     DWORD Reading;
 };
 
-// Measures twice, as the first measurement began before the receiver had settled, and compares the
-// second one with a rate code. TRUE also when it cannot be read, and for rates that have no class.
-bool MeasuredRateMatches(CardHandle* handle, const RateMeter& meter, DWORD rate, WORD rateCode);
+// Whether the signal has the rate, by the second of two measurements: the first one began before the receiver
+// had settled. True also when the measurement cannot be read, and for a signal at a rate that is
+// NotMeasurable.
+bool MeasuredRateMatches(CardHandle* handle, const RateMeter& meter, const CardRate& rate);
 
 }  // namespace kestvox

@@ -30,6 +30,10 @@ inline constexpr DWORD StartHold = 36;
 inline constexpr DWORD ReceiverBit0 = 0x01;
 inline constexpr DWORD ReceiverBit1 = 0x02;
 inline constexpr DWORD MeasureRate = 0x80;
+// Card register 10
+inline constexpr DWORD NoMeasurement = 0x07;  // all of these set: there is no valid measurement
+inline constexpr DWORD RateClassMask = 0x38;
+inline constexpr DWORD RateClassShift = 3;
 // Card register 17
 inline constexpr DWORD ClockHold = 0x01;
 inline constexpr DWORD DoubleSpeed = 0x08;

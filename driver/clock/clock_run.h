@@ -2,6 +2,7 @@
 // MMSYSERR_NOERROR.
 #pragma once
 
+#include "card/rates.h"
 #include "stream/stream_instance.h"
 
 namespace kestvox {
@@ -9,8 +10,7 @@ namespace kestvox {
 struct ClockRun {
     StreamInstance* Stream;
     CardRecord* Master;
-    DWORD Rate;  // Hz
-    WORD RateCode;
+    const CardRate* Rate;
     bool Checked;       // a clock or rate that is not right ends the run
     bool Slaves;        // the group has cards other than the master
     bool Changed;       // a clock or link setting of the group changed: every card resynchronises
@@ -34,10 +34,10 @@ MMRESULT FinishMaster(ClockRun& run);
 MMRESULT ProgramFollowers(ClockRun& run);
 
 // Shared by master and followers
-DWORD DoubleSpeedFor(DWORD rate);
+BOOL ProgramRate(CardHandle* handle, const CardRate& rate);  // whether the rate was another one
 void SetInternalClock(CardHandle* handle, CardRecord& card);
-void EnableReceiver(CardHandle* handle);                     // as for every source but the digital input
-BOOL ClockFailsAfterSwitch(CardHandle* handle, DWORD rate);  // waits 10 sample periods first
+void EnableReceiver(CardHandle* handle);  // as for every source but the digital input
+BOOL ClockFailsAfterSwitch(CardHandle* handle, const CardRate& rate);  // waits 10 sample periods first
 void WaitPeriods(const ClockRun& run, DWORD periods);
 
 }  // namespace kestvox

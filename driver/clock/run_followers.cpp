@@ -10,10 +10,9 @@ namespace {
 
 void ProgramFollowerRate(const ClockRun& run, CardRecord& card, CardHandle* handle) {
     card.ResyncPending = run.Changed;
-    if (WriteCardRegisterIfChanged(handle, card_register::Clock, CardSpace, run.RateCode, RateMask)) {
+    if (ProgramRate(handle, *run.Rate)) {
         card.ResyncPending = 1;
     }
-    WriteCard(handle, card_register::ClockControl, DoubleSpeedFor(run.Rate), DoubleSpeed);
 }
 
 void SwitchFollowerSource(CardRecord& card, CardHandle* handle) {
@@ -32,7 +31,7 @@ MMRESULT ProgramFollower(const ClockRun& run, CardRecord& card) {
     }
     ProgramFollowerRate(run, card, handle.Get());
     SwitchFollowerSource(card, handle.Get());
-    if (!ClockFailsAfterSwitch(handle.Get(), run.Rate)) {
+    if (!ClockFailsAfterSwitch(handle.Get(), *run.Rate)) {
         return MMSYSERR_NOERROR;
     }
     card.ResyncPending = 1;

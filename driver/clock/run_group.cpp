@@ -133,7 +133,7 @@ MMRESULT ResynchroniseCards(ClockRun& run) {
             PulseResync(handle);
         }
         if (card.InClockGroup != 0) {
-            SetChannelStatusRate(handle, card, run.RateCode);
+            SetChannelStatusRate(handle, card, *run.Rate);
         }
     });
     if (result != MMSYSERR_NOERROR) {

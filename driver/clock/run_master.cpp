@@ -9,8 +9,7 @@ namespace kestvox {
 
 namespace {
 
-constexpr DWORD FastestSingleSpeed = 54000;  // Hz
-constexpr DWORD ReceiverSettle = 50000;      // microseconds
+constexpr DWORD ReceiverSettle = 50000;  // microseconds
 constexpr DWORD LockPeriods = 10;
 
 // Automatic: a lone digital recording takes the clock of what it records.
@@ -42,8 +41,11 @@ void AbandonMasterSource(ClockRun& run, CardHandle* handle) {
 
 }  // namespace
 
-DWORD DoubleSpeedFor(DWORD rate) {
-    return rate > FastestSingleSpeed ? DoubleSpeed : 0;
+BOOL ProgramRate(CardHandle* handle, const CardRate& rate) {
+    const BOOL changed =
+        WriteCardRegisterIfChanged(handle, card_register::Clock, CardSpace, rate.Code, RateMask);
+    WriteCard(handle, card_register::ClockControl, rate.DoubleSpeed ? DoubleSpeed : 0, DoubleSpeed);
+    return changed;
 }
 
 void SetInternalClock(CardHandle* handle, CardRecord& card) {
@@ -56,13 +58,13 @@ void EnableReceiver(CardHandle* handle) {
     WriteCard(handle, card_register::Receiver, ReceiverBit0, ReceiverBit0);
 }
 
-BOOL ClockFailsAfterSwitch(CardHandle* handle, DWORD rate) {
-    DelayMicroseconds(handle, PeriodsToMicroseconds(LockPeriods, rate));
+BOOL ClockFailsAfterSwitch(CardHandle* handle, const CardRate& rate) {
+    DelayMicroseconds(handle, PeriodsToMicroseconds(LockPeriods, rate.Hz));
     return TakeClockFault(handle);
 }
 
 void WaitPeriods(const ClockRun& run, DWORD periods) {
-    DelayMicroseconds(run.Stream->Device, PeriodsToMicroseconds(periods, run.Rate));
+    DelayMicroseconds(run.Stream->Device, PeriodsToMicroseconds(periods, run.Rate->Hz));
 }
 
 MMRESULT ProgramMasterRate(ClockRun& run) {
@@ -70,10 +72,9 @@ MMRESULT ProgramMasterRate(ClockRun& run) {
     if (!handle) {
         return MMSYSERR_NODRIVER;
     }
-    if (WriteCardRegisterIfChanged(handle.Get(), card_register::Clock, CardSpace, run.RateCode, RateMask)) {
+    if (ProgramRate(handle.Get(), *run.Rate)) {
         run.Changed = true;
     }
-    WriteCard(handle.Get(), card_register::ClockControl, DoubleSpeedFor(run.Rate), DoubleSpeed);
     return MMSYSERR_NOERROR;
 }
 
@@ -96,7 +97,7 @@ MMRESULT SwitchMasterSource(ClockRun& run) {
     if (WriteCardRegisterIfChanged(handle, card_register::Clock, CardSpace, source, SourceMask)) {
         run.Changed = true;
     }
-    if (!ClockFailsAfterSwitch(handle, run.Rate)) {
+    if (!ClockFailsAfterSwitch(handle, *run.Rate)) {
         return MMSYSERR_NOERROR;
     }
     AbandonMasterSource(run, handle);
@@ -112,7 +113,7 @@ MMRESULT CheckIncomingRate(ClockRun& run) {
         return MMSYSERR_NODRIVER;
     }
     const RateMeter meter = {CardSpace, card_register::Receiver, card_register::ReceiverRate};
-    if (MeasuredRateMatches(handle.Get(), meter, run.Rate, run.RateCode)) {
+    if (MeasuredRateMatches(handle.Get(), meter, *run.Rate)) {
         return MMSYSERR_NOERROR;
     }
     ReportDriverEvent(MasterClockRateMismatch);

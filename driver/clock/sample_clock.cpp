@@ -30,8 +30,7 @@ MMRESULT ProgramGroup(StreamInstance* stream, bool ignoreClockError) {
     ClockRun run = {};
     run.Stream = stream;
     run.Master = stream->ClockMaster;
-    run.Rate = stream->SampleRate;
-    run.RateCode = stream->RateCode;
+    run.Rate = &CardRateOfCode(stream->RateCode);
     run.Checked = !ignoreClockError && run.Master->Settings.CheckClocks != 0;
     for (const ClockStep step : FullRun) {
         const MMRESULT result = step(run);
@@ -39,7 +38,7 @@ MMRESULT ProgramGroup(StreamInstance* stream, bool ignoreClockError) {
             return result;
         }
     }
-    run.Master->GroupRate = run.Rate;
+    run.Master->GroupRate = run.Rate->Hz;
     return MMSYSERR_NOERROR;
 }
 

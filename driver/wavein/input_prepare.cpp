@@ -41,7 +41,7 @@ bool RateIsChecked(const StreamInstance* stream) {
 
 bool IncomingRateMatches(StreamInstance* stream) {
     const RateMeter meter = {PortSpace, port_register::Receiver, port_register::MeasuredRate};
-    return MeasuredRateMatches(stream->Device, meter, stream->SampleRate, stream->RateCode);
+    return MeasuredRateMatches(stream->Device, meter, CardRateOfCode(stream->RateCode));
 }
 
 void RestoreGains(StreamInstance* stream) {
