@@ -6,9 +6,6 @@ namespace kestvox {
 
 namespace {
 
-// Card register 25, bit 1
-constexpr DWORD ProfessionalFormat = 0x02;
-
 // Indirect registers 0 to 4 are channel-status bytes 0 to 4.
 struct StatusByte {
     DWORD Index;
@@ -18,7 +15,7 @@ struct StatusByte {
 
 template <unsigned Count>
 BOOL WriteStatus(CardHandle* handle, bool professional, const StatusByte (&bytes)[Count]) {
-    if (!WriteCard(handle, card_register::DigitalOutput, professional ? ProfessionalFormat : 0,
+    if (!WriteCard(handle, card_register::DigitalTransmitter, professional ? ProfessionalFormat : 0,
                    ProfessionalFormat)) {
         return FALSE;
     }

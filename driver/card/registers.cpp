@@ -22,20 +22,20 @@ BOOL WriteCardRegisterIfChanged(CardHandle* handle, DWORD reg, RegisterSpace spa
 }
 
 BOOL WriteIndirectRegister(CardHandle* handle, DWORD index, DWORD value, DWORD mask) {
-    // The kernel's masked write works on the data register as a whole, so the bits outside the mask
-    // are kept here.
+    // The kernel's masked write knows the data register only and not the register behind it: the bits outside
+    // the mask are kept here.
     DWORD current = 0;
-    if (!WriteCard(handle, card_register::IndirectIndex, index, 0x0F) ||
-        !ReadCardRegister(handle, card_register::IndirectData, CardSpace, &current)) {
+    if (!WriteCard(handle, card_register::ChannelStatusIndex, index, IndirectIndexMask) ||
+        !ReadCardRegister(handle, card_register::ChannelStatusData, CardSpace, &current)) {
         return FALSE;
     }
     const DWORD replaced = (current & ~mask) | (value & mask);
-    return WriteCard(handle, card_register::IndirectData, replaced, 0xFF);
+    return WriteCard(handle, card_register::ChannelStatusData, replaced, WholeRegister);
 }
 
 BOOL SetMixerGain(CardHandle* handle, DWORD index, DWORD value) {
-    return WriteCard(handle, card_register::MixerIndex, index, 0x07) &&
-           WriteCard(handle, card_register::MixerGain, value, 0xFF);
+    return WriteCard(handle, card_register::MixerIndex, index, MixerIndexMask) &&
+           WriteCard(handle, card_register::MixerGain, value, WholeRegister);
 }
 
 BOOL SetStartHold(CardRecord& card, DWORD bits) {

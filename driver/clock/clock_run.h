@@ -20,7 +20,7 @@ struct ClockRun {
 // run_group.cpp: which cards take part, the link, and the end of the run
 MMRESULT MarkGroup(ClockRun& run);
 MMRESULT SettleLink(ClockRun& run);
-MMRESULT QuietFollowers(ClockRun& run);
+MMRESULT LeaveOldClocks(ClockRun& run);
 MMRESULT ResynchroniseCards(ClockRun& run);
 MMRESULT ReleaseCards(ClockRun& run);
 
@@ -36,7 +36,7 @@ MMRESULT ProgramFollowers(ClockRun& run);
 // Shared by master and followers
 BOOL ProgramRate(CardHandle* handle, const CardRate& rate);  // whether the rate was another one
 void SetInternalClock(CardHandle* handle, CardRecord& card);
-void EnableReceiver(CardHandle* handle);  // as for every source but the digital input
+void SwitchReceiverOff(CardHandle* handle);  // as for every source but the digital input
 BOOL ClockFailsAfterSwitch(CardHandle* handle, const CardRate& rate);  // waits 10 sample periods first
 void WaitPeriods(const ClockRun& run, DWORD periods);
 

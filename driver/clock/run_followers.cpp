@@ -19,7 +19,7 @@ void SwitchFollowerSource(CardRecord& card, CardHandle* handle) {
     TakeClockFault(handle);  // what the old source left
     const DWORD source = card.Settings.ClockSource;
     card.ActiveClockSource = source;
-    if (WriteCardRegisterIfChanged(handle, card_register::Clock, CardSpace, source, SourceMask)) {
+    if (WriteCardRegisterIfChanged(handle, card_register::ClockSelect, CardSpace, source, ClockSourceMask)) {
         card.ResyncPending = 1;
     }
 }

@@ -1,3 +1,5 @@
+#include <iterator>
+
 #include "card/borrowed_handle.h"
 #include "card/delay.h"
 #include "card/rate_measurement.h"
@@ -23,18 +25,18 @@ DWORD ChooseMasterSource(const ClockRun& run) {
     return loneDigitalInput ? DigitalInputClock : InternalClock;
 }
 
-// The receiver is switched on in two steps.
-void UseDigitalInput(CardHandle* handle) {
-    WriteCard(handle, card_register::Receiver, 0, ReceiverBit0);
+// In two steps: the receiver settles before its clock is used.
+void SwitchReceiverOn(CardHandle* handle) {
+    WriteCard(handle, card_register::DigitalReceiver, 0, ReceiverOff);
     DelayMicroseconds(handle, ReceiverSettle);
-    WriteCard(handle, card_register::Receiver, 0, ReceiverBit1);
+    WriteCard(handle, card_register::DigitalReceiver, 0, ReceiverClockOff);
 }
 
 // The selected clock is not valid: the card goes back to its own.
 void AbandonMasterSource(ClockRun& run, CardHandle* handle) {
     run.Changed = true;
     run.DigitalInput = false;
-    EnableReceiver(handle);
+    SwitchReceiverOff(handle);
     SetInternalClock(handle, *run.Master);
     ReportDriverEvent(ClockSourceNotValid);
 }
@@ -42,20 +44,21 @@ void AbandonMasterSource(ClockRun& run, CardHandle* handle) {
 }  // namespace
 
 BOOL ProgramRate(CardHandle* handle, const CardRate& rate) {
+    static_assert(std::size(CardRates) <= RateCodeMask + 1);
     const BOOL changed =
-        WriteCardRegisterIfChanged(handle, card_register::Clock, CardSpace, rate.Code, RateMask);
+        WriteCardRegisterIfChanged(handle, card_register::ClockSelect, CardSpace, rate.Code, RateCodeMask);
     WriteCard(handle, card_register::ClockControl, rate.DoubleSpeed ? DoubleSpeed : 0, DoubleSpeed);
     return changed;
 }
 
 void SetInternalClock(CardHandle* handle, CardRecord& card) {
     card.ActiveClockSource = InternalClock;
-    WriteCard(handle, card_register::Clock, 0, SourceMask);
+    WriteCard(handle, card_register::ClockSelect, 0, ClockSourceMask);
 }
 
-void EnableReceiver(CardHandle* handle) {
-    WriteCard(handle, card_register::Receiver, ReceiverBit1, ReceiverBit1);
-    WriteCard(handle, card_register::Receiver, ReceiverBit0, ReceiverBit0);
+void SwitchReceiverOff(CardHandle* handle) {
+    WriteCard(handle, card_register::DigitalReceiver, ReceiverClockOff, ReceiverClockOff);
+    WriteCard(handle, card_register::DigitalReceiver, ReceiverOff, ReceiverOff);
 }
 
 BOOL ClockFailsAfterSwitch(CardHandle* handle, const CardRate& rate) {
@@ -88,13 +91,13 @@ MMRESULT SwitchMasterSource(ClockRun& run) {
     CardHandle* handle = borrowed.Get();
     run.DigitalInput = source == DigitalInputClock;
     if (run.DigitalInput) {
-        UseDigitalInput(handle);
+        SwitchReceiverOn(handle);
     } else {
-        EnableReceiver(handle);
+        SwitchReceiverOff(handle);
     }
     TakeClockFault(handle);  // what the old source left
     master.ActiveClockSource = source;
-    if (WriteCardRegisterIfChanged(handle, card_register::Clock, CardSpace, source, SourceMask)) {
+    if (WriteCardRegisterIfChanged(handle, card_register::ClockSelect, CardSpace, source, ClockSourceMask)) {
         run.Changed = true;
     }
     if (!ClockFailsAfterSwitch(handle, *run.Rate)) {
@@ -112,7 +115,7 @@ MMRESULT CheckIncomingRate(ClockRun& run) {
     if (!handle) {
         return MMSYSERR_NODRIVER;
     }
-    const RateMeter meter = {CardSpace, card_register::Receiver, card_register::ReceiverRate};
+    const RateMeter meter = {CardSpace, card_register::DigitalReceiver, card_register::MeasuredRate};
     if (MeasuredRateMatches(handle.Get(), meter, *run.Rate)) {
         return MMSYSERR_NOERROR;
     }
@@ -131,7 +134,7 @@ MMRESULT FinishMaster(ClockRun& run) {
     if (!handle) {
         return MMSYSERR_NODRIVER;
     }
-    WriteCard(handle.Get(), card_register::Clock, DriveLink, DriveLink);
+    WriteCard(handle.Get(), card_register::ClockSelect, DriveLink, DriveLink);
     return MMSYSERR_NOERROR;
 }
 

@@ -19,7 +19,7 @@ MMRESULT Settle(ClockRun& run) {
 
 constexpr ClockStep FullRun[] = {
     MarkGroup,         Settle,
-    SettleLink,        QuietFollowers,
+    SettleLink,        LeaveOldClocks,
     ProgramMasterRate, SwitchMasterSource,
     CheckIncomingRate, FinishMaster,
     ProgramFollowers,  ResynchroniseCards,
