@@ -1,6 +1,6 @@
 #include "card/requests.h"
 
-#include "card/borrowed_handle.h"
+#include "card/card_handle.h"
 
 namespace kestvox {
 

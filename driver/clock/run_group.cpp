@@ -1,4 +1,4 @@
-#include "card/borrowed_handle.h"
+#include "card/card_handle.h"
 #include "card/card_table.h"
 #include "card/channel_status.h"
 #include "card/delay.h"

@@ -1,6 +1,6 @@
 #include <iterator>
 
-#include "card/borrowed_handle.h"
+#include "card/card_handle.h"
 #include "card/delay.h"
 #include "card/rate_measurement.h"
 #include "card/registers.h"

@@ -1,6 +1,6 @@
 #include <commctrl.h>
 
-#include "card/borrowed_handle.h"
+#include "card/card_handle.h"
 #include "card/registers.h"
 #include "config_ui/mixer_gain.h"
 #include "config_ui/pages.h"

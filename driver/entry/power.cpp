@@ -1,6 +1,6 @@
 #include "entry/power.h"
 
-#include "card/borrowed_handle.h"
+#include "card/card_handle.h"
 #include "card/card_table.h"
 #include "card/init_card.h"
 #include "stream/stream_list.h"
