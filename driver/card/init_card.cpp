@@ -1,7 +1,6 @@
 #include "card/init_card.h"
 
 #include "card/channel_status.h"
-#include "card/delay.h"
 #include "card/registers.h"
 
 namespace kestvox {

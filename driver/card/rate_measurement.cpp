@@ -1,6 +1,5 @@
 #include "card/rate_measurement.h"
 
-#include "card/delay.h"
 #include "card/registers.h"
 
 namespace kestvox {

@@ -1,4 +1,5 @@
-// The card's registers as far as the driver uses them, and the routines that take several accesses.
+// The card's registers as far as the driver uses them, the routines that take several accesses, and the waits
+// between them.
 //
 // No lock is taken: a sequence of an index and a data access relies on running from one place at a time
 // for a card. Every routine stops at its first failing access and answers FALSE.
@@ -100,6 +101,15 @@ BOOL WriteIndirectRegister(CardHandle* handle, DWORD index, DWORD value, DWORD m
 
 // Gain of monitor mixer input 0..7, value 0..255.
 BOOL SetMixerGain(CardHandle* handle, DWORD index, DWORD value);
+
+// That many sample periods at `rate` Hz in microseconds, at least one. `periods` up to 4294.
+constexpr DWORD PeriodsToMicroseconds(DWORD periods, DWORD rate) {
+    return periods * 1000000u / rate + 1;
+}
+
+// A wait that the hardware needs. Below 1000 the kernel waits; from 1000 on the calling thread spins on the
+// millisecond timer for the rounded-up number of milliseconds and then to the next tick.
+void DelayMicroseconds(CardHandle* handle, DWORD microseconds);
 
 // Sets or clears OutputHold, InputHold or both on the card, through a borrowed handle.
 BOOL SetStartHold(CardRecord& card, DWORD bits);

@@ -1,7 +1,6 @@
 #include "card/card_handle.h"
 #include "card/card_table.h"
 #include "card/channel_status.h"
-#include "card/delay.h"
 #include "card/registers.h"
 #include "clock/clock_run.h"
 
