@@ -49,6 +49,18 @@ HTREEITEM FirstTopLevelCard(HWND tree) {
     return TreeView_GetChild(tree, ClockRoot(tree));
 }
 
+// The buffer has room for the longest suffix behind a name.
+void AppendSource(DWORD source, WCHAR* text) {
+    for (const SourceSuffix& candidate : Suffixes) {
+        if (candidate.Source == source) {
+            WCHAR suffix[ItemTextLength - NameLength];
+            LoadText(candidate.Text, suffix);
+            lstrcatW(text, suffix);
+            return;
+        }
+    }
+}
+
 // From `item` on, which may be null.
 HTREEITEM FindMaster(HWND tree, HTREEITEM item) {
     while (item != nullptr && !HasSlaves(tree, item)) {
@@ -127,17 +139,9 @@ HTREEITEM NextMaster(HWND tree, HTREEITEM master) {
     return FindMaster(tree, TreeView_GetNextSibling(tree, master));
 }
 
-void GetCardItemText(const CardRecord& card, TVITEMW& item) {
-    WCHAR text[NameLength + 30];
-    WCHAR suffix[30];
+void FormatItemText(const CardRecord& card, WCHAR (&text)[ItemTextLength]) {
     lstrcpynW(text, card.WorkingName, NameLength);
-    for (const SourceSuffix& candidate : Suffixes) {
-        if (candidate.Source == card.WorkingClockSource) {
-            LoadText(candidate.Text, suffix);
-            lstrcatW(text, suffix);
-        }
-    }
-    lstrcpynW(item.pszText, text, item.cchTextMax);
+    AppendSource(card.WorkingClockSource, text);
 }
 
 }  // namespace kestvox

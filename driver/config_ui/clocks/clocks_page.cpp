@@ -92,7 +92,9 @@ INT_PTR OnCommand(HWND page, WORD notification, WORD number) {
 INT_PTR OnGetItemText(NMTVDISPINFOW& request) {
     const auto* card = reinterpret_cast<const CardRecord*>(request.item.lParam);
     if ((request.item.mask & TVIF_TEXT) != 0 && card != nullptr) {
-        GetCardItemText(*card, request.item);
+        WCHAR text[ItemTextLength];
+        FormatItemText(*card, text);
+        lstrcpynW(request.item.pszText, text, request.item.cchTextMax);
     }
     return TRUE;
 }
@@ -120,7 +122,7 @@ INT_PTR OnKeyDown(HWND page, const NMTVKEYDOWN& key) {
 INT_PTR OnRightClick(HWND page) {
     POINT cursor = {};
     GetCursorPos(&cursor);
-    ShowClockMenu(page, cursor.x, cursor.y);
+    ShowClockMenu(page, cursor);
     return AnswerNotification(page, TRUE);
 }
 
