@@ -55,13 +55,18 @@ PROPSHEETPAGEW DescribePage(const PageSource& source, const WCHAR* title) {
     return page;
 }
 
-// A page that cannot be made is left out.
+// A page that cannot be made is left out, as is one too many: other processes write the table of cards.
 void AddPage(const PROPSHEETPAGEW& description, SheetPages& pages) {
     const HPROPSHEETPAGE page = CreatePropertySheetPageW(&description);
-    if (page != nullptr) {
-        pages.Handles[pages.Count] = page;
-        ++pages.Count;
+    if (page == nullptr) {
+        return;
     }
+    if (pages.Count == MostPages) {
+        DestroyPropertySheetPage(page);
+        return;
+    }
+    pages.Handles[pages.Count] = page;
+    ++pages.Count;
 }
 
 // The Version page has nothing to show of a card whose identity could not be read.
