@@ -2,9 +2,10 @@
 // between them.
 //
 // No lock is taken: a sequence of an index and a data access relies on running from one place at a time
-// for a card. Every routine stops at its first failing access and answers FALSE.
+// for a card. Unless it says otherwise, a routine stops at its first failing access and answers FALSE.
 #pragma once
 
+#include "card/rates.h"
 #include "card/requests.h"
 
 namespace kestvox {
@@ -110,6 +111,18 @@ constexpr DWORD PeriodsToMicroseconds(DWORD periods, DWORD rate) {
 // A wait that the hardware needs. Below 1000 the kernel waits; from 1000 on the calling thread spins on the
 // millisecond timer for the rounded-up number of milliseconds and then to the next tick.
 void DelayMicroseconds(CardHandle* handle, DWORD microseconds);
+
+// The registers in which a receiver is told to measure its signal (MeasureRate) and tells the result.
+struct RateMeter {
+    RegisterSpace Space;
+    DWORD Control;
+    DWORD Reading;
+};
+
+// Whether the signal has the rate, by the second of two measurements: the first one began before the receiver
+// had settled. True also when the measurement cannot be read, and for a signal at a rate that is
+// NotMeasurable.
+bool MeasuredRateMatches(CardHandle* handle, const RateMeter& meter, const CardRate& rate);
 
 // Sets or clears OutputHold, InputHold or both on the card, through a borrowed handle.
 BOOL SetStartHold(CardRecord& card, DWORD bits);

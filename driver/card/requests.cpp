@@ -1,7 +1,5 @@
 #include "card/requests.h"
 
-#include "card/card_handle.h"
-
 namespace kestvox {
 
 namespace {

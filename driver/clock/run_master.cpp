@@ -1,7 +1,6 @@
 #include <iterator>
 
 #include "card/card_handle.h"
-#include "card/rate_measurement.h"
 #include "card/registers.h"
 #include "clock/clock_run.h"
 #include "eventlog/driver_event.h"

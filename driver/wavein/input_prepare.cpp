@@ -3,7 +3,6 @@
 #include <mmddk.h>
 
 #include "card/channel_status.h"
-#include "card/rate_measurement.h"
 #include "card/registers.h"
 #include "clock/sample_clock.h"
 #include "eventlog/driver_event.h"
