@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <cstddef>
 #include <iterator>
 
 namespace kestvox {
@@ -49,7 +50,7 @@ constexpr const CardRate& CardRateOfCode(WORD code) {
 }
 
 constexpr bool CodesArePlaces() {
-    for (WORD place = 0; place < std::size(CardRates); ++place) {
+    for (size_t place = 0; place < std::size(CardRates); ++place) {
         if (CardRates[place].Code != place) {
             return false;
         }
