@@ -8,6 +8,7 @@ function(compile_resources script)
   get_filename_component(folder ${CMAKE_CURRENT_SOURCE_DIR}/${script} DIRECTORY)
   set(input ${CMAKE_CURRENT_SOURCE_DIR}/${script})
   list(TRANSFORM arg_DEPENDS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+  list(APPEND arg_DEPENDS ${KESTVOX_GENERATED}/kestvox_version.h)
   set(text ${CMAKE_CURRENT_BINARY_DIR}/${name}.rc)
   set(res ${CMAKE_CURRENT_BINARY_DIR}/${name}.res)
 
@@ -18,7 +19,7 @@ function(compile_resources script)
     OUTPUT ${res}
     BYPRODUCTS ${text}
     COMMAND ${CMAKE_CXX_COMPILER} -E -P -undef -x c -DRC_INVOKED
-            -I${CMAKE_CURRENT_SOURCE_DIR} ${input} -o ${text}
+            -I${CMAKE_CURRENT_SOURCE_DIR} -I${KESTVOX_GENERATED} ${input} -o ${text}
     COMMAND ${LLVM_RC} -no-preprocess -I ${folder} -FO ${name}.res ${name}.rc
     DEPENDS ${input} ${arg_DEPENDS}
     WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}

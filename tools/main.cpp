@@ -6,6 +6,7 @@
 #include <new>
 #include <string>
 
+#include "kestvox_version.h"
 #include "tools/commands.h"
 #include "tools/settings_table.h"
 
@@ -222,6 +223,7 @@ int Run(int argc, char** argv) {
     CommandLine line;
     CLI::App program("Plays on, lists and looks into the Kestrelvox cards", "kestvox");
     program.require_subcommand(1);
+    program.set_version_flag("--version", "kestvox " KESTVOX_VERSION_TEXT);
     // A word that begins with a slash is a file name, on Windows, too.
     program.allow_windows_style_options(false);
     const CLI::App* devices = AddDevices(program, line);

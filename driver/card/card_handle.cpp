@@ -1,6 +1,7 @@
 #include "card/card_handle.h"
 
 #include "card/heap.h"
+#include "card/requests.h"
 
 namespace kestvox {
 
@@ -21,11 +22,6 @@ BOOL BindHandle(CardHandle* handle, DWORD ordinal, DWORD channel) {
     const BindRequest request = {ordinal, channel};
     DWORD returned = 0;
     return CardRequest(handle, IOCTL_BIND_HANDLE, &request, sizeof request, nullptr, 0, &returned);
-}
-
-BOOL SendPlain(CardHandle* handle, DWORD code) {
-    DWORD returned = 0;
-    return CardRequest(handle, code, nullptr, 0, nullptr, 0, &returned);
 }
 
 }  // namespace
@@ -51,7 +47,7 @@ MMRESULT OpenCardHandle(const CardRecord& card, DWORD channel, CardHandle** hand
         CloseCardHandle(opened);
         return MMSYSERR_ALLOCATED;
     }
-    if (channel != ControlChannel && !SendPlain(opened, IOCTL_ACQUIRE_CHANNEL)) {
+    if (channel != ControlChannel && !AcquireChannel(opened)) {
         CloseCardHandle(opened);
         return MMSYSERR_ERROR;
     }
@@ -63,25 +59,36 @@ void CloseCardHandle(CardHandle* handle) {
     if (handle == nullptr || handle->FileHandle == INVALID_HANDLE_VALUE) {
         return;
     }
-    SendPlain(handle, IOCTL_RELEASE_CHANNEL);
+    ReleaseChannel(handle);
     CloseHandle(handle->FileHandle);
     CloseHandle(handle->Overlapped.hEvent);
     FreeHeapObject(handle);
 }
 
 BOOL CardRequest(CardHandle* handle, DWORD code, const void* input, DWORD inputLength, void* output,
-                 DWORD outputLength, DWORD* bytesReturned, OVERLAPPED* overlapped) {
+                 DWORD outputLength, DWORD* bytesReturned) {
     if (handle == nullptr || handle->FileHandle == INVALID_HANDLE_VALUE) {
         return FALSE;
     }
-    if (overlapped == nullptr) {
-        overlapped = &handle->Overlapped;
-    }
     if (DeviceIoControl(handle->FileHandle, code, const_cast<void*>(input), inputLength, output, outputLength,
-                        bytesReturned, overlapped)) {
+                        bytesReturned, &handle->Overlapped)) {
         return TRUE;
     }
     return GetLastError() == ERROR_IO_PENDING;
+}
+
+BorrowedHandle::BorrowedHandle(CardRecord& card) : loan_(FindStreamByCard(card)), handle_(loan_.Handle) {
+    if (loan_.Lender == nullptr) {
+        OpenCardHandle(card, ControlChannel, &handle_);
+    }
+}
+
+BorrowedHandle::~BorrowedHandle() {
+    if (loan_.Lender != nullptr) {
+        ReturnLoan(loan_);
+    } else {
+        CloseCardHandle(handle_);
+    }
 }
 
 }  // namespace kestvox

@@ -1,10 +1,11 @@
-// An open handle to one card's kernel device, and the one routine through which requests are sent.
+// Open handles to a card's kernel device, and the one routine through which requests are sent.
 #pragma once
 
 #include <windows.h>
 #include <mmsystem.h>
 
 #include "card/card_record.h"
+#include "card/layers_above.h"
 #include "card/protocol.h"
 
 namespace kestvox {
@@ -29,8 +30,26 @@ MMRESULT OpenCardHandle(const CardRecord& card, DWORD channel, CardHandle** hand
 void CloseCardHandle(CardHandle* handle);
 
 // Sends one request. A request that the kernel leaves pending counts as done: TRUE, nothing returned.
-// FALSE without a call when the handle is null or unusable. `overlapped` null: the handle's own.
+// FALSE without a call when the handle is null or unusable.
 BOOL CardRequest(CardHandle* handle, DWORD code, const void* input, DWORD inputLength, void* output,
-                 DWORD outputLength, DWORD* bytesReturned, OVERLAPPED* overlapped = nullptr);
+                 DWORD outputLength, DWORD* bytesReturned);
+
+// A handle for an operation on a card that is not tied to one stream: that of one of this process's streams
+// on the card or, when there is none, a control handle that is closed at the end of the scope. Every
+// request through it fails when neither can be had.
+class BorrowedHandle {
+public:
+    explicit BorrowedHandle(CardRecord& card);
+    ~BorrowedHandle();
+    BorrowedHandle(const BorrowedHandle&) = delete;
+    BorrowedHandle& operator=(const BorrowedHandle&) = delete;
+
+    CardHandle* Get() const { return handle_; }
+    explicit operator bool() const { return handle_ != nullptr; }
+
+private:
+    StreamLoan loan_;
+    CardHandle* handle_;
+};
 
 }  // namespace kestvox

@@ -1,4 +1,4 @@
-// Who a card is, as its non-volatile memory says.
+// A card's revisions and serial number, as its non-volatile memory has them.
 #pragma once
 
 #include "card/card_handle.h"

@@ -48,10 +48,10 @@ struct CardRecord {
     DWORD FpgaVersionMinor;
     DWORD FpgaVersionBuild;
     DWORD SerialNumber;
-    WCHAR Name[NameLength];          // first of the settings
+    WCHAR Name[NameLength];          // saved, as are the settings below
     WCHAR RegistryPath[PathLength];  // device key below HKEY_LOCAL_MACHINE; empty when unknown
-    CardSettings Settings;           // the rest of them
-    SharedWord StartsWaiting;        // hold bits of directions with streams armed behind the start hold
+    CardSettings Settings;
+    SharedWord StartsWaiting;  // hold bits of directions with streams armed behind the start hold
 };
 static_assert(std::is_standard_layout_v<CardRecord>);
 

@@ -39,7 +39,7 @@ struct MonitorBlock {
 static_assert(sizeof(MonitorBlock) == 68);
 static_assert(offsetof(MonitorBlock, GainCode) == 4 && offsetof(MonitorBlock, GainValue) == 36);
 
-// The members that follow RegistryPath in the card record; `Name` stands before it there.
+// All settings but the name, which has its place in the card record.
 struct CardSettings {
     WCHAR Master[PathLength];  // RegistryPath of the clock master; empty: follows nobody
     SharedWord Left24;         // 24-bit samples in 32-bit slots left-justified

@@ -21,8 +21,8 @@ CardRecord* FindCard(DWORD ordinal);
 CardRecord* FirstCard();
 CardRecord* NextCard(CardRecord* card);
 
-// Ordinal of the first card with exactly that device key; NoCard when there is none. An empty path is
-// nobody's, not even that of a card whose own key is unknown.
+// Ordinal of the first card with exactly that device key; NoCard when there is none. An empty path finds no
+// card, also not one whose own key is unknown and therefore empty.
 DWORD FindCardByRegistryPath(const WCHAR* path);
 
 // Takes a reference, making the record (identity and settings are read then) when there is none.

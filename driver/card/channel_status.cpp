@@ -1,15 +1,10 @@
 #include "card/channel_status.h"
 
-#include <iterator>
-
 #include "card/registers.h"
 
 namespace kestvox {
 
 namespace {
-
-// Card register 25, bit 1
-constexpr DWORD ProfessionalFormat = 0x02;
 
 // Indirect registers 0 to 4 are channel-status bytes 0 to 4.
 struct StatusByte {
@@ -20,7 +15,7 @@ struct StatusByte {
 
 template <unsigned Count>
 BOOL WriteStatus(CardHandle* handle, bool professional, const StatusByte (&bytes)[Count]) {
-    if (!WriteCard(handle, card_register::DigitalOutput, professional ? ProfessionalFormat : 0,
+    if (!WriteCard(handle, card_register::DigitalTransmitter, professional ? ProfessionalFormat : 0,
                    ProfessionalFormat)) {
         return FALSE;
     }
@@ -42,22 +37,6 @@ DWORD ConsumerByte0(bool nonAudio, bool copyProtect, bool preemphasis) {
     return (nonAudio ? 0x02u : 0u) | (copyProtect ? 0u : 0x04u) | (preemphasis && !nonAudio ? 0x08u : 0u);
 }
 
-struct RateStatus {
-    DWORD ProfessionalByte0;  // bit 0 and bits 6-7
-    DWORD ProfessionalByte4;
-    DWORD ConsumerByte3;
-};
-
-constexpr RateStatus RateStatuses[] = {
-    {0x01, 0x10, 0x00},  // 96000
-    {0x01, 0x50, 0x00},  // 88200
-    {0x81, 0x00, 0x02},  // 48000
-    {0x41, 0x00, 0x00},  // 44100
-    {0xC1, 0x00, 0x03},  // 32000
-    {0x01, 0x48, 0x00},  // 22050
-};
-constexpr RateStatus RateNotIndicated = {0x01, 0x00, 0x00};
-
 constexpr DWORD Word24Bit = 0x2C;  // professional byte 2: 24-bit audio words
 
 }  // namespace
@@ -77,17 +56,16 @@ BOOL SetDigitalOutputStatus(CardHandle* handle, const CardRecord& card, BOOL for
                         {1, copyProtect ? 0x01u : 0x81u, 0xFF}});
 }
 
-BOOL SetChannelStatusRate(CardHandle* handle, const CardRecord& card, WORD rateCode) {
-    const RateStatus& status = rateCode < std::size(RateStatuses) ? RateStatuses[rateCode] : RateNotIndicated;
+BOOL SetChannelStatusRate(CardHandle* handle, const CardRecord& card, const CardRate& rate) {
     if (card.Settings.Professional != 0) {
         return WriteStatus(handle, true,
-                           {{0, status.ProfessionalByte0, 0xC1},
+                           {{0, rate.ProfessionalByte0, 0xC1},
                             {2, Word24Bit, 0xFF},
                             {3, 0x00, 0xFF},
-                            {4, status.ProfessionalByte4, 0xFF}});
+                            {4, rate.ProfessionalByte4, 0xFF}});
     }
     return WriteStatus(handle, false,
-                       {{0, 0x00, 0x01}, {2, 0x00, 0xFF}, {3, status.ConsumerByte3, 0xFF}, {4, 0x00, 0xFF}});
+                       {{0, 0x00, 0x01}, {2, 0x00, 0xFF}, {3, rate.ConsumerByte3, 0xFF}, {4, 0x00, 0xFF}});
 }
 
 }  // namespace kestvox

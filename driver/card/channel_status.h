@@ -3,6 +3,7 @@
 #pragma once
 
 #include "card/card_handle.h"
+#include "card/rates.h"
 
 namespace kestvox {
 
@@ -10,7 +11,7 @@ namespace kestvox {
 // data as non-audio whatever the setting says.
 BOOL SetDigitalOutputStatus(CardHandle* handle, const CardRecord& card, BOOL forceNonAudio);
 
-// The sample-rate fields, for a rate code.
-BOOL SetChannelStatusRate(CardHandle* handle, const CardRecord& card, WORD rateCode);
+// The sample-rate fields.
+BOOL SetChannelStatusRate(CardHandle* handle, const CardRecord& card, const CardRate& rate);
 
 }  // namespace kestvox

@@ -1,65 +1,93 @@
 #include "card/init_card.h"
 
 #include "card/channel_status.h"
-#include "card/delay.h"
 #include "card/registers.h"
 
 namespace kestvox {
 
 namespace {
 
-constexpr WORD Rate44100 = 3;  // rate code
+constexpr CardRate InitialRate = *FindCardRate(44100);
 
-void SilenceMixer(CardHandle* handle, DWORD first) {
-    for (DWORD index = first; index < first + MixerInputs / 2; ++index) {
+// Mixer inputs: first those of the analog output's mixer, then those of the digital output's.
+constexpr DWORD InputsOfMixer = MixerInputs / 2;
+constexpr DWORD AnalogOutputMixer = 0;
+constexpr DWORD DigitalOutputMixer = InputsOfMixer;
+
+// Of the converters, in microseconds
+struct Pulse {
+    DWORD Bit;
+    DWORD Length;
+    DWORD Settle;
+};
+constexpr Pulse Calibration = {ConverterCalibrate, 10000, 100000};
+constexpr Pulse Restart = {ConverterRestart, 1000, 92971};
+
+constexpr DWORD TransmitterPause = 1;  // microseconds
+constexpr DWORD ResyncPulse = 1;
+
+void SelectInitialClock(CardHandle* handle, CardRecord& card) {
+    card.ActiveClockSource = InternalClock;
+    WriteCard(handle, card_register::ClockSelect, InternalClock | InitialRate.Code,
+              ClockSourceMask | DriveLink | RateCodeMask);
+}
+
+void Unmute(CardHandle* handle, DWORD connectorControl) {
+    WriteCard(handle, connectorControl, 0, ConnectorMute);
+}
+
+void SilenceMixer(CardHandle* handle, DWORD mixer) {
+    for (DWORD index = mixer; index < mixer + InputsOfMixer; ++index) {
         SetMixerGain(handle, index, 0);
     }
 }
 
-// Sets a bit of card register 0 for a time, then lets the card settle.
-void PulseReset(CardHandle* handle, DWORD bit, DWORD pulse, DWORD settle) {
-    WriteCard(handle, card_register::Reset, bit, bit);
-    DelayMicroseconds(handle, pulse);
-    WriteCard(handle, card_register::Reset, 0, bit);
-    DelayMicroseconds(handle, settle);
+void PulseConverters(CardHandle* handle, const Pulse& pulse) {
+    WriteCard(handle, card_register::AnalogInputControl, pulse.Bit, pulse.Bit);
+    DelayMicroseconds(handle, pulse.Length);
+    WriteCard(handle, card_register::AnalogInputControl, 0, pulse.Bit);
+    DelayMicroseconds(handle, pulse.Settle);
 }
 
-void ResetClockControl(CardHandle* handle) {
+void ReleaseClock(CardHandle* handle) {
     WriteCard(handle, card_register::ClockControl, 0, Resync);
-    DelayMicroseconds(handle, 1);
+    DelayMicroseconds(handle, ResyncPulse);
     WriteCard(handle, card_register::ClockControl, 0, DoubleSpeed);
     WriteCard(handle, card_register::ClockControl, Resync, Resync);
     WriteCard(handle, card_register::ClockControl, 0, ClockHold);
-    WriteCard(handle, card_register::ClockControl, 0x02, 0x06);
+    WriteCard(handle, card_register::ClockControl, NormalClockMode, ClockModeMask);
 }
 
-void ResetDigitalOutput(CardHandle* handle, const CardRecord& card) {
-    WriteCard(handle, card_register::DigitalOutput, 0, 0x01);
-    DelayMicroseconds(handle, 1);
-    WriteCard(handle, card_register::DigitalOutput, 0x01, 0x01);
-    for (DWORD index = 0; index < 16; ++index) {
-        WriteIndirectRegister(handle, index, 0, 0xFF);
+void RestartTransmitter(CardHandle* handle) {
+    WriteCard(handle, card_register::DigitalTransmitter, 0, TransmitterRun);
+    DelayMicroseconds(handle, TransmitterPause);
+    WriteCard(handle, card_register::DigitalTransmitter, TransmitterRun, TransmitterRun);
+}
+
+void ClearIndirectRegisters(CardHandle* handle) {
+    for (DWORD index = 0; index < IndirectRegisters; ++index) {
+        WriteIndirectRegister(handle, index, 0, WholeRegister);
     }
-    SetChannelStatusRate(handle, card, Rate44100);
-    SetDigitalOutputStatus(handle, card, FALSE);
 }
 
 }  // namespace
 
 void InitCard(CardHandle* handle, CardRecord& card) {
-    card.ActiveClockSource = InternalClock;
-    WriteCard(handle, card_register::Clock, Rate44100, SourceMask | DriveLink | RateMask);
-    WriteCard(handle, card_register::Reset, 0, 0x03);
-    WriteCard(handle, card_register::Setup8, 0, 0x03);
-    WriteCard(handle, card_register::Setup16, 0, 0x03);
-    SilenceMixer(handle, 0);
-    WriteCard(handle, card_register::Setup24, 0, 0x03);
-    SilenceMixer(handle, MixerInputs / 2);
-    PulseReset(handle, 0x10, 10000, 100000);
-    PulseReset(handle, 0x04, 1000, 92971);
-    WriteCard(handle, card_register::Receiver, ReceiverBit0, ReceiverBit0);
-    ResetClockControl(handle);
-    ResetDigitalOutput(handle, card);
+    SelectInitialClock(handle, card);
+    Unmute(handle, card_register::AnalogInputControl);
+    Unmute(handle, card_register::DigitalInputControl);
+    Unmute(handle, card_register::AnalogOutputControl);
+    SilenceMixer(handle, AnalogOutputMixer);
+    Unmute(handle, card_register::DigitalOutputControl);
+    SilenceMixer(handle, DigitalOutputMixer);
+    PulseConverters(handle, Calibration);
+    PulseConverters(handle, Restart);
+    WriteCard(handle, card_register::DigitalReceiver, ReceiverOff, ReceiverOff);
+    ReleaseClock(handle);
+    RestartTransmitter(handle);
+    ClearIndirectRegisters(handle);
+    SetChannelStatusRate(handle, card, InitialRate);
+    SetDigitalOutputStatus(handle, card, FALSE);
 }
 
 }  // namespace kestvox

@@ -1,10 +1,11 @@
-// What the card layer asks of the layers above it: the two upward knots of the driver.
+// What the card layer asks of the layers above it, which implement these functions. Nothing else in the
+// driver points upward.
 #pragma once
-
-#include "card/card_handle.h"
 
 namespace kestvox {
 
+struct CardHandle;
+struct CardRecord;
 struct StreamInstance;
 
 // A stream's device handle on loan. While it is out the stream is neither freed nor its handle closed.

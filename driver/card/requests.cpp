@@ -1,7 +1,5 @@
 #include "card/requests.h"
 
-#include "card/borrowed_handle.h"
-
 namespace kestvox {
 
 namespace {

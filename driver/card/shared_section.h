@@ -1,5 +1,6 @@
 // Puts a variable into the data section that all processes share while they have the library loaded:
-// zero when the first one loads it, gone with the last. The only place that knows the host system.
+// zero when the first one loads it, gone with the last. The only code of the driver that differs by host
+// system.
 #pragma once
 
 #ifdef _WIN32

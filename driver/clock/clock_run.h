@@ -1,7 +1,8 @@
-// One run of clock programming, step by step. A step that returns a result ends the run when it is not
-// MMSYSERR_NOERROR.
+// One run of clock programming. sample_clock.cpp has the order of its steps; a step's result ends the run
+// when it is not MMSYSERR_NOERROR. A card of the group without a handle ends it with MMSYSERR_NODRIVER.
 #pragma once
 
+#include "card/rates.h"
 #include "stream/stream_instance.h"
 
 namespace kestvox {
@@ -9,18 +10,17 @@ namespace kestvox {
 struct ClockRun {
     StreamInstance* Stream;
     CardRecord* Master;
-    DWORD Rate;  // Hz
-    WORD RateCode;
+    const CardRate* Rate;
     bool Checked;       // a clock or rate that is not right ends the run
     bool Slaves;        // the group has cards other than the master
-    bool Changed;       // a clock or link setting of the group changed: every card resynchronises
+    bool Changed;       // a clock or link setting of the group changed: all of its cards resynchronise
     bool DigitalInput;  // the master runs on its digital input
 };
 
 // run_group.cpp: which cards take part, the link, and the end of the run
 MMRESULT MarkGroup(ClockRun& run);
 MMRESULT SettleLink(ClockRun& run);
-MMRESULT QuietFollowers(ClockRun& run);
+MMRESULT LeaveOldClocks(ClockRun& run);
 MMRESULT ResynchroniseCards(ClockRun& run);
 MMRESULT ReleaseCards(ClockRun& run);
 
@@ -33,11 +33,20 @@ MMRESULT FinishMaster(ClockRun& run);
 // run_followers.cpp
 MMRESULT ProgramFollowers(ClockRun& run);
 
-// Shared by master and followers
-DWORD DoubleSpeedFor(DWORD rate);
+// Shared by master and followers:
+
+// Tells whether the card had another rate before.
+BOOL ProgramRate(CardHandle* handle, const CardRate& rate);
+
 void SetInternalClock(CardHandle* handle, CardRecord& card);
-void EnableReceiver(CardHandle* handle);                     // as for every source but the digital input
-BOOL ClockFailsAfterSwitch(CardHandle* handle, DWORD rate);  // waits 10 sample periods first
+
+// As it has to be for every clock source but the digital input.
+void SwitchReceiverOff(CardHandle* handle);
+
+// Whether the clock that has just been selected is not valid; waits 10 sample periods first.
+BOOL ClockFailsAfterSwitch(CardHandle* handle, const CardRate& rate);
+
+// A wait of so many sample periods at the run's rate.
 void WaitPeriods(const ClockRun& run, DWORD periods);
 
 }  // namespace kestvox

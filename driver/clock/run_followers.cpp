@@ -1,4 +1,4 @@
-#include "card/borrowed_handle.h"
+#include "card/card_handle.h"
 #include "card/card_table.h"
 #include "card/registers.h"
 #include "clock/clock_run.h"
@@ -10,17 +10,16 @@ namespace {
 
 void ProgramFollowerRate(const ClockRun& run, CardRecord& card, CardHandle* handle) {
     card.ResyncPending = run.Changed;
-    if (WriteCardRegisterIfChanged(handle, card_register::Clock, CardSpace, run.RateCode, RateMask)) {
+    if (ProgramRate(handle, *run.Rate)) {
         card.ResyncPending = 1;
     }
-    WriteCard(handle, card_register::ClockControl, DoubleSpeedFor(run.Rate), DoubleSpeed);
 }
 
 void SwitchFollowerSource(CardRecord& card, CardHandle* handle) {
     TakeClockFault(handle);  // what the old source left
     const DWORD source = card.Settings.ClockSource;
     card.ActiveClockSource = source;
-    if (WriteCardRegisterIfChanged(handle, card_register::Clock, CardSpace, source, SourceMask)) {
+    if (WriteCardRegisterIfChanged(handle, card_register::ClockSelect, CardSpace, source, ClockSourceMask)) {
         card.ResyncPending = 1;
     }
 }
@@ -32,7 +31,7 @@ MMRESULT ProgramFollower(const ClockRun& run, CardRecord& card) {
     }
     ProgramFollowerRate(run, card, handle.Get());
     SwitchFollowerSource(card, handle.Get());
-    if (!ClockFailsAfterSwitch(handle.Get(), run.Rate)) {
+    if (!ClockFailsAfterSwitch(handle.Get(), *run.Rate)) {
         return MMSYSERR_NOERROR;
     }
     card.ResyncPending = 1;

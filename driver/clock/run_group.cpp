@@ -1,7 +1,6 @@
-#include "card/borrowed_handle.h"
+#include "card/card_handle.h"
 #include "card/card_table.h"
 #include "card/channel_status.h"
-#include "card/delay.h"
 #include "card/registers.h"
 #include "clock/clock_run.h"
 
@@ -35,7 +34,8 @@ void MarkCard(ClockRun& run, CardRecord& card) {
 
 bool DrivesLink(CardHandle* handle) {
     DWORD clock = 0;
-    return ReadCardRegister(handle, card_register::Clock, CardSpace, &clock) && (clock & DriveLink) != 0;
+    return ReadCardRegister(handle, card_register::ClockSelect, CardSpace, &clock) &&
+           (clock & DriveLink) != 0;
 }
 
 // Takes the link off every card but the master. Whether who drives it changes: then every card of the
@@ -44,7 +44,7 @@ bool LinkChanges(const ClockRun& run, const CardRecord& card, CardHandle* handle
     if (&card == run.Master) {
         return !DrivesLink(handle);
     }
-    return WriteCardRegisterIfChanged(handle, card_register::Clock, CardSpace, 0, DriveLink);
+    return WriteCardRegisterIfChanged(handle, card_register::ClockSelect, CardSpace, 0, DriveLink);
 }
 
 void PulsePort(StreamInstance* stream) {
@@ -106,8 +106,9 @@ MMRESULT SettleLink(ClockRun& run) {
     });
 }
 
-// Takes the group off its old clocks before the master's changes.
-MMRESULT QuietFollowers(ClockRun& run) {
+// Puts cards of the group on their internal clocks before the master's clock changes: all of them, the master
+// among them, when anything has changed; else those followers that are on another clock than the link.
+MMRESULT LeaveOldClocks(ClockRun& run) {
     if (!run.Slaves) {
         return MMSYSERR_NOERROR;
     }
@@ -119,7 +120,7 @@ MMRESULT QuietFollowers(ClockRun& run) {
         [&run](CardRecord& card, CardHandle* handle) {
             SetInternalClock(handle, card);
             if (&card != run.Master) {
-                EnableReceiver(handle);
+                SwitchReceiverOff(handle);
             }
         });
 }
@@ -133,7 +134,7 @@ MMRESULT ResynchroniseCards(ClockRun& run) {
             PulseResync(handle);
         }
         if (card.InClockGroup != 0) {
-            SetChannelStatusRate(handle, card, run.RateCode);
+            SetChannelStatusRate(handle, card, *run.Rate);
         }
     });
     if (result != MMSYSERR_NOERROR) {

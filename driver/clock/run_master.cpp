@@ -1,6 +1,6 @@
-#include "card/borrowed_handle.h"
-#include "card/delay.h"
-#include "card/rate_measurement.h"
+#include <iterator>
+
+#include "card/card_handle.h"
 #include "card/registers.h"
 #include "clock/clock_run.h"
 #include "eventlog/driver_event.h"
@@ -9,8 +9,7 @@ namespace kestvox {
 
 namespace {
 
-constexpr DWORD FastestSingleSpeed = 54000;  // Hz
-constexpr DWORD ReceiverSettle = 50000;      // microseconds
+constexpr DWORD ReceiverSettle = 50000;  // microseconds
 constexpr DWORD LockPeriods = 10;
 
 // Automatic: a lone digital recording takes the clock of what it records.
@@ -24,45 +23,49 @@ DWORD ChooseMasterSource(const ClockRun& run) {
     return loneDigitalInput ? DigitalInputClock : InternalClock;
 }
 
-// The receiver is switched on in two steps.
-void UseDigitalInput(CardHandle* handle) {
-    WriteCard(handle, card_register::Receiver, 0, ReceiverBit0);
+// In two steps: the receiver settles before its clock is used.
+void SwitchReceiverOn(CardHandle* handle) {
+    WriteCard(handle, card_register::DigitalReceiver, 0, ReceiverOff);
     DelayMicroseconds(handle, ReceiverSettle);
-    WriteCard(handle, card_register::Receiver, 0, ReceiverBit1);
+    WriteCard(handle, card_register::DigitalReceiver, 0, ReceiverClockOff);
 }
 
 // The selected clock is not valid: the card goes back to its own.
 void AbandonMasterSource(ClockRun& run, CardHandle* handle) {
     run.Changed = true;
     run.DigitalInput = false;
-    EnableReceiver(handle);
+    SwitchReceiverOff(handle);
     SetInternalClock(handle, *run.Master);
     ReportDriverEvent(ClockSourceNotValid);
 }
 
 }  // namespace
 
-DWORD DoubleSpeedFor(DWORD rate) {
-    return rate > FastestSingleSpeed ? DoubleSpeed : 0;
+BOOL ProgramRate(CardHandle* handle, const CardRate& rate) {
+    static_assert(std::size(CardRates) <= RateCodeMask + 1);
+    const BOOL changed =
+        WriteCardRegisterIfChanged(handle, card_register::ClockSelect, CardSpace, rate.Code, RateCodeMask);
+    WriteCard(handle, card_register::ClockControl, rate.DoubleSpeed ? DoubleSpeed : 0, DoubleSpeed);
+    return changed;
 }
 
 void SetInternalClock(CardHandle* handle, CardRecord& card) {
     card.ActiveClockSource = InternalClock;
-    WriteCard(handle, card_register::Clock, 0, SourceMask);
+    WriteCard(handle, card_register::ClockSelect, 0, ClockSourceMask);
 }
 
-void EnableReceiver(CardHandle* handle) {
-    WriteCard(handle, card_register::Receiver, ReceiverBit1, ReceiverBit1);
-    WriteCard(handle, card_register::Receiver, ReceiverBit0, ReceiverBit0);
+void SwitchReceiverOff(CardHandle* handle) {
+    WriteCard(handle, card_register::DigitalReceiver, ReceiverClockOff, ReceiverClockOff);
+    WriteCard(handle, card_register::DigitalReceiver, ReceiverOff, ReceiverOff);
 }
 
-BOOL ClockFailsAfterSwitch(CardHandle* handle, DWORD rate) {
-    DelayMicroseconds(handle, PeriodsToMicroseconds(LockPeriods, rate));
+BOOL ClockFailsAfterSwitch(CardHandle* handle, const CardRate& rate) {
+    DelayMicroseconds(handle, PeriodsToMicroseconds(LockPeriods, rate.Hz));
     return TakeClockFault(handle);
 }
 
 void WaitPeriods(const ClockRun& run, DWORD periods) {
-    DelayMicroseconds(run.Stream->Device, PeriodsToMicroseconds(periods, run.Rate));
+    DelayMicroseconds(run.Stream->Device, PeriodsToMicroseconds(periods, run.Rate->Hz));
 }
 
 MMRESULT ProgramMasterRate(ClockRun& run) {
@@ -70,10 +73,9 @@ MMRESULT ProgramMasterRate(ClockRun& run) {
     if (!handle) {
         return MMSYSERR_NODRIVER;
     }
-    if (WriteCardRegisterIfChanged(handle.Get(), card_register::Clock, CardSpace, run.RateCode, RateMask)) {
+    if (ProgramRate(handle.Get(), *run.Rate)) {
         run.Changed = true;
     }
-    WriteCard(handle.Get(), card_register::ClockControl, DoubleSpeedFor(run.Rate), DoubleSpeed);
     return MMSYSERR_NOERROR;
 }
 
@@ -87,16 +89,16 @@ MMRESULT SwitchMasterSource(ClockRun& run) {
     CardHandle* handle = borrowed.Get();
     run.DigitalInput = source == DigitalInputClock;
     if (run.DigitalInput) {
-        UseDigitalInput(handle);
+        SwitchReceiverOn(handle);
     } else {
-        EnableReceiver(handle);
+        SwitchReceiverOff(handle);
     }
     TakeClockFault(handle);  // what the old source left
     master.ActiveClockSource = source;
-    if (WriteCardRegisterIfChanged(handle, card_register::Clock, CardSpace, source, SourceMask)) {
+    if (WriteCardRegisterIfChanged(handle, card_register::ClockSelect, CardSpace, source, ClockSourceMask)) {
         run.Changed = true;
     }
-    if (!ClockFailsAfterSwitch(handle, run.Rate)) {
+    if (!ClockFailsAfterSwitch(handle, *run.Rate)) {
         return MMSYSERR_NOERROR;
     }
     AbandonMasterSource(run, handle);
@@ -111,8 +113,8 @@ MMRESULT CheckIncomingRate(ClockRun& run) {
     if (!handle) {
         return MMSYSERR_NODRIVER;
     }
-    const RateMeter meter = {CardSpace, card_register::Receiver, card_register::ReceiverRate};
-    if (MeasuredRateMatches(handle.Get(), meter, run.Rate, run.RateCode)) {
+    const RateMeter meter = {CardSpace, card_register::DigitalReceiver, card_register::MeasuredRate};
+    if (MeasuredRateMatches(handle.Get(), meter, *run.Rate)) {
         return MMSYSERR_NOERROR;
     }
     ReportDriverEvent(MasterClockRateMismatch);
@@ -130,7 +132,7 @@ MMRESULT FinishMaster(ClockRun& run) {
     if (!handle) {
         return MMSYSERR_NODRIVER;
     }
-    WriteCard(handle.Get(), card_register::Clock, DriveLink, DriveLink);
+    WriteCard(handle.Get(), card_register::ClockSelect, DriveLink, DriveLink);
     return MMSYSERR_NOERROR;
 }
 

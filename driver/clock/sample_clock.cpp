@@ -18,20 +18,25 @@ MMRESULT Settle(ClockRun& run) {
 }
 
 constexpr ClockStep FullRun[] = {
-    MarkGroup,         Settle,
-    SettleLink,        QuietFollowers,
-    ProgramMasterRate, SwitchMasterSource,
-    CheckIncomingRate, FinishMaster,
-    ProgramFollowers,  ResynchroniseCards,
-    ReleaseCards,      Settle,
+    MarkGroup,           // and hold the clocks of its cards
+    Settle,              // until they have stopped
+    SettleLink,          // with followers only: nobody but the master may drive the link
+    LeaveOldClocks,      // with followers only: the internal clock bridges the change
+    ProgramMasterRate,   // rate code and double speed
+    SwitchMasterSource,  // and back to the internal clock when the chosen one is not valid
+    CheckIncomingRate,   // when the master runs on its digital input
+    FinishMaster,        // with followers it drives the link
+    ProgramFollowers,    // rate, then source, card by card
+    ResynchroniseCards,  // with a long wait when a clock has changed
+    ReleaseCards,        // end of the hold
+    Settle,              // until they run
 };
 
 MMRESULT ProgramGroup(StreamInstance* stream, bool ignoreClockError) {
     ClockRun run = {};
     run.Stream = stream;
     run.Master = stream->ClockMaster;
-    run.Rate = stream->SampleRate;
-    run.RateCode = stream->RateCode;
+    run.Rate = &CardRateOfCode(stream->RateCode);
     run.Checked = !ignoreClockError && run.Master->Settings.CheckClocks != 0;
     for (const ClockStep step : FullRun) {
         const MMRESULT result = step(run);
@@ -39,7 +44,7 @@ MMRESULT ProgramGroup(StreamInstance* stream, bool ignoreClockError) {
             return result;
         }
     }
-    run.Master->GroupRate = run.Rate;
+    run.Master->GroupRate = run.Rate->Hz;
     return MMSYSERR_NOERROR;
 }
 

@@ -1,10 +1,9 @@
-#include "config_ui/asio_easi_page.h"
-
 #include <windows.h>
 #include <commctrl.h>
 
 #include <algorithm>
 
+#include "config_ui/pages.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
 #include "settings/settings_key.h"

@@ -1,10 +1,9 @@
-#include "config_ui/configuration_page.h"
-
 #include <windows.h>
 #include <commctrl.h>
 
 #include "card/card_table.h"
 #include "config_ui/mixer_gain.h"
+#include "config_ui/pages.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
 #include "settings/card_settings_store.h"

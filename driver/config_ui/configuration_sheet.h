@@ -10,8 +10,8 @@ namespace kestvox {
 //   DRVCNF_OK       closed, by whichever button; or another sheet is open, which was brought to the front
 //   DRVCNF_RESTART  closed, and the system is to be restarted
 //   DRVCNF_CANCEL   there is no card, or the sheet cannot be made
-// `owner` may be null. `configurationInfo` says only by not being null that an open sheet is no
-// obstacle; it is never read.
+// `owner` may be null. With a `configurationInfo` that is not null a second sheet is shown even while another
+// one is open; what it points to is never read.
 LONG ShowConfigurationSheet(HWND owner, HINSTANCE instance, const void* configurationInfo);
 
 }  // namespace kestvox

@@ -19,7 +19,7 @@ int TenthsOfDecibel(DWORD code);
 // of all processes meanwhile.
 void SetGainCode(MonitorBlock& block, unsigned input, DWORD code);
 
-// The whole block, with the same care.
+// Copies a whole block, each word in one access.
 void CopyGains(const MonitorBlock& from, MonitorBlock& to);
 
 }  // namespace kestvox

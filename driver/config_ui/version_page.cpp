@@ -1,5 +1,4 @@
-#include "config_ui/version_page.h"
-
+#include "config_ui/pages.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
 

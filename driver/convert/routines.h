@@ -1,5 +1,5 @@
 // The two sets of conversion routines behind expand.h and capture.h, with the same contracts. Which one the
-// library uses is chosen when it is loaded (choice.cpp).
+// library uses is chosen when it is loaded (routines.cpp).
 #pragma once
 
 #include "convert/capture.h"

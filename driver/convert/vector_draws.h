@@ -1,4 +1,4 @@
-// The dither of eight samples at a time, and the way of eight results to memory. Only where
+// The dither of eight samples at a time, and how eight results are stored. Only where
 // KESTVOX_VECTOR_UNIT is defined.
 #pragma once
 

@@ -1,4 +1,4 @@
-// What the vector routines are written with.
+// Attributes of the vector routines, and their accesses to memory.
 #pragma once
 
 #include "convert/routines.h"

@@ -1,7 +1,9 @@
 #include "entry/device_capabilities.h"
 
 #include "card/card_table.h"
+#include "config_ui/resource.h"
 #include "entry/module.h"
+#include "kestvox_version.h"
 
 namespace kestvox {
 
@@ -11,18 +13,16 @@ namespace {
 constexpr WORD ManufacturerId = 0x5A48;
 constexpr WORD ProductId = 0x0001;
 
-constexpr WORD DriverVersion = 0x0405;
+constexpr WORD DriverVersion = KESTVOX_VERSION_MAJOR << 8 | KESTVOX_VERSION_MINOR;
 constexpr DWORD StandardFormats = 0x00000FFF;  // 11.025 kHz mono 8-bit to 44.1 kHz stereo 16-bit
 constexpr WORD MostChannels = 2;
 constexpr int DeviceNameLength = 31;  // terminator included: one less than the field holds
 
-constexpr UINT AnalogNameFormat = 23;  // string table: "%s Analog"
-constexpr UINT DigitalNameFormat = 24;
 constexpr int LongestNameFormat = 50;
 
 void FormatDeviceName(const CardRecord& card, DWORD port, WCHAR* name) {
     WCHAR format[LongestNameFormat + 1] = {};
-    LoadStringW(ModuleHandle, port == 0 ? AnalogNameFormat : DigitalNameFormat, format, LongestNameFormat);
+    LoadStringW(ModuleHandle, port == 0 ? IDS_ANALOG_DEVICE : IDS_DIGITAL_DEVICE, format, LongestNameFormat);
     WCHAR full[LongestNameFormat + NameLength] = {};
     wsprintfW(full, format, card.Name);
     lstrcpynW(name, full, DeviceNameLength);

@@ -1,5 +1,5 @@
-// The two wave questions that need no open device. Input and output devices share their numbering:
-// device = card ordinal x 2 + port.
+// What can be asked of the wave devices without opening one: how many there are, and what each can do. Input
+// and output devices share their numbering: device = card ordinal x 2 + port.
 #pragma once
 
 #include <windows.h>

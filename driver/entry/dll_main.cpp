@@ -1,3 +1,4 @@
+#include "card/card_handle.h"
 #include "card/card_table.h"
 #include "entry/module.h"
 #include "stream/driver_mutex.h"
@@ -11,8 +12,30 @@ bool InstallingFlag = false;
 
 namespace {
 
-// Two processes that load the library for the first time at the same moment must not both discover the
-// cards. Without the mutex the discovery runs all the same.
+bool CardExists(DWORD ordinal) {
+    CardRecord probe = {};
+    probe.Ordinal = ordinal;
+    CardHandle* handle = nullptr;
+    if (OpenCardHandle(probe, ControlChannel, &handle) != MMSYSERR_NOERROR) {
+        return false;
+    }
+    CloseCardHandle(handle);
+    return true;
+}
+
+// Finds the cards 0, 1, ... until one does not open; enables and initialises each.
+void EnumerateCards() {
+    for (DWORD ordinal = 0; CardExists(ordinal); ++ordinal) {
+        // Once for the input side and once for the output side.
+        for (int side = 0; side < 2; ++side) {
+            CardAttach(ordinal);
+            CardEnable(ordinal);
+        }
+    }
+}
+
+// Once on a machine, by the first process that loads the library: two that load it at the same moment must
+// not both discover the cards. Without the mutex the discovery runs all the same.
 void DiscoverOnce() {
     HANDLE discovery = CreateSharedMutex(TEXT("ZPH_Kestrelvox_Discovery_Mutex"));
     const DWORD wait = WaitForSingleObject(discovery, INFINITE);

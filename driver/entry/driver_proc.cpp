@@ -3,10 +3,13 @@
 #include <commctrl.h>
 #include <mmddk.h>
 
+#include "card/card_handle.h"
+#include "card/card_table.h"
+#include "card/init_card.h"
 #include "config_ui/configuration_sheet.h"
 #include "entry/installation.h"
 #include "entry/module.h"
-#include "entry/power.h"
+#include "stream/stream_list.h"
 
 namespace kestvox {
 
@@ -34,14 +37,30 @@ LRESULT OnRemove() {
     return DRVCNF_RESTART;
 }
 
+// Whatever the cards were told is lost with the power. A card that cannot be opened is skipped.
+void InitializeEnabledCards() {
+    for (CardRecord* card = FirstCard(); card != nullptr; card = NextCard(card)) {
+        if (card->EnableCount <= 0) {
+            continue;
+        }
+        BorrowedHandle handle(*card);
+        if (handle) {
+            InitCard(handle.Get(), *card);
+            // The card is back at its initial clock: the first stream that is prepared has to program it.
+            card->GroupRate = 0;
+        }
+    }
+}
+
 LRESULT OnPower(LPARAM event) {
     switch (event) {
     case PWR_SUSPENDREQUEST:
-        SuspendDriver();
+        SuspendStreams();
         break;
     case PWR_SUSPENDRESUME:
     case PWR_CRITICALRESUME:
-        ResumeDriver();
+        InitializeEnabledCards();
+        ResumeStreams();
         break;
     default:
         break;

@@ -40,7 +40,7 @@ LONG RegisterService() {
     return ERROR_SUCCESS;
 }
 
-LONG RegisterEventSource(const WCHAR* path, const WCHAR* messageFiles) {
+LONG RegisterMessageFiles(const WCHAR* path, const WCHAR* messageFiles) {
     HKEY key = nullptr;
     const LONG result = RegCreateKeyW(HKEY_LOCAL_MACHINE, path, &key);
     if (result != ERROR_SUCCESS) {
@@ -58,10 +58,10 @@ LONG InstallDriver() {
     if (result != ERROR_SUCCESS) {
         return result;
     }
-    RegisterEventSource(SystemSourceKey, TEXT("%SystemRoot%\\System32\\IoLogMsg.dll,"
-                                              "%SystemRoot%\\System32\\drivers\\kestvox.sys"));
-    return RegisterEventSource(ApplicationSourceKey, TEXT("%SystemRoot%\\System32\\IoLogMsg.dll,"
-                                                          "%SystemRoot%\\System32\\KESTVOX.DLL"));
+    RegisterMessageFiles(SystemSourceKey, TEXT("%SystemRoot%\\System32\\IoLogMsg.dll,"
+                                               "%SystemRoot%\\System32\\drivers\\kestvox.sys"));
+    return RegisterMessageFiles(ApplicationSourceKey, TEXT("%SystemRoot%\\System32\\IoLogMsg.dll,"
+                                                           "%SystemRoot%\\System32\\KESTVOX.DLL"));
 }
 
 LONG RemoveDriver() {

@@ -3,18 +3,38 @@
 
 #include <windows.h>
 
+#include "eventlog/message_table.h"
+
 namespace kestvox {
 
-// Identifiers of the library's message table.
 enum DriverEvent : DWORD {
-    ClockSourceNotValid = 0x40070001,
-    MasterClockRateMismatch = 0x40070002,
-    InputDataRateMismatch = 0x40070003,
-    ClosedWhileBusy = 0x40070004,
+    ClockSourceNotValid = MESSAGE_CLOCK_SOURCE_NOT_VALID,
+    MasterClockRateMismatch = MESSAGE_MASTER_CLOCK_RATE,
+    InputDataRateMismatch = MESSAGE_INPUT_DATA_RATE,
+    ClosedWhileBusy = MESSAGE_CLOSED_WHILE_BUSY,
 };
 
-// Writes a warning under the library's own source. Never fails visibly: without the source nothing is
-// reported. Any thread; the source is opened for each report.
-void ReportDriverEvent(DriverEvent event);
+// Whether an entry of the message table has the length that it claims, and a text that ends. The literal's
+// own NUL is not part of the table.
+template <DWORD Size>
+constexpr bool IsMessageEntry(DWORD length, const char (&text)[Size]) {
+    constexpr DWORD header = 2 * sizeof(WORD);
+    return length == header + Size - 1 && length % 4 == 0 && text[Size - 2] == 0;
+}
+static_assert(IsMessageEntry(MESSAGE_CLOCK_SOURCE_NOT_VALID_LENGTH, MESSAGE_CLOCK_SOURCE_NOT_VALID_TEXT));
+static_assert(IsMessageEntry(MESSAGE_MASTER_CLOCK_RATE_LENGTH, MESSAGE_MASTER_CLOCK_RATE_TEXT));
+static_assert(IsMessageEntry(MESSAGE_INPUT_DATA_RATE_LENGTH, MESSAGE_INPUT_DATA_RATE_TEXT));
+static_assert(IsMessageEntry(MESSAGE_CLOSED_WHILE_BUSY_LENGTH, MESSAGE_CLOSED_WHILE_BUSY_TEXT));
+
+// Writes a warning under the library's own source, which is opened for each report. Without the source
+// nothing is reported, and the caller goes on the same way. Any thread.
+inline void ReportDriverEvent(DriverEvent event) {
+    HANDLE source = RegisterEventSourceW(nullptr, TEXT("KESTVOX.DLL"));
+    if (source == nullptr) {
+        return;
+    }
+    ReportEventW(source, EVENTLOG_WARNING_TYPE, 0, event, nullptr, 0, 0, nullptr, nullptr);
+    DeregisterEventSource(source);
+}
 
 }  // namespace kestvox

@@ -1,5 +1,7 @@
 #include "settings/card_settings_store.h"
 
+#include <iterator>
+
 #include "card/heap.h"
 #include "card/layers_above.h"
 #include "card/requests.h"
@@ -35,27 +37,30 @@ constexpr WordSetting WordSettings[] = {
     {TEXT("ClockSource"), &CardSettings::ClockSource, AutomaticClock},
 };
 
-// The device key with the settings' subkey, in a buffer of the size that the kernel driver is offered.
-class ConfigPath {
-public:
-    // FALSE when the kernel driver does not tell; DeviceKey is valid after TRUE.
-    BOOL Read(CardRecord& card) {
-        if (!GetCardRegistryPath(card, text_, DeviceKeyBytes)) {
-            return FALSE;
-        }
-        text_[DeviceKeyBytes / sizeof(WCHAR) - 1] = 0;
-        return TRUE;
-    }
-    const WCHAR* DeviceKey() const { return text_; }
-    const WCHAR* AppendConfig() {
-        lstrcatW(text_, TEXT("\\Config"));
-        return text_;
-    }
-
-private:
-    static constexpr DWORD DeviceKeyBytes = 512;
-    WCHAR text_[DeviceKeyBytes / sizeof(WCHAR) + 8] = {};
+// The path of a card's device key below HKEY_LOCAL_MACHINE.
+constexpr DWORD LongestDeviceKey = 256;  // terminator included
+struct DeviceKeyPath {
+    WCHAR Text[LongestDeviceKey];
 };
+
+// FALSE when the kernel driver does not tell.
+BOOL ReadDeviceKeyPath(CardRecord& card, DeviceKeyPath& path) {
+    path = {};
+    if (!GetCardRegistryPath(card, path.Text, sizeof path.Text)) {
+        return FALSE;
+    }
+    path.Text[LongestDeviceKey - 1] = 0;
+    return TRUE;
+}
+
+// The settings are in the subkey "Config".
+void SetConfigPath(SettingsKey& key, const DeviceKeyPath& deviceKey) {
+    constexpr WCHAR subkey[] = TEXT("\\Config");
+    WCHAR path[LongestDeviceKey + std::size(subkey)];
+    lstrcpyW(path, deviceKey.Text);
+    lstrcatW(path, subkey);
+    key.SetPath(path);
+}
 
 void ShowSettingsError(const WCHAR* text) {
     if (GetDesktopWindow() != nullptr) {
@@ -64,7 +69,7 @@ void ShowSettingsError(const WCHAR* text) {
 }
 
 // Leaves `target` as it is when the value is missing or of another type.
-void LoadString(const SettingsKey& key, const WCHAR* name, WCHAR* target, int length) {
+void LoadStringSetting(const SettingsKey& key, const WCHAR* name, WCHAR* target, int length) {
     WCHAR* stored = nullptr;
     if (key.QueryString(name, &stored)) {
         lstrcpynW(target, stored, length);
@@ -106,16 +111,16 @@ void LoadCardSettings(CardRecord& card) {
     SettingsKey key(HKEY_LOCAL_MACHINE);
     lstrcpynW(card.Name, DefaultName, NameLength);
     card.Settings.Master[0] = 0;
-    ConfigPath path;
-    if (!path.Read(card)) {
+    DeviceKeyPath path;
+    if (!ReadDeviceKeyPath(card, path)) {
         ShowSettingsError(TEXT("Could not determine device's registry key"));
         return;
     }
-    lstrcpynW(card.RegistryPath, path.DeviceKey(), PathLength);
-    key.SetPath(path.AppendConfig());
-    LoadString(key, TEXT("Name"), card.Name, NameLength);
+    lstrcpynW(card.RegistryPath, path.Text, PathLength);
+    SetConfigPath(key, path);
+    LoadStringSetting(key, TEXT("Name"), card.Name, NameLength);
     lstrcpynW(card.WorkingName, card.Name, NameLength);
-    LoadString(key, TEXT("Master"), card.Settings.Master, PathLength);
+    LoadStringSetting(key, TEXT("Master"), card.Settings.Master, PathLength);
     LoadMonitor(key, card);
     LoadWords(key, card);
     card.WorkingAdvancedMonitoring = card.Settings.AdvancedMonitoring.load();
@@ -124,12 +129,12 @@ void LoadCardSettings(CardRecord& card) {
 
 void SaveCardSettings(CardRecord& card) {
     SettingsKey key(HKEY_LOCAL_MACHINE);
-    ConfigPath path;
-    if (!path.Read(card)) {
+    DeviceKeyPath path;
+    if (!ReadDeviceKeyPath(card, path)) {
         ShowSettingsError(TEXT("Could not save configuration information in registry"));
         return;
     }
-    key.SetPath(path.AppendConfig());
+    SetConfigPath(key, path);
     ReplaceString(key, TEXT("Name"), card.Name);
     ReplaceString(key, TEXT("Master"), card.Settings.Master);
     Replace(key, TEXT("Monitor"), &card.Settings.Monitor, sizeof(MonitorBlock), REG_BINARY);

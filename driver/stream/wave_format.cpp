@@ -1,7 +1,8 @@
 #include "stream/wave_format.h"
 
 #include <cstring>
-#include <iterator>
+
+#include "card/rates.h"
 
 namespace kestvox {
 
@@ -43,9 +44,6 @@ constexpr FormatRow FormatTable[] = {
     {WAVE_FORMAT_EXTENSIBLE, 32, 24, 4, SlotLeft, NoConversion},
 };
 
-// Hz, in the order of the rate codes.
-constexpr DWORD Rates[] = {96000, 88200, 48000, 44100, 32000, 22050, 8000, 11025};
-
 // False for an extensible format that is not plain PCM. `*validBits` is AnyValidBits for other tags.
 bool ReadValidBits(const WAVEFORMATEX& format, WORD* validBits) {
     *validBits = AnyValidBits;
@@ -72,15 +70,6 @@ const FormatRow* FindRow(const WAVEFORMATEX& format, WORD tag, WORD validBits) {
     return nullptr;
 }
 
-bool IsRate(DWORD rate) {
-    for (const DWORD known : Rates) {
-        if (known == rate) {
-            return true;
-        }
-    }
-    return false;
-}
-
 // `tag` is the table's tag for the format.
 BOOL AcceptFormat(const CardRecord& card, const WAVEFORMATEX& format, WORD tag, StreamFormat* accepted) {
     WORD validBits = 0;
@@ -88,16 +77,17 @@ BOOL AcceptFormat(const CardRecord& card, const WAVEFORMATEX& format, WORD tag, 
         return FALSE;
     }
     const FormatRow* row = FindRow(format, tag, validBits);
-    if (row == nullptr || !IsRate(format.nSamplesPerSec)) {
+    const CardRate* rate = FindCardRate(format.nSamplesPerSec);
+    if (row == nullptr || rate == nullptr) {
         return FALSE;
     }
     const WORD slot = card.Settings.Left24 != 0 ? SlotLeft : SlotRight;
     accepted->FormatTag = format.wFormatTag;
     accepted->Channels = format.nChannels;
-    accepted->RateCode = RateCodeOf(format.nSamplesPerSec);
+    accepted->RateCode = rate->Code;
     accepted->SampleFormat = row->SampleFormat == SlotByLeft24 ? slot : row->SampleFormat;
     accepted->Conversion = row->Conversion;
-    accepted->SampleRate = format.nSamplesPerSec;
+    accepted->SampleRate = rate->Hz;
     accepted->AvgBytesPerSec = format.nAvgBytesPerSec;
     return TRUE;
 }
@@ -125,14 +115,6 @@ BOOL AcceptInputFormat(const CardRecord& card, DWORD port, const WAVEFORMATEX& f
         accepted->Conversion = Dithered;
     }
     return TRUE;
-}
-
-WORD RateCodeOf(DWORD rate) {
-    WORD code = 0;
-    while (code + 1u < std::size(Rates) && Rates[code] != rate) {
-        ++code;
-    }
-    return code;
 }
 
 DWORD ClientSampleSize(WORD sampleFormat, WORD conversion) {

@@ -21,9 +21,6 @@ BOOL AcceptOutputFormat(const CardRecord& card, DWORD port, const WAVEFORMATEX& 
 BOOL AcceptInputFormat(const CardRecord& card, DWORD port, const WAVEFORMATEX& format,
                        StreamFormat* accepted);
 
-// The card's code for a rate that it can run at.
-WORD RateCodeOf(DWORD rate);
-
 // Bytes of one sample of one channel in the client's layout.
 DWORD ClientSampleSize(WORD sampleFormat, WORD conversion);
 

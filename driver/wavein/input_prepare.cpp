@@ -1,6 +1,4 @@
 #include "card/channel_status.h"
-#include "card/delay.h"
-#include "card/rate_measurement.h"
 #include "card/registers.h"
 #include "clock/sample_clock.h"
 #include "eventlog/driver_event.h"
@@ -34,7 +32,7 @@ bool RateIsChecked(const StreamInstance* stream) {
 
 bool IncomingRateMatches(StreamInstance* stream) {
     const RateMeter meter = {PortSpace, port_register::Receiver, port_register::MeasuredRate};
-    return MeasuredRateMatches(stream->Device, meter, stream->SampleRate, stream->RateCode);
+    return MeasuredRateMatches(stream->Device, meter, CardRateOfCode(stream->RateCode));
 }
 
 void RestoreGains(StreamInstance* stream) {

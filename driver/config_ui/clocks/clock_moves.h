@@ -6,10 +6,11 @@
 
 namespace kestvox {
 
-// Moves a card to the end of the top level (`target` is the root) or of the group that `target` belongs to,
-// and selects it there under its new item, which is the result. Null, and nothing moves: there is no target,
-// it is the card itself, the card has slaves, or another card is the master already, of which the user is
-// told. A new master does not keep the automatic clock selection; the user is told of that too.
+// Moves a card to the end of the top level (`target` is the root) or to the end of the group that `target`
+// belongs to, and selects it there. The result is its new item.
+// Null, and nothing moves, when there is no target, when it is the card itself, when the card has slaves, and
+// when another card is the master already, of which the user is told.
+// A new master does not keep the automatic clock selection; the user is told of that, too.
 HTREEITEM MoveCardItem(HWND page, HTREEITEM moved, HTREEITEM target);
 
 // A slave becomes a free card with automatic clock selection. The result is its new item.

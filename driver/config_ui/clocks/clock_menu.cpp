@@ -1,7 +1,7 @@
-#include "config_ui/clock_menu.h"
+#include "config_ui/clocks/clock_menu.h"
 
 #include "card/card_table.h"
-#include "config_ui/clock_tree.h"
+#include "config_ui/clocks/clock_tree.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
 
@@ -66,45 +66,69 @@ void FillResetMenu(HMENU menu) {
     AppendCommand(menu, CancelCommand, IDS_MENU_CANCEL);
 }
 
-}  // namespace
-
-BOOL ShowClockMenu(HWND page, int x, int y) {
-    const HWND tree = ClockTree(page);
-    RECT area = {};
-    GetWindowRect(tree, &area);
-    TVHITTESTINFO hit = {};
-    hit.pt = {x - area.left, y - area.top};
-    const HTREEITEM item = TreeView_HitTest(tree, &hit);
-    if (item == ClockRoot(tree) || (item == nullptr && GetKeyState(VK_SHIFT) >= 0)) {
-        return FALSE;
-    }
-    const HMENU menu = CreatePopupMenu();
-    if (item != nullptr) {
-        TreeView_SelectItem(tree, item);
-        FillCardMenu(menu, tree, item);
-    } else {
-        FillResetMenu(menu);
-    }
-    const BOOL shown = TrackPopupMenu(menu, TPM_RIGHTBUTTON, x, y, 0, page, nullptr);
+BOOL TrackMenu(HMENU menu, HWND page, POINT place) {
+    const BOOL shown = TrackPopupMenu(menu, TPM_RIGHTBUTTON, place.x, place.y, 0, page, nullptr);
     DestroyMenu(menu);
     return shown;
 }
 
-BOOL ShowMenuOfSelectedItem(HWND page) {
+BOOL ShowItemMenu(HWND page, HTREEITEM item, POINT place) {
     const HWND tree = ClockTree(page);
-    const HTREEITEM item = TreeView_GetSelection(tree);
-    if (item == nullptr) {
+    if (item == ClockRoot(tree)) {
         return FALSE;
     }
+    const HMENU menu = CreatePopupMenu();
+    TreeView_SelectItem(tree, item);
+    FillCardMenu(menu, tree, item);
+    return TrackMenu(menu, page, place);
+}
+
+BOOL ShowResetMenu(HWND page, POINT place) {
+    const HMENU menu = CreatePopupMenu();
+    FillResetMenu(menu);
+    return TrackMenu(menu, page, place);
+}
+
+// On the screen. What the tree reports and takes as places is counted from here.
+POINT TreeOrigin(HWND tree) {
+    RECT area = {};
+    GetWindowRect(tree, &area);
+    return {area.left, area.top};
+}
+
+HTREEITEM ItemAt(HWND tree, POINT place) {
+    const POINT origin = TreeOrigin(tree);
+    TVHITTESTINFO hit = {};
+    hit.pt = {place.x - origin.x, place.y - origin.y};
+    return TreeView_HitTest(tree, &hit);
+}
+
+// The upper left corner of an item's text, on the screen. The item is scrolled into view first.
+POINT PlaceOfItem(HWND tree, HTREEITEM item) {
     TreeView_EnsureVisible(tree, item);
     union {
         HTREEITEM Item;  // in
         RECT Text;       // out
     } request = {item};
     SendMessageW(tree, TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&request));
-    RECT area = {};
-    GetWindowRect(tree, &area);
-    return ShowClockMenu(page, area.left + request.Text.left, area.top + request.Text.top);
+    const POINT origin = TreeOrigin(tree);
+    return {origin.x + request.Text.left, origin.y + request.Text.top};
+}
+
+}  // namespace
+
+BOOL ShowClockMenu(HWND page, POINT place) {
+    if (const HTREEITEM item = ItemAt(ClockTree(page), place)) {
+        return ShowItemMenu(page, item, place);
+    }
+    const bool shift = GetKeyState(VK_SHIFT) < 0;
+    return shift ? ShowResetMenu(page, place) : FALSE;
+}
+
+BOOL ShowMenuOfSelectedItem(HWND page) {
+    const HWND tree = ClockTree(page);
+    const HTREEITEM item = TreeView_GetSelection(tree);
+    return item != nullptr ? ShowItemMenu(page, item, PlaceOfItem(tree, item)) : FALSE;
 }
 
 }  // namespace kestvox

@@ -1,7 +1,7 @@
-#include "config_ui/clock_moves.h"
+#include "config_ui/clocks/clock_moves.h"
 
-#include "config_ui/clock_rules.h"
-#include "config_ui/clock_tree.h"
+#include "config_ui/clocks/clock_rules.h"
+#include "config_ui/clocks/clock_tree.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
 
@@ -20,7 +20,7 @@ void GiveUpAutomaticClock(HWND page, CardRecord& master) {
     master.WorkingClockSource = InternalClock;
 }
 
-// A group may grow when it is the only one.
+// There is one group at most: a card may join it, or found it when there is none. Else the user is told.
 bool MayJoin(HWND page, HTREEITEM group) {
     const HTREEITEM master = FirstMaster(ClockTree(page));
     if (master == nullptr || master == group) {
@@ -28,6 +28,26 @@ bool MayJoin(HWND page, HTREEITEM group) {
     }
     ShowClockRefusal(page, IDS_ANOTHER_MASTER);
     return false;
+}
+
+// Gives a card that is about to stand alone, or in the group of `master`, the clock source that goes with it.
+void AdaptClockSource(HWND page, CardRecord& card, CardRecord* master) {
+    if (master != nullptr) {
+        GiveUpAutomaticClock(page, *master);
+        card.WorkingClockSource = LinkClock;
+    } else if (card.WorkingClockSource == LinkClock) {
+        card.WorkingClockSource = AutomaticClock;
+    }
+}
+
+// A tree view cannot move an item: it is deleted and inserted anew.
+HTREEITEM ReinsertCard(HWND tree, HTREEITEM item, HTREEITEM parent) {
+    CardRecord& card = *CardOfItem(tree, item);
+    TreeView_DeleteItem(tree, item);
+    const HTREEITEM inserted = InsertCard(tree, card, parent, TVI_LAST);
+    TreeView_Expand(tree, parent, TVE_EXPAND);
+    TreeView_SelectItem(tree, inserted);
+    return inserted;
 }
 
 HTREEITEM OtherMaster(HWND tree, HTREEITEM item) {
@@ -47,24 +67,13 @@ HTREEITEM MoveCardItem(HWND page, HTREEITEM moved, HTREEITEM target) {
     if (target == nullptr || target == moved || HasSlaves(tree, moved)) {
         return nullptr;
     }
-    CardRecord& card = *CardOfItem(tree, moved);
     const HTREEITEM group = GroupOfItem(tree, target);
-    CardRecord* master = CardOfItem(tree, group);  // null: the card is to follow nobody
-    if (master == nullptr) {
-        if (card.WorkingClockSource == LinkClock) {
-            card.WorkingClockSource = AutomaticClock;
-        }
-    } else if (MayJoin(page, group)) {
-        GiveUpAutomaticClock(page, *master);
-        card.WorkingClockSource = LinkClock;
-    } else {
+    CardRecord* master = CardOfItem(tree, group);  // null: the card is to stand alone, below the root
+    if (master != nullptr && !MayJoin(page, group)) {
         return nullptr;
     }
-    TreeView_DeleteItem(tree, moved);
-    const HTREEITEM item = InsertCard(tree, card, group, TVI_LAST);
-    TreeView_Expand(tree, group, TVE_EXPAND);
-    TreeView_SelectItem(tree, item);
-    return item;
+    AdaptClockSource(page, *CardOfItem(tree, moved), master);
+    return ReinsertCard(tree, moved, group);
 }
 
 HTREEITEM StopBeingSlave(HWND page, HTREEITEM item) {

@@ -1,4 +1,4 @@
-#include "config_ui/clock_rules.h"
+#include "config_ui/clocks/clock_rules.h"
 
 #include "card/card_table.h"
 #include "card/layers_above.h"

@@ -1,14 +1,13 @@
-#include "config_ui/clocks_page.h"
-
 #include <commctrl.h>
 
 #include "card/card_table.h"
-#include "config_ui/clock_drag.h"
-#include "config_ui/clock_menu.h"
-#include "config_ui/clock_moves.h"
-#include "config_ui/clock_rules.h"
-#include "config_ui/clock_tree.h"
-#include "config_ui/clock_tree_settings.h"
+#include "config_ui/clocks/clock_drag.h"
+#include "config_ui/clocks/clock_menu.h"
+#include "config_ui/clocks/clock_moves.h"
+#include "config_ui/clocks/clock_rules.h"
+#include "config_ui/clocks/clock_tree.h"
+#include "config_ui/clocks/clock_tree_settings.h"
+#include "config_ui/pages.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
 
@@ -93,7 +92,9 @@ INT_PTR OnCommand(HWND page, WORD notification, WORD number) {
 INT_PTR OnGetItemText(NMTVDISPINFOW& request) {
     const auto* card = reinterpret_cast<const CardRecord*>(request.item.lParam);
     if ((request.item.mask & TVIF_TEXT) != 0 && card != nullptr) {
-        GetCardItemText(*card, request.item);
+        WCHAR text[ItemTextLength];
+        FormatItemText(*card, text);
+        lstrcpynW(request.item.pszText, text, request.item.cchTextMax);
     }
     return TRUE;
 }
@@ -121,7 +122,7 @@ INT_PTR OnKeyDown(HWND page, const NMTVKEYDOWN& key) {
 INT_PTR OnRightClick(HWND page) {
     POINT cursor = {};
     GetCursorPos(&cursor);
-    ShowClockMenu(page, cursor.x, cursor.y);
+    ShowClockMenu(page, cursor);
     return AnswerNotification(page, TRUE);
 }
 

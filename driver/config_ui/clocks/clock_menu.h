@@ -14,12 +14,12 @@ enum ClockCommand : WORD {
     CancelCommand = 65535,
 };
 
-// Shows the menu of the item at a point of the screen, which it selects, or with Shift held down that of the
-// empty space. The command comes to the page as WM_COMMAND. The result is TrackPopupMenu's; FALSE without
-// a menu.
-BOOL ShowClockMenu(HWND page, int x, int y);
+// Shows the menu of the item at a point of the screen, and selects the item; at an empty place, while Shift
+// is held down, the menu that resets the driver. The command comes to the page as WM_COMMAND. The result is
+// TrackPopupMenu's; FALSE without a menu: the root has none.
+BOOL ShowClockMenu(HWND page, POINT place);
 
-// The same at the selected item, if there is one.
+// Shows the menu of the selected item beside it. FALSE also when no item is selected.
 BOOL ShowMenuOfSelectedItem(HWND page);
 
 }  // namespace kestvox

@@ -1,4 +1,4 @@
-#include "config_ui/clock_tree.h"
+#include "config_ui/clocks/clock_tree.h"
 
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
@@ -47,6 +47,18 @@ HTREEITEM InsertItem(HWND tree, HTREEITEM parent, HTREEITEM after, WCHAR* text, 
 
 HTREEITEM FirstTopLevelCard(HWND tree) {
     return TreeView_GetChild(tree, ClockRoot(tree));
+}
+
+// The buffer has room for the longest suffix behind a name.
+void AppendSource(DWORD source, WCHAR* text) {
+    for (const SourceSuffix& candidate : Suffixes) {
+        if (candidate.Source == source) {
+            WCHAR suffix[ItemTextLength - NameLength];
+            LoadText(candidate.Text, suffix);
+            lstrcatW(text, suffix);
+            return;
+        }
+    }
 }
 
 // From `item` on, which may be null.
@@ -127,17 +139,9 @@ HTREEITEM NextMaster(HWND tree, HTREEITEM master) {
     return FindMaster(tree, TreeView_GetNextSibling(tree, master));
 }
 
-void GetCardItemText(const CardRecord& card, TVITEMW& item) {
-    WCHAR text[NameLength + 30];
-    WCHAR suffix[30];
+void FormatItemText(const CardRecord& card, WCHAR (&text)[ItemTextLength]) {
     lstrcpynW(text, card.WorkingName, NameLength);
-    for (const SourceSuffix& candidate : Suffixes) {
-        if (candidate.Source == card.WorkingClockSource) {
-            LoadText(candidate.Text, suffix);
-            lstrcatW(text, suffix);
-        }
-    }
-    lstrcpynW(item.pszText, text, item.cchTextMax);
+    AppendSource(card.WorkingClockSource, text);
 }
 
 }  // namespace kestvox

@@ -1,8 +1,8 @@
-#include "config_ui/clock_tree_settings.h"
+#include "config_ui/clocks/clock_tree_settings.h"
 
 #include "card/card_table.h"
-#include "config_ui/clock_rules.h"
-#include "config_ui/clock_tree.h"
+#include "config_ui/clocks/clock_rules.h"
+#include "config_ui/clocks/clock_tree.h"
 #include "config_ui/resource.h"
 #include "settings/card_settings_store.h"
 

@@ -1,4 +1,5 @@
-// A card dragged through the clock tree. Only one at a time in a process: it has the mouse.
+// A card that is dragged through the clock tree. A process has one such drag at a time, as it captures the
+// mouse.
 #pragma once
 
 #include <windows.h>

@@ -1,8 +1,8 @@
 // The tree of the Clocks + Sync page: what it holds and how it looks.
 //
 // Below one root stand the cards that follow nobody, and below a card its slaves; a card with slaves is a
-// Tessalink master. Items are inserted with the card as their data and take their text on demand, so a card
-// that is renamed or changes its clock source needs only a repaint.
+// Tessalink master. Items are inserted with the card as their data and ask for their text when they are
+// drawn, so a card that is renamed or changes its clock source needs only a repaint.
 #pragma once
 
 #include <windows.h>
@@ -34,7 +34,8 @@ HTREEITEM FindTopLevelCard(HWND tree, const CardRecord& card);  // null when the
 HTREEITEM FirstMaster(HWND tree);
 HTREEITEM NextMaster(HWND tree, HTREEITEM master);
 
-// TVN_GETDISPINFOW: the card's name and clock source.
-void GetCardItemText(const CardRecord& card, TVITEMW& item);
+// The text of a card's item: its name and, unless it is a slave, its clock source.
+inline constexpr int ItemTextLength = NameLength + 30;
+void FormatItemText(const CardRecord& card, WCHAR (&text)[ItemTextLength]);
 
 }  // namespace kestvox

@@ -1,8 +1,8 @@
-#include "config_ui/clock_drag.h"
+#include "config_ui/clocks/clock_drag.h"
 
-#include "config_ui/clock_moves.h"
-#include "config_ui/clock_rules.h"
-#include "config_ui/clock_tree.h"
+#include "config_ui/clocks/clock_moves.h"
+#include "config_ui/clocks/clock_rules.h"
+#include "config_ui/clocks/clock_tree.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
 
