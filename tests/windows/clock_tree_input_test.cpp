@@ -41,8 +41,7 @@ protected:
     }
 
     void MoveTo(const std::u16string& place) {
-        const POINT point = Tree().OnScreen(place);
-        SetCursorPos(point.x, point.y);
+        Tree().PointAt(place);
         Mouse(MOUSEEVENTF_MOVE);
     }
     static void Mouse(DWORD event) { mouse_event(event, 0, 0, 0, 0); }
