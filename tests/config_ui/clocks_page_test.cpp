@@ -140,7 +140,7 @@ TEST_F(ClocksPageTest, CardsAreDraggedIntoAGroupAndOutOfIt) {
 TEST_F(ClocksPageTest, EscapeEndsADragAndNotTheSheet) {
     Open();
     const std::u16string before = Outline();
-    // The sheet's own, which it does not show before the mouse has been there.
+    // The sheet's own cursor, which the system sets only when the mouse moves over the sheet.
     const HCURSOR usual = LoadCursorW(nullptr, IDC_ARROW);
     Tree().OnItsThread([&] { SetCursor(usual); });
     const auto expectDragging = [&](bool dragging) {

@@ -77,7 +77,7 @@ protected:
         return info.hwndCapture;
     }
 
-    // A hand that carries something does not stand still.
+    // A single move can get lost among those that Wine's display reports, so it is repeated until it shows.
     void PickUpAndCarry(const std::u16string& card, const std::u16string& place) {
         MoveTo(card);
         Mouse(MOUSEEVENTF_LEFTDOWN);
