@@ -129,6 +129,15 @@ POINT ClockTreeUser::OnScreen(const std::u16string& place) const {
     return point;
 }
 
+// The thread that has the page places the pointer: what the display still has to tell it of an earlier place
+// is too old from then on.
+void ClockTreeUser::PointAt(const std::u16string& place) const {
+    OnItsThread([&] {
+        const POINT point = OnScreen(place);
+        SetCursorPos(point.x, point.y);
+    });
+}
+
 void ClockTreeUser::PostToTree(UINT message, WPARAM buttons, POINT place) const {
     PostMessageW(tree_, message, buttons, MAKELPARAM(place.x, place.y));
 }
@@ -144,32 +153,44 @@ void ClockTreeUser::SendMouse(UINT message, const std::u16string& place) const {
 // The press has a loop of its own, which ends when the mouse has moved far enough: both must be on their
 // way before it begins.
 void ClockTreeUser::PickUp(const std::u16string& item) const {
-    const POINT place = PlaceInTree(item);
-    PostToTree(WM_LBUTTONDOWN, MK_LBUTTON, place);
-    PostToTree(WM_MOUSEMOVE, MK_LBUTTON, {place.x + 20, place.y});
+    OnItsThread([&] {
+        const POINT place = PlaceInTree(item);
+        PostToTree(WM_LBUTTONDOWN, MK_LBUTTON, place);
+        PostToTree(WM_MOUSEMOVE, MK_LBUTTON, {place.x + 20, place.y});
+    });
     OnItsThread([] {});
 }
 
-void ClockTreeUser::DragTo(const std::u16string& place) const {
-    SendMouse(WM_MOUSEMOVE, place);
+std::u16string ClockTreeUser::DragTo(const std::u16string& place) const {
+    std::u16string highlighted;
+    OnItsThread([&] {
+        SendMouse(WM_MOUSEMOVE, place);
+        highlighted = Highlighted();
+    });
+    return highlighted;
 }
 
 void ClockTreeUser::Drop(const std::u16string& place) const {
-    SendMouse(WM_LBUTTONUP, place);
+    OnItsThread([&] {
+        SendMouse(WM_MOUSEMOVE, place);
+        SendMouse(WM_LBUTTONUP, place);
+    });
 }
 
 void ClockTreeUser::Drag(const std::u16string& item, const std::u16string& place) const {
     PickUp(item);
-    DragTo(place);
     Drop(place);
 }
 
+// The page opens its menu at the real pointer. The release must be on its way before the press begins its
+// loop, as for a drag.
 std::vector<std::u16string> ClockTreeUser::RightClick(const std::u16string& place) const {
-    const POINT point = PlaceInTree(place);
-    const POINT cursor = OnScreen(place);
-    SetCursorPos(cursor.x, cursor.y);
-    PostToTree(WM_RBUTTONDOWN, MK_RBUTTON, point);
-    PostToTree(WM_RBUTTONUP, 0, point);
+    PointAt(place);
+    OnItsThread([&] {
+        const POINT point = PlaceInTree(place);
+        PostToTree(WM_RBUTTONDOWN, MK_RBUTTON, point);
+        PostToTree(WM_RBUTTONUP, 0, point);
+    });
     return OpenedMenu();
 }
 

@@ -23,10 +23,12 @@ public:
     std::u16string Highlighted() const;  // where a card would be dropped
     void Select(const std::u16string& item) const;
 
-    // A drag from press to release, or its three parts.
+    // A drag from press to release, or its three parts. The display's real pointer moves when it likes, and
+    // the page that has the mouse hears of it: so a move and what is to be seen or done at that place are
+    // one action on the page's thread, with no other message between them.
     void Drag(const std::u16string& item, const std::u16string& place) const;
     void PickUp(const std::u16string& item) const;
-    void DragTo(const std::u16string& place) const;
+    std::u16string DragTo(const std::u16string& place) const;  // what is highlighted there
     void Drop(const std::u16string& place) const;
 
     // Opens a menu, which stays open, and tells its lines: "-" is a separator, a grayed text stands in
@@ -39,7 +41,7 @@ public:
     void Command(const std::u16string& item, char16_t letter) const;  // by its menu
     std::vector<std::u16string> OpenedMenu() const;                   // lines of the one that is open
 
-    POINT OnScreen(const std::u16string& place) const;
+    void PointAt(const std::u16string& place) const;  // with the real pointer
     void PressKey(WORD key) const;
     // On the page's thread, when it has dealt with every message posted to it before.
     void OnItsThread(const std::function<void()>& action) const;
@@ -49,6 +51,7 @@ private:
     std::u16string Line(HTREEITEM item) const;  // with its slaves
     HTREEITEM Find(const std::u16string& name) const;
     POINT PlaceInTree(const std::u16string& place) const;
+    POINT OnScreen(const std::u16string& place) const;
     void SendMouse(UINT message, const std::u16string& place) const;
     void PostToTree(UINT message, WPARAM buttons, POINT place) const;
     void HoldShift(bool down) const;
