@@ -77,7 +77,8 @@ protected:
         return info.hwndCapture;
     }
 
-    // A single move can get lost among those that Wine's display reports, so it is repeated until it shows.
+    // Wine loses a move that comes while the tree's thread has the one before in hand, so each is repeated
+    // until it shows.
     void PickUpAndCarry(const std::u16string& card, const std::u16string& place) {
         MoveTo(card);
         Mouse(MOUSEEVENTF_LEFTDOWN);
