@@ -3,15 +3,15 @@
 #include <algorithm>
 #include <utility>
 
-#include "simulator/card_power.h"
-#include "simulator/channel_run.h"
-#include "simulator/claims.h"
-#include "simulator/clock_control.h"
-#include "simulator/kernel_driver.h"
-#include "simulator/machine_state.h"
-#include "simulator/process_side.h"
-#include "simulator/register_file.h"
-#include "simulator/timeline.h"
+#include "simulator/card/card_power.h"
+#include "simulator/card/register_file.h"
+#include "simulator/channels/channel_run.h"
+#include "simulator/clock/clock_control.h"
+#include "simulator/machine/claims.h"
+#include "simulator/machine/machine_state.h"
+#include "simulator/machine/process_side.h"
+#include "simulator/machine/timeline.h"
+#include "simulator/requests/kernel_driver.h"
 
 namespace simulator {
 

@@ -20,8 +20,8 @@
 #include <string_view>
 #include <vector>
 
-#include "simulator/fault.h"
-#include "simulator/trace.h"
+#include "simulator/trace/fault.h"
+#include "simulator/trace/trace.h"
 
 namespace simulator {
 

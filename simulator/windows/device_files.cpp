@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "simulator/attach.h"
-#include "simulator/host.h"
+#include "simulator/machine/host.h"
 #include "simulator/windows/procedure_calls.h"
 
 namespace simulator {

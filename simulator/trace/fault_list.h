@@ -1,0 +1,31 @@
+// The faults that wait for their request or completion.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "simulator/trace/fault.h"
+
+namespace simulator {
+
+// The machine's lock guards it.
+class FaultList {
+public:
+    void Add(const Fault& fault) { faults_.push_back({fault, 0}); }
+    void Clear() { faults_.clear(); }
+
+    // The fault, if any, that strikes this request, or this completion. Counts it for all that match.
+    std::optional<Fault> Strike(uint32_t code) { return Next(code, false); }
+    std::optional<Fault> StrikeCompletion() { return Next(Fault::Completion, true); }
+
+private:
+    struct Waiting {
+        Fault What;
+        unsigned Seen;
+    };
+    std::optional<Fault> Next(uint32_t code, bool completion);
+
+    std::vector<Waiting> faults_;
+};
+
+}  // namespace simulator
