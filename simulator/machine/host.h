@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "device/device_driver.h"
+
 namespace simulator::host {
 
 // A lock for the threads of this process. When the end of the process has stopped a thread that held it, the
@@ -63,28 +65,8 @@ void Nap(int64_t nanoseconds);
 
 // --- taking the kernel driver's place ------------------------------------------------------------
 
-struct Request {
-    uint32_t Code;
-    const void* Input;
-    uint32_t InputLength;
-    void* Output;
-    uint32_t OutputLength;
-    uint32_t BytesReturned;
-};
-
-// Called on any thread. Results are system error codes.
-class Driver {
-public:
-    virtual DWORD Open(const WCHAR* path, void** file) = 0;
-    virtual void Close(void* file) = 0;
-    virtual DWORD Control(void* file, Request& request) = 0;
-
-protected:
-    ~Driver() = default;
-};
-
 // One at a time; null takes it away.
-void InstallDriver(Driver* driver);
+void InstallDriver(device::Driver* driver);
 
 // What stands behind timeGetTime and Sleep in place of the system's clock.
 class Timer {
@@ -104,8 +86,7 @@ Thread CurrentThread();
 uint64_t CurrentThreadId();
 
 // Queues a procedure call with three arguments to the thread, as a kernel driver does. Never blocks.
-using ProcedureCall = void(CALLBACK*)(ULONG_PTR, ULONG_PTR, ULONG_PTR);
-void QueueCall(const Thread& thread, ProcedureCall routine, ULONG_PTR first);
+void QueueCall(const Thread& thread, device::ProcedureCall routine, ULONG_PTR first);
 
 // Waits until every queued call has run and its thread waits for more. Gives up, false, after
 // `milliseconds` of real time.

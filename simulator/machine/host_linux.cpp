@@ -19,26 +19,6 @@ struct SharedLock {
 };
 constexpr platform::MachineRegion<SharedLock> sharedLock("simulator-lock");
 
-class DriverAdapter final : public platform::DeviceDriver {
-public:
-    Driver* Target = nullptr;
-
-    DWORD Open(const WCHAR* path, void** file) override { return Target->Open(path, file); }
-    void Close(void* file) override { Target->Close(file); }
-    DWORD Control(void* file, platform::DeviceRequest& request) override {
-        Request ours{.Code = request.Code,
-                     .Input = request.Input,
-                     .InputLength = request.InputLength,
-                     .Output = request.Output,
-                     .OutputLength = request.OutputLength,
-                     .BytesReturned = 0};
-        const DWORD result = Target->Control(file, ours);
-        request.BytesReturned = ours.BytesReturned;
-        return result;
-    }
-};
-DriverAdapter driverAdapter;
-
 class TimerAdapter final : public platform::TimeSource {
 public:
     Timer* Target = nullptr;
@@ -104,11 +84,8 @@ void Nap(int64_t nanoseconds) {
     nanosleep(&length, nullptr);
 }
 
-void InstallDriver(Driver* driver) {
-    if (driver) {
-        driverAdapter.Target = driver;
-    }
-    platform::InstallDeviceDriver(driver ? &driverAdapter : nullptr);
+void InstallDriver(device::Driver* driver) {
+    platform::InstallDeviceDriver(driver);
 }
 
 void InstallTimer(Timer* timer) {
@@ -126,7 +103,7 @@ uint64_t CurrentThreadId() {
     return static_cast<uint64_t>(syscall(SYS_gettid));
 }
 
-void QueueCall(const Thread& thread, ProcedureCall routine, ULONG_PTR first) {
+void QueueCall(const Thread& thread, device::ProcedureCall routine, ULONG_PTR first) {
     // The call is lost when the thread has ended, as in a kernel.
     platform::QueueProcedureCall(std::static_pointer_cast<platform::ThreadObject>(thread), routine, first, 0,
                                  0);

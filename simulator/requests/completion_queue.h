@@ -17,7 +17,7 @@ namespace simulator {
 struct CompletionTarget {
     host::Thread Thread;
     uint64_t ThreadId = 0;
-    host::ProcedureCall Routine = nullptr;
+    device::ProcedureCall Routine = nullptr;
 };
 
 // Calls leave in the order in which they were added. The machine's lock is held by the caller of

@@ -40,7 +40,7 @@ DWORD CheckState(const OpenFile& file, const MachineState& machine, FileState ne
     return needs == FileState::Hardware && !acquired ? ERROR_NOT_READY : ERROR_SUCCESS;
 }
 
-DWORD CheckLengths(const RequestDefinition& definition, const host::Request& request) {
+DWORD CheckLengths(const RequestDefinition& definition, const device::Request& request) {
     if (request.InputLength != definition.InputLength || (request.InputLength != 0 && !request.Input)) {
         return ERROR_INVALID_PARAMETER;
     }
@@ -52,7 +52,7 @@ DWORD CheckLengths(const RequestDefinition& definition, const host::Request& req
 }
 
 // What a fault makes of a request that has taken effect.
-DWORD AfterFault(const Fault& fault, host::Request& request) {
+DWORD AfterFault(const Fault& fault, device::Request& request) {
     if (fault.What == Fault::Kind::Pend) {
         request.BytesReturned = 0;
         return ERROR_IO_PENDING;
@@ -89,7 +89,7 @@ void KernelDriver::Close(void* closing) {
     side_.Close(file);
 }
 
-uint64_t KernelDriver::Begin(const OpenFile& file, const host::Request& request) {
+uint64_t KernelDriver::Begin(const OpenFile& file, const device::Request& request) {
     const host::MachineGuard guard;
     const auto* input = static_cast<const uint8_t*>(request.Input);
     return side_.Trace.Begin({.Microseconds = Machine().Now() / 1000,
@@ -105,7 +105,7 @@ uint64_t KernelDriver::Begin(const OpenFile& file, const host::Request& request)
                               .Result = ERROR_SUCCESS});
 }
 
-DWORD KernelDriver::Serve(OpenFile& file, host::Request& request, int64_t* stallFor, bool* dies) {
+DWORD KernelDriver::Serve(OpenFile& file, device::Request& request, int64_t* stallFor, bool* dies) {
     MachineState& machine = Machine();
     RequestCall call{side_, file, request, machine, machine.Now()};
     side_.CatchUp(call.Now);
@@ -133,7 +133,7 @@ DWORD KernelDriver::Serve(OpenFile& file, host::Request& request, int64_t* stall
     return result == ERROR_SUCCESS && fault ? AfterFault(*fault, request) : result;
 }
 
-DWORD KernelDriver::Control(void* opened, host::Request& request) {
+DWORD KernelDriver::Control(void* opened, device::Request& request) {
     Timeline::NoteRequest();
     OpenFile& file = *static_cast<OpenFile*>(opened);
     const uint64_t number = Begin(file, request);

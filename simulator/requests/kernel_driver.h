@@ -9,17 +9,17 @@
 
 namespace simulator {
 
-class KernelDriver final : public host::Driver {
+class KernelDriver final : public device::Driver {
 public:
     KernelDriver(ProcessSide& side, Timeline& timeline) : side_(side), timeline_(timeline) {}
 
     DWORD Open(const WCHAR* path, void** file) override;
     void Close(void* file) override;
-    DWORD Control(void* file, host::Request& request) override;
+    DWORD Control(void* file, device::Request& request) override;
 
 private:
-    DWORD Serve(OpenFile& file, host::Request& request, int64_t* stallFor, bool* dies);
-    uint64_t Begin(const OpenFile& file, const host::Request& request);
+    DWORD Serve(OpenFile& file, device::Request& request, int64_t* stallFor, bool* dies);
+    uint64_t Begin(const OpenFile& file, const device::Request& request);
 
     ProcessSide& side_;
     Timeline& timeline_;

@@ -91,7 +91,7 @@ DWORD DoGetPosition(RequestCall& call) {
 }
 
 DWORD DoSetCompletionRoutine(RequestCall& call) {
-    const auto routine = reinterpret_cast<host::ProcedureCall>(call.Input<ULONG_PTR>());
+    const auto routine = reinterpret_cast<device::ProcedureCall>(call.Input<ULONG_PTR>());
     if (routine) {
         call.File.Completion = {host::CurrentThread(), host::CurrentThreadId(), routine};
     } else {

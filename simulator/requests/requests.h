@@ -16,7 +16,7 @@ namespace simulator {
 struct RequestCall {
     ProcessSide& Side;
     OpenFile& File;
-    host::Request& Request;
+    device::Request& Request;
     MachineState& Machine;
     int64_t Now;
     int64_t StallFor = 0;  // nanoseconds to wait after the lock has been given up
