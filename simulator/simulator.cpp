@@ -5,8 +5,10 @@
 
 #include "simulator/card/card_power.h"
 #include "simulator/card/register_file.h"
+#include "simulator/card/register_map.h"
 #include "simulator/channels/channel_run.h"
 #include "simulator/clock/clock_control.h"
+#include "simulator/clock/rate_measurement.h"
 #include "simulator/machine/claims.h"
 #include "simulator/machine/machine_state.h"
 #include "simulator/machine/process_side.h"
@@ -170,7 +172,7 @@ void Simulator::SetDigitalInputRate(unsigned card, unsigned hertz) {
 
 void Simulator::SetClockBroken(unsigned card, unsigned source, bool broken) {
     impl_->With(card, [=](MachineState& machine, CardState& state, int64_t now) {
-        state.Broken[source / 0x20 % state.Broken.size()] = broken;
+        state.Broken[(source & SourceMask) >> SourceShift] = broken;
         ResolveClocks(machine, now);
     });
 }

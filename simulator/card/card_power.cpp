@@ -2,14 +2,16 @@
 
 #include <algorithm>
 
+#include "simulator/card/register_file.h"
+#include "simulator/card/register_map.h"
 #include "simulator/channels/channel_run.h"
 #include "simulator/clock/clock_control.h"
+#include "simulator/clock/rate_measurement.h"
 
 namespace simulator {
 namespace {
 
 constexpr uint32_t FirstSerialNumber = 12345;
-constexpr unsigned StartHoldRegister = 36;
 
 void PutWord(std::array<uint8_t, NvramPageSize>& page, unsigned word, uint32_t value) {
     page[2 * word] = static_cast<uint8_t>(value >> 8);
@@ -68,7 +70,7 @@ constexpr WritableRange WritableBytes[] = {
 
 // The start holds go as well, and with them what waits behind them on the cards that follow.
 void Reset(MachineState& machine, unsigned card, bool softOnly, int64_t now) {
-    const uint8_t holds = machine.Cards[card].CardFile[StartHoldRegister];
+    const uint8_t holds = machine.Cards[card].CardFile[card_register::StartHold];
     ResetRegisters(machine.Cards[card], softOnly);
     machine.Cards[card].FaultLatched = false;
     ReleaseWaiting(machine, card, holds, now);

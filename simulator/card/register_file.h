@@ -52,7 +52,7 @@ struct RegisterDefinition {
     RegisterBehaviour Does;
     std::array<FieldDefinition, 5> Fields;  // up to the first without a name
 
-    bool IsWindow() const { return Does.IndexRegister != 0; }
+    constexpr bool IsWindow() const { return Does.IndexRegister != 0; }
 };
 
 // In register_table.cpp.

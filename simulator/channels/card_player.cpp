@@ -10,7 +10,7 @@ namespace {
 constexpr std::array<Frame, Block::MostFrames> silence{};
 
 SampleLayout LayoutOf(const CardState& card, unsigned channel) {
-    return SampleLayout::FromPortControl(card.PortFiles[channel][0]);
+    return SampleLayout::FromPortControl(card.PortFiles[channel][port_register::Control]);
 }
 
 }  // namespace

@@ -1,13 +1,12 @@
 #include "simulator/channels/channel_run.h"
 
+#include "simulator/card/register_map.h"
+
 namespace simulator {
 namespace {
 
-constexpr unsigned StartHoldRegister = 36;
-constexpr uint8_t ArmBit = 0x02;  // port register 0
-
 uint8_t DirectionBit(unsigned channel) {
-    return channel >= FirstOutput ? 0x01 : 0x02;
+    return channel >= FirstOutput ? HoldOutputs : HoldInputs;
 }
 
 // An input that was told to stop misses nothing; an output is silent whatever the reason.
@@ -94,9 +93,10 @@ void ArmChannelRun(MachineState& machine, unsigned card, unsigned channel, int64
     if (state.Armed) {
         return;
     }
-    const uint8_t hold = machine.Cards[cardState.Supplier].CardFile[StartHoldRegister];
+    const uint8_t hold = machine.Cards[cardState.Supplier].CardFile[card_register::StartHold];
     state.Armed = true;
-    state.Waiting = (cardState.PortFiles[channel][0] & ArmBit) != 0 && (hold & DirectionBit(channel)) != 0;
+    state.Waiting = (cardState.PortFiles[channel][port_register::Control] & StartWithHold) != 0 &&
+                    (hold & DirectionBit(channel)) != 0;
     FollowAtNextFrame(cardState, channel, now);
 }
 

@@ -16,8 +16,8 @@ void ReleaseChannelHardware(MachineState& machine, unsigned card, unsigned chann
 void StartChannelTransfer(MachineState& machine, unsigned card, unsigned channel, int64_t now);
 void StopChannelTransfer(MachineState& machine, unsigned card, unsigned channel, int64_t now);
 
-// Behind the start hold when the port's arm bit and the hold bit of the card that supplies the clock
-// are set; else the channel sets off.
+// Behind the start hold when the port's "start with hold" bit and the hold bit of the card that supplies the
+// clock are set; else the channel sets off.
 void ArmChannelRun(MachineState& machine, unsigned card, unsigned channel, int64_t now);
 void DisarmChannelRun(MachineState& machine, unsigned card, unsigned channel, int64_t now);
 
@@ -30,7 +30,7 @@ void CountMoved(CardState& card, unsigned channel, uint64_t from, uint64_t frame
 // The card's hold bit has changed.
 void ApplyHold(CardState& card, int64_t now);
 
-// Start hold bits (1 outputs, 2 inputs) of the card that supplies a group's clock have been cleared:
+// Start hold bits (HoldOutputs, HoldInputs) of the card that supplies a group's clock have been cleared:
 // every waiting channel of that direction on every card of the group sets off on the same frame.
 void ReleaseWaiting(MachineState& machine, unsigned supplier, uint8_t directions, int64_t now);
 

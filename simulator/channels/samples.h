@@ -1,9 +1,10 @@
-// Frames as they lie in memory: the four layouts that port register 0 chooses from.
+// Frames as they lie in memory: the four layouts that the port control register chooses from.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
+#include "simulator/card/register_map.h"
 #include "simulator/simulator.h"
 
 namespace simulator {
@@ -13,7 +14,8 @@ struct SampleLayout {
     bool Mono;        // one sample a frame, the same on both sides
 
     static SampleLayout FromPortControl(uint8_t value) {
-        return {static_cast<unsigned>(value >> 6), (value & 0x20) != 0};
+        return {static_cast<unsigned>((value & SampleFormatMask) >> SampleFormatShift),
+                (value & PortMono) != 0};
     }
     size_t FrameBytes() const {
         const size_t sample = Format == 0 ? 1 : Format == 1 ? 2 : 4;

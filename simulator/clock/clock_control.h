@@ -1,6 +1,5 @@
-// The cards' sample clocks as their registers and the scene make them: source, rate, link, resync,
-// fault latch, and the rate measurement of the digital input. The machine's lock is held by the
-// caller of everything here.
+// The cards' sample clocks as their registers and the scene make them: rate, link, resync, fault latch. The
+// machine's lock is held by the caller of everything here.
 #pragma once
 
 #include <cstdint>
@@ -9,11 +8,6 @@
 #include "simulator/machine/machine_state.h"
 
 namespace simulator {
-
-inline constexpr uint8_t SourceInternal = 0x00;
-inline constexpr uint8_t SourceLink = 0x20;
-inline constexpr uint8_t SourceDigital = 0x40;
-inline constexpr uint8_t SourcePll = 0x60;
 
 // Works out every card's clock anew, as of `now`. Frames due before `now` must have been moved.
 void ResolveClocks(MachineState& machine, int64_t now);
@@ -27,24 +21,12 @@ void SettleReceivers(MachineState& machine, int64_t now);
 // sample periods or more since the last read.
 bool TakeClockFault(CardState& card, int64_t now);
 
-// Frames a second of the signal on the card's digital input; 0 when there is none.
-uint32_t DigitalInputRate(const MachineState& machine, unsigned card, int64_t now);
-
-// Whether the card's digital output sends a signal.
-bool TransmitterRuns(const CardState& card);
-
-uint8_t MeasuredByCard(CardState& card, int64_t now);
-uint8_t MeasuredByPort(CardState& card, int64_t now);
-
-// A measurement as the card powers up: none valid. `receiverOn` as the registers have it.
-void ResetMeasurements(CardState& card);
-
-// Register handlers
-void ReceiverControlWritten(const RegisterChange& change);  // card 9
-void PortReceiverWritten(const RegisterChange& change);     // digital input port 1
-void ClockControlWritten(const RegisterChange& change);     // card 17
-void TransmitterWritten(const RegisterChange& change);      // card 25
-void ClockSelectWritten(const RegisterChange& change);      // card 32
-void StartHoldWritten(const RegisterChange& change);        // card 36
+// What a write to a register sets off.
+void DigitalReceiverWritten(const RegisterChange& change);
+void PortReceiverWritten(const RegisterChange& change);
+void ClockControlWritten(const RegisterChange& change);
+void DigitalTransmitterWritten(const RegisterChange& change);
+void ClockSelectWritten(const RegisterChange& change);
+void StartHoldWritten(const RegisterChange& change);
 
 }  // namespace simulator

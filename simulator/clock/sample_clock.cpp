@@ -3,7 +3,6 @@
 namespace simulator {
 namespace {
 
-constexpr int64_t Billion = 1000000000;
 constexpr int64_t Million = 1000000;
 
 // Nanoseconds that an oscillator `drift` off counts in `elapsed` true ones, rounded down.
@@ -20,7 +19,7 @@ uint64_t SampleClock::FramesAt(int64_t time) const {
         return AnchorFrames;
     }
     const int64_t own = Drifted(time - AnchorTime, Drift);
-    return AnchorFrames + static_cast<uint64_t>(own / Billion * Rate + own % Billion * Rate / Billion);
+    return AnchorFrames + static_cast<uint64_t>(own / Second * Rate + own % Second * Rate / Second);
 }
 
 int64_t SampleClock::TimeOf(uint64_t frame) const {
@@ -31,7 +30,7 @@ int64_t SampleClock::TimeOf(uint64_t frame) const {
         return Never;
     }
     const int64_t frames = static_cast<int64_t>(frame - AnchorFrames);
-    const int64_t own = frames / Rate * Billion + (frames % Rate * Billion + Rate - 1) / Rate;
+    const int64_t own = frames / Rate * Second + (frames % Rate * Second + Rate - 1) / Rate;
     // The division leaves at most a few nanoseconds to correct.
     const int64_t scale = Million + Drift;
     int64_t elapsed = own / scale * Million + own % scale * Million / scale;

@@ -7,6 +7,7 @@
 
 namespace simulator {
 
+inline constexpr int64_t Second = 1000000000;  // in nanoseconds, the unit of all times
 inline constexpr int64_t Never = std::numeric_limits<int64_t>::max();
 
 struct SampleClock {

@@ -3,32 +3,34 @@
 #include <algorithm>
 #include <utility>
 
-#include "simulator/clock/clock_control.h"
+#include "simulator/card/register_map.h"
+#include "simulator/clock/clock_source.h"
+#include "simulator/clock/rate_measurement.h"
 #include "simulator/connectors/mixer.h"
 
 namespace simulator {
 namespace {
 
-constexpr uint8_t MuteBits = 0x03;  // card 0, 8, 16, 24
+using namespace card_register;
 
 bool IsDigital(unsigned port) {
     return port == static_cast<unsigned>(Port::Digital);
 }
 
 bool OutputIsOpen(const CardState& card, unsigned port) {
-    const bool muted = (card.CardFile[IsDigital(port) ? 24 : 16] & MuteBits) != 0;
+    const bool muted =
+        (card.CardFile[IsDigital(port) ? DigitalOutputControl : AnalogOutputControl] & MuteBits) != 0;
     return !muted && (!IsDigital(port) || TransmitterRuns(card));
 }
 
 // A digital input gives samples when its port's receiver has settled on a signal.
 bool InputIsOpen(const MachineState& machine, unsigned card, unsigned port, int64_t time) {
     const CardState& state = machine.Cards[card];
-    if ((state.CardFile[IsDigital(port) ? 8 : 0] & MuteBits) != 0) {
+    if ((state.CardFile[IsDigital(port) ? DigitalInputControl : AnalogInputControl] & MuteBits) != 0) {
         return false;
     }
-    const Measurement& receiver = state.PortMeasurement;
-    return !IsDigital(port) || (receiver.ReceiverOn && time >= receiver.ReceiverReady &&
-                                DigitalInputRate(machine, card, time) != 0);
+    return !IsDigital(port) ||
+           (state.PortMeasurement.Settled(time) && DigitalInputRate(machine, card, time) != 0);
 }
 
 }  // namespace

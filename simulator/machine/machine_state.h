@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "simulator/card/register_map.h"
 #include "simulator/clock/sample_clock.h"
 #include "simulator/machine/host.h"
 #include "simulator/requests/protocol.h"
@@ -67,6 +68,8 @@ struct Measurement {
     uint64_t ReadyTick;  // of the running one
     uint8_t NextResult;
     uint8_t Result;  // as the measured-rate register shows it
+
+    bool Settled(int64_t now) const { return ReceiverOn && now >= ReceiverReady; }
 };
 
 // Where the signal on the digital input gets its rate from.
@@ -103,7 +106,7 @@ struct CardState {
     DigitalClocking DigitalInputClocking;
     uint32_t DigitalInputRate;   // Fixed: Hz; 0: no signal
     uint32_t DigitalInputCable;  // Cabled: the card whose digital output it comes from
-    std::array<bool, 4> Broken;  // by clock source code / 32
+    std::array<bool, 4> Broken;  // by the source field of the clock select register
     int32_t Drift;
 
     std::array<uint8_t, NvramPageSize> IdentityPage;
@@ -112,7 +115,7 @@ struct CardState {
 
     uint64_t TickAt(int64_t time) const { return Clock.FramesAt(time) + static_cast<uint64_t>(TickOffset); }
     int64_t TimeOfTick(uint64_t tick) const { return Clock.TimeOf(tick - static_cast<uint64_t>(TickOffset)); }
-    bool Held() const { return (CardFile[17] & 0x01) != 0; }
+    bool Held() const { return (CardFile[card_register::ClockControl] & ClockHeld) != 0; }
 };
 
 struct MachineState {
