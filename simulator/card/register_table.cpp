@@ -1,3 +1,7 @@
+#include <algorithm>
+#include <iterator>
+#include <tuple>
+
 #include "simulator/card/register_file.h"
 #include "simulator/card/register_map.h"
 #include "simulator/clock/clock_control.h"
@@ -95,6 +99,50 @@ constexpr RegisterDefinition Table[] = {
     {Mixer, 1, 7,  "digital playback to digital out", 0x80, 0xFF, Kept, Plain, {}},
 };
 // clang-format on
+
+// --- what a row must be, checked when it is compiled ------------------------------------------------------
+
+constexpr size_t RegisterCount(RegisterFile file) {
+    switch (file) {
+    case Card:
+        return std::tuple_size_v<decltype(CardState::CardFile)>;
+    case Port:
+        return std::tuple_size_v<decltype(CardState::PortFiles)::value_type>;
+    case Indirect:
+        return std::tuple_size_v<decltype(CardState::IndirectFile)>;
+    case Mixer:
+        return std::tuple_size_v<decltype(CardState::MixerFile)>;
+    }
+    return 0;
+}
+
+constexpr bool HasAPlace(const RegisterDefinition& row) {
+    return row.Index < RegisterCount(row.File) && row.Channels != 0 && row.Channels >> ChannelCount == 0;
+}
+static_assert(std::all_of(std::begin(Table), std::end(Table), HasAPlace),
+              "a register lies beyond the array of its file in CardState, or no channel has it");
+
+constexpr bool IsOnlyOne(const RegisterDefinition& row) {
+    return std::none_of(std::begin(Table), std::end(Table), [&row](const RegisterDefinition& other) {
+        return &other != &row && other.File == row.File && other.Index == row.Index &&
+               (other.Channels & row.Channels) != 0;
+    });
+}
+static_assert(std::all_of(std::begin(Table), std::end(Table), IsOnlyOne), "two registers have one number");
+
+// Whatever has been written to its index register, a data register leads to a place of its file.
+constexpr bool StaysInItsWindow(const RegisterDefinition& row) {
+    if (!row.IsWindow()) {
+        return true;
+    }
+    const auto index =
+        std::find_if(std::begin(Table), std::end(Table), [&row](const RegisterDefinition& other) {
+            return other.File == Card && other.Index == row.Does.IndexRegister;
+        });
+    return index != std::end(Table) && (index->Reset | index->Writable) < RegisterCount(row.Does.WindowFile);
+}
+static_assert(std::all_of(std::begin(Table), std::end(Table), StaysInItsWindow),
+              "an index register is missing, or counts further than the file that it leads to");
 
 }  // namespace
 
