@@ -29,8 +29,11 @@ struct Fault {
     int64_t Delay = 10000;
 };
 
-// "NAME:N[:fail|pending|short|die]", "completion:N:late[=US]|twice|again[=US]|lost", NAME as RequestName
-// gives it in any case or "any", N a count or "all". Nothing when the text is not of this form.
+// A fault as a user writes it, for example "QUEUE_BUFFER:3", "any:10:pending" or "completion:1:late=20000".
+// Letters may be of either case. Nothing when the text is not of the form that FaultSyntax tells.
 std::optional<Fault> ParseFault(std::string_view text);
+
+// The forms that ParseFault takes, in two lines for a user to read.
+std::string FaultSyntax();
 
 }  // namespace simulator
