@@ -8,8 +8,8 @@
 
 namespace simulator {
 
-// The card as it leaves the factory: present, nothing plugged in, identity and configuration space
-// its own. Follow with ResolveClocks.
+// A new card: present, nothing plugged in, with an identity and a configuration space of its own. The caller
+// calls ResolveClocks when all cards are made.
 void MakeCard(CardState& card, unsigned ordinal);
 
 // Registers to their power-up values, channels disarmed and not acquired. Claims stay.

@@ -14,13 +14,13 @@ class AudioLog {
 public:
     void AddPlayed(std::span<const Frame> frames);
 
-    // The connector's frames from tick `from` on. `withData` says how many of them, from the first
-    // one, there are up to the end of the channel's own data (0: it had none here). Nothing is kept
-    // before the channel's first frame; frames after its last are shown only once another has followed.
+    // Adds the connector's frames from tick `from` on. The channel's own data ends after the first `withData`
+    // of them; 0: it had none here. Nothing is kept before the channel's first frame, and what comes after
+    // its last one so far is not in Heard until the channel has another.
     void AddHeard(uint64_t from, std::span<const Frame> frames, size_t withData);
     bool Listening() const { return listening_; }
 
-    // The channel is given up: what follows has no connection in time with what was.
+    // The channel is given up: what is added next follows without a gap, however long that takes.
     void Pause();
     void Clear();
 

@@ -1,8 +1,9 @@
-// When a channel's frames move: acquired, transfer on, armed, not behind a start hold, card not held.
+// When a channel's frames move: while it is acquired, its transfer is on, it is armed and not behind a start
+// hold, and the card's clock is not held. A channel that begins to move does so at the next frame.
 //
 // These change the run state only; the frames themselves are moved by the process that has the
-// channel (CardPlayer). The machine's lock is held, and the calling process has moved everything
-// that was due before `now`. A channel that sets off does so at the next frame.
+// channel (CardPlayer). The machine's lock is held by the caller of everything here, and the calling process
+// has moved everything that was due before `now`.
 #pragma once
 
 #include <cstdint>

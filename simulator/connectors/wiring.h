@@ -1,8 +1,8 @@
 // What arrives at the inputs and leaves the outputs of all cards during one block: sources on the input
 // connectors, cables from output to input, monitor mixers. The machine's lock guards all of it.
 //
-// Signals are worked out when somebody asks for them, once a block, along the cables. A circle of cables
-// is silent where it comes back to the connector that was asked for.
+// A signal is worked out when it is first asked for in a block, by following the cables back to where it
+// comes from. A circle of cables is silent where it comes back to the connector that was asked for.
 #pragma once
 
 #include <array>
@@ -23,7 +23,7 @@ public:
 
     void PlugIn(unsigned card, unsigned port, InputSignal signal);
 
-    // Whether the output connector carries what a signal on one of the card's inputs brings.
+    // Whether what is plugged into one of the card's inputs can be heard at the output connector.
     bool HearsInputs(const CardState& state, unsigned card, unsigned port) const;
 
     // The players have begun a block that begins at that time. Outputs may be asked for once every card

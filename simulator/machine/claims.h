@@ -1,5 +1,5 @@
-// Who has a channel. One open file at a time, among all processes; a claim whose process has died is
-// as good as none. The machine's lock is held by the caller of everything here.
+// Who has a channel: at most one open file among those of all processes. When a process dies, its claims no
+// longer count. The machine's lock is held by the caller of everything here.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@ namespace simulator {
 
 bool IsClaimed(const ChannelState& channel);
 
-// False when another file has the channel. What a dead process left of it is cleared away.
+// False when another file has the channel. What a process that has died left behind in it is cleared away.
 bool ClaimChannel(MachineState& machine, unsigned card, unsigned channel, uint32_t file, int64_t now);
 
 // The claimed channel stops and is free.

@@ -1,5 +1,5 @@
-// What belongs to this process alone: its open files, the buffers it has mapped, what its outputs
-// played, faults and trace. The machine's lock guards all but the trace.
+// What belongs to this process alone: its open files, the buffers that it has mapped, what is plugged in,
+// what its outputs played, faults and trace. The machine's lock guards all but the trace.
 #pragma once
 
 #include <array>
@@ -34,7 +34,7 @@ struct OpenFile {
 class ProcessSide {
 public:
     OpenFile* Open(unsigned card);
-    // The file's channel has been given up already.
+    // The file's channel must have been given up before.
     void Close(OpenFile* file);
     unsigned OpenFiles() const { return static_cast<unsigned>(files_.size()); }
 

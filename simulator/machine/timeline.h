@@ -12,12 +12,11 @@
 //   a spin       a thread that reads the timer twice with no request and no sleep in between: to the
 //                next millisecond. Without this a wait that watches the timer would never end.
 //
-// Only one mover waits for the driver at a time; a second one waits for the first, or the clock would
-// run on under it. A thread that registered a completion routine is the exception: a completion may
-// be running on it, so waiting for the driver would be waiting for itself, and the mover that waits
-// for this thread must not be waited for either. When such a thread spins or stalls, it moves the
-// clock, does what falls due, and goes on; the driver's answers come as soon as its threads run. A
-// mover that holds a lock which a completion needs is let go after a second of real time.
+// Only one mover at a time waits for the driver; a second one waits for the first, because otherwise it would
+// move the clock while the first still waits. A thread that registered a completion routine does neither: a
+// completion may be running on it, so that it would wait for itself, or for a mover that waits for it. When
+// such a thread spins or stalls, it moves the clock, does what falls due and goes on, and the driver's
+// answers come as soon as its threads run. A mover gives up waiting after half a minute of real time.
 //
 // In another process of the machine the clock has moved by itself: a thread of that process looks
 // every millisecond while there is company, and does what fell due meanwhile, late.

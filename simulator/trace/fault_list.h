@@ -14,7 +14,8 @@ public:
     void Add(const Fault& fault) { faults_.push_back({fault, 0}); }
     void Clear() { faults_.clear(); }
 
-    // The fault, if any, that strikes this request, or this completion. Counts it for all that match.
+    // A request, or a completion, has come: it is counted for every fault that it matches. The fault that
+    // strikes it; nothing when none does.
     std::optional<Fault> Strike(uint32_t code) { return Next(code, false); }
     std::optional<Fault> StrikeCompletion() { return Next(Fault::Completion, true); }
 

@@ -1,4 +1,5 @@
-// The entries as they come in. Locks for itself; takes no other lock.
+// The trace of this process while it is being written. It has a lock of its own, under which no other is
+// taken.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +14,8 @@ namespace simulator {
 
 class TraceLog {
 public:
-    // The entry's place is that of its beginning. The answer is for Finish.
+    // Adds a request that begins; entries are in the order of their beginnings. Answers the number that
+    // Finish takes.
     uint64_t Begin(TraceEntry entry);
     void Finish(uint64_t number, std::span<const uint8_t> output, uint32_t result);
 
