@@ -14,6 +14,7 @@
 #include "simulator/machine/process_side.h"
 #include "simulator/machine/timeline.h"
 #include "simulator/requests/kernel_driver.h"
+#include "simulator/requests/requests.h"
 
 namespace simulator {
 
@@ -98,11 +99,7 @@ bool Simulator::AdvanceToNextCompletion(int64_t limit) {
 // --- the scene ------------------------------------------------------------------------------------
 
 std::u16string Simulator::RegistryPath(unsigned card) {
-    std::u16string path = u"System\\CurrentControlSet\\Services\\Kestrelvox\\Device";
-    for (const char digit : std::to_string(card)) {
-        path.push_back(static_cast<char16_t>(digit));
-    }
-    return path;
+    return RegistryPathOf(card);
 }
 
 void Simulator::SetPresent(unsigned card, bool present) {

@@ -81,7 +81,6 @@ void ResetRegisters(CardState& card, bool softOnly) {
 }
 
 std::vector<RegisterView> ViewRegisters(MachineState& machine, unsigned card, int64_t now) {
-    constexpr const char* ports[] = {"analog in", "digital in", "analog out", "digital out"};
     constexpr const char* files[] = {"card", "", "indirect", "mixer"};
     std::vector<RegisterView> views;
     for (const RegisterDefinition& definition : RegisterTable()) {
@@ -93,7 +92,7 @@ std::vector<RegisterView> ViewRegisters(MachineState& machine, unsigned card, in
     for (unsigned channel = 0; channel < ChannelCount; ++channel) {
         for (const RegisterDefinition& definition : RegisterTable()) {
             if (definition.File == RegisterFile::Port && (definition.Channels >> channel & 1) != 0) {
-                views.push_back(View(ports[channel], definition,
+                views.push_back(View(ChannelNames[channel], definition,
                                      ReadRegisterValue(machine, card, channel, definition, now)));
             }
         }

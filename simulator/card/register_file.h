@@ -1,11 +1,13 @@
-// The card's registers: one table says what there is, one masked write, one read and one reset walk
-// it. The machine's lock is held by the caller of everything here.
+// The card's registers. A table has a row for each, and reading, writing and resetting them goes by the
+// table: a new register is a new row. The machine's lock is held by the caller of everything here.
 #pragma once
 
 #include <array>
 #include <cstdint>
 #include <span>
+#include <vector>
 
+#include "simulator/card/register_view.h"
 #include "simulator/machine/machine_state.h"
 
 namespace simulator {
@@ -33,8 +35,8 @@ struct FieldDefinition {
 
 // What a register does besides holding its value.
 struct RegisterBehaviour {
-    // A data register stands for the register of another file whose index is in the card register
-    // IndexRegister. 0: it is none.
+    // A data register stands for a register of another file, WindowFile: for the one whose number has been
+    // written to the card register IndexRegister. 0: this is no data register.
     RegisterFile WindowFile;
     uint8_t IndexRegister;
     uint8_t (*Read)(CardState& card, int64_t now);  // null: what was written
@@ -55,7 +57,7 @@ struct RegisterDefinition {
     constexpr bool IsWindow() const { return Does.IndexRegister != 0; }
 };
 
-// In register_table.cpp.
+// Defined in register_table.cpp.
 std::span<const RegisterDefinition> RegisterTable();
 
 // Null when the card has no such register. `channel` matters for the Port file.
@@ -66,8 +68,8 @@ uint8_t ReadRegisterValue(MachineState& machine, unsigned card, unsigned channel
 void WriteRegisterValue(MachineState& machine, unsigned card, unsigned channel,
                         const RegisterDefinition& definition, uint8_t value, uint8_t mask, int64_t now);
 
-// Power-up: every register to its reset value. `softOnly`: those a soft reset clears. No handler
-// runs; the caller brings the hardware behind them in line.
+// Gives every register its reset value, as at power-up; with `softOnly` those that a soft reset clears. No
+// handler is called: the caller brings the hardware behind the registers in line.
 void ResetRegisters(CardState& card, bool softOnly);
 
 std::vector<RegisterView> ViewRegisters(MachineState& machine, unsigned card, int64_t now);

@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "simulator/card/port.h"
 #include "simulator/channels/audio_log.h"
 #include "simulator/channels/buffer_queue.h"
 #include "simulator/channels/capture_queue.h"
@@ -41,7 +42,8 @@ public:
     // The input channel begins anew, in the first buffer from its start.
     void RestartCapture(unsigned channel) { captures_[channel].Restart(); }
 
-    // A block: begun on every card up to the same time, played, recorded and listened to, ended.
+    // One block: BeginBlock on every card with the same time, then Play on every card, then Record and
+    // Listen, then EndBlock.
     void BeginBlock(const CardState& card, int64_t until);
     void Play(CardState& card, std::vector<FinishedBuffer>& finished);
     // `signal` is what arrives at the input; null is silence.
@@ -58,7 +60,7 @@ public:
     std::optional<uint64_t> FirstRecorded(const CardState& card, unsigned port) const;
     bool IsListening(unsigned port) const;
 
-    // Everything up to there has been moved; SkipTo when there was nothing to move.
+    // The tick up to which everything has been moved. SkipTo moves it on over ticks with nothing to move.
     uint64_t DoneTo() const { return block_.From; }
     void SkipTo(uint64_t tick);
 

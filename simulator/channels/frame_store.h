@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "simulator/simulator.h"
+#include "simulator/channels/frame.h"
 
 namespace simulator {
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "simulator/card/register_map.h"
-#include "simulator/simulator.h"
+#include "simulator/channels/frame.h"
 
 namespace simulator {
 

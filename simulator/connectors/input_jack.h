@@ -1,12 +1,12 @@
-// An input connector, and what a signal source on it sounds like frame by frame. A cable is only known
-// here; what comes through it is Wiring's to say. The machine's lock guards all of it.
+// An input connector, and what the signal source on it sounds like frame by frame. That a cable is plugged in
+// is known here, too; Wiring works out what comes through it. The machine's lock guards all of it.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 
-#include "simulator/simulator.h"
+#include "simulator/connectors/input_signal.h"
 
 namespace simulator {
 

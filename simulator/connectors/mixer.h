@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "simulator/simulator.h"
+#include "simulator/channels/frame.h"
 
 namespace simulator {
 

@@ -15,8 +15,8 @@
 #include "simulator/card/register_map.h"
 #include "simulator/clock/sample_clock.h"
 #include "simulator/machine/host.h"
+#include "simulator/machine/setup.h"
 #include "simulator/requests/protocol.h"
-#include "simulator/simulator.h"
 
 namespace simulator {
 

@@ -1,4 +1,4 @@
-// The requests that the card's kernel driver answers, and the layout of their buffers.
+// The requests that the card's kernel driver answers: their codes, and the layout of their buffers.
 #pragma once
 
 #include <windows.h>
@@ -34,8 +34,10 @@ enum : uint32_t {
 };
 
 inline constexpr uint32_t ControlChannel = 0xFFFFFFFF;
-inline constexpr unsigned ChannelCount = 4;  // analog in, digital in, analog out, digital out
+inline constexpr unsigned ChannelCount = 4;
 inline constexpr unsigned FirstOutput = 2;
+inline constexpr const char* ChannelNames[ChannelCount] = {"analog in", "digital in", "analog out",
+                                                           "digital out"};
 
 inline constexpr uint32_t IdentityPageAddress = 0xFF80;
 inline constexpr uint32_t VersionPageAddress = 0xFF00;

@@ -10,6 +10,7 @@
 #include "simulator/channels/channel_run.h"
 #include "simulator/clock/clock_control.h"
 #include "simulator/machine/claims.h"
+#include "simulator/requests/request_names.h"
 
 namespace simulator {
 namespace {
@@ -212,7 +213,7 @@ DWORD DoSoftReset(RequestCall& call) {
 }
 
 DWORD DoGetRegistryPath(RequestCall& call) {
-    const std::u16string path = Simulator::RegistryPath(call.File.Card);
+    const std::u16string path = RegistryPathOf(call.File.Card);
     const size_t size = (path.size() + 1) * sizeof(char16_t);
     if (!call.Request.Output || call.Request.OutputLength < size) {
         return ERROR_INSUFFICIENT_BUFFER;
@@ -267,6 +268,14 @@ constexpr RequestDefinition Table[] = {
 };
 
 }  // namespace
+
+std::u16string RegistryPathOf(unsigned card) {
+    std::u16string path = u"System\\CurrentControlSet\\Services\\Kestrelvox\\Device";
+    for (const char digit : std::to_string(card)) {
+        path.push_back(static_cast<char16_t>(digit));
+    }
+    return path;
+}
 
 std::span<const RequestDefinition> RequestTable() {
     return Table;

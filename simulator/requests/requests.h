@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <span>
+#include <string>
 
 #include "simulator/machine/host.h"
 #include "simulator/machine/process_side.h"
@@ -56,6 +57,9 @@ struct RequestDefinition {
     uint32_t OutputLength;
     DWORD (*Handle)(RequestCall& call);
 };
+
+// The answer to GET_REGISTRY_PATH, without the zero that ends it.
+std::u16string RegistryPathOf(unsigned card);
 
 std::span<const RequestDefinition> RequestTable();
 

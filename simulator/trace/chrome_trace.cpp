@@ -35,8 +35,7 @@ uint32_t TrackOf(const TraceEntry& entry) {
 }
 
 const char* TrackName(uint32_t track) {
-    constexpr const char* names[] = {"analog in", "digital in", "analog out", "digital out", "control"};
-    return names[track];
+    return track < ChannelCount ? ChannelNames[track] : "control";
 }
 
 void WriteNames(EventWriter& events, std::span<const TraceEntry> entries) {

@@ -6,8 +6,8 @@
 #include <span>
 #include <vector>
 
+#include "simulator/requests/request_names.h"
 #include "simulator/trace/fault_list.h"
-#include "simulator/trace/trace.h"
 
 namespace simulator {
 namespace {

@@ -20,7 +20,7 @@ struct Fault {
         Lost,   // a completion: never delivered
     };
     static constexpr uint32_t AnyCode = 0;
-    static constexpr uint32_t Completion = 1;  // for those of completions
+    static constexpr uint32_t Completion = 1;  // no request: the kinds of completions
 
     Kind What = Kind::Fail;
     uint32_t Code = AnyCode;  // request code, AnyCode, or Completion

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "simulator/requests/protocol.h"
+#include "simulator/requests/request_names.h"
 #include "simulator/trace/trace_log.h"
 
 namespace simulator {

@@ -3,10 +3,8 @@
 
 #include <cstdint>
 #include <iosfwd>
-#include <optional>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace simulator {
@@ -32,12 +30,6 @@ struct TraceEntry {
     // it away. The result is not part of the text.
     std::string Text() const;
 };
-
-// "BEGIN_BUFFER" for 0x80002000 and so on; the code in hexadecimal for one that no request has.
-std::string RequestName(uint32_t code);
-
-// The code of a request by that name, in any case. Nothing when there is none.
-std::optional<uint32_t> RequestCode(std::string_view name);
 
 // Chrome trace format: opens in a timeline viewer. One track per card and channel.
 void WriteChromeTrace(std::ostream& out, std::span<const TraceEntry> entries);
