@@ -267,6 +267,14 @@ constexpr RequestDefinition Table[] = {
     {BindHandle, "BIND_HANDLE", FileState::Unbound, sizeof(BindRequest), 0, DoBindHandle},
 };
 
+constexpr bool IsOnlyOne(const RequestDefinition& row) {
+    return std::none_of(std::begin(Table), std::end(Table), [&row](const RequestDefinition& other) {
+        return &other != &row && (other.Code == row.Code || std::string_view(other.Name) == row.Name);
+    });
+}
+static_assert(std::all_of(std::begin(Table), std::end(Table), IsOnlyOne),
+              "two requests have one code or one name");
+
 }  // namespace
 
 std::u16string RegistryPathOf(unsigned card) {
