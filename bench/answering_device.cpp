@@ -15,10 +15,10 @@ struct File {
     unsigned Card;
     ULONG_PTR Cookie;
     platform::ThreadReference Thread;
-    platform::ProcedureCall Routine;
+    device::ProcedureCall Routine;
 };
 
-ULONG_PTR Word(const platform::DeviceRequest& request) {
+ULONG_PTR Word(const device::Request& request) {
     ULONG_PTR word = 0;
     memcpy(&word, request.Input, sizeof word);
     return word;
@@ -58,7 +58,7 @@ void AnsweringDevice::Close(void* file) {
     delete static_cast<File*>(file);
 }
 
-DWORD AnsweringDevice::Control(void* opened, platform::DeviceRequest& request) {
+DWORD AnsweringDevice::Control(void* opened, device::Request& request) {
     File& file = *static_cast<File*>(opened);
     ++requests_;
     switch (request.Code) {
@@ -67,7 +67,7 @@ DWORD AnsweringDevice::Control(void* opened, platform::DeviceRequest& request) {
         return ERROR_SUCCESS;
     case IOCTL_SET_COMPLETION_ROUTINE:
         file.Thread = platform::CurrentThreadReference();
-        file.Routine = reinterpret_cast<platform::ProcedureCall>(Word(request));
+        file.Routine = reinterpret_cast<device::ProcedureCall>(Word(request));
         return ERROR_SUCCESS;
     case IOCTL_QUEUE_BUFFER:
         platform::QueueProcedureCall(file.Thread, file.Routine, file.Cookie, 0, 0);

@@ -9,7 +9,7 @@
 #include "platform/device.h"
 #include "platform/time_source.h"
 
-class AnsweringDevice : public platform::DeviceDriver, public platform::TimeSource {
+class AnsweringDevice : public device::Driver, public platform::TimeSource {
 public:
     explicit AnsweringDevice(unsigned cards);
     ~AnsweringDevice();
@@ -20,7 +20,7 @@ public:
 
     DWORD Open(const WCHAR* path, void** file) override;
     void Close(void* file) override;
-    DWORD Control(void* file, platform::DeviceRequest& request) override;
+    DWORD Control(void* file, device::Request& request) override;
 
     DWORD Milliseconds() override { return ++milliseconds_; }
     void Sleep(DWORD milliseconds) override;

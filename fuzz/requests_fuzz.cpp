@@ -7,8 +7,8 @@
 
 #include "fuzz/fresh_machine.h"
 #include "fuzz/input_bytes.h"
-#include "simulator/protocol.h"
-#include "simulator/requests.h"
+#include "simulator/requests/protocol.h"
+#include "simulator/requests/requests.h"
 
 namespace {
 

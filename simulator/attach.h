@@ -1,9 +1,9 @@
-// Windows only: puts the simulator between a library and the system, without a change to its file. The
-// library's imports of the device calls, of the timer and of what goes with them lead here; the loaded
-// library is otherwise what it is on a card.
+// Windows only: puts the simulator between a library and the system. The library's file is not changed. When
+// it is attached, its imports of the device calls, of the timer and of what goes with them lead here, and
+// everything else in it is as on a computer with cards.
 //
-// While no Simulator exists the redirected calls do what the system's do. They are answered by this library,
-// which therefore must stay loaded longer than what is attached to it.
+// While no Simulator exists, the redirected calls do what the system's do. They lead into this library, which
+// must therefore stay loaded longer than any library that is attached.
 #pragma once
 
 #include <windows.h>
@@ -16,8 +16,8 @@ namespace simulator {
 // gives it back. Null, and the reason in GetLastError, when it does not load.
 HMODULE LoadAttached(const WCHAR* path);
 
-// Attaches a module that is loaded already, a program among them; for good. What it has done before went
-// to the system.
+// Attaches a module that is loaded already; it may be a program. It stays attached until the process ends.
+// Calls that it made before went to the system.
 void Attach(HMODULE module);
 
 // What timeGetTime answers in attached modules: the time of the process's Simulator when that steps, else the
@@ -27,21 +27,22 @@ DWORD TimerMilliseconds();
 // Whether the process has a Simulator.
 bool HasSimulator();
 
-// Which cards a Simulator made from now on is on: those of all processes that gave the same name (letters,
-// digits, '-', '_'; at most 64), or for an empty one cards of this process alone. At first the environment
-// variable KESTVOX_MACHINE tells. A machine lasts as long as a process is on it. No Simulator may exist.
-// False, and no change, when the name is bad.
+// Chooses the machine of the Simulators made from now on. All processes that give the same name share its
+// cards; with an empty name the cards are this process's alone. A name has at most 64 letters, digits, '-'
+// and
+// '_'. Until the first call the environment variable KESTVOX_MACHINE has the name. A machine lasts as long as
+// a process is on it. No Simulator may exist. False, and no change, when the name is bad.
 //
 // Registry, event log, the driver's mutexes and its shared data are the computer's whatever the machine:
 // programs that run at the same time should be on the same one.
 bool UseMachine(const std::string& name);
 const std::string& MachineName();
 
-// Makes the n-th coming call (1 = the next) of the named function by an attached module fail, as that
-// function fails: one that driver code calls and that can (windows/redirected_calls.cpp lists them). False
-// when there is none of that name.
+// Makes the n-th call from now on (1: the next) of the named function by an attached module fail, in the way
+// in which that function fails. windows/redirected_calls.cpp lists the functions. False when it lists none of
+// that name.
 bool FailCall(const char* function, unsigned nth);
-bool CallFailuresAreWaiting();  // for a call that has not come yet
+bool CallFailuresAreWaiting();  // at least one has not had its call yet
 void ClearCallFailures();
 
 // What attached modules have taken of the system and not given back. Equal before and after a piece of work
@@ -56,8 +57,9 @@ struct Holdings {
 };
 Holdings CurrentHoldings();
 
-// Modules attached from now on call `replacement` for that function of the system, which must have its
-// signature: to see what they ask of the user or of the event log. A failure from FailCall goes before it.
+// Modules attached from now on call `replacement` in place of that function of the system, so that a test
+// sees what they ask of the user or write to the event log. It must have the function's signature. A failure
+// that FailCall has set comes first.
 void RedirectCall(const char* function, void* replacement);
 
 }  // namespace simulator

@@ -3,15 +3,18 @@
 #include <algorithm>
 #include <utility>
 
-#include "simulator/card_power.h"
-#include "simulator/channel_run.h"
-#include "simulator/claims.h"
-#include "simulator/clock_control.h"
-#include "simulator/kernel_driver.h"
-#include "simulator/machine_state.h"
-#include "simulator/process_side.h"
-#include "simulator/register_file.h"
-#include "simulator/timeline.h"
+#include "simulator/card/card_power.h"
+#include "simulator/card/register_file.h"
+#include "simulator/card/register_map.h"
+#include "simulator/channels/channel_run.h"
+#include "simulator/clock/clock_control.h"
+#include "simulator/clock/rate_measurement.h"
+#include "simulator/machine/claims.h"
+#include "simulator/machine/machine_state.h"
+#include "simulator/machine/process_side.h"
+#include "simulator/machine/timeline.h"
+#include "simulator/requests/kernel_driver.h"
+#include "simulator/requests/requests.h"
 
 namespace simulator {
 
@@ -96,11 +99,7 @@ bool Simulator::AdvanceToNextCompletion(int64_t limit) {
 // --- the scene ------------------------------------------------------------------------------------
 
 std::u16string Simulator::RegistryPath(unsigned card) {
-    std::u16string path = u"System\\CurrentControlSet\\Services\\Kestrelvox\\Device";
-    for (const char digit : std::to_string(card)) {
-        path.push_back(static_cast<char16_t>(digit));
-    }
-    return path;
+    return RegistryPathOf(card);
 }
 
 void Simulator::SetPresent(unsigned card, bool present) {
@@ -170,7 +169,7 @@ void Simulator::SetDigitalInputRate(unsigned card, unsigned hertz) {
 
 void Simulator::SetClockBroken(unsigned card, unsigned source, bool broken) {
     impl_->With(card, [=](MachineState& machine, CardState& state, int64_t now) {
-        state.Broken[source / 0x20 % state.Broken.size()] = broken;
+        state.Broken[(source & SourceMask) >> SourceShift] = broken;
         ResolveClocks(machine, now);
     });
 }

@@ -1,12 +1,12 @@
-// A card and its kernel driver in software: up to 16 cards behind the driver's device requests.
+// Up to 16 cards and the kernel driver in front of them, in software. This is what tests and tools use.
 //
-// One Simulator per process. Its constructor puts the cards on the machine (or joins the cards that
-// another process of the same machine put there) and takes the place of the kernel driver and of the
-// timer; its destructor takes it away again, after the wave driver has been unloaded.
+// A process has at most one Simulator. Its constructor puts the cards on the machine, or joins those that
+// another process of the same machine has put there, and takes the place of the kernel driver and of the
+// timer. Its destructor gives both places back; the wave driver must have been unloaded before.
 //
-// Time is a dial. Real: cards run at their sample rate on the host's clock. Stepped: the timer, the
-// kernel stall and the sample clocks share one virtual clock that moves only by Advance, by a stall,
-// and by a thread that reads the timer again and again without doing anything else.
+// Time is of one of two kinds. Real: the cards run at their sample rate on the host's clock. Stepped: the
+// timer, the kernel stall and the sample clocks share one virtual clock. It is moved by Advance, by a stall,
+// and by a thread that reads the timer again and again without doing anything else; otherwise it stands.
 //
 // Card numbers are below CardCount(). Every member may be called on any thread, except that a thread
 // that receives completions does not Advance.
@@ -17,25 +17,18 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "simulator/fault.h"
-#include "simulator/trace.h"
+#include "simulator/card/port.h"
+#include "simulator/card/register_view.h"
+#include "simulator/channels/frame.h"
+#include "simulator/connectors/input_signal.h"
+#include "simulator/machine/setup.h"
+#include "simulator/requests/request_names.h"
+#include "simulator/trace/fault.h"
+#include "simulator/trace/trace.h"
 
 namespace simulator {
-
-inline constexpr unsigned MaxCards = 16;
-
-enum class TimeKind { Real, Stepped };
-enum class Port { Analog = 0, Digital = 1 };
-
-// One frame of sound, full scale at 32 bits whatever the stream's sample width.
-struct Frame {
-    int32_t Left;
-    int32_t Right;
-    bool operator==(const Frame&) const = default;
-};
 
 // What a card's output channel has done since it was last acquired.
 struct OutputStatus {
@@ -59,51 +52,9 @@ struct InputStatus {
     uint64_t BuffersFinished;
 };
 
-// What is plugged into an input connector.
-struct InputSignal {
-    enum class Kind { Silence, Tone, Run, Cable };
-
-    Kind What = Kind::Silence;
-    double Hertz = 0;           // Tone
-    int32_t Amplitude = 0;      // Tone: its peak
-    std::vector<Frame> Frames;  // Run
-    unsigned Card = 0;          // Cable: where it comes from
-    Port Output = Port::Analog;
-    unsigned Rate = 0;  // digital input, not Cable: Hz of the arriving signal; 0: the card's
-
-    static InputSignal Silence();
-    // A sine, the same on both sides.
-    static InputSignal Tone(double hertz, int32_t amplitude);
-    // Heard once, from the first frame that the channel records after it was plugged in, and then
-    // silence. It goes on with the card's clock while the channel is stopped.
-    static InputSignal Run(std::vector<Frame> frames);
-    // What leaves that output connector: at the same frame for cards on one clock, else at the same time.
-    // From a digital output to a digital input it brings the sender's rate.
-    static InputSignal Cable(unsigned card, Port output);
-
-    // The same signal arriving at that rate on a digital input. It still gives one frame to each frame of
-    // the card.
-    InputSignal At(unsigned rate) &&;
-};
-
 // What arrives at a digital input.
 struct DigitalSignal {
     unsigned Rate;  // Hz; 0: no signal
-};
-
-// A register as the card holds it, with the name of each of its fields.
-struct RegisterField {
-    std::string Name;
-    unsigned Value;
-};
-struct RegisterView {
-    // "card", "analog in", "digital in", "analog out", "digital out", "indirect" (the channel status
-    // of the digital output), "mixer" (the eight gains)
-    std::string File;
-    unsigned Index;
-    std::string Name;
-    uint8_t Value;
-    std::vector<RegisterField> Fields;
 };
 
 class Simulator {
@@ -111,8 +62,8 @@ public:
     // On a machine that another process has a simulator on, the cards and the time are as that one
     // made them. Otherwise `Cards` fresh cards come up, with every register at its power-up value.
     struct Options {
-        unsigned Cards = 1;  // 0: leave the cards that are there already, or one on a new machine
-        // Nothing: as it is there already, or real on a new machine.
+        unsigned Cards = 1;  // 0: the cards that the machine has, or one on a new machine
+        // Nothing: the kind that the machine has, or real on a new machine.
         std::optional<TimeKind> Time = TimeKind::Stepped;
     };
     explicit Simulator(const Options& options);
@@ -147,14 +98,15 @@ public:
     void SetIdentityPage(unsigned card, std::span<const uint8_t, 128> page);  // 0xFF80
     void SetVersionPage(unsigned card, std::span<const uint8_t, 128> page);   // 0xFF00
     void SetPciRegister(unsigned card, unsigned offset, std::span<const uint8_t> bytes);
-    // In place of what was plugged in before; at first nothing is, and a digital input has no signal. It
-    // belongs to this process. A Cable may come from the same card.
+    // The signal takes the place of what was plugged in before. At first nothing is plugged in, and a digital
+    // input has no signal. What is plugged in belongs to this process. A Cable may come from the same card.
     void PlugIn(unsigned card, Port port, InputSignal signal);
-    // Rate on the digital input in Hz, in place of that of the signal plugged in, until another is: 0 no
-    // signal, and silence whatever is plugged in; else what the receiver measures and, as a clock, runs
-    // the card at.
+    // The rate that arrives on the digital input, in Hz, in place of the plugged-in signal's own, until
+    // something else is plugged in. The receiver measures it, and a card that runs on its digital input runs
+    // at it. 0: there is no signal, and the input is silent.
     void SetDigitalInputRate(unsigned card, unsigned hertz);
-    // An external clock source (0x20 link, 0x40 digital input, 0x60 PLL) that is not valid.
+    // Makes an external clock source invalid, or valid again: 0x20 the link, 0x40 the digital input, 0x60 the
+    // PLL.
     void SetClockBroken(unsigned card, unsigned source, bool broken);
     void SetDrift(unsigned card, int partsPerMillion);
 
@@ -176,8 +128,8 @@ public:
     // began or the last ForgetAudio. They outlast the file that played them.
     std::vector<Frame> Played(unsigned card, Port port) const;
     // What left the card's connector from the channel's first frame to its last: all four mixer
-    // sources at their gains, silence where the channel had no data. What channels of other processes
-    // play on the card is not in it. A file opened anew adds to it without a gap.
+    // sources at their gains, with silence where the channel had no data. What channels of other processes
+    // play on the card is not in it. What the next file plays follows without a gap.
     std::vector<Frame> Heard(unsigned card, Port port) const;
     void ForgetAudio();  // empties Played and Heard of every channel of this process
 

@@ -18,11 +18,12 @@ constexpr unsigned LongestBuffer = 10000;
 constexpr unsigned MostDither = 4;
 constexpr double LongestSound = 100000;  // seconds
 
-constexpr const char* StreamFooter =
-    "Device D is on card D / 2: even ones are analog, odd ones digital.\n"
-    "Without --machine, KESTVOX_MACHINE names the machine, or it is gone at the end.\n"
-    "SPEC is REQUEST:N[:fail|pending|short], with REQUEST as the trace names it or 'any',\n"
-    "or completion:N:late[=MICROSECONDS]|twice|again[=MICROSECONDS]|lost; N counts from 1, or is 'all'.";
+std::string StreamFooter() {
+    return "Device D is on card D / 2: even ones are analog, odd ones digital.\n"
+           "Without --machine, KESTVOX_MACHINE names the machine, or it is gone at the end.\n"
+           "SPEC is " +
+           simulator::FaultSyntax() + ".";
+}
 
 struct CommandLine {
     SceneOptions Scene;  // of every command
@@ -119,8 +120,7 @@ CLI::App* AddPlay(CLI::App& program, CommandLine& line) {
     command->add_option("--volume", line.Volume, "0 to 65535, or 0% to 100%")->type_name("V");
     command->add_option("--capture", play.Capture, "Keep what the output played, as 32-bit stereo WAV")
         ->type_name("OUT.wav");
-    command->footer("With several devices, what device 2 played is in OUT-2.wav.\n" +
-                    std::string(StreamFooter));
+    command->footer("With several devices, what device 2 played is in OUT-2.wav.\n" + StreamFooter());
     return command;
 }
 
@@ -145,7 +145,7 @@ CLI::App* AddRecord(CLI::App& program, CommandLine& line) {
         ->check(Within(0u, MostDither));
     AddStreamOptions(*command, line);
     AddSuspendOption(*command, line.Streams);
-    command->footer(StreamFooter);
+    command->footer(StreamFooter());
     return command;
 }
 
@@ -161,7 +161,7 @@ CLI::App* AddLoopback(CLI::App& program, CommandLine& line) {
     command->add_option("--out", loopback.Out, "Keep what came back")->type_name("OUT.wav");
     command->add_flag("--lock", loopback.Lock, "Lock the recording to the playback: both start on one frame");
     AddStreamOptions(*command, line);
-    command->footer(StreamFooter);
+    command->footer(StreamFooter());
     return command;
 }
 

@@ -66,8 +66,7 @@ std::vector<SettingChange> ParseFollow(const std::string& text) {
 simulator::Fault RequireFault(const std::string& text) {
     const std::optional<simulator::Fault> fault = simulator::ParseFault(text);
     if (!fault) {
-        throw CommandError("fault " + text +
-                           ": must be REQUEST:N[:fail|pending|short] or completion:N:late[=US]|twice|lost");
+        throw CommandError("fault " + text + ": must be " + simulator::FaultSyntax());
     }
     return *fault;
 }

@@ -4,7 +4,7 @@
 #include <memory>
 #include <vector>
 
-#include "simulator/trace.h"
+#include "simulator/trace/trace.h"
 #include "tools/output_file.h"
 
 namespace kestvox {

@@ -1,4 +1,4 @@
-// Files: the platform has devices only, and those belong to the installed DeviceDriver.
+// Files: the platform has devices only, and those belong to the installed device::Driver.
 #include <atomic>
 #include <string_view>
 
@@ -11,22 +11,22 @@ namespace platform {
 
 namespace {
 
-std::atomic<DeviceDriver*> installedDriver{nullptr};
+std::atomic<device::Driver*> installedDriver{nullptr};
 
 class DeviceFile : public KernelObject {
 public:
     static constexpr HandleKind ObjectKind = HandleKind::DeviceFile;
 
-    DeviceFile(DeviceDriver* driver, void* file, bool overlapped)
+    DeviceFile(device::Driver* driver, void* file, bool overlapped)
         : KernelObject(ObjectKind), Overlapped(overlapped), driver_(driver), file_(file) {}
     ~DeviceFile() override { driver_->Close(file_); }
 
-    DWORD Control(DeviceRequest& request) { return driver_->Control(file_, request); }
+    DWORD Control(device::Request& request) { return driver_->Control(file_, request); }
 
     const bool Overlapped;
 
 private:
-    DeviceDriver* const driver_;
+    device::Driver* const driver_;
     void* const file_;
 };
 
@@ -66,7 +66,7 @@ void CompleteOverlapped(OVERLAPPED* overlapped, EventObject* event, DWORD bytes)
 
 }  // namespace
 
-DeviceDriver* InstallDeviceDriver(DeviceDriver* driver) {
+device::Driver* InstallDeviceDriver(device::Driver* driver) {
     return installedDriver.exchange(driver);
 }
 
@@ -75,7 +75,7 @@ DeviceDriver* InstallDeviceDriver(DeviceDriver* driver) {
 using namespace platform;
 
 static DWORD OpenDevice(LPCWSTR path, DWORD flags, HANDLE* handle) {
-    DeviceDriver* driver = installedDriver.load();
+    device::Driver* driver = installedDriver.load();
     if (CallFails("CreateFileW") || path == nullptr ||
         !std::u16string_view(path).starts_with(TEXT("\\\\.\\")) || driver == nullptr) {
         return ERROR_FILE_NOT_FOUND;
@@ -111,7 +111,7 @@ BOOL WINAPI DeviceIoControl(HANDLE hDevice, DWORD dwIoControlCode, LPVOID lpInBu
     if (!BeginOverlapped(overlapped, &event)) {
         return FALSE;
     }
-    DeviceRequest request{dwIoControlCode, lpInBuffer, nInBufferSize, lpOutBuffer, nOutBufferSize, 0};
+    device::Request request{dwIoControlCode, lpInBuffer, nInBufferSize, lpOutBuffer, nOutBufferSize, 0};
     const DWORD error = file->Control(request);
     if (error != ERROR_SUCCESS && error != ERROR_IO_PENDING) {
         SetLastError(error);

@@ -39,7 +39,7 @@ public:
 
     // False when the thread has ended.
     bool QueueCall(PAPCFUNC routine, ULONG_PTR data);
-    bool QueueCall(ProcedureCall routine, ULONG_PTR first, ULONG_PTR second, ULONG_PTR third);
+    bool QueueCall(device::ProcedureCall routine, ULONG_PTR first, ULONG_PTR second, ULONG_PTR third);
 
     // Called by the thread itself. Between Begin and End a queued call ends the wait. When a call is queued
     // already, Begin ends it.
@@ -54,7 +54,7 @@ public:
 private:
     struct QueuedCall {
         PAPCFUNC Short;  // one of the two
-        ProcedureCall Long;
+        device::ProcedureCall Long;
         ULONG_PTR Arguments[3];
     };
 

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "simulator/attach.h"
-#include "simulator/host.h"
+#include "simulator/machine/host.h"
 #include "simulator/windows/procedure_calls.h"
 
 namespace simulator {
@@ -15,17 +15,17 @@ namespace {
 
 constexpr ULONG_PTR StatusPending = 0x103;
 
-std::atomic<host::Driver*> installedDriver{nullptr};
+std::atomic<device::Driver*> installedDriver{nullptr};
 
 // The driver hears of the end when the handle is closed and every request has returned.
 struct DeviceFile {
-    DeviceFile(host::Driver* driver, void* file, bool overlapped)
+    DeviceFile(device::Driver* driver, void* file, bool overlapped)
         : Driver(driver), File(file), Overlapped(overlapped) {}
     ~DeviceFile() { Driver->Close(File); }
     DeviceFile(const DeviceFile&) = delete;
     DeviceFile& operator=(const DeviceFile&) = delete;
 
-    host::Driver* const Driver;
+    device::Driver* const Driver;
     void* const File;
     const bool Overlapped;
 };
@@ -81,7 +81,7 @@ void Complete(OVERLAPPED& overlapped, DWORD bytes) {
     }
 }
 
-DWORD Control(DeviceFile& file, host::Request& request, OVERLAPPED* overlapped) {
+DWORD Control(DeviceFile& file, device::Request& request, OVERLAPPED* overlapped) {
     OVERLAPPED own{};  // a request to a file that is not overlapped is over with the call
     if (overlapped == nullptr) {
         if (file.Overlapped) {
@@ -113,7 +113,7 @@ private:
 
 }  // namespace
 
-void host::InstallDriver(Driver* driver) {
+void host::InstallDriver(device::Driver* driver) {
     installedDriver = driver;
 }
 
@@ -125,7 +125,7 @@ namespace windows {
 
 HANDLE WINAPI OpenFileOrDevice(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
                                DWORD creation, DWORD flags, HANDLE pattern) {
-    host::Driver* driver = installedDriver;
+    device::Driver* driver = installedDriver;
     if (driver == nullptr || path == nullptr || !std::wstring_view(path).starts_with(L"\\\\.\\")) {
         return CreateFileW(path, access, share, security, creation, flags, pattern);
     }
@@ -153,12 +153,12 @@ BOOL WINAPI ControlDevice(HANDLE device, DWORD code, LPVOID input, DWORD inputLe
         lastError.Report(GetLastError());
         return done;
     }
-    host::Request request{.Code = code,
-                          .Input = input,
-                          .InputLength = inputLength,
-                          .Output = output,
-                          .OutputLength = outputLength,
-                          .BytesReturned = 0};
+    device::Request request{.Code = code,
+                            .Input = input,
+                            .InputLength = inputLength,
+                            .Output = output,
+                            .OutputLength = outputLength,
+                            .BytesReturned = 0};
     const DWORD result = Control(*file, request, overlapped);
     if (returned != nullptr && (result == ERROR_SUCCESS || result == ERROR_IO_PENDING)) {
         *returned = request.BytesReturned;

@@ -1,4 +1,4 @@
-// The device calls as an attached module makes them: to a file of the installed host::Driver, or on to the
+// The device calls as an attached module makes them: to a file of the installed device::Driver, or on to the
 // system. A device file's handle is a real handle of the system's.
 #pragma once
 

@@ -4,7 +4,7 @@
 #include <mutex>
 #include <set>
 
-#include "simulator/host.h"
+#include "simulator/machine/host.h"
 
 namespace simulator {
 namespace {

@@ -1,4 +1,5 @@
-// What attached modules have taken of the system and not given back: their calls come by here.
+// What attached modules have taken of the system and not given back. Their calls of the functions that take
+// and give back go through the templates here, which keep count.
 #pragma once
 
 #include <windows.h>
@@ -12,7 +13,7 @@ namespace simulator::windows {
 enum class Resource { Handle, RegistryKey, EventSource, GlobalBlock, HeapBlock, UserObject };
 inline constexpr size_t ResourceKinds = 6;
 
-// No note is made of nothing, which is what a call takes that fails.
+// What a call answers when it fails, null or INVALID_HANDLE_VALUE, is not counted.
 void NoteTaken(Resource kind, const void* what);
 void NoteGivenBack(Resource kind, const void* what);
 
@@ -47,7 +48,8 @@ struct TakesKey<Function> {
     }
 };
 
-// The same for one that gives its last argument back. It is gone before another thread can be given the same.
+// The same for one that gives its last argument back. It is counted before the call, since after it another
+// thread may be given the same one.
 template <Resource Kind, auto Function>
 struct GivesBack;
 template <Resource Kind, typename Result, typename... Arguments, Result(WINAPI* Function)(Arguments...)>

@@ -8,12 +8,12 @@
 namespace simulator::windows {
 
 struct Redirection {
-    const char* Function;  // by name, of whichever library
+    const char* Function;  // its name, whichever library it is imported from
     void* Replacement;
 };
 
-// Makes the module's imports of these functions lead to their replacements. What it asks GetProcAddress for
-// is not redirected.
+// Makes the module's imports of these functions lead to their replacements. A function that the module looks
+// up with GetProcAddress is not redirected.
 void RedirectImports(HMODULE module, std::span<const Redirection> redirections);
 
 }  // namespace simulator::windows

@@ -43,7 +43,7 @@ public:
         return receiver;
     }
 
-    bool Queue(const ReceiverReference& receiver, ThreeArgumentCall deliver, ULONG_PTR routine,
+    bool Queue(const ReceiverReference& receiver, device::ProcedureCall deliver, ULONG_PTR routine,
                ULONG_PTR argument) {
         const std::lock_guard guard(lock_);
         const auto third = reinterpret_cast<ULONG_PTR>(receiver.get());
@@ -115,7 +115,7 @@ Receivers& All() {
 }
 
 void CALLBACK DeliverKernelCall(ULONG_PTR routine, ULONG_PTR argument, ULONG_PTR receiver) {
-    reinterpret_cast<host::ProcedureCall>(routine)(argument, 0, 0);
+    reinterpret_cast<device::ProcedureCall>(routine)(argument, 0, 0);
     All().Returned(reinterpret_cast<Receiver*>(receiver));
 }
 
@@ -169,7 +169,7 @@ uint64_t CurrentThreadId() {
     return GetCurrentThreadId();
 }
 
-void QueueCall(const Thread& thread, ProcedureCall routine, ULONG_PTR first) {
+void QueueCall(const Thread& thread, device::ProcedureCall routine, ULONG_PTR first) {
     // The call is lost when the thread has ended, as in a kernel.
     All().Queue(std::static_pointer_cast<Receiver>(thread), DeliverKernelCall,
                 reinterpret_cast<ULONG_PTR>(routine), first);

@@ -3,7 +3,7 @@
 
 #include <windows.h>
 
-#include "simulator/host.h"
+#include "simulator/machine/host.h"
 
 namespace simulator::windows {
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "simulator/attach.h"
-#include "simulator/host.h"
+#include "simulator/machine/host.h"
 #include "simulator/windows/device_files.h"
 #include "simulator/windows/holdings.h"
 #include "simulator/windows/procedure_calls.h"

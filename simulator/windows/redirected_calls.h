@@ -10,10 +10,11 @@ namespace simulator::windows {
 
 std::span<const Redirection> RedirectedCalls();
 
-// One more, from now on; in place of the system's function where the call can be made to fail.
+// Modules attached from now on call the replacement. Where the call can be made to fail, a call that does not
+// fail goes to the replacement in place of the system's function.
 void AddRedirection(const Redirection& redirection);
 
-// The n-th coming call of that function fails; false when no such call can be made to fail.
+// The n-th call of that function from now on fails. False when calls of that function cannot be made to fail.
 bool ArmFailure(const std::string& function, unsigned nth);
 bool AnyFailureIsArmed();
 void DisarmFailures();

@@ -3,12 +3,12 @@
 
 #include <windows.h>
 
+#include "device/device_driver.h"
+
 extern "C" {
 
-using ThreeArgumentCall = void(CALLBACK*)(ULONG_PTR, ULONG_PTR, ULONG_PTR);
-
 // What a kernel driver's procedure call comes to: the routine gets all three arguments.
-NTSYSAPI LONG NTAPI NtQueueApcThread(HANDLE thread, ThreeArgumentCall routine, ULONG_PTR first,
+NTSYSAPI LONG NTAPI NtQueueApcThread(HANDLE thread, device::ProcedureCall routine, ULONG_PTR first,
                                      ULONG_PTR second, ULONG_PTR third);
 
 // Negative: from now on. In units of 100 nanoseconds.

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "simulator/trace.h"
+#include "simulator/trace/trace.h"
 #include "tests/support/driver_test.h"
 #include "tests/support/wave_player.h"
 

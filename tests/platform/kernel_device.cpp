@@ -16,7 +16,7 @@ constexpr DWORD Echo = CTL_CODE(0x8000, 0x801, METHOD_BUFFERED, FILE_ANY_ACCESS)
 constexpr DWORD StayPending = CTL_CODE(0x8000, 0x802, METHOD_BUFFERED, FILE_ANY_ACCESS);
 constexpr DWORD CloseMeanwhile = CTL_CODE(0x8000, 0x803, METHOD_BUFFERED, FILE_ANY_ACCESS);
 
-class EchoDriver : public platform::DeviceDriver {
+class EchoDriver : public device::Driver {
 public:
     DWORD Open(const WCHAR* path, void** file) override {
         if (std::u16string_view(path) != TEXT("\\\\.\\Echo0")) {
@@ -31,7 +31,7 @@ public:
         ++Closes;
     }
 
-    DWORD Control(void* file, platform::DeviceRequest& request) override {
+    DWORD Control(void* file, device::Request& request) override {
         EXPECT_EQ(file, this);
         switch (request.Code) {
         case Echo:

@@ -6,7 +6,7 @@
 #include <optional>
 #include <random>
 
-#include "simulator/host.h"
+#include "simulator/machine/host.h"
 #include "tests/processes/companion.h"
 #include "tests/reliability/tally.h"
 #include "tests/support/driver_test.h"

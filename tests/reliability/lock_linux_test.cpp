@@ -9,7 +9,7 @@
 namespace {
 
 // In front of the simulated cards: looks at every request of the thread that made it.
-class RequestWatch : public platform::DeviceDriver {
+class RequestWatch : public device::Driver {
 public:
     RequestWatch() : cards_(platform::InstallDeviceDriver(this)) {}
     ~RequestWatch() { platform::InstallDeviceDriver(cards_); }
@@ -19,7 +19,7 @@ public:
 
     DWORD Open(const WCHAR* path, void** file) override { return cards_->Open(path, file); }
     void Close(void* file) override { cards_->Close(file); }
-    DWORD Control(void* file, platform::DeviceRequest& request) override {
+    DWORD Control(void* file, device::Request& request) override {
         if (GetCurrentThreadId() == thread_) {
             ++requests_;
             underMutex_ += platform::CurrentUsage().HeldMutexes != 0 ? 1 : 0;
@@ -28,7 +28,7 @@ public:
     }
 
 private:
-    platform::DeviceDriver* cards_;
+    device::Driver* cards_;
     DWORD thread_ = GetCurrentThreadId();
     unsigned requests_ = 0;
     unsigned underMutex_ = 0;

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "simulator/protocol.h"
+#include "simulator/requests/protocol.h"
 #include "simulator/simulator.h"
 
 namespace simulator_tests {

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "simulator/sample_clock.h"
+#include "simulator/clock/sample_clock.h"
 #include "tests/simulator/card_file.h"
 
 namespace simulator_tests {

@@ -58,7 +58,7 @@ TEST(CommandLine, RefusesBadInputInOneLine) {
         {{"play", good, "--follow", "0=1"}, "there is no card 1"},
         {{"play", good, "--follow", "0=0"}, "two different card numbers"},
         {{"play", good, "--follow", "1"}, "two different card numbers"},
-        {{"play", good, "--fault", "nothing:1"}, "fault nothing:1"},
+        {{"play", good, "--fault", "nothing:1"}, "fault nothing:1: must be REQUEST:N"},
         {{"play", good, "--machine", "a/b"}, "machine 'a/b'"},
         {{"play", good, "--capture", folder.Path("absent/out.wav")}, "cannot write"},
         {{"play", good, "--trace", folder.Path("")}, "cannot write"},

@@ -26,7 +26,8 @@ bool ThreadObject::QueueCall(PAPCFUNC routine, ULONG_PTR data) {
     return Queue({routine, nullptr, {data, 0, 0}});
 }
 
-bool ThreadObject::QueueCall(ProcedureCall routine, ULONG_PTR first, ULONG_PTR second, ULONG_PTR third) {
+bool ThreadObject::QueueCall(device::ProcedureCall routine, ULONG_PTR first, ULONG_PTR second,
+                             ULONG_PTR third) {
     return Queue({nullptr, routine, {first, second, third}});
 }
 
@@ -90,7 +91,7 @@ void ThreadObject::RunQueuedCalls() {
     }
 }
 
-bool QueueProcedureCall(const ThreadReference& thread, ProcedureCall routine, ULONG_PTR first,
+bool QueueProcedureCall(const ThreadReference& thread, device::ProcedureCall routine, ULONG_PTR first,
                         ULONG_PTR second, ULONG_PTR third) {
     return thread->QueueCall(routine, first, second, third);
 }

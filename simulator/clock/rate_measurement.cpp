@@ -1,0 +1,97 @@
+#include "simulator/clock/rate_measurement.h"
+
+#include "simulator/card/register_map.h"
+#include "simulator/clock/clock_source.h"
+
+namespace simulator {
+namespace {
+
+constexpr int64_t ReceiverSettling = Second / 20;
+constexpr uint64_t MeasuredFrames = 192;  // one channel-status block
+constexpr uint8_t NoMeasurement = 0x07;
+
+// Of the rates that a measurement tells apart, the first five by code.
+constexpr unsigned KnownRates = 5;
+constexpr unsigned FirstRateClass = 3;
+constexpr unsigned RateClassShift = 3;
+constexpr uint32_t Tolerance = 50;  // a fiftieth up or down
+
+// The measured-rate register's bits for a rate; none for one that the receiver does not know.
+uint8_t RateClass(uint32_t rate) {
+    for (unsigned code = 0; code < KnownRates; ++code) {
+        const uint32_t nominal = RateOfCode[code];
+        if (rate > nominal - nominal / Tolerance && rate < nominal + nominal / Tolerance) {
+            return static_cast<uint8_t>((FirstRateClass + code) << RateClassShift);
+        }
+    }
+    return 0;
+}
+
+void SwitchReceiver(Measurement& measurement, const RegisterChange& change, uint8_t offBits) {
+    measurement.ReceiverOn = (change.After & offBits) == 0;
+    if (change.Fell(ReceiverOff)) {
+        measurement.ReceiverReady = change.Now + ReceiverSettling;
+    }
+}
+
+void StartMeasurement(Measurement& measurement, const RegisterChange& change) {
+    const uint32_t arriving = DigitalInputRate(change.Machine, change.Card, change.Now);
+    const bool signal = measurement.Settled(change.Now) && arriving != 0;
+    measurement.Running = true;
+    measurement.ReadyTick = change.State().TickAt(change.Now) + MeasuredFrames;
+    measurement.NextResult = signal ? RateClass(arriving) : NoMeasurement;
+}
+
+// A pulse of less than one frame goes unnoticed.
+void FollowMeasurePulse(Measurement& measurement, const RegisterChange& change) {
+    if (change.Rose(MeasureBit)) {
+        measurement.PulseRose = change.Now;
+    }
+    const uint32_t rate = change.State().Clock.Rate;
+    if (change.Fell(MeasureBit) && rate != 0 && change.Now - measurement.PulseRose >= Second / rate) {
+        StartMeasurement(measurement, change);
+    }
+}
+
+uint8_t ResultOf(Measurement& measurement, const CardState& card, int64_t now) {
+    if (measurement.Running && card.TickAt(now) >= measurement.ReadyTick) {
+        measurement.Running = false;
+        measurement.Result = measurement.NextResult;
+    }
+    return measurement.Result;
+}
+
+}  // namespace
+
+uint32_t DigitalInputRate(const MachineState& machine, unsigned card, int64_t now) {
+    const ClockSource arriving = ArrivingClock(machine, card, now);
+    return arriving.Valid ? arriving.Rate : 0;
+}
+
+uint8_t MeasuredByCard(CardState& card, int64_t now) {
+    return ResultOf(card.CardMeasurement, card, now);
+}
+uint8_t MeasuredByPort(CardState& card, int64_t now) {
+    return ResultOf(card.PortMeasurement, card, now);
+}
+
+void ResetMeasurements(CardState& card) {
+    card.CardMeasurement = Measurement{};
+    card.PortMeasurement = Measurement{};
+    card.CardMeasurement.Result = NoMeasurement;
+    card.PortMeasurement.Result = NoMeasurement;
+}
+
+void ControlCardReceiver(const RegisterChange& change) {
+    Measurement& measurement = change.State().CardMeasurement;
+    SwitchReceiver(measurement, change, ReceiverOff | ReceiverClockOff);
+    FollowMeasurePulse(measurement, change);
+}
+
+void ControlPortReceiver(const RegisterChange& change) {
+    Measurement& measurement = change.State().PortMeasurement;
+    SwitchReceiver(measurement, change, ReceiverOff);
+    FollowMeasurePulse(measurement, change);
+}
+
+}  // namespace simulator

@@ -1,0 +1,169 @@
+#include "simulator/machine/process_side.h"
+
+#include <algorithm>
+
+#include "simulator/clock/clock_control.h"
+
+namespace simulator {
+
+OpenFile* ProcessSide::Open(unsigned card) {
+    files_.push_back(std::make_unique<OpenFile>(OpenFile{.Number = ++filesEverOpened_, .Card = card}));
+    return files_.back().get();
+}
+
+void ProcessSide::Close(OpenFile* file) {
+    if (file->HasChannel()) {
+        players_[file->Card].Release(file->Channel);
+    }
+    Completions.Forget(file->Number);
+    std::erase_if(files_, [file](const std::unique_ptr<OpenFile>& open) { return open.get() == file; });
+}
+
+OpenFile* ProcessSide::OwnerOf(unsigned card, unsigned channel) const {
+    for (const std::unique_ptr<OpenFile>& file : files_) {
+        if (file->Card == card && file->Channel == channel) {
+            return file.get();
+        }
+    }
+    return nullptr;
+}
+
+void ProcessSide::Report(unsigned card, const std::vector<FinishedBuffer>& finished, int64_t now) {
+    for (const FinishedBuffer& buffer : finished) {
+        if (const OpenFile* file = OwnerOf(card, buffer.Channel)) {
+            Completions.Add(file->Number, file->Completion, buffer.Cookie, now, Faults);
+        }
+    }
+}
+
+// Frames to move, or to keep because an output that has begun lets an input through.
+bool ProcessSide::HasWork(const MachineState& machine, int64_t now) const {
+    for (unsigned card = 0; card < machine.CardCount; ++card) {
+        const CardState& state = machine.Cards[card];
+        const CardPlayer& player = players_[card];
+        const uint64_t target = state.TickAt(now);
+        if (player.DoneTo() >= target) {
+            continue;
+        }
+        const auto hears = [&](unsigned port) {
+            return player.IsListening(port) && wiring_.HearsInputs(state, card, port);
+        };
+        if (player.AnyDue(state, target) || hears(0) || hears(1)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// As far as no card has more than a block to move, and no digital input begins to give samples.
+int64_t ProcessSide::BlockEnd(const MachineState& machine, int64_t now) const {
+    int64_t end = now;
+    for (unsigned card = 0; card < machine.CardCount; ++card) {
+        const CardState& state = machine.Cards[card];
+        end = std::min(end, state.TimeOfTick(players_[card].DoneTo() + Block::MostFrames));
+        if (state.PortMeasurement.ReceiverReady > movedTo_) {
+            end = std::min(end, state.PortMeasurement.ReceiverReady);
+        }
+    }
+    return end;
+}
+
+// All cards play before any records, so that what a cable brings has been played.
+size_t ProcessSide::MoveBlock(MachineState& machine, int64_t until, int64_t now) {
+    size_t count = 0;
+    std::vector<FinishedBuffer> finished;
+    const auto report = [&](unsigned card) {
+        Report(card, finished, now);
+        count += finished.size();
+        finished.clear();
+    };
+    for (unsigned card = 0; card < machine.CardCount; ++card) {
+        players_[card].BeginBlock(machine.Cards[card], until);
+    }
+    wiring_.BeginBlock(machine, movedTo_);
+    for (unsigned card = 0; card < machine.CardCount; ++card) {
+        players_[card].Play(machine.Cards[card], finished);
+        report(card);
+    }
+    for (unsigned card = 0; card < machine.CardCount; ++card) {
+        for (unsigned port = 0; port < 2; ++port) {
+            if (players_[card].FirstRecorded(machine.Cards[card], port)) {
+                players_[card].Record(machine.Cards[card], port, wiring_.Input(card, port), finished);
+            } else {
+                players_[card].Record(machine.Cards[card], port, nullptr, finished);
+            }
+            if (players_[card].IsListening(port)) {
+                players_[card].Listen(port, wiring_.Output(card, port));
+            }
+        }
+        report(card);
+    }
+    for (unsigned card = 0; card < machine.CardCount; ++card) {
+        players_[card].EndBlock();
+    }
+    movedTo_ = until;
+    return count;
+}
+
+size_t ProcessSide::CatchUp(int64_t now) {
+    MachineState& machine = Machine();
+    SettleReceivers(machine, now);
+    size_t count = 0;
+    while (HasWork(machine, now)) {
+        count += MoveBlock(machine, BlockEnd(machine, now), now);
+    }
+    for (unsigned card = 0; card < machine.CardCount; ++card) {
+        players_[card].SkipTo(machine.Cards[card].TickAt(now));
+    }
+    movedTo_ = now;
+    Completions.Ripen(now);
+    return count;
+}
+
+void ProcessSide::Flush(OpenFile& file, int64_t now) {
+    std::vector<FinishedBuffer> finished;
+    players_[file.Card].Flush(Machine().Cards[file.Card], file.Channel, finished);
+    Report(file.Card, finished, now);
+}
+
+void ProcessSide::GiveBackPartFilled(OpenFile& file, int64_t now) {
+    std::vector<FinishedBuffer> finished;
+    players_[file.Card].GiveBackPartFilled(Machine().Cards[file.Card], file.Channel, finished);
+    Report(file.Card, finished, now);
+}
+
+void ProcessSide::FlushCard(unsigned card, int64_t now) {
+    for (const std::unique_ptr<OpenFile>& file : files_) {
+        if (file->Card == card && file->HasChannel()) {
+            Flush(*file, now);
+        }
+    }
+}
+
+int64_t ProcessSide::NextEvent(int64_t now) const {
+    const MachineState& machine = Machine();
+    int64_t next = std::min(Completions.NextLate(), NextClockEvent(machine, now));
+    for (unsigned card = 0; card < machine.CardCount; ++card) {
+        next = std::min(next, players_[card].NextEnd(machine.Cards[card]));
+    }
+    return next;
+}
+
+bool ProcessSide::AnyUnderWay() const {
+    const MachineState& machine = Machine();
+    for (unsigned card = 0; card < machine.CardCount; ++card) {
+        if (players_[card].AnyUnderWay(machine.Cards[card])) {
+            return true;
+        }
+    }
+    return Completions.NextLate() != Never;
+}
+
+bool ProcessSide::OnCompletionThread() const {
+    const uint64_t self = host::CurrentThreadId();
+    return std::any_of(files_.begin(), files_.end(), [self](const std::unique_ptr<OpenFile>& file) {
+        return file->Completion.Routine && file->Completion.ThreadId == self;
+    });
+}
+
+}  // namespace simulator

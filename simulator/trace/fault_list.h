@@ -1,0 +1,32 @@
+// The faults that wait for their request or completion.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "simulator/trace/fault.h"
+
+namespace simulator {
+
+// The machine's lock guards it.
+class FaultList {
+public:
+    void Add(const Fault& fault) { faults_.push_back({fault, 0}); }
+    void Clear() { faults_.clear(); }
+
+    // A request, or a completion, has come: it is counted for every fault that it matches. The fault that
+    // strikes it; nothing when none does.
+    std::optional<Fault> Strike(uint32_t code) { return Next(code, false); }
+    std::optional<Fault> StrikeCompletion() { return Next(Fault::Completion, true); }
+
+private:
+    struct Waiting {
+        Fault What;
+        unsigned Seen;
+    };
+    std::optional<Fault> Next(uint32_t code, bool completion);
+
+    std::vector<Waiting> faults_;
+};
+
+}  // namespace simulator

@@ -1,0 +1,104 @@
+#include "simulator/trace/trace.h"
+
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+#include "simulator/requests/protocol.h"
+#include "simulator/requests/request_names.h"
+#include "simulator/trace/trace_log.h"
+
+namespace simulator {
+namespace {
+
+template <typename... Values>
+std::string Print(const char* format, Values... values) {
+    char text[80];
+    std::snprintf(text, sizeof text, format, values...);
+    return text;
+}
+
+// The field of the input at `offset`; 0 when the input is shorter than that.
+uint32_t Word(const TraceEntry& entry, size_t offset) {
+    uint32_t word = 0;
+    if (entry.Input.size() >= offset + sizeof word) {
+        std::memcpy(&word, entry.Input.data() + offset, sizeof word);
+    }
+    return word;
+}
+
+const char* SpaceName(const TraceEntry& entry) {
+    return Word(entry, offsetof(RegisterRequest, Space)) == 0 ? "card" : "port";
+}
+
+bool AllZero(const std::vector<uint8_t>& bytes) {
+    for (const uint8_t byte : bytes) {
+        if (byte != 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+std::string TraceEntry::Text() const {
+    std::string name = RequestName(Code);
+    switch (Code) {
+    case ReadRegister:
+        return Print("read %s %u", SpaceName(*this), Word(*this, offsetof(RegisterRequest, Register)));
+    case WriteRegister:
+        return Print(
+            "write %s %u = %02X / %02X", SpaceName(*this), Word(*this, offsetof(RegisterRequest, Register)),
+            Word(*this, offsetof(RegisterRequest, Value)), Word(*this, offsetof(RegisterRequest, Mask)));
+    case Stall:
+        return Print("stall %u", Word(*this, 0));
+    case QueueBuffer:
+        return name + Print(" %u", Word(*this, 0));
+    case MapBuffer:
+        return name + Print(" %u", OutputLength);
+    case ReadNvramPage:
+        return name + Print(" %04X", Word(*this, 0));
+    case ReadPciConfig:
+    case WritePciConfig:
+        return name + Print(" %02X %u", Word(*this, 0), OutputLength);
+    case SetCompletionRoutine:
+        return AllZero(Input) ? name + " 0" : name;
+    case BindHandle: {
+        const uint32_t channel = Word(*this, offsetof(BindRequest, Channel));
+        return name + Print(" %u ", Word(*this, 0)) +
+               (channel == ControlChannel ? "control" : std::to_string(channel));
+    }
+    default:
+        return name;
+    }
+}
+
+uint64_t TraceLog::Begin(TraceEntry entry) {
+    const std::lock_guard<host::Lock> guard(mutex_);
+    entries_.push_back(std::move(entry));
+    return first_ + entries_.size() - 1;
+}
+
+void TraceLog::Finish(uint64_t number, std::span<const uint8_t> output, uint32_t result) {
+    const std::lock_guard<host::Lock> guard(mutex_);
+    if (number < first_) {
+        return;  // cleared meanwhile
+    }
+    TraceEntry& entry = entries_[static_cast<size_t>(number - first_)];
+    entry.Output.assign(output.begin(), output.end());
+    entry.Result = result;
+}
+
+std::vector<TraceEntry> TraceLog::Entries() const {
+    const std::lock_guard<host::Lock> guard(mutex_);
+    return {entries_.begin(), entries_.end()};
+}
+
+void TraceLog::Clear() {
+    const std::lock_guard<host::Lock> guard(mutex_);
+    first_ += entries_.size();
+    entries_.clear();
+}
+
+}  // namespace simulator
