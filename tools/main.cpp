@@ -6,8 +6,8 @@
 #include <new>
 #include <string>
 
-#include "tools/commands.h"
-#include "tools/settings_table.h"
+#include "tools/commands/commands.h"
+#include "tools/settings/settings_table.h"
 
 namespace kestvox {
 namespace {

@@ -11,7 +11,7 @@
 #include "simulator/simulator.h"
 #include "tests/support/system.h"
 #include "tests/support/text.h"
-#include "tools/host.h"
+#include "tools/machine/host.h"
 
 namespace test_system {
 

@@ -1,4 +1,4 @@
-#include "tools/settings_table.h"
+#include "tools/settings/settings_table.h"
 
 #include <gtest/gtest.h>
 

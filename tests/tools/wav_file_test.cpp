@@ -1,4 +1,4 @@
-#include "tools/wav_file.h"
+#include "tools/files/wav_file.h"
 
 #include <gtest/gtest.h>
 
