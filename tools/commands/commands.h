@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tools/machine/scene.h"
+#include "tools/streams/stream_options.h"
 
 namespace kestvox {
 
@@ -16,15 +17,6 @@ inline constexpr int ExitSuccess = 0;
 inline constexpr int ExitFailed = 1;   // something went wrong on the way
 inline constexpr int ExitRefused = 2;  // CommandError
 inline constexpr int ExitInterrupted = 130;
-
-// What the commands that run streams have in common.
-struct StreamOptions {
-    SceneOptions Scene;
-    unsigned Buffers = 8;
-    unsigned BufferMilliseconds = 50;
-    std::optional<double> SuspendAt;  // seconds of the first stream: the computer sleeps and wakes there
-    std::string Trace;                // empty: none
-};
 
 struct PlayOptions : StreamOptions {
     std::vector<std::string> Files;  // one for all devices, or one for each

@@ -7,6 +7,7 @@
 #include "tools/commands/stream_command.h"
 #include "tools/files/output_file.h"
 #include "tools/files/wav_file.h"
+#include "tools/streams/interrupt.h"
 #include "tools/streams/wave_input.h"
 #include "tools/streams/wave_output.h"
 
@@ -72,14 +73,14 @@ LoopbackOptions WithRecordModeStored(LoopbackOptions options) {
 
 // The recording has a head start, which only a locked one does not notice, and goes on until the last played
 // frame must have come back.
-void RunBoth(Performance& performance, WaveInput& input, const Scene& scene) {
-    performance.Start(HeadStartMilliseconds);
-    performance.RunToTheEnd();
-    if (performance.FirstProblem().empty() && !IsInterrupted()) {
+void RunBoth(StreamRunner& runner, WaveInput& input, const Scene& scene) {
+    runner.Start(HeadStartMilliseconds);
+    runner.RunToTheEnd();
+    if (runner.FirstProblem().empty() && !IsInterrupted()) {
         input.SetFrameCount(input.Status(scene.Cards()).Frames + 1);
-        performance.RunToTheEnd();
+        runner.RunToTheEnd();
     }
-    performance.Close();
+    runner.Close();
 }
 
 std::string PrintComparison(const Comparison& comparison) {
@@ -103,19 +104,19 @@ int Loopback(const LoopbackOptions& asked) {
     }
     Bytes recorded;
 
-    return RunStreams(options, [&](Scene& scene, Performance& performance) {
-        auto output = std::make_unique<WaveOutput>(options.Device, options.File, performance.BufferBack());
+    return RunStreams(options, [&](Scene& scene, StreamRunner& runner) {
+        auto output = std::make_unique<WaveOutput>(options.Device, options.File, runner.BufferBack());
         output->PrepareBuffers(options.Buffers, options.BufferMilliseconds, 1);
         scene.PlugIn(options.Device, simulator::InputSignal::Cable(output->Card(), output->Port()));
         auto owned = std::make_unique<WaveInput>(
-            options.Device, file.Format(), performance.BufferBack(), [&](std::span<const char> bytes) {
+            options.Device, file.Format(), runner.BufferBack(), [&](std::span<const char> bytes) {
                 recorded.insert(recorded.end(), bytes.begin(), bytes.end());
             });
         WaveInput& input = *owned;
         input.PrepareBuffers(options.Buffers, options.BufferMilliseconds);
-        performance.Add(std::move(owned));
-        performance.Add(std::move(output));
-        RunBoth(performance, input, scene);
+        runner.Add(std::move(owned));
+        runner.Add(std::move(output));
+        RunBoth(runner, input, scene);
 
         if (out) {
             WavWriter writer(out->Stream(), file.Format());
@@ -123,13 +124,13 @@ int Loopback(const LoopbackOptions& asked) {
             writer.Finish();
             out->Commit();
         }
-        const Performance::Report& recording = performance.Reports()[0];
-        const Performance::Report& playing = performance.Reports()[1];
+        const StreamRunner::Report& recording = runner.Reports()[0];
+        const StreamRunner::Report& playing = runner.Reports()[1];
         PrintReport(options.Device, playing, "frames-played", "silent-frames");
         PrintReport(options.Device, recording, "frames-recorded", "dropped-frames");
         const std::string lost =
             PrintComparison(Compare(played, recorded, file.Format(), playing.Status, recording.Status));
-        return performance.FirstProblem().empty() ? lost : performance.FirstProblem();
+        return runner.FirstProblem().empty() ? lost : runner.FirstProblem();
     });
 }
 

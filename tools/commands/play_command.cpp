@@ -27,18 +27,18 @@ const std::string& FileOf(const PlayOptions& options, size_t device) {
 }
 
 // All devices are open before the first gets its buffers.
-void AddOutputs(const PlayOptions& options, Performance& performance) {
+void AddOutputs(const PlayOptions& options, StreamRunner& runner) {
     std::vector<std::unique_ptr<WaveOutput>> outputs;
     for (size_t i = 0; i < options.Devices.size(); ++i) {
         outputs.push_back(
-            std::make_unique<WaveOutput>(options.Devices[i], FileOf(options, i), performance.BufferBack()));
+            std::make_unique<WaveOutput>(options.Devices[i], FileOf(options, i), runner.BufferBack()));
     }
     for (auto& output : outputs) {
         if (options.Volume) {
             output->SetVolume(*options.Volume);
         }
         output->PrepareBuffers(options.Buffers, options.BufferMilliseconds, options.Passes);
-        performance.Add(std::move(output));
+        runner.Add(std::move(output));
     }
 }
 
@@ -60,21 +60,21 @@ int Play(const PlayOptions& options) {
         captures.push_back(std::make_unique<OutputFile>(
             CapturePath(options.Capture, options.Devices[i], options.Devices.size())));
     }
-    return RunStreams(options, [&](Scene& scene, Performance& performance) {
+    return RunStreams(options, [&](Scene& scene, StreamRunner& runner) {
         if (!captures.empty()) {
             scene.Cards();
         }
-        AddOutputs(options, performance);
-        performance.Start();
-        performance.RunToTheEnd();
-        performance.Close();
+        AddOutputs(options, runner);
+        runner.Start();
+        runner.RunToTheEnd();
+        runner.Close();
         for (size_t i = 0; i < options.Devices.size(); ++i) {
-            PrintReport(options.Devices[i], performance.Reports()[i], "frames-played", "silent-frames");
+            PrintReport(options.Devices[i], runner.Reports()[i], "frames-played", "silent-frames");
         }
         for (size_t i = 0; i < captures.size(); ++i) {
             WriteCapture(*captures[i], scene, options.Devices[i], FileOf(options, i));
         }
-        return performance.FirstProblem();
+        return runner.FirstProblem();
     });
 }
 

@@ -55,12 +55,12 @@ simulator::InputSignal FileSignal(const RecordOptions& options) {
 }
 
 simulator::InputSignal ParseInput(const RecordOptions& options) {
-    constexpr const char* tone = "tone:";
+    constexpr const char* Tone = "tone:";
     if (options.Input == "silence") {
         return simulator::InputSignal::Silence();
     }
-    if (options.Input.starts_with(tone)) {
-        return ToneSignal(options.Input, options.Input.substr(std::string(tone).size()));
+    if (options.Input.starts_with(Tone)) {
+        return ToneSignal(options.Input, options.Input.substr(std::string(Tone).size()));
     }
     return FileSignal(options);
 }
@@ -91,24 +91,24 @@ int Record(const RecordOptions& asked) {
     OutputFile file(options.File);
     WavWriter writer(file.Stream(), format.Format);
 
-    return RunStreams(options, [&](Scene& scene, Performance& performance) {
+    return RunStreams(options, [&](Scene& scene, StreamRunner& runner) {
         scene.PlugIn(options.Device, std::move(signal));
-        auto owned = std::make_unique<WaveInput>(options.Device, format.Format, performance.BufferBack(),
+        auto owned = std::make_unique<WaveInput>(options.Device, format.Format, runner.BufferBack(),
                                                  [&](std::span<const char> bytes) { writer.Write(bytes); });
         const WaveInput& input = *owned;
         owned->PrepareBuffers(options.Buffers, options.BufferMilliseconds);
         owned->SetFrameCount(frames);
-        performance.Add(std::move(owned));
-        performance.Start();
-        performance.RunToTheEnd();
-        performance.Close();
+        runner.Add(std::move(owned));
+        runner.Start();
+        runner.RunToTheEnd();
+        runner.Close();
 
         writer.Finish();
         file.Commit();
-        Performance::Report report = performance.Reports().front();
+        StreamRunner::Report report = runner.Reports().front();
         report.Status.Frames = input.FramesTaken();
         PrintReport(options.Device, report, "frames-recorded", "dropped-frames");
-        return performance.FirstProblem();
+        return runner.FirstProblem();
     });
 }
 

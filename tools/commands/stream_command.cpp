@@ -6,6 +6,7 @@
 
 #include "simulator/trace.h"
 #include "tools/files/output_file.h"
+#include "tools/streams/interrupt.h"
 
 namespace kestvox {
 
@@ -21,8 +22,8 @@ int RunStreams(const StreamOptions& options, const StreamWork& work) {
     }
     std::string problem;
     {
-        Performance performance(options, scene);
-        problem = work(scene, performance);
+        StreamRunner runner(options, scene);
+        problem = work(scene, runner);
     }
     if (scene.HasSimulator()) {
         const std::vector<simulator::TraceEntry> entries = scene.Cards().Trace();
@@ -42,7 +43,7 @@ int RunStreams(const StreamOptions& options, const StreamWork& work) {
     return ExitSuccess;
 }
 
-void PrintReport(unsigned device, const Performance::Report& report, const char* frames, const char* idle) {
+void PrintReport(unsigned device, const StreamRunner::Report& report, const char* frames, const char* idle) {
     const StreamStatus& status = report.Status;
     const std::string start = status.StartFrame ? std::to_string(*status.StartFrame) : "none";
     std::printf("device: %u\n", device);

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <csignal>
 
+#include "tools/streams/interrupt.h"
 #include "tools/system/driver_handle.h"
 
 namespace kestvox {
@@ -13,12 +13,6 @@ constexpr int64_t PollMilliseconds = 100;
 constexpr int64_t PatienceMilliseconds = 5000;
 constexpr DWORD FlushMilliseconds = 1000;
 constexpr DWORD SleepMilliseconds = 100;
-
-volatile std::sig_atomic_t interrupted = 0;
-
-void OnInterrupt(int) {
-    interrupted = 1;
-}
 
 int64_t MicrosecondsOf(uint64_t frames, DWORD rate) {
     return static_cast<int64_t>((frames * 1000000 + rate - 1) / rate);
@@ -40,20 +34,20 @@ StreamStatus Joined(const StreamStatus& before, const StreamStatus& after) {
 
 }  // namespace
 
-Performance::Performance(const StreamOptions& options, Scene& scene)
+StreamRunner::StreamRunner(const StreamOptions& options, Scene& scene)
     : options_(options),
       scene_(scene),
       stepped_(scene.HasSimulator() && scene.Cards().Time() == simulator::TimeKind::Stepped),
       progress_(!stepped_) {}
 
-void Performance::Add(std::unique_ptr<WaveStream> stream) {
+void StreamRunner::Add(std::unique_ptr<WaveStream> stream) {
     streams_.push_back(std::move(stream));
     beforeSleep_.emplace_back();
 }
 
 // Several streams are all made ready before the first starts, so that those of one clock group can start
 // together.
-void Performance::Start(DWORD pauseMilliseconds) {
+void StreamRunner::Start(DWORD pauseMilliseconds) {
     const bool together = streams_.size() > 1;
     for (const auto& stream : streams_) {
         stream->QueueFirst(together);
@@ -67,8 +61,8 @@ void Performance::Start(DWORD pauseMilliseconds) {
     lastMovementTime_ = scene_.NowMicroseconds();
 }
 
-void Performance::RunToTheEnd() {
-    while (!AllFinished() && FirstProblem().empty() && !interrupted) {
+void StreamRunner::RunToTheEnd() {
+    while (!AllFinished() && FirstProblem().empty() && !IsInterrupted()) {
         LetTimePass();
         if (!StillMoves()) {
             stalled_ = true;
@@ -83,13 +77,13 @@ void Performance::RunToTheEnd() {
     }
 }
 
-bool Performance::IsFinished(size_t stream) const {
+bool StreamRunner::IsFinished(size_t stream) const {
     const WaveStream& what = *streams_[stream];
     return what.EndsByCount() ? StatusOf(stream).Frames >= what.FrameCount()
                               : what.FrameCount() == 0 || what.AllBack();
 }
 
-bool Performance::AllFinished() const {
+bool StreamRunner::AllFinished() const {
     for (size_t i = 0; i < streams_.size(); ++i) {
         if (!IsFinished(i)) {
             return false;
@@ -98,14 +92,14 @@ bool Performance::AllFinished() const {
     return true;
 }
 
-bool Performance::SleepIsDue() const {
+bool StreamRunner::SleepIsDue() const {
     const double rate = streams_.front()->Format().nSamplesPerSec;
     return options_.SuspendAt && !slept_ &&
            static_cast<double>(StatusOf(0).Frames) >= std::floor(*options_.SuspendAt * rate);
 }
 
 // What the cards count begins again when the driver takes its channels back.
-void Performance::SleepAndWake() {
+void StreamRunner::SleepAndWake() {
     slept_ = true;
     simulator::Simulator& cards = scene_.Cards();
     DriverHandle driver;
@@ -120,7 +114,7 @@ void Performance::SleepAndWake() {
     driver.Send(DRV_POWER, PWR_SUSPENDRESUME);
 }
 
-void Performance::Pause(DWORD milliseconds) {
+void StreamRunner::Pause(DWORD milliseconds) {
     if (stepped_) {
         scene_.Cards().Advance(int64_t{1000} * milliseconds);
     } else {
@@ -128,13 +122,13 @@ void Performance::Pause(DWORD milliseconds) {
     }
 }
 
-StreamStatus Performance::StatusOf(size_t stream) const {
+StreamStatus StreamRunner::StatusOf(size_t stream) const {
     const StreamStatus status = scene_.HasSimulator() ? streams_[stream]->Status(scene_.Cards())
                                                       : streams_[stream]->StatusByPosition();
     return slept_ ? Joined(beforeSleep_[stream], status) : status;
 }
 
-std::optional<int64_t> Performance::TimeToNextMark() const {
+std::optional<int64_t> StreamRunner::TimeToNextMark() const {
     std::optional<int64_t> nearest;
     const auto note = [&](uint64_t frames, uint64_t mark, DWORD rate) {
         if (frames < mark) {
@@ -155,7 +149,7 @@ std::optional<int64_t> Performance::TimeToNextMark() const {
     return nearest;
 }
 
-void Performance::LetTimePass() {
+void StreamRunner::LetTimePass() {
     const std::optional<int64_t> mark = TimeToNextMark();
     if (stepped_) {
         const int64_t patience = 1000 * (PatienceMilliseconds + 2 * int64_t{options_.BufferMilliseconds});
@@ -167,7 +161,7 @@ void Performance::LetTimePass() {
     ShowProgress();
 }
 
-bool Performance::StillMoves() {
+bool StreamRunner::StillMoves() {
     uint64_t movement = 0;
     for (size_t i = 0; i < streams_.size(); ++i) {
         movement += StatusOf(i).Frames + streams_[i]->HeadersReturned();
@@ -180,7 +174,7 @@ bool Performance::StillMoves() {
     return now - lastMovementTime_ < 1000 * PatienceMilliseconds;
 }
 
-void Performance::ShowProgress() {
+void StreamRunner::ShowProgress() {
     unsigned inFlight = 0;
     for (size_t i = 0; i < streams_.size(); ++i) {
         inFlight += StatusOf(i).BuffersInFlight;
@@ -189,7 +183,7 @@ void Performance::ShowProgress() {
     progress_.Show(StatusOf(0).Frames, first.FrameCount(), first.Format().nSamplesPerSec, inFlight);
 }
 
-void Performance::Close() {
+void StreamRunner::Close() {
     progress_.Wipe();
     for (const auto& stream : streams_) {
         if (!stream->AllBack()) {
@@ -208,7 +202,7 @@ void Performance::Close() {
 }
 
 // The card gives flushed buffers back at once, but on a thread of the driver.
-void Performance::WaitForFlushedBuffers() {
+void StreamRunner::WaitForFlushedBuffers() {
     if (stepped_) {
         scene_.Cards().Advance(1);
         return;
@@ -217,7 +211,7 @@ void Performance::WaitForFlushedBuffers() {
     }
 }
 
-unsigned Performance::HeadersOut() const {
+unsigned StreamRunner::HeadersOut() const {
     unsigned out = 0;
     for (const auto& stream : streams_) {
         out += stream->HeadersOut();
@@ -225,7 +219,7 @@ unsigned Performance::HeadersOut() const {
     return out;
 }
 
-std::string Performance::FirstProblem() const {
+std::string StreamRunner::FirstProblem() const {
     for (const auto& stream : streams_) {
         if (!stream->Problem().empty()) {
             return stream->Problem();
@@ -234,22 +228,10 @@ std::string Performance::FirstProblem() const {
     if (stalled_) {
         return "the sound stood still before its end";
     }
-    if (!reports_.empty() && options_.SuspendAt && !slept_ && !interrupted) {
+    if (!reports_.empty() && options_.SuspendAt && !slept_ && !IsInterrupted()) {
         return "the sound had ended before it was time to suspend";
     }
     return {};
-}
-
-bool IsInterrupted() {
-    return interrupted != 0;
-}
-
-InterruptGuard::InterruptGuard() : previous_(std::signal(SIGINT, OnInterrupt)) {
-    interrupted = 0;
-}
-
-InterruptGuard::~InterruptGuard() {
-    std::signal(SIGINT, previous_);
 }
 
 }  // namespace kestvox

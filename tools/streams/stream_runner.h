@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "tools/command_error.h"
-#include "tools/commands/commands.h"
 #include "tools/machine/scene.h"
 #include "tools/streams/progress_line.h"
+#include "tools/streams/stream_options.h"
 #include "tools/streams/wave_stream.h"
 
 namespace kestvox {
@@ -34,7 +34,7 @@ private:
     HANDLE handle_;
 };
 
-class Performance {
+class StreamRunner {
 public:
     // What a stream did, as its card saw it; what passed while the computer slept counts as idle.
     struct Report {
@@ -43,7 +43,7 @@ public:
     };
 
     // Both arguments must outlive the object.
-    Performance(const StreamOptions& options, Scene& scene);
+    StreamRunner(const StreamOptions& options, Scene& scene);
 
     // To be signalled whenever a buffer comes back on some stream.
     HANDLE BufferBack() const { return bufferBack_; }
@@ -95,21 +95,6 @@ private:
     bool stalled_ = false;
     uint64_t lastMovement_ = 0;  // sum of frames and headers when something last moved
     int64_t lastMovementTime_ = 0;
-};
-
-// Whether the user wants the command to end; reset when a command begins.
-bool IsInterrupted();
-
-// Notes interrupts from the user instead of dying of them.
-class InterruptGuard {
-public:
-    InterruptGuard();
-    ~InterruptGuard();
-    InterruptGuard(const InterruptGuard&) = delete;
-    InterruptGuard& operator=(const InterruptGuard&) = delete;
-
-private:
-    void (*previous_)(int);
 };
 
 }  // namespace kestvox
