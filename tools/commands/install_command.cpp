@@ -44,7 +44,7 @@ const Entry Entries[] = {
 };
 
 WideText RegisteredFile(LPCWSTR alias) {
-    const std::optional<StoredValue> value = ReadRegistryValue(DriversKey, alias);
+    const std::optional<RegistryValue> value = ReadRegistryValue(DriversKey, alias);
     return value && value->Type == REG_SZ ? TextOf(*value) : WideText();
 }
 
@@ -71,7 +71,7 @@ LRESULT SendSetupMessage(UINT message, LPCWSTR alias) {
     return driver.Send(message, 0, reinterpret_cast<LPARAM>(&where));
 }
 
-std::string Shown(const StoredValue& value) {
+std::string Shown(const RegistryValue& value) {
     if (value.Type == REG_DWORD && value.Bytes.size() == sizeof(DWORD)) {
         DWORD number;
         std::copy(value.Bytes.begin(), value.Bytes.end(), reinterpret_cast<uint8_t*>(&number));
@@ -91,7 +91,7 @@ void PrintEntries(LPCWSTR alias) {
     }
     WideText lastKey;
     for (const Entry& entry : entries) {
-        const std::optional<StoredValue> value = ReadRegistryValue(entry.Key, entry.Name);
+        const std::optional<RegistryValue> value = ReadRegistryValue(entry.Key, entry.Name);
         if (!value) {
             continue;
         }
@@ -132,8 +132,9 @@ int InstallDriver(const std::string& machine) {
     if (answer == DRVCNF_CANCEL) {
         throw CommandError("the driver does not want to be installed");
     }
-    Require(WriteRegistryValue(DriversKey, alias, TextValue(DriverFile)), DriversKey);
-    Require(WriteRegistryValue(DescriptionsKey, DriverFile, TextValue(Description)), DescriptionsKey);
+    Require(WriteRegistryValue(DriversKey, alias, RegistryValue::Text(REG_SZ, DriverFile)), DriversKey);
+    Require(WriteRegistryValue(DescriptionsKey, DriverFile, RegistryValue::Text(REG_SZ, Description)),
+            DescriptionsKey);
     return Finish(answer, alias);
 }
 

@@ -8,7 +8,7 @@ namespace kestvox {
 namespace {
 
 void PrintSetting(unsigned card, const Setting& setting) {
-    const std::optional<StoredValue> stored = ReadStoredSetting(card, setting);
+    const std::optional<RegistryValue> stored = ReadStoredSetting(card, setting);
     const std::optional<std::string> shown = stored ? ShowSetting(setting, *stored) : std::nullopt;
     if (shown) {
         std::printf("%s: %s\n", setting.Name, shown->c_str());

@@ -18,7 +18,7 @@ namespace {
 
 struct SettingChange {
     const Setting* What;
-    StoredValue Value;
+    RegistryValue Value;
     std::optional<unsigned> Card;  // nothing: every card
     std::string Text;              // as the user wrote it
     unsigned HighestCard = 0;      // must be there

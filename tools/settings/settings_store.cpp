@@ -15,11 +15,11 @@ WideText ConfigPath(unsigned card) {
 
 }  // namespace
 
-std::optional<StoredValue> ReadStoredSetting(unsigned card, const Setting& setting) {
+std::optional<RegistryValue> ReadStoredSetting(unsigned card, const Setting& setting) {
     return ReadRegistryValue(ConfigPath(card), Widen(setting.Name));
 }
 
-void WriteStoredSetting(unsigned card, const Setting& setting, const StoredValue& value) {
+void WriteStoredSetting(unsigned card, const Setting& setting, const RegistryValue& value) {
     const LONG result = WriteRegistryValue(ConfigPath(card), Widen(setting.Name), value);
     if (result != ERROR_SUCCESS) {
         throw CommandError("card " + std::to_string(card) + ": " + setting.Name +

@@ -8,9 +8,9 @@
 namespace kestvox {
 
 // Nothing when the card has no such value stored.
-std::optional<StoredValue> ReadStoredSetting(unsigned card, const Setting& setting);
+std::optional<RegistryValue> ReadStoredSetting(unsigned card, const Setting& setting);
 
 // Replaces the value whatever type and size it had. CommandError when the registry refuses.
-void WriteStoredSetting(unsigned card, const Setting& setting, const StoredValue& value);
+void WriteStoredSetting(unsigned card, const Setting& setting, const RegistryValue& value);
 
 }  // namespace kestvox

@@ -96,8 +96,8 @@ std::optional<uint32_t> ParseNumber(std::string_view text) {
 }
 
 template <typename T>
-StoredValue BinaryValue(const T& value) {
-    StoredValue stored{.Type = REG_BINARY, .Bytes = std::vector<uint8_t>(sizeof value)};
+RegistryValue BinaryValue(const T& value) {
+    RegistryValue stored{.Type = REG_BINARY, .Bytes = std::vector<uint8_t>(sizeof value)};
     std::memcpy(stored.Bytes.data(), &value, sizeof value);
     return stored;
 }
@@ -106,15 +106,15 @@ StoredValue BinaryValue(const T& value) {
     throw CommandError(std::string(setting.Name) + "=" + std::string(text) + ": " + why);
 }
 
-StoredValue ParseText(const Setting& setting, std::string_view text, size_t longest) {
+RegistryValue ParseText(const Setting& setting, std::string_view text, size_t longest) {
     const WideText wide = Widen(text);
     if (wide.size() > longest) {
         Refuse(setting, text, "longer than " + std::to_string(longest) + " characters");
     }
-    return TextValue(wide);
+    return RegistryValue::Text(REG_SZ, wide);
 }
 
-StoredValue ParseCard(const Setting& setting, std::string_view text) {
+RegistryValue ParseCard(const Setting& setting, std::string_view text) {
     const std::optional<uint32_t> number = ParseNumber(text);
     if (!number) {
         return ParseText(setting, text, LongestPath);
@@ -126,7 +126,7 @@ StoredValue ParseCard(const Setting& setting, std::string_view text) {
     return ParseText(setting, Narrow(WideText(path.begin(), path.end())), LongestPath);
 }
 
-StoredValue ParseCode(const Setting& setting, std::string_view text) {
+RegistryValue ParseCode(const Setting& setting, std::string_view text) {
     const std::optional<uint32_t> value = ParseNumber(text);
     if (!value || std::ranges::find(setting.Codes, *value, &SettingCode::Value) == setting.Codes.end()) {
         std::string why = "must be";
@@ -139,7 +139,7 @@ StoredValue ParseCode(const Setting& setting, std::string_view text) {
     return BinaryValue(*value);
 }
 
-StoredValue ParseMixer(const Setting& setting, std::string_view text) {
+RegistryValue ParseMixer(const Setting& setting, std::string_view text) {
     MixerBlock block{.BlockSize = sizeof(MixerBlock), .SliderPosition = {}, .Gain = {}};
     std::string_view rest = text;
     for (size_t i = 0; i < block.Gain.size(); ++i) {
@@ -156,11 +156,11 @@ StoredValue ParseMixer(const Setting& setting, std::string_view text) {
     return BinaryValue(block);
 }
 
-std::optional<std::string> ShowName(const StoredValue& value) {
+std::optional<std::string> ShowName(const RegistryValue& value) {
     return value.Type == REG_SZ ? std::optional(Narrow(TextOf(value).substr(0, LongestName))) : std::nullopt;
 }
 
-std::optional<std::string> ShowCard(const StoredValue& value) {
+std::optional<std::string> ShowCard(const RegistryValue& value) {
     if (value.Type != REG_SZ) {
         return std::nullopt;
     }
@@ -177,7 +177,7 @@ std::optional<std::string> ShowCard(const StoredValue& value) {
     return Narrow(path) + " (no card has this key)";
 }
 
-std::optional<std::string> ShowCode(const Setting& setting, const StoredValue& value) {
+std::optional<std::string> ShowCode(const Setting& setting, const RegistryValue& value) {
     uint32_t number = 0;
     if (value.Type != REG_BINARY || value.Bytes.size() > sizeof number) {
         return std::nullopt;
@@ -188,7 +188,7 @@ std::optional<std::string> ShowCode(const Setting& setting, const StoredValue& v
     return std::to_string(number) + " (" + meaning + ")";
 }
 
-std::optional<std::string> ShowMixer(const StoredValue& value) {
+std::optional<std::string> ShowMixer(const RegistryValue& value) {
     MixerBlock block{};
     if (value.Type != REG_BINARY || value.Bytes.size() > sizeof block) {
         return std::nullopt;
@@ -223,7 +223,7 @@ const Setting& FindSetting(std::string_view name) {
     return *found;
 }
 
-StoredValue ParseSetting(const Setting& setting, std::string_view text) {
+RegistryValue ParseSetting(const Setting& setting, std::string_view text) {
     switch (setting.Kind) {
     case SettingKind::Name:
         return ParseText(setting, text, LongestName);
@@ -237,7 +237,7 @@ StoredValue ParseSetting(const Setting& setting, std::string_view text) {
     throw std::logic_error("a setting of no kind");
 }
 
-std::optional<std::string> ShowSetting(const Setting& setting, const StoredValue& value) {
+std::optional<std::string> ShowSetting(const Setting& setting, const RegistryValue& value) {
     switch (setting.Kind) {
     case SettingKind::Name:
         return ShowName(value);

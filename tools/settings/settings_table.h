@@ -41,10 +41,10 @@ std::span<const Setting> AllSettings();
 const Setting& FindSetting(std::string_view name);
 
 // Reads a value as written on the command line. CommandError when the setting cannot have it.
-StoredValue ParseSetting(const Setting& setting, std::string_view text);
+RegistryValue ParseSetting(const Setting& setting, std::string_view text);
 
 // The value with its meaning. Nothing when the driver would not read it and take the default: another
 // type, too many bytes, a mixer block that does not begin with its size.
-std::optional<std::string> ShowSetting(const Setting& setting, const StoredValue& value);
+std::optional<std::string> ShowSetting(const Setting& setting, const RegistryValue& value);
 
 }  // namespace kestvox

@@ -19,25 +19,25 @@ private:
 
 }  // namespace
 
-StoredValue TextValue(const WideText& text) {
-    StoredValue value{.Type = REG_SZ, .Bytes = std::vector<uint8_t>((text.size() + 1) * sizeof(WCHAR))};
+RegistryValue RegistryValue::Text(DWORD type, const WideText& text) {
+    RegistryValue value{.Type = type, .Bytes = std::vector<uint8_t>((text.size() + 1) * sizeof(WCHAR))};
     std::memcpy(value.Bytes.data(), text.c_str(), value.Bytes.size());
     return value;
 }
 
-WideText TextOf(const StoredValue& value) {
+WideText TextOf(const RegistryValue& value) {
     WideText text(value.Bytes.size() / sizeof(WCHAR), 0);
     std::memcpy(text.data(), value.Bytes.data(), text.size() * sizeof(WCHAR));
     return text.substr(0, text.find(WCHAR{0}));
 }
 
-std::optional<StoredValue> ReadRegistryValue(const WideText& key, const WideText& name) {
+std::optional<RegistryValue> ReadRegistryValue(const WideText& key, const WideText& name) {
     HKEY opened;
     if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, key.c_str(), 0, KEY_READ, &opened) != ERROR_SUCCESS) {
         return std::nullopt;
     }
     const OpenKey open(opened);
-    StoredValue value;
+    RegistryValue value;
     DWORD size = 0;
     if (RegQueryValueExW(open, name.c_str(), nullptr, &value.Type, nullptr, &size) != ERROR_SUCCESS) {
         return std::nullopt;
@@ -51,7 +51,7 @@ std::optional<StoredValue> ReadRegistryValue(const WideText& key, const WideText
     return value;
 }
 
-LONG WriteRegistryValue(const WideText& key, const WideText& name, const StoredValue& value) {
+LONG WriteRegistryValue(const WideText& key, const WideText& name, const RegistryValue& value) {
     HKEY opened;
     const LONG result = RegCreateKeyW(HKEY_LOCAL_MACHINE, key.c_str(), &opened);
     if (result != ERROR_SUCCESS) {

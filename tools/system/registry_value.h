@@ -11,24 +11,24 @@
 
 namespace kestvox {
 
-struct StoredValue {
+struct RegistryValue {
     DWORD Type = REG_BINARY;
     std::vector<uint8_t> Bytes;
-    bool operator==(const StoredValue&) const = default;
+
+    // Of REG_SZ or REG_EXPAND_SZ, with its terminator.
+    static RegistryValue Text(DWORD type, const WideText& text);
+    bool operator==(const RegistryValue&) const = default;
 };
 
-// A REG_SZ value, with its terminator.
-StoredValue TextValue(const WideText& text);
-
 // The value's bytes as text, up to its terminator.
-WideText TextOf(const StoredValue& value);
+WideText TextOf(const RegistryValue& value);
 
-// Nothing when there is no such value.
-std::optional<StoredValue> ReadRegistryValue(const WideText& key, const WideText& name);
+// Nothing when the key or the value is missing.
+std::optional<RegistryValue> ReadRegistryValue(const WideText& key, const WideText& name);
 
 // Replaces the value whatever type and size it had; makes the key when it is not there. Results are system
 // error codes.
-LONG WriteRegistryValue(const WideText& key, const WideText& name, const StoredValue& value);
+LONG WriteRegistryValue(const WideText& key, const WideText& name, const RegistryValue& value);
 LONG DeleteRegistryValue(const WideText& key, const WideText& name);
 
 }  // namespace kestvox
