@@ -271,7 +271,7 @@ int Run(int argc, char** argv) {
         return Loopback(line.Loopback);
     }
     if (settings->parsed()) {
-        return ShowSettings(line.Scene, line.Card, line.Assignments);
+        return StoreAndShowSettings(line.Scene, line.Card, line.Assignments);
     }
     if (install->parsed()) {
         return InstallDriver(line.Scene.Machine);

@@ -57,7 +57,8 @@ int Play(const PlayOptions& options);
 int Record(const RecordOptions& options);
 int Loopback(const LoopbackOptions& options);
 // Without assignments shows every setting; with them stores them and shows those.
-int ShowSettings(const SceneOptions& options, unsigned card, const std::vector<std::string>& assignments);
+int StoreAndShowSettings(const SceneOptions& options, unsigned card,
+                         const std::vector<std::string>& assignments);
 // What the system's set-up of drivers does: tells the driver, registers it with the multimedia system or
 // takes it out, and shows what the registry then holds of it.
 int InstallDriver(const std::string& machine);

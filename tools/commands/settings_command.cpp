@@ -21,7 +21,8 @@ void PrintSetting(unsigned card, const Setting& setting) {
 
 }  // namespace
 
-int ShowSettings(const SceneOptions& options, unsigned card, const std::vector<std::string>& assignments) {
+int StoreAndShowSettings(const SceneOptions& options, unsigned card,
+                         const std::vector<std::string>& assignments) {
     SceneOptions changed = options;
     for (const std::string& text : assignments) {
         changed.Settings.push_back(std::to_string(card) + ":" + text);
