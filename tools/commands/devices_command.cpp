@@ -29,14 +29,14 @@ struct AcceptedFormats {
 
 // What the capabilities say of a format: one bit for each of twelve.
 bool InCapabilities(DWORD formats, const WAVEFORMATEX& format) {
-    static constexpr DWORD rates[] = {11025, 22050, 44100};
-    const auto* rate = std::ranges::find(rates, format.nSamplesPerSec);
+    static constexpr DWORD Rates[] = {11025, 22050, 44100};
+    const auto* rate = std::ranges::find(Rates, format.nSamplesPerSec);
     const bool standard = format.wFormatTag == WAVE_FORMAT_PCM && format.nChannels <= 2 &&
                           (format.wBitsPerSample == 8 || format.wBitsPerSample == 16);
-    if (!standard || rate == std::end(rates)) {
+    if (!standard || rate == std::end(Rates)) {
         return false;
     }
-    const auto bit = (rate - rates) * 4 + (format.wBitsPerSample == 16 ? 2 : 0) + (format.nChannels - 1);
+    const auto bit = (rate - Rates) * 4 + (format.wBitsPerSample == 16 ? 2 : 0) + (format.nChannels - 1);
     return (formats >> bit & 1) != 0;
 }
 

@@ -15,7 +15,7 @@ char32_t TakeUtf8(std::string_view& text) {
         return lead;
     }
     const unsigned trailing = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
-    static constexpr char32_t smallest[] = {0, 0x80, 0x800, 0x10000};
+    static constexpr char32_t Smallest[] = {0, 0x80, 0x800, 0x10000};
     if (lead < 0xC2 || lead > 0xF4) {
         return Replacement;
     }
@@ -28,7 +28,7 @@ char32_t TakeUtf8(std::string_view& text) {
         text.remove_prefix(1);
     }
     const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
-    return code < smallest[trailing] || code > 0x10FFFF || surrogate ? Replacement : code;
+    return code < Smallest[trailing] || code > 0x10FFFF || surrogate ? Replacement : code;
 }
 
 char32_t TakeUtf16(std::basic_string_view<WCHAR>& text) {
@@ -70,8 +70,8 @@ std::string Narrow(std::basic_string_view<WCHAR> text) {
             continue;
         }
         const unsigned trailing = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
-        static constexpr unsigned leads[] = {0, 0xC0, 0xE0, 0xF0};
-        narrow += static_cast<char>(leads[trailing] | code >> (6 * trailing));
+        static constexpr unsigned Leads[] = {0, 0xC0, 0xE0, 0xF0};
+        narrow += static_cast<char>(Leads[trailing] | code >> (6 * trailing));
         for (unsigned i = trailing; i-- > 0;) {
             narrow += static_cast<char>(0x80 | (code >> (6 * i) & 0x3F));
         }
