@@ -86,7 +86,7 @@ struct Attachment {
         simulator::Attach(GetModuleHandleW(nullptr));
     }
 };
-const Attachment attachment;
+const Attachment AttachmentOfTests;
 
 // NT has no call that deletes a key with all that is in it.
 void DeleteTree(HKEY parent, const WCHAR* name) {

@@ -12,7 +12,6 @@ namespace {
 
 using kestvox::CommandError;
 using kestvox::WavReader;
-using kestvox::WriteWav;
 
 std::string ReadAll(WavReader& reader, size_t atOnce) {
     std::string all;
