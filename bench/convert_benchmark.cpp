@@ -24,9 +24,9 @@ void Measure(benchmark::State& state, size_t sourceSize, size_t destinationSize,
         source[i] = static_cast<uint8_t>(i % 4 == 3 ? (noise >> 24) / 8 : noise >> 24);
     }
     // Not at the source's place in its page: some processors are slow to copy between such.
-    constexpr size_t shift = 2048;
-    std::vector<uint8_t> memory(Samples * destinationSize + shift);
-    uint8_t* destination = memory.data() + shift;
+    constexpr size_t Shift = 2048;
+    std::vector<uint8_t> memory(Samples * destinationSize + Shift);
+    uint8_t* destination = memory.data() + Shift;
     for (auto _ : state) {
         convert(destination, source.data());
         benchmark::DoNotOptimize(destination);

@@ -127,10 +127,10 @@ private:
     }
 
     void Open(InputBytes& input) {
-        constexpr DWORD rates[] = {8000, 22050, 44100, 48000};
+        constexpr DWORD Rates[] = {8000, 22050, 44100, 48000};
         const auto channels = static_cast<WORD>(1 + input.TakeBelow(2));
         const auto bytes = static_cast<WORD>(1 + input.TakeBelow(4));
-        const DWORD rate = rates[input.TakeBelow(4)];
+        const DWORD rate = Rates[input.TakeBelow(4)];
         const auto frame = static_cast<WORD>(channels * bytes);
         const WAVEFORMATEX format = {
             WAVE_FORMAT_PCM, channels, rate, rate * frame, frame, static_cast<WORD>(bytes * 8), 0};

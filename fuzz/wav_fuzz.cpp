@@ -7,7 +7,7 @@
 
 #include "fuzz/fresh_machine.h"
 #include "tools/command_error.h"
-#include "tools/wav_file.h"
+#include "tools/files/wav_file.h"
 
 namespace {
 

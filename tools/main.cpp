@@ -7,8 +7,8 @@
 #include <string>
 
 #include "kestvox_version.h"
-#include "tools/commands.h"
-#include "tools/settings_table.h"
+#include "tools/commands/commands.h"
+#include "tools/settings/settings_table.h"
 
 namespace kestvox {
 namespace {
@@ -273,7 +273,7 @@ int Run(int argc, char** argv) {
         return Loopback(line.Loopback);
     }
     if (settings->parsed()) {
-        return ShowSettings(line.Scene, line.Card, line.Assignments);
+        return StoreAndShowSettings(line.Scene, line.Card, line.Assignments);
     }
     if (install->parsed()) {
         return InstallDriver(line.Scene.Machine);

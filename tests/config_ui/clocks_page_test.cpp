@@ -80,7 +80,7 @@ protected:
         SavedClock clock = {StoredNumber(u"ClockSource", card), SavedClock::None};
         const std::optional<RegistryValue> master = ReadRegistry(ConfigKey(card), u"Master");
         for (unsigned other = 0; other < Cards().CardCount(); ++other) {
-            if (master == RegistryValue::Text(REG_SZ, simulator::Simulator::RegistryPath(other))) {
+            if (master == TextValue(REG_SZ, simulator::Simulator::RegistryPath(other))) {
                 clock.Master = static_cast<int>(other);
             }
         }

@@ -122,7 +122,7 @@ TEST_F(ConfigurationPageTest, ApplyStoresWhatIsShownAndNothingBefore) {
     EXPECT_FALSE(RegistryKeyExists(ConfigKey()));
     sheet.Apply();
     EXPECT_EQ(StoredNumbers(), (std::vector<std::optional<DWORD>>{0, 1, 0, 4, 0, 0, 1, 0, 1}));
-    EXPECT_EQ(StoredName(), RegistryValue::Text(REG_SZ, u"Studio"));
+    EXPECT_EQ(StoredName(), TextValue(REG_SZ, u"Studio"));
     EXPECT_EQ(StoredNumber(u"ClockSource"), 97u) << "settings of other pages are stored along";
     EXPECT_EQ(sheet.Titles()[0], u"Configuration: 'Kestrelvox'") << "titles are fixed while it is open";
     EXPECT_EQ(Open().Titles()[0], u"Configuration: 'Studio'");
@@ -201,7 +201,7 @@ TEST_F(ConfigurationPageTest, NameHasAtMostFiftyCharacters) {
     EXPECT_EQ(sheet.Current().Text(IDC_NAME), std::u16string(50, u'n'));
     sheet.Ok();
     sheet.Closed();
-    EXPECT_EQ(StoredName(), RegistryValue::Text(REG_SZ, std::u16string(50, u'n')));
+    EXPECT_EQ(StoredName(), TextValue(REG_SZ, std::u16string(50, u'n')));
 }
 
 TEST_F(TwoCardsConfiguration, NewNameShowsInTheClockTreeBeforeApplyAndIsGoneAfterCancel) {
@@ -217,7 +217,7 @@ TEST_F(TwoCardsConfiguration, NewNameShowsInTheClockTreeBeforeApplyAndIsGoneAfte
     page.Type(IDC_NAME, u"New");
     page.Focus(IDC_LEFT);
     EXPECT_EQ(tree(sheet), u"New (automatic clock selection); B (automatic clock selection)");
-    EXPECT_EQ(StoredName(), RegistryValue::Text(REG_SZ, u"A"));
+    EXPECT_EQ(StoredName(), TextValue(REG_SZ, u"A"));
 
     sheet.Show(u"Configuration: 'A'").Focus(IDC_NAME);  // still there when the sheet goes
     sheet.Cancel();

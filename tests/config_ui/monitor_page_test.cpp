@@ -58,9 +58,9 @@ protected:
     Eight SavedWords(size_t first) {
         Eight words = {};
         const std::optional<RegistryValue> block = ReadRegistry(ConfigKey(), u"Monitor");
-        if (block && block->Data.size() == 68) {
+        if (block && block->Bytes.size() == 68) {
             for (size_t i = 0; i < words.size(); ++i) {
-                words[i] = block->Data[4 * (first + i)];
+                words[i] = block->Bytes[4 * (first + i)];
             }
         }
         return words;

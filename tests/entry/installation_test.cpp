@@ -3,7 +3,7 @@
 
 #include "tests/support/driver_library.h"
 #include "tests/support/driver_test.h"
-#include "tests/support/registry_value.h"
+#include "tests/support/registry.h"
 #include "tests/support/system.h"
 #include "tests/support/text.h"
 
@@ -17,24 +17,24 @@ const std::u16string ApplicationSource =
 class InstallationTest : public DriverTest {
 protected:
     static void ExpectInstalled(DWORD start) {
-        const auto text = [](const char16_t* data) { return RegistryValue::Text(REG_SZ, data); };
-        const auto path = [](const char16_t* data) { return RegistryValue::Text(REG_EXPAND_SZ, data); };
+        const auto text = [](const char16_t* data) { return TextValue(REG_SZ, data); };
+        const auto path = [](const char16_t* data) { return TextValue(REG_EXPAND_SZ, data); };
         const struct {
             std::u16string Key;
             const char16_t* Name;
             RegistryValue Value;
         } entries[] = {
-            {ServiceKey, u"ErrorControl", RegistryValue::Number(1)},
+            {ServiceKey, u"ErrorControl", NumberValue(1)},
             {ServiceKey, u"Group", text(u"Base")},
             {ServiceKey, u"ImagePath", path(u"\\SystemRoot\\System32\\drivers\\kestvox.sys")},
-            {ServiceKey, u"Start", RegistryValue::Number(start)},
-            {ServiceKey, u"Type", RegistryValue::Number(1)},
+            {ServiceKey, u"Start", NumberValue(start)},
+            {ServiceKey, u"Type", NumberValue(1)},
             {SystemSource, u"EventMessageFile",
              path(u"%SystemRoot%\\System32\\IoLogMsg.dll,%SystemRoot%\\System32\\drivers\\kestvox.sys")},
-            {SystemSource, u"TypesSupported", RegistryValue::Number(7)},
+            {SystemSource, u"TypesSupported", NumberValue(7)},
             {ApplicationSource, u"EventMessageFile",
              path(u"%SystemRoot%\\System32\\IoLogMsg.dll,%SystemRoot%\\System32\\KESTVOX.DLL")},
-            {ApplicationSource, u"TypesSupported", RegistryValue::Number(7)},
+            {ApplicationSource, u"TypesSupported", NumberValue(7)},
         };
         for (const auto& entry : entries) {
             EXPECT_EQ(ReadRegistry(entry.Key, entry.Name), entry.Value) << testing::PrintToString(entry.Name);

@@ -1,7 +1,7 @@
 #include "tests/processes/companion.h"
 
 #include "tests/support/system.h"
-#include "tools/host.h"
+#include "tools/machine/host.h"
 
 SharedMachine::SharedMachine() : name_("programs-" + std::to_string(GetCurrentProcessId())) {
     Renew();

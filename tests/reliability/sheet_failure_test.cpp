@@ -136,7 +136,7 @@ private:
     static void Append(std::string& state, const std::u16string& key, const std::u16string& name) {
         state += " " + testing::PrintToString(name) + "=";
         if (const auto value = ReadRegistry(key, name)) {
-            state += testing::PrintToString(value->Data);
+            state += testing::PrintToString(value->Bytes);
         }
     }
 

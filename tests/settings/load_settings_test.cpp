@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tests/support/driver_test.h"
-#include "tests/support/registry_value.h"
+#include "tests/support/registry.h"
 #include "tests/support/system.h"
 #include "tests/support/text.h"
 #include "tests/support/wave_player.h"

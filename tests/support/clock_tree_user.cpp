@@ -14,13 +14,13 @@ struct Visit {
     const std::function<void()>& Action;
     HANDLE Done;
 };
-WNDPROC VisitedProcedure = nullptr;
+WNDPROC visitedProcedure = nullptr;
 
 LRESULT CALLBACK ReceiveVisit(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message != VisitMessage) {
-        return CallWindowProcW(VisitedProcedure, window, message, wParam, lParam);
+        return CallWindowProcW(visitedProcedure, window, message, wParam, lParam);
     }
-    SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(VisitedProcedure));
+    SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(visitedProcedure));
     const auto& visit = *reinterpret_cast<const Visit*>(lParam);
     visit.Action();
     SetEvent(visit.Done);
@@ -262,7 +262,7 @@ void ClockTreeUser::OnItsThread(const std::function<void()>& action) const {
         done = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     }
     const Visit visit = {action, done};
-    VisitedProcedure = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(page_, GWLP_WNDPROC));
+    visitedProcedure = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(page_, GWLP_WNDPROC));
     SetWindowLongPtrW(page_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(ReceiveVisit));
     PostMessageW(page_, VisitMessage, 0, reinterpret_cast<LPARAM>(&visit));
     WaitForSingleObject(visit.Done, INFINITE);

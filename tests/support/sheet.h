@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "tests/support/driver_library.h"
-#include "tools/sheet_window.h"
+#include "tools/system/sheet_window.h"
 
 // One page as it is shown, and its controls by their numbers. What a user cannot do to a disabled control
 // is not done.

@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "tests/support/driver_test.h"
-#include "tests/support/registry_value.h"
+#include "tests/support/registry.h"
 #include "tests/support/sheet.h"
 
 class SheetTest : public DriverTest {
@@ -42,10 +42,10 @@ protected:
     }
 
     static std::optional<DWORD> NumberIn(const std::optional<RegistryValue>& value) {
-        if (!value || value->Type != REG_BINARY || value->Data.size() != sizeof(DWORD)) {
+        if (!value || value->Type != REG_BINARY || value->Bytes.size() != sizeof(DWORD)) {
             return std::nullopt;
         }
-        return *reinterpret_cast<const DWORD*>(value->Data.data());
+        return *reinterpret_cast<const DWORD*>(value->Bytes.data());
     }
 
 private:

@@ -11,7 +11,7 @@
 #include "simulator/simulator.h"
 #include "tests/support/system.h"
 #include "tests/support/text.h"
-#include "tools/host.h"
+#include "tools/machine/host.h"
 
 namespace test_system {
 
@@ -86,7 +86,7 @@ struct Attachment {
         simulator::Attach(GetModuleHandleW(nullptr));
     }
 };
-const Attachment attachment;
+const Attachment AttachmentOfTests;
 
 // NT has no call that deletes a key with all that is in it.
 void DeleteTree(HKEY parent, const WCHAR* name) {

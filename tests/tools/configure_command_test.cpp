@@ -10,6 +10,9 @@ TEST(ConfigureCommand, PrintsEveryKindOfControlWithItsState) {
         RunCommand({"configure", "--cards", "2", "--follow", "1=0", "--set", "0:Professional=0", "--set",
                     "0:DitherADC=1", "--set", "0:ClockSource=64", "--set", "1:Name=Booth"});
     EXPECT_EQ(result.Status, 0) << result.Errors;
+    constexpr const char* Tree =
+        "  1001  tree\n               Sample Clock\n                 Kestrelvox (digital input clock)\n"
+        "                   Booth\n";
     const char* lines[] = {
         "Configuration: 'Kestrelvox'\n        group    'Kestrelvox name'\n  1002  edit     'Kestrelvox'\n",
         "  1024  radio    (*) 'Consumer mode'\n  1025  check    [ ] 'Copy protect'\n",
@@ -17,8 +20,7 @@ TEST(ConfigureCommand, PrintsEveryKindOfControlWithItsState) {
         "\nMonitor: 'Booth'\n        group    'Analog Output Mixer'\n        label    'Analog Input'\n",
         "  1037  slider   18 of 18 to 83  (disabled)\n  1038  value    '-INF dB'  (disabled)\n",
         "\nVersion: 'Booth'\n        picture\n",
-        "  1001  tree\n               Sample Clock\n                 Kestrelvox (digital input clock)\n"
-        "                   Booth\n",
+        Tree,
         "  1051  value    '80 ms'\n",
     };
     for (const char* line : lines) {

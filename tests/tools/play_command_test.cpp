@@ -6,8 +6,8 @@
 #include "tests/tools/command_runner.h"
 #include "tests/tools/scratch_folder.h"
 #include "tests/tools/wav_bytes.h"
-#include "tools/commands.h"
-#include "tools/wav_file.h"
+#include "tools/commands/commands.h"
+#include "tools/files/wav_file.h"
 
 namespace {
 

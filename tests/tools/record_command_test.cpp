@@ -8,7 +8,7 @@
 #include "tests/tools/command_runner.h"
 #include "tests/tools/scratch_folder.h"
 #include "tests/tools/wav_bytes.h"
-#include "tools/wav_file.h"
+#include "tools/files/wav_file.h"
 
 namespace {
 

@@ -1,10 +1,11 @@
-#include "tools/settings_table.h"
+#include "tools/settings/settings_table.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 
 #include "simulator/simulator.h"
+#include "tests/support/registry.h"
 #include "tools/command_error.h"
 
 namespace {
@@ -12,23 +13,20 @@ namespace {
 using kestvox::CommandError;
 using kestvox::FindSetting;
 using kestvox::ParseSetting;
-using kestvox::StoredValue;
 
-StoredValue Parse(const char* name, const char* text) {
+RegistryValue Parse(const char* name, const char* text) {
     return ParseSetting(FindSetting(name), text);
 }
 
 template <typename T>
-StoredValue Binary(const T& value) {
-    StoredValue stored{.Type = REG_BINARY, .Bytes = std::vector<uint8_t>(sizeof value)};
+RegistryValue Binary(const T& value) {
+    RegistryValue stored{.Type = REG_BINARY, .Bytes = std::vector<uint8_t>(sizeof value)};
     std::memcpy(stored.Bytes.data(), &value, sizeof value);
     return stored;
 }
 
-StoredValue Text(const std::u16string& text) {
-    StoredValue stored{.Type = REG_SZ, .Bytes = std::vector<uint8_t>((text.size() + 1) * 2)};
-    std::memcpy(stored.Bytes.data(), text.c_str(), stored.Bytes.size());
-    return stored;
+RegistryValue Text(const std::u16string& text) {
+    return TextValue(REG_SZ, text);
 }
 
 TEST(SettingsTable, StoresWhatTheDriverReads) {

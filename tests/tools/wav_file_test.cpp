@@ -1,4 +1,4 @@
-#include "tools/wav_file.h"
+#include "tools/files/wav_file.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,6 @@ namespace {
 
 using kestvox::CommandError;
 using kestvox::WavReader;
-using kestvox::WriteWav;
 
 std::string ReadAll(WavReader& reader, size_t atOnce) {
     std::string all;
@@ -46,7 +45,7 @@ TEST(WavFile, TakesTheLengthFromTheFileOnlyWhenTheWriterLeftItOpen) {
         uint64_t Frames;
     };
     constexpr uint32_t HeaderOnly = 36;
-    constexpr Case cases[] = {
+    constexpr Case Cases[] = {
         {"both all ones", 0xFFFFFFFF, 0xFFFFFFFF, 10},
         {"data all ones", HeaderOnly + 43, 0xFFFFFFFF, 10},
         {"both zero", 0, 0, 10},
@@ -56,7 +55,7 @@ TEST(WavFile, TakesTheLengthFromTheFileOnlyWhenTheWriterLeftItOpen) {
         {"last frame incomplete", HeaderOnly + 43, 43, 10},
     };
     const ScratchFolder folder;
-    for (const Case& c : cases) {
+    for (const Case& c : Cases) {
         SCOPED_TRACE(c.What);
         WriteFile(folder.Path("a.wav"), "RIFF" + Little(c.RiffSize, 4) + "WAVE" +
                                             Chunk("fmt ", FormatBody({})) + "data" + Little(c.DataSize, 4) +

@@ -3,7 +3,6 @@
 
 namespace {
 
-using simulator::Frame;
 using simulator::Port;
 
 class PlaybackTest : public OutputTest {};

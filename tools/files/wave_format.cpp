@@ -1,0 +1,88 @@
+#include "tools/files/wave_format.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <iterator>
+
+namespace kestvox {
+namespace {
+
+constexpr SampleEncoding Encodings[] = {
+    {"8-bit PCM", WAVE_FORMAT_PCM, 8, 1, 0},
+    {"16-bit PCM", WAVE_FORMAT_PCM, 16, 2, 0},
+    {"20-bit PCM in 3 bytes", WAVE_FORMAT_PCM, 20, 3, 0},
+    {"20-bit PCM in 4 bytes", WAVE_FORMAT_PCM, 20, 4, 0},
+    {"24-bit PCM in 3 bytes", WAVE_FORMAT_PCM, 24, 3, 0},
+    {"24-bit PCM in 4 bytes", WAVE_FORMAT_PCM, 24, 4, 0},
+    {"32-bit PCM", WAVE_FORMAT_PCM, 32, 4, 0},
+    {"A-law", WAVE_FORMAT_ALAW, 8, 1, 0},
+    {"mu-law", WAVE_FORMAT_MULAW, 8, 1, 0},
+    {"extensible 8-bit PCM", WAVE_FORMAT_EXTENSIBLE, 8, 1, 8},
+    {"extensible 16-bit PCM", WAVE_FORMAT_EXTENSIBLE, 16, 2, 16},
+    {"extensible 24-bit PCM in 3 bytes", WAVE_FORMAT_EXTENSIBLE, 24, 3, 24},
+    {"extensible 20-bit PCM in 4 bytes", WAVE_FORMAT_EXTENSIBLE, 32, 4, 20},
+    {"extensible 24-bit PCM in 4 bytes", WAVE_FORMAT_EXTENSIBLE, 32, 4, 24},
+    {"extensible 32-bit PCM", WAVE_FORMAT_EXTENSIBLE, 32, 4, 32},
+    {"AC-3 over S/PDIF", WAVE_FORMAT_DOLBY_AC3_SPDIF, 16, 2, 0},
+};
+
+constexpr GUID PcmSubFormat = {0x00000001, 0x0000, 0x0010, {0x80, 0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71}};
+constexpr WORD ExtensionSize = sizeof(WAVEFORMATEXTENSIBLE) - sizeof(WAVEFORMATEX);
+
+WORD ValidBits(const WAVEFORMATEX& format) {
+    WAVEFORMATEXTENSIBLE extensible;
+    if (format.wFormatTag != WAVE_FORMAT_EXTENSIBLE || format.cbSize < ExtensionSize) {
+        return 0;
+    }
+    std::memcpy(&extensible, &format, sizeof extensible);
+    return extensible.Samples.wValidBitsPerSample;
+}
+
+std::string DescribeEncoding(const WAVEFORMATEX& format) {
+    const WORD bytesPerSample =
+        format.nChannels ? static_cast<WORD>(format.nBlockAlign / format.nChannels) : format.nBlockAlign;
+    const auto* known = std::ranges::find_if(Encodings, [&](const SampleEncoding& encoding) {
+        return encoding.Tag == format.wFormatTag && encoding.Bits == format.wBitsPerSample &&
+               encoding.BytesPerSample == bytesPerSample && encoding.ValidBits == ValidBits(format);
+    });
+    if (known != std::end(Encodings)) {
+        return known->Name;
+    }
+    char text[80];
+    std::snprintf(text, sizeof text, "format tag 0x%04X with %u bits in frames of %u bytes",
+                  format.wFormatTag, format.wBitsPerSample, format.nBlockAlign);
+    return text;
+}
+
+}  // namespace
+
+std::span<const SampleEncoding> AllEncodings() {
+    return Encodings;
+}
+
+WAVEFORMATEXTENSIBLE MakeFormat(const SampleEncoding& encoding, WORD channels, DWORD rate) {
+    WAVEFORMATEXTENSIBLE format{};
+    format.Format.wFormatTag = encoding.Tag;
+    format.Format.nChannels = channels;
+    format.Format.nSamplesPerSec = rate;
+    format.Format.nBlockAlign = static_cast<WORD>(encoding.BytesPerSample * channels);
+    format.Format.nAvgBytesPerSec = rate * format.Format.nBlockAlign;
+    format.Format.wBitsPerSample = encoding.Bits;
+    if (encoding.Tag == WAVE_FORMAT_EXTENSIBLE) {
+        format.Format.cbSize = ExtensionSize;
+        format.Samples.wValidBitsPerSample = encoding.ValidBits;
+        format.dwChannelMask = channels == 1 ? 4 : 3;  // front centre, or front left and right
+        format.SubFormat = PcmSubFormat;
+    }
+    return format;
+}
+
+std::string DescribeFormat(const WAVEFORMATEX& format) {
+    const std::string channels = format.nChannels == 1   ? "mono"
+                                 : format.nChannels == 2 ? "stereo"
+                                                         : std::to_string(format.nChannels) + " channels";
+    return DescribeEncoding(format) + ", " + channels + ", " + std::to_string(format.nSamplesPerSec) + " Hz";
+}
+
+}  // namespace kestvox

@@ -1,0 +1,20 @@
+// How streams are run, as written on the command line.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "tools/machine/scene.h"
+
+namespace kestvox {
+
+// What the commands that run streams have in common.
+struct StreamOptions {
+    SceneOptions Scene;
+    unsigned Buffers = 8;
+    unsigned BufferMilliseconds = 50;
+    std::optional<double> SuspendAt;  // seconds of the first stream: the computer sleeps and wakes there
+    std::string Trace;                // empty: none
+};
+
+}  // namespace kestvox

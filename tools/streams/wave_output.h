@@ -1,0 +1,55 @@
+// One output device that plays one file: a plain client of the waveOut calls.
+#pragma once
+
+#include <windows.h>
+#include <mmsystem.h>
+
+#include <cstdint>
+#include <string>
+
+#include "tools/files/wav_file.h"
+#include "tools/streams/wave_stream.h"
+
+namespace kestvox {
+
+class WaveOutput final : public WaveStream {
+public:
+    // Opens the device in the file's format. CommandError when the file or the device refuses.
+    WaveOutput(UINT device, const std::string& path, HANDLE done);
+    // Stops and closes what is still open.
+    ~WaveOutput() override;
+
+    // CommandError when the device refuses.
+    void SetVolume(WORD volume);
+
+    // `count` buffers of `milliseconds`, or, for more than one pass, the whole file in buffers of that
+    // length as one loop.
+    void PrepareBuffers(unsigned count, unsigned milliseconds, DWORD passes);
+
+    const WAVEFORMATEX& Format() const override { return file_.Format(); }
+    uint64_t FrameCount() const override { return file_.FrameCount() * passes_; }
+    bool EndsByCount() const override { return false; }
+    bool AllBack() const override { return allWritten_ && HeadersOut() == 0; }
+    void QueueFirst(bool together) override;
+    void Start(bool together) override;
+    void Refill() override;
+    void Stop() override;
+    StreamStatus Status(const simulator::Simulator& cards) const override;
+
+private:
+    static void CALLBACK OnMessage(HWAVEOUT handle, UINT message, DWORD_PTR instance, DWORD_PTR first,
+                                   DWORD_PTR second);
+    MMRESULT PrepareHeader(WAVEHDR& header) override;
+    MMRESULT UnprepareHeader(WAVEHDR& header) override;
+    MMRESULT HandOver(WAVEHDR& header) override;
+    MMRESULT CloseDevice() override;
+    MMRESULT GetPosition(MMTIME& time) const override;
+
+    WavReader file_;
+    HWAVEOUT handle_ = nullptr;
+    DWORD passes_ = 1;
+    unsigned next_ = 0;  // the buffer to fill next
+    bool allWritten_ = false;
+};
+
+}  // namespace kestvox
