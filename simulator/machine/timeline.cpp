@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "simulator/requests/request_hold.h"
+
 namespace simulator {
 namespace {
 
@@ -9,6 +11,7 @@ constexpr int64_t Millisecond = 1000000;
 constexpr int64_t SleepNap = 50000;  // real time that a sleep takes in stepped time
 constexpr int64_t IdlePeriod = 10 * Millisecond;
 constexpr DWORD QuietMilliseconds = 30000;  // real time, after which a thread that gets calls is stuck
+constexpr DWORD HeldMilliseconds = 3;       // ... while a test holds a thread, which it may be waiting for
 
 thread_local bool justReadTimer = false;
 
@@ -47,6 +50,20 @@ void Timeline::Run() {
     }
 }
 
+// While a test holds a thread, others may be stuck behind it: they are waited for in vain once.
+void Timeline::AwaitDriver() {
+    for (DWORD waited = 0; waited < QuietMilliseconds; waited += HeldMilliseconds) {
+        const unsigned hold = RequestHold::UnderWay();
+        if (host::WaitUntilQuiet(hold != 0 && hold == stuckBehind_ ? 0 : HeldMilliseconds)) {
+            return;
+        }
+        if (hold != 0) {
+            stuckBehind_ = hold;
+            return;
+        }
+    }
+}
+
 bool Timeline::MoveTo(int64_t target, bool toBufferEnd) {
     bool mayWait = false;
     {
@@ -56,7 +73,7 @@ bool Timeline::MoveTo(int64_t target, bool toBufferEnd) {
     std::unique_lock<host::Lock> turn(turn_, std::defer_lock);
     if (mayWait) {
         turn.lock();
-        host::WaitUntilQuiet(QuietMilliseconds);  // what requests set off before
+        AwaitDriver();  // what requests set off before
     }
     for (;;) {
         bool arrived = false;
@@ -71,7 +88,7 @@ bool Timeline::MoveTo(int64_t target, bool toBufferEnd) {
         }
         side_.Completions.Deliver();
         if (mayWait) {
-            host::WaitUntilQuiet(QuietMilliseconds);
+            AwaitDriver();
         }
         if (toBufferEnd && ended) {
             return true;

@@ -55,12 +55,14 @@ public:
     void Sleep(DWORD milliseconds) override;
 
 private:
+    void AwaitDriver();
     bool MoveTo(int64_t target, bool toBufferEnd);
     void Run();
 
     ProcessSide& side_;
     const bool stepped_;
     host::Lock turn_;  // of the mover that waits for the driver; before the machine's lock
+    std::atomic<unsigned> stuckBehind_ = 0;  // the hold behind which a thread was found stuck
     std::atomic<bool> ending_ = false;
     std::thread thread_;
 };

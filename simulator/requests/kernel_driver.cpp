@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "simulator/machine/claims.h"
+#include "simulator/requests/request_hold.h"
 #include "simulator/requests/requests.h"
 
 namespace simulator {
@@ -135,6 +136,7 @@ DWORD KernelDriver::Serve(OpenFile& file, device::Request& request, int64_t* sta
 
 DWORD KernelDriver::Control(void* opened, device::Request& request) {
     Timeline::NoteRequest();
+    RequestHold::Reach(RequestHold::Where::Before);
     OpenFile& file = *static_cast<OpenFile*>(opened);
     const uint64_t number = Begin(file, request);
     int64_t stallFor = 0;
@@ -158,6 +160,7 @@ DWORD KernelDriver::Control(void* opened, device::Request& request) {
     if (stallFor > 0) {
         timeline_.Stall(stallFor);
     }
+    RequestHold::Reach(RequestHold::Where::After);
     return result;
 }
 
