@@ -52,6 +52,7 @@ struct CardRecord {
     WCHAR RegistryPath[PathLength];  // device key below HKEY_LOCAL_MACHINE; empty when unknown
     CardSettings Settings;
     SharedWord StartsWaiting;  // hold bits of directions with streams armed behind the start hold
+    SharedCount InitCount;     // how often the card was initialised after its discovery
 };
 static_assert(std::is_standard_layout_v<CardRecord>);
 

@@ -1,5 +1,7 @@
 #include "card/registers.h"
 
+#include "card/locks.h"
+
 namespace kestvox {
 
 namespace {
@@ -44,6 +46,7 @@ BOOL WriteCardRegisterIfChanged(CardHandle* handle, DWORD reg, RegisterSpace spa
 BOOL WriteIndirectRegister(CardHandle* handle, DWORD index, DWORD value, DWORD mask) {
     // The kernel's masked write knows the data register only and not the register behind it: the bits outside
     // the mask are kept here.
+    MutexLock together(SequenceMutex);
     DWORD current = 0;
     if (!WriteCard(handle, card_register::ChannelStatusIndex, index, IndirectIndexMask) ||
         !ReadCardRegister(handle, card_register::ChannelStatusData, CardSpace, &current)) {
@@ -54,6 +57,7 @@ BOOL WriteIndirectRegister(CardHandle* handle, DWORD index, DWORD value, DWORD m
 }
 
 BOOL SetMixerGain(CardHandle* handle, DWORD index, DWORD value) {
+    MutexLock together(SequenceMutex);
     return WriteCard(handle, card_register::MixerIndex, index, MixerIndexMask) &&
            WriteCard(handle, card_register::MixerGain, value, WholeRegister);
 }

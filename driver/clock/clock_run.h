@@ -12,6 +12,7 @@ struct ClockRun {
     CardRecord* Master;
     const CardRate* Rate;
     bool Checked;       // a clock or rate that is not right ends the run
+    bool Resuming;      // at a resume: a card that is not there is left out
     bool Slaves;        // the group has cards other than the master
     bool Changed;       // a clock or link setting of the group changed: all of its cards resynchronise
     bool DigitalInput;  // the master runs on its digital input

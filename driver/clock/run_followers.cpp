@@ -48,7 +48,7 @@ MMRESULT ProgramFollowers(ClockRun& run) {
             continue;
         }
         const MMRESULT result = ProgramFollower(run, *card);
-        if (result != MMSYSERR_NOERROR) {
+        if (result != MMSYSERR_NOERROR && !(run.Resuming && result == MMSYSERR_NODRIVER)) {
             return result;
         }
     }

@@ -59,18 +59,20 @@ void PulseResync(CardHandle* handle) {
     WriteCard(handle, card_register::ClockControl, Resync, Resync);
 }
 
-// Calls `action` with each card that `takesPart` and a handle to it; ends at a card without a handle.
+// Calls `action` with each card that `takesPart` and a handle to it. Ends at a card without a handle, but for
+// a resume.
 template <typename Predicate, typename Action>
-MMRESULT ForEachCard(Predicate takesPart, Action action) {
+MMRESULT ForEachCard(const ClockRun& run, Predicate takesPart, Action action) {
     for (CardRecord* card = FirstCard(); card != nullptr; card = NextCard(card)) {
         if (!takesPart(*card)) {
             continue;
         }
         BorrowedHandle handle(*card);
-        if (!handle) {
+        if (handle) {
+            action(*card, handle.Get());
+        } else if (!run.Resuming) {
             return MMSYSERR_NODRIVER;
         }
-        action(*card, handle.Get());
     }
     return MMSYSERR_NOERROR;
 }
@@ -81,7 +83,7 @@ MMRESULT MarkGroup(ClockRun& run) {
     for (CardRecord* card = FirstCard(); card != nullptr; card = NextCard(card)) {
         MarkCard(run, *card);
     }
-    const MMRESULT result = ForEachCard(TakesPart, [](CardRecord&, CardHandle* handle) {
+    const MMRESULT result = ForEachCard(run, TakesPart, [](CardRecord&, CardHandle* handle) {
         WriteCard(handle, card_register::ClockControl, ClockHold, ClockHold);
     });
     if (result == MMSYSERR_NOERROR) {
@@ -96,7 +98,7 @@ MMRESULT SettleLink(ClockRun& run) {
         return MMSYSERR_NOERROR;
     }
     const auto everyCard = [](const CardRecord&) { return true; };
-    return ForEachCard(everyCard, [&run](CardRecord& card, CardHandle* handle) {
+    return ForEachCard(run, everyCard, [&run](CardRecord& card, CardHandle* handle) {
         if (LinkChanges(run, card, handle)) {
             run.Changed = true;
         }
@@ -113,6 +115,7 @@ MMRESULT LeaveOldClocks(ClockRun& run) {
         return MMSYSERR_NOERROR;
     }
     return ForEachCard(
+        run,
         [&run](CardRecord& card) {
             const bool follows = card.ActiveClockSource == LinkClock;
             return card.InClockGroup != 0 && (run.Changed || (&card != run.Master && !follows));
@@ -127,7 +130,7 @@ MMRESULT LeaveOldClocks(ClockRun& run) {
 
 MMRESULT ResynchroniseCards(ClockRun& run) {
     bool resynchronised = false;
-    const MMRESULT result = ForEachCard(TakesPart, [&](CardRecord& card, CardHandle* handle) {
+    const MMRESULT result = ForEachCard(run, TakesPart, [&](CardRecord& card, CardHandle* handle) {
         if (card.ResyncPending != 0) {
             resynchronised = true;
             PulsePort(run.Stream);
@@ -149,8 +152,8 @@ MMRESULT ResynchroniseCards(ClockRun& run) {
     return MMSYSERR_NOERROR;
 }
 
-MMRESULT ReleaseCards(ClockRun&) {
-    return ForEachCard(TakesPart, [](CardRecord& card, CardHandle* handle) {
+MMRESULT ReleaseCards(ClockRun& run) {
+    return ForEachCard(run, TakesPart, [](CardRecord& card, CardHandle* handle) {
         WriteCard(handle, card_register::ClockControl, 0, ClockHold);
         card.ResyncPending = 0;
         card.InClockGroup = 0;

@@ -37,10 +37,11 @@ MMRESULT ProgramGroup(StreamInstance* stream, bool ignoreClockError) {
     run.Stream = stream;
     run.Master = stream->ClockMaster;
     run.Rate = &CardRateOfCode(stream->RateCode);
+    run.Resuming = ignoreClockError;
     run.Checked = !ignoreClockError && run.Master->Settings.CheckClocks != 0;
     for (const ClockStep step : FullRun) {
         const MMRESULT result = step(run);
-        if (result != MMSYSERR_NOERROR) {
+        if (result != MMSYSERR_NOERROR && !(run.Resuming && result == MMSYSERR_NODRIVER)) {
             return result;
         }
     }

@@ -1,7 +1,8 @@
 #include "card/card_handle.h"
 #include "card/card_table.h"
+#include "card/locks.h"
 #include "entry/module.h"
-#include "stream/driver_mutex.h"
+#include "settings/card_settings_store.h"
 #include "stream/service_thread.h"
 #include "stream/stream_list.h"
 
@@ -37,7 +38,7 @@ void EnumerateCards() {
 // Once on a machine, by the first process that loads the library: two that load it at the same moment must
 // not both discover the cards. Without the mutex the discovery runs all the same.
 void DiscoverOnce() {
-    HANDLE discovery = CreateSharedMutex(TEXT("ZPH_Kestrelvox_Discovery_Mutex"));
+    HANDLE discovery = CreateSharedMutex(DiscoveryMutexName);
     const DWORD wait = WaitForSingleObject(discovery, INFINITE);
     if (!FirstLoadDone()) {
         if (wait != WAIT_FAILED) {
@@ -50,19 +51,25 @@ void DiscoverOnce() {
         ReleaseMutex(discovery);
         CloseHandle(discovery);
     }
+    // Until somebody answers: no other program waits for that.
+    ShowUnreadSettings();
 }
+
+// The other threads of a process that ends are gone already: nobody is waited for.
+bool ProcessEnds = false;
 
 BOOL AttachProcess(HMODULE module) {
     ModuleHandle = module;
     DisableThreadLibraryCalls(module);
     InitializeStreamList();
     InitializeServiceThreads();
-    const BOOL mutex = OpenDriverMutex();
+    const BOOL mutex = OpenSharedMutexes();
     DiscoverOnce();
     return mutex;
 }
 
-BOOL DetachProcess() {
+BOOL DetachProcess(bool processEnds) {
+    ProcessEnds = processEnds;
     ReleaseProcess();
     DeleteServiceThreads();
     DeleteStreamList();
@@ -73,20 +80,29 @@ BOOL DetachProcess() {
 
 void ReleaseProcess() {
     if (DriverMutex != nullptr) {
+        const LimitedWaits limited;
         CloseStreams(GetCurrentProcessId(), NoCard);
-        AwaitServiceThreads();
-        CloseDriverMutex();
+        // A thread that is still in the middle of something would leave a mutex taken for ever.
+        if (ProcessEnds || AwaitServiceThreads()) {
+            CloseSharedMutexes();
+        }
+    }
+}
+
+void UseAgain() {
+    if (DriverMutex == nullptr) {
+        OpenSharedMutexes();
     }
 }
 
 }  // namespace kestvox
 
-extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
+extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID reserved) {
     switch (reason) {
     case DLL_PROCESS_ATTACH:
         return kestvox::AttachProcess(module);
     case DLL_PROCESS_DETACH:
-        return kestvox::DetachProcess();
+        return kestvox::DetachProcess(reserved != nullptr);
     case DLL_THREAD_ATTACH:
     case DLL_THREAD_DETACH:
         return TRUE;

@@ -3,13 +3,10 @@
 #include <commctrl.h>
 #include <mmddk.h>
 
-#include "card/card_handle.h"
-#include "card/card_table.h"
-#include "card/init_card.h"
 #include "config_ui/configuration_sheet.h"
 #include "entry/installation.h"
 #include "entry/module.h"
-#include "stream/stream_list.h"
+#include "entry/power.h"
 
 namespace kestvox {
 
@@ -37,30 +34,16 @@ LRESULT OnRemove() {
     return DRVCNF_RESTART;
 }
 
-// Whatever the cards were told is lost with the power. A card that cannot be opened is skipped.
-void InitializeEnabledCards() {
-    for (CardRecord* card = FirstCard(); card != nullptr; card = NextCard(card)) {
-        if (card->EnableCount <= 0) {
-            continue;
-        }
-        BorrowedHandle handle(*card);
-        if (handle) {
-            InitCard(handle.Get(), *card);
-            // The card is back at its initial clock: the first stream that is prepared has to program it.
-            card->GroupRate = 0;
-        }
-    }
-}
-
 LRESULT OnPower(LPARAM event) {
     switch (event) {
     case PWR_SUSPENDREQUEST:
-        SuspendStreams();
+        SuspendDriver();
         break;
     case PWR_SUSPENDRESUME:
+        ResumeDriver(Wake::Normal);
+        break;
     case PWR_CRITICALRESUME:
-        InitializeEnabledCards();
-        ResumeStreams();
+        ResumeDriver(Wake::Critical);
         break;
     default:
         break;
@@ -76,6 +59,8 @@ extern "C" LRESULT WINAPI DriverProc(DWORD_PTR id, HDRVR driver, UINT message, L
     using namespace kestvox;
     switch (message) {
     case DRV_LOAD:
+        UseAgain();
+        return Done;
     case DRV_ENABLE:
     case DRV_CLOSE:
     case DRV_DISABLE:

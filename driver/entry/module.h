@@ -10,7 +10,14 @@ extern HMODULE ModuleHandle;
 // Set by an installation: from then on this process shows no configuration sheet.
 extern bool InstallingFlag;
 
-// Closes this process's streams and its handle of DriverMutex. The second call does nothing.
+// The mutex that processes hold while they discover cards or initialise them again.
+inline constexpr const WCHAR* DiscoveryMutexName = TEXT("ZPH_Kestrelvox_Discovery_Mutex");
+
+// Closes this process's streams and its handles of the shared mutexes: waiting at most five seconds in
+// all. The second call does nothing.
 void ReleaseProcess();
+
+// What a library that was released but not unloaded needs before it is used once more.
+void UseAgain();
 
 }  // namespace kestvox

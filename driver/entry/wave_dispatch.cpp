@@ -5,7 +5,7 @@
 #include <type_traits>
 
 #include "entry/device_capabilities.h"
-#include "stream/stream_messages.h"
+#include "stream/stream_control.h"
 #include "stream/stream_open.h"
 #include "wavein/wave_input.h"
 #include "waveout/wave_output.h"
@@ -61,7 +61,7 @@ constexpr MessageRow OutputMessages[] = {
     {WODM_CLOSE, To<CloseStream>},
     {WODM_WRITE, To<WriteOutput>},
     {WODM_PAUSE, To<PauseOutput>},
-    {WODM_RESTART, To<RestartOutput>},
+    {WODM_RESTART, To<StartStream>},
     {WODM_RESET, To<ResetOutput>},
     {WODM_GETPOS, To<GetStreamPosition>},
     {WODM_GETVOLUME, To<GetOutputVolume>},
@@ -74,7 +74,7 @@ constexpr MessageRow OutputMessages[] = {
 
 constexpr MessageRow InputMessages[] = {
     {WIDM_CLOSE, To<CloseStream>},          {WIDM_ADDBUFFER, To<AddInputBuffer>},
-    {WIDM_START, To<StartInput>},           {WIDM_STOP, To<StopInput>},
+    {WIDM_START, To<StartStream>},          {WIDM_STOP, To<StopInput>},
     {WIDM_RESET, To<ResetInput>},           {WIDM_GETPOS, To<GetStreamPosition>},
     {DirectModeMessage, To<SetDirectMode>},
 };

@@ -105,6 +105,9 @@ void ReplaceString(const SettingsKey& key, const WCHAR* name, const WCHAR* text)
     Replace(key, name, text, length * static_cast<DWORD>(sizeof(WCHAR)), REG_SZ);
 }
 
+// Cards whose device key could not be had, and that the user has not been told of.
+unsigned UnreadCards = 0;
+
 }  // namespace
 
 void LoadCardSettings(CardRecord& card) {
@@ -113,7 +116,7 @@ void LoadCardSettings(CardRecord& card) {
     card.Settings.Master[0] = 0;
     DeviceKeyPath path;
     if (!ReadDeviceKeyPath(card, path)) {
-        ShowSettingsError(TEXT("Could not determine device's registry key"));
+        ++UnreadCards;
         return;
     }
     lstrcpynW(card.RegistryPath, path.Text, PathLength);
@@ -125,6 +128,12 @@ void LoadCardSettings(CardRecord& card) {
     LoadWords(key, card);
     card.WorkingAdvancedMonitoring = card.Settings.AdvancedMonitoring.load();
     card.WorkingClockSource = card.Settings.ClockSource.load();
+}
+
+void ShowUnreadSettings() {
+    for (; UnreadCards != 0; --UnreadCards) {
+        ShowSettingsError(TEXT("Could not determine device's registry key"));
+    }
 }
 
 void SaveCardSettings(CardRecord& card) {

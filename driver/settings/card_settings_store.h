@@ -10,4 +10,8 @@ namespace kestvox {
 // missing next time, and then its default holds. Tells the user when the key cannot be determined.
 void SaveCardSettings(CardRecord& card);
 
+// Tells the user, in a box for each, which cards' device keys could not be determined when their records were
+// made; once. It comes back when the user has answered, so other programs must not be waiting for the caller.
+void ShowUnreadSettings();
+
 }  // namespace kestvox

@@ -1,7 +1,8 @@
 #include "stream/clock_group.h"
 
 #include "card/card_table.h"
-#include "stream/driver_mutex.h"
+#include "card/init_card.h"
+#include "card/locks.h"
 #include "stream/stream_list.h"
 
 namespace kestvox {
@@ -13,12 +14,6 @@ constexpr const Direction* BothDirections[] = {&InputDirection, &OutputDirection
 void SetClockSource(CardRecord& card, ClockSourceCode source) {
     card.Settings.ClockSource = source;
     card.WorkingClockSource = source;
-}
-
-void CountDown(SharedCount& count) {
-    if (count > 0) {
-        --count;
-    }
 }
 
 // Clears the port's run flags. TRUE when they said that it ran.
@@ -74,6 +69,19 @@ CardRecord& ResolveClockMaster(CardRecord& card) {
     return master;
 }
 
+void CountDown(SharedCount& count) {
+    LONG now = count;
+    while (now > 0 && !count.compare_exchange_weak(now, now - 1)) {
+    }
+}
+
+void InitCardAgain(CardHandle* handle, CardRecord& card) {
+    InitCard(handle, card);
+    ++card.InitCount;
+    card.GroupRate = 0;
+    ClockMasterOf(card).GroupRate = 0;
+}
+
 void CountOpen(StreamInstance* stream) {
     const Direction& direction = *stream->Direction;
     SharedWord& open = stream->PortFlag(direction.PortOpen);
@@ -86,8 +94,9 @@ void CountOpen(StreamInstance* stream) {
 }
 
 void CountClosed(StreamInstance* stream) {
-    stream->PortFlag(stream->Direction->PortOpen) = 0;
-    --(stream->ClockMaster->*stream->Direction->OpenCount);
+    if (stream->PortFlag(stream->Direction->PortOpen).exchange(0) != 0) {
+        CountDown(stream->ClockMaster->*stream->Direction->OpenCount);
+    }
 }
 
 BOOL ForgetDeadStreams(CardRecord& master) {

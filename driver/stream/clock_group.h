@@ -19,10 +19,19 @@ CardRecord& ClockMasterOf(CardRecord& card);
 // follow: the link for a follower; automatic for one that followed before.
 CardRecord& ResolveClockMaster(CardRecord& card);
 
+// Lowers a count of the card table, but never below zero: the counts of a card that was soft-reset meanwhile
+// are zero already.
+void CountDown(SharedCount& count);
+
+// Initialises a card that was in use before. Its clock is back at its initial rate, so the first stream that
+// is prepared on its group programs the clock in full; ports that were prepared before have to be prepared
+// again.
+void InitCardAgain(CardHandle* handle, CardRecord& card);
+
 // The stream has its channel. What a dead process left of the port is forgotten first.
 void CountOpen(StreamInstance* stream);
 
-// The stream is about to give its channel back.
+// The stream is about to give its channel back. Counts down only what its port's open flag still says.
 void CountClosed(StreamInstance* stream);
 
 // Looks at every port on the master's clock that is marked open by another process, and forgets those of dead

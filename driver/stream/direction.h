@@ -42,9 +42,10 @@ struct Direction {
     void (*CleanUp)(StreamInstance* stream);
     // Stops the port and returns every header; the kernel gives back those in flight.
     MMRESULT (*Reset)(StreamInstance* stream);
-    void (*Suspend)(StreamInstance* stream);
-    // Starts the port, as the client's message does.
-    MMRESULT (*Start)(StreamInstance* stream);
+    // Under the stream's control: before the port's transfer is started from standstill; and before its
+    // channel is given up for a sleep, when it answers whether the port is to run after it.
+    void (*BeginRun)(StreamInstance* stream);
+    bool (*StopForSleep)(StreamInstance* stream);
     // The next header to hand over, taken off the queue; null when there is none. DriverMutex held.
     WAVEHDR* (*TakeNext)(StreamInstance* stream);
     // The header, in flight and the stream's own, is complete: accounts for it, returns it when no further

@@ -37,6 +37,9 @@ public:
     HeldHeader* First() { return count_ != 0 ? entries_ + begin_ : nullptr; }
     HeldHeader* Newest() { return count_ != 0 ? entries_ + begin_ + count_ - 1 : nullptr; }
 
+    // The header accepted just before; null for the oldest.
+    HeldHeader* Before(HeldHeader* held) { return held != entries_ + begin_ ? held - 1 : nullptr; }
+
     void Forget(HeldHeader* held);
 
 private:

@@ -1,7 +1,8 @@
 #include "stream/header_queue.h"
 
+#include "card/locks.h"
 #include "card/requests.h"
-#include "stream/driver_mutex.h"
+#include "stream/header_return.h"
 #include "stream/service_thread.h"
 #include "stream/shadow_buffer.h"
 
@@ -11,6 +12,7 @@ namespace {
 
 constexpr ULONG_PTR CardAlignment = 4;
 constexpr LONG LeastBuffersInFlight = 4;
+constexpr DWORD LongestFlush = 200;  // milliseconds
 
 MMRESULT CheckHeader(StreamInstance* stream, const WAVEHDR* header, DWORD size) {
     if (header == nullptr || size != sizeof(WAVEHDR)) {
@@ -37,21 +39,26 @@ void AppendPendingHeader(StreamInstance* stream, WAVEHDR* header, WAVEHDR* behin
     }
 }
 
-// FALSE when there is no memory for its place, or the stream is closing.
-BOOL EnterLedgerAndQueue(StreamInstance* stream, WAVEHDR* header) {
+enum class Queued { Yes, Overtaken, No };
+
+// No: there is no memory for its place, or the stream is closing.
+Queued EnterLedgerAndQueue(StreamInstance* stream, WAVEHDR* header, DWORD resets) {
     DriverLock lock;
     if (stream->Closing != 0) {
-        return FALSE;
+        return Queued::No;
     }
     // While a loop is active its last header leads on to what comes after it.
     const bool chained = stream->PendingHeaders != nullptr || stream->LoopStart != nullptr;
     const HeldHeader* newest = stream->Held.Newest();
     WAVEHDR* behind = chained && newest != nullptr ? newest->Header : nullptr;
-    if (!stream->Held.Accept(header, header->dwBufferLength, stream->ResetCount)) {
-        return FALSE;
+    if (stream->ResetCount != resets) {
+        return Queued::Overtaken;
+    }
+    if (!stream->Held.Accept(header, header->dwBufferLength, resets)) {
+        return Queued::No;
     }
     AppendPendingHeader(stream, header, behind);
-    return TRUE;
+    return Queued::Yes;
 }
 
 struct CardBuffer {
@@ -80,53 +87,119 @@ BOOL SubmitBuffer(StreamInstance* stream, WAVEHDR* header) {
 }
 
 struct TakenHeader {
-    WAVEHDR* Header;  // null: none
-    DWORD Resets;     // of the stream when it was taken
+    WAVEHDR* Header;   // null: none
+    DWORD Resets;      // of the stream when it was taken
+    DWORD Sleeps;      // likewise
+    bool StartAlways;  // a transfer is started whether the port runs or not
 };
 
-// Takes the next header, if the rule allows one, and counts it in flight.
-TakenHeader TakeForHandOver(StreamInstance* stream) {
-    DriverLock lock;
-    if (stream->Closing != 0 || stream->Resetting != 0 || stream->Suspended != 0 || !MayHandOver(stream)) {
-        return {};
+bool TakesHeaders(const StreamInstance* stream) {
+    return stream->Closing == 0 && stream->Resetting == 0 &&
+           (stream->Power == Awake || stream->Power == Prepared);
+}
+
+// The header that a sleep kept from the kernel is counted in flight already.
+WAVEHDR* NextToSubmit(StreamInstance* stream) {
+    if (WAVEHDR* header = stream->HandOver.NotSubmitted) {
+        stream->HandOver.NotSubmitted = nullptr;
+        return header;
     }
-    WAVEHDR* header = stream->Direction->TakeNext(stream);
+    WAVEHDR* header = MayHandOver(stream) ? stream->Direction->TakeNext(stream) : nullptr;
     HeldHeader* held = header != nullptr ? stream->Held.Find(header) : nullptr;
     if (held == nullptr) {
-        return {};
+        return nullptr;
     }
     ++held->InFlight;
     ++stream->InFlightCount;
     stream->InFlightBytes += static_cast<LONG>(held->Bytes);
-    return {header, stream->ResetCount};
+    return header;
 }
 
-void RefuseHeader(StreamInstance* stream, WAVEHDR* header) {
+void NoteCall(HandOverTurn& turn, HandOverCall call) {
+    turn.Added += call == HandOverCall::Added ? 1 : 0;
+    turn.Written = turn.Written || call == HandOverCall::Written;
+    turn.Completed = turn.Completed || call == HandOverCall::Completed;
+}
+
+// The next header for the calls that are noted; null ends the turn. DriverMutex held.
+TakenHeader TakeForCalls(StreamInstance* stream) {
+    HandOverTurn& turn = stream->HandOver;
+    const bool called = turn.Completed || turn.Written || turn.Added != 0;
+    WAVEHDR* header = called && TakesHeaders(stream) ? NextToSubmit(stream) : nullptr;
+    if (header == nullptr) {
+        turn = {.Taken = false,
+                .Added = 0,
+                .Written = false,
+                .Completed = false,
+                .NotSubmitted = turn.NotSubmitted};
+        return {};
+    }
+    if (!turn.Completed && !turn.Written) {
+        --turn.Added;
+    }
+    return {header, stream->ResetCount, stream->Sleeps, turn.Completed};
+}
+
+// A thread that finds another at it leaves its call there.
+TakenHeader BeginTurn(StreamInstance* stream, HandOverCall call) {
+    DriverLock lock;
+    NoteCall(stream->HandOver, call);
+    if (stream->HandOver.Taken) {
+        return {};
+    }
+    stream->HandOver.Taken = true;
+    return TakeForCalls(stream);
+}
+
+TakenHeader ContinueTurn(StreamInstance* stream) {
+    DriverLock lock;
+    return TakeForCalls(stream);
+}
+
+// The kernel did not take the header. When the port has fallen asleep meanwhile that is why, and it is kept.
+void RefuseHeader(StreamInstance* stream, const TakenHeader& taken) {
     {
         DriverLock lock;
-        if (HeldHeader* held = stream->Held.Find(header)) {
+        HeldHeader* held = stream->Held.Find(taken.Header);
+        if (held != nullptr && stream->Sleeps != taken.Sleeps && stream->ResetCount == taken.Resets) {
+            stream->HandOver.NotSubmitted = taken.Header;
+            return;
+        }
+        if (held != nullptr) {
             held->Refused = true;
         }
     }
-    CompleteRefusedHeader(stream, header);
+    CompleteRefusedHeader(stream, taken.Header);
 }
 
-void HandOverSome(StreamInstance* stream, TransferRule rule, HandOverLimit limit) {
-    for (TakenHeader taken = TakeForHandOver(stream); taken.Header != nullptr;
-         taken = TakeForHandOver(stream)) {
-        if (!SubmitBuffer(stream, taken.Header)) {
-            RefuseHeader(stream, taken.Header);
-        }
-        if (stream->ResetCount != taken.Resets) {
-            FlushBuffers(stream->Device);  // a reset came in between and flushed without this buffer
-        }
-        if (rule == TransferRule::Always || stream->PortFlag(stream->Direction->PortRunning) != 0) {
-            StartTransfer(stream->Device);
-        }
-        if (limit == HandOverLimit::One) {
-            return;
-        }
+void SubmitTaken(StreamInstance* stream, const TakenHeader& taken) {
+    if (!SubmitBuffer(stream, taken.Header)) {
+        RefuseHeader(stream, taken);
     }
+    if (stream->ResetCount != taken.Resets) {
+        FlushBuffers(stream->Device);  // a reset came in between and flushed without this buffer
+    }
+    if (taken.StartAlways || stream->PortFlag(stream->Direction->PortRunning) != 0) {
+        StartTransfer(stream->Device);
+    }
+}
+
+// A header that a sleep kept from the kernel is not in the card after all. DriverMutex held.
+void UncountNotSubmitted(StreamInstance* stream) {
+    WAVEHDR* header = stream->HandOver.NotSubmitted;
+    stream->HandOver.NotSubmitted = nullptr;
+    if (HeldHeader* held = header != nullptr ? stream->Held.Find(header) : nullptr) {
+        CountCompleted(stream, held);
+    }
+}
+
+// Once the last completion is over: it holds DriverMutex to its end.
+bool IsFlushed(StreamInstance* stream) {
+    if (stream->InFlightCount != 0) {
+        return false;
+    }
+    DriverLock lock(LongestFlush);
+    return !lock.TimedOut() && stream->InFlightCount == 0;
 }
 
 // Whether the stream holds the header since before its last reset began; false for null. DriverMutex held.
@@ -141,11 +214,12 @@ bool IsCardAligned(const WAVEHDR* header) {
     return reinterpret_cast<ULONG_PTR>(header->lpData) % CardAlignment == 0;
 }
 
-MMRESULT AcceptHeader(StreamInstance* stream, WAVEHDR* header, DWORD size) {
+MMRESULT AcceptHeader(StreamInstance* stream, WAVEHDR* header, DWORD size, DWORD* resets) {
     if (stream->Closing != 0) {
         return MMSYSERR_INVALHANDLE;
     }
     stream->JustReset = 0;
+    *resets = stream->ResetCount;
     const MMRESULT result = CheckHeader(stream, header, size);
     if (result != MMSYSERR_NOERROR) {
         return result;
@@ -155,10 +229,14 @@ MMRESULT AcceptHeader(StreamInstance* stream, WAVEHDR* header, DWORD size) {
     return MMSYSERR_NOERROR;
 }
 
-MMRESULT QueueHeader(StreamInstance* stream, WAVEHDR* header) {
-    if (!EnterLedgerAndQueue(stream, header)) {
+MMRESULT QueueHeader(StreamInstance* stream, WAVEHDR* header, DWORD resets) {
+    const Queued queued = EnterLedgerAndQueue(stream, header, resets);
+    if (queued == Queued::No) {
         ReleaseShadowBuffer(stream, header);
         return MMSYSERR_NOMEM;
+    }
+    if (queued == Queued::Overtaken) {
+        ReturnUnheldHeader(stream, header);
     }
     return MMSYSERR_NOERROR;
 }
@@ -176,34 +254,17 @@ WAVEHDR* TakePendingHeader(StreamInstance* stream) {
     return header;
 }
 
-void HandOver(StreamInstance* stream, TransferRule rule, HandOverLimit limit) {
-    if (stream->HandOverCalls++ != 0) {
-        return;
+void HandOver(StreamInstance* stream, HandOverCall call) {
+    for (TakenHeader taken = BeginTurn(stream, call); taken.Header != nullptr; taken = ContinueTurn(stream)) {
+        SubmitTaken(stream, taken);
     }
-    LONG served = 0;
-    do {
-        served = stream->HandOverCalls;
-        HandOverSome(stream, rule, limit);
-    } while (stream->HandOverCalls.fetch_sub(served) != served);
-}
-
-void GiveUpChannel(StreamInstance* stream) {
-    {
-        DriverLock lock;
-        stream->Suspended = 1;
-    }
-    ReleaseChannel(stream->Device);
-}
-
-void TakeChannelBack(StreamInstance* stream) {
-    AcquireChannel(stream->Device);
-    stream->Suspended = 0;
 }
 
 void BeginReset(StreamInstance* stream) {
     DriverLock lock;
     ++stream->Resetting;
     ++stream->ResetCount;
+    UncountNotSubmitted(stream);
 }
 
 void EmptyQueue(StreamInstance* stream) {
@@ -213,14 +274,16 @@ void EmptyQueue(StreamInstance* stream) {
     }
 }
 
+void AwaitFlushedHeaders(StreamInstance* stream) {
+    if (stream->ServiceRunning != 0 && !OnServiceThread()) {
+        AwaitProgress(stream, LongestFlush, IsFlushed);
+    }
+}
+
 BOOL FinishReset(StreamInstance* stream) {
     DriverLock lock;
-    if (--stream->Resetting != 0) {
-        return FALSE;
-    }
-    const bool handedInSince = stream->PendingHeaders != nullptr;
-    stream->JustReset = !handedInSince;
-    return handedInSince;
+    stream->JustReset = 1;
+    return --stream->Resetting == 0 && stream->PendingHeaders != nullptr;
 }
 
 }  // namespace kestvox

@@ -13,17 +13,18 @@
 namespace kestvox {
 
 // Checks what the client hands in and marks it as the stream's own. It is not queued yet: a direction may
-// give it a buffer that the card can use first, and when that fails the header keeps its marks.
+// give it a buffer that the card can use first, and when that fails the header keeps its marks. `*resets`
+// receives the number of the stream's resets so far, for QueueHeader.
 //   MMSYSERR_INVALPARAM   null, another size than WAVEHDR's, no data
 //   WAVERR_UNPREPARED
 //   WAVERR_STILLPLAYING   the stream has it already
 //   MMSYSERR_INVALHANDLE  the stream is closing
-MMRESULT AcceptHeader(StreamInstance* stream, WAVEHDR* header, DWORD size);
+MMRESULT AcceptHeader(StreamInstance* stream, WAVEHDR* header, DWORD size, DWORD* resets);
 
 // Enters an accepted header into the ledger and, behind the last one, into the queue. When that fails, its
-// shadow buffer is released.
+// shadow buffer is released. A header that a reset has overtaken since it was accepted is returned at once.
 //   MMSYSERR_NOMEM   no memory for its place, or the stream has begun to close
-MMRESULT QueueHeader(StreamInstance* stream, WAVEHDR* header);
+MMRESULT QueueHeader(StreamInstance* stream, WAVEHDR* header, DWORD resets);
 
 // Whether the card can use the header's own memory.
 bool IsCardAligned(const WAVEHDR* header);
@@ -35,32 +36,30 @@ bool MayHandOver(const StreamInstance* stream);
 // Takes the head of the queue off it; null when it is empty. DriverMutex held.
 WAVEHDR* TakePendingHeader(StreamInstance* stream);
 
-enum class TransferRule {
-    WhileRunning,  // IOCTL_START_TRANSFER follows a buffer only while the port runs
-    Always,
+enum class HandOverCall {
+    Added,      // an input buffer was added: one header; a transfer is started while the port runs
+    Written,    // headers were written, or have waited: all that the rule allows; likewise
+    Completed,  // a buffer was completed: all that the rule allows; a transfer is started in any case
 };
 
-enum class HandOverLimit { None, One };
-
-// Hands headers over until the in-flight rule refuses or none is left. One thread at a time does so for
-// a stream: who comes second leaves its part to the first, so buffers reach the kernel in order and a
-// client that writes from inside a callback does not nest. A header that the kernel refuses goes back to the
-// client by way of the service thread, like one that the card has played. A buffer that reaches the kernel
-// after a reset has flushed it is flushed again.
-void HandOver(StreamInstance* stream, TransferRule rule, HandOverLimit limit = HandOverLimit::None);
-
-// Gives the stream's channel up while the computer sleeps, and takes it back. In between no header is handed
-// over: the kernel would not take it, and it would go back to the client unplayed or empty. Who takes the
-// channel back prepares the port and hands over what has waited.
-void GiveUpChannel(StreamInstance* stream);
-void TakeChannelBack(StreamInstance* stream);
+// Hands headers over until the in-flight rule refuses, none is left, or the call's own limit is reached. One
+// thread at a time does so for a stream: who comes second leaves its call to the first, which serves it as if
+// it had come alone. So the four requests of two buffers are never mixed, buffers reach the kernel in order,
+// and a client that writes from inside a callback does not nest. A header that the kernel refuses goes back
+// to the client by way of the service thread, like one that the card has played. A buffer that reaches the
+// kernel after a reset has flushed it is flushed again; one that does not because the port has fallen asleep
+// waits for the resume. Not under the stream's control.
+void HandOver(StreamInstance* stream, HandOverCall call);
 
 // The frame of a reset. From its begin on nothing is handed over, and every header accepted so far belongs to
-// the time before it; EmptyQueue unlinks those that are queued, and the ledger still has them. A client may
-// reset again from inside the callbacks of a reset: only the outermost one finishes. FinishReset answers TRUE
-// when the client has handed in more meanwhile: that is still queued.
+// the time before it. EmptyQueue unlinks those that are queued, and the ledger still has them.
+// AwaitFlushedHeaders waits until those in the card are back with the client, at most 200 ms; no lock may be
+// held, and on a service thread, which others may be waiting for, it does nothing. FinishReset answers TRUE
+// when the client has handed in more meanwhile: that is still queued. A client may reset again from inside
+// the callbacks of a reset: only the outermost one finishes.
 void BeginReset(StreamInstance* stream);
 void EmptyQueue(StreamInstance* stream);
+void AwaitFlushedHeaders(StreamInstance* stream);
 BOOL FinishReset(StreamInstance* stream);
 
 }  // namespace kestvox

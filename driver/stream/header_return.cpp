@@ -4,7 +4,7 @@
 #include <mmsystem.h>
 #include <mmddk.h>
 
-#include "stream/driver_mutex.h"
+#include "card/locks.h"
 #include "stream/shadow_buffer.h"
 
 // Exported by the multimedia system; not every SDK declares it.
@@ -15,6 +15,15 @@ extern "C" BOOL WINAPI DriverCallback(DWORD_PTR callback, DWORD flags, HDRVR dev
 namespace kestvox {
 
 namespace {
+
+// A header that goes back leaves the ledger, and the chain that an active loop may walk again.
+void Forget(StreamInstance* stream, HeldHeader* held) {
+    HeldHeader* before = stream->LoopStart != nullptr ? stream->Held.Before(held) : nullptr;
+    if (before != nullptr && before->Header->lpNext == held->Header) {
+        before->Header->lpNext = held->Header->lpNext;
+    }
+    stream->Held.Forget(held);
+}
 
 // Takes the header that `choose` finds out of the ledger; null when it finds none.
 template <typename Choose>
@@ -28,25 +37,14 @@ WAVEHDR* TakeOutOfLedger(StreamInstance* stream, Choose choose) {
     while (held->InFlight != 0) {
         CountCompleted(stream, held);
     }
-    stream->Held.Forget(held);
+    Forget(stream, held);
     return header;
-}
-
-// The ledger holds the header no more.
-void ReturnTaken(StreamInstance* stream, WAVEHDR* header) {
-    ReleaseShadowBuffer(stream, header);
-    if (IsBadReadPtr(header, sizeof *header)) {
-        return;
-    }
-    header->lpNext = nullptr;
-    header->dwFlags = (header->dwFlags & ~static_cast<DWORD>(WHDR_INQUEUE)) | WHDR_DONE;
-    NotifyClient(stream, stream->Direction->DoneMessage, reinterpret_cast<DWORD_PTR>(header));
 }
 
 template <typename Choose>
 void ReturnHeaders(StreamInstance* stream, Choose choose) {
     while (WAVEHDR* header = TakeOutOfLedger(stream, choose)) {
-        ReturnTaken(stream, header);
+        ReturnUnheldHeader(stream, header);
     }
 }
 
@@ -58,6 +56,16 @@ void CountCompleted(StreamInstance* stream, HeldHeader* held) {
     stream->InFlightBytes -= static_cast<LONG>(held->Bytes);
 }
 
+void ReturnUnheldHeader(StreamInstance* stream, WAVEHDR* header) {
+    ReleaseShadowBuffer(stream, header);
+    if (IsBadReadPtr(header, sizeof *header)) {
+        return;
+    }
+    header->lpNext = nullptr;
+    header->dwFlags = (header->dwFlags & ~static_cast<DWORD>(WHDR_INQUEUE)) | WHDR_DONE;
+    NotifyClient(stream, stream->Direction->DoneMessage, reinterpret_cast<DWORD_PTR>(header));
+}
+
 void ReturnHeader(StreamInstance* stream, WAVEHDR* header) {
     {
         DriverLock lock;
@@ -65,9 +73,9 @@ void ReturnHeader(StreamInstance* stream, WAVEHDR* header) {
         if (held == nullptr) {
             return;
         }
-        stream->Held.Forget(held);
+        Forget(stream, held);
     }
-    ReturnTaken(stream, header);
+    ReturnUnheldHeader(stream, header);
 }
 
 void ReturnIdleHeaders(StreamInstance* stream) {

@@ -13,6 +13,9 @@ void CountCompleted(StreamInstance* stream, HeldHeader* held);
 // need not be held; it is taken around the stream's own lists only.
 void ReturnHeader(StreamInstance* stream, WAVEHDR* header);
 
+// The same for a header that the ledger does not hold, or holds no more.
+void ReturnUnheldHeader(StreamInstance* stream, WAVEHDR* header);
+
 // Return several, in the order of acceptance: the held headers that are not in the card and were accepted
 // before the reset that is under way; those that a broken loop left without a pass to come; all of them, at a
 // close.

@@ -3,8 +3,8 @@
 #include <cstring>
 
 #include "card/heap.h"
+#include "card/locks.h"
 #include "card/requests.h"
-#include "stream/driver_mutex.h"
 #include "stream/header_return.h"
 #include "stream/shadow_buffer.h"
 
@@ -13,7 +13,6 @@ namespace kestvox {
 namespace {
 
 constexpr LONG FirstCapacity = 1000;
-constexpr DWORD PollInterval = 10;   // milliseconds
 constexpr DWORD LongestWait = 5000;  // milliseconds
 constexpr DWORD MutexPatience = 50;  // milliseconds between looks at StopEvent
 constexpr DWORD ExitPatience = 100;  // milliseconds
@@ -24,6 +23,9 @@ DWORD StreamSlot = TLS_OUT_OF_INDEXES;
 
 // Service threads of this process that may still run the library's code.
 SharedCount LiveThreads = 0;
+
+// Auto-reset event: one of them has gone.
+HANDLE ThreadGone = nullptr;
 
 bool StopRequested(const StreamInstance* stream) {
     return WaitForSingleObject(stream->StopEvent, 0) == WAIT_OBJECT_0;
@@ -53,11 +55,14 @@ void DispatchOne(StreamInstance* stream, WAVEHDR* header) {
         DriverLock lock(MutexPatience);
         if (!lock.TimedOut()) {
             CompleteHeader(stream, header);
-            return;
+            break;
         }
         if (StopRequested(stream)) {
             return;
         }
+    }
+    if (stream->Resetting != 0 && stream->InFlightCount == 0) {
+        SetEvent(stream->Progress);
     }
 }
 
@@ -137,21 +142,30 @@ void Serve(StreamInstance* stream) {
     }
 }
 
+// The stopper goes on as soon as the word is set: after it the thread only lets its reference go. Once it is
+// counted out the library may be unloaded, and the event closed: nothing comes after that.
+void Finish(StreamInstance* stream) {
+    stream->ServiceFinished = 1;
+    SetEvent(stream->Progress);
+    ReleaseStream(stream);
+    SetEvent(ThreadGone);
+    --LiveThreads;
+}
+
 DWORD WINAPI ServiceThread(void* parameter) {
     StreamInstance* stream = static_cast<StreamInstance*>(parameter);
     stream->CompletionCount = 0;
     stream->CompletionCapacity = FirstCapacity;
     stream->Completions = NewHeapArray<WAVEHDR*>(FirstCapacity);
     if (stream->Completions == nullptr) {
-        stream->ServiceFinished = 1;
-        ReleaseStream(stream);
-        --LiveThreads;
+        Finish(stream);
         return 1;
     }
     SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_TIME_CRITICAL);
     TlsSetValue(StreamSlot, stream);
     SetCompletionRoutine(stream->Device, BufferFinished);
     stream->ServiceRunning = 1;
+    SetEvent(stream->Progress);
 
     Serve(stream);
 
@@ -161,10 +175,7 @@ DWORD WINAPI ServiceThread(void* parameter) {
     stream->CompletionCapacity = 0;
     FreeHeapArray(stream->Completions);
     stream->Completions = nullptr;
-    // The stopper goes on as soon as this is set: after it the thread only lets its reference go.
-    stream->ServiceFinished = 1;
-    ReleaseStream(stream);
-    --LiveThreads;
+    Finish(stream);
     return 0;
 }
 
@@ -172,35 +183,44 @@ bool ThreadEnded(const StreamInstance* stream, DWORD milliseconds) {
     return WaitForSingleObject(stream->ServiceThread, milliseconds) == WAIT_OBJECT_0;
 }
 
-// Polls until the word is set, the thread has ended, or five seconds have passed.
-void AwaitService(StreamInstance* stream, const SharedWord& word) {
-    const DWORD start = timeGetTime();
-    DWORD interval = 1;
-    while (word == 0 && !ThreadEnded(stream, 0)) {
-        Sleep(interval);
-        interval = interval * 2 < PollInterval ? interval * 2 : PollInterval;
-        if (timeGetTime() - start >= LongestWait) {
-            return;
-        }
-    }
+bool HasStarted(StreamInstance* stream) {
+    return stream->ServiceRunning != 0 || ThreadEnded(stream, 0);
+}
+
+bool HasFinished(StreamInstance* stream) {
+    return stream->ServiceFinished != 0 || ThreadEnded(stream, 0);
 }
 
 }  // namespace
 
 void InitializeServiceThreads() {
     StreamSlot = TlsAlloc();
+    ThreadGone = CreateEventW(nullptr, FALSE, FALSE, nullptr);
 }
 
-void AwaitServiceThreads() {
-    const DWORD start = timeGetTime();
-    while (LiveThreads > 0 && timeGetTime() - start < LongestWait) {
-        Sleep(1);
+BOOL AwaitServiceThreads() {
+    const DWORD patience = PatienceFor(LongestWait);
+    for (DWORD waited = 0; LiveThreads > 0 || StreamsInUse() > 0; ++waited) {
+        if (waited >= patience) {
+            return FALSE;
+        }
+        WaitForSingleObject(ThreadGone, 1);
+        SpendPatience(1);
     }
+    return TRUE;
+}
+
+bool OnServiceThread() {
+    return StreamSlot != TLS_OUT_OF_INDEXES && TlsGetValue(StreamSlot) != nullptr;
 }
 
 void DeleteServiceThreads() {
     TlsFree(StreamSlot);
     StreamSlot = TLS_OUT_OF_INDEXES;
+    if (ThreadGone != nullptr) {
+        CloseHandle(ThreadGone);
+        ThreadGone = nullptr;
+    }
 }
 
 BOOL StartServiceThread(StreamInstance* stream) {
@@ -222,7 +242,7 @@ BOOL StartServiceThread(StreamInstance* stream) {
         stream->StopEvent = nullptr;
         return FALSE;
     }
-    AwaitService(stream, stream->ServiceRunning);
+    AwaitProgress(stream, LongestWait, HasStarted);
     return stream->ServiceRunning != 0;
 }
 
@@ -233,8 +253,7 @@ BOOL StopServiceThread(StreamInstance* stream) {
     SetEvent(stream->StopEvent);
     bool finished = false;
     if (GetCurrentThreadId() != stream->ServiceThreadId) {
-        AwaitService(stream, stream->ServiceFinished);
-        finished = stream->ServiceFinished != 0 || ThreadEnded(stream, 0);
+        finished = AwaitProgress(stream, LongestWait, HasFinished);
         if (finished && stream->ServiceFinished == 0) {
             --LiveThreads;  // it was ended from outside, as at the end of a process
         }

@@ -10,9 +10,12 @@ namespace kestvox {
 void InitializeServiceThreads();
 void DeleteServiceThreads();
 
-// Waits, at most five seconds, until no service thread runs the library's code any more: those whose stream
-// was closed from inside a callback end by themselves.
-void AwaitServiceThreads();
+// Waits, at most five seconds, until no service thread runs the library's code any more (those whose stream
+// was closed from inside a callback end by themselves) and no stream is in use. FALSE: not so.
+BOOL AwaitServiceThreads();
+
+// Whether the calling thread is the service thread of one of this process's streams.
+bool OnServiceThread();
 
 // TRUE when the thread is running and waiting. A stream whose thread cannot be started stays usable but
 // gets its buffers back only at a reset or close.

@@ -1,7 +1,9 @@
 #include "stream/shadow_buffer.h"
 
+#include <initializer_list>
+
 #include "card/heap.h"
-#include "stream/driver_mutex.h"
+#include "card/locks.h"
 
 namespace kestvox {
 
@@ -133,9 +135,10 @@ void FreeShadowBuffers(StreamInstance* stream) {
 }
 
 void FreeAllShadowBuffers(StreamInstance* stream) {
-    FreeShadowBuffers(stream);
-    while (ShadowBuffer* buffer = Pop(&stream->BusyBuffers)) {
-        FreeBuffer(buffer);
+    for (ShadowBuffer** list : {&stream->FreeBuffers, &stream->BusyBuffers}) {
+        while (ShadowBuffer* buffer = Pop(list)) {
+            FreeBuffer(buffer);
+        }
     }
 }
 

@@ -29,7 +29,7 @@ void ReleaseShadowBuffer(StreamInstance* stream, const WAVEHDR* header);
 // complete.
 void FreeShadowBuffers(StreamInstance* stream);
 
-// The same for both lists, when nobody else can reach the stream any more.
+// The same for both lists, without a lock, when nobody else can reach the stream any more.
 void FreeAllShadowBuffers(StreamInstance* stream);
 
 }  // namespace kestvox

@@ -1,20 +1,41 @@
 #include "stream/stream_instance.h"
 
 #include "card/heap.h"
+#include "card/locks.h"
 #include "stream/shadow_buffer.h"
 
 namespace kestvox {
 
+namespace {
+
+constexpr DWORD LongestNap = 10;  // milliseconds
+
+SharedCount UseCount = 0;
+
+void CloseIfOpen(HANDLE handle) {
+    if (handle != nullptr) {
+        CloseHandle(handle);
+    }
+}
+
+}  // namespace
+
 StreamInstance* NewStream() {
     StreamInstance* stream = NewHeapObject<StreamInstance>();
     if (stream != nullptr) {
-        InitializeCriticalSection(&stream->ControlLock);
         stream->References = 1;
     }
     return stream;
 }
 
+BOOL EquipStream(StreamInstance* stream) {
+    stream->Control = CreateMutexW(nullptr, FALSE, nullptr);
+    stream->Progress = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    return stream->Control != nullptr && stream->Progress != nullptr;
+}
+
 StreamUse::StreamUse(StreamInstance* stream) : stream_(stream) {
+    ++UseCount;
     ++stream->References;
     ++stream->Handlers;
 }
@@ -22,18 +43,40 @@ StreamUse::StreamUse(StreamInstance* stream) : stream_(stream) {
 StreamUse::~StreamUse() {
     --stream_->Handlers;
     ReleaseStream(stream_);
+    --UseCount;
 }
 
+LONG StreamsInUse() {
+    return UseCount;
+}
+
+// What the multimedia timer says is the cards' time when they are simulated: a wait that ends for nothing is
+// what counts here.
+bool AwaitProgress(StreamInstance* stream, DWORD milliseconds, bool (*done)(StreamInstance* stream)) {
+    const DWORD patience = PatienceFor(milliseconds);
+    DWORD nap = 1;
+    for (DWORD waited = 0; !done(stream); nap = nap * 2 < LongestNap ? nap * 2 : LongestNap) {
+        if (waited >= patience) {
+            return false;
+        }
+        if (WaitForSingleObject(stream->Progress, nap) != WAIT_OBJECT_0) {
+            waited += nap;
+            SpendPatience(nap);
+        }
+    }
+    return true;
+}
+
+// Nobody else can reach the stream any more, so nothing here waits for a lock.
 void ReleaseStream(StreamInstance* stream) {
     if (--stream->References != 0) {
         return;
     }
     CloseCardHandle(stream->Device);
     FreeAllShadowBuffers(stream);
-    if (stream->StopEvent != nullptr) {
-        CloseHandle(stream->StopEvent);
-    }
-    DeleteCriticalSection(&stream->ControlLock);
+    CloseIfOpen(stream->StopEvent);
+    CloseIfOpen(stream->Progress);
+    CloseIfOpen(stream->Control);
     FreeHeapObject(stream);
 }
 

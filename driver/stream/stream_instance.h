@@ -3,14 +3,16 @@
 // The open makes it, and WinMM passes its address back with every later message; the close unlinks it.
 // The record lives until the last of its users lets it go: the open stream itself, its service thread, and
 // every message that is being handled (a client may close from inside the callback of another message).
-// Words that the service thread and application threads share are atomic; the queue, ledger and shadow
-// buffers are guarded by DriverMutex; what open negotiated does not change.
+// Words that the service thread and application threads share are atomic; what open negotiated does not
+// change. locks.h tells which lock guards what: DriverMutex the queue, the ledger and the shadow buffers; the
+// stream's control the port's flags in the card table and its power.
 #pragma once
 
 #include "card/card_handle.h"
 #include "convert/capture.h"
 #include "stream/direction.h"
 #include "stream/header_ledger.h"
+#include "stream/recorded_runs.h"
 
 namespace kestvox {
 
@@ -54,6 +56,26 @@ struct StreamFormat {
     DWORD AvgBytesPerSec;
 };
 
+// Whether the port has its channel, and is as its client left it.
+enum PortPower : DWORD {
+    Awake,      // messages act on it at once
+    Asleep,     // the channel is given up: headers stay queued, and starts and stops are noted for later
+    Preparing,  // the channel is back, the port is being prepared; like Asleep
+    Prepared,   // headers are handed over again; starts and stops are still noted, so that they come after
+};
+
+// While a stream opens only the thread that opens it closes it: who else wants that says so.
+enum OpeningState : DWORD { NotOpening, StillOpening, CloseInstead };
+
+// What the one thread that hands headers over for a stream still has to do (header_queue.h).
+struct HandOverTurn {
+    bool Taken;             // a thread is at it
+    DWORD Added;            // single headers
+    bool Written;           // all that the rule allows
+    bool Completed;         // ... with a transfer that is started in any case
+    WAVEHDR* NotSubmitted;  // taken off the queue, and then the port fell asleep: the next one to hand over
+};
+
 struct StreamInstance {
     StreamInstance* Next;  // older stream of this process; the list's lock
     CardHandle* Device;    // the stream's own, bound to its channel
@@ -82,28 +104,27 @@ struct StreamInstance {
     WAVEHDR* PendingHeaders;    // next header for the card, linked through lpNext
     SharedCount InFlightCount;  // headers in the card
     SharedCount InFlightBytes;  // ... and their dwBufferLength
-    SharedCount HandOverCalls;  // who asked for a hand-over that is going on
+    HandOverTurn HandOver;      // DriverMutex
     SharedWord ResetCount;      // resets begun; tells headers from before a reset from later ones
 
     DWORD QueuedLoopCount;  // output: passes stamped into headers between loop begin and loop end
     DWORD LoopPassesLeft;   // output: of the loop that is being handed over
     WAVEHDR* LoopStart;
-    SharedWord Volume;  // output: low 16 bits
+    SharedWord Volume;       // output: low 16 bits
+    SharedWord VolumeIsSet;  // output: by the client, since the open
 
-    // Input; DriverMutex. Positions in frames, bytes in the client's layout.
-    DWORD StopPosition;    // latched by the last stop, whole transfer units
-    bool PositionLatched;  // the stream is stopped: the card's live position does not count
-    DWORD BytesDelivered;  // given back since the last start
-    DWORD CarriedBytes;    // recorded before it and not given back yet
-    DWORD CarriedResets;   // ResetCount of the last reset that set aside what was recorded before it
-    DitherState Dither;
-    DitherState CarriedDither;  // for what was recorded before the last reset
+    RecordedRuns Recorded;  // input
+    DitherState Dither;     // input; DriverMutex
+    DWORD DitherResets;     // input; DriverMutex: the resets before the buffers that it has served
 
     SharedWord Resetting;  // resets under way: a client may reset inside the callback of a reset
     SharedWord IsOpen;
+    SharedWord Opening;    // OpeningState
     SharedWord Closing;    // the client can act on the stream no more
-    SharedWord JustReset;  // set by a reset, cleared by whatever acts on the stream next
-    SharedWord Suspended;  // the channel is given up while the computer sleeps; DriverMutex to set it
+    SharedWord JustReset;  // set by a reset, cleared by the message that acts on the stream next
+    SharedWord Power;      // PortPower
+    SharedWord Sleeps;     // how often Power has become Asleep
+    DWORD PreparedInit;    // the card's InitCount when the port was last prepared; its control
     SharedWord DirectMode;
     PciConfiguration SavedPciConfig;
 
@@ -118,18 +139,20 @@ struct StreamInstance {
     bool RefusedCollected;  // buffers that the kernel refused are among them; the service thread's own
     LONG CompletionCapacity;
 
-    SharedCount References;        // users, see above
-    SharedCount Handlers;          // messages that are being handled
-    SharedWord ArmBitSet;          // the port waits for the start hold when it is armed
-    SharedWord CountedRunning;     // the stream is in the clock master's running count
-    LONG Loans;                    // borrowers of Device; the list's lock
-    bool Lendable;                 // Device may be borrowed; the list's lock
-    CRITICAL_SECTION ControlLock;  // serialises the port's starts and pauses
+    SharedCount References;     // users, see above
+    SharedCount Handlers;       // messages that are being handled
+    SharedWord ArmBitSet;       // the port waits for the start hold when it is armed
+    SharedWord CountedRunning;  // the stream is in the clock master's running count
+    SharedCount Loans;          // borrowers of Device; changes under the list's lock
+    bool Lendable;              // Device may be borrowed; the list's lock
+    DWORD Walk;                 // the last walk over the list that came here; the list's lock
+    HANDLE Control;             // the mutex of its control
+    HANDLE Progress;            // auto-reset event: something that AwaitProgress waits for may have happened
 
     SharedWord& PortFlag(SharedWord (CardRecord::*flags)[PortCount]) { return (Card->*flags)[Port]; }
 };
 
-// Keeps a stream's record, and its device handle, while a message is handled.
+// Keeps a stream's record, and its device handle, while a message or another operation on it is handled.
 class StreamUse {
 public:
     explicit StreamUse(StreamInstance* stream);
@@ -141,8 +164,18 @@ private:
     StreamInstance* stream_;
 };
 
+// How many StreamUses there are in this process.
+LONG StreamsInUse();
+
+// Waits in real time until `done(stream)` says yes, at most so many milliseconds; what it says at the end. It
+// is asked again whenever Progress is set, and every ten milliseconds. No lock may be held.
+bool AwaitProgress(StreamInstance* stream, DWORD milliseconds, bool (*done)(StreamInstance* stream));
+
 // Null when there is no memory. The record starts with one reference.
 StreamInstance* NewStream();
+
+// Makes the stream's mutex and event. FALSE when one of them cannot be had.
+BOOL EquipStream(StreamInstance* stream);
 
 // Lets one reference go; with the last one everything that the stream still owns is closed and freed.
 void ReleaseStream(StreamInstance* stream);

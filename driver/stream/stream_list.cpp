@@ -1,7 +1,8 @@
 #include "stream/stream_list.h"
 
 #include "card/card_table.h"
-#include "stream/header_queue.h"
+#include "stream/service_thread.h"
+#include "stream/stream_control.h"
 #include "stream/stream_open.h"
 
 namespace kestvox {
@@ -10,6 +11,8 @@ namespace {
 
 StreamInstance* Head = nullptr;
 CRITICAL_SECTION ListLock;
+SharedCount WalkCount = 0;
+SharedWord CloseCalls = 0;
 
 constexpr DWORD LongestLoan = 5000;  // milliseconds
 
@@ -39,47 +42,40 @@ StreamLoan Lend(StreamInstance* stream) {
     return {stream, stream->Device};
 }
 
-// With a reference that the caller lets go.
-StreamInstance* FindOpenStream(DWORD processId, DWORD ordinal) {
+// The first stream that `matches`, with a reference that the caller lets go.
+template <typename Predicate>
+StreamInstance* Refer(Predicate matches) {
     ListGuard guard;
-    StreamInstance* found = FindFrom(Head, [=](const StreamInstance& stream) {
-        return stream.Closing == 0 && (processId == 0 || stream.OwnerProcessId == processId) &&
-               (ordinal == NoCard || stream.Card->Ordinal == ordinal);
-    });
+    StreamInstance* found = FindFrom(Head, matches);
     if (found != nullptr) {
         ++found->References;
     }
     return found;
 }
 
-// A stream that is on loan stays on the list, so its successor can be found from it.
-StreamLoan LendNext(const StreamInstance* previous) {
-    ListGuard guard;
-    return Lend(FindFrom(previous != nullptr ? previous->Next : Head,
-                         [](const StreamInstance& stream) { return stream.Lendable; }));
-}
-
-// Takes the channel back, prepares the port whatever its clock says, and starts it when it ran before the
-// suspend or its client has asked for it since.
-void ResumeStream(StreamInstance* stream) {
-    const Direction& direction = *stream->Direction;
-    TakeChannelBack(stream);
-    direction.Prepare(stream, true);
-    if (stream->PortFlag(direction.PortResumePending).exchange(0) != 0) {
-        direction.Start(stream);
-    }
-    HandOver(stream, TransferRule::WhileRunning);
-}
-
+// One stream after the other is in use, and none while the next is looked for: it may be closed meanwhile,
+// and others opened. A stream that a later walk has passed is left to that one.
 template <typename Action>
 void ForEachStream(Action action) {
-    StreamLoan loan = LendNext(nullptr);
-    while (loan.Lender != nullptr) {
-        action(loan.Lender);
-        const StreamLoan next = LendNext(loan.Lender);
-        ReturnLoan(loan);
-        loan = next;
+    const DWORD walk = static_cast<DWORD>(++WalkCount);
+    const auto next = [walk] {
+        return Refer([walk](StreamInstance& stream) {
+            const bool ahead = static_cast<LONG>(walk - stream.Walk) > 0;
+            stream.Walk = ahead ? walk : stream.Walk;
+            return ahead;
+        });
+    };
+    while (StreamInstance* stream = next()) {
+        {
+            StreamUse use(stream);
+            action(stream);
+        }
+        ReleaseStream(stream);
     }
+}
+
+bool IsGivenBack(StreamInstance* stream) {
+    return stream->Loans == 0;
 }
 
 }  // namespace
@@ -128,39 +124,50 @@ void ReturnLoan(const StreamLoan& loan) {
         ListGuard guard;
         --loan.Lender->Loans;
     }
+    SetEvent(loan.Lender->Progress);
     ReleaseStream(loan.Lender);
 }
 
 BOOL WithdrawDevice(StreamInstance* stream) {
+    {
+        ListGuard guard;
+        stream->Lendable = false;
+    }
     // A loan lasts one step of some operation. One that outlasts the limit belongs to a thread that was ended
     // in the middle of it, as at the end of a process, or to one that is held up: it has a reference.
-    const DWORD start = timeGetTime();
-    do {
-        {
-            ListGuard guard;
-            stream->Lendable = false;
-            if (stream->Loans == 0) {
-                return TRUE;
-            }
-        }
-        Sleep(1);
-    } while (timeGetTime() - start < LongestLoan);
-    return FALSE;
+    return AwaitProgress(stream, OnServiceThread() ? 0 : LongestLoan, IsGivenBack);
+}
+
+DWORD CloseStreamsCalls() {
+    return CloseCalls;
 }
 
 void CloseStreams(DWORD processId, DWORD ordinal) {
-    while (StreamInstance* stream = FindOpenStream(processId, ordinal)) {
-        stream->OpenFlags = 0;
-        ForceCloseStream(stream);
+    ++CloseCalls;
+    const auto matches = [=](const StreamInstance& stream) {
+        return stream.Closing == 0 && stream.Opening != CloseInstead &&
+               (processId == 0 || stream.OwnerProcessId == processId) &&
+               (ordinal == NoCard || stream.Card->Ordinal == ordinal);
+    };
+    while (StreamInstance* stream = Refer(matches)) {
+        {
+            StreamUse use(stream);
+            stream->OpenFlags = 0;
+            DWORD opening = StillOpening;
+            if (!stream->Opening.compare_exchange_strong(opening, CloseInstead)) {
+                ForceCloseStream(stream);
+            }
+        }
         ReleaseStream(stream);
     }
 }
 
 void SuspendStreams() {
-    ForEachStream([](StreamInstance* stream) { stream->Direction->Suspend(stream); });
+    ForEachStream(SuspendStream);
 }
 
 void ResumeStreams() {
+    ForEachStream(SuspendUnprepared);
     ForEachStream(ResumeStream);
 }
 

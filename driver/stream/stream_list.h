@@ -20,15 +20,20 @@ void RemoveStream(StreamInstance* stream);
 // Whether a stream of this process has the port open.
 bool IsOpenHere(const CardRecord& card, const Direction& direction, DWORD port);
 
-// Ends the lending of the stream's device and waits until those who have it have given it back, at most five
-// seconds. FALSE when somebody still has it.
+// Ends the lending of the stream's device and waits until those who have it have given it back: at most five
+// seconds, and on a service thread, which others may be waiting for, not at all. FALSE when somebody still
+// has it.
 BOOL WithdrawDevice(StreamInstance* stream);
 
 // Resets and closes every stream of a process (0: any) on a card (NoCard: any), without telling the
 // clients. A stream that its client is closing already is left to it.
 void CloseStreams(DWORD processId, DWORD ordinal);
 
-// Suspends every stream as its direction does it, or resumes it, in list order.
+// How often CloseStreams has been called: an open that has begun before and ends after it closes its stream
+// again.
+DWORD CloseStreamsCalls();
+
+// Suspends or resumes every stream, in list order (stream_control.h).
 void SuspendStreams();
 void ResumeStreams();
 

@@ -5,6 +5,7 @@
 #include "stream/clock_group.h"
 #include "stream/header_return.h"
 #include "stream/service_thread.h"
+#include "stream/stream_control.h"
 #include "stream/stream_list.h"
 #include "stream/synchronized_start.h"
 
@@ -36,7 +37,10 @@ MMRESULT ClaimStream(const Direction& direction, CardRecord& card, DWORD port, S
     if (stream == nullptr) {
         return MMSYSERR_NOMEM;
     }
-    const MMRESULT result = OpenCardHandle(card, direction.FirstChannel + port, &stream->Device);
+    MMRESULT result = OpenCardHandle(card, direction.FirstChannel + port, &stream->Device);
+    if (result == MMSYSERR_NOERROR && !EquipStream(stream)) {
+        result = MMSYSERR_NOMEM;
+    }
     if (result != MMSYSERR_NOERROR) {
         ReleaseStream(stream);
         return result;
@@ -70,8 +74,14 @@ bool RateCanBeHad(CardRecord& master, DWORD rate) {
     return !RunsAtAnotherRate(master, rate);
 }
 
+// Nothing starts the port any more: whoever has the stream's control next sees that it is closing.
+void CleanUpPort(StreamInstance* stream) {
+    ControlLock control(stream);
+    stream->Direction->CleanUp(stream);
+}
+
 // Closes the device, unless somebody may still be using it: then whoever lets the stream go last does. The
-// closer's own message is one of the handlers, except when the library is let go.
+// closer is one of the handlers.
 void CloseDevice(StreamInstance* stream) {
     const BOOL serviceFinished = StopServiceThread(stream);
     const BOOL givenBack = WithdrawDevice(stream);
@@ -82,10 +92,29 @@ void CloseDevice(StreamInstance* stream) {
     }
 }
 
+// From the preparation of the port to the open stream. The library may be let go meanwhile: then the stream
+// is closed here, not there.
+MMRESULT FinishOpening(StreamInstance* stream, DWORD closeCalls) {
+    MMRESULT result = PrepareOpening(stream);
+    if (result == MMSYSERR_NOERROR) {
+        StartServiceThread(stream);
+        stream->IsOpen = 1;
+    }
+    stream->Opening = NotOpening;
+    if (CloseStreamsCalls() != closeCalls && result == MMSYSERR_NOERROR) {
+        result = MMSYSERR_NODRIVER;
+    }
+    if (result != MMSYSERR_NOERROR) {
+        ForceCloseStream(stream);
+    }
+    return result;
+}
+
 }  // namespace
 
 MMRESULT OpenStream(const Direction& direction, UINT device, DWORD_PTR* user, const WAVEOPENDESC* description,
                     DWORD flags) {
+    const DWORD closeCalls = CloseStreamsCalls();
     const DWORD port = device & 1;
     if (user == nullptr || description == nullptr || description->lpFormat == nullptr) {
         return MMSYSERR_INVALPARAM;
@@ -117,18 +146,17 @@ MMRESULT OpenStream(const Direction& direction, UINT device, DWORD_PTR* user, co
     TakePartInClock(stream, master);
     FillClient(stream, *description, flags);
     FillFormat(stream, format);
+    stream->Power = Preparing;
+    stream->Opening = StillOpening;
     direction.InitializeFields(stream);
+    StreamUse use(stream);
     AddStream(stream);
-    result = direction.Prepare(stream, false);
-    if (result != MMSYSERR_NOERROR) {
-        ForceCloseStream(stream);
-        return result;
+    result = FinishOpening(stream, closeCalls);
+    if (result == MMSYSERR_NOERROR) {
+        *user = reinterpret_cast<DWORD_PTR>(stream);
+        NotifyClient(stream, direction.OpenMessage, 0);
     }
-    StartServiceThread(stream);
-    stream->IsOpen = 1;
-    *user = reinterpret_cast<DWORD_PTR>(stream);
-    NotifyClient(stream, direction.OpenMessage, 0);
-    return MMSYSERR_NOERROR;
+    return result;
 }
 
 MMRESULT CloseStream(StreamInstance* stream) {
@@ -146,7 +174,7 @@ BOOL ForceCloseStream(StreamInstance* stream) {
     const Direction& direction = *stream->Direction;
     CardRecord& master = *stream->ClockMaster;
     direction.Reset(stream);
-    direction.CleanUp(stream);
+    CleanUpPort(stream);
     if (&master != stream->Card) {
         CardDetach(master.Ordinal);
     }

@@ -1,5 +1,6 @@
 #include "stream/synchronized_start.h"
 
+#include "card/locks.h"
 #include "card/registers.h"
 #include "stream/clock_group.h"
 
@@ -50,6 +51,7 @@ void ArmAlone(StreamInstance* stream) {
 }  // namespace
 
 void SynchronizedStart(StreamInstance* stream) {
+    MutexLock starts(SequenceMutex);
     const Direction& direction = *stream->Direction;
     CardRecord& master = *stream->ClockMaster;
     stream->CountedRunning = 1;
@@ -74,6 +76,7 @@ void SynchronizedStart(StreamInstance* stream) {
 }
 
 void ReleaseWaitingStarts(const Direction& direction, CardRecord& master) {
+    MutexLock starts(SequenceMutex);
     const bool someoneRuns = master.*direction.RunningCount > 0 ||
                              (master.SyncWithOutput != 0 && master.*direction.OtherRunningCount > 0);
     if ((master.StartsWaiting & HoldBits(direction, master)) != 0 && someoneRuns &&
@@ -83,10 +86,11 @@ void ReleaseWaitingStarts(const Direction& direction, CardRecord& master) {
 }
 
 void SynchronizedStop(StreamInstance* stream) {
+    MutexLock starts(SequenceMutex);
     const Direction& direction = *stream->Direction;
     CardRecord& master = *stream->ClockMaster;
     if (stream->CountedRunning.exchange(0) != 0) {  // not so when its transfer could not be started
-        --(master.*direction.RunningCount);
+        CountDown(master.*direction.RunningCount);
     }
     if (master.SyncStart != 0) {
         SetStartHold(master, HoldBits(direction, master));

@@ -2,7 +2,8 @@
 //
 // A channel that is armed while its direction's hold bit is set on the clock master waits; clearing the
 // bit starts every waiting channel of the group at once. The first stream to start on an idle clock
-// decides whether the run is synchronized; the last one that has to take part releases the hold.
+// decides whether the run is synchronized; the last one that has to take part releases the hold. Starts and
+// stops of all processes take turns, under SequenceMutex.
 #pragma once
 
 #include "stream/stream_instance.h"

@@ -45,7 +45,8 @@ MMRESULT AcquireCardBuffer(StreamInstance* stream, WAVEHDR* header) {
 }  // namespace
 
 MMRESULT AddInputBuffer(StreamInstance* stream, WAVEHDR* header, DWORD size) {
-    MMRESULT result = AcceptHeader(stream, header, size);
+    DWORD resets = 0;
+    MMRESULT result = AcceptHeader(stream, header, size, &resets);
     if (result != MMSYSERR_NOERROR) {
         return result;
     }
@@ -54,11 +55,11 @@ MMRESULT AddInputBuffer(StreamInstance* stream, WAVEHDR* header, DWORD size) {
     if (result != MMSYSERR_NOERROR) {
         return result;
     }
-    result = QueueHeader(stream, header);
+    result = QueueHeader(stream, header, resets);
     if (result != MMSYSERR_NOERROR) {
         return result;
     }
-    HandOver(stream, TransferRule::WhileRunning, HandOverLimit::One);
+    HandOver(stream, HandOverCall::Added);
     return MMSYSERR_NOERROR;
 }
 

@@ -1,8 +1,8 @@
 #include <cstring>
 
+#include "card/locks.h"
 #include "card/requests.h"
 #include "convert/capture.h"
-#include "stream/driver_mutex.h"
 #include "stream/header_queue.h"
 #include "stream/header_return.h"
 #include "stream/shadow_buffer.h"
@@ -15,30 +15,34 @@ namespace {
 
 constexpr DWORD WholeWordMask = ~static_cast<DWORD>(3);
 
-// Until a reset has latched the position, its buffers count like any other's.
-bool IsFromBeforeReset(const StreamInstance* stream, const HeldHeader& held) {
-    return held.Resets < stream->CarriedResets;
+// What the card puts into the buffer, in bytes of the client's layout: whole 32-bit words of its own, whole
+// samples of the client's.
+DWORD CapacityOf(const StreamInstance* stream, const HeldHeader& held) {
+    if (stream->Conversion != Dithered) {
+        return stream->Conversion == Packed24 ? held.Bytes : held.Bytes & WholeWordMask;
+    }
+    return held.Bytes - held.Bytes % ClientSampleSize(stream->SampleFormat, stream->Conversion);
 }
 
-// How many bytes of the client's layout this buffer holds: its share of what was recorded and not yet
-// given back, of earlier runs first. A buffer that the kernel refused has none, nor has one that a reset
-// took back empty. DriverMutex held.
+// How many bytes of the client's layout this buffer gets. A buffer that the kernel refused has none. Of a
+// dithered one only whole words are delivered: the rest of what the card put into it is dropped. DriverMutex
+// held.
 DWORD RecordedBytes(StreamInstance* stream, const HeldHeader& held) {
     if (held.Refused) {
         return 0;
     }
-    const DWORD room = stream->Conversion == Packed24 ? held.Bytes : held.Bytes & WholeWordMask;
-    if (stream->CarriedBytes != 0 || IsFromBeforeReset(stream, held)) {
-        const DWORD count = room < stream->CarriedBytes ? room : stream->CarriedBytes;
-        stream->CarriedBytes -= count;
-        return count;
+    const DWORD share = stream->Recorded.TakeShare(stream, held, CapacityOf(stream, held));
+    const DWORD deliverable = stream->Conversion == Packed24 ? held.Bytes : held.Bytes & WholeWordMask;
+    return share < deliverable ? share : deliverable;
+}
+
+// The dither begins anew with the first buffer from after a reset.
+DitherState& DitherFor(StreamInstance* stream, const HeldHeader& held) {
+    if (stream->DitherResets != held.Resets) {
+        stream->DitherResets = held.Resets;
+        stream->Dither = {};
     }
-    const DWORD frames = stream->PositionLatched ? stream->StopPosition : GetPosition(stream->Device);
-    // The card has given the buffer back: when it does not tell how far it is, the buffer counts as full.
-    const DWORD available = frames == NoPosition ? room : UndeliveredBytes(stream, frames);
-    const DWORD count = room < available ? room : available;
-    stream->BytesDelivered += count;
-    return count;
+    return stream->Dither;
 }
 
 void Dither(StreamInstance* stream, WAVEHDR* header, const void* source, DWORD samples, DitherState& state) {
@@ -80,20 +84,14 @@ DWORD FillClientBuffer(StreamInstance* stream, WAVEHDR* header, DWORD count, Dit
 
 }  // namespace
 
-DWORD UndeliveredBytes(const StreamInstance* stream, DWORD frames) {
-    const LONG difference = static_cast<LONG>(BytesOfFrames(stream, frames) - stream->BytesDelivered);
-    return difference > 0 ? static_cast<DWORD>(difference) : 0;
-}
-
 void CaptureBufferDone(StreamInstance* stream, WAVEHDR* header) {
     HeldHeader* held = stream->Held.FindInFlight(header);
-    DitherState& state = IsFromBeforeReset(stream, *held) ? stream->CarriedDither : stream->Dither;
     const DWORD count = RecordedBytes(stream, *held);
-    header->dwBytesRecorded = FillClientBuffer(stream, header, count, state);
+    header->dwBytesRecorded = FillClientBuffer(stream, header, count, DitherFor(stream, *held));
     CountCompleted(stream, held);
     ReturnHeader(stream, header);
     if (stream->IsOpen != 0 && stream->Resetting == 0) {
-        HandOver(stream, TransferRule::Always);
+        HandOver(stream, HandOverCall::Completed);
     }
 }
 

@@ -1,8 +1,8 @@
 #include "card/requests.h"
-#include "stream/driver_mutex.h"
 #include "stream/header_queue.h"
 #include "stream/header_return.h"
 #include "stream/shadow_buffer.h"
+#include "stream/stream_control.h"
 #include "stream/synchronized_start.h"
 #include "stream/wave_format.h"
 #include "wavein/input_parts.h"
@@ -42,94 +42,59 @@ DWORD WholeUnits(const StreamInstance* stream, DWORD frames) {
     return frames / unit * unit;
 }
 
-// What earlier runs and resets recorded belongs to the buffers that come back first.
-void CarryOver(StreamInstance* stream) {
-    const DWORD undelivered = UndeliveredBytes(stream, stream->StopPosition);
-    stream->CarriedBytes = stream->InFlightCount != 0 ? stream->CarriedBytes + undelivered : 0;
+// Under the stream's control. The run is over for the buffers before the kernel gives back the one under way,
+// and the port does not count as running any more: a client that adds a buffer again from inside its callback
+// would start the transfer anew.
+void StopRunningPort(StreamInstance* stream) {
+    SynchronizedStop(stream);
+    const DWORD frames = SettledPosition(stream);
+    stream->Recorded.End(frames != NoPosition ? WholeUnits(stream, frames) : NoPosition);
+    Running(stream) = 0;
+    StopTransfer(stream->Device);
 }
 
-void BeginRun(StreamInstance* stream) {
-    DriverLock lock;
-    CarryOver(stream);
-    stream->StopPosition = 0;
-    stream->PositionLatched = false;
-    stream->BytesDelivered = 0;
-}
-
-void LatchPosition(StreamInstance* stream, DWORD frames) {
-    DriverLock lock;
-    if (frames == NoPosition) {
-        // The card does not tell: nothing more is known to have been recorded.
-        frames = stream->BytesDelivered / BytesOfFrames(stream, 1);
+void StopPort(StreamInstance* stream) {
+    ControlLock control(stream);
+    if (IsRunning(stream)) {
+        StopRunningPort(stream);
     }
-    stream->StopPosition = WholeUnits(stream, frames);
-    stream->PositionLatched = true;
-}
-
-void SetRecordedAside(StreamInstance* stream) {
-    DriverLock lock;
-    CarryOver(stream);
-    stream->BytesDelivered = BytesOfFrames(stream, stream->StopPosition);
-    stream->CarriedResets = stream->ResetCount;
-    stream->CarriedDither = stream->Dither;
-    stream->Dither = {};
+    if (stream->Power != Awake) {
+        ResumePending(stream) = 0;
+    }
 }
 
 }  // namespace
 
-// Whoever turns the flag starts or stops the port.
-MMRESULT StartInput(StreamInstance* stream) {
-    if (stream->Closing != 0) {
-        return MMSYSERR_NOERROR;
+void BeginRecording(StreamInstance* stream) {
+    stream->Recorded.Begin(stream->ResetCount);
+}
+
+bool StopInputForSleep(StreamInstance* stream) {
+    if (!IsRunning(stream)) {
+        return false;
     }
-    stream->JustReset = 0;
-    if (stream->Suspended != 0) {
-        ResumePending(stream) = 1;  // there is no channel to start before the resume
-        return MMSYSERR_NOERROR;
-    }
-    if (Running(stream).exchange(1) == 0) {
-        BeginRun(stream);
-        if (StartTransfer(stream->Device)) {
-            SynchronizedStart(stream);
-        }
-    }
-    return MMSYSERR_NOERROR;
+    StopRunningPort(stream);
+    return true;
 }
 
 MMRESULT StopInput(StreamInstance* stream) {
     stream->JustReset = 0;
-    if (stream->Suspended != 0) {
-        ResumePending(stream) = 0;
-    }
-    if (Running(stream).exchange(0) != 0) {
-        SynchronizedStop(stream);
-        LatchPosition(stream, SettledPosition(stream));
-        StopTransfer(stream->Device);
-    }
+    StopPort(stream);
     return MMSYSERR_NOERROR;
 }
 
 MMRESULT ResetInput(StreamInstance* stream) {
     BeginReset(stream);
-    StopInput(stream);
-    SetRecordedAside(stream);
+    StopPort(stream);
     FlushBuffers(stream->Device);
     EmptyQueue(stream);
     ReturnIdleHeaders(stream);
+    AwaitFlushedHeaders(stream);
     FreeShadowBuffers(stream);
     if (FinishReset(stream)) {
-        HandOver(stream, TransferRule::WhileRunning, HandOverLimit::One);
+        HandOver(stream, HandOverCall::Written);  // what was added meanwhile was not handed over then
     }
     return MMSYSERR_NOERROR;
-}
-
-void SuspendInput(StreamInstance* stream) {
-    if (Running(stream) != 0) {
-        StopInput(stream);
-        ResumePending(stream) = 1;
-    }
-    GiveUpChannel(stream);
-    stream->ClockMaster->RunningInputs = 0;
 }
 
 }  // namespace kestvox

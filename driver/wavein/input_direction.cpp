@@ -30,8 +30,8 @@ const Direction InputDirection = {
     .Prepare = PrepareInput,
     .CleanUp = CleanUpInput,
     .Reset = ResetInput,
-    .Suspend = SuspendInput,
-    .Start = StartInput,
+    .BeginRun = BeginRecording,
+    .StopForSleep = StopInputForSleep,
     .TakeNext = TakePendingHeader,
     .OnBufferDone = CaptureBufferDone,
 };

@@ -16,8 +16,6 @@ namespace kestvox {
 // MMSYSERR_INVALHANDLE: from inside a callback of the stream's close.
 MMRESULT AddInputBuffer(StreamInstance* stream, WAVEHDR* header, DWORD size);
 
-MMRESULT StartInput(StreamInstance* stream);
-
 // Stops once the position has settled. What has been filled comes back; other buffers in the card stay
 // there for the next start.
 MMRESULT StopInput(StreamInstance* stream);

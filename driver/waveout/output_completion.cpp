@@ -32,7 +32,7 @@ void OutputBufferDone(StreamInstance* stream, WAVEHDR* header) {
         }
     }
     if (stream->Resetting == 0) {
-        HandOver(stream, TransferRule::Always);
+        HandOver(stream, HandOverCall::Completed);
     }
 }
 

@@ -1,9 +1,9 @@
 #include "card/registers.h"
 #include "card/requests.h"
-#include "stream/driver_mutex.h"
 #include "stream/header_queue.h"
 #include "stream/header_return.h"
 #include "stream/shadow_buffer.h"
+#include "stream/stream_control.h"
 #include "stream/synchronized_start.h"
 #include "waveout/output_parts.h"
 #include "waveout/wave_output.h"
@@ -14,19 +14,6 @@ namespace {
 
 constexpr DWORD FullGain = 128;
 constexpr DWORD FullVolume = 65535;
-
-class ControlGuard {
-public:
-    explicit ControlGuard(StreamInstance* stream) : lock_(&stream->ControlLock) {
-        EnterCriticalSection(lock_);
-    }
-    ~ControlGuard() { LeaveCriticalSection(lock_); }
-    ControlGuard(const ControlGuard&) = delete;
-    ControlGuard& operator=(const ControlGuard&) = delete;
-
-private:
-    CRITICAL_SECTION* lock_;
-};
 
 SharedWord& Running(StreamInstance* stream) {
     return stream->PortFlag(&CardRecord::OutputRunning);
@@ -40,18 +27,28 @@ SharedWord& ResumePending(StreamInstance* stream) {
     return stream->PortFlag(&CardRecord::OutputResumePending);
 }
 
-bool IsPlaying(StreamInstance* stream) {
-    return Running(stream) != 0 && Paused(stream) == 0;
+void PausePort(StreamInstance* stream) {
+    ControlLock control(stream);
+    if (IsRunning(stream)) {
+        SynchronizedStop(stream);
+    }
+    Paused(stream) = 1;
+    if (stream->Power != Awake) {
+        ResumePending(stream) = 0;
+    }
 }
 
 // Whatever the client did from inside the callbacks of a reset, the port does not run after it.
 void StopPort(StreamInstance* stream) {
-    ControlGuard guard(stream);
-    if (IsPlaying(stream)) {
+    ControlLock control(stream);
+    if (IsRunning(stream)) {
         SynchronizedStop(stream);
     }
     Paused(stream) = 0;
     Running(stream) = 0;
+    if (stream->Power != Awake) {
+        ResumePending(stream) = stream->Closing == 0;  // as a suspend leaves a port that is not paused
+    }
 }
 
 // What is written from now on is in no loop that was begun before.
@@ -68,65 +65,42 @@ void ForgetLoops(StreamInstance* stream) {
 
 }  // namespace
 
-MMRESULT RestartOutput(StreamInstance* stream) {
-    ControlGuard guard(stream);
-    if (stream->Closing != 0) {
-        return MMSYSERR_NOERROR;
-    }
-    stream->JustReset = 0;
-    if (stream->Suspended != 0) {
-        ResumePending(stream) = 1;  // there is no channel to start before the resume
-        return MMSYSERR_NOERROR;
-    }
-    if (!IsPlaying(stream) && StartTransfer(stream->Device)) {
-        SynchronizedStart(stream);
-    }
-    Paused(stream) = 0;
-    Running(stream) = 1;
-    return MMSYSERR_NOERROR;
-}
-
 MMRESULT PauseOutput(StreamInstance* stream) {
-    ControlGuard guard(stream);
     stream->JustReset = 0;
-    if (IsPlaying(stream)) {
-        SynchronizedStop(stream);
-    }
-    Paused(stream) = 1;
-    if (stream->Suspended != 0) {
-        ResumePending(stream) = 0;
-    }
+    PausePort(stream);
     return MMSYSERR_NOERROR;
 }
 
 MMRESULT ResetOutput(StreamInstance* stream) {
     BeginReset(stream);
+    const DWORD resets = stream->ResetCount;
     ForgetUnwrittenLoop(stream);
     LeaveLoop(stream);
-    PauseOutput(stream);
+    StopPort(stream);
     FlushBuffers(stream->Device);
     EmptyQueue(stream);
     ForgetLoops(stream);
     ReturnIdleHeaders(stream);
+    AwaitFlushedHeaders(stream);
     FreeShadowBuffers(stream);
     StopPort(stream);
     if (FinishReset(stream)) {
-        HandOver(stream, TransferRule::WhileRunning);
-        RestartOutput(stream);
+        HandOver(stream, HandOverCall::Written);
+        StartPort(stream, resets, StartCause::Headers);
     }
     return MMSYSERR_NOERROR;
 }
 
-void SuspendOutput(StreamInstance* stream) {
-    if (Paused(stream) == 0) {
-        PauseOutput(stream);
-        if (Running(stream) != 0) {
-            StopTransfer(stream->Device);
-        }
-        ResumePending(stream) = 1;
+bool StopOutputForSleep(StreamInstance* stream) {
+    if (Paused(stream) != 0) {
+        return false;
     }
-    GiveUpChannel(stream);
-    stream->ClockMaster->RunningOutputs = 0;
+    if (Running(stream) != 0) {
+        SynchronizedStop(stream);
+        StopTransfer(stream->Device);
+    }
+    Paused(stream) = 1;
+    return true;
 }
 
 void InitializeOutputFields(StreamInstance* stream) {
@@ -141,10 +115,15 @@ MMRESULT GetOutputVolume(StreamInstance* stream, DWORD* volume) {
     return MMSYSERR_NOERROR;
 }
 
+DWORD GainOfVolume(DWORD volume) {
+    return volume * FullGain / FullVolume;
+}
+
 MMRESULT SetOutputVolume(StreamInstance* stream, DWORD volume) {
     const DWORD left = LOWORD(volume);
     stream->Volume = left;
-    SetMixerGain(stream->Device, OwnPlaybackGain(stream->Port), left * FullGain / FullVolume);
+    stream->VolumeIsSet = 1;
+    SetMixerGain(stream->Device, OwnPlaybackGain(stream->Port), GainOfVolume(left));
     return MMSYSERR_NOERROR;
 }
 

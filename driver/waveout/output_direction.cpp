@@ -29,8 +29,8 @@ const Direction OutputDirection = {
     .Prepare = PrepareOutput,
     .CleanUp = CleanUpOutput,
     .Reset = ResetOutput,
-    .Suspend = SuspendOutput,
-    .Start = RestartOutput,
+    .BeginRun = [](StreamInstance*) {},
+    .StopForSleep = StopOutputForSleep,
     .TakeNext = TakeNextOutput,
     .OnBufferDone = OutputBufferDone,
 };

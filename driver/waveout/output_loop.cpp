@@ -1,4 +1,4 @@
-#include "stream/driver_mutex.h"
+#include "card/locks.h"
 #include "stream/header_queue.h"
 #include "stream/header_return.h"
 #include "waveout/output_parts.h"
@@ -20,15 +20,18 @@ void MarkSpent(StreamInstance* stream, const WAVEHDR* header) {
     }
 }
 
-// Shortens what the headers of the active loop still expect by the passes that are given up. All of them
-// are held: each has a pass to come. DriverMutex held.
+// Shortens what the headers of the active loop still expect by the passes that are given up. The walk meets
+// only headers that are held: one that goes back to the client leaves the chain. When the loop's end was not
+// accepted it also meets headers from after the loop, which expect no pass. DriverMutex held.
 void GiveUpPasses(StreamInstance* stream) {
     const DWORD passes = stream->LoopPassesLeft - 1;
     const WAVEHDR* last = nullptr;
     for (WAVEHDR* header = stream->LoopStart; header != nullptr && last == nullptr; header = header->lpNext) {
-        header->dwLoops -= header->dwLoops < passes ? header->dwLoops : passes;
-        if (header->dwLoops == 0) {
-            MarkSpent(stream, header);
+        if (header->dwLoops != 0) {
+            header->dwLoops -= header->dwLoops < passes ? header->dwLoops : passes;
+            if (header->dwLoops == 0) {
+                MarkSpent(stream, header);
+            }
         }
         if (Has(header, WHDR_ENDLOOP)) {
             last = header;

@@ -11,7 +11,10 @@ DWORD OwnPlaybackGain(DWORD port);
 void InitializeOutputFields(StreamInstance* stream);
 MMRESULT PrepareOutput(StreamInstance* stream, bool ignoreClockError);
 void CleanUpOutput(StreamInstance* stream);
-void SuspendOutput(StreamInstance* stream);
+bool StopOutputForSleep(StreamInstance* stream);
+
+// The mixer gain for a volume of 0 to 0xFFFF.
+DWORD GainOfVolume(DWORD volume);
 
 // The output form of taking the next header: walks loops. DriverMutex held.
 WAVEHDR* TakeNextOutput(StreamInstance* stream);

@@ -44,6 +44,9 @@ MMRESULT PrepareOutput(StreamInstance* stream, bool ignoreClockError) {
     }
     DisarmChannel(stream->Device);
     WriteStoredGains(stream, [](DWORD stored) { return stored; });
+    if (stream->VolumeIsSet != 0) {
+        SetMixerGain(stream->Device, OwnPlaybackGain(stream->Port), GainOfVolume(stream->Volume));
+    }
     return MMSYSERR_NOERROR;
 }
 

@@ -3,6 +3,7 @@
 #include "convert/expand.h"
 #include "stream/header_queue.h"
 #include "stream/shadow_buffer.h"
+#include "stream/stream_control.h"
 #include "waveout/output_parts.h"
 #include "waveout/wave_output.h"
 
@@ -64,7 +65,8 @@ MMRESULT FillCardBuffer(StreamInstance* stream, WAVEHDR* header) {
 }  // namespace
 
 MMRESULT WriteOutput(StreamInstance* stream, WAVEHDR* header, DWORD size) {
-    MMRESULT result = AcceptHeader(stream, header, size);
+    DWORD resets = 0;
+    MMRESULT result = AcceptHeader(stream, header, size, &resets);
     if (result != MMSYSERR_NOERROR) {
         return result;
     }
@@ -73,14 +75,12 @@ MMRESULT WriteOutput(StreamInstance* stream, WAVEHDR* header, DWORD size) {
     if (result != MMSYSERR_NOERROR) {
         return result;
     }
-    result = QueueHeader(stream, header);
+    result = QueueHeader(stream, header, resets);
     if (result != MMSYSERR_NOERROR) {
         return result;
     }
-    HandOver(stream, TransferRule::WhileRunning);
-    if (stream->PortFlag(&CardRecord::OutputPaused) == 0) {
-        RestartOutput(stream);
-    }
+    HandOver(stream, HandOverCall::Written);
+    StartPort(stream, resets, StartCause::Headers);
     return MMSYSERR_NOERROR;
 }
 

@@ -2,8 +2,8 @@
 #include <cstring>
 
 #include "card/card_identity.h"
-#include "card/init_card.h"
 #include "card/requests.h"
+#include "stream/clock_group.h"
 #include "waveout/wave_output.h"
 
 namespace kestvox {
@@ -88,7 +88,7 @@ MMRESULT RestorePciConfiguration(StreamInstance* stream) {
         return MMSYSERR_ERROR;
     }
     ReadCardIdentity(stream->Device, *stream->Card);
-    InitCard(stream->Device, *stream->Card);
+    InitCardAgain(stream->Device, *stream->Card);
     return ResultOf(AcquireChannel(stream->Device));
 }
 

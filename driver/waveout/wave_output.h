@@ -18,7 +18,6 @@ namespace kestvox {
 MMRESULT WriteOutput(StreamInstance* stream, WAVEHDR* header, DWORD size);
 
 MMRESULT PauseOutput(StreamInstance* stream);
-MMRESULT RestartOutput(StreamInstance* stream);
 
 // Stops the port and returns every header; those in the card come back as the kernel gives them up. What
 // the client writes from inside its callbacks meanwhile is played afterwards.

@@ -1,0 +1,71 @@
+// The driver's locks. A thread takes them in this order and never the other way round:
+//
+// - DriverMutex, between processes: each stream's queue, ledger and shadow buffers, and a whole completion
+// with
+//   its client callback, so it may be held for as long as a client likes.
+// - A stream's control: the starts, stops and power states of its port. Held over requests only.
+// - SequenceMutex, between processes: requests that belong together, as an index and its data, or the start
+// or
+//   stop of one stream among the others on its clock. Held over requests only.
+// - The stream list's lock: the list and the loans of devices. Held while they are looked at.
+//
+// So a thread that holds a stream's control, or what comes after it, neither takes DriverMutex nor calls the
+// client nor waits for another thread. All but the last are Windows mutexes: one that its owner left behind
+// when it died counts as taken, and every wait for one can be limited.
+#pragma once
+
+#include <windows.h>
+
+namespace kestvox {
+
+// This process's handles; null while the library is let go.
+extern HANDLE DriverMutex;
+extern HANDLE SequenceMutex;
+
+// Create or open the mutexes that all processes share, so that those of every user may. FALSE: DriverMutex
+// cannot be had. Without a SequenceMutex the sequences of several programs at one moment are not kept apart.
+BOOL OpenSharedMutexes();
+void CloseSharedMutexes();
+
+// A named mutex that processes of every user may share; null when it cannot be had.
+HANDLE CreateSharedMutex(const WCHAR* name);
+
+// Holds a mutex for a scope. Where there is none to be had (null) the scope runs without it.
+class MutexLock {
+public:
+    explicit MutexLock(HANDLE mutex, DWORD milliseconds = INFINITE);
+    ~MutexLock();
+    MutexLock(const MutexLock&) = delete;
+    MutexLock& operator=(const MutexLock&) = delete;
+
+    // Another thread has kept the mutex all that time.
+    bool TimedOut() const { return result_ == WAIT_TIMEOUT; }
+
+private:
+    HANDLE mutex_;
+    DWORD result_;
+};
+
+class DriverLock : public MutexLock {
+public:
+    explicit DriverLock(DWORD milliseconds = INFINITE) : MutexLock(DriverMutex, milliseconds) {}
+};
+
+// While the library is let go, at DRV_FREE and at process detach, the calling thread waits for locks and
+// threads five seconds in all. What it cannot have by then belongs to a thread that has been ended, to
+// another program whose client does not come back, or to a client of this process inside a callback: it goes
+// on without.
+class LimitedWaits {
+public:
+    LimitedWaits();
+    ~LimitedWaits();
+    LimitedWaits(const LimitedWaits&) = delete;
+    LimitedWaits& operator=(const LimitedWaits&) = delete;
+};
+
+// How much of a wait of so many milliseconds the calling thread may still do; and what it has waited for
+// nothing.
+DWORD PatienceFor(DWORD milliseconds);
+void SpendPatience(DWORD milliseconds);
+
+}  // namespace kestvox

@@ -1,0 +1,65 @@
+#include "stream/recorded_runs.h"
+
+#include "card/requests.h"
+#include "stream/wave_format.h"
+
+namespace kestvox {
+
+namespace {
+
+// The most that a full buffer may have been given beyond a stop's whole units, in bytes of any layout.
+constexpr DWORD TransferUnit = 32;
+
+// In place of a number of resets: the next run has not begun.
+constexpr DWORD NotBegun = 0xFFFFFFFF;
+
+DWORD Smaller(DWORD a, DWORD b) {
+    return a < b ? a : b;
+}
+
+}  // namespace
+
+void RecordedRuns::Begin(DWORD resets) {
+    At(ended_).Resets = resets;
+}
+
+void RecordedRuns::End(DWORD frames) {
+    if (ended_ - served_ < MostEnded) {
+        At(ended_).StopPosition = frames;
+        At(ended_ + 1).Resets = NotBegun;
+        ++ended_;
+    } else if (frames != NoPosition) {
+        At(ended_ - 1).StopPosition += frames;
+    }
+}
+
+// Of a position in the run that is being served. A stop counts whole transfer units, a full buffer every
+// byte: so a little more may have been delivered.
+DWORD RecordedRuns::Remaining(const StreamInstance* stream, DWORD frames) const {
+    const DWORD bytes = BytesOfFrames(stream, frames);
+    return BytesDelivered_ - bytes < TransferUnit ? 0 : bytes - BytesDelivered_;
+}
+
+DWORD RecordedRuns::TakeShare(const StreamInstance* stream, const HeldHeader& held, DWORD capacity) {
+    for (; served_ != ended_ && At(served_).Resets <= held.Resets; ++served_, BytesDelivered_ = 0) {
+        const Run& run = At(served_);
+        const DWORD left = run.StopPosition != NoPosition ? Remaining(stream, run.StopPosition) : 0;
+        if (left != 0 && run.Resets == held.Resets) {
+            return Deliver(Smaller(capacity, left));
+        }
+    }
+    const bool running = (stream->Card->*stream->Direction->PortRunning)[stream->Port] != 0;
+    if (!running || served_ != ended_ || At(ended_).Resets != held.Resets) {
+        return 0;  // no run has filled it
+    }
+    const DWORD frames = GetPosition(stream->Device);
+    // The card has given the buffer back: when it does not tell how far it is, the buffer counts as full.
+    return Deliver(frames != NoPosition ? Smaller(capacity, Remaining(stream, frames)) : capacity);
+}
+
+DWORD RecordedRuns::Deliver(DWORD bytes) {
+    BytesDelivered_ += bytes;
+    return bytes;
+}
+
+}  // namespace kestvox

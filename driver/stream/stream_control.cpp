@@ -1,0 +1,220 @@
+#include "stream/stream_control.h"
+
+#include "card/registers.h"
+#include "card/requests.h"
+#include "stream/clock_group.h"
+#include "stream/header_queue.h"
+#include "stream/synchronized_start.h"
+#include "stream/wave_format.h"
+
+namespace kestvox {
+
+namespace {
+
+bool IsPaused(StreamInstance* stream) {
+    const auto paused = stream->Direction->PortPaused;
+    return paused != nullptr && stream->PortFlag(paused) != 0;
+}
+
+SharedWord& ResumePending(StreamInstance* stream) {
+    return stream->PortFlag(stream->Direction->PortResumePending);
+}
+
+// The stream's control is held. The port counts as running before its transfer is started: what that brings
+// may be complete before the last request is. A port whose transfer cannot be started is left out of its
+// group's start, but for a wake-up: others of the group would wait for a card that is missing.
+void StartAwakePort(StreamInstance* stream, StartCause cause) {
+    const Direction& direction = *stream->Direction;
+    const bool running = IsRunning(stream);
+    if (!running) {
+        direction.BeginRun(stream);
+    }
+    stream->PortFlag(direction.PortRunning) = 1;
+    if (direction.PortPaused != nullptr) {
+        stream->PortFlag(direction.PortPaused) = 0;
+    }
+    if (!running && (StartTransfer(stream->Device) || cause == StartCause::WakeUp)) {
+        SynchronizedStart(stream);
+    }
+}
+
+// The stream's control is held. First the word, so that nobody takes the port for running any more.
+void FallAsleep(StreamInstance* stream) {
+    stream->Power = Asleep;
+    ++stream->Sleeps;
+    if (stream->Direction->StopForSleep(stream)) {
+        ResumePending(stream) = 1;
+    }
+    ReleaseChannel(stream->Device);
+}
+
+// Whether the card has not been initialised since.
+bool IsPreparedForCard(const StreamInstance* stream) {
+    return stream->PreparedInit == static_cast<DWORD>(stream->Card->InitCount);
+}
+
+// TRUE: the calling thread is to prepare the port, in the sleep of that number.
+bool BeginWakingUp(StreamInstance* stream, DWORD* sleeps) {
+    ControlLock control(stream);
+    if (stream->Closing != 0) {
+        return false;
+    }
+    if (stream->Power != Asleep) {
+        // Somebody prepares the port, and begins anew if the card has been initialised since.
+        if (!IsPreparedForCard(stream) && stream->Direction->StopForSleep(stream)) {
+            ResumePending(stream) = 1;
+        }
+        return false;
+    }
+    *sleeps = stream->Sleeps;
+    stream->Power = Preparing;
+    AcquireChannel(stream->Device);
+    return true;
+}
+
+// Whether the port is still in the sleep that the preparation belongs to, and its stream not closing.
+bool GoesOn(const StreamInstance* stream, DWORD sleeps) {
+    return stream->Closing == 0 && stream->Sleeps == sleeps;
+}
+
+// Prepares the port, again when the card was initialised meanwhile.
+MMRESULT PreparePort(StreamInstance* stream, bool ignoreClockError) {
+    MMRESULT result = MMSYSERR_NOERROR;
+    do {
+        stream->PreparedInit = static_cast<DWORD>(stream->Card->InitCount);
+        result = stream->Direction->Prepare(stream, ignoreClockError);
+    } while (result == MMSYSERR_NOERROR && !IsPreparedForCard(stream));
+    return result;
+}
+
+// The port is prepared. FALSE: it has fallen asleep again, or its stream is closing and gave up what the
+// preparation has just set.
+bool TakeHeadersAgain(StreamInstance* stream, DWORD sleeps) {
+    ControlLock control(stream);
+    if (stream->Closing != 0) {
+        stream->Direction->CleanUp(stream);
+    }
+    if (!GoesOn(stream, sleeps)) {
+        return false;
+    }
+    stream->Power = Prepared;
+    return true;
+}
+
+// FALSE: the card was initialised after the port was prepared.
+bool FinishWakingUp(StreamInstance* stream, DWORD sleeps) {
+    ControlLock control(stream);
+    if (!GoesOn(stream, sleeps)) {
+        return true;
+    }
+    if (!IsPreparedForCard(stream)) {
+        stream->Power = Preparing;
+        return false;
+    }
+    stream->Power = Awake;
+    if (ResumePending(stream).exchange(0) != 0) {
+        StartAwakePort(stream, StartCause::WakeUp);
+    }
+    return true;
+}
+
+// From the port's preparation to its being awake.
+MMRESULT WakeUp(StreamInstance* stream, DWORD sleeps, bool ignoreClockError) {
+    bool awake = false;
+    while (!awake) {
+        const MMRESULT result = PreparePort(stream, ignoreClockError);
+        if (result != MMSYSERR_NOERROR) {
+            return result;
+        }
+        if (!TakeHeadersAgain(stream, sleeps)) {
+            break;
+        }
+        HandOver(stream, HandOverCall::Written);
+        awake = FinishWakingUp(stream, sleeps);
+    }
+    return MMSYSERR_NOERROR;
+}
+
+}  // namespace
+
+bool IsRunning(StreamInstance* stream) {
+    return stream->PortFlag(stream->Direction->PortRunning) != 0 && !IsPaused(stream);
+}
+
+void StartPort(StreamInstance* stream, DWORD resets, StartCause cause) {
+    if (IsRunning(stream) && stream->Power == Awake) {
+        return;
+    }
+    ControlLock control(stream);
+    const bool waits = cause == StartCause::Headers && (IsPaused(stream) || stream->Resetting != 0);
+    if (stream->Closing != 0 || stream->ResetCount != resets || waits) {
+        return;
+    }
+    if (stream->Power == Awake) {
+        StartAwakePort(stream, cause);
+    } else {
+        ResumePending(stream) = 1;
+    }
+}
+
+MMRESULT StartStream(StreamInstance* stream) {
+    const DWORD resets = stream->ResetCount;
+    stream->JustReset = 0;
+    StartPort(stream, resets, StartCause::Message);
+    return MMSYSERR_NOERROR;
+}
+
+MMRESULT PrepareOpening(StreamInstance* stream) {
+    return WakeUp(stream, stream->Sleeps, false);
+}
+
+void SuspendStream(StreamInstance* stream) {
+    ControlLock control(stream);
+    if (stream->Closing == 0 && stream->Power != Asleep) {
+        FallAsleep(stream);
+    }
+}
+
+void SuspendUnprepared(StreamInstance* stream) {
+    ControlLock control(stream);
+    if (stream->Closing == 0 && stream->Power == Awake && !IsPreparedForCard(stream)) {
+        FallAsleep(stream);
+    }
+}
+
+void ResumeStream(StreamInstance* stream) {
+    DWORD sleeps = 0;
+    if (!BeginWakingUp(stream, &sleeps)) {
+        return;
+    }
+    WakeUp(stream, sleeps, true);
+    if (stream->Closing != 0) {
+        ForgetIdleClock(*stream->ClockMaster);  // the preparation may have programmed it after the close
+    }
+}
+
+MMRESULT GetStreamPosition(StreamInstance* stream, MMTIME* time, DWORD size) {
+    if (time == nullptr || size < sizeof(MMTIME)) {
+        return MMSYSERR_INVALPARAM;
+    }
+    const DWORD frames = GetPosition(stream->Device);
+    if (frames == NoPosition) {
+        return MMSYSERR_ERROR;
+    }
+    if (time->wType == TIME_BYTES) {
+        time->u.cb = BytesOfFrames(stream, frames);
+    } else {
+        time->wType = TIME_SAMPLES;
+        time->u.sample = frames;
+    }
+    return MMSYSERR_NOERROR;
+}
+
+MMRESULT SetDirectMode(StreamInstance* stream) {
+    stream->DirectMode = 1;
+    stream->SampleFormat = SlotLeft;
+    WritePort(stream->Device, port_register::Control, SlotLeft << PortFormatShift, PortFormatMask);
+    return MMSYSERR_NOERROR;
+}
+
+}  // namespace kestvox
