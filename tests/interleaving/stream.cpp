@@ -1,0 +1,161 @@
+#include "tests/interleaving/stream.h"
+
+#include "tests/support/wave_formats.h"
+
+namespace interleaving {
+namespace {
+
+// What is played and recorded is of no interest: all headers share one piece of memory.
+char* Sound() {
+    static auto* const sound = new std::vector<char>(Stream::LongHeader);
+    return sound->data();
+}
+
+}  // namespace
+
+MMRESULT Stream::Tell(UINT output, UINT input, DWORD_PTR first, DWORD_PTR second) {
+    const DWORD_PTR user = user_;
+    if (user == 0) {
+        return MMSYSERR_INVALHANDLE;
+    }
+    return plan_.Output ? driver_.WaveOut(plan_.Device(), output, user, first, second)
+                        : driver_.WaveIn(plan_.Device(), input, user, first, second);
+}
+
+MMRESULT Stream::Send(Message message) {
+    MMTIME time = {};
+    time.wType = TIME_SAMPLES;
+    switch (message) {
+    case Message::Open:
+        return Open(Rate);
+    case Message::Write:
+        return Write(LongHeader);
+    case Message::Start:
+        return Tell(WODM_RESTART, WIDM_START);
+    case Message::Stop:
+        return Tell(WODM_PAUSE, WIDM_STOP);
+    case Message::Break:
+        return Tell(WODM_BREAKLOOP, WIDM_STOP);
+    case Message::Reset:
+        return Tell(WODM_RESET, WIDM_RESET);
+    case Message::Close:
+        return Close();
+    case Message::Shut:
+    case Message::WriteThree: {
+        MMRESULT last = MMSYSERR_NOERROR;
+        for (const Message part : PartsOf(message)) {
+            last = Send(part);
+        }
+        return last;
+    }
+    case Message::Position:
+        return Tell(WODM_GETPOS, WIDM_GETPOS, reinterpret_cast<DWORD_PTR>(&time), sizeof time);
+    case Message::Volume:
+        return Tell(WODM_SETVOLUME, WIDM_GETPOS, 0x8000, 0);
+    default:
+        return MMSYSERR_NOTSUPPORTED;
+    }
+}
+
+MMRESULT Stream::Open(DWORD rate) {
+    const WaveFormat format = PcmFormat(rate, 1, 8);
+    WAVEOPENDESC description = {};
+    description.lpFormat = reinterpret_cast<LPWAVEFORMAT>(const_cast<WAVEFORMATEX*>(format.Get()));
+    description.dwCallback = reinterpret_cast<DWORD_PTR>(&Stream::Callback);
+    description.dwInstance = reinterpret_cast<DWORD_PTR>(this);
+    DWORD_PTR user = 0;
+    const auto place = reinterpret_cast<DWORD_PTR>(&user);
+    const auto told = reinterpret_cast<DWORD_PTR>(&description);
+    const MMRESULT result = plan_.Output
+                                ? driver_.WaveOut(plan_.Device(), WODM_OPEN, place, told, CALLBACK_FUNCTION)
+                                : driver_.WaveIn(plan_.Device(), WIDM_OPEN, place, told, CALLBACK_FUNCTION);
+    if (result == MMSYSERR_NOERROR) {
+        user_ = user;
+    }
+    return result;
+}
+
+MMRESULT Stream::Close() {
+    if (closing_.exchange(true)) {
+        return MMSYSERR_INVALHANDLE;
+    }
+    const MMRESULT result = Tell(WODM_CLOSE, WIDM_CLOSE);
+    if (result == MMSYSERR_NOERROR) {
+        user_ = 0;
+    }
+    closing_ = false;
+    return result;
+}
+
+MMRESULT Stream::Write(DWORD length, DWORD flags, DWORD loops) {
+    Header* header = nullptr;
+    {
+        const std::lock_guard guard(lock_);
+        headers_.push_back(std::make_unique<Header>());
+        header = headers_.back().get();
+        header->Away = 1;
+    }
+    header->Wave = {};
+    header->Wave.lpData = Sound();
+    header->Wave.dwBufferLength = length;
+    header->Wave.dwUser = reinterpret_cast<DWORD_PTR>(header);
+    header->Wave.dwFlags = WHDR_PREPARED | flags;
+    header->Wave.dwLoops = loops;
+    const MMRESULT result =
+        Tell(WODM_WRITE, WIDM_ADDBUFFER, reinterpret_cast<DWORD_PTR>(&header->Wave), sizeof header->Wave);
+    if (result != MMSYSERR_NOERROR) {
+        --header->Away;
+    }
+    return result;
+}
+
+void Stream::OnNextDone(std::function<void()> action) {
+    const std::lock_guard guard(lock_);
+    onNextDone_ = std::move(action);
+}
+
+void Stream::Forget() {
+    Orphan();
+    const std::lock_guard guard(lock_);
+    for (auto& header : headers_) {
+        header->Away = header->Away > 0 ? 0 : header->Away.load();
+    }
+}
+
+unsigned Stream::Away() {
+    const std::lock_guard guard(lock_);
+    unsigned away = 0;
+    for (const auto& header : headers_) {
+        away += header->Away > 0 ? 1 : 0;
+    }
+    return away;
+}
+
+unsigned Stream::Misreturned() {
+    const std::lock_guard guard(lock_);
+    unsigned wrong = 0;
+    for (const auto& header : headers_) {
+        wrong += header->Away < 0 ? 1 : 0;
+    }
+    return wrong;
+}
+
+void Stream::Returned(WAVEHDR* header) {
+    std::function<void()> action;
+    {
+        const std::lock_guard guard(lock_);
+        action.swap(onNextDone_);
+    }
+    --reinterpret_cast<Header*>(header->dwUser)->Away;
+    if (action) {
+        action();
+    }
+}
+
+void CALLBACK Stream::Callback(HDRVR, UINT message, DWORD_PTR instance, DWORD_PTR first, DWORD_PTR) {
+    if (message == WOM_DONE || message == WIM_DATA) {
+        reinterpret_cast<Stream*>(instance)->Returned(reinterpret_cast<WAVEHDR*>(first));
+    }
+}
+
+}  // namespace interleaving
