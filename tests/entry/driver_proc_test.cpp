@@ -16,6 +16,21 @@ protected:
         ++*reinterpret_cast<int*>(instance);
     }
 
+    // A thread cannot end while a library is being unloaded; it does right after it.
+    static void AwaitUsage(const std::string& usage) {
+        while (test_system::Usage() != usage) {
+            std::this_thread::yield();
+        }
+    }
+
+    // Whether somebody has it.
+    static bool MutexExists(const WCHAR* name) {
+        const HANDLE mutex = CreateMutexW(nullptr, FALSE, name);
+        const bool existed = GetLastError() == ERROR_ALREADY_EXISTS;
+        CloseHandle(mutex);
+        return existed;
+    }
+
     // The driver's instance of a stream that tells every message to `messages`.
     static DWORD_PTR OpenOutput(const DriverLibrary& library, UINT device, int* messages) {
         WaveFormat format = PcmFormat(44100, 2, 16);
@@ -107,6 +122,30 @@ TEST_F(DriverProcTest, FreeClosesTheStreamsWithoutAWordAndOnlyOnce) {
     EXPECT_EQ(messages, 2);
 }
 
+// The library stays loaded between DRV_FREE and the next DRV_LOAD.
+TEST_F(DriverProcTest, ASecondLifeIsLikeTheFirst) {
+    const std::string before = test_system::Usage();
+    int messages = 0;
+    {
+        const DriverLibrary library;
+        for (int life = 0; life < 3; ++life) {
+            SCOPED_TRACE(life);
+            EXPECT_EQ(library.DriverProc(DRV_LOAD), 1);
+            EXPECT_TRUE(MutexExists(TEXT("ZPH_Kestrelvox_Wave_Driver_Mutex")));
+            ASSERT_NE(OpenOutput(library, 0, &messages), 0u);
+            EXPECT_EQ(library.DriverProc(DRV_FREE), 1);
+            EXPECT_EQ(Cards().OpenFiles(), 0u);
+            EXPECT_FALSE(Cards().ChannelClaimed(0, 2));
+            EXPECT_FALSE(MutexExists(TEXT("ZPH_Kestrelvox_Wave_Driver_Mutex")));
+        }
+        EXPECT_EQ(library.DriverProc(DRV_LOAD), 1);
+        ASSERT_NE(OpenOutput(library, 0, &messages), 0u);
+    }
+    EXPECT_EQ(Cards().OpenFiles(), 0u);
+    EXPECT_EQ(messages, 4);
+    AwaitUsage(before);
+}
+
 TEST_F(DriverProcTest, UnloadingClosesTheStreamsWithoutAWord) {
     const std::string before = test_system::Usage();
     int messages = 0;
@@ -116,10 +155,7 @@ TEST_F(DriverProcTest, UnloadingClosesTheStreamsWithoutAWord) {
     }
     EXPECT_EQ(Cards().OpenFiles(), 0u);
     EXPECT_EQ(messages, 1);
-    // A thread cannot end while a library is being unloaded; this one does right after it.
-    while (test_system::Usage() != before) {
-        std::this_thread::yield();
-    }
+    AwaitUsage(before);
 }
 
 }  // namespace

@@ -1,11 +1,9 @@
 // The computer sleeps and wakes while both directions are in use on two cards at different rates.
-#include <mmddk.h>
+#include "tests/support/power_test.h"
 
 #include <algorithm>
 #include <map>
 
-#include "tests/support/driver_library.h"
-#include "tests/support/driver_test.h"
 #include "tests/support/system.h"
 #include "tests/support/wave_player.h"
 #include "tests/support/wave_recorder.h"
@@ -22,20 +20,9 @@ constexpr DWORD Rates[] = {48000, 96000};
 enum class Playback { Playing, Paused, Stopped };
 enum class Recording { Running, Stopped };
 
-class SuspendTest : public DriverTest {
+class SuspendTest : public PowerTest {
 protected:
-    SuspendTest() : DriverTest(2) {}
-
     void SetUp() override { waveOutGetNumDevs(); }
-
-    LRESULT SendPower(LPARAM event) { return DriverLibrary().DriverProc(DRV_POWER, event); }
-
-    void Sleep() {
-        EXPECT_EQ(SendPower(PWR_SUSPENDREQUEST), 1);
-        Cards().PowerCycle(0);
-        Cards().PowerCycle(1);
-        Cards().Advance(Second);
-    }
 };
 
 // One card's two clients in some state. Both have several buffers, of which the card has taken a part when

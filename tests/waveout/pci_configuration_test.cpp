@@ -67,6 +67,21 @@ TEST_F(PciConfigurationTest, WhatWasSavedIsWrittenBack) {
     EXPECT_EQ(player_.Position(), 1000u);
 }
 
+// The card is at its first rate again, so that the next stream programs the clock, whatever it was at before.
+TEST_F(PciConfigurationTest, TheRateFromBeforeIsForgotten) {
+    for (const DWORD rate : {48000u, 96000u}) {
+        SCOPED_TRACE(rate);
+        player_.Shut();
+        ASSERT_EQ(player_.Open(AnalogOut, PcmFormat(rate, 2, 16)), MMSYSERR_NOERROR);
+        EXPECT_EQ(Send(SavePci), MMSYSERR_NOERROR);
+        EXPECT_EQ(Send(RestorePci), MMSYSERR_NOERROR);
+        EXPECT_EQ(Cards().SampleRate(0), 44100u);
+        WavePlayer other;
+        ASSERT_EQ(other.Open(DigitalOut, PcmFormat(rate, 2, 16)), MMSYSERR_NOERROR);
+        EXPECT_EQ(Cards().SampleRate(0), rate);
+    }
+}
+
 TEST_F(PciConfigurationTest, AnotherCardInItsPlaceIsNotTouched) {
     struct Case {
         unsigned Offset;

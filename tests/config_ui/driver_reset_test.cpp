@@ -1,0 +1,71 @@
+// A user resets the driver from the sheet while programs have streams open.
+#include <optional>
+
+#include "tests/support/clock_tree_user.h"
+#include "tests/support/sheet_test.h"
+#include "tests/support/system.h"
+#include "tests/support/wave_player.h"
+#include "tests/support/wave_recorder.h"
+
+namespace {
+
+class DriverResetTest : public SheetTest {
+protected:
+    explicit DriverResetTest() : SheetTest(2) {}
+
+    void ResetDriver() {
+        test_system::AnswerMessageBoxes(IDYES);
+        const ClockTreeUser tree(Open().Show(u"Clocks + Sync").Window());
+        tree.ShiftRightClick(ClockTreeUser::Space);
+        tree.Choose(u'R');
+    }
+};
+
+TEST_F(DriverResetTest, StreamsThatAreClosedLaterLeaveTheClockFree) {
+    Follow(1, 0);
+    const WaveFormat before = PcmFormat(44100, 2, 16);
+    for (const DWORD rate : {48000u, 96000u}) {
+        SCOPED_TRACE(rate);
+        const WaveFormat after = PcmFormat(rate, 2, 16);
+        WavePlayer players[2];
+        WaveRecorder recorder;
+        ASSERT_EQ(players[0].Open(0, before), MMSYSERR_NOERROR);
+        ASSERT_EQ(players[1].Open(2, before), MMSYSERR_NOERROR);
+        ASSERT_EQ(recorder.Open(0, before), MMSYSERR_NOERROR);
+        ASSERT_EQ(players[0].Write(Pattern(40000)), MMSYSERR_NOERROR);
+        ResetDriver();
+        for (WavePlayer& player : players) {
+            player.Shut();
+            player.ExpectEachReturnedOnce();
+        }
+        recorder.Shut();
+
+        // The counts are right again: one stream keeps the others off its rate, none does so no more.
+        for (int round = 0; round < 2; ++round) {
+            ASSERT_EQ(players[0].Open(0, after), MMSYSERR_NOERROR) << round;
+            EXPECT_EQ(players[1].Open(2, before), unsigned{WAVERR_BADFORMAT});
+            EXPECT_EQ(recorder.Open(0, before), unsigned{WAVERR_BADFORMAT});
+            EXPECT_EQ(Cards().SampleRate(0), rate);
+            EXPECT_EQ(players[0].Close(), MMSYSERR_NOERROR);
+        }
+        ASSERT_EQ(players[0].Open(0, after), MMSYSERR_NOERROR);
+        ASSERT_EQ(players[0].Write(Pattern(4000)), MMSYSERR_NOERROR);
+        Cards().Advance(Second / 10);
+        EXPECT_EQ(Cards().Output(0, simulator::Port::Analog).FramesPlayed, 1000u) << "nobody is waited for";
+    }
+}
+
+// The stream that is closed after the reset is not the one that has its port's mark by then.
+TEST_F(DriverResetTest, ACloseCountsDownOnlyItsOwn) {
+    WavePlayer first;
+    WavePlayer second;
+    ASSERT_EQ(first.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    ResetDriver();
+    ASSERT_EQ(second.Open(1, PcmFormat(48000, 2, 16)), MMSYSERR_NOERROR);
+    EXPECT_EQ(first.Close(), MMSYSERR_NOERROR);
+    WavePlayer third;
+    EXPECT_EQ(third.Open(0, PcmFormat(44100, 2, 16)), unsigned{WAVERR_BADFORMAT}) << "the second still runs";
+    EXPECT_EQ(Cards().SampleRate(0), 48000u);
+}
+
+}  // namespace
