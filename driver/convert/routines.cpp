@@ -15,17 +15,17 @@ namespace {
 
 // Windows NT 4 neither enables the vector registers nor saves them, whatever the processor has.
 bool SystemKeepsVectors() {
-    constexpr BYTE firstVersion = 5;
-    return LOBYTE(LOWORD(GetVersion())) >= firstVersion;
+    constexpr BYTE FirstVersion = 5;
+    return LOBYTE(LOWORD(GetVersion())) >= FirstVersion;
 }
 
 bool ProcessorHasSsse3() {
-    constexpr unsigned featureLeaf = 1;
+    constexpr unsigned FeatureLeaf = 1;
     unsigned a = 0;
     unsigned b = 0;
     unsigned c = 0;
     unsigned d = 0;
-    return __get_cpuid(featureLeaf, &a, &b, &c, &d) != 0 && (c & bit_SSSE3) != 0;
+    return __get_cpuid(FeatureLeaf, &a, &b, &c, &d) != 0 && (c & bit_SSSE3) != 0;
 }
 
 }  // namespace

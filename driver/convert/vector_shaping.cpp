@@ -105,10 +105,10 @@ VECTOR_INLINE bool Finish(typename Output::Sample* destination, const Block& blo
         lowest = _mm_min_epi16(lowest, words);
         StoreGroup(destination + i, words);
     }
-    constexpr int16_t end = static_cast<int16_t>((1 << SumShift<Output>)-1);
+    constexpr int16_t End = static_cast<int16_t>((1 << SumShift<Output>)-1);
     const __m128i atEnd =
-        _mm_or_si128(_mm_cmpgt_epi16(highest, _mm_set1_epi16(static_cast<int16_t>(end - 1))),
-                     _mm_cmpgt_epi16(_mm_set1_epi16(static_cast<int16_t>(-end)), lowest));
+        _mm_or_si128(_mm_cmpgt_epi16(highest, _mm_set1_epi16(static_cast<int16_t>(End - 1))),
+                     _mm_cmpgt_epi16(_mm_set1_epi16(static_cast<int16_t>(-End)), lowest));
     return _mm_movemask_epi8(atEnd) == 0;
 }
 

@@ -18,8 +18,8 @@ enum DriverEvent : DWORD {
 // own NUL is not part of the table.
 template <DWORD Size>
 constexpr bool IsMessageEntry(DWORD length, const char (&text)[Size]) {
-    constexpr DWORD header = 2 * sizeof(WORD);
-    return length == header + Size - 1 && length % 4 == 0 && text[Size - 2] == 0;
+    constexpr DWORD Header = 2 * sizeof(WORD);
+    return length == Header + Size - 1 && length % 4 == 0 && text[Size - 2] == 0;
 }
 static_assert(IsMessageEntry(MESSAGE_CLOCK_SOURCE_NOT_VALID_LENGTH, MESSAGE_CLOCK_SOURCE_NOT_VALID_TEXT));
 static_assert(IsMessageEntry(MESSAGE_MASTER_CLOCK_RATE_LENGTH, MESSAGE_MASTER_CLOCK_RATE_TEXT));

@@ -55,10 +55,10 @@ BOOL ReadDeviceKeyPath(CardRecord& card, DeviceKeyPath& path) {
 
 // The settings are in the subkey "Config".
 void SetConfigPath(SettingsKey& key, const DeviceKeyPath& deviceKey) {
-    constexpr WCHAR subkey[] = TEXT("\\Config");
-    WCHAR path[LongestDeviceKey + std::size(subkey)];
+    constexpr WCHAR Subkey[] = TEXT("\\Config");
+    WCHAR path[LongestDeviceKey + std::size(Subkey)];
     lstrcpyW(path, deviceKey.Text);
-    lstrcatW(path, subkey);
+    lstrcatW(path, Subkey);
     key.SetPath(path);
 }
 

@@ -37,8 +37,8 @@ DWORD SettledPosition(StreamInstance* stream) {
 
 // Only whole transfer units have reached memory.
 DWORD WholeUnits(const StreamInstance* stream, DWORD frames) {
-    constexpr DWORD cardSampleSize[] = {1, 2, 4, 4};  // bytes, by sample format code
-    const DWORD unit = TransferUnit / cardSampleSize[stream->SampleFormat] / stream->Channels;
+    constexpr DWORD CardSampleSize[] = {1, 2, 4, 4};  // bytes, by sample format code
+    const DWORD unit = TransferUnit / CardSampleSize[stream->SampleFormat] / stream->Channels;
     return frames / unit * unit;
 }
 

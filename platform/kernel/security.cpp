@@ -18,10 +18,10 @@ BOOL WINAPI SetSecurityDescriptorDacl(PSECURITY_DESCRIPTOR pSecurityDescriptor, 
         SetLastError(ERROR_INVALID_PARAMETER);
         return FALSE;
     }
-    constexpr WORD daclBits = SE_DACL_PRESENT | SE_DACL_DEFAULTED;
-    descriptor->Control = static_cast<WORD>(descriptor->Control & ~daclBits);
+    constexpr WORD DaclBits = SE_DACL_PRESENT | SE_DACL_DEFAULTED;
+    descriptor->Control = static_cast<WORD>(descriptor->Control & ~DaclBits);
     if (bDaclPresent) {
-        const WORD set = bDaclDefaulted ? daclBits : SE_DACL_PRESENT;
+        const WORD set = bDaclDefaulted ? DaclBits : SE_DACL_PRESENT;
         descriptor->Control = static_cast<WORD>(descriptor->Control | set);
         descriptor->Dacl = pDacl;
     }

@@ -81,11 +81,11 @@ void ResetRegisters(CardState& card, bool softOnly) {
 }
 
 std::vector<RegisterView> ViewRegisters(MachineState& machine, unsigned card, int64_t now) {
-    constexpr const char* files[] = {"card", "", "indirect", "mixer"};
+    constexpr const char* Files[] = {"card", "", "indirect", "mixer"};
     std::vector<RegisterView> views;
     for (const RegisterDefinition& definition : RegisterTable()) {
         if (definition.File != RegisterFile::Port) {
-            views.push_back(View(files[static_cast<unsigned>(definition.File)], definition,
+            views.push_back(View(Files[static_cast<unsigned>(definition.File)], definition,
                                  ReadRegisterValue(machine, card, 0, definition, now)));
         }
     }

@@ -36,17 +36,17 @@ typename Layout::Slot Load(const uint8_t* bytes) {
 
 template <typename Layout>
 void Decode(bool mono, const uint8_t* bytes, size_t frames, Frame* out) {
-    constexpr size_t size = sizeof(typename Layout::Slot);
+    constexpr size_t Size = sizeof(typename Layout::Slot);
     if (mono) {
         for (size_t i = 0; i < frames; ++i) {
-            const int32_t value = Layout::Value(Load<Layout>(bytes + i * size));
+            const int32_t value = Layout::Value(Load<Layout>(bytes + i * Size));
             out[i] = {value, value};
         }
         return;
     }
     for (size_t i = 0; i < frames; ++i) {
-        out[i] = {Layout::Value(Load<Layout>(bytes + 2 * i * size)),
-                  Layout::Value(Load<Layout>(bytes + (2 * i + 1) * size))};
+        out[i] = {Layout::Value(Load<Layout>(bytes + 2 * i * Size)),
+                  Layout::Value(Load<Layout>(bytes + (2 * i + 1) * Size))};
     }
 }
 

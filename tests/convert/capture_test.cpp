@@ -65,29 +65,29 @@ TEST(Dither, SilenceGivesTheKnownSequences) {
 }
 
 TEST(Dither, TheEndsOfTheRangeHold) {
-    constexpr int32_t highest = 0x7FFFFFFF;
-    constexpr int32_t lowest = -0x7FFFFFFF - 1;
+    constexpr int32_t Highest = 0x7FFFFFFF;
+    constexpr int32_t Lowest = -0x7FFFFFFF - 1;
     for (uint32_t type = DitherRectangular; type <= DitherTriangularShaped; ++type) {
         SCOPED_TRACE(type);
         // Dither takes the highest value down by a step at most (its own truncation is one more), and
         // never across the range; shaping adds up to a step of its own.
-        for (const int sample : Dither(std::vector<int32_t>(5000, highest), 16, type)) {
+        for (const int sample : Dither(std::vector<int32_t>(5000, Highest), 16, type)) {
             ASSERT_GE(sample, 32765);
         }
-        for (const int sample : Dither(std::vector<int32_t>(5000, lowest), 16, type)) {
+        for (const int sample : Dither(std::vector<int32_t>(5000, Lowest), 16, type)) {
             ASSERT_LE(sample, -32766);
         }
-        for (const int sample : Dither(std::vector<int32_t>(5000, highest), 8, type)) {
+        for (const int sample : Dither(std::vector<int32_t>(5000, Highest), 8, type)) {
             ASSERT_GE(sample, 253);
         }
-        for (const int sample : Dither(std::vector<int32_t>(5000, lowest), 8, type)) {
+        for (const int sample : Dither(std::vector<int32_t>(5000, Lowest), 8, type)) {
             ASSERT_LE(sample, 2);
         }
     }
     // The first draw is positive, the third negative.
-    EXPECT_EQ(Dither({highest, highest, lowest, lowest}, 16, DitherRectangular),
+    EXPECT_EQ(Dither({Highest, Highest, Lowest, Lowest}, 16, DitherRectangular),
               (std::vector<int>{32767, 32767, -32768, -32768}));
-    EXPECT_EQ(Dither({highest, highest, lowest, lowest}, 8, DitherRectangular),
+    EXPECT_EQ(Dither({Highest, Highest, Lowest, Lowest}, 8, DitherRectangular),
               (std::vector<int>{255, 255, 0, 0}));
 }
 

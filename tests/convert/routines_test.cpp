@@ -226,15 +226,15 @@ void ExpectSameDither(const RoutineSet& set, const DitherKind& kind, const std::
 // Every count up to a few blocks, and one long enough for every way through a buffer, from any state that may
 // be left by the buffer before.
 TEST_P(Routines, DitherRecordings) {
-    constexpr size_t samples = 3000;
+    constexpr size_t Samples = 3000;
     const DitherState starts[] = {
         {0, {0, 0}}, {1, {0x40000000, -0x40000000}}, {0xFFFFFFFF, {-0x7FFFFFFF - 1, 0x7FFFFFFF}}};
-    for (const std::vector<BYTE>& recording : Recordings(samples)) {
+    for (const std::vector<BYTE>& recording : Recordings(Samples)) {
         for (const DitherKind& kind : DitherKinds()) {
             SCOPED_TRACE(testing::Message()
                          << kind.Bits << " bits, type " << kind.Type << ", " << kind.Channels);
             for (const DitherState& start : starts) {
-                ExpectSameDither(GetParam(), kind, recording, samples, start);
+                ExpectSameDither(GetParam(), kind, recording, Samples, start);
                 for (size_t count = 0; count <= MostSamples; count += kind.Channels) {
                     ExpectSameDither(GetParam(), kind, recording, count, start);
                 }

@@ -52,7 +52,7 @@ TEST_F(DriverProcTest, EveryMessageHasItsAnswer) {
         LPARAM Param1;
         LRESULT Answer;
     };
-    constexpr Case cases[] = {
+    constexpr Case Cases[] = {
         {DRV_LOAD, 0, 1},
         {DRV_ENABLE, 0, 1},
         {DRV_OPEN, 0, 1},
@@ -74,7 +74,7 @@ TEST_F(DriverProcTest, EveryMessageHasItsAnswer) {
         {DRV_REMOVE, 0, DRVCNF_RESTART},
     };
     const DriverLibrary library;
-    for (const Case& expected : cases) {
+    for (const Case& expected : Cases) {
         EXPECT_EQ(library.DriverProc(expected.Message, expected.Param1), expected.Answer)
             << "message " << expected.Message << ", " << expected.Param1;
     }

@@ -312,10 +312,10 @@ TEST_F(AnyWakeUpTest, ACriticalOneLooksAtEachCard) {
 }
 
 TEST_F(AnyWakeUpTest, OneAfterTheOtherLeavesPortsRunning) {
-    constexpr LPARAM events[] = {PWR_SUSPENDRESUME, PWR_CRITICALRESUME};
+    constexpr LPARAM Events[] = {PWR_SUSPENDRESUME, PWR_CRITICALRESUME};
     Begin();
-    for (const LPARAM first : events) {
-        for (const LPARAM second : events) {
+    for (const LPARAM first : Events) {
+        for (const LPARAM second : Events) {
             SCOPED_TRACE(testing::Message() << first << ", then " << second);
             Sleep();
             Wake(first);

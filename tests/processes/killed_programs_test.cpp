@@ -114,13 +114,13 @@ void Begin(Companion& victim, const Death& death) {
 
 // Plays while the others die: every buffer is heard, whole and in order, and comes back once.
 void Survive(Companion& test) {
-    constexpr unsigned buffers = 60;
+    constexpr unsigned Buffers = 60;
     test.Hear();
     std::optional<Program> program(2);
     WavePlayer player;
     test.Tell(player.Open(0, Format44100));
     std::vector<BYTE> all;
-    for (unsigned i = 0; i < buffers; ++i) {
+    for (unsigned i = 0; i < Buffers; ++i) {
         const std::vector<BYTE> data = Pattern(4000, i);
         EXPECT_EQ(player.Write(data), MMSYSERR_NOERROR);
         all.insert(all.end(), data.begin(), data.end());
@@ -128,7 +128,7 @@ void Survive(Companion& test) {
     test.Tell(0);
     test.Hear();
     program->Cards.Advance(10 * 1000 * Millisecond);
-    EXPECT_EQ(player.DoneCount(), buffers);
+    EXPECT_EQ(player.DoneCount(), Buffers);
     EXPECT_TRUE(program->Cards.Played(0, Port::Analog) == Sound(Format44100, all));
     test.Tell(player.Close());
     test.Hear();
@@ -168,10 +168,10 @@ void Audit(Companion& test) {
 }
 
 TEST_F(KilledProgramsTest, TheOthersGoOn) {
-    constexpr unsigned rounds = 12;
+    constexpr unsigned Rounds = 12;
     std::mt19937 random(20);
     const auto pick = [&random](unsigned most) { return static_cast<unsigned>(random() % most) + 1; };
-    for (unsigned round = 0; round < rounds && !HasFailure(); round += Companion::RoundStep) {
+    for (unsigned round = 0; round < Rounds && !HasFailure(); round += Companion::RoundStep) {
         SCOPED_TRACE(testing::Message() << "round " << round);
         machine_.Renew();
         Companion survivor(Survive);

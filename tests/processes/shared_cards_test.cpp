@@ -113,7 +113,7 @@ TEST_F(SharedCardsTest, ALaterProgramTakesTheTableAsItIs) {
 }
 
 TEST_F(SharedCardsTest, ProgramsThatStartAtOnceDiscoverOnce) {
-    constexpr Companion::Script start = [](Companion& test) {
+    constexpr Companion::Script Start = [](Companion& test) {
         test.Hear();
         Program program;
         test.Tell(0);
@@ -122,8 +122,8 @@ TEST_F(SharedCardsTest, ProgramsThatStartAtOnceDiscoverOnce) {
         test.Tell(static_cast<int64_t>(program.Cards.Trace().size()));
         test.Hear();
     };
-    std::array<Companion, 4> others = {Companion(start), Companion(start), Companion(start),
-                                       Companion(start)};
+    std::array<Companion, 4> others = {Companion(Start), Companion(Start), Companion(Start),
+                                       Companion(Start)};
     Program program(3);
     for (Companion& other : others) {
         other.Tell(1);

@@ -79,10 +79,10 @@ void UnloadAndEndInTheMiddle(Companion& test) {
 }
 
 unsigned ClaimedOutputs(const simulator::Simulator& cards) {
-    constexpr unsigned firstOutput = 2;
+    constexpr unsigned FirstOutput = 2;
     unsigned claimed = 0;
     for (UINT device = 0; device < Outputs; ++device) {
-        claimed += cards.ChannelClaimed(device / 2, firstOutput + device % 2) ? 1 : 0;
+        claimed += cards.ChannelClaimed(device / 2, FirstOutput + device % 2) ? 1 : 0;
     }
     return claimed;
 }

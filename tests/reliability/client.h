@@ -16,9 +16,9 @@
 
 // Every answer that an open may give when something fails under it.
 inline bool IsRefusalOfOpen(MMRESULT result) {
-    constexpr MMRESULT refusals[] = {MMSYSERR_ERROR,     MMSYSERR_BADDEVICEID, MMSYSERR_NOTENABLED,
+    constexpr MMRESULT Refusals[] = {MMSYSERR_ERROR,     MMSYSERR_BADDEVICEID, MMSYSERR_NOTENABLED,
                                      MMSYSERR_ALLOCATED, MMSYSERR_NODRIVER,    MMSYSERR_NOMEM};
-    return std::find(std::begin(refusals), std::end(refusals), result) != std::end(refusals);
+    return std::find(std::begin(Refusals), std::end(Refusals), result) != std::end(Refusals);
 }
 
 // Start, stop, pause, reset and the like succeed whatever becomes of their requests.

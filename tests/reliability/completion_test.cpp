@@ -160,7 +160,7 @@ TEST_F(CompletionTest, ForAHeaderThatTheClientHasFreed) {
 // Five thousand in one wake-up, each of them twice, while the service thread is busy in a callback; with and
 // without memory to collect them.
 TEST_F(CompletionTest, ThousandsAtOnce) {
-    constexpr unsigned buffers = 5000;
+    constexpr unsigned Buffers = 5000;
     WaveFormat format = format_;
     format.Basic().nAvgBytesPerSec = 0x7FFFFFFF;  // as many in the card as there are
     for (const unsigned failing : {0u, 1u, 2u}) {
@@ -178,13 +178,13 @@ TEST_F(CompletionTest, ThousandsAtOnce) {
             }
         });
         Always(waveOutPause(player.Wave.Handle()));
-        Write(player, buffers, 40);
-        EXPECT_EQ(Cards().Output(0, Port::Analog).BuffersInFlight, buffers);
+        Write(player, Buffers, 40);
+        EXPECT_EQ(Cards().Output(0, Port::Analog).BuffersInFlight, Buffers);
         Always(waveOutRestart(player.Wave.Handle()));
-        for (int i = 0; i < 100 && player.Wave.DoneCount() < buffers; ++i) {
+        for (int i = 0; i < 100 && player.Wave.DoneCount() < Buffers; ++i) {
             Cards().Advance(Second);  // waits for the service thread, but on a slow machine not until the end
         }
-        EXPECT_EQ(player.Wave.DoneCount(), buffers);
+        EXPECT_EQ(player.Wave.DoneCount(), Buffers);
         test_system::ClearCallFailures();
         ExpectTheEnd(player);
         player.ExpectBalance();

@@ -123,10 +123,10 @@ private:
     void Control(unsigned what) {
         using OutputCall = MMRESULT(WINAPI*)(HWAVEOUT);
         using InputCall = MMRESULT(WINAPI*)(HWAVEIN);
-        constexpr OutputCall outputCalls[] = {waveOutPause, waveOutRestart, waveOutRestart, waveOutBreakLoop,
+        constexpr OutputCall OutputCalls[] = {waveOutPause, waveOutRestart, waveOutRestart, waveOutBreakLoop,
                                               waveOutReset};
-        constexpr InputCall inputCalls[] = {waveInStart, waveInStop, waveInStart, waveInStart, waveInReset};
-        Always(output_ ? outputCalls[what % 5](Out()) : inputCalls[what % 5](In()));
+        constexpr InputCall InputCalls[] = {waveInStart, waveInStop, waveInStart, waveInStart, waveInReset};
+        Always(output_ ? OutputCalls[what % 5](Out()) : InputCalls[what % 5](In()));
     }
 
     static void CALLBACK Callback(HWAVEOUT, UINT message, DWORD_PTR self, DWORD_PTR header, DWORD_PTR) {

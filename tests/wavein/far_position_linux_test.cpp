@@ -7,9 +7,9 @@ namespace {
 class FarPositionTest : public InputTest {};
 
 TEST_F(FarPositionTest, FullBuffersAreFull) {
-    constexpr DWORD ahead[] = {0x1FFFFFFF, 0x20000000, 0x20000100, 0x3FFFF000};  // frames of four bytes
+    constexpr DWORD Ahead[] = {0x1FFFFFFF, 0x20000000, 0x20000100, 0x3FFFF000};  // frames of four bytes
     RequestGate gate;
-    for (const DWORD frames : ahead) {
+    for (const DWORD frames : Ahead) {
         SCOPED_TRACE(frames);
         const auto signal = PlugIn(2000);
         const WaveFormat format = PcmFormat(48000, 2, 16);
