@@ -1,4 +1,5 @@
-// What happens when the card has played a buffer.
+// What happens when the card has played a buffer: the pass is counted, the header goes back to the client
+// when it was the last one, and the next headers go to the card.
 #include "stream/header_queue.h"
 #include "stream/header_return.h"
 #include "waveout/output_parts.h"

@@ -43,7 +43,7 @@ void OtherProgram(Companion& test) {
             const auto port = device % 2 == 0 ? Port::Analog : Port::Digital;
             test.Tell(static_cast<int64_t>(program.Cards.Output(device / 2, port).FramesPlayed));
         } else {
-            SendPower(word);
+            SendPower(static_cast<LPARAM>(word));
             test.Tell(0);
         }
     }
