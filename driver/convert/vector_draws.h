@@ -84,15 +84,15 @@ public:
     VECTOR_INLINE explicit GroupDither(uint32_t random) : GroupDither(random, FirstStates(random, Draws)) {}
 
     VECTOR_INLINE void Next(__m128i& first, __m128i& second) {
-        constexpr Stride group(DitherGroup * Draws);
+        constexpr Stride Group(DitherGroup * Draws);
         if constexpr (TwoDraws) {
-            first = first_.TakePairs(group);
-            second = second_.TakePairs(group);
+            first = first_.TakePairs(Group);
+            second = second_.TakePairs(Group);
         } else {
-            first = first_.Take(group);
-            second = second_.Take(group);
+            first = first_.Take(Group);
+            second = second_.Take(Group);
         }
-        random_ = group(random_);
+        random_ = Group(random_);
     }
 
     uint32_t Random() const { return random_; }

@@ -14,8 +14,8 @@ namespace kestvox {
 namespace {
 
 // What this process saw at its suspend: how often each card had been initialised.
-bool Suspended = false;
-LONG InitCounts[MaxCards];
+std::atomic<bool> Suspended = false;
+SharedCount InitCounts[MaxCards];
 
 // An initialised card keeps its clock mode; one that has lost its power does not have it.
 bool KeptItsState(CardHandle* handle) {
@@ -50,7 +50,7 @@ void BringBackCards(Wake wake) {
 
 void SuspendDriver() {
     for (CardRecord* card = FirstCard(); card != nullptr; card = NextCard(card)) {
-        InitCounts[card->Ordinal] = card->InitCount;
+        InitCounts[card->Ordinal] = card->InitCount.load();
     }
     Suspended = true;
     SuspendStreams();

@@ -37,11 +37,11 @@ void RecordedRuns::End(DWORD frames) {
 // byte: so a little more may have been delivered.
 DWORD RecordedRuns::Remaining(const StreamInstance* stream, DWORD frames) const {
     const DWORD bytes = BytesOfFrames(stream, frames);
-    return BytesDelivered_ - bytes < TransferUnit ? 0 : bytes - BytesDelivered_;
+    return bytesDelivered_ - bytes < TransferUnit ? 0 : bytes - bytesDelivered_;
 }
 
 DWORD RecordedRuns::TakeShare(const StreamInstance* stream, const HeldHeader& held, DWORD capacity) {
-    for (; served_ != ended_ && At(served_).Resets <= held.Resets; ++served_, BytesDelivered_ = 0) {
+    for (; served_ != ended_ && At(served_).Resets <= held.Resets; ++served_, bytesDelivered_ = 0) {
         const Run& run = At(served_);
         const DWORD left = run.StopPosition != NoPosition ? Remaining(stream, run.StopPosition) : 0;
         if (left != 0 && run.Resets == held.Resets) {
@@ -58,7 +58,7 @@ DWORD RecordedRuns::TakeShare(const StreamInstance* stream, const HeldHeader& he
 }
 
 DWORD RecordedRuns::Deliver(DWORD bytes) {
-    BytesDelivered_ += bytes;
+    bytesDelivered_ += bytes;
     return bytes;
 }
 

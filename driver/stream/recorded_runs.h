@@ -46,7 +46,7 @@ private:
     Run runs_[MostEnded + 1];  // by number
     SharedWord ended_;         // runs that have ended; the next number is the live one's
     SharedWord served_;        // the run whose buffers are coming back
-    DWORD BytesDelivered_;     // of it
+    DWORD bytesDelivered_;     // of it
 };
 
 }  // namespace kestvox

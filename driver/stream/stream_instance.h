@@ -119,12 +119,12 @@ struct StreamInstance {
 
     SharedWord Resetting;  // resets under way: a client may reset inside the callback of a reset
     SharedWord IsOpen;
-    SharedWord Opening;    // OpeningState
-    SharedWord Closing;    // the client can act on the stream no more
-    SharedWord JustReset;  // set by a reset, cleared by the message that acts on the stream next
-    SharedWord Power;      // PortPower
-    SharedWord Sleeps;     // how often Power has become Asleep
-    DWORD PreparedInit;    // the card's InitCount when the port was last prepared; its control
+    SharedWord Opening;       // OpeningState
+    SharedWord Closing;       // the client can act on the stream no more
+    SharedWord JustReset;     // set by a reset, cleared by the message that acts on the stream next
+    SharedWord Power;         // PortPower
+    SharedWord Sleeps;        // how often Power has become Asleep
+    SharedWord PreparedInit;  // the card's InitCount when the port was last prepared
     SharedWord DirectMode;
     PciConfiguration SavedPciConfig;
 
