@@ -16,22 +16,22 @@ namespace {
 using Texts = std::vector<std::u16string>;
 using test_system::HelpRequest;
 
-class FrameTest : public SheetTest {
+class SheetFrameTest : public SheetTest {
 protected:
-    FrameTest() : SheetTest(1) {}
-    explicit FrameTest(unsigned cards) : SheetTest(cards) {}
+    SheetFrameTest() : SheetTest(1) {}
+    explicit SheetFrameTest(unsigned cards) : SheetTest(cards) {}
 
     void ForgetIdentity(unsigned card) { Cards().SetIdentityPage(card, std::array<uint8_t, 128>{}); }
 };
 
-class SeveralCards : public FrameTest {
+class SeveralCards : public SheetFrameTest {
 protected:
-    SeveralCards() : FrameTest(2) {}
+    SeveralCards() : SheetFrameTest(2) {}
 };
 
-class AllCards : public FrameTest {
+class AllCards : public SheetFrameTest {
 protected:
-    AllCards() : FrameTest(simulator::MaxCards) {}
+    AllCards() : SheetFrameTest(simulator::MaxCards) {}
 };
 
 TEST_F(SeveralCards, HaveTheirPagesOneAfterTheOther) {
@@ -48,7 +48,7 @@ TEST_F(SeveralCards, HaveTheirPagesOneAfterTheOther) {
     EXPECT_FALSE(sheet.CanApply()) << "looking changes nothing";
 }
 
-TEST_F(FrameTest, CardOfUnknownIdentityHasNoVersionPage) {
+TEST_F(SheetFrameTest, CardOfUnknownIdentityHasNoVersionPage) {
     StoreText(0, TEXT("Name"), u"X");
     ForgetIdentity(0);
     EXPECT_EQ(Open().Titles(),
@@ -64,21 +64,21 @@ TEST_F(AllCards, HaveFiftyPagesInOneRowOfTabs) {
     EXPECT_NE(sheet.Show(49).Control(IDC_EASI_BUFFER), nullptr);
 }
 
-TEST_F(FrameTest, NothingIsShownWithoutACard) {
+TEST_F(SheetFrameTest, NothingIsShownWithoutACard) {
     Cards().SetPresent(0, false);
     Sheet sheet(Library());
     EXPECT_EQ(sheet.Window(), nullptr);
     EXPECT_EQ(sheet.Closed(), DRVCNF_CANCEL);
 }
 
-TEST_F(FrameTest, NothingIsShownAfterAnInstallation) {
+TEST_F(SheetFrameTest, NothingIsShownAfterAnInstallation) {
     Library().DriverProc(DRV_INSTALL);
     Sheet sheet(Library());
     EXPECT_EQ(sheet.Window(), nullptr);
     EXPECT_EQ(sheet.Closed(), DRVCNF_RESTART);
 }
 
-TEST_F(FrameTest, OpensWithNothingToApplyAndAnswersOkHoweverItCloses) {
+TEST_F(SheetFrameTest, OpensWithNothingToApplyAndAnswersOkHoweverItCloses) {
     Sheet& cancelled = Open();
     EXPECT_EQ(cancelled.Current().Text(IDC_NAME), u"Kestrelvox");
     EXPECT_FALSE(cancelled.CanApply());
@@ -100,7 +100,7 @@ TEST_F(FrameTest, OpensWithNothingToApplyAndAnswersOkHoweverItCloses) {
     EXPECT_EQ(restart.Closed(), DRVCNF_RESTART);
 }
 
-TEST_F(FrameTest, OnlyOneSheetUnlessTheCallerBringsInformation) {
+TEST_F(SheetFrameTest, OnlyOneSheetUnlessTheCallerBringsInformation) {
     Sheet first(Library(), Sheet::Entry::Configure);
     ASSERT_NE(first.Window(), nullptr);
     {
@@ -118,7 +118,7 @@ TEST_F(FrameTest, OnlyOneSheetUnlessTheCallerBringsInformation) {
     EXPECT_NE(other.Window(), first.Window());
 }
 
-TEST_F(FrameTest, PageThatWasNeverShownStoresNothing) {
+TEST_F(SheetFrameTest, PageThatWasNeverShownStoresNothing) {
     Sheet& sheet = Open();
     sheet.Current().Click(IDC_NON_AUDIO);
     sheet.Ok();
@@ -133,7 +133,7 @@ struct PageHelpCase {
     std::vector<std::pair<int, ULONG_PTR>> Controls;
 };
 
-TEST_F(FrameTest, EachPageAndControlHasItsHelp) {
+TEST_F(SheetFrameTest, EachPageAndControlHasItsHelp) {
     std::vector<std::pair<int, ULONG_PTR>> mixer;
     for (int control = IDC_FIRST_MIXER_SLIDER; control <= IDC_LAST_MIXER_VALUE; ++control) {
         mixer.emplace_back(control, 911);

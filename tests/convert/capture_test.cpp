@@ -64,7 +64,7 @@ TEST(Dither, SilenceGivesTheKnownSequences) {
     }
 }
 
-TEST(Dither, TheEndsOfTheRangeHold) {
+TEST(Dither, EndsOfTheRangeDoNotOverflow) {
     constexpr int32_t Highest = 0x7FFFFFFF;
     constexpr int32_t Lowest = -0x7FFFFFFF - 1;
     for (uint32_t type = DitherRectangular; type <= DitherTriangularShaped; ++type) {

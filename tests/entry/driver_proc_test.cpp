@@ -123,7 +123,7 @@ TEST_F(DriverProcTest, FreeClosesTheStreamsWithoutAWordAndOnlyOnce) {
 }
 
 // The library stays loaded between DRV_FREE and the next DRV_LOAD.
-TEST_F(DriverProcTest, ASecondLifeIsLikeTheFirst) {
+TEST_F(DriverProcTest, LoadAfterFreeWorksLikeTheFirstLoad) {
     const std::string before = test_system::Usage();
     int messages = 0;
     {

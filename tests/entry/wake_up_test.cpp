@@ -229,7 +229,7 @@ TEST_F(MissingCardTest, TheOthersGoOnWithoutIt) {
 
 // --- wake-ups of every kind ----------------------------------------------------------------------
 
-class AnyWakeUpTest : public WakeUpTest {
+class WakeUpKindTest : public WakeUpTest {
 protected:
     void TearDown() override {
         for (WaveRecorder& recorder : recorders_) {
@@ -279,7 +279,7 @@ protected:
     WaveRecorder recorders_[2];
 };
 
-TEST_F(AnyWakeUpTest, ACriticalOneWithoutASleepLeavesRunningPortsAlone) {
+TEST_F(WakeUpKindTest, CriticalWithoutASleepLeavesRunningPortsAlone) {
     Begin();
     Cards().ClearTrace();
     Wake(PWR_CRITICALRESUME);
@@ -293,7 +293,7 @@ TEST_F(AnyWakeUpTest, ACriticalOneWithoutASleepLeavesRunningPortsAlone) {
     }
 }
 
-TEST_F(AnyWakeUpTest, ACriticalOneBringsBackWhatHasLostItsPower) {
+TEST_F(WakeUpKindTest, ACriticalOneBringsBackWhatHasLostItsPower) {
     Begin();
     LosePower();
     Wake(PWR_CRITICALRESUME);
@@ -302,7 +302,7 @@ TEST_F(AnyWakeUpTest, ACriticalOneBringsBackWhatHasLostItsPower) {
 }
 
 // One card has kept its power.
-TEST_F(AnyWakeUpTest, ACriticalOneLooksAtEachCard) {
+TEST_F(WakeUpKindTest, ACriticalOneLooksAtEachCard) {
     Begin();
     Cards().PowerCycle(1);
     Wake(PWR_CRITICALRESUME);
@@ -311,7 +311,7 @@ TEST_F(AnyWakeUpTest, ACriticalOneLooksAtEachCard) {
     ExpectComplete();
 }
 
-TEST_F(AnyWakeUpTest, OneAfterTheOtherLeavesPortsRunning) {
+TEST_F(WakeUpKindTest, TwoInARowLeavePortsRunning) {
     constexpr LPARAM Events[] = {PWR_SUSPENDRESUME, PWR_CRITICALRESUME};
     Begin();
     for (const LPARAM first : Events) {
@@ -327,7 +327,7 @@ TEST_F(AnyWakeUpTest, OneAfterTheOtherLeavesPortsRunning) {
 }
 
 // A port that its client has paused, or has stopped, is as it was after all of that.
-TEST_F(AnyWakeUpTest, OneAfterTheOtherStartsNobody) {
+TEST_F(WakeUpKindTest, OneAfterTheOtherStartsNobody) {
     Begin();
     waveOutPause(players_[0].Handle());
     recorders_[0].Stop();
@@ -366,7 +366,7 @@ TEST_F(WakeUpTest, AVolumeOutlastsTheSleep) {
 }
 
 // An open would be refused for it, and a user told.
-TEST_F(WakeUpTest, AWrongIncomingRateIsNoReasonNotToGoOn) {
+TEST_F(WakeUpTest, WrongIncomingRateIsIgnored) {
     StoreSetting(0, TEXT("ClockSource"), 64);
     Cards().SetDigitalInputRate(0, Rate);
     WavePlayer& player = players_[0];

@@ -233,7 +233,7 @@ TEST_F(KilledProgramsTest, TheClockIsFree) {
 }
 
 // A program dies that others would have waited for, to start on one frame with it.
-TEST_F(KilledProgramsTest, NobodyWaitsForTheDead) {
+TEST_F(KilledProgramsTest, AStartDoesNotWaitForAKilledProgram) {
     Companion victim(OpenAndWait<1>);
     Program program(1);
     ASSERT_EQ(waveOutGetNumDevs(), 2u);

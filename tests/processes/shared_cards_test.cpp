@@ -164,7 +164,7 @@ TEST_F(SharedCardsTest, AKilledProgramFreesItsPort) {
     EXPECT_EQ(player.Open(0, Format44100), static_cast<MMRESULT>(MMSYSERR_NOERROR));
 }
 
-TEST_F(SharedCardsTest, TheNextProgramOnAKilledOnesPortIsHeard) {
+TEST_F(SharedCardsTest, PortOfAKilledProgramPlaysForTheNext) {
     Companion other(PlayUntilKilled);
     Program program(1);
     ASSERT_EQ(waveOutGetNumDevs(), 2u);

@@ -60,7 +60,7 @@ TEST_F(CompletionTest, OutOfOrder) {
 
 // A client that hands each header in again meets the second completion of its last turn: whichever is
 // believed, a turn ends once.
-TEST_F(CompletionTest, AgainForAHeaderThatIsBackInTheCard) {
+TEST_F(CompletionTest, DuplicateForAHeaderThatIsInTheCardAgain) {
     for (const int64_t delay : {1 * Millisecond, 20 * Millisecond, 300 * Millisecond}) {
         SCOPED_TRACE(delay);
         Player player;

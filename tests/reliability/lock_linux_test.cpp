@@ -49,9 +49,9 @@ private:
     unsigned underMutex_ = 0;
 };
 
-class LockTest : public DriverTest {};
+class DriverMutexTest : public DriverTest {};
 
-TEST_F(LockTest, NoRequestOfAClientIsMadeUnderTheMutexOfAll) {
+TEST_F(DriverMutexTest, IsNotHeldOverTheRequestsOfMessages) {
     waveOutGetNumDevs();  // no thread can end while the library is being loaded, or unloaded
     RequestWatch watch;
     const WaveFormat format = PcmFormat(44100, 2, 24);

@@ -158,7 +158,7 @@ TEST_F(StreamFailureTest, AFlushThatFailsLosesNothing) {
     ExpectPlayed({1});
 }
 
-TEST_F(StreamFailureTest, CompletionsGoAstray) {
+TEST_F(StreamFailureTest, CompletionsAreLostLateOrDuplicated) {
     struct Case {
         const char* Name;
         Fault::Kind Kind;

@@ -6,7 +6,7 @@ namespace {
 
 class FarPositionTest : public InputTest {};
 
-TEST_F(FarPositionTest, FullBuffersAreFull) {
+TEST_F(FarPositionTest, FullBuffersReportTheirWholeLength) {
     constexpr DWORD Ahead[] = {0x1FFFFFFF, 0x20000000, 0x20000100, 0x3FFFF000};  // frames of four bytes
     RequestGate gate;
     for (const DWORD frames : Ahead) {

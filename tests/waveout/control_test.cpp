@@ -7,7 +7,7 @@ namespace {
 
 constexpr MMRESULT Done = MMSYSERR_NOERROR;
 
-class ControlTest : public OutputTest {
+class OutputControlTest : public OutputTest {
 protected:
     static constexpr DWORD BufferFrames = 1000;
 
@@ -32,7 +32,7 @@ protected:
     std::vector<BYTE> written_;
 };
 
-TEST_F(ControlTest, APauseBeforeTheFirstWriteHoldsEverythingUntilRestart) {
+TEST_F(OutputControlTest, APauseBeforeTheFirstWriteHoldsEverythingUntilRestart) {
     Pause();
     Write(3);
     Cards().Advance(Second);
@@ -45,7 +45,7 @@ TEST_F(ControlTest, APauseBeforeTheFirstWriteHoldsEverythingUntilRestart) {
     ExpectEachReturnedOnce();
 }
 
-TEST_F(ControlTest, APauseStopsTheSoundWhereItIs) {
+TEST_F(OutputControlTest, APauseStopsTheSoundWhereItIs) {
     Write(5);
     AdvanceFrames(2500);
     Pause();
@@ -66,7 +66,7 @@ TEST_F(ControlTest, APauseStopsTheSoundWhereItIs) {
     ExpectEachReturnedOnce();
 }
 
-TEST_F(ControlTest, PositionIsInSamplesUnlessBytesAreAskedFor) {
+TEST_F(OutputControlTest, PositionIsInSamplesUnlessBytesAreAskedFor) {
     Write();
     Cards().Advance(Second);
     for (const UINT type : {TIME_MS, TIME_SMPTE, TIME_MIDI, TIME_TICKS, TIME_SAMPLES, 0}) {
@@ -82,7 +82,7 @@ TEST_F(ControlTest, PositionIsInSamplesUnlessBytesAreAskedFor) {
     EXPECT_EQ(bytes.wType, unsigned{TIME_BYTES});
 }
 
-TEST_F(ControlTest, APositionThatCannotBeHadIsAnError) {
+TEST_F(OutputControlTest, APositionThatCannotBeHadIsAnError) {
     MMTIME time = {};
     time.wType = TIME_BYTES;
     const auto position = reinterpret_cast<DWORD_PTR>(&time);
@@ -96,7 +96,7 @@ TEST_F(ControlTest, APositionThatCannotBeHadIsAnError) {
     EXPECT_EQ(Send(WODM_GETPOS, position, sizeof time), Done);
 }
 
-TEST_F(ControlTest, AResetReturnsEveryBufferAndStopsThePort) {
+TEST_F(OutputControlTest, AResetReturnsEveryBufferAndStopsThePort) {
     Write(20);
     AdvanceFrames(3500);
     EXPECT_EQ(player_.DoneCount(), 3u);
@@ -118,7 +118,7 @@ TEST_F(ControlTest, AResetReturnsEveryBufferAndStopsThePort) {
     ExpectEachReturnedOnce();
 }
 
-TEST_F(ControlTest, ACloseWhilePlayingIsRefusedReportedAndHarmless) {
+TEST_F(OutputControlTest, ACloseWhilePlayingIsRefusedReportedAndHarmless) {
     Write(20);
     AdvanceFrames(1500);
     EXPECT_EQ(player_.Close(), unsigned{WAVERR_STILLPLAYING});
@@ -138,7 +138,7 @@ TEST_F(ControlTest, ACloseWhilePlayingIsRefusedReportedAndHarmless) {
 }
 
 // The card gives nothing back in time, so buffers are in flight at every close.
-TEST_F(ControlTest, OnlyAResetThatNothingFollowedLetsAStreamWithBuffersClose) {
+TEST_F(OutputControlTest, OnlyAResetThatNothingFollowedLetsAStreamWithBuffersClose) {
     simulator::Fault late;
     late.What = simulator::Fault::Kind::Late;
     late.Code = simulator::Fault::Completion;
@@ -179,7 +179,7 @@ TEST_F(ControlTest, OnlyAResetThatNothingFollowedLetsAStreamWithBuffersClose) {
     }
 }
 
-TEST_F(ControlTest, AClientMayActFromInsideItsCallback) {
+TEST_F(OutputControlTest, AClientMayActFromInsideItsCallback) {
     std::vector<DWORD> positions;
     player_.OnDone([&](WAVEHDR& header) {
         positions.push_back(player_.Position());
@@ -203,7 +203,7 @@ TEST_F(ControlTest, AClientMayActFromInsideItsCallback) {
     ExpectEachReturnedOnce();
 }
 
-TEST_F(ControlTest, AClientMayCloseFromInsideItsLastCallback) {
+TEST_F(OutputControlTest, AClientMayCloseFromInsideItsLastCallback) {
     std::vector<MMRESULT> results;
     player_.OnDone([&](WAVEHDR&) { results.push_back(player_.Close()); });
     Write(3);
@@ -217,7 +217,7 @@ TEST_F(ControlTest, AClientMayCloseFromInsideItsLastCallback) {
 
 // A client that answers every returned buffer with a new one, during a reset as well: the reset ends,
 // and what was written meanwhile is played.
-TEST_F(ControlTest, AResetDoesNotReturnWhatIsWrittenMeanwhile) {
+TEST_F(OutputControlTest, AResetDoesNotReturnWhatIsWrittenMeanwhile) {
     // What comes back on the resetting thread is answered; the order of buffers that two threads write at
     // the same time would be anybody's guess.
     const DWORD resettingThread = GetCurrentThreadId();
@@ -243,7 +243,7 @@ TEST_F(ControlTest, AResetDoesNotReturnWhatIsWrittenMeanwhile) {
 }
 
 // A card that gives nothing back leaves the buffers to the close, whose callbacks are the last.
-TEST_F(ControlTest, AWriteFromInsideACloseIsRefused) {
+TEST_F(OutputControlTest, AWriteFromInsideACloseIsRefused) {
     Fail(simulator::Fault::Completion, 0, simulator::Fault::Kind::Lost);
     Write(3);
     Reset();

@@ -31,7 +31,7 @@ Lines Buffer(size_t bytes, Lines after = {}, int direct = 0) {
     return lines;
 }
 
-TEST_F(HandOverTest, SoManyBuffersAreInFlight) {
+TEST_F(HandOverTest, InFlightRuleDecidesHowManyBuffersTheCardHas) {
     struct Case {
         const char* Name;
         WaveFormat Format;

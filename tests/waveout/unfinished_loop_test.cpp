@@ -89,7 +89,7 @@ private:
     unsigned strangers_ = 0;
 };
 
-TEST_F(UnfinishedLoopTest, HeadersThatHaveComeBackAreLeftAlone) {
+TEST_F(UnfinishedLoopTest, ReturnedHeadersAreNotTouchedAgain) {
     for (const Refusal refusal : {Refusal::Length, Refusal::Memory}) {
         for (const Then then : {Then::Break, Then::AnotherEnd, Then::AnotherLoop, Then::Reset}) {
             SCOPED_TRACE(testing::Message() << static_cast<int>(refusal) << ", " << static_cast<int>(then));
