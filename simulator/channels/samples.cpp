@@ -63,15 +63,15 @@ void Encode(bool mono, const Frame* frames, size_t count, uint8_t* bytes) {
 }  // namespace
 
 void DecodeFrames(SampleLayout layout, const uint8_t* bytes, size_t frames, Frame* out) {
-    constexpr decltype(&Decode<Left32>) decoders[] = {Decode<Unsigned8>, Decode<Signed16>, Decode<Right24>,
+    constexpr decltype(&Decode<Left32>) Decoders[] = {Decode<Unsigned8>, Decode<Signed16>, Decode<Right24>,
                                                       Decode<Left32>};
-    decoders[layout.Format](layout.Mono, bytes, frames, out);
+    Decoders[layout.Format](layout.Mono, bytes, frames, out);
 }
 
 void EncodeFrames(SampleLayout layout, const Frame* frames, size_t count, uint8_t* bytes) {
-    constexpr decltype(&Encode<Left32>) encoders[] = {Encode<Unsigned8>, Encode<Signed16>, Encode<Right24>,
+    constexpr decltype(&Encode<Left32>) Encoders[] = {Encode<Unsigned8>, Encode<Signed16>, Encode<Right24>,
                                                       Encode<Left32>};
-    encoders[layout.Format](layout.Mono, frames, count, bytes);
+    Encoders[layout.Format](layout.Mono, frames, count, bytes);
 }
 
 }  // namespace simulator

@@ -17,7 +17,7 @@ struct SharedLock {
     platform::SharedMutex Mutex;
     void Initialize() { Mutex.Initialize(); }
 };
-constexpr platform::MachineRegion<SharedLock> sharedLock("simulator-lock");
+constexpr platform::MachineRegion<SharedLock> LockRegion("simulator-lock");
 
 class TimerAdapter final : public platform::TimeSource {
 public:
@@ -47,10 +47,10 @@ void* MapMachine(size_t size, void (*create)(void* memory)) {
 }
 
 void LockMachine() {
-    sharedLock->Mutex.lock();
+    LockRegion->Mutex.lock();
 }
 void UnlockMachine() {
-    sharedLock->Mutex.unlock();
+    LockRegion->Mutex.unlock();
 }
 
 bool OthersMayJoin() {
