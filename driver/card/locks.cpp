@@ -16,6 +16,9 @@ constexpr DWORD PatienceWhenLetGo = 5000;  // milliseconds
 std::atomic<DWORD> LimitedThread = 0;
 DWORD PatienceLeft = 0;
 
+// Threads of this process that hold or wait for a mutex, each scope by itself.
+std::atomic<LONG> LockCount = 0;
+
 bool IsLimited() {
     return GetCurrentThreadId() == LimitedThread;
 }
@@ -58,13 +61,20 @@ void CloseSharedMutexes() {
     }
 }
 
-MutexLock::MutexLock(HANDLE mutex, DWORD milliseconds)
-    : mutex_(mutex), result_(mutex != nullptr ? WaitForMutex(mutex, milliseconds) : WAIT_FAILED) {}
+bool LocksAreInUse() {
+    return LockCount != 0;
+}
+
+MutexLock::MutexLock(HANDLE mutex, DWORD milliseconds) : mutex_(mutex) {
+    ++LockCount;
+    result_ = mutex != nullptr ? WaitForMutex(mutex, milliseconds) : WAIT_FAILED;
+}
 
 MutexLock::~MutexLock() {
     if (result_ == WAIT_OBJECT_0 || result_ == WAIT_ABANDONED) {
         ReleaseMutex(mutex_);
     }
+    --LockCount;
 }
 
 LimitedWaits::LimitedWaits() {

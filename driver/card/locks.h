@@ -27,6 +27,10 @@ extern HANDLE SequenceMutex;
 BOOL OpenSharedMutexes();
 void CloseSharedMutexes();
 
+// Whether a thread of this process holds a mutex or waits for one. A mutex whose handle is closed under its
+// holder could not be given back, and would stay taken for all programs.
+bool LocksAreInUse();
+
 // A named mutex that processes of every user may share; null when it cannot be had.
 HANDLE CreateSharedMutex(const WCHAR* name);
 
