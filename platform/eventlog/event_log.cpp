@@ -60,7 +60,7 @@ private:
     Entry entries_[Capacity];
 };
 
-constexpr MachineRegion<EventRing> ring("eventlog");
+constexpr MachineRegion<EventRing> RingRegion("eventlog");
 
 class EventSource : public KernelObject {
 public:
@@ -74,7 +74,7 @@ public:
 }  // namespace
 
 std::vector<EventRecord> EventLog() {
-    return ring->Read();
+    return RingRegion->Read();
 }
 
 }  // namespace platform
@@ -109,7 +109,7 @@ BOOL WINAPI ReportEventW(HANDLE handle, WORD type, WORD category, DWORD id, PSID
         SetLastError(ERROR_NOT_SUPPORTED);
         return FALSE;
     }
-    ring->Append(source->Name, type, category, id);
+    RingRegion->Append(source->Name, type, category, id);
     return TRUE;
 }
 

@@ -15,7 +15,7 @@ namespace platform {
 
 namespace {
 
-constexpr MachineRegion<RegistryStore> store("registry");
+constexpr MachineRegion<RegistryStore> StoreRegion("registry");
 
 constexpr REGSAM MaximumAllowed = 0x02000000;
 
@@ -92,7 +92,7 @@ LONG OpenBelow(HKEY handle, LPCWSTR subkey, PHKEY result, OpenKey* parent, KeyRe
     if (View(subkey).starts_with(u'\\')) {
         return ERROR_BAD_PATHNAME;
     }
-    return store->Open(parent->Reference, View(subkey), found);
+    return StoreRegion->Open(parent->Reference, View(subkey), found);
 }
 
 }  // namespace
@@ -125,7 +125,7 @@ LONG WINAPI RegCreateKeyW(HKEY handle, LPCWSTR subkey, PHKEY result) {
         if (!key.Allows(KEY_CREATE_SUB_KEY)) {
             return ERROR_ACCESS_DENIED;
         }
-        error = store->Create(key.Reference, View(subkey), &opened);
+        error = StoreRegion->Create(key.Reference, View(subkey), &opened);
     }
     return error == ERROR_SUCCESS ? OpenKeyHandle(opened, KEY_ALL_ACCESS, result) : error;
 }
@@ -136,7 +136,7 @@ LONG WINAPI RegDeleteKeyW(HKEY handle, LPCWSTR subkey) {
     if (error != ERROR_SUCCESS) {
         return error;
     }
-    return subkey ? store->DeleteKey(key.Reference, subkey) : ERROR_INVALID_PARAMETER;
+    return subkey ? StoreRegion->DeleteKey(key.Reference, subkey) : ERROR_INVALID_PARAMETER;
 }
 
 LONG WINAPI RegCloseKey(HKEY handle) {
@@ -157,7 +157,7 @@ LONG WINAPI RegQueryValueExW(HKEY handle, LPCWSTR name, LPDWORD reserved, LPDWOR
     if (reserved || (data && !size)) {
         return ERROR_INVALID_PARAMETER;
     }
-    return store->QueryValue(key.Reference, View(name), {type, data, size});
+    return StoreRegion->QueryValue(key.Reference, View(name), {type, data, size});
 }
 
 LONG WINAPI RegSetValueExW(HKEY handle, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data,
@@ -173,11 +173,11 @@ LONG WINAPI RegSetValueExW(HKEY handle, LPCWSTR name, DWORD reserved, DWORD type
     if (reserved || (!data && size > 0)) {
         return ERROR_INVALID_PARAMETER;
     }
-    return store->SetValue(key.Reference, View(name), type, data, size);
+    return StoreRegion->SetValue(key.Reference, View(name), type, data, size);
 }
 
 LONG WINAPI RegDeleteValueW(HKEY handle, LPCWSTR name) {
     OpenKey key;
     const LONG error = FindKeyWith(handle, KEY_SET_VALUE, &key);
-    return error == ERROR_SUCCESS ? store->DeleteValue(key.Reference, View(name)) : error;
+    return error == ERROR_SUCCESS ? StoreRegion->DeleteValue(key.Reference, View(name)) : error;
 }

@@ -92,7 +92,7 @@ struct Table {
     }
 };
 
-constexpr MachineRegion<Table> table("windows");
+constexpr MachineRegion<Table> TableRegion("windows");
 
 // How many of the records are the calling thread's: those with none need not look for requests.
 thread_local int ownWindows = 0;
@@ -103,8 +103,8 @@ bool IsOfCallingThread(const Record& record) {
 
 // Takes the oldest request to a window of the calling thread.
 std::optional<WindowRequest> TakeRequest(HWND* window) {
-    const std::lock_guard hold(table->Lock);
-    for (Record& record : table->Records) {
+    const std::lock_guard hold(TableRegion->Lock);
+    for (Record& record : TableRegion->Records) {
         if (record.MailPut != record.MailTaken && IsOfCallingThread(record)) {
             *window = record.Handle();
             return record.Mail[record.MailTaken++ % MailLength];
@@ -114,8 +114,8 @@ std::optional<WindowRequest> TakeRequest(HWND* window) {
 }
 
 void NoteDone(HWND window) {
-    const std::lock_guard hold(table->Lock);
-    if (Record* record = table->Find(window)) {
+    const std::lock_guard hold(TableRegion->Lock);
+    if (Record* record = TableRegion->Find(window)) {
         ++record->MailDone;
     }
 }
@@ -139,15 +139,15 @@ void CarryOut(HWND window, const WindowRequest& request) {
 }  // namespace
 
 bool EnterMachineWindow(HWND window, DWORD thread, std::u16string_view className, std::u16string_view title) {
-    const std::lock_guard hold(table->Lock);
-    Record* const record = table->FreePlace();
+    const std::lock_guard hold(TableRegion->Lock);
+    Record* const record = TableRegion->FreePlace();
     if (!record) {
         return false;
     }
     record->Process = CurrentProcess();
     record->Window = reinterpret_cast<uint64_t>(window);
     record->Thread = thread;
-    record->Order = ++table->FrontOrder;
+    record->Order = ++TableRegion->FrontOrder;
     record->TopMost = false;
     record->State = {};
     record->Title.Set(title);
@@ -158,52 +158,52 @@ bool EnterMachineWindow(HWND window, DWORD thread, std::u16string_view className
 }
 
 void LeaveMachineWindow(HWND window) {
-    const std::lock_guard hold(table->Lock);
-    if (Record* record = table->Find(window)) {
+    const std::lock_guard hold(TableRegion->Lock);
+    if (Record* record = TableRegion->Find(window)) {
         record->Process = {};
         --ownWindows;
     }
 }
 
 void SetMachineWindowTitle(HWND window, std::u16string_view title) {
-    const std::lock_guard hold(table->Lock);
-    if (Record* record = table->Find(window)) {
+    const std::lock_guard hold(TableRegion->Lock);
+    if (Record* record = TableRegion->Find(window)) {
         record->Title.Set(title);
     }
 }
 
 void SetMachineWindowState(HWND window, const MachineWindowState& state) {
-    const std::lock_guard hold(table->Lock);
-    if (Record* record = table->Find(window)) {
+    const std::lock_guard hold(TableRegion->Lock);
+    if (Record* record = TableRegion->Find(window)) {
         record->State = state;
     }
 }
 
 void OrderMachineWindow(HWND window, HWND after) {
-    const std::lock_guard hold(table->Lock);
-    Record* const record = table->Find(window);
+    const std::lock_guard hold(TableRegion->Lock);
+    Record* const record = TableRegion->Find(window);
     if (!record) {
         return;
     }
     if (after == HWND_BOTTOM) {
         record->TopMost = false;
-        record->Order = --table->BackOrder;
+        record->Order = --TableRegion->BackOrder;
     } else if (after == HWND_TOP || after == HWND_TOPMOST || after == HWND_NOTOPMOST) {
         record->TopMost = after == HWND_TOPMOST || (record->TopMost && after == HWND_TOP);
-        record->Order = ++table->FrontOrder;
+        record->Order = ++TableRegion->FrontOrder;
     }
 }
 
 HWND FrontMachineWindow() {
-    const std::lock_guard hold(table->Lock);
-    const Record* const front = table->Front([](const Record& record) { return record.State.Visible; });
+    const std::lock_guard hold(TableRegion->Lock);
+    const Record* const front = TableRegion->Front([](const Record& record) { return record.State.Visible; });
     return front ? front->Handle() : nullptr;
 }
 
 HWND FindMachineWindow(std::optional<std::u16string_view> className,
                        std::optional<std::u16string_view> title) {
-    const std::lock_guard hold(table->Lock);
-    const Record* const found = table->Front([&](const Record& record) {
+    const std::lock_guard hold(TableRegion->Lock);
+    const Record* const found = TableRegion->Front([&](const Record& record) {
         return (!className || CompareIgnoringCase(record.ClassName.View(), *className) == 0) &&
                (!title || CompareIgnoringCase(record.Title.View(), *title) == 0);
     });
@@ -211,8 +211,8 @@ HWND FindMachineWindow(std::optional<std::u16string_view> className,
 }
 
 std::optional<MachineWindowState> FindMachineWindowState(HWND window) {
-    const std::lock_guard hold(table->Lock);
-    const Record* const record = table->Find(window);
+    const std::lock_guard hold(TableRegion->Lock);
+    const Record* const record = TableRegion->Find(window);
     return record ? std::optional(record->State) : std::nullopt;
 }
 
@@ -220,8 +220,8 @@ bool AskMachineWindow(HWND window, const WindowRequest& request) {
     std::optional<uint32_t> number;  // of the request, once there is room for it
     for (;;) {
         {
-            const std::lock_guard hold(table->Lock);
-            Record* const record = table->Find(window);
+            const std::lock_guard hold(TableRegion->Lock);
+            Record* const record = TableRegion->Find(window);
             if (!record) {
                 return false;
             }

@@ -33,7 +33,7 @@ struct NamedMutexTable {
     void Initialize() { Lock.Initialize(); }
 };
 
-constinit const MachineRegion<NamedMutexTable> table("named-mutexes");
+constinit const MachineRegion<NamedMutexTable> TableRegion("named-mutexes");
 
 bool IsSame(const ProcessIdentity& one, const ProcessIdentity& other) {
     return one.Id == other.Id && one.StartTime == other.StartTime;
@@ -53,7 +53,7 @@ void ForgetDeadProcesses(NamedMutex& mutex) {
 }
 
 NamedMutex* FindByName(std::u16string_view name) {
-    for (NamedMutex& mutex : table->Mutexes) {
+    for (NamedMutex& mutex : TableRegion->Mutexes) {
         if (mutex.NameLength != 0 && mutex.HasName(name)) {
             ForgetDeadProcesses(mutex);
             return mutex.NameLength != 0 ? &mutex : nullptr;
@@ -63,7 +63,7 @@ NamedMutex* FindByName(std::u16string_view name) {
 }
 
 NamedMutex* FindFree() {
-    for (NamedMutex& mutex : table->Mutexes) {
+    for (NamedMutex& mutex : TableRegion->Mutexes) {
         if (mutex.NameLength != 0) {
             ForgetDeadProcesses(mutex);
         }
@@ -107,7 +107,7 @@ DWORD OpenNamedMutex(std::u16string_view name, NamedMutexUse* use) {
     if (name.empty() || name.size() >= MAX_PATH) {
         return ERROR_INVALID_NAME;
     }
-    const std::lock_guard guard(table->Lock);
+    const std::lock_guard guard(TableRegion->Lock);
     NamedMutex* mutex = FindByName(name);
     const bool existed = mutex != nullptr;
     if (!existed) {
@@ -127,8 +127,8 @@ DWORD OpenNamedMutex(std::u16string_view name, NamedMutexUse* use) {
 }
 
 void CloseNamedMutex(NamedMutexUse use) {
-    const std::lock_guard guard(table->Lock);
-    for (NamedMutex& mutex : table->Mutexes) {
+    const std::lock_guard guard(TableRegion->Lock);
+    for (NamedMutex& mutex : TableRegion->Mutexes) {
         if (&mutex.Core != use.Core) {
             continue;
         }
