@@ -36,7 +36,7 @@ MMRESULT ProgramGroup(StreamInstance* stream, bool ignoreClockError) {
     ClockRun run = {};
     run.Stream = stream;
     run.Master = stream->ClockMaster;
-    run.Rate = &CardRateOfCode(stream->RateCode);
+    run.Rate = &CardRateOfCode(stream->Format.RateCode);
     run.Resuming = ignoreClockError;
     run.Checked = !ignoreClockError && run.Master->Settings.CheckClocks != 0;
     for (const ClockStep step : FullRun) {
@@ -50,15 +50,15 @@ MMRESULT ProgramGroup(StreamInstance* stream, bool ignoreClockError) {
 }
 
 void ProgramPort(StreamInstance* stream) {
-    const DWORD format = static_cast<DWORD>(stream->SampleFormat) << PortFormatShift;
+    const DWORD format = static_cast<DWORD>(stream->SampleFormat()) << PortFormatShift;
     WritePort(stream->Device, port_register::Control, format, PortFormatMask);
-    WritePort(stream->Device, port_register::Control, stream->Channels == 1 ? PortMono : 0, PortMono);
+    WritePort(stream->Device, port_register::Control, stream->Format.Channels == 1 ? PortMono : 0, PortMono);
 }
 
 }  // namespace
 
 MMRESULT ProgramSampleClock(StreamInstance* stream, bool ignoreClockError) {
-    if (stream->ClockMaster->GroupRate != stream->SampleRate) {
+    if (stream->ClockMaster->GroupRate != stream->Format.SampleRate) {
         const MMRESULT result = ProgramGroup(stream, ignoreClockError);
         if (result != MMSYSERR_NOERROR) {
             return result;

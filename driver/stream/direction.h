@@ -9,6 +9,7 @@
 
 namespace kestvox {
 
+struct HeldHeader;
 struct StreamInstance;
 struct StreamFormat;
 
@@ -46,11 +47,18 @@ struct Direction {
     // channel is given up for a sleep, when it answers whether the port is to run after it.
     void (*BeginRun)(StreamInstance* stream);
     bool (*StopForSleep)(StreamInstance* stream);
+    // What only this direction marks in a header that is accepted. DriverMutex held.
+    void (*MarkHeader)(StreamInstance* stream, WAVEHDR* header);
+    // Gives an accepted header whose own memory the card cannot use a shadow buffer, with what is to be
+    // played.
+    //   MMSYSERR_INVALPARAM   its length does not suit the conversion
+    //   MMSYSERR_NOMEM
+    MMRESULT (*FillShadowBuffer)(StreamInstance* stream, HeldHeader* held);
     // The next header to hand over, taken off the queue; null when there is none. DriverMutex held.
     WAVEHDR* (*TakeNext)(StreamInstance* stream);
-    // The header, in flight and the stream's own, is complete: accounts for it, returns it when no further
-    // completion is to come, and hands more over. DriverMutex held.
-    void (*OnBufferDone)(StreamInstance* stream, WAVEHDR* header);
+    // A header in flight is complete: accounts for it, returns it when no further completion is to come, and
+    // hands more over. DriverMutex held.
+    void (*OnBufferDone)(StreamInstance* stream, HeldHeader* held);
 };
 
 extern const Direction OutputDirection;  // waveout/

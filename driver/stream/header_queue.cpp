@@ -14,146 +14,140 @@ constexpr ULONG_PTR CardAlignment = 4;
 constexpr LONG LeastBuffersInFlight = 4;
 constexpr DWORD LongestFlush = 200;  // milliseconds
 
-MMRESULT CheckHeader(StreamInstance* stream, const WAVEHDR* header, DWORD size) {
+bool NeedsShadowBuffer(const StreamInstance* stream, const WAVEHDR* header) {
+    return stream->Format.Conversion != NoConversion ||
+           reinterpret_cast<ULONG_PTR>(header->lpData) % CardAlignment != 0;
+}
+
+MMRESULT CheckHeader(const WAVEHDR* header, DWORD size) {
     if (header == nullptr || size != sizeof(WAVEHDR)) {
         return MMSYSERR_INVALPARAM;
     }
     if ((header->dwFlags & WHDR_PREPARED) == 0) {
         return WAVERR_UNPREPARED;
     }
-    if (header->lpData == nullptr || header->dwBufferLength == 0) {
-        return MMSYSERR_INVALPARAM;
-    }
-    DriverLock lock;
-    return stream->Held.Find(header) != nullptr ? WAVERR_STILLPLAYING : MMSYSERR_NOERROR;
+    return header->lpData != nullptr && header->dwBufferLength != 0 ? MMSYSERR_NOERROR : MMSYSERR_INVALPARAM;
 }
 
-// Links a header into the queue and, when there is one, behind the last held header. DriverMutex held.
-void AppendPendingHeader(StreamInstance* stream, WAVEHDR* header, WAVEHDR* behind) {
-    header->lpNext = nullptr;
-    if (behind != nullptr) {
-        behind->lpNext = header;
+// Marks the header and enters it into the ledger, where it is not queued yet.
+MMRESULT AcceptHeader(StreamInstance* stream, WAVEHDR* header, DWORD resets, HeldHeader** accepted) {
+    DriverLock lock;
+    if (stream->Held.Find(header) != nullptr) {
+        return WAVERR_STILLPLAYING;
     }
-    if (stream->PendingHeaders == nullptr) {
-        stream->PendingHeaders = header;
+    header->reserved = reinterpret_cast<DWORD_PTR>(stream);
+    header->dwFlags = (header->dwFlags & ~static_cast<DWORD>(WHDR_DONE)) | WHDR_INQUEUE;
+    stream->Direction->MarkHeader(stream, header);
+    HeldHeader* held = stream->Held.Accept(header, header->dwBufferLength, resets);
+    if (held == nullptr) {
+        return MMSYSERR_NOMEM;
     }
+    if (NeedsShadowBuffer(stream, header)) {
+        TakeFreeBuffer(stream, held);
+    }
+    *accepted = held;
+    return MMSYSERR_NOERROR;
 }
 
-enum class Queued { Yes, Overtaken, No };
-
-// No: there is no memory for its place, or the stream is closing.
-Queued EnterLedgerAndQueue(StreamInstance* stream, WAVEHDR* header, DWORD resets) {
-    DriverLock lock;
-    if (stream->Closing != 0) {
-        return Queued::No;
-    }
+// Links an accepted header into the queue and behind the last queued one. DriverMutex held.
+void AppendPendingHeader(StreamInstance* stream, HeldHeader* held) {
     // While a loop is active its last header leads on to what comes after it.
     const bool chained = stream->PendingHeaders != nullptr || stream->LoopStart != nullptr;
-    const HeldHeader* newest = stream->Held.Newest();
-    WAVEHDR* behind = chained && newest != nullptr ? newest->Header : nullptr;
-    if (stream->ResetCount != resets) {
-        return Queued::Overtaken;
+    held->Header->lpNext = nullptr;
+    if (HeldHeader* last = stream->Held.Newest(); last != nullptr && chained) {
+        last->Header->lpNext = held->Header;
     }
-    if (!stream->Held.Accept(header, header->dwBufferLength, resets)) {
-        return Queued::No;
+    if (stream->PendingHeaders == nullptr) {
+        stream->PendingHeaders = held->Header;
     }
-    AppendPendingHeader(stream, header, behind);
-    return Queued::Yes;
-}
-
-struct CardBuffer {
-    void* Data;
-    DWORD Length;
-};
-
-CardBuffer CardBufferOf(StreamInstance* stream, const WAVEHDR* header) {
-    CardBuffer buffer = {header->lpData, header->dwBufferLength};
-    if (const ShadowBuffer* shadow = LookupShadowBuffer(stream, header)) {
-        buffer = {shadow->Data, shadow->Size};
-    }
-    if (stream->Direction->WholeWords) {
-        buffer.Length &= ~static_cast<DWORD>(3);
-    }
-    return buffer;
-}
-
-// Hands one header, counted in flight already, to the kernel. TRUE only when all four requests worked.
-BOOL SubmitBuffer(StreamInstance* stream, WAVEHDR* header) {
-    const CardBuffer buffer = CardBufferOf(stream, header);
-    CardHandle* device = stream->Device;
-    return BeginBuffer(device) && MapBuffer(device, buffer.Data, buffer.Length) &&
-           SetBufferCookie(device, reinterpret_cast<ULONG_PTR>(header)) &&
-           QueueBuffer(device, stream->DirectMode);
+    stream->Held.Queue(held);
 }
 
 struct TakenHeader {
-    WAVEHDR* Header;   // null: none
+    WAVEHDR* Header;  // null: none
+    void* Data;       // what the card is to use
+    DWORD Length;
     DWORD Resets;      // of the stream when it was taken
     DWORD Sleeps;      // likewise
+    LONG Calls;        // of the turn when it was taken
+    bool Last;         // ... which had no further header for them
     bool StartAlways;  // a transfer is started whether the port runs or not
 };
+
+// Hands one header, counted in flight already, to the kernel. TRUE only when all four requests worked.
+BOOL SubmitBuffer(StreamInstance* stream, const TakenHeader& taken) {
+    CardHandle* device = stream->Device;
+    return BeginBuffer(device) && MapBuffer(device, taken.Data, taken.Length) &&
+           SetBufferCookie(device, reinterpret_cast<ULONG_PTR>(taken.Header)) &&
+           QueueBuffer(device, stream->DirectMode);
+}
 
 bool TakesHeaders(const StreamInstance* stream) {
     return stream->Closing == 0 && stream->Resetting == 0 &&
            (stream->Power == Awake || stream->Power == Prepared);
 }
 
-// The header that a sleep kept from the kernel is counted in flight already.
-WAVEHDR* NextToSubmit(StreamInstance* stream) {
+bool HasCalls(const HandOverTurn& turn) {
+    return turn.Completed || turn.Written || turn.Added != 0;
+}
+
+void ForgetCalls(HandOverTurn& turn) {
+    turn.Completed = false;
+    turn.Written = false;
+    turn.Added = 0;
+}
+
+// The header that a sleep kept from the kernel is counted in flight already. DriverMutex held.
+HeldHeader* NextToSubmit(StreamInstance* stream) {
     if (WAVEHDR* header = stream->HandOver.NotSubmitted) {
         stream->HandOver.NotSubmitted = nullptr;
-        return header;
+        return stream->Held.Find(header);
     }
     WAVEHDR* header = MayHandOver(stream) ? stream->Direction->TakeNext(stream) : nullptr;
     HeldHeader* held = header != nullptr ? stream->Held.Find(header) : nullptr;
-    if (held == nullptr) {
-        return nullptr;
+    if (held != nullptr) {
+        ++held->InFlight;
+        ++stream->InFlightCount;
+        stream->InFlightBytes += static_cast<LONG>(held->Bytes);
     }
-    ++held->InFlight;
-    ++stream->InFlightCount;
-    stream->InFlightBytes += static_cast<LONG>(held->Bytes);
-    return header;
+    return held;
 }
 
-void NoteCall(HandOverTurn& turn, HandOverCall call) {
-    turn.Added += call == HandOverCall::Added ? 1 : 0;
-    turn.Written = turn.Written || call == HandOverCall::Written;
-    turn.Completed = turn.Completed || call == HandOverCall::Completed;
-}
-
-// The next header for the calls that are noted; null ends the turn. DriverMutex held.
+// The next header for the calls that are noted; none ends the turn. DriverMutex held.
 TakenHeader TakeForCalls(StreamInstance* stream) {
     HandOverTurn& turn = stream->HandOver;
-    const bool called = turn.Completed || turn.Written || turn.Added != 0;
-    WAVEHDR* header = called && TakesHeaders(stream) ? NextToSubmit(stream) : nullptr;
-    if (header == nullptr) {
-        turn = {.Taken = false,
-                .Added = 0,
-                .Written = false,
-                .Completed = false,
-                .NotSubmitted = turn.NotSubmitted};
+    const HeldHeader* held = HasCalls(turn) && TakesHeaders(stream) ? NextToSubmit(stream) : nullptr;
+    if (held == nullptr) {
+        ForgetCalls(turn);
+        turn.Calls = 0;
         return {};
     }
+    const bool startAlways = turn.Completed;
     if (!turn.Completed && !turn.Written) {
         --turn.Added;
     }
-    return {header, stream->ResetCount, stream->Sleeps, turn.Completed};
-}
-
-// A thread that finds another at it leaves its call there.
-TakenHeader BeginTurn(StreamInstance* stream, HandOverCall call) {
-    DriverLock lock;
-    NoteCall(stream->HandOver, call);
-    if (stream->HandOver.Taken) {
-        return {};
+    const bool last = !HasCalls(turn) || stream->PendingHeaders == nullptr || !MayHandOver(stream);
+    if (last) {
+        ForgetCalls(turn);
     }
-    stream->HandOver.Taken = true;
-    return TakeForCalls(stream);
+    const DWORD length = held->Shadow != nullptr ? held->Shadow->Size : held->Bytes;
+    return {.Header = held->Header,
+            .Data = held->Shadow != nullptr ? held->Shadow->Data : held->Header->lpData,
+            .Length = stream->Direction->WholeWords ? length & ~static_cast<DWORD>(3) : length,
+            .Resets = stream->ResetCount,
+            .Sleeps = stream->Sleeps,
+            .Calls = turn.Calls,
+            .Last = last,
+            .StartAlways = startAlways};
 }
 
-TakenHeader ContinueTurn(StreamInstance* stream) {
-    DriverLock lock;
-    return TakeForCalls(stream);
+// A thread that finds another at it leaves its call there. DriverMutex held.
+TakenHeader BeginTurn(StreamInstance* stream, HandOverCall call) {
+    HandOverTurn& turn = stream->HandOver;
+    turn.Added += call == HandOverCall::Added ? 1 : 0;
+    turn.Written = turn.Written || call == HandOverCall::Written;
+    turn.Completed = turn.Completed || call == HandOverCall::Completed;
+    return turn.Calls++ == 0 ? TakeForCalls(stream) : TakenHeader{};
 }
 
 // The kernel did not take the header. When the port has fallen asleep meanwhile that is why, and it is kept.
@@ -173,7 +167,7 @@ void RefuseHeader(StreamInstance* stream, const TakenHeader& taken) {
 }
 
 void SubmitTaken(StreamInstance* stream, const TakenHeader& taken) {
-    if (!SubmitBuffer(stream, taken.Header)) {
+    if (!SubmitBuffer(stream, taken)) {
         RefuseHeader(stream, taken);
     }
     if (stream->ResetCount != taken.Resets) {
@@ -182,6 +176,48 @@ void SubmitTaken(StreamInstance* stream, const TakenHeader& taken) {
     if (taken.StartAlways || stream->PortFlag(stream->Direction->PortRunning) != 0) {
         StartTransfer(stream->Device);
     }
+}
+
+// After a last header the turn ends without a look at the queue, unless a call has come since.
+TakenHeader ContinueTurn(StreamInstance* stream, const TakenHeader& taken, HANDLE mutex) {
+    LONG calls = taken.Calls;
+    if (taken.Last && stream->HandOver.Calls.compare_exchange_strong(calls, 0)) {
+        return {};
+    }
+    MutexLock lock(mutex);
+    return TakeForCalls(stream);
+}
+
+// `mutex`: DriverMutex, or null when the caller holds it.
+void RunTurn(StreamInstance* stream, TakenHeader taken, HANDLE mutex) {
+    for (; taken.Header != nullptr; taken = ContinueTurn(stream, taken, mutex)) {
+        SubmitTaken(stream, taken);
+    }
+}
+
+// Queues an accepted header and hands over what the call says.
+MMRESULT QueueHeader(StreamInstance* stream, HeldHeader* held, HandOverCall call) {
+    TakenHeader taken = {};
+    WAVEHDR* overtaken = nullptr;
+    {
+        DriverLock lock;
+        if (stream->Closing != 0) {
+            ForgetHeader(stream, held);
+            return MMSYSERR_NOMEM;
+        }
+        if (stream->ResetCount != held->Resets) {
+            overtaken = held->Header;
+            ForgetHeader(stream, held);
+        } else {
+            AppendPendingHeader(stream, held);
+            taken = BeginTurn(stream, call);
+        }
+    }
+    if (overtaken != nullptr) {
+        ReturnHeader(stream, overtaken);
+    }
+    RunTurn(stream, taken, DriverMutex);
+    return MMSYSERR_NOERROR;
 }
 
 // A header that a sleep kept from the kernel is not in the card after all. DriverMutex held.
@@ -210,39 +246,32 @@ bool HeldBeforeReset(StreamInstance* stream, const WAVEHDR* header) {
 
 }  // namespace
 
-bool IsCardAligned(const WAVEHDR* header) {
-    return reinterpret_cast<ULONG_PTR>(header->lpData) % CardAlignment == 0;
-}
-
-MMRESULT AcceptHeader(StreamInstance* stream, WAVEHDR* header, DWORD size, DWORD* resets) {
+MMRESULT SendHeader(StreamInstance* stream, WAVEHDR* header, DWORD size, DWORD resets, HandOverCall call) {
     if (stream->Closing != 0) {
         return MMSYSERR_INVALHANDLE;
     }
     stream->JustReset = 0;
-    *resets = stream->ResetCount;
-    const MMRESULT result = CheckHeader(stream, header, size);
+    MMRESULT result = CheckHeader(header, size);
     if (result != MMSYSERR_NOERROR) {
         return result;
     }
-    header->reserved = reinterpret_cast<DWORD_PTR>(stream);
-    header->dwFlags = (header->dwFlags & ~static_cast<DWORD>(WHDR_DONE)) | WHDR_INQUEUE;
-    return MMSYSERR_NOERROR;
-}
-
-MMRESULT QueueHeader(StreamInstance* stream, WAVEHDR* header, DWORD resets) {
-    const Queued queued = EnterLedgerAndQueue(stream, header, resets);
-    if (queued == Queued::No) {
-        ReleaseShadowBuffer(stream, header);
-        return MMSYSERR_NOMEM;
+    HeldHeader* held = nullptr;
+    result = AcceptHeader(stream, header, resets, &held);
+    if (result != MMSYSERR_NOERROR) {
+        return result;
     }
-    if (queued == Queued::Overtaken) {
-        ReturnUnheldHeader(stream, header);
+    result = NeedsShadowBuffer(stream, header) ? stream->Direction->FillShadowBuffer(stream, held)
+                                               : MMSYSERR_NOERROR;
+    if (result != MMSYSERR_NOERROR) {
+        DriverLock lock;
+        ForgetHeader(stream, held);
+        return result;
     }
-    return MMSYSERR_NOERROR;
+    return QueueHeader(stream, held, call);
 }
 
 bool MayHandOver(const StreamInstance* stream) {
-    const LONG quarterSecond = static_cast<LONG>(stream->AvgBytesPerSec >> 2);
+    const LONG quarterSecond = static_cast<LONG>(stream->Format.AvgBytesPerSec >> 2);
     return stream->InFlightCount < LeastBuffersInFlight || stream->InFlightBytes < quarterSecond;
 }
 
@@ -255,9 +284,13 @@ WAVEHDR* TakePendingHeader(StreamInstance* stream) {
 }
 
 void HandOver(StreamInstance* stream, HandOverCall call) {
-    for (TakenHeader taken = BeginTurn(stream, call); taken.Header != nullptr; taken = ContinueTurn(stream)) {
-        SubmitTaken(stream, taken);
+    const HANDLE mutex = call == HandOverCall::Completed ? nullptr : DriverMutex;
+    TakenHeader taken = {};
+    {
+        MutexLock lock(mutex);
+        taken = BeginTurn(stream, call);
     }
+    RunTurn(stream, taken, mutex);
 }
 
 void BeginReset(StreamInstance* stream) {

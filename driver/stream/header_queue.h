@@ -12,22 +12,24 @@
 
 namespace kestvox {
 
-// Checks what the client hands in and marks it as the stream's own. It is not queued yet: a direction may
-// give it a buffer that the card can use first, and when that fails the header keeps its marks. `*resets`
-// receives the number of the stream's resets so far, for QueueHeader.
-//   MMSYSERR_INVALPARAM   null, another size than WAVEHDR's, no data
+enum class HandOverCall {
+    Added,      // an input buffer was added: one header; a transfer is started while the port runs
+    Written,    // headers were written, or have waited: all that the rule allows; likewise
+    Completed,  // a buffer was completed, DriverMutex held: all that the rule allows, and a transfer is
+                // started in any case
+};
+
+// The whole of a write or of adding a buffer: checks what the client hands in, marks it as the stream's own,
+// gives it a buffer that the card can use, queues it behind the last one and hands over what `call` says.
+// `resets` is what the stream's ResetCount was when the message came: a header that a reset has overtaken
+// since is returned at once.
+//   MMSYSERR_INVALHANDLE  the stream is closing
+//   MMSYSERR_INVALPARAM   null, another size than WAVEHDR's, no data; data that does not suit the conversion
 //   WAVERR_UNPREPARED
 //   WAVERR_STILLPLAYING   the stream has it already
-//   MMSYSERR_INVALHANDLE  the stream is closing
-MMRESULT AcceptHeader(StreamInstance* stream, WAVEHDR* header, DWORD size, DWORD* resets);
-
-// Enters an accepted header into the ledger and, behind the last one, into the queue. When that fails, its
-// shadow buffer is released. A header that a reset has overtaken since it was accepted is returned at once.
-//   MMSYSERR_NOMEM   no memory for its place, or the stream has begun to close
-MMRESULT QueueHeader(StreamInstance* stream, WAVEHDR* header, DWORD resets);
-
-// Whether the card can use the header's own memory.
-bool IsCardAligned(const WAVEHDR* header);
+//   MMSYSERR_NOMEM        no memory for its place or its buffer, or the stream has begun to close
+// After the last one, and after data that does not suit, the header keeps its marks.
+MMRESULT SendHeader(StreamInstance* stream, WAVEHDR* header, DWORD size, DWORD resets, HandOverCall call);
 
 // Whether another header may be handed to the card: until at least four are in flight and at least a
 // quarter of a second at the client's byte rate. DriverMutex held.
@@ -35,12 +37,6 @@ bool MayHandOver(const StreamInstance* stream);
 
 // Takes the head of the queue off it; null when it is empty. DriverMutex held.
 WAVEHDR* TakePendingHeader(StreamInstance* stream);
-
-enum class HandOverCall {
-    Added,      // an input buffer was added: one header; a transfer is started while the port runs
-    Written,    // headers were written, or have waited: all that the rule allows; likewise
-    Completed,  // a buffer was completed: all that the rule allows; a transfer is started in any case
-};
 
 // Hands headers over until the in-flight rule refuses, none is left, or the call's own limit is reached. One
 // thread at a time does so for a stream: who comes second leaves its call to the first, which serves it as if

@@ -16,35 +16,26 @@ namespace kestvox {
 
 namespace {
 
-// A header that goes back leaves the ledger, and the chain that an active loop may walk again.
-void Forget(StreamInstance* stream, HeldHeader* held) {
-    HeldHeader* before = stream->LoopStart != nullptr ? stream->Held.Before(held) : nullptr;
-    if (before != nullptr && before->Header->lpNext == held->Header) {
-        before->Header->lpNext = held->Header->lpNext;
-    }
-    stream->Held.Forget(held);
-}
-
-// Takes the header that `choose` finds out of the ledger; null when it finds none.
-template <typename Choose>
-WAVEHDR* TakeOutOfLedger(StreamInstance* stream, Choose choose) {
-    DriverLock lock;
-    HeldHeader* held = choose(stream->Held);
-    if (held == nullptr) {
-        return nullptr;
-    }
-    WAVEHDR* header = held->Header;
-    while (held->InFlight != 0) {
-        CountCompleted(stream, held);
-    }
-    Forget(stream, held);
-    return header;
-}
-
+// Returns the headers that `choose` finds, one after the other.
 template <typename Choose>
 void ReturnHeaders(StreamInstance* stream, Choose choose) {
-    while (WAVEHDR* header = TakeOutOfLedger(stream, choose)) {
-        ReturnUnheldHeader(stream, header);
+    for (;;) {
+        WAVEHDR* header = nullptr;
+        {
+            DriverLock lock;
+            HeldHeader* held = choose(stream->Held);
+            if (held == nullptr) {
+                return;
+            }
+            while (held->InFlight != 0) {
+                CountCompleted(stream, held);
+            }
+            header = held->Header;
+            ForgetHeader(stream, held);
+        }
+        if (!IsBadReadPtr(header, sizeof *header)) {
+            ReturnHeader(stream, header);
+        }
     }
 }
 
@@ -56,26 +47,20 @@ void CountCompleted(StreamInstance* stream, HeldHeader* held) {
     stream->InFlightBytes -= static_cast<LONG>(held->Bytes);
 }
 
-void ReturnUnheldHeader(StreamInstance* stream, WAVEHDR* header) {
-    ReleaseShadowBuffer(stream, header);
-    if (IsBadReadPtr(header, sizeof *header)) {
-        return;
+// It leaves the chain that an active loop may walk again, too.
+void ForgetHeader(StreamInstance* stream, HeldHeader* held) {
+    HeldHeader* before = stream->LoopStart != nullptr ? held->Older : nullptr;
+    if (before != nullptr && before->Header->lpNext == held->Header) {
+        before->Header->lpNext = held->Header->lpNext;
     }
-    header->lpNext = nullptr;
-    header->dwFlags = (header->dwFlags & ~static_cast<DWORD>(WHDR_INQUEUE)) | WHDR_DONE;
-    NotifyClient(stream, stream->Direction->DoneMessage, reinterpret_cast<DWORD_PTR>(header));
+    ReleaseShadowBuffer(stream, held);
+    stream->Held.Forget(held);
 }
 
 void ReturnHeader(StreamInstance* stream, WAVEHDR* header) {
-    {
-        DriverLock lock;
-        HeldHeader* held = stream->Held.Find(header);
-        if (held == nullptr) {
-            return;
-        }
-        Forget(stream, held);
-    }
-    ReturnUnheldHeader(stream, header);
+    header->lpNext = nullptr;
+    header->dwFlags = (header->dwFlags & ~static_cast<DWORD>(WHDR_INQUEUE)) | WHDR_DONE;
+    NotifyClient(stream, stream->Direction->DoneMessage, reinterpret_cast<DWORD_PTR>(header));
 }
 
 void ReturnIdleHeaders(StreamInstance* stream) {
@@ -92,7 +77,7 @@ void ReturnAllHeaders(StreamInstance* stream) {
         DriverLock lock;
         stream->PendingHeaders = nullptr;
     }
-    ReturnHeaders(stream, [](HeaderLedger& ledger) { return ledger.First(); });
+    ReturnHeaders(stream, [](HeaderLedger& ledger) { return ledger.Oldest(); });
 }
 
 void NotifyClient(StreamInstance* stream, UINT message, DWORD_PTR param) {

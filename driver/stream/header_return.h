@@ -9,14 +9,14 @@ namespace kestvox {
 // Takes a completed buffer out of the counts of what is in flight. DriverMutex held.
 void CountCompleted(StreamInstance* stream, HeldHeader* held);
 
-// Returns a header that the ledger holds: shadow buffer released, marked done, client called. DriverMutex
-// need not be held; it is taken around the stream's own lists only.
+// Takes a header out of the ledger and lets its shadow buffer go; the client does not learn of it.
+// DriverMutex held.
+void ForgetHeader(StreamInstance* stream, HeldHeader* held);
+
+// Marks a header that is forgotten done, and calls the client.
 void ReturnHeader(StreamInstance* stream, WAVEHDR* header);
 
-// The same for a header that the ledger does not hold, or holds no more.
-void ReturnUnheldHeader(StreamInstance* stream, WAVEHDR* header);
-
-// Return several, in the order of acceptance: the held headers that are not in the card and were accepted
+// Return several, in the order of acceptance: the queued headers that are not in the card and were accepted
 // before the reset that is under way; those that a broken loop left without a pass to come; all of them, at a
 // close.
 void ReturnIdleHeaders(StreamInstance* stream);

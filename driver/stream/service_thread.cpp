@@ -33,19 +33,19 @@ bool StopRequested(const StreamInstance* stream) {
 
 // DriverMutex held.
 void CompleteHeader(StreamInstance* stream, WAVEHDR* header) {
-    HeldHeader* held = stream->Held.FindInFlight(header);
-    if (held == nullptr || stream->IsOpen == 0) {
+    HeldHeader* held = stream->Held.Find(header);
+    if (held == nullptr || held->InFlight == 0 || stream->IsOpen == 0) {
         return;
     }
-    if (IsBadReadPtr(header, sizeof *header)) {
-        CountCompleted(stream, held);
-        if (held->InFlight == 0) {
-            stream->Held.Forget(held);
-            ReleaseShadowBuffer(stream, header);
-        }
+    if (!IsBadReadPtr(header, sizeof *header)) {
+        stream->Direction->OnBufferDone(stream, held);
         return;
     }
-    stream->Direction->OnBufferDone(stream, header);
+    CountCompleted(stream, held);
+    if (held->InFlight == 0) {
+        ReleaseShadowBuffer(stream, held);
+        stream->Held.Forget(held);
+    }
 }
 
 // A thread that is being stopped does not wait for a mutex that its stopper may hold: what it leaves is

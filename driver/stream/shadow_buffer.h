@@ -1,35 +1,33 @@
-// Buffers in the card's sample format, for headers whose own memory the card cannot use.
+// Buffers in the card's sample format, for headers whose own memory the card cannot use. A buffer hangs on
+// the header that it serves, or waits on the stream's FreeBuffers to be used again; its memory stays locked
+// all that time.
 #pragma once
 
 #include "stream/stream_instance.h"
 
 namespace kestvox {
 
-// On exactly one of a stream's two lists: BusyBuffers while it serves a header, FreeBuffers while it
-// waits to be used again. Its memory stays locked all that time.
 struct ShadowBuffer {
-    WAVEHDR* Header;
     HGLOBAL Memory;
     void* Data;
     DWORD Size;  // as asked for; the allocation is rounded up to whole words
     ShadowBuffer* Next;
 };
 
-// Gives the header a buffer of exactly `size` bytes, taken from FreeBuffers when there is one. The
-// buffer's address; null when there is no memory.
-void* AcquireShadowBuffer(StreamInstance* stream, WAVEHDR* header, DWORD size);
+// Hangs the head of FreeBuffers, when there is one, on a header that is going to need it. DriverMutex held.
+void TakeFreeBuffer(StreamInstance* stream, HeldHeader* held);
 
-// Null when the header has none.
-ShadowBuffer* LookupShadowBuffer(StreamInstance* stream, const WAVEHDR* header);
+// Makes the header's buffer exactly `size` bytes long, or gives it one. The buffer's address; null when there
+// is no memory. The header is not queued yet, so no lock is needed.
+void* AcquireShadowBuffer(HeldHeader* held, DWORD size);
 
-// Puts the header's buffer, if it has one, back onto FreeBuffers.
-void ReleaseShadowBuffer(StreamInstance* stream, const WAVEHDR* header);
+// Puts the header's buffer, if it has one, onto FreeBuffers. DriverMutex held.
+void ReleaseShadowBuffer(StreamInstance* stream, HeldHeader* held);
 
-// Gives the memory of FreeBuffers back to the system; busy buffers return there as their headers
-// complete.
+// Gives the memory of FreeBuffers back to the system; the buffers of headers return there later.
 void FreeShadowBuffers(StreamInstance* stream);
 
-// The same for both lists, without a lock, when nobody else can reach the stream any more.
-void FreeAllShadowBuffers(StreamInstance* stream);
+// The same without a lock, when nobody else can reach the stream any more.
+void FreeLastShadowBuffers(StreamInstance* stream);
 
 }  // namespace kestvox

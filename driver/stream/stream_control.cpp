@@ -212,7 +212,6 @@ MMRESULT GetStreamPosition(StreamInstance* stream, MMTIME* time, DWORD size) {
 
 MMRESULT SetDirectMode(StreamInstance* stream) {
     stream->DirectMode = 1;
-    stream->SampleFormat = SlotLeft;
     WritePort(stream->Device, port_register::Control, SlotLeft << PortFormatShift, PortFormatMask);
     return MMSYSERR_NOERROR;
 }

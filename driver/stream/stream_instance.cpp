@@ -73,7 +73,7 @@ void ReleaseStream(StreamInstance* stream) {
         return;
     }
     CloseCardHandle(stream->Device);
-    FreeAllShadowBuffers(stream);
+    FreeLastShadowBuffers(stream);
     CloseIfOpen(stream->StopEvent);
     CloseIfOpen(stream->Progress);
     CloseIfOpen(stream->Control);

@@ -69,7 +69,7 @@ enum OpeningState : DWORD { NotOpening, StillOpening, CloseInstead };
 
 // What the one thread that hands headers over for a stream still has to do (header_queue.h).
 struct HandOverTurn {
-    bool Taken;             // a thread is at it
+    SharedCount Calls;      // 0: no thread is at it
     DWORD Added;            // single headers
     bool Written;           // all that the rule allows
     bool Completed;         // ... with a transfer that is started in any case
@@ -90,16 +90,10 @@ struct StreamInstance {
     DWORD_PTR CallbackInstance;
     DWORD_PTR WaveHandle;
 
-    WORD FormatTag;
-    WORD Channels;
-    WORD RateCode;
-    std::atomic<WORD> SampleFormat;  // direct mode changes it
-    WORD Conversion;
-    DWORD SampleRate;
-    DWORD AvgBytesPerSec;
+    StreamFormat Format;
+    SharedWord DirectMode;
 
-    ShadowBuffer* BusyBuffers;  // newest first
-    ShadowBuffer* FreeBuffers;  // most recently released first
+    ShadowBuffer* FreeBuffers;  // for the next headers that need one; most recently released first
     HeaderLedger Held;
     WAVEHDR* PendingHeaders;    // next header for the card, linked through lpNext
     SharedCount InFlightCount;  // headers in the card
@@ -125,7 +119,6 @@ struct StreamInstance {
     SharedWord Power;         // PortPower
     SharedWord Sleeps;        // how often Power has become Asleep
     SharedWord PreparedInit;  // the card's InitCount when the port was last prepared
-    SharedWord DirectMode;
     PciConfiguration SavedPciConfig;
 
     HANDLE ServiceThread;
@@ -149,6 +142,8 @@ struct StreamInstance {
     HANDLE Control;             // the mutex of its control
     HANDLE Progress;            // auto-reset event: something that AwaitProgress waits for may have happened
 
+    // As the card reads it now.
+    WORD SampleFormat() const { return DirectMode != 0 ? WORD{SlotLeft} : Format.SampleFormat; }
     SharedWord& PortFlag(SharedWord (CardRecord::*flags)[PortCount]) { return (Card->*flags)[Port]; }
 };
 

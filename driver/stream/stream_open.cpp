@@ -13,16 +13,6 @@ namespace kestvox {
 
 namespace {
 
-void FillFormat(StreamInstance* stream, const StreamFormat& format) {
-    stream->FormatTag = format.FormatTag;
-    stream->Channels = format.Channels;
-    stream->RateCode = format.RateCode;
-    stream->SampleFormat = format.SampleFormat;
-    stream->Conversion = format.Conversion;
-    stream->SampleRate = format.SampleRate;
-    stream->AvgBytesPerSec = format.AvgBytesPerSec;
-}
-
 void FillClient(StreamInstance* stream, const WAVEOPENDESC& description, DWORD flags) {
     stream->OwnerProcessId = GetCurrentProcessId();
     stream->Callback = description.dwCallback;
@@ -145,7 +135,7 @@ MMRESULT OpenStream(const Direction& direction, UINT device, DWORD_PTR* user, co
     }
     TakePartInClock(stream, master);
     FillClient(stream, *description, flags);
-    FillFormat(stream, format);
+    stream->Format = format;
     stream->Power = Preparing;
     stream->Opening = StillOpening;
     direction.InitializeFields(stream);

@@ -117,8 +117,9 @@ BOOL AcceptInputFormat(const CardRecord& card, DWORD port, const WAVEFORMATEX& f
     return TRUE;
 }
 
-DWORD ClientSampleSize(WORD sampleFormat, WORD conversion) {
-    switch (sampleFormat) {
+DWORD ClientSampleSize(const StreamInstance* stream) {
+    const WORD conversion = stream->Format.Conversion;
+    switch (stream->SampleFormat()) {
     case Sample8:
         return 1;
     case Sample16:
@@ -131,7 +132,7 @@ DWORD ClientSampleSize(WORD sampleFormat, WORD conversion) {
 }
 
 DWORD BytesOfFrames(const StreamInstance* stream, DWORD frames) {
-    return frames * ClientSampleSize(stream->SampleFormat, stream->Conversion) * stream->Channels;
+    return frames * ClientSampleSize(stream) * stream->Format.Channels;
 }
 
 }  // namespace kestvox

@@ -22,7 +22,7 @@ BOOL AcceptInputFormat(const CardRecord& card, DWORD port, const WAVEFORMATEX& f
                        StreamFormat* accepted);
 
 // Bytes of one sample of one channel in the client's layout.
-DWORD ClientSampleSize(WORD sampleFormat, WORD conversion);
+DWORD ClientSampleSize(const StreamInstance* stream);
 
 // Bytes of so many frames in the client's layout, modulo 2^32.
 DWORD BytesOfFrames(const StreamInstance* stream, DWORD frames);

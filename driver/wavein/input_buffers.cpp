@@ -8,59 +8,40 @@ namespace kestvox {
 
 namespace {
 
-constexpr DWORD WholeWordMask = ~static_cast<DWORD>(3);
-
-// The shadow buffer that a client buffer needs, in bytes; 0: the card writes into the client's memory.
-// MMSYSERR_INVALPARAM: the client's buffer does not suit the conversion.
-MMRESULT ShadowSize(const StreamInstance* stream, const WAVEHDR* header, DWORD* size) {
-    const DWORD length = header->dwBufferLength;
-    if (stream->Conversion == NoConversion) {
-        *size = IsCardAligned(header) ? 0 : length & WholeWordMask;
+// The shadow buffer that a client buffer needs, in bytes; 0: none.
+//   MMSYSERR_INVALPARAM   the client's buffer does not suit the conversion
+//   MMSYSERR_NOMEM        it would be too large
+MMRESULT ShadowSize(const StreamInstance* stream, DWORD length, DWORD* size) {
+    const WORD conversion = stream->Format.Conversion;
+    if (conversion == NoConversion) {
+        *size = WholeWords(length);
         return MMSYSERR_NOERROR;
     }
-    const DWORD sampleSize = ClientSampleSize(stream->SampleFormat, stream->Conversion);
-    if (stream->Conversion == Dithered && sampleSize == SlotSize) {
+    const DWORD sampleSize = ClientSampleSize(stream);
+    if (conversion == Dithered && sampleSize == SlotSize) {
         return MMSYSERR_INVALPARAM;  // direct mode left nothing to dither to
     }
-    if (stream->Conversion == Packed24 && length % sampleSize != 0) {
+    if (conversion == Packed24 && length % sampleSize != 0) {
         return MMSYSERR_INVALPARAM;
     }
     const DWORD samples = length / sampleSize;
-    if (samples > 0xFFFFFFFF / SlotSize) {
-        return MMSYSERR_NOMEM;
-    }
     *size = samples * SlotSize;
-    return MMSYSERR_NOERROR;
+    return samples <= 0xFFFFFFFF / SlotSize ? MMSYSERR_NOERROR : MMSYSERR_NOMEM;
 }
 
-MMRESULT AcquireCardBuffer(StreamInstance* stream, WAVEHDR* header) {
+}  // namespace
+
+MMRESULT FillInputBuffer(StreamInstance* stream, HeldHeader* held) {
     DWORD size = 0;
-    const MMRESULT result = ShadowSize(stream, header, &size);
-    if (result == MMSYSERR_NOERROR && size != 0 && AcquireShadowBuffer(stream, header, size) == nullptr) {
+    const MMRESULT result = ShadowSize(stream, held->Bytes, &size);
+    if (result == MMSYSERR_NOERROR && size != 0 && AcquireShadowBuffer(held, size) == nullptr) {
         return MMSYSERR_NOMEM;
     }
     return result;
 }
 
-}  // namespace
-
 MMRESULT AddInputBuffer(StreamInstance* stream, WAVEHDR* header, DWORD size) {
-    DWORD resets = 0;
-    MMRESULT result = AcceptHeader(stream, header, size, &resets);
-    if (result != MMSYSERR_NOERROR) {
-        return result;
-    }
-    header->dwBytesRecorded = 0;
-    result = AcquireCardBuffer(stream, header);
-    if (result != MMSYSERR_NOERROR) {
-        return result;
-    }
-    result = QueueHeader(stream, header, resets);
-    if (result != MMSYSERR_NOERROR) {
-        return result;
-    }
-    HandOver(stream, HandOverCall::Added);
-    return MMSYSERR_NOERROR;
+    return SendHeader(stream, header, size, stream->ResetCount, HandOverCall::Added);
 }
 
 }  // namespace kestvox

@@ -13,15 +13,17 @@ namespace kestvox {
 
 namespace {
 
-constexpr DWORD WholeWordMask = ~static_cast<DWORD>(3);
-
 // What the card puts into the buffer, in bytes of the client's layout: whole 32-bit words of its own, whole
 // samples of the client's.
-DWORD CapacityOf(const StreamInstance* stream, const HeldHeader& held) {
-    if (stream->Conversion != Dithered) {
-        return stream->Conversion == Packed24 ? held.Bytes : held.Bytes & WholeWordMask;
+DWORD CapacityOf(const StreamInstance* stream, DWORD bytes) {
+    switch (stream->Format.Conversion) {
+    case Packed24:
+        return bytes;
+    case Dithered:
+        return bytes - bytes % ClientSampleSize(stream);
+    default:
+        return WholeWords(bytes);
     }
-    return held.Bytes - held.Bytes % ClientSampleSize(stream->SampleFormat, stream->Conversion);
 }
 
 // How many bytes of the client's layout this buffer gets. A buffer that the kernel refused has none. Of a
@@ -31,9 +33,9 @@ DWORD RecordedBytes(StreamInstance* stream, const HeldHeader& held) {
     if (held.Refused) {
         return 0;
     }
-    const DWORD share = stream->Recorded.TakeShare(stream, held, CapacityOf(stream, held));
-    const DWORD deliverable = stream->Conversion == Packed24 ? held.Bytes : held.Bytes & WholeWordMask;
-    return share < deliverable ? share : deliverable;
+    const DWORD share = stream->Recorded.TakeShare(stream, held, CapacityOf(stream, held.Bytes));
+    const DWORD most = stream->Format.Conversion == Packed24 ? held.Bytes : WholeWords(held.Bytes);
+    return share < most ? share : most;
 }
 
 // The dither begins anew with the first buffer from after a reset.
@@ -48,47 +50,46 @@ DitherState& DitherFor(StreamInstance* stream, const HeldHeader& held) {
 void Dither(StreamInstance* stream, WAVEHDR* header, const void* source, DWORD samples, DitherState& state) {
     const DWORD type = stream->Card->Settings.DitherADC;
     const auto* slots = static_cast<const int32_t*>(source);
-    if (stream->SampleFormat == Sample8) {
-        DitherCapture8(reinterpret_cast<uint8_t*>(header->lpData), slots, samples, type, stream->Channels,
-                       state);
+    if (stream->SampleFormat() == Sample8) {
+        DitherCapture8(reinterpret_cast<uint8_t*>(header->lpData), slots, samples, type,
+                       stream->Format.Channels, state);
     } else {
-        DitherCapture16(reinterpret_cast<int16_t*>(header->lpData), slots, samples, type, stream->Channels,
-                        state);
+        DitherCapture16(reinterpret_cast<int16_t*>(header->lpData), slots, samples, type,
+                        stream->Format.Channels, state);
     }
 }
 
 // Brings `count` recorded bytes from the shadow buffer into the client's memory; how many are there then.
-DWORD FillClientBuffer(StreamInstance* stream, WAVEHDR* header, DWORD count, DitherState& state) {
-    const ShadowBuffer* shadow = LookupShadowBuffer(stream, header);
+DWORD FillClientBuffer(StreamInstance* stream, const HeldHeader& held, DWORD count) {
+    const WORD conversion = stream->Format.Conversion;
+    const ShadowBuffer* shadow = held.Shadow;
     if (shadow == nullptr) {
-        return stream->Conversion == NoConversion ? count : 0;  // the card has written it there itself
+        return conversion == NoConversion ? count : 0;  // the card has written it there itself
     }
-    if (stream->Conversion == NoConversion) {
-        if (count > shadow->Size) {
-            return 0;
-        }
-        memcpy(header->lpData, shadow->Data, count);
-        return count;
+    if (conversion == NoConversion) {
+        const DWORD copied = count <= shadow->Size ? count : 0;
+        memcpy(held.Header->lpData, shadow->Data, copied);
+        return copied;
     }
-    const DWORD sampleSize = ClientSampleSize(stream->SampleFormat, stream->Conversion);
     const DWORD slots = shadow->Size / SlotSize;
-    const DWORD samples = count / sampleSize < slots ? count / sampleSize : slots;
-    if (stream->Conversion == Packed24) {
-        PackCapture24(reinterpret_cast<uint8_t*>(header->lpData), static_cast<const uint32_t*>(shadow->Data),
-                      samples);
+    const DWORD recorded = count / ClientSampleSize(stream);
+    const DWORD samples = recorded < slots ? recorded : slots;
+    if (conversion == Packed24) {
+        PackCapture24(reinterpret_cast<uint8_t*>(held.Header->lpData),
+                      static_cast<const uint32_t*>(shadow->Data), samples);
     } else {
-        Dither(stream, header, shadow->Data, samples, state);
+        Dither(stream, held.Header, shadow->Data, samples, DitherFor(stream, held));
     }
     return count;
 }
 
 }  // namespace
 
-void CaptureBufferDone(StreamInstance* stream, WAVEHDR* header) {
-    HeldHeader* held = stream->Held.FindInFlight(header);
-    const DWORD count = RecordedBytes(stream, *held);
-    header->dwBytesRecorded = FillClientBuffer(stream, header, count, DitherFor(stream, *held));
+void CaptureBufferDone(StreamInstance* stream, HeldHeader* held) {
+    WAVEHDR* header = held->Header;
+    header->dwBytesRecorded = FillClientBuffer(stream, *held, RecordedBytes(stream, *held));
     CountCompleted(stream, held);
+    ForgetHeader(stream, held);
     ReturnHeader(stream, header);
     if (stream->IsOpen != 0 && stream->Resetting == 0) {
         HandOver(stream, HandOverCall::Completed);

@@ -28,7 +28,7 @@ DWORD SettledPosition(StreamInstance* stream) {
     DWORD previous = first;
     for (;;) {
         const DWORD position = GetPosition(stream->Device);
-        if (position == previous || previous - first >= stream->SampleRate / 10) {
+        if (position == previous || previous - first >= stream->Format.SampleRate / 10) {
             return position;
         }
         previous = position;
@@ -38,7 +38,7 @@ DWORD SettledPosition(StreamInstance* stream) {
 // Only whole transfer units have reached memory.
 DWORD WholeUnits(const StreamInstance* stream, DWORD frames) {
     constexpr DWORD CardSampleSize[] = {1, 2, 4, 4};  // bytes, by sample format code
-    const DWORD unit = TransferUnit / CardSampleSize[stream->SampleFormat] / stream->Channels;
+    const DWORD unit = TransferUnit / CardSampleSize[stream->SampleFormat()] / stream->Format.Channels;
     return frames / unit * unit;
 }
 

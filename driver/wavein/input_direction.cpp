@@ -32,6 +32,8 @@ const Direction InputDirection = {
     .Reset = ResetInput,
     .BeginRun = BeginRecording,
     .StopForSleep = StopInputForSleep,
+    .MarkHeader = [](StreamInstance*, WAVEHDR* header) { header->dwBytesRecorded = 0; },
+    .FillShadowBuffer = FillInputBuffer,
     .TakeNext = TakePendingHeader,
     .OnBufferDone = CaptureBufferDone,
 };

@@ -13,6 +13,13 @@ bool StopInputForSleep(StreamInstance* stream);
 // The card's 32-bit slot, in bytes.
 inline constexpr DWORD SlotSize = 4;
 
-void CaptureBufferDone(StreamInstance* stream, WAVEHDR* header);
+// Bytes in whole 32-bit words: the card writes nothing less.
+constexpr DWORD WholeWords(DWORD bytes) {
+    return bytes & ~static_cast<DWORD>(3);
+}
+
+// Gives a header the shadow buffer that the card records into.
+MMRESULT FillInputBuffer(StreamInstance* stream, HeldHeader* held);
+void CaptureBufferDone(StreamInstance* stream, HeldHeader* held);
 
 }  // namespace kestvox

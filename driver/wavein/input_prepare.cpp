@@ -18,7 +18,7 @@ void SelectSource(StreamInstance* stream) {
     if (stream->Port != AnalogPort) {
         WritePort(stream->Device, port_register::Receiver, 0, PortReceiverOff);
         DelayMicroseconds(stream->Device, ReceiverSettle);
-    } else if (stream->Conversion == Dithered) {
+    } else if (stream->Format.Conversion == Dithered) {
         // Dither starts from the card's full width.
         WritePort(stream->Device, port_register::Control, SlotLeft << PortFormatShift, PortFormatMask);
     }
@@ -32,7 +32,7 @@ bool RateIsChecked(const StreamInstance* stream) {
 
 bool IncomingRateMatches(StreamInstance* stream) {
     const RateMeter meter = {PortSpace, port_register::Receiver, port_register::MeasuredRate};
-    return MeasuredRateMatches(stream->Device, meter, CardRateOfCode(stream->RateCode));
+    return MeasuredRateMatches(stream->Device, meter, CardRateOfCode(stream->Format.RateCode));
 }
 
 void RestoreGains(StreamInstance* stream) {

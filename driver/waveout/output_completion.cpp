@@ -22,11 +22,12 @@ bool HasCompletionsToCome(const WAVEHDR* header, const HeldHeader& held) {
 }  // namespace
 
 // A header that has no completion to come is returned; then the card is kept fed.
-void OutputBufferDone(StreamInstance* stream, WAVEHDR* header) {
-    HeldHeader* held = stream->Held.FindInFlight(header);
+void OutputBufferDone(StreamInstance* stream, HeldHeader* held) {
+    WAVEHDR* header = held->Header;
     CountPass(header);
     CountCompleted(stream, held);
     if (!HasCompletionsToCome(header, *held)) {
+        ForgetHeader(stream, held);
         ReturnHeader(stream, header);
         if (stream->IsOpen == 0) {
             return;  // the client closed from inside its callback

@@ -31,6 +31,8 @@ const Direction OutputDirection = {
     .Reset = ResetOutput,
     .BeginRun = [](StreamInstance*) {},
     .StopForSleep = StopOutputForSleep,
+    .MarkHeader = StampLoop,
+    .FillShadowBuffer = FillOutputBuffer,
     .TakeNext = TakeNextOutput,
     .OnBufferDone = OutputBufferDone,
 };

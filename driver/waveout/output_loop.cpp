@@ -46,7 +46,6 @@ void GiveUpPasses(StreamInstance* stream) {
 }  // namespace
 
 void StampLoop(StreamInstance* stream, WAVEHDR* header) {
-    DriverLock lock;
     if (Has(header, WHDR_BEGINLOOP) && stream->QueuedLoopCount == 0) {
         stream->QueuedLoopCount = header->dwLoops != 0 ? header->dwLoops : 1;
     }

@@ -18,10 +18,13 @@ DWORD GainOfVolume(DWORD volume);
 
 // The output form of taking the next header: walks loops. DriverMutex held.
 WAVEHDR* TakeNextOutput(StreamInstance* stream);
-void OutputBufferDone(StreamInstance* stream, WAVEHDR* header);
+void OutputBufferDone(StreamInstance* stream, HeldHeader* held);
+
+// Converts the client's data into a shadow buffer.
+MMRESULT FillOutputBuffer(StreamInstance* stream, HeldHeader* held);
 
 // Stamps the passes that the header still has to play: it may begin a loop, be part of the one that is being
-// written, or stand outside.
+// written, or stand outside. DriverMutex held.
 void StampLoop(StreamInstance* stream, WAVEHDR* header);
 
 // Ends the active loop with the current pass and returns the headers that have no pass left.

@@ -40,7 +40,7 @@ MMRESULT PrepareOutput(StreamInstance* stream, bool ignoreClockError) {
     WritePort(stream->Device, port_register::Control, 0, PortArm);
     stream->ArmBitSet = 0;
     if (stream->Port != AnalogPort) {
-        SetDigitalOutputStatus(stream->Device, *stream->Card, stream->FormatTag == FormatTagNonAudio);
+        SetDigitalOutputStatus(stream->Device, *stream->Card, stream->Format.FormatTag == FormatTagNonAudio);
     }
     DisarmChannel(stream->Device);
     WriteStoredGains(stream, [](DWORD stored) { return stored; });

@@ -41,47 +41,32 @@ constexpr OutputConversion Conversions[] = {
     {3, 4, ExpandPacked},  // Packed24
 };
 
-// Converts the client's data into a shadow buffer, where the card cannot read it as it is.
-MMRESULT FillCardBuffer(StreamInstance* stream, WAVEHDR* header) {
-    if (stream->Conversion == NoConversion && IsCardAligned(header)) {
-        return MMSYSERR_NOERROR;
-    }
-    const OutputConversion& conversion = Conversions[stream->Conversion];
-    const DWORD samples = header->dwBufferLength / conversion.SourceSize;
-    if (samples * conversion.SourceSize != header->dwBufferLength) {
+}  // namespace
+
+MMRESULT FillOutputBuffer(StreamInstance* stream, HeldHeader* held) {
+    const OutputConversion& conversion = Conversions[stream->Format.Conversion];
+    const DWORD samples = held->Bytes / conversion.SourceSize;
+    if (samples * conversion.SourceSize != held->Bytes) {
         return MMSYSERR_INVALPARAM;
     }
     if (samples > 0xFFFFFFFF / conversion.CardSize) {
         return MMSYSERR_NOMEM;
     }
-    void* data = AcquireShadowBuffer(stream, header, samples * conversion.CardSize);
+    void* data = AcquireShadowBuffer(held, samples * conversion.CardSize);
     if (data == nullptr) {
         return MMSYSERR_NOMEM;
     }
-    conversion.Expand(data, reinterpret_cast<const BYTE*>(header->lpData), samples);
+    conversion.Expand(data, reinterpret_cast<const BYTE*>(held->Header->lpData), samples);
     return MMSYSERR_NOERROR;
 }
 
-}  // namespace
-
 MMRESULT WriteOutput(StreamInstance* stream, WAVEHDR* header, DWORD size) {
-    DWORD resets = 0;
-    MMRESULT result = AcceptHeader(stream, header, size, &resets);
-    if (result != MMSYSERR_NOERROR) {
-        return result;
+    const DWORD resets = stream->ResetCount;
+    const MMRESULT result = SendHeader(stream, header, size, resets, HandOverCall::Written);
+    if (result == MMSYSERR_NOERROR) {
+        StartPort(stream, resets, StartCause::Headers);
     }
-    StampLoop(stream, header);
-    result = FillCardBuffer(stream, header);
-    if (result != MMSYSERR_NOERROR) {
-        return result;
-    }
-    result = QueueHeader(stream, header, resets);
-    if (result != MMSYSERR_NOERROR) {
-        return result;
-    }
-    HandOver(stream, HandOverCall::Written);
-    StartPort(stream, resets, StartCause::Headers);
-    return MMSYSERR_NOERROR;
+    return result;
 }
 
 }  // namespace kestvox
