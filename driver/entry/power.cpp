@@ -2,10 +2,10 @@
 
 #include "card/card_handle.h"
 #include "card/card_table.h"
+#include "card/clock_master.h"
 #include "card/locks.h"
 #include "card/registers.h"
 #include "entry/module.h"
-#include "stream/clock_group.h"
 #include "stream/service_thread.h"
 #include "stream/stream_list.h"
 

@@ -58,18 +58,12 @@ MMRESULT To(StreamInstance* stream, DWORD_PTR param1, DWORD_PTR param2) {
 }
 
 constexpr MessageRow OutputMessages[] = {
-    {WODM_CLOSE, To<CloseStream>},
-    {WODM_WRITE, To<WriteOutput>},
-    {WODM_PAUSE, To<PauseOutput>},
-    {WODM_RESTART, To<StartStream>},
-    {WODM_RESET, To<ResetOutput>},
-    {WODM_GETPOS, To<GetStreamPosition>},
-    {WODM_GETVOLUME, To<GetOutputVolume>},
-    {WODM_SETVOLUME, To<SetOutputVolume>},
-    {WODM_BREAKLOOP, To<BreakOutputLoop>},
-    {SavePciMessage, To<SavePciConfiguration>},
-    {RestorePciMessage, To<RestorePciConfiguration>},
-    {DirectModeMessage, To<SetDirectMode>},
+    {WODM_CLOSE, To<CloseStream>},         {WODM_WRITE, To<WriteOutput>},
+    {WODM_PAUSE, To<PauseOutput>},         {WODM_RESTART, To<StartStream>},
+    {WODM_RESET, To<ResetOutput>},         {WODM_GETPOS, To<GetStreamPosition>},
+    {WODM_GETVOLUME, To<GetOutputVolume>}, {WODM_SETVOLUME, To<SetOutputVolume>},
+    {WODM_BREAKLOOP, To<BreakOutputLoop>}, {SavePciMessage, To<SaveCard>},
+    {RestorePciMessage, To<RestoreCard>},  {DirectModeMessage, To<SetDirectMode>},
 };
 
 constexpr MessageRow InputMessages[] = {

@@ -1,7 +1,7 @@
 #include "stream/clock_group.h"
 
 #include "card/card_table.h"
-#include "card/init_card.h"
+#include "card/clock_master.h"
 #include "card/locks.h"
 #include "stream/stream_list.h"
 
@@ -10,11 +10,6 @@ namespace kestvox {
 namespace {
 
 constexpr const Direction* BothDirections[] = {&InputDirection, &OutputDirection};
-
-void SetClockSource(CardRecord& card, ClockSourceCode source) {
-    card.Settings.ClockSource = source;
-    card.WorkingClockSource = source;
-}
 
 // Clears the port's run flags. TRUE when they said that it ran.
 bool StopPort(CardRecord& card, const Direction& direction, DWORD port) {
@@ -52,34 +47,10 @@ bool ForgetIfDead(CardRecord& card, const Direction& direction, DWORD port, Card
 
 }  // namespace
 
-CardRecord& ClockMasterOf(CardRecord& card) {
-    CardRecord* master = FindCard(FindCardByRegistryPath(card.Settings.Master));
-    const bool leads = master != nullptr && master->EnableCount != 0 &&
-                       FindCardByRegistryPath(master->Settings.Master) == NoCard;
-    return leads ? *master : card;
-}
-
-CardRecord& ResolveClockMaster(CardRecord& card) {
-    CardRecord& master = ClockMasterOf(card);
-    if (&master != &card) {
-        SetClockSource(card, LinkClock);
-    } else if (card.Settings.ClockSource == LinkClock) {
-        SetClockSource(card, AutomaticClock);
-    }
-    return master;
-}
-
 void CountDown(SharedCount& count) {
     LONG now = count;
     while (now > 0 && !count.compare_exchange_weak(now, now - 1)) {
     }
-}
-
-void InitCardAgain(CardHandle* handle, CardRecord& card) {
-    InitCard(handle, card);
-    ++card.InitCount;
-    card.GroupRate = 0;
-    ClockMasterOf(card).GroupRate = 0;
 }
 
 void CountOpen(StreamInstance* stream) {

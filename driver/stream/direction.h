@@ -44,9 +44,9 @@ struct Direction {
     // Stops the port and returns every header; the kernel gives back those in flight.
     MMRESULT (*Reset)(StreamInstance* stream);
     // Under the stream's control: before the port's transfer is started from standstill; and before its
-    // channel is given up for a sleep, when it answers whether the port is to run after it.
+    // channel is given up for a sleep, when ResumePending notes whether the port is to run after it.
     void (*BeginRun)(StreamInstance* stream);
-    bool (*StopForSleep)(StreamInstance* stream);
+    void (*StopForSleep)(StreamInstance* stream);
     // What only this direction marks in a header that is accepted. DriverMutex held.
     void (*MarkHeader)(StreamInstance* stream, WAVEHDR* header);
     // Gives an accepted header whose own memory the card cannot use a shadow buffer, with what is to be

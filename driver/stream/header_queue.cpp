@@ -82,19 +82,19 @@ BOOL SubmitBuffer(StreamInstance* stream, const TakenHeader& taken) {
            QueueBuffer(device, stream->DirectMode);
 }
 
+// The in-flight rule: at least four buffers and at least a quarter of a second at the client's byte rate.
+bool MayHandOver(const StreamInstance* stream) {
+    const LONG quarterSecond = static_cast<LONG>(stream->Format.AvgBytesPerSec >> 2);
+    return stream->InFlightCount < LeastBuffersInFlight || stream->InFlightBytes < quarterSecond;
+}
+
 bool TakesHeaders(const StreamInstance* stream) {
     return stream->Closing == 0 && stream->Resetting == 0 &&
            (stream->Power == Awake || stream->Power == Prepared);
 }
 
-bool HasCalls(const HandOverTurn& turn) {
-    return turn.Completed || turn.Written || turn.Added != 0;
-}
-
-void ForgetCalls(HandOverTurn& turn) {
-    turn.Completed = false;
-    turn.Written = false;
-    turn.Added = 0;
+bool Any(const HandOverWork& work) {
+    return work.Completed || work.Written || work.Added != 0;
 }
 
 // The header that a sleep kept from the kernel is counted in flight already. DriverMutex held.
@@ -104,7 +104,7 @@ HeldHeader* NextToSubmit(StreamInstance* stream) {
         return stream->Held.Find(header);
     }
     WAVEHDR* header = MayHandOver(stream) ? stream->Direction->TakeNext(stream) : nullptr;
-    HeldHeader* held = header != nullptr ? stream->Held.Find(header) : nullptr;
+    HeldHeader* held = stream->Held.Find(header);
     if (held != nullptr) {
         ++held->InFlight;
         ++stream->InFlightCount;
@@ -113,22 +113,22 @@ HeldHeader* NextToSubmit(StreamInstance* stream) {
     return held;
 }
 
-// The next header for the calls that are noted; none ends the turn. DriverMutex held.
+// The next header for the work that is noted; none ends the turn. DriverMutex held.
 TakenHeader TakeForCalls(StreamInstance* stream) {
     HandOverTurn& turn = stream->HandOver;
-    const HeldHeader* held = HasCalls(turn) && TakesHeaders(stream) ? NextToSubmit(stream) : nullptr;
+    const HandOverWork work = turn.Work;
+    const HeldHeader* held = Any(work) && TakesHeaders(stream) ? NextToSubmit(stream) : nullptr;
     if (held == nullptr) {
-        ForgetCalls(turn);
+        turn.Work = {};
         turn.Calls = 0;
         return {};
     }
-    const bool startAlways = turn.Completed;
-    if (!turn.Completed && !turn.Written) {
-        --turn.Added;
+    if (!work.Completed && !work.Written) {
+        --turn.Work.Added;
     }
-    const bool last = !HasCalls(turn) || stream->PendingHeaders == nullptr || !MayHandOver(stream);
+    const bool last = !Any(turn.Work) || stream->PendingHeaders == nullptr || !MayHandOver(stream);
     if (last) {
-        ForgetCalls(turn);
+        turn.Work = {};
     }
     const DWORD length = held->Shadow != nullptr ? held->Shadow->Size : held->Bytes;
     return {.Header = held->Header,
@@ -138,16 +138,16 @@ TakenHeader TakeForCalls(StreamInstance* stream) {
             .Sleeps = stream->Sleeps,
             .Calls = turn.Calls,
             .Last = last,
-            .StartAlways = startAlways};
+            .StartAlways = work.Completed};
 }
 
 // A thread that finds another at it leaves its call there. DriverMutex held.
 TakenHeader BeginTurn(StreamInstance* stream, HandOverCall call) {
-    HandOverTurn& turn = stream->HandOver;
-    turn.Added += call == HandOverCall::Added ? 1 : 0;
-    turn.Written = turn.Written || call == HandOverCall::Written;
-    turn.Completed = turn.Completed || call == HandOverCall::Completed;
-    return turn.Calls++ == 0 ? TakeForCalls(stream) : TakenHeader{};
+    HandOverWork& work = stream->HandOver.Work;
+    work.Added += call == HandOverCall::Added ? 1 : 0;
+    work.Written = work.Written || call == HandOverCall::Written;
+    work.Completed = work.Completed || call == HandOverCall::Completed;
+    return stream->HandOver.Calls++ == 0 ? TakeForCalls(stream) : TakenHeader{};
 }
 
 // The kernel did not take the header. When the port has fallen asleep meanwhile that is why, and it is kept.
@@ -173,7 +173,7 @@ void SubmitTaken(StreamInstance* stream, const TakenHeader& taken) {
     if (stream->ResetCount != taken.Resets) {
         FlushBuffers(stream->Device);  // a reset came in between and flushed without this buffer
     }
-    if (taken.StartAlways || stream->PortFlag(stream->Direction->PortRunning) != 0) {
+    if (taken.StartAlways || stream->Running() != 0) {
         StartTransfer(stream->Device);
     }
 }
@@ -197,36 +197,34 @@ void RunTurn(StreamInstance* stream, TakenHeader taken, HANDLE mutex) {
 
 // Queues an accepted header and hands over what the call says.
 MMRESULT QueueHeader(StreamInstance* stream, HeldHeader* held, HandOverCall call) {
+    WAVEHDR* header = held->Header;
     TakenHeader taken = {};
-    WAVEHDR* overtaken = nullptr;
+    bool closing = false;
+    bool overtaken = false;
     {
         DriverLock lock;
-        if (stream->Closing != 0) {
-            ForgetHeader(stream, held);
-            return MMSYSERR_NOMEM;
-        }
-        if (stream->ResetCount != held->Resets) {
-            overtaken = held->Header;
+        closing = stream->Closing != 0;
+        overtaken = stream->ResetCount != held->Resets;
+        if (closing || overtaken) {
             ForgetHeader(stream, held);
         } else {
             AppendPendingHeader(stream, held);
             taken = BeginTurn(stream, call);
         }
     }
-    if (overtaken != nullptr) {
-        ReturnHeader(stream, overtaken);
+    if (overtaken && !closing) {
+        ReturnHeader(stream, header);
     }
     RunTurn(stream, taken, DriverMutex);
-    return MMSYSERR_NOERROR;
+    return closing ? MMSYSERR_NOMEM : MMSYSERR_NOERROR;
 }
 
 // A header that a sleep kept from the kernel is not in the card after all. DriverMutex held.
 void UncountNotSubmitted(StreamInstance* stream) {
-    WAVEHDR* header = stream->HandOver.NotSubmitted;
-    stream->HandOver.NotSubmitted = nullptr;
-    if (HeldHeader* held = header != nullptr ? stream->Held.Find(header) : nullptr) {
+    if (HeldHeader* held = stream->Held.Find(stream->HandOver.NotSubmitted)) {
         CountCompleted(stream, held);
     }
+    stream->HandOver.NotSubmitted = nullptr;
 }
 
 // Once the last completion is over: it holds DriverMutex to its end.
@@ -238,9 +236,9 @@ bool IsFlushed(StreamInstance* stream) {
     return !lock.TimedOut() && stream->InFlightCount == 0;
 }
 
-// Whether the stream holds the header since before its last reset began; false for null. DriverMutex held.
+// Whether the stream holds the header since before its last reset began. DriverMutex held.
 bool HeldBeforeReset(StreamInstance* stream, const WAVEHDR* header) {
-    const HeldHeader* held = header != nullptr ? stream->Held.Find(header) : nullptr;
+    const HeldHeader* held = stream->Held.Find(header);
     return held != nullptr && held->Resets < stream->ResetCount;
 }
 
@@ -268,11 +266,6 @@ MMRESULT SendHeader(StreamInstance* stream, WAVEHDR* header, DWORD size, DWORD r
         return result;
     }
     return QueueHeader(stream, held, call);
-}
-
-bool MayHandOver(const StreamInstance* stream) {
-    const LONG quarterSecond = static_cast<LONG>(stream->Format.AvgBytesPerSec >> 2);
-    return stream->InFlightCount < LeastBuffersInFlight || stream->InFlightBytes < quarterSecond;
 }
 
 WAVEHDR* TakePendingHeader(StreamInstance* stream) {

@@ -31,10 +31,6 @@ enum class HandOverCall {
 // After the last one, and after data that does not suit, the header keeps its marks.
 MMRESULT SendHeader(StreamInstance* stream, WAVEHDR* header, DWORD size, DWORD resets, HandOverCall call);
 
-// Whether another header may be handed to the card: until at least four are in flight and at least a
-// quarter of a second at the client's byte rate. DriverMutex held.
-bool MayHandOver(const StreamInstance* stream);
-
 // Takes the head of the queue off it; null when it is empty. DriverMutex held.
 WAVEHDR* TakePendingHeader(StreamInstance* stream);
 

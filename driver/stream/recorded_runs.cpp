@@ -1,7 +1,7 @@
 #include "stream/recorded_runs.h"
 
 #include "card/requests.h"
-#include "stream/wave_format.h"
+#include "stream/stream_instance.h"
 
 namespace kestvox {
 
@@ -36,7 +36,7 @@ void RecordedRuns::End(DWORD frames) {
 // Of a position in the run that is being served. A stop counts whole transfer units, a full buffer every
 // byte: so a little more may have been delivered.
 DWORD RecordedRuns::Remaining(const StreamInstance* stream, DWORD frames) const {
-    const DWORD bytes = BytesOfFrames(stream, frames);
+    const DWORD bytes = stream->BytesOf(frames);
     return bytesDelivered_ - bytes < TransferUnit ? 0 : bytes - bytesDelivered_;
 }
 

@@ -37,6 +37,7 @@ void CompleteHeader(StreamInstance* stream, WAVEHDR* header) {
     if (held == nullptr || held->InFlight == 0 || stream->IsOpen == 0) {
         return;
     }
+    stream->RefusedCompleted = stream->RefusedCompleted || held->Refused;
     if (!IsBadReadPtr(header, sizeof *header)) {
         stream->Direction->OnBufferDone(stream, held);
         return;
@@ -105,16 +106,13 @@ void CALLBACK BufferFinished(ULONG_PTR cookie, ULONG_PTR, ULONG_PTR) {
 }
 
 void CALLBACK SubmissionFailed(ULONG_PTR cookie) {
-    if (StreamInstance* stream = static_cast<StreamInstance*>(TlsGetValue(StreamSlot))) {
-        stream->RefusedCollected = true;
-    }
     Collect(reinterpret_cast<WAVEHDR*>(cookie));
 }
 
 // A client that hands every refused buffer in again must not keep a time-critical thread turning.
 void NapAfterRefusal(StreamInstance* stream) {
-    if (stream->RefusedCollected) {
-        stream->RefusedCollected = false;
+    if (stream->RefusedCompleted) {
+        stream->RefusedCompleted = false;
         Sleep(1);
     }
 }

@@ -11,8 +11,7 @@ void InitializeServiceThreads();
 void DeleteServiceThreads();
 
 // Waits, at most five seconds, until no service thread runs the library's code any more (those whose stream
-// was closed from inside a callback end by themselves) and no stream is in use and no lock.
-// FALSE: not so.
+// was closed from inside a callback end by themselves) and no stream is in use and no lock. FALSE: not so.
 BOOL AwaitServiceThreads();
 
 // Whether the calling thread is the service thread of one of this process's streams.

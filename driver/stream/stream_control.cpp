@@ -5,7 +5,6 @@
 #include "stream/clock_group.h"
 #include "stream/header_queue.h"
 #include "stream/synchronized_start.h"
-#include "stream/wave_format.h"
 
 namespace kestvox {
 
@@ -14,10 +13,6 @@ namespace {
 bool IsPaused(StreamInstance* stream) {
     const auto paused = stream->Direction->PortPaused;
     return paused != nullptr && stream->PortFlag(paused) != 0;
-}
-
-SharedWord& ResumePending(StreamInstance* stream) {
-    return stream->PortFlag(stream->Direction->PortResumePending);
 }
 
 // The stream's control is held. The port counts as running before its transfer is started: what that brings
@@ -29,7 +24,7 @@ void StartAwakePort(StreamInstance* stream, StartCause cause) {
     if (!running) {
         direction.BeginRun(stream);
     }
-    stream->PortFlag(direction.PortRunning) = 1;
+    stream->Running() = 1;
     if (direction.PortPaused != nullptr) {
         stream->PortFlag(direction.PortPaused) = 0;
     }
@@ -42,9 +37,7 @@ void StartAwakePort(StreamInstance* stream, StartCause cause) {
 void FallAsleep(StreamInstance* stream) {
     stream->Power = Asleep;
     ++stream->Sleeps;
-    if (stream->Direction->StopForSleep(stream)) {
-        ResumePending(stream) = 1;
-    }
+    stream->Direction->StopForSleep(stream);
     ReleaseChannel(stream->Device);
 }
 
@@ -61,8 +54,8 @@ bool BeginWakingUp(StreamInstance* stream, DWORD* sleeps) {
     }
     if (stream->Power != Asleep) {
         // Somebody prepares the port, and begins anew if the card has been initialised since.
-        if (!IsPreparedForCard(stream) && stream->Direction->StopForSleep(stream)) {
-            ResumePending(stream) = 1;
+        if (!IsPreparedForCard(stream)) {
+            stream->Direction->StopForSleep(stream);
         }
         return false;
     }
@@ -75,16 +68,6 @@ bool BeginWakingUp(StreamInstance* stream, DWORD* sleeps) {
 // Whether the port is still in the sleep that the preparation belongs to, and its stream not closing.
 bool GoesOn(const StreamInstance* stream, DWORD sleeps) {
     return stream->Closing == 0 && stream->Sleeps == sleeps;
-}
-
-// Prepares the port, again when the card was initialised meanwhile.
-MMRESULT PreparePort(StreamInstance* stream, bool ignoreClockError) {
-    MMRESULT result = MMSYSERR_NOERROR;
-    do {
-        stream->PreparedInit = static_cast<DWORD>(stream->Card->InitCount);
-        result = stream->Direction->Prepare(stream, ignoreClockError);
-    } while (result == MMSYSERR_NOERROR && !IsPreparedForCard(stream));
-    return result;
 }
 
 // The port is prepared. FALSE: it has fallen asleep again, or its stream is closing and gave up what the
@@ -112,33 +95,31 @@ bool FinishWakingUp(StreamInstance* stream, DWORD sleeps) {
         return false;
     }
     stream->Power = Awake;
-    if (ResumePending(stream).exchange(0) != 0) {
+    if (stream->ResumePending().exchange(0) != 0) {
         StartAwakePort(stream, StartCause::WakeUp);
     }
     return true;
 }
 
-// From the port's preparation to its being awake.
+// From the port's preparation to its being awake: again and again while the card is initialised meanwhile.
 MMRESULT WakeUp(StreamInstance* stream, DWORD sleeps, bool ignoreClockError) {
-    bool awake = false;
-    while (!awake) {
-        const MMRESULT result = PreparePort(stream, ignoreClockError);
-        if (result != MMSYSERR_NOERROR) {
+    for (;;) {
+        stream->PreparedInit = static_cast<DWORD>(stream->Card->InitCount);
+        const MMRESULT result = stream->Direction->Prepare(stream, ignoreClockError);
+        if (result != MMSYSERR_NOERROR || !TakeHeadersAgain(stream, sleeps)) {
             return result;
         }
-        if (!TakeHeadersAgain(stream, sleeps)) {
-            break;
-        }
         HandOver(stream, HandOverCall::Written);
-        awake = FinishWakingUp(stream, sleeps);
+        if (FinishWakingUp(stream, sleeps)) {
+            return MMSYSERR_NOERROR;
+        }
     }
-    return MMSYSERR_NOERROR;
 }
 
 }  // namespace
 
 bool IsRunning(StreamInstance* stream) {
-    return stream->PortFlag(stream->Direction->PortRunning) != 0 && !IsPaused(stream);
+    return stream->Running() != 0 && !IsPaused(stream);
 }
 
 void StartPort(StreamInstance* stream, DWORD resets, StartCause cause) {
@@ -153,7 +134,7 @@ void StartPort(StreamInstance* stream, DWORD resets, StartCause cause) {
     if (stream->Power == Awake) {
         StartAwakePort(stream, cause);
     } else {
-        ResumePending(stream) = 1;
+        stream->ResumePending() = 1;
     }
 }
 
@@ -202,7 +183,7 @@ MMRESULT GetStreamPosition(StreamInstance* stream, MMTIME* time, DWORD size) {
         return MMSYSERR_ERROR;
     }
     if (time->wType == TIME_BYTES) {
-        time->u.cb = BytesOfFrames(stream, frames);
+        time->u.cb = stream->BytesOf(frames);
     } else {
         time->wType = TIME_SAMPLES;
         time->u.sample = frames;

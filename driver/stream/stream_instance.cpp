@@ -28,12 +28,6 @@ StreamInstance* NewStream() {
     return stream;
 }
 
-BOOL EquipStream(StreamInstance* stream) {
-    stream->Control = CreateMutexW(nullptr, FALSE, nullptr);
-    stream->Progress = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    return stream->Control != nullptr && stream->Progress != nullptr;
-}
-
 StreamUse::StreamUse(StreamInstance* stream) : stream_(stream) {
     ++UseCount;
     ++stream->References;

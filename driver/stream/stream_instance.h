@@ -9,7 +9,9 @@
 #pragma once
 
 #include "card/card_handle.h"
+#include "card/pci_configuration.h"
 #include "convert/capture.h"
+#include "format/sample_format.h"
 #include "stream/direction.h"
 #include "stream/header_ledger.h"
 #include "stream/recorded_runs.h"
@@ -17,44 +19,6 @@
 namespace kestvox {
 
 struct ShadowBuffer;
-
-// How the card reads a stream's memory: port register 0, bits 6 and 7.
-enum SampleFormatCode : WORD {
-    Sample8 = 0,
-    Sample16 = 1,
-    SlotRight = 2,  // 32-bit slot, sample right-justified
-    SlotLeft = 3,   // 32-bit slot, most significant bit at bit 31
-};
-
-enum ConversionCode : WORD {
-    NoConversion = 0,
-    FromALaw = 1,
-    FromMuLaw = 2,
-    Packed24 = 3,  // 3 bytes a sample to or from SlotLeft
-    Dithered = 4,  // input: SlotLeft to 8 or 16 bits
-};
-
-// The card's PCI configuration as a private message saved it.
-struct PciConfiguration {
-    DWORD DeviceIds;
-    DWORD SubsystemIds;
-    DWORD ClassAndRevision;
-    DWORD BaseAddress;
-    WORD Command;
-    BYTE LatencyTimer;
-    BYTE InterruptLine;
-};
-
-// What open negotiated. Rates in Hz; AvgBytesPerSec as the client gave it, unchecked.
-struct StreamFormat {
-    WORD FormatTag;
-    WORD Channels;  // 1 or 2
-    WORD RateCode;
-    WORD SampleFormat;
-    WORD Conversion;
-    DWORD SampleRate;
-    DWORD AvgBytesPerSec;
-};
 
 // Whether the port has its channel, and is as its client left it.
 enum PortPower : DWORD {
@@ -64,15 +28,16 @@ enum PortPower : DWORD {
     Prepared,   // headers are handed over again; starts and stops are still noted, so that they come after
 };
 
-// While a stream opens only the thread that opens it closes it: who else wants that says so.
-enum OpeningState : DWORD { NotOpening, StillOpening, CloseInstead };
-
 // What the one thread that hands headers over for a stream still has to do (header_queue.h).
+struct HandOverWork {
+    DWORD Added;     // single headers
+    bool Written;    // all that the rule allows
+    bool Completed;  // ... with a transfer that is started in any case
+};
+
 struct HandOverTurn {
-    SharedCount Calls;      // 0: no thread is at it
-    DWORD Added;            // single headers
-    bool Written;           // all that the rule allows
-    bool Completed;         // ... with a transfer that is started in any case
+    SharedCount Calls;  // 0: no thread is at it
+    HandOverWork Work;
     WAVEHDR* NotSubmitted;  // taken off the queue, and then the port fell asleep: the next one to hand over
 };
 
@@ -113,7 +78,7 @@ struct StreamInstance {
 
     SharedWord Resetting;  // resets under way: a client may reset inside the callback of a reset
     SharedWord IsOpen;
-    SharedWord Opening;       // OpeningState
+    SharedWord Opening;       // only the thread that opens it closes it
     SharedWord Closing;       // the client can act on the stream no more
     SharedWord JustReset;     // set by a reset, cleared by the message that acts on the stream next
     SharedWord Power;         // PortPower
@@ -129,7 +94,7 @@ struct StreamInstance {
     WAVEHDR** Completions;       // collected by the service thread, which alone touches these four
     LONG CompletionCount;
     LONG CompletionsDispatched;
-    bool RefusedCollected;  // buffers that the kernel refused are among them; the service thread's own
+    bool RefusedCompleted;  // buffers that the kernel refused were among them; DriverMutex
     LONG CompletionCapacity;
 
     SharedCount References;     // users, see above
@@ -142,9 +107,14 @@ struct StreamInstance {
     HANDLE Control;             // the mutex of its control
     HANDLE Progress;            // auto-reset event: something that AwaitProgress waits for may have happened
 
-    // As the card reads it now.
-    WORD SampleFormat() const { return DirectMode != 0 ? WORD{SlotLeft} : Format.SampleFormat; }
+    // In the card table.
+    SharedWord& Running() { return PortFlag(Direction->PortRunning); }
+    SharedWord& ResumePending() { return PortFlag(Direction->PortResumePending); }
     SharedWord& PortFlag(SharedWord (CardRecord::*flags)[PortCount]) { return (Card->*flags)[Port]; }
+    // As the card reads it now; bytes of a client's sample; bytes of so many frames of them, modulo 2^32.
+    WORD SampleFormat() const { return DirectMode != 0 ? WORD{SlotLeft} : Format.SampleFormat; }
+    DWORD SampleSize() const { return ClientSampleSize(SampleFormat(), Format.Conversion); }
+    DWORD BytesOf(DWORD frames) const { return frames * SampleSize() * Format.Channels; }
 };
 
 // Keeps a stream's record, and its device handle, while a message or another operation on it is handled.
@@ -168,9 +138,6 @@ bool AwaitProgress(StreamInstance* stream, DWORD milliseconds, bool (*done)(Stre
 
 // Null when there is no memory. The record starts with one reference.
 StreamInstance* NewStream();
-
-// Makes the stream's mutex and event. FALSE when one of them cannot be had.
-BOOL EquipStream(StreamInstance* stream);
 
 // Lets one reference go; with the last one everything that the stream still owns is closed and freed.
 void ReleaseStream(StreamInstance* stream);

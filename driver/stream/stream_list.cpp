@@ -33,15 +33,6 @@ StreamInstance* FindFrom(StreamInstance* stream, Predicate matches) {
     return stream;
 }
 
-StreamLoan Lend(StreamInstance* stream) {
-    if (stream == nullptr) {
-        return {nullptr, nullptr};
-    }
-    ++stream->Loans;
-    ++stream->References;
-    return {stream, stream->Device};
-}
-
 // The first stream that `matches`, with a reference that the caller lets go.
 template <typename Predicate>
 StreamInstance* Refer(Predicate matches) {
@@ -53,11 +44,14 @@ StreamInstance* Refer(Predicate matches) {
     return found;
 }
 
+DWORD NewWalk() {
+    return static_cast<DWORD>(++WalkCount);
+}
+
 // One stream after the other is in use, and none while the next is looked for: it may be closed meanwhile,
 // and others opened. A stream that a later walk has passed is left to that one.
 template <typename Action>
-void ForEachStream(Action action) {
-    const DWORD walk = static_cast<DWORD>(++WalkCount);
+void ForEachStream(DWORD walk, Action action) {
     const auto next = [walk] {
         return Refer([walk](StreamInstance& stream) {
             const bool ahead = static_cast<LONG>(walk - stream.Walk) > 0;
@@ -72,10 +66,6 @@ void ForEachStream(Action action) {
         }
         ReleaseStream(stream);
     }
-}
-
-bool IsGivenBack(StreamInstance* stream) {
-    return stream->Loans == 0;
 }
 
 }  // namespace
@@ -115,8 +105,14 @@ bool IsOpenHere(const CardRecord& card, const Direction& direction, DWORD port) 
 
 StreamLoan FindStreamByCard(const CardRecord& card) {
     ListGuard guard;
-    return Lend(FindFrom(
-        Head, [&card](const StreamInstance& stream) { return stream.Card == &card && stream.Lendable; }));
+    StreamInstance* lender = FindFrom(
+        Head, [&card](const StreamInstance& stream) { return stream.Card == &card && stream.Lendable; });
+    if (lender == nullptr) {
+        return {nullptr, nullptr};
+    }
+    ++lender->Loans;
+    ++lender->References;
+    return {lender, lender->Device};
 }
 
 void ReturnLoan(const StreamLoan& loan) {
@@ -135,7 +131,8 @@ BOOL WithdrawDevice(StreamInstance* stream) {
     }
     // A loan lasts one step of some operation. One that outlasts the limit belongs to a thread that was ended
     // in the middle of it, as at the end of a process, or to one that is held up: it has a reference.
-    return AwaitProgress(stream, OnServiceThread() ? 0 : LongestLoan, IsGivenBack);
+    return AwaitProgress(stream, OnServiceThread() ? 0 : LongestLoan,
+                         [](StreamInstance* lender) { return lender->Loans == 0; });
 }
 
 DWORD CloseStreamsCalls() {
@@ -145,7 +142,7 @@ DWORD CloseStreamsCalls() {
 void CloseStreams(DWORD processId, DWORD ordinal) {
     ++CloseCalls;
     const auto matches = [=](const StreamInstance& stream) {
-        return stream.Closing == 0 && stream.Opening != CloseInstead &&
+        return stream.Closing == 0 && stream.Opening == 0 &&
                (processId == 0 || stream.OwnerProcessId == processId) &&
                (ordinal == NoCard || stream.Card->Ordinal == ordinal);
     };
@@ -153,22 +150,21 @@ void CloseStreams(DWORD processId, DWORD ordinal) {
         {
             StreamUse use(stream);
             stream->OpenFlags = 0;
-            DWORD opening = StillOpening;
-            if (!stream->Opening.compare_exchange_strong(opening, CloseInstead)) {
-                ForceCloseStream(stream);
-            }
+            ForceCloseStream(stream);
         }
         ReleaseStream(stream);
     }
 }
 
 void SuspendStreams() {
-    ForEachStream(SuspendStream);
+    ForEachStream(NewWalk(), SuspendStream);
 }
 
 void ResumeStreams() {
-    ForEachStream(SuspendUnprepared);
-    ForEachStream(ResumeStream);
+    const DWORD first = NewWalk();
+    const DWORD second = NewWalk();  // a suspend that comes in between is later than both
+    ForEachStream(first, SuspendUnprepared);
+    ForEachStream(second, ResumeStream);
 }
 
 }  // namespace kestvox

@@ -1,6 +1,7 @@
 #include "stream/stream_open.h"
 
 #include "card/card_table.h"
+#include "card/clock_master.h"
 #include "eventlog/driver_event.h"
 #include "stream/clock_group.h"
 #include "stream/header_return.h"
@@ -28,8 +29,10 @@ MMRESULT ClaimStream(const Direction& direction, CardRecord& card, DWORD port, S
         return MMSYSERR_NOMEM;
     }
     MMRESULT result = OpenCardHandle(card, direction.FirstChannel + port, &stream->Device);
-    if (result == MMSYSERR_NOERROR && !EquipStream(stream)) {
-        result = MMSYSERR_NOMEM;
+    if (result == MMSYSERR_NOERROR) {
+        stream->Control = CreateMutexW(nullptr, FALSE, nullptr);
+        stream->Progress = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+        result = stream->Control != nullptr && stream->Progress != nullptr ? result : MMSYSERR_NOMEM;
     }
     if (result != MMSYSERR_NOERROR) {
         ReleaseStream(stream);
@@ -50,18 +53,14 @@ void TakePartInClock(StreamInstance* stream, CardRecord& master) {
     CountOpen(stream);
 }
 
-bool RunsAtAnotherRate(const CardRecord& master, DWORD rate) {
-    const DWORD groupRate = master.GroupRate;
-    return groupRate != 0 && groupRate != rate;
-}
-
 // A clock that only dead processes have left running is free.
 bool RateCanBeHad(CardRecord& master, DWORD rate) {
-    if (RunsAtAnotherRate(master, rate)) {
+    const auto isFree = [&] { return master.GroupRate == 0 || master.GroupRate == rate; };
+    if (!isFree()) {
         ForgetDeadStreams(master);
         ForgetIdleClock(master);
     }
-    return !RunsAtAnotherRate(master, rate);
+    return isFree();
 }
 
 // Nothing starts the port any more: whoever has the stream's control next sees that it is closing.
@@ -90,8 +89,9 @@ MMRESULT FinishOpening(StreamInstance* stream, DWORD closeCalls) {
         StartServiceThread(stream);
         stream->IsOpen = 1;
     }
-    stream->Opening = NotOpening;
+    stream->Opening = 0;
     if (CloseStreamsCalls() != closeCalls && result == MMSYSERR_NOERROR) {
+        stream->OpenFlags = 0;
         result = MMSYSERR_NODRIVER;
     }
     if (result != MMSYSERR_NOERROR) {
@@ -137,7 +137,7 @@ MMRESULT OpenStream(const Direction& direction, UINT device, DWORD_PTR* user, co
     FillClient(stream, *description, flags);
     stream->Format = format;
     stream->Power = Preparing;
-    stream->Opening = StillOpening;
+    stream->Opening = 1;
     direction.InitializeFields(stream);
     StreamUse use(stream);
     AddStream(stream);

@@ -1,6 +1,5 @@
 #include "stream/header_queue.h"
 #include "stream/shadow_buffer.h"
-#include "stream/wave_format.h"
 #include "wavein/input_parts.h"
 #include "wavein/wave_input.h"
 
@@ -17,7 +16,7 @@ MMRESULT ShadowSize(const StreamInstance* stream, DWORD length, DWORD* size) {
         *size = WholeWords(length);
         return MMSYSERR_NOERROR;
     }
-    const DWORD sampleSize = ClientSampleSize(stream);
+    const DWORD sampleSize = stream->SampleSize();
     if (conversion == Dithered && sampleSize == SlotSize) {
         return MMSYSERR_INVALPARAM;  // direct mode left nothing to dither to
     }

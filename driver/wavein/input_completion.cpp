@@ -2,11 +2,10 @@
 
 #include "card/locks.h"
 #include "card/requests.h"
-#include "convert/capture.h"
+#include "format/conversion.h"
 #include "stream/header_queue.h"
 #include "stream/header_return.h"
 #include "stream/shadow_buffer.h"
-#include "stream/wave_format.h"
 #include "wavein/input_parts.h"
 
 namespace kestvox {
@@ -20,15 +19,14 @@ DWORD CapacityOf(const StreamInstance* stream, DWORD bytes) {
     case Packed24:
         return bytes;
     case Dithered:
-        return bytes - bytes % ClientSampleSize(stream);
+        return bytes - bytes % stream->SampleSize();
     default:
         return WholeWords(bytes);
     }
 }
 
 // How many bytes of the client's layout this buffer gets. A buffer that the kernel refused has none. Of a
-// dithered one only whole words are delivered: the rest of what the card put into it is dropped. DriverMutex
-// held.
+// dithered one only whole words are delivered: the rest of what the card put into it is dropped.
 DWORD RecordedBytes(StreamInstance* stream, const HeldHeader& held) {
     if (held.Refused) {
         return 0;
@@ -47,18 +45,6 @@ DitherState& DitherFor(StreamInstance* stream, const HeldHeader& held) {
     return stream->Dither;
 }
 
-void Dither(StreamInstance* stream, WAVEHDR* header, const void* source, DWORD samples, DitherState& state) {
-    const DWORD type = stream->Card->Settings.DitherADC;
-    const auto* slots = static_cast<const int32_t*>(source);
-    if (stream->SampleFormat() == Sample8) {
-        DitherCapture8(reinterpret_cast<uint8_t*>(header->lpData), slots, samples, type,
-                       stream->Format.Channels, state);
-    } else {
-        DitherCapture16(reinterpret_cast<int16_t*>(header->lpData), slots, samples, type,
-                        stream->Format.Channels, state);
-    }
-}
-
 // Brings `count` recorded bytes from the shadow buffer into the client's memory; how many are there then.
 DWORD FillClientBuffer(StreamInstance* stream, const HeldHeader& held, DWORD count) {
     const WORD conversion = stream->Format.Conversion;
@@ -72,14 +58,9 @@ DWORD FillClientBuffer(StreamInstance* stream, const HeldHeader& held, DWORD cou
         return copied;
     }
     const DWORD slots = shadow->Size / SlotSize;
-    const DWORD recorded = count / ClientSampleSize(stream);
-    const DWORD samples = recorded < slots ? recorded : slots;
-    if (conversion == Packed24) {
-        PackCapture24(reinterpret_cast<uint8_t*>(held.Header->lpData),
-                      static_cast<const uint32_t*>(shadow->Data), samples);
-    } else {
-        Dither(stream, held.Header, shadow->Data, samples, DitherFor(stream, held));
-    }
+    const DWORD recorded = count / stream->SampleSize();
+    ConvertCapture(stream->Format, stream->Card->Settings.DitherADC, held.Header->lpData, shadow->Data,
+                   recorded < slots ? recorded : slots, DitherFor(stream, held));
     return count;
 }
 

@@ -4,7 +4,6 @@
 #include "stream/shadow_buffer.h"
 #include "stream/stream_control.h"
 #include "stream/synchronized_start.h"
-#include "stream/wave_format.h"
 #include "wavein/input_parts.h"
 #include "wavein/wave_input.h"
 
@@ -13,14 +12,6 @@ namespace kestvox {
 namespace {
 
 constexpr DWORD TransferUnit = 32;  // bytes of card memory
-
-SharedWord& Running(StreamInstance* stream) {
-    return stream->PortFlag(&CardRecord::InputRunning);
-}
-
-SharedWord& ResumePending(StreamInstance* stream) {
-    return stream->PortFlag(&CardRecord::InputResumePending);
-}
 
 // The position when nothing moves any more, or after a tenth of a second of audio.
 DWORD SettledPosition(StreamInstance* stream) {
@@ -49,7 +40,7 @@ void StopRunningPort(StreamInstance* stream) {
     SynchronizedStop(stream);
     const DWORD frames = SettledPosition(stream);
     stream->Recorded.End(frames != NoPosition ? WholeUnits(stream, frames) : NoPosition);
-    Running(stream) = 0;
+    stream->Running() = 0;
     StopTransfer(stream->Device);
 }
 
@@ -59,7 +50,7 @@ void StopPort(StreamInstance* stream) {
         StopRunningPort(stream);
     }
     if (stream->Power != Awake) {
-        ResumePending(stream) = 0;
+        stream->ResumePending() = 0;
     }
 }
 
@@ -69,12 +60,11 @@ void BeginRecording(StreamInstance* stream) {
     stream->Recorded.Begin(stream->ResetCount);
 }
 
-bool StopInputForSleep(StreamInstance* stream) {
-    if (!IsRunning(stream)) {
-        return false;
+void StopInputForSleep(StreamInstance* stream) {
+    if (IsRunning(stream)) {
+        StopRunningPort(stream);
+        stream->ResumePending() = 1;
     }
-    StopRunningPort(stream);
-    return true;
 }
 
 MMRESULT StopInput(StreamInstance* stream) {

@@ -3,8 +3,8 @@
 #include <mmddk.h>
 
 #include "card/registers.h"
+#include "format/wave_format.h"
 #include "stream/header_queue.h"
-#include "stream/wave_format.h"
 #include "wavein/input_parts.h"
 #include "wavein/wave_input.h"
 

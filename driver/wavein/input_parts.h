@@ -8,10 +8,7 @@ namespace kestvox {
 MMRESULT PrepareInput(StreamInstance* stream, bool ignoreClockError);
 void CleanUpInput(StreamInstance* stream);
 void BeginRecording(StreamInstance* stream);
-bool StopInputForSleep(StreamInstance* stream);
-
-// The card's 32-bit slot, in bytes.
-inline constexpr DWORD SlotSize = 4;
+void StopInputForSleep(StreamInstance* stream);
 
 // Bytes in whole 32-bit words: the card writes nothing less.
 constexpr DWORD WholeWords(DWORD bytes) {

@@ -77,7 +77,7 @@ MMRESULT PrepareInput(StreamInstance* stream, bool ignoreClockError) {
 }
 
 void CleanUpInput(StreamInstance* stream) {
-    stream->PortFlag(&CardRecord::InputResumePending) = 0;  // closed while suspended
+    stream->ResumePending() = 0;  // closed while suspended
     SilenceGains(stream);
     if (stream->Port != AnalogPort && stream->Card->ActiveClockSource != DigitalInputClock) {
         WritePort(stream->Device, port_register::Receiver, PortReceiverOff, PortReceiverOff);

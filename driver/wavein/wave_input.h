@@ -11,9 +11,7 @@
 
 namespace kestvox {
 
-// MMSYSERR_INVALPARAM: no header, another size than WAVEHDR's, no data, or a packed 24-bit buffer that
-// does not hold whole samples. WAVERR_UNPREPARED. MMSYSERR_NOMEM: marked but not queued.
-// MMSYSERR_INVALHANDLE: from inside a callback of the stream's close.
+// Answers as SendHeader does (stream/header_queue.h).
 MMRESULT AddInputBuffer(StreamInstance* stream, WAVEHDR* header, DWORD size);
 
 // Stops once the position has settled. What has been filled comes back; other buffers in the card stay

@@ -15,18 +15,13 @@ void CountPass(WAVEHDR* header) {
     }
 }
 
-bool HasCompletionsToCome(const WAVEHDR* header, const HeldHeader& held) {
-    return header->dwLoops != 0 || held.InFlight != 0;
-}
-
 }  // namespace
 
-// A header that has no completion to come is returned; then the card is kept fed.
 void OutputBufferDone(StreamInstance* stream, HeldHeader* held) {
     WAVEHDR* header = held->Header;
     CountPass(header);
     CountCompleted(stream, held);
-    if (!HasCompletionsToCome(header, *held)) {
+    if (header->dwLoops == 0 && held->InFlight == 0) {  // no completion is to come
         ForgetHeader(stream, held);
         ReturnHeader(stream, header);
         if (stream->IsOpen == 0) {

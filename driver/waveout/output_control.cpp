@@ -1,3 +1,5 @@
+#include "card/card_identity.h"
+#include "card/clock_master.h"
 #include "card/registers.h"
 #include "card/requests.h"
 #include "stream/header_queue.h"
@@ -15,27 +17,8 @@ namespace {
 constexpr DWORD FullGain = 128;
 constexpr DWORD FullVolume = 65535;
 
-SharedWord& Running(StreamInstance* stream) {
-    return stream->PortFlag(&CardRecord::OutputRunning);
-}
-
 SharedWord& Paused(StreamInstance* stream) {
     return stream->PortFlag(&CardRecord::OutputPaused);
-}
-
-SharedWord& ResumePending(StreamInstance* stream) {
-    return stream->PortFlag(&CardRecord::OutputResumePending);
-}
-
-void PausePort(StreamInstance* stream) {
-    ControlLock control(stream);
-    if (IsRunning(stream)) {
-        SynchronizedStop(stream);
-    }
-    Paused(stream) = 1;
-    if (stream->Power != Awake) {
-        ResumePending(stream) = 0;
-    }
 }
 
 // Whatever the client did from inside the callbacks of a reset, the port does not run after it.
@@ -45,9 +28,9 @@ void StopPort(StreamInstance* stream) {
         SynchronizedStop(stream);
     }
     Paused(stream) = 0;
-    Running(stream) = 0;
+    stream->Running() = 0;
     if (stream->Power != Awake) {
-        ResumePending(stream) = stream->Closing == 0;  // as a suspend leaves a port that is not paused
+        stream->ResumePending() = stream->Closing == 0;  // as a suspend leaves a port that is not paused
     }
 }
 
@@ -67,7 +50,14 @@ void ForgetLoops(StreamInstance* stream) {
 
 MMRESULT PauseOutput(StreamInstance* stream) {
     stream->JustReset = 0;
-    PausePort(stream);
+    ControlLock control(stream);
+    if (IsRunning(stream)) {
+        SynchronizedStop(stream);
+    }
+    Paused(stream) = 1;
+    if (stream->Power != Awake) {
+        stream->ResumePending() = 0;
+    }
     return MMSYSERR_NOERROR;
 }
 
@@ -91,16 +81,16 @@ MMRESULT ResetOutput(StreamInstance* stream) {
     return MMSYSERR_NOERROR;
 }
 
-bool StopOutputForSleep(StreamInstance* stream) {
+void StopOutputForSleep(StreamInstance* stream) {
     if (Paused(stream) != 0) {
-        return false;
+        return;
     }
-    if (Running(stream) != 0) {
+    if (stream->Running() != 0) {
         SynchronizedStop(stream);
         StopTransfer(stream->Device);
     }
     Paused(stream) = 1;
-    return true;
+    stream->ResumePending() = 1;
 }
 
 void InitializeOutputFields(StreamInstance* stream) {
@@ -125,6 +115,22 @@ MMRESULT SetOutputVolume(StreamInstance* stream, DWORD volume) {
     stream->VolumeIsSet = 1;
     SetMixerGain(stream->Device, OwnPlaybackGain(stream->Port), GainOfVolume(left));
     return MMSYSERR_NOERROR;
+}
+
+MMRESULT SaveCard(StreamInstance* stream) {
+    stream->JustReset = 0;
+    const BOOL saved = SavePciConfiguration(stream->Device, &stream->SavedPciConfig);
+    return saved && ReleaseChannel(stream->Device) ? MMSYSERR_NOERROR : MMSYSERR_ERROR;
+}
+
+MMRESULT RestoreCard(StreamInstance* stream) {
+    stream->JustReset = 0;
+    if (!RestorePciConfiguration(stream->Device, &stream->SavedPciConfig)) {
+        return MMSYSERR_ERROR;
+    }
+    ReadCardIdentity(stream->Device, *stream->Card);
+    InitCardAgain(stream->Device, *stream->Card);
+    return AcquireChannel(stream->Device) ? MMSYSERR_NOERROR : MMSYSERR_ERROR;
 }
 
 }  // namespace kestvox

@@ -3,7 +3,7 @@
 #include <mmddk.h>
 
 #include "card/registers.h"
-#include "stream/wave_format.h"
+#include "format/wave_format.h"
 #include "waveout/output_parts.h"
 #include "waveout/wave_output.h"
 

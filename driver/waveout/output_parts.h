@@ -11,7 +11,7 @@ DWORD OwnPlaybackGain(DWORD port);
 void InitializeOutputFields(StreamInstance* stream);
 MMRESULT PrepareOutput(StreamInstance* stream, bool ignoreClockError);
 void CleanUpOutput(StreamInstance* stream);
-bool StopOutputForSleep(StreamInstance* stream);
+void StopOutputForSleep(StreamInstance* stream);
 
 // The mixer gain for a volume of 0 to 0xFFFF.
 DWORD GainOfVolume(DWORD volume);

@@ -1,7 +1,7 @@
 #include "card/channel_status.h"
 #include "card/registers.h"
 #include "clock/sample_clock.h"
-#include "stream/wave_format.h"
+#include "format/wave_format.h"
 #include "waveout/output_parts.h"
 
 namespace kestvox {
@@ -11,17 +11,13 @@ namespace {
 constexpr DWORD AnalogPort = 0;
 
 // Mixer inputs that the port's playback feeds: of the analog output's mixer, then of the digital one's.
-struct PlaybackGains {
-    DWORD Inputs[PortCount];
-};
-constexpr PlaybackGains GainsOfPort[PortCount] = {{{2, 6}}, {{3, 7}}};
+constexpr DWORD GainsOfPort[PortCount][PortCount] = {{2, 6}, {3, 7}};
 
-template <typename ValueOf>
-void WriteStoredGains(StreamInstance* stream, ValueOf valueOf) {
-    const PlaybackGains& gains = GainsOfPort[stream->Port];
-    for (const DWORD index : gains.Inputs) {
+// Only gains that are not down are touched.
+void SetStoredGains(StreamInstance* stream, bool audible) {
+    for (const DWORD index : GainsOfPort[stream->Port]) {
         if (const DWORD stored = WorkingGain(*stream->Card, index); stored != 0) {
-            SetMixerGain(stream->Device, index, valueOf(stored));
+            SetMixerGain(stream->Device, index, audible ? stored : 0);
         }
     }
 }
@@ -29,7 +25,7 @@ void WriteStoredGains(StreamInstance* stream, ValueOf valueOf) {
 }  // namespace
 
 DWORD OwnPlaybackGain(DWORD port) {
-    return GainsOfPort[port].Inputs[port];
+    return GainsOfPort[port][port];
 }
 
 MMRESULT PrepareOutput(StreamInstance* stream, bool ignoreClockError) {
@@ -43,7 +39,7 @@ MMRESULT PrepareOutput(StreamInstance* stream, bool ignoreClockError) {
         SetDigitalOutputStatus(stream->Device, *stream->Card, stream->Format.FormatTag == FormatTagNonAudio);
     }
     DisarmChannel(stream->Device);
-    WriteStoredGains(stream, [](DWORD stored) { return stored; });
+    SetStoredGains(stream, true);
     if (stream->VolumeIsSet != 0) {
         SetMixerGain(stream->Device, OwnPlaybackGain(stream->Port), GainOfVolume(stream->Volume));
     }
@@ -51,8 +47,8 @@ MMRESULT PrepareOutput(StreamInstance* stream, bool ignoreClockError) {
 }
 
 void CleanUpOutput(StreamInstance* stream) {
-    stream->PortFlag(&CardRecord::OutputResumePending) = 0;  // closed while suspended
-    WriteStoredGains(stream, [](DWORD) { return 0u; });
+    stream->ResumePending() = 0;  // closed while suspended
+    SetStoredGains(stream, false);
 }
 
 }  // namespace kestvox

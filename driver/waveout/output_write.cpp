@@ -1,6 +1,4 @@
-#include <cstring>
-
-#include "convert/expand.h"
+#include "format/conversion.h"
 #include "stream/header_queue.h"
 #include "stream/shadow_buffer.h"
 #include "stream/stream_control.h"
@@ -9,44 +7,10 @@
 
 namespace kestvox {
 
-namespace {
-
-// From the client's samples to the card's, by conversion code.
-struct OutputConversion {
-    DWORD SourceSize;  // bytes a sample
-    DWORD CardSize;
-    void (*Expand)(void* destination, const BYTE* source, DWORD samples);
-};
-
-void Copy(void* destination, const BYTE* source, DWORD samples) {
-    memcpy(destination, source, samples);
-}
-
-void ExpandALaw(void* destination, const BYTE* source, DWORD samples) {
-    ExpandCompanded(static_cast<int16_t*>(destination), source, ALawTable, samples);
-}
-
-void ExpandMuLaw(void* destination, const BYTE* source, DWORD samples) {
-    ExpandCompanded(static_cast<int16_t*>(destination), source, MuLawTable, samples);
-}
-
-void ExpandPacked(void* destination, const BYTE* source, DWORD samples) {
-    ExpandPacked24(static_cast<uint32_t*>(destination), source, samples);
-}
-
-constexpr OutputConversion Conversions[] = {
-    {1, 1, Copy},          // NoConversion: any layout, byte by byte
-    {1, 2, ExpandALaw},    // FromALaw
-    {1, 2, ExpandMuLaw},   // FromMuLaw
-    {3, 4, ExpandPacked},  // Packed24
-};
-
-}  // namespace
-
 MMRESULT FillOutputBuffer(StreamInstance* stream, HeldHeader* held) {
-    const OutputConversion& conversion = Conversions[stream->Format.Conversion];
-    const DWORD samples = held->Bytes / conversion.SourceSize;
-    if (samples * conversion.SourceSize != held->Bytes) {
+    const OutputConversion& conversion = OutputConversions[stream->Format.Conversion];
+    const DWORD samples = held->Bytes / conversion.ClientSize;
+    if (samples * conversion.ClientSize != held->Bytes) {
         return MMSYSERR_INVALPARAM;
     }
     if (samples > 0xFFFFFFFF / conversion.CardSize) {
@@ -56,7 +20,7 @@ MMRESULT FillOutputBuffer(StreamInstance* stream, HeldHeader* held) {
     if (data == nullptr) {
         return MMSYSERR_NOMEM;
     }
-    conversion.Expand(data, reinterpret_cast<const BYTE*>(held->Header->lpData), samples);
+    conversion.Convert(data, held->Header->lpData, samples);
     return MMSYSERR_NOERROR;
 }
 

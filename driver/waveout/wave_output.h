@@ -12,9 +12,7 @@
 
 namespace kestvox {
 
-// MMSYSERR_INVALPARAM: no header, another size than WAVEHDR's, no data, or packed 24-bit data that is
-// not whole samples. WAVERR_UNPREPARED. MMSYSERR_NOMEM: the header is marked but not queued.
-// MMSYSERR_INVALHANDLE: from inside a callback of the stream's close.
+// Answers as SendHeader does (stream/header_queue.h).
 MMRESULT WriteOutput(StreamInstance* stream, WAVEHDR* header, DWORD size);
 
 MMRESULT PauseOutput(StreamInstance* stream);
@@ -35,7 +33,7 @@ MMRESULT SetOutputVolume(StreamInstance* stream, DWORD volume);
 // Private messages around a power-down of the card by another component: save the PCI configuration and
 // release the channel; check that the card is the same one, write the configuration back, initialise the
 // card and take the channel again. MMSYSERR_ERROR at the first step that fails.
-MMRESULT SavePciConfiguration(StreamInstance* stream);
-MMRESULT RestorePciConfiguration(StreamInstance* stream);
+MMRESULT SaveCard(StreamInstance* stream);
+MMRESULT RestoreCard(StreamInstance* stream);
 
 }  // namespace kestvox

@@ -5,7 +5,8 @@
 #include <mmsystem.h>
 #include <mmreg.h>
 
-#include "stream/stream_instance.h"
+#include "card/card_record.h"
+#include "format/sample_format.h"
 
 namespace kestvox {
 
@@ -20,11 +21,5 @@ BOOL AcceptOutputFormat(const CardRecord& card, DWORD port, const WAVEFORMATEX& 
 // The same for an input port; the analog one dithers narrow formats when the card's setting asks for it.
 BOOL AcceptInputFormat(const CardRecord& card, DWORD port, const WAVEFORMATEX& format,
                        StreamFormat* accepted);
-
-// Bytes of one sample of one channel in the client's layout.
-DWORD ClientSampleSize(const StreamInstance* stream);
-
-// Bytes of so many frames in the client's layout, modulo 2^32.
-DWORD BytesOfFrames(const StreamInstance* stream, DWORD frames);
 
 }  // namespace kestvox

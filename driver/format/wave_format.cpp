@@ -1,4 +1,4 @@
-#include "stream/wave_format.h"
+#include "format/wave_format.h"
 
 #include <cstring>
 
@@ -115,24 +115,6 @@ BOOL AcceptInputFormat(const CardRecord& card, DWORD port, const WAVEFORMATEX& f
         accepted->Conversion = Dithered;
     }
     return TRUE;
-}
-
-DWORD ClientSampleSize(const StreamInstance* stream) {
-    const WORD conversion = stream->Format.Conversion;
-    switch (stream->SampleFormat()) {
-    case Sample8:
-        return 1;
-    case Sample16:
-        return conversion == FromALaw || conversion == FromMuLaw ? 1 : 2;
-    case SlotLeft:
-        return conversion == Packed24 ? 3 : 4;
-    default:
-        return 4;
-    }
-}
-
-DWORD BytesOfFrames(const StreamInstance* stream, DWORD frames) {
-    return frames * ClientSampleSize(stream) * stream->Format.Channels;
 }
 
 }  // namespace kestvox
