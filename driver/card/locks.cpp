@@ -11,6 +11,7 @@ HANDLE SequenceMutex = nullptr;
 namespace {
 
 constexpr DWORD PatienceWhenLetGo = 5000;  // milliseconds
+constexpr DWORD KeptForThreads = 1000;     // ... of which waits for mutexes leave that much
 
 // The thread that lets the library go, if one does, and how long it may still wait.
 std::atomic<DWORD> LimitedThread = 0;
@@ -24,7 +25,11 @@ bool IsLimited() {
 }
 
 DWORD WaitForMutex(HANDLE mutex, DWORD milliseconds) {
-    const DWORD patience = PatienceFor(milliseconds);
+    DWORD patience = PatienceFor(milliseconds);
+    if (IsLimited()) {
+        const DWORD left = PatienceLeft > KeptForThreads ? PatienceLeft - KeptForThreads : 0;
+        patience = left < patience ? left : patience;
+    }
     const DWORD result = WaitForSingleObject(mutex, patience);
     if (result == WAIT_TIMEOUT) {
         SpendPatience(patience);

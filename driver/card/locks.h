@@ -56,9 +56,10 @@ public:
 };
 
 // While the library is let go, at DRV_FREE and at process detach, the calling thread waits for locks and
-// threads five seconds in all. What it cannot have by then belongs to a thread that has been ended, to
-// another program whose client does not come back, or to a client of this process inside a callback: it goes
-// on without.
+// threads five seconds in all, and for locks at most four of them: its own threads still have to leave the
+// library's code when another program does not let go of DriverMutex. What it cannot have by then belongs to
+// a thread that has been ended, to another program whose client does not come back, or to a client of this
+// process inside a callback: it goes on without.
 class LimitedWaits {
 public:
     LimitedWaits();

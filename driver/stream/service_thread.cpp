@@ -49,9 +49,9 @@ void CompleteHeader(StreamInstance* stream, WAVEHDR* header) {
     }
 }
 
-// A thread that is being stopped does not wait for a mutex that its stopper may hold: what it leaves is
-// returned by the close.
-void DispatchOne(StreamInstance* stream, WAVEHDR* header) {
+// FALSE: a thread that is being stopped does not wait for a mutex that its stopper may hold. What it leaves
+// is returned by the close.
+bool DispatchOne(StreamInstance* stream, WAVEHDR* header) {
     for (;;) {
         DriverLock lock(MutexPatience);
         if (!lock.TimedOut()) {
@@ -59,18 +59,19 @@ void DispatchOne(StreamInstance* stream, WAVEHDR* header) {
             break;
         }
         if (StopRequested(stream)) {
-            return;
+            return false;
         }
     }
     if (stream->Resetting != 0 && stream->InFlightCount == 0) {
         SetEvent(stream->Progress);
     }
+    return true;
 }
 
 void DispatchCollected(StreamInstance* stream) {
     // A client that waits alertably inside its callback lets more come in meanwhile.
-    while (stream->CompletionsDispatched < stream->CompletionCount) {
-        DispatchOne(stream, stream->Completions[stream->CompletionsDispatched++]);
+    while (stream->CompletionsDispatched < stream->CompletionCount &&
+           DispatchOne(stream, stream->Completions[stream->CompletionsDispatched++])) {
     }
     stream->CompletionsDispatched = 0;
     stream->CompletionCount = 0;

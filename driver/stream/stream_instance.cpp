@@ -1,5 +1,7 @@
 #include "stream/stream_instance.h"
 
+#include <initializer_list>
+
 #include "card/heap.h"
 #include "card/locks.h"
 #include "stream/shadow_buffer.h"
@@ -11,12 +13,6 @@ namespace {
 constexpr DWORD LongestNap = 10;  // milliseconds
 
 SharedCount UseCount = 0;
-
-void CloseIfOpen(HANDLE handle) {
-    if (handle != nullptr) {
-        CloseHandle(handle);
-    }
-}
 
 }  // namespace
 
@@ -68,9 +64,11 @@ void ReleaseStream(StreamInstance* stream) {
     }
     CloseCardHandle(stream->Device);
     FreeLastShadowBuffers(stream);
-    CloseIfOpen(stream->StopEvent);
-    CloseIfOpen(stream->Progress);
-    CloseIfOpen(stream->Control);
+    for (HANDLE handle : {stream->StopEvent, stream->Progress, stream->Control}) {
+        if (handle != nullptr) {
+            CloseHandle(handle);
+        }
+    }
     FreeHeapObject(stream);
 }
 

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <chrono>
 #include <cstdlib>
+#include <future>
 #include <memory>
 #include <string>
 #include <thread>
@@ -120,6 +122,37 @@ TEST(Unload, InTheMiddleOfEverything) {
             EXPECT_EQ(player.Open(device, PcmFormat(48000, 2, 16)), MMSYSERR_NOERROR) << device;
         }
     }
+}
+
+// Plays a buffer and stays in its callback, with the mutex of all programs, until it is told to go on.
+void StayInCallback(Companion& test) {
+    test.Hear();
+    Program program;
+    WavePlayer player;
+    player.OnDone([&test](WAVEHDR&) {
+        test.Tell(0);
+        test.Hear();
+    });
+    ASSERT_EQ(player.Open(0, Format44100), MMSYSERR_NOERROR);
+    EXPECT_EQ(player.Write(Pattern(4000)), MMSYSERR_NOERROR);
+    program.Cards.Advance(100 * Millisecond);
+    EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
+}
+
+// A program that lets the driver go waits for others five seconds in all, and then closes what it has.
+TEST(Unload, DoesNotWaitForTheCallbackOfAnotherProgram) {
+    SharedMachine machine;
+    Companion other(StayInCallback);
+    Program program(1);
+    auto driver = std::make_unique<DriverLibrary>();
+    const Playing playing(*driver, 1);
+    other.Tell(0);
+    ASSERT_EQ(other.Hear(), 0);
+    auto unloaded = std::async(std::launch::async, [&driver] { driver.reset(); });
+    EXPECT_EQ(unloaded.wait_for(std::chrono::minutes(1)), std::future_status::ready);
+    other.Tell(0);
+    unloaded.wait();
+    EXPECT_FALSE(program.Cards.ChannelClaimed(0, 3));
 }
 
 }  // namespace
