@@ -6,6 +6,7 @@
 #include "simulator/card/register_map.h"
 #include "simulator/channels/channel_run.h"
 #include "simulator/clock/clock_control.h"
+#include "simulator/clock/converters.h"
 #include "simulator/clock/rate_measurement.h"
 
 namespace simulator {
@@ -96,6 +97,7 @@ void PowerUp(MachineState& machine, unsigned card, int64_t now) {
     }
     Reset(machine, card, false, now);
     ResetMeasurements(machine.Cards[card]);
+    ResetConverters(machine.Cards[card]);
     ResolveClocks(machine, now);
 }
 

@@ -29,6 +29,10 @@ inline constexpr uint8_t Receiver = 1;      // digital input
 inline constexpr uint8_t MeasuredRate = 2;  // digital input
 }  // namespace port_register
 
+// AnalogInputControl
+inline constexpr uint8_t RestartBit = 0x04;    // a pulse restarts the converters
+inline constexpr uint8_t CalibrateBit = 0x10;  // a pulse calibrates the input
+
 // AnalogInputControl, DigitalInputControl, AnalogOutputControl, DigitalOutputControl: either bit mutes.
 inline constexpr uint8_t MuteBits = 0x03;
 
@@ -40,11 +44,14 @@ inline constexpr uint8_t MeasureBit = 0x80;  // port_register::Receiver, too
 
 // ClockControl
 inline constexpr uint8_t ClockHeld = 0x01;  // no frames move
+inline constexpr uint8_t ClockModeMask = 0x06;
+inline constexpr uint8_t NormalMode = 0x02;  // the only one in which the analog output sounds
 inline constexpr uint8_t DoubleSpeedBit = 0x08;
-inline constexpr uint8_t ResyncBit = 0x80;  // a pulse is low
+inline constexpr uint8_t ResyncBit = 0x80;  // a pulse is low; no frames move meanwhile
 
 // DigitalTransmitter
-inline constexpr uint8_t TransmitBit = 0x01;
+inline constexpr uint8_t TransmitBit = 0x01;  // a pulse is low: the transmitter starts when it ends
+inline constexpr uint8_t ProfessionalBit = 0x02;
 
 // ClockSelect
 inline constexpr uint8_t RateCodeMask = 0x07;
@@ -61,6 +68,7 @@ inline constexpr uint8_t HoldInputs = 0x02;
 
 // port_register::Control
 inline constexpr uint8_t StartWithHold = 0x02;
+inline constexpr uint8_t PortRestart = 0x04;  // like RestartBit, for the converters of every card
 inline constexpr uint8_t PortMono = 0x20;
 inline constexpr uint8_t SampleFormatMask = 0xC0;
 inline constexpr unsigned SampleFormatShift = 6;

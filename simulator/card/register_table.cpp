@@ -5,6 +5,7 @@
 #include "simulator/card/register_file.h"
 #include "simulator/card/register_map.h"
 #include "simulator/clock/clock_control.h"
+#include "simulator/clock/converters.h"
 #include "simulator/clock/rate_measurement.h"
 
 namespace simulator {
@@ -36,7 +37,8 @@ constexpr RegisterDefinition Table[] = {
     // file, channels, index, name, power-up, writable, soft reset,
     // behaviour, fields
     {Card, 1, AnalogInputControl,   "analog input control",    0x03, 0x17, Kept,
-     Plain, {{{"mute", MuteBits}, {"restart", 0x04}, {"calibrate", 0x10}}}},
+     OnWrite(AnalogInputControlWritten),
+     {{{"mute", MuteBits}, {"restart", RestartBit}, {"calibrate", CalibrateBit}}}},
     {Card, 1, MixerGain,            "mixer gain",              0x00, 0xFF, Kept,
      Window(Mixer, MixerIndex), {}},
     {Card, 1, MixerIndex,           "mixer index",             0x00, 0x07, Kept,
@@ -52,11 +54,11 @@ constexpr RegisterDefinition Table[] = {
      Plain, {{{"mute", MuteBits}}}},
     {Card, 1, ClockControl,         "clock control",           0x0D, 0x8F, Kept,
      OnWrite(ClockControlWritten),
-     {{{"hold", ClockHeld}, {"mode", 0x06}, {"double speed", DoubleSpeedBit}, {"resync", ResyncBit}}}},
+     {{{"hold", ClockHeld}, {"mode", ClockModeMask}, {"double speed", DoubleSpeedBit}, {"resync", ResyncBit}}}},
     {Card, 1, DigitalOutputControl, "digital output control",  0x03, 0x03, Kept,
      Plain, {{{"mute", MuteBits}}}},
-    {Card, 1, DigitalTransmitter,   "digital transmitter",     0x00, 0x03, Kept,
-     OnWrite(DigitalTransmitterWritten), {{{"run", TransmitBit}, {"professional", 0x02}}}},
+    {Card, 1, DigitalTransmitter,   "digital transmitter",     0x01, 0x03, Kept,
+     OnWrite(DigitalTransmitterWritten), {{{"run", TransmitBit}, {"professional", ProfessionalBit}}}},
     {Card, 1, ChannelStatusData,    "channel status data",     0x00, 0xFF, Kept,
      Window(Indirect, ChannelStatusIndex), {}},
     {Card, 1, ChannelStatusIndex,   "channel status index",    0x00, 0x0F, Kept,
@@ -67,8 +69,8 @@ constexpr RegisterDefinition Table[] = {
     {Card, 1, StartHold,            "start hold",              0x00, 0x03, Cleared,
      OnWrite(StartHoldWritten), {{{"outputs", HoldOutputs}, {"inputs", HoldInputs}}}},
     {Port, AllPorts,  port_register::Control,      "port control",            0x00, 0xE6, Cleared,
-     Plain,
-     {{{"start with hold", StartWithHold}, {"resync", 0x04}, {"mono", PortMono}, {"sample format", SampleFormatMask}}}},
+     OnWrite(PortControlWritten),
+     {{{"start with hold", StartWithHold}, {"restart", PortRestart}, {"mono", PortMono}, {"sample format", SampleFormatMask}}}},
     {Port, DigitalIn, port_register::Receiver,     "port receiver",           0x01, 0x81, Cleared,
      OnWrite(PortReceiverWritten), {{{"off", ReceiverOff}, {"measure", MeasureBit}}}},
     {Port, DigitalIn, port_register::MeasuredRate, "port measured rate",      0x07, 0x00, Kept,

@@ -5,13 +5,13 @@
 #include "simulator/card/register_map.h"
 #include "simulator/channels/channel_run.h"
 #include "simulator/clock/clock_source.h"
+#include "simulator/clock/converters.h"
 #include "simulator/clock/rate_measurement.h"
 
 namespace simulator {
 namespace {
 
 constexpr int64_t FaultPeriods = 8;
-constexpr int64_t ResyncPulse = 1000;
 constexpr uint32_t LeastLag = 3;  // frames
 
 // --- giving a card its clock ---------------------------------------------------------------------
@@ -31,14 +31,14 @@ SampleClock ClockFrom(const MachineState& machine, unsigned card, const ClockSou
     return asItWas ? state.Clock : SampleClock{now, counted.FramesAt(now), rate, source.Drift};
 }
 
-// A follower is late, each card by another number of frames, from a change of the driver or of its rate until
-// the next resync pulse.
+// A card is late, each by another number of frames, from a change of its clock until the next resync pulse. A
+// card that runs on its own clock and is held meanwhile does not get late.
 uint32_t LagOn(const CardState& state, unsigned card, const ClockSource& source, uint32_t rate) {
-    if (source.Supplier == card) {
-        return 0;
-    }
     const bool changed = state.Supplier != source.Supplier || state.Clock.Rate != rate;
-    return changed ? LeastLag + card : state.Lag;
+    if (!changed || (source.Supplier == card && state.Held())) {
+        return changed && state.Supplier != card ? 0 : state.Lag;
+    }
+    return LeastLag + card;
 }
 
 // The card's ticks go on from where they are.
@@ -133,18 +133,13 @@ void PortReceiverWritten(const RegisterChange& change) {
 }
 
 void ClockControlWritten(const RegisterChange& change) {
-    CardState& card = change.State();
-    if (change.Fell(ResyncBit)) {
-        card.ResyncFell = change.Now;
-    }
-    if (change.Rose(ResyncBit) && change.Now - card.ResyncFell >= ResyncPulse && card.ClockValid) {
-        card.Lag = 0;
-    }
     ResolveClocks(change.Machine, change.Now);
-    ApplyHold(card, change.Now);
+    FollowResyncPulse(change);
+    ApplyHold(change.State(), change.Now);
 }
 
 void DigitalTransmitterWritten(const RegisterChange& change) {
+    FollowTransmitPulse(change);
     ResolveClocks(change.Machine, change.Now);
 }
 

@@ -123,7 +123,7 @@ bool RunsOnDigitalInput(const CardState& card) {
 }
 
 bool TransmitterRuns(const CardState& card) {
-    return card.Present && (card.CardFile[card_register::DigitalTransmitter] & TransmitBit) != 0;
+    return card.Present && card.Pulses.Transmits;
 }
 
 }  // namespace simulator

@@ -5,6 +5,7 @@
 
 #include "simulator/card/register_map.h"
 #include "simulator/clock/clock_source.h"
+#include "simulator/clock/converters.h"
 #include "simulator/clock/rate_measurement.h"
 #include "simulator/connectors/mixer.h"
 
@@ -20,7 +21,7 @@ bool IsDigital(unsigned port) {
 bool OutputIsOpen(const CardState& card, unsigned port) {
     const bool muted =
         (card.CardFile[IsDigital(port) ? DigitalOutputControl : AnalogOutputControl] & MuteBits) != 0;
-    return !muted && (!IsDigital(port) || TransmitterRuns(card));
+    return !muted && (IsDigital(port) ? DigitalOutputWorks(card) : AnalogOutputWorks(card));
 }
 
 // A digital input gives samples when its port's receiver has settled on a signal.
@@ -29,8 +30,8 @@ bool InputIsOpen(const MachineState& machine, unsigned card, unsigned port, int6
     if ((state.CardFile[IsDigital(port) ? DigitalInputControl : AnalogInputControl] & MuteBits) != 0) {
         return false;
     }
-    return !IsDigital(port) ||
-           (state.PortMeasurement.Settled(time) && DigitalInputRate(machine, card, time) != 0);
+    return IsDigital(port) ? state.PortMeasurement.Settled(time) && DigitalInputRate(machine, card, time) != 0
+                           : AnalogInputWorks(state, time);
 }
 
 }  // namespace

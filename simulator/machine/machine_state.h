@@ -72,6 +72,20 @@ struct Measurement {
     bool Settled(int64_t now) const { return ReceiverOn && now >= ReceiverReady; }
 };
 
+// What pulses have done to the card's converters and transmitter since it was powered up.
+struct ConverterPulses {
+    int64_t CalibrateRose;  // times
+    int64_t Calibrated;     // when the calibration is over; 0: none has begun
+    int64_t RestartRose;
+    int64_t AnalogInputReady;  // 0: not restarted
+    int64_t TransmitFell;
+    bool Transmits;
+    bool Restarted;  // the next resync pulse brings the converters in step with the clock
+    int64_t ResyncFell;
+    bool InStep;          // with the clock, as long as its setting is
+    uint16_t InStepWith;  // ... this one
+};
+
 // Where the signal on the digital input gets its rate from.
 enum class DigitalClocking : uint8_t {
     Fixed,     // as told; at first none at all
@@ -92,11 +106,11 @@ struct CardState {
     SampleClock Clock;
     int64_t TickOffset;  // ticks minus the clock's count, modulo 2^64
     uint32_t Supplier;   // the card whose clock this one runs on: itself, or the link's driver
-    uint32_t Lag;        // frames by which a follower that was not resynchronised is late
+    uint32_t Lag;        // frames by which a card that was not resynchronised is late
     bool ClockValid;
     int64_t InvalidSince;  // time; of no meaning while ClockValid
     bool FaultLatched;
-    int64_t ResyncFell;  // time at which the resync bit last went low
+    ConverterPulses Pulses;
     Measurement CardMeasurement;
     Measurement PortMeasurement;
 
@@ -115,7 +129,10 @@ struct CardState {
 
     uint64_t TickAt(int64_t time) const { return Clock.FramesAt(time) + static_cast<uint64_t>(TickOffset); }
     int64_t TimeOfTick(uint64_t tick) const { return Clock.TimeOf(tick - static_cast<uint64_t>(TickOffset)); }
-    bool Held() const { return (CardFile[card_register::ClockControl] & ClockHeld) != 0; }
+    // A resync bit that is left low holds the clock, too.
+    bool Held() const {
+        return (CardFile[card_register::ClockControl] & (ClockHeld | ResyncBit)) != ResyncBit;
+    }
 };
 
 struct MachineState {

@@ -142,6 +142,7 @@ TEST_P(EveryFailureTest, OfARequest) {
             }
             EXPECT_EQ(test_system::Usage(), usage);
             if (IsOfInitialisation(request, discovery)) {
+                driver.DriverProc(DRV_POWER, PWR_SUSPENDREQUEST);
                 driver.DriverProc(DRV_POWER, PWR_SUSPENDRESUME);
             }
             ExpectAllIsWell();

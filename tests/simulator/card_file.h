@@ -49,8 +49,11 @@ private:
 };
 
 // Makes the card audible: internal clock at the rate of `rateCode`, connectors on, every gain 0 but
-// those of each playback into its own connector.
+// those of each playback into its own connector. Takes a second.
 void Prepare(unsigned card, uint32_t rateCode = 3);
+
+// Brings the card's converters in step with a clock that has changed. Takes a tenth of a second.
+void Resynchronise(unsigned card);
 
 inline simulator::Frame Both(int32_t value) {
     return {value, value};

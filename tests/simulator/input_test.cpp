@@ -50,6 +50,7 @@ TEST(SimulatorInput, ACableCarriesWhatTheOutputHearsAtThatFrame) {
         const CardFile card0(0, ControlChannel);
         card0.WriteCard(32, 0x10, 0x10);
         CardFile(1, ControlChannel).WriteCard(32, 0x20, 0x60);
+        Resynchronise(1);
         sim.PlugIn(receiver, Port::Analog, InputSignal::Cable(0, Port::Analog));
         Channel input(receiver, AnalogIn, std::vector<Frame>(4000));
         Channel output(0, AnalogOut, Ramp(2000));
@@ -61,7 +62,7 @@ TEST(SimulatorInput, ACableCarriesWhatTheOutputHearsAtThatFrame) {
         const auto halved = static_cast<size_t>(sim.Output(0, Port::Analog).FramesPlayed);
         sim.Advance(100000);
 
-        // A follower that was not resynchronised counts late; frames are compared on one scale.
+        // A follower whose clock has changed while it was not held counts late.
         const uint64_t lag = sim.ClockFrame(0) - sim.ClockFrame(receiver);
         const auto apart = static_cast<size_t>(sim.Output(0, Port::Analog).StartFrame -
                                                sim.Input(receiver, Port::Analog).StartFrame);
