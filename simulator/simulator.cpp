@@ -22,6 +22,10 @@ class Simulator::Impl {
 public:
     explicit Impl(const Options& options) {
         AttachProcess(options.Cards, options.Time);
+        if (options.Strict) {
+            const host::MachineGuard guard;
+            Machine().Strict = true;
+        }
         Clock.emplace(Side);
         Driver.emplace(Side, *Clock);
         host::InstallDriver(&*Driver);
@@ -102,10 +106,16 @@ std::u16string Simulator::RegistryPath(unsigned card) {
     return RegistryPathOf(card);
 }
 
+void Simulator::SetRequestTime(int64_t microseconds) {
+    const host::MachineGuard guard;
+    Machine().RequestTime = microseconds * 1000;
+}
+
 void Simulator::SetPresent(unsigned card, bool present) {
     impl_->With(card, [=](MachineState& machine, CardState& state, int64_t now) {
         if (state.Present != present) {
             state.Present = present;
+            machine.Disturbed = true;
             PowerUp(machine, card, now);
         }
     });
@@ -243,9 +253,18 @@ uint64_t Simulator::ClockFrame(unsigned card) const {
 }
 
 DigitalSignal Simulator::DigitalInput(unsigned card) const {
-    return impl_->With(card, [=](MachineState& machine, CardState&, int64_t now) {
-        return DigitalSignal{DigitalInputRate(machine, card, now)};
+    return impl_->With(card, [=](MachineState& machine, CardState& state, int64_t now) {
+        DigitalSignal signal{DigitalInputRate(machine, card, now), std::nullopt};
+        if (state.DigitalInputClocking == DigitalClocking::Cabled && signal.Rate != 0) {
+            signal.Status = simulator::SentStatus(machine.Cards[state.DigitalInputCable]);
+        }
+        return signal;
     });
+}
+
+std::optional<ChannelStatus> Simulator::SentStatus(unsigned card) const {
+    return impl_->With(card,
+                       [](MachineState&, CardState& state, int64_t) { return simulator::SentStatus(state); });
 }
 
 OutputStatus Simulator::Output(unsigned card, Port port) const {

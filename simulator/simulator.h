@@ -22,6 +22,7 @@
 #include "simulator/card/port.h"
 #include "simulator/card/register_view.h"
 #include "simulator/channels/frame.h"
+#include "simulator/connectors/channel_status.h"
 #include "simulator/connectors/input_signal.h"
 #include "simulator/machine/setup.h"
 #include "simulator/requests/request_names.h"
@@ -54,7 +55,8 @@ struct InputStatus {
 
 // What arrives at a digital input.
 struct DigitalSignal {
-    unsigned Rate;  // Hz; 0: no signal
+    unsigned Rate;                        // Hz; 0: no signal
+    std::optional<ChannelStatus> Status;  // that of the card at the other end of a cable
 };
 
 class Simulator {
@@ -65,6 +67,8 @@ public:
         unsigned Cards = 1;  // 0: the cards that the machine has, or one on a new machine
         // Nothing: the kind that the machine has, or real on a new machine.
         std::optional<TimeKind> Time = TimeKind::Stepped;
+        // What no correct driver does ends the program with a line that says so (docs/simulator.md).
+        bool Strict = false;
     };
     explicit Simulator(const Options& options);
     ~Simulator();
@@ -84,6 +88,10 @@ public:
     // Stepped only: Advance to the next buffer end of any running channel of this process, at most
     // `limit` microseconds. False when none was due within it (the clock has moved by `limit`).
     bool AdvanceToNextCompletion(int64_t limit);
+
+    // Stepped only: what every request takes of the cards' time; at first nothing. What is not behind a hold
+    // then starts apart.
+    void SetRequestTime(int64_t microseconds);
 
     // --- the scene --------------------------------------------------------------------------
     // The card's device key, relative to HKEY_LOCAL_MACHINE.
@@ -121,6 +129,9 @@ public:
     uint64_t ClockFrame(unsigned card) const;  // frames counted by the card's (group's) clock
 
     DigitalSignal DigitalInput(unsigned card) const;
+    // What a recorder on the card's digital output shows; nothing when it has no signal or does not
+    // understand what it is told.
+    std::optional<ChannelStatus> SentStatus(unsigned card) const;
 
     OutputStatus Output(unsigned card, Port port) const;
     InputStatus Input(unsigned card, Port port) const;

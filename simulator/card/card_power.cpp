@@ -93,8 +93,12 @@ void MakeCard(CardState& card, unsigned ordinal) {
 
 void PowerUp(MachineState& machine, unsigned card, int64_t now) {
     for (unsigned channel = 0; channel < ChannelCount; ++channel) {
+        ChannelState& state = machine.Cards[card].Channels[channel];
+        const bool lost = state.Acquired || state.PowerLost;
         ReleaseChannelHardware(machine, card, channel, now);
+        state.PowerLost = lost;
     }
+    machine.Cards[card].HoldsSeen = 0;
     Reset(machine, card, false, now);
     ResetMeasurements(machine.Cards[card]);
     ResetConverters(machine.Cards[card]);

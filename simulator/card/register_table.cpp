@@ -52,7 +52,7 @@ constexpr RegisterDefinition Table[] = {
      OnRead(MeasuredByCard), {{{"invalid", 0x07}, {"rate class", 0x38}}}},
     {Card, 1, AnalogOutputControl,  "analog output control",   0x03, 0x03, Kept,
      Plain, {{{"mute", MuteBits}}}},
-    {Card, 1, ClockControl,         "clock control",           0x0D, 0x8F, Kept,
+    {Card, 1, ClockControl,         "clock control",           0x8D, 0x8F, Kept,
      OnWrite(ClockControlWritten),
      {{{"hold", ClockHeld}, {"mode", ClockModeMask}, {"double speed", DoubleSpeedBit}, {"resync", ResyncBit}}}},
     {Card, 1, DigitalOutputControl, "digital output control",  0x03, 0x03, Kept,

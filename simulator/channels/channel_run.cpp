@@ -43,10 +43,10 @@ void FollowAtNextFrame(CardState& card, unsigned channel, int64_t now) {
 
 }  // namespace
 
-void AcquireChannelHardware(MachineState& machine, unsigned card, unsigned channel, int64_t now) {
+bool AcquireChannelHardware(MachineState& machine, unsigned card, unsigned channel, int64_t now) {
     ChannelState& state = machine.Cards[card].Channels[channel];
-    if (state.Acquired) {
-        return;
+    if (state.Acquired || state.PowerLost) {
+        return false;
     }
     state.Acquired = true;
     const unsigned inFlight = state.Tally.BuffersInFlight;
@@ -55,13 +55,16 @@ void AcquireChannelHardware(MachineState& machine, unsigned card, unsigned chann
     state.Tally.MostInFlight = inFlight;
     state.MissingPending = 0;
     FollowAtNextFrame(machine.Cards[card], channel, now);
+    return true;
 }
 
 void ReleaseChannelHardware(MachineState& machine, unsigned card, unsigned channel, int64_t now) {
     ChannelState& state = machine.Cards[card].Channels[channel];
     state.CountsFromZero = state.CountsFromZero || state.TransferOn;
     state.Acquired = false;
+    state.PowerLost = false;
     state.TransferOn = false;
+    state.TransferAsked = false;
     state.Armed = false;
     state.Waiting = false;
     FollowAtNextFrame(machine.Cards[card], channel, now);
@@ -74,12 +77,14 @@ void StartChannelTransfer(MachineState& machine, unsigned card, unsigned channel
         state.CountsFromZero = false;
     }
     state.TransferOn = true;
+    state.TransferAsked = true;
     FollowAtNextFrame(machine.Cards[card], channel, now);
 }
 
 void StopChannelTransfer(MachineState& machine, unsigned card, unsigned channel, int64_t now) {
     ChannelState& state = machine.Cards[card].Channels[channel];
     state.TransferOn = false;
+    state.TransferAsked = false;
     state.CountsFromZero = true;
     FollowAtNextFrame(machine.Cards[card], channel, now);
     if (channel < FirstOutput) {

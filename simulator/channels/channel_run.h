@@ -12,7 +12,7 @@
 
 namespace simulator {
 
-void AcquireChannelHardware(MachineState& machine, unsigned card, unsigned channel, int64_t now);
+bool AcquireChannelHardware(MachineState& machine, unsigned card, unsigned channel, int64_t now);
 void ReleaseChannelHardware(MachineState& machine, unsigned card, unsigned channel, int64_t now);
 void StartChannelTransfer(MachineState& machine, unsigned card, unsigned channel, int64_t now);
 void StopChannelTransfer(MachineState& machine, unsigned card, unsigned channel, int64_t now);

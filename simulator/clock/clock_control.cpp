@@ -148,6 +148,7 @@ void ClockSelectWritten(const RegisterChange& change) {
 }
 
 void StartHoldWritten(const RegisterChange& change) {
+    change.State().HoldsSeen |= change.After;
     const uint8_t released = change.Before & static_cast<uint8_t>(~change.After) & (HoldOutputs | HoldInputs);
     if (released != 0) {
         ReleaseWaiting(change.Machine, change.Card, released, change.Now);

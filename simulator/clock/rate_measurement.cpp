@@ -27,19 +27,27 @@ uint8_t RateClass(uint32_t rate) {
     return 0;
 }
 
+// A receiver whose clock is let in before it has settled does not lock; it has to be switched off again.
 void SwitchReceiver(Measurement& measurement, const RegisterChange& change, uint8_t offBits) {
     measurement.ReceiverOn = (change.After & offBits) == 0;
     if (change.Fell(ReceiverOff)) {
         measurement.ReceiverReady = change.Now + ReceiverSettling;
+    }
+    const bool early = (change.After & ReceiverOff) != 0 || change.Now < measurement.ReceiverReady;
+    if (change.Fell(ReceiverClockOff & offBits) && early) {
+        measurement.ReceiverReady = Never;
     }
 }
 
 void StartMeasurement(Measurement& measurement, const RegisterChange& change) {
     const uint32_t arriving = DigitalInputRate(change.Machine, change.Card, change.Now);
     const bool signal = measurement.Settled(change.Now) && arriving != 0;
+    const uint8_t seen = signal ? RateClass(arriving) : NoMeasurement;
     measurement.Running = true;
+    ++measurement.Count;
     measurement.ReadyTick = change.State().TickAt(change.Now) + MeasuredFrames;
-    measurement.NextResult = signal ? RateClass(arriving) : NoMeasurement;
+    measurement.NextResult = seen == measurement.Seen ? seen : measurement.Result;
+    measurement.Seen = seen;
 }
 
 // A pulse of less than one frame goes unnoticed.
@@ -53,12 +61,15 @@ void FollowMeasurePulse(Measurement& measurement, const RegisterChange& change) 
     }
 }
 
+// The bits beside the class are those of a counter, and the low ones are never those of no measurement.
 uint8_t ResultOf(Measurement& measurement, const CardState& card, int64_t now) {
     if (measurement.Running && card.TickAt(now) >= measurement.ReadyTick) {
         measurement.Running = false;
         measurement.Result = measurement.NextResult;
     }
-    return measurement.Result;
+    const unsigned top = measurement.Count << 6 & 0xC0u;
+    const unsigned low = measurement.Result == NoMeasurement ? 0 : measurement.Count % NoMeasurement;
+    return static_cast<uint8_t>(measurement.Result | top | low);
 }
 
 }  // namespace
@@ -78,8 +89,10 @@ uint8_t MeasuredByPort(CardState& card, int64_t now) {
 void ResetMeasurements(CardState& card) {
     card.CardMeasurement = Measurement{};
     card.PortMeasurement = Measurement{};
-    card.CardMeasurement.Result = NoMeasurement;
-    card.PortMeasurement.Result = NoMeasurement;
+    for (Measurement* measurement : {&card.CardMeasurement, &card.PortMeasurement}) {
+        measurement->Result = NoMeasurement;
+        measurement->Seen = NoMeasurement;
+    }
 }
 
 void ControlCardReceiver(const RegisterChange& change) {

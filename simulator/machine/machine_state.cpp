@@ -48,6 +48,9 @@ void AttachProcess(unsigned cards, std::optional<TimeKind> time) {
             MakeCards(machine, std::max({cards, cards == 0 && machine.InUse ? machine.CardCount : 1u, 1u}));
         }
         machine.InUse = true;
+        machine.RequestTime = 0;
+        machine.Strict = false;
+        machine.Disturbed = false;
     }
     const auto place = std::find_if(machine.Processes.begin(), machine.Processes.end(),
                                     [](const host::Process& process) { return process.Id == 0; });

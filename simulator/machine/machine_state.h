@@ -43,6 +43,9 @@ struct ChannelState {
     bool Armed;
     bool Waiting;         // armed behind a start hold
     bool CountsFromZero;  // the next START_TRANSFER begins a new position count
+    bool
+        TransferAsked;  // by START_TRANSFER since the last stop; a channel without data has stopped by itself
+    bool PowerLost;     // acquired, and the hardware has lost its power: the file has to release it first
 
     // Frames move from MoveFrom on while Moving, else until MoveUntil; the owner catches up with it.
     bool Moving;
@@ -66,8 +69,10 @@ struct Measurement {
     int64_t PulseRose;      // time
     bool Running;
     uint64_t ReadyTick;  // of the running one
-    uint8_t NextResult;
-    uint8_t Result;  // as the measured-rate register shows it
+    uint8_t Seen;        // what the last one measured
+    uint8_t NextResult;  // of the running one: what the last one measured, too, else the old result
+    uint8_t Result;      // as the measured-rate register shows it, but for its low and top bits
+    uint8_t Count;       // of measurements
 
     bool Settled(int64_t now) const { return ReceiverOn && now >= ReceiverReady; }
 };
@@ -111,6 +116,7 @@ struct CardState {
     int64_t InvalidSince;  // time; of no meaning while ClockValid
     bool FaultLatched;
     ConverterPulses Pulses;
+    uint8_t HoldsSeen;  // start holds that have ever been set
     Measurement CardMeasurement;
     Measurement PortMeasurement;
 
@@ -141,6 +147,9 @@ struct MachineState {
     bool InUse;  // set up by a simulator that is, or was, attached
     bool Stepped;
     int64_t VirtualTime;  // nanoseconds; the clock of stepped time
+    int64_t RequestTime;  // nanoseconds that each request takes; stepped time
+    bool Strict;          // what no correct driver does ends the program
+    bool Disturbed;       // ... but not after a failure that was asked for
     uint32_t CardCount;
     std::array<CardState, MaxCards> Cards;
     std::array<host::Process, MaxProcesses> Processes;  // those that have a simulator; Id 0: free place

@@ -112,6 +112,7 @@ DWORD KernelDriver::Serve(OpenFile& file, device::Request& request, int64_t* sta
     side_.CatchUp(call.Now);
 
     const std::optional<Fault> fault = side_.Faults.Strike(request.Code);
+    machine.Disturbed = machine.Disturbed || fault || !machine.Cards[file.Card].Present;
     if (fault && fault->What == Fault::Kind::Fail) {
         return fault->Error;
     }
@@ -129,7 +130,7 @@ DWORD KernelDriver::Serve(OpenFile& file, device::Request& request, int64_t* sta
     if (result == ERROR_SUCCESS) {
         result = definition->Handle(call);
     }
-    *stallFor = call.StallFor;
+    *stallFor = call.StallFor + (machine.Stepped ? machine.RequestTime : 0);
     *dies = fault && fault->What == Fault::Kind::Die;
     return result == ERROR_SUCCESS && fault ? AfterFault(*fault, request) : result;
 }

@@ -11,6 +11,7 @@
 #include "simulator/clock/clock_control.h"
 #include "simulator/machine/claims.h"
 #include "simulator/requests/request_names.h"
+#include "simulator/requests/rules.h"
 
 namespace simulator {
 namespace {
@@ -102,6 +103,18 @@ DWORD DoSetCompletionRoutine(RequestCall& call) {
     return ERROR_SUCCESS;
 }
 
+// A second file cannot come here: it is this one that has the hardware, or had it before the power went.
+DWORD DoAcquireChannel(RequestCall& call) {
+    const bool acquired = AcquireChannelHardware(call.Machine, call.File.Card, call.File.Channel, call.Now);
+    return acquired ? ERROR_SUCCESS : ERROR_BUSY;
+}
+
+DWORD DoArmChannel(RequestCall& call) {
+    CheckArm(call);
+    ArmChannelRun(call.Machine, call.File.Card, call.File.Channel, call.Now);
+    return ERROR_SUCCESS;
+}
+
 DWORD DoReleaseChannel(RequestCall& call) {
     if (call.File.HasChannel()) {
         ReleaseChannelHardware(call.Machine, call.File.Card, call.File.Channel, call.Now);
@@ -187,6 +200,7 @@ DWORD DoReadRegister(RequestCall& call) {
     if (!definition) {
         return error;
     }
+    CheckRegisterRead(call, *definition);
     call.AnswerWord(
         ReadRegisterValue(call.Machine, call.File.Card, call.File.Channel, *definition, call.Now));
     return ERROR_SUCCESS;
@@ -199,6 +213,8 @@ DWORD DoWriteRegister(RequestCall& call) {
         return error;
     }
     const auto request = call.Input<RegisterRequest>();
+    CheckRegisterWrite(call, *definition, static_cast<uint8_t>(request.Value),
+                       static_cast<uint8_t>(request.Mask));
     WriteRegisterValue(call.Machine, call.File.Card, call.File.Channel, *definition,
                        static_cast<uint8_t>(request.Value), static_cast<uint8_t>(request.Mask), call.Now);
     return ERROR_SUCCESS;
@@ -251,13 +267,13 @@ constexpr RequestDefinition Table[] = {
     {SetBufferCookie, "SET_BUFFER_COOKIE", FileState::Hardware, Address, 0, DoSetBufferCookie},
     {GetPosition, "GET_POSITION", FileState::Channel, 0, 4, DoGetPosition},
     {DisarmChannel, "DISARM_CHANNEL", FileState::Hardware, 0, 0, DoChange<DisarmChannelRun>},
-    {ArmChannel, "ARM_CHANNEL", FileState::Hardware, 0, 0, DoChange<ArmChannelRun>},
+    {ArmChannel, "ARM_CHANNEL", FileState::Hardware, 0, 0, DoArmChannel},
     {SetCompletionRoutine, "SET_COMPLETION_ROUTINE", FileState::Channel, Address, 0, DoSetCompletionRoutine},
     {Stall, "STALL", FileState::Bound, 4, 0, DoStall},
     {ReadClockFault, "READ_CLOCK_FAULT", FileState::Bound, 0, 4, DoReadClockFault},
     {ReadNvramPage, "READ_NVRAM_PAGE", FileState::Bound, 4, NvramPageSize, DoReadNvramPage},
     {ReleaseChannel, "RELEASE_CHANNEL", FileState::Bound, 0, 0, DoReleaseChannel},
-    {AcquireChannel, "ACQUIRE_CHANNEL", FileState::Channel, 0, 0, DoChange<AcquireChannelHardware>},
+    {AcquireChannel, "ACQUIRE_CHANNEL", FileState::Channel, 0, 0, DoAcquireChannel},
     {ReadPciConfig, "READ_PCI_CONFIG", FileState::Bound, 4, AnyLength, DoReadPciConfig},
     {WritePciConfig, "WRITE_PCI_CONFIG", FileState::Bound, 4, AnyLength, DoWritePciConfig},
     {ReadRegister, "READ_REGISTER", FileState::Bound, sizeof(RegisterRequest), 4, DoReadRegister},

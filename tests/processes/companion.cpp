@@ -18,7 +18,8 @@ void SharedMachine::Renew() {
     kestvox::JoinMachine(name_);
 }
 
-Program::Program(unsigned cards) : Cards({.Cards = cards, .Time = simulator::TimeKind::Stepped}) {}
+Program::Program(unsigned cards)
+    : Cards({.Cards = cards, .Time = simulator::TimeKind::Stepped, .Strict = true}) {}
 
 Program::~Program() {
     test_system::UnloadWaveDriver();

@@ -58,6 +58,10 @@ TEST(SimulatorRequest, BuffersOfAnyOtherSizeAreRefused) {
                       ERROR_INSUFFICIENT_BUFFER);
         }
         DWORD returned = 0;
+        if (shape.Code == AcquireChannel) {
+            EXPECT_EQ(file.Request(AcquireChannel), ERROR_BUSY) << "it has the channel";
+            EXPECT_EQ(file.Request(ReleaseChannel), ERROR_SUCCESS);
+        }
         EXPECT_EQ(file.Request(shape.Code, shape.Input, {output.data(), shape.Output}, &returned),
                   ERROR_SUCCESS);
         EXPECT_EQ(returned, shape.Output);

@@ -15,7 +15,7 @@ std::u16string ConfigKey(unsigned card) {
 
 DriverTest::DriverTest(unsigned cards, simulator::TimeKind time) {
     test_system::FreshMachine();
-    simulator_ = std::make_unique<simulator::Simulator>(simulator::Simulator::Options{cards, time});
+    simulator_ = std::make_unique<simulator::Simulator>(simulator::Simulator::Options{cards, time, true});
     usage_ = test_system::Usage();
 }
 

@@ -1,0 +1,131 @@
+// What a card does not forgive: a pulse that is left out, too short or out of order leaves a connector
+// silent.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/simulator/card_file.h"
+
+namespace simulator_tests {
+namespace {
+
+using namespace simulator;
+
+constexpr uint32_t AnalogIn = 0;
+constexpr uint32_t AnalogOut = 2;
+constexpr uint32_t DigitalOut = 3;
+
+// A write to a card register, and the wait after it in microseconds.
+struct Step {
+    uint32_t Index, Value, Mask, Wait;
+};
+
+enum StepNumber {
+    CalibrateOn = 1,
+    CalibrateOff,
+    RestartOn,
+    RestartOff,
+    TransmitOff,
+    TransmitOn,
+    Mode,
+    ResyncOn,
+    ResyncOff
+};
+
+std::vector<Step> Initialisation() {
+    return {{32, 0x03, 0x77, 0},    {0, 0x10, 0x13, 10000}, {0, 0x00, 0x10, 100000}, {0, 0x04, 0x04, 1000},
+            {0, 0x00, 0x04, 92971}, {25, 0x00, 0x01, 1},    {25, 0x01, 0x01, 0},     {17, 0x02, 0x0E, 0},
+            {17, 0x00, 0x80, 1},    {17, 0x80, 0x80, 0},    {16, 0x00, 0x03, 0},     {24, 0x00, 0x03, 0},
+            {17, 0x00, 0x01, 0}};
+}
+
+// Which connectors sound: analog input, analog output, digital output.
+std::string Sounding(Simulator& sim) {
+    for (uint32_t gain = 0; gain < 8; ++gain) {
+        CardFile(0, ControlChannel).SetGain(gain, gain == 2 || gain == 7 ? 128 : 0);
+    }
+    sim.PlugIn(0, Port::Analog, InputSignal::Run(Ramp(200)));
+    const CardFile in(0, AnalogIn);
+    const CardFile analog(0, AnalogOut);
+    const CardFile digital(0, DigitalOut);
+    std::vector<Frame> recorded(400);
+    std::vector<Frame> played = Ramp(200);
+    for (const CardFile* file : {&in, &analog, &digital}) {
+        file->WritePort(0, 0xC0);
+        EXPECT_EQ(file->Queue(file == &in ? recorded : played, 1), ERROR_SUCCESS);
+        file->Start();
+    }
+    sim.Advance(20000);
+    const auto sounds = [](const std::vector<Frame>& frames) {
+        return std::find_if(frames.begin(), frames.end(), [](const Frame& f) { return f.Left != 0; }) !=
+               frames.end();
+    };
+    return std::string(sounds(recorded) ? "i" : "-") + (sounds(sim.Heard(0, Port::Analog)) ? "a" : "-") +
+           (sounds(sim.Heard(0, Port::Digital)) ? "d" : "-");
+}
+
+std::string SoundingAfter(const std::vector<Step>& steps) {
+    Simulator sim({});
+    const CardFile control(0, ControlChannel);
+    for (const Step& step : steps) {
+        control.WriteCard(step.Index, step.Value, step.Mask);
+        control.Send(Stall, step.Wait);
+    }
+    return Sounding(sim);
+}
+
+TEST(SimulatorPulse, LeftOutShortOrOutOfOrderLeavesAConnectorSilent) {
+    EXPECT_EQ(SoundingAfter(Initialisation()), "iad");
+    const struct {
+        StepNumber Step;
+        const char* LeftOut;
+        const char* WithoutItsWait;
+    } cases[] = {
+        {CalibrateOn, "-ad", "-ad"}, {CalibrateOff, "-ad", "-ad"}, {RestartOn, "---", "---"},
+        {RestartOff, "---", "-ad"},  {TransmitOff, "ia-", "ia-"},  {TransmitOn, "ia-", "iad"},
+        {Mode, "i-d", "iad"},        {ResyncOn, "---", "---"},     {ResyncOff, "---", "iad"},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.Step);
+        std::vector<Step> steps = Initialisation();
+        steps[test.Step].Wait = 0;
+        EXPECT_EQ(SoundingAfter(steps), test.WithoutItsWait);
+        steps = Initialisation();
+        steps.erase(steps.begin() + test.Step);
+        EXPECT_EQ(SoundingAfter(steps), test.LeftOut);
+    }
+    std::vector<Step> steps = Initialisation();
+    std::rotate(steps.begin() + CalibrateOn, steps.begin() + RestartOn, steps.begin() + TransmitOff);
+    EXPECT_EQ(SoundingAfter(steps), "-ad") << "restarted before it is calibrated";
+}
+
+TEST(SimulatorPulse, AClockThatHasChangedSoundsAfterTheNextOnes) {
+    Simulator sim({});
+    Prepare(0);
+    CardFile(0, ControlChannel).WriteCard(32, 0x02, 0x07);
+    EXPECT_EQ(Sounding(sim), "---");
+    Resynchronise(0);
+    EXPECT_EQ(Sounding(sim), "iad");
+}
+
+// What no correct driver does ends the program, in a strict simulator.
+TEST(SimulatorRuleDeathTest, EachIsNamed) {
+    Simulator sim({.Strict = true});
+    Prepare(0);
+    const CardFile file(0, AnalogOut);
+    EXPECT_DEATH(file.Request(ArmChannel), "arms a channel whose transfer it has not started");
+    EXPECT_DEATH(file.WriteCard(36, 0, 0x01), "releases a start hold that was never set");
+    file.WriteCard(9, 0x80, 0x80);
+    sim.Advance(100);
+    file.WriteCard(9, 0x00, 0x80);
+    uint32_t value = 0;
+    EXPECT_DEATH(file.ReadRegister(0, 10, &value), "reads a measurement that is not finished");
+    std::vector<Frame> samples = Ramp(4000);
+    ASSERT_EQ(file.Queue(samples, 1), ERROR_SUCCESS);
+    file.Start();
+    sim.Advance(10000);
+    EXPECT_DEATH(file.WriteCard(32, 0x02, 0x07), "changes the clock while samples move");
+}
+
+}  // namespace
+}  // namespace simulator_tests
