@@ -10,7 +10,6 @@
 
 namespace {
 
-using simulator::InputSignal;
 using simulator::Port;
 
 constexpr unsigned Internal = 0;

@@ -208,7 +208,7 @@ TEST_F(TwoCardsConfiguration, NewNameShowsInTheClockTreeBeforeApplyAndIsGoneAfte
     StoreText(0, TEXT("Name"), u"A");
     StoreText(1, TEXT("Name"), u"B");
     const std::u16string before = u"A (automatic clock selection); B (automatic clock selection)";
-    const auto tree = [this](const Sheet& sheet) {
+    const auto tree = [](const Sheet& sheet) {
         return ClockTreeUser(sheet.Show(u"Clocks + Sync").Window()).Outline();
     };
     Sheet& sheet = Open();

@@ -256,8 +256,8 @@ protected:
         for (unsigned card = 0; card < 2; ++card) {
             SCOPED_TRACE(card);
             const size_t recorded = recorders_[card].Recorded().size();
-            EXPECT_NEAR(static_cast<double>(PlaysOn(card)), Rate / 10, 1);
-            EXPECT_NEAR(static_cast<double>(recorders_[card].Recorded().size() - recorded), Rate / 10 * 4,
+            EXPECT_NEAR(static_cast<double>(PlaysOn(card)), Rate / 10.0, 1);
+            EXPECT_NEAR(static_cast<double>(recorders_[card].Recorded().size() - recorded), Rate * 4 / 10.0,
                         2 * RecordedBytes);
             EXPECT_EQ(Cards().SampleRate(card), Rate);
             EXPECT_EQ(Cards().MixerGain(card, 2), 128u);
@@ -339,7 +339,7 @@ TEST_F(WakeUpKindTest, OneAfterTheOtherStartsNobody) {
         Wake(PWR_CRITICALRESUME);
         EXPECT_EQ(PlaysOn(0), 0u);
         EXPECT_EQ(recorders_[0].Recorded().size(), recorded);
-        EXPECT_NEAR(static_cast<double>(PlaysOn(1)), Rate / 10, 1);
+        EXPECT_NEAR(static_cast<double>(PlaysOn(1)), Rate / 10.0, 1);
     }
     waveOutRestart(players_[0].Handle());
     recorders_[0].Start();
@@ -389,7 +389,7 @@ TEST_F(WakeUpTest, AWrongIncomingRateStopsNoRecordingEither) {
     WaveRecorder recorder;
     ASSERT_EQ(recorder.Open(1, Format), MMSYSERR_NOERROR);
     for (int i = 0; i < 4; ++i) {
-        ASSERT_EQ(recorder.Add(Rate / 10 * 4), MMSYSERR_NOERROR);
+        ASSERT_EQ(recorder.Add(Rate * 4 / 10.0), MMSYSERR_NOERROR);
     }
     recorder.Start();
     Sleep();
@@ -397,7 +397,7 @@ TEST_F(WakeUpTest, AWrongIncomingRateStopsNoRecordingEither) {
     Wake();
     Cards().Advance(Second / 4);
     EXPECT_TRUE(test_system::EventLog().empty());
-    EXPECT_EQ(recorder.Counts(), (std::vector<DWORD>{Rate / 10 * 4, Rate / 10 * 4}));
+    EXPECT_EQ(recorder.Counts(), (std::vector<DWORD>{Rate * 4 / 10.0, Rate * 4 / 10.0}));
 }
 
 }  // namespace

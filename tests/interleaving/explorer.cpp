@@ -83,6 +83,7 @@ std::vector<std::vector<SingleMessage>> Orders(const Script& script) {
     std::vector<std::vector<SingleMessage>> all;
     do {
         std::vector<SingleMessage> messages;
+        messages.reserve(order.size());
         std::map<size_t, size_t> sent;
         for (const size_t act : order) {
             messages.push_back({act, PartsOf(script.Acts[act].What)[sent[act]++]});

@@ -92,11 +92,11 @@ private:
             }
             return 0;
         }
-        static const UINT OfInterest[] = {NM_CLICK,           NM_RCLICK,         TCN_SELCHANGE,
+        static const UINT ofInterest[] = {NM_CLICK,           NM_RCLICK,         TCN_SELCHANGE,
                                           TCN_SELCHANGING,    TVN_SELCHANGEDW,   TVN_SELCHANGINGW,
                                           TVN_ITEMEXPANDINGW, TVN_ITEMEXPANDEDW, TVN_BEGINDRAGW,
                                           TVN_BEGINRDRAGW,    TVN_DELETEITEMW,   TVN_KEYDOWN};
-        for (const UINT code : OfInterest) {
+        for (const UINT code : ofInterest) {
             if (notice.code == code) {
                 told_.push_back(code);
                 if (code <= TVN_SELCHANGINGW && code >= TVN_DELETEITEMW) {

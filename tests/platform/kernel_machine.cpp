@@ -113,19 +113,19 @@ struct Counter {
         ++Created;
     }
 };
-const platform::MachineRegion<Counter> counter("test-counter");
+const platform::MachineRegion<Counter> SharedCounter("test-counter");
 
 TEST_F(Machine, LockOfADeadProcessPassesOn) {
-    counter->Value = 1;
+    SharedCounter->Value = 1;
     CollectProcess(StartProcess(
         [] {
-            counter->Lock.lock();
-            counter->Value = 2;
+            SharedCounter->Lock.lock();
+            SharedCounter->Value = 2;
             return 0;
         },
         true));
-    const std::lock_guard guard(counter->Lock);
-    EXPECT_EQ(counter->Value, 2);
+    const std::lock_guard guard(SharedCounter->Lock);
+    EXPECT_EQ(SharedCounter->Value, 2);
 }
 
 // Two pages of which only the first is there.

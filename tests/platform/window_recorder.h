@@ -20,7 +20,7 @@ public:
     static constexpr const char16_t* ClassName = u"Recorder";
 
     Recorder() {
-        current_ = this;
+        Current = this;
         WNDCLASSW description{};
         description.lpfnWndProc = Procedure;
         description.cbWndExtra = 2 * sizeof(LONG_PTR);
@@ -29,7 +29,7 @@ public:
     }
     ~Recorder() {
         UnregisterClassW(ClassName, nullptr);
-        current_ = nullptr;
+        Current = nullptr;
     }
     Recorder(const Recorder&) = delete;
     Recorder& operator=(const Recorder&) = delete;
@@ -54,13 +54,13 @@ public:
 
 private:
     static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM first, LPARAM second) {
-        current_->told_.emplace_back(GetDlgCtrlID(window), message);
-        const auto handler = current_->Handlers.find(message);
-        return handler != current_->Handlers.end() ? handler->second(window, first, second)
-                                                   : DefWindowProcW(window, message, first, second);
+        Current->told_.emplace_back(GetDlgCtrlID(window), message);
+        const auto handler = Current->Handlers.find(message);
+        return handler != Current->Handlers.end() ? handler->second(window, first, second)
+                                                  : DefWindowProcW(window, message, first, second);
     }
 
-    static inline Recorder* current_ = nullptr;
+    static inline Recorder* Current = nullptr;
     std::vector<Told> told_;
 };
 

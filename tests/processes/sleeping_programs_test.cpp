@@ -111,8 +111,8 @@ TEST_P(SleepingProgramsTest, GoOnAtTheirRatesAndGains) {
         const uint64_t before = played();
         const uint64_t othersBefore = othersPlayed();
         program.Cards.Advance(100000);
-        EXPECT_NEAR(static_cast<double>(played() - before), Rate / 10, 1);
-        EXPECT_NEAR(static_cast<double>(othersPlayed() - othersBefore), Rate / 10, 1);
+        EXPECT_NEAR(static_cast<double>(played() - before), Rate / 10.0, 1);
+        EXPECT_NEAR(static_cast<double>(othersPlayed() - othersBefore), Rate / 10.0, 1);
         EXPECT_EQ(program.Cards.Output(0, Port::Analog).FramesSilent, 0u);
     }
 }

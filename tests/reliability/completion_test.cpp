@@ -13,7 +13,6 @@ using simulator::Fault;
 using simulator::Port;
 
 constexpr int64_t Millisecond = 1000;
-constexpr int64_t Second = 1000 * Millisecond;
 constexpr size_t BufferSize = 4000;  // of 1000 frames, 23 ms
 
 class CompletionTest : public DriverTest {

@@ -24,7 +24,8 @@ struct Printer : testing::Environment {
     }
 };
 
-[[maybe_unused]] const testing::Environment* const printer = testing::AddGlobalTestEnvironment(new Printer);
+[[maybe_unused]] const testing::Environment* const TallyPrinter =
+    testing::AddGlobalTestEnvironment(new Printer);
 
 }  // namespace
 

@@ -93,7 +93,7 @@ TEST(SimulatorInput, ACableBetweenClocksGoesByTime) {
         const uint64_t count = sim.Input(1, Port::Analog).FramesRecorded - 8;  // memory is behind
         ASSERT_GT(count, 1000u);
         for (size_t i = 20; i < count; ++i) {
-            ASSERT_NEAR(input.Samples[i].Left / 256, static_cast<double>(i) * ratio, 2 * ratio + 2) << i;
+            ASSERT_NEAR(input.Samples[i].Left / 256.0, static_cast<double>(i) * ratio, 2 * ratio + 2) << i;
         }
     }
 }

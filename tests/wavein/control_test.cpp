@@ -18,7 +18,7 @@ protected:
     static WaveFormat Format() { return PcmFormat(Rate, 2, 16); }
 
     // Does that inside the n-th WIM_DATA, on the service thread.
-    void InCallback(unsigned nth, std::function<void(WAVEHDR&)> action) {
+    void InCallback(unsigned nth, const std::function<void(WAVEHDR&)>& action) {
         recorder_.OnDone([this, nth, action](WAVEHDR& header) {
             if (++calls_ == nth) {
                 action(header);

@@ -81,7 +81,7 @@ TEST_F(RecordedBytesTest, TheSumIsTheStopPosition) {
                     Run(frames);
                     Stop();
                     const DWORD position = recorder_.Position() / test.Unit * test.Unit;
-                    EXPECT_NEAR(position, frames / test.Unit * test.Unit, test.Unit);
+                    EXPECT_NEAR(position, DWORD{frames / test.Unit * test.Unit}, test.Unit);
                     const std::vector<BYTE> all = recorder_.Recorded();
                     ASSERT_EQ(all.size() - before, position * format.nBlockAlign) << frames;
                     if (dither == 0) {

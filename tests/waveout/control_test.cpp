@@ -69,7 +69,8 @@ TEST_F(OutputControlTest, APauseStopsTheSoundWhereItIs) {
 TEST_F(OutputControlTest, PositionIsInSamplesUnlessBytesAreAskedFor) {
     Write();
     Cards().Advance(Second);
-    for (const UINT type : {TIME_MS, TIME_SMPTE, TIME_MIDI, TIME_TICKS, TIME_SAMPLES, 0}) {
+    for (const UINT type :
+         std::initializer_list<UINT>{TIME_MS, TIME_SMPTE, TIME_MIDI, TIME_TICKS, TIME_SAMPLES, 0}) {
         MMTIME time = {};
         time.wType = type;
         EXPECT_EQ(waveOutGetPosition(player_.Handle(), &time, sizeof time), Done);
