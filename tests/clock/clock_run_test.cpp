@@ -248,6 +248,11 @@ TEST_F(TwoLinkClock, AGroupTakesTheLinkFromAnother) {
     script.Step(0, ReleaseCard).Step(1, ReleaseCard).Step(3, ReleaseCard).Pass(Wait(23855));
     script.Step(1, Port16BitStereo);
     EXPECT_EQ(Run(player, 2, 44100), script.Expected());
+
+    // The card that has lost its link is left alone from now on.
+    ASSERT_EQ(player.Close(), MMSYSERR_NOERROR);
+    const Lines next = Run(player, 2, 48000);
+    EXPECT_EQ(std::find(next.begin(), next.end(), "3 " + HoldCard.front()), next.end());
 }
 
 TEST_F(TwoLinkClock, AStreamOnACardLendsItsHandle) {

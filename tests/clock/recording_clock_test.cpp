@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "tests/clock/clock_script.h"
+#include "tests/support/driver_library.h"
 #include "tests/support/system.h"
 #include "tests/support/wave_recorder.h"
 #include "tests/support/wave_sound.h"
@@ -58,6 +59,10 @@ TEST_F(RecordingClockTest, AnybodyElseRunsOnTheCardsOwnClock) {
     ASSERT_EQ(player.Open(0, Stereo()), MMSYSERR_NOERROR);
     ASSERT_EQ(digital.Open(DigitalIn, Stereo()), MMSYSERR_NOERROR);
     EXPECT_EQ(Source(0), Internal) << "it is not alone";
+    const DriverLibrary driver;
+    driver.DriverProc(DRV_POWER, PWR_SUSPENDREQUEST);
+    driver.DriverProc(DRV_POWER, PWR_SUSPENDRESUME);
+    EXPECT_EQ(Source(0), Internal) << "nor when it is the first to wake up";
 }
 
 TEST_F(RecordingClockTest, WithoutASignalTheSettingDecides) {

@@ -255,6 +255,14 @@ TEST_F(ClocksPageTest, WhatIsSavedIsShown) {
     EXPECT_EQ(Told(), u"");
 }
 
+TEST_F(ClocksPageTest, AStreamRunsOnWhatIsStored) {
+    Open();
+    Tree().Command(u"A", u'D');
+    WavePlayer player;
+    EXPECT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    EXPECT_EQ(Cards().CardRegister(0, 32) & 0x60, 0) << "nothing is applied yet";
+}
+
 TEST_F(ClocksPageTest, CancelForgetsWhatWasChanged) {
     Follow(1, 0);
     StoreSetting(0, TEXT("ClockSource"), Pll);

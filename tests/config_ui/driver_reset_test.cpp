@@ -68,4 +68,20 @@ TEST_F(DriverResetTest, ACloseCountsDownOnlyItsOwn) {
     EXPECT_EQ(Cards().SampleRate(0), 48000u);
 }
 
+// After the reset nobody counts as playing, so the user may take a card out of its group.
+TEST_F(DriverResetTest, AnOpenStreamsCardKeepsItsRateWhenItIsFreed) {
+    StoreText(1, TEXT("Name"), u"B");
+    Follow(1, 0);
+    WavePlayer player;
+    ASSERT_EQ(player.Open(2, PcmFormat(48000, 2, 16)), MMSYSERR_NOERROR);
+    ResetDriver();
+    Sheet& sheet = Open();
+    ClockTreeUser(sheet.Show(u"Clocks + Sync").Window()).Command(u"B", u'S');
+    sheet.Apply();
+    Library().DriverProc(DRV_POWER, PWR_SUSPENDREQUEST);
+    Library().DriverProc(DRV_POWER, PWR_SUSPENDRESUME);
+    EXPECT_EQ(Cards().SampleRate(1), 48000u);
+    player.Shut();
+}
+
 }  // namespace
