@@ -98,7 +98,6 @@ void PowerUp(MachineState& machine, unsigned card, int64_t now) {
         ReleaseChannelHardware(machine, card, channel, now);
         state.PowerLost = lost;
     }
-    machine.Cards[card].HoldsSeen = 0;
     Reset(machine, card, false, now);
     ResetMeasurements(machine.Cards[card]);
     ResetConverters(machine.Cards[card]);

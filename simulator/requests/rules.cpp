@@ -67,7 +67,8 @@ void CheckRegisterWrite(const RequestCall& call, const RegisterDefinition& defin
     }
     if (Is(definition, RegisterFile::Card, card_register::StartHold)) {
         const uint8_t released = mask & static_cast<uint8_t>(~value) & (HoldOutputs | HoldInputs);
-        Require((released & ~card.HoldsSeen) == 0, call, "releases a start hold that was never set");
+        Require(released == 0 || (released & card.HoldsSeen) != 0, call,
+                "releases a start hold that was never set");
     }
 }
 

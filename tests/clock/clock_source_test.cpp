@@ -212,7 +212,6 @@ TEST_F(FollowerClockTest, AFailingFollowerIsJudgedByTheMaster) {
             EXPECT_EQ(Held(card), checkClocks != 0) << card;
         }
         if (checkClocks == 0) {
-            EXPECT_TRUE(Contains(lines, "1 write card 17 = 00 / 80")) << "its clock has changed";
             EXPECT_EQ(Cards().ClockFrame(2), Cards().ClockFrame(0));
             ExpectPlaying(player, 1);
         }

@@ -256,11 +256,14 @@ TEST_F(ClocksPageTest, WhatIsSavedIsShown) {
 }
 
 TEST_F(ClocksPageTest, AStreamRunsOnWhatIsStored) {
+    Follow(1, 0);
     Open();
+    Tree().Command(u"B", u'S');
     Tree().Command(u"A", u'D');
     WavePlayer player;
     EXPECT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
     EXPECT_EQ(Cards().CardRegister(0, 32) & 0x60, 0) << "nothing is applied yet";
+    EXPECT_EQ(Cards().CardRegister(1, 32) & 0x60, 0x20);
 }
 
 TEST_F(ClocksPageTest, CancelForgetsWhatWasChanged) {
