@@ -397,7 +397,7 @@ TEST_F(WakeUpTest, AWrongIncomingRateStopsNoRecordingEither) {
     Wake();
     Cards().Advance(Second / 4);
     EXPECT_TRUE(test_system::EventLog().empty());
-    EXPECT_EQ(recorder.Counts(), (std::vector<DWORD>{Rate * 4 / 10.0, Rate * 4 / 10.0}));
+    EXPECT_EQ(recorder.Counts(), (std::vector<DWORD>{Rate * 4 / 10, Rate * 4 / 10}));
 }
 
 }  // namespace
