@@ -24,22 +24,6 @@ struct Setting {
 // The layouts of the card's memory, as bits 6 and 7 of the port register say them.
 enum Layout { Bytes = 0x00, Words = 0x40, RightSlots = 0x80, LeftSlots = 0xC0 };
 
-std::optional<Layout> PcmLayout(WORD bits, unsigned container, const Setting& setting) {
-    const bool wide = bits == 20 || bits == 24;
-    if (container == 4 && (wide || bits == 32)) {
-        return setting.Left24 != 0 ? LeftSlots : RightSlots;
-    }
-    return container == 3 && wide ? std::optional(LeftSlots) : std::nullopt;
-}
-
-std::optional<Layout> ExtensibleLayout(const WaveFormat& format, unsigned container) {
-    const WORD bits = format.Get()->wBitsPerSample;
-    const WORD valid = format.Extensible.Samples.wValidBitsPerSample;
-    const bool wide =
-        (bits == 24 && container == 3) || (bits == 32 && container == 4 && (valid == 20 || valid == 24));
-    return wide ? std::optional(LeftSlots) : std::nullopt;
-}
-
 // What the port register's layout and mono bits hold when the format is taken.
 std::optional<int> Model(const WaveFormat& format, bool input, UINT device, const Setting& setting) {
     const WAVEFORMATEX& basic = format;
@@ -61,13 +45,17 @@ std::optional<int> Model(const WaveFormat& format, bool input, UINT device, cons
     }
     const unsigned container = basic.nBlockAlign / basic.nChannels;
     const WORD bits = basic.wBitsPerSample;
-    const bool narrow = bits == 8 * container && (bits == 8 || (bits == 16 && !law));
-    std::optional<Layout> layout = law          ? std::nullopt
-                                   : extensible ? ExtensibleLayout(format, container)
-                                                : PcmLayout(bits, container, setting);
-    if (narrow) {
+    const WORD valid = format.Extensible.Samples.wValidBitsPerSample;
+    std::optional<Layout> layout;
+    if (bits == 8 * container && (bits == 8 || (bits == 16 && !law))) {
         const bool dithered = input && device == Analog && setting.DitherADC != 0;
-        layout = dithered ? LeftSlots : (bits == 8 && !law) ? Bytes : Words;
+        layout = dithered ? LeftSlots : bits == 8 && !law ? Bytes : Words;
+    } else if (extensible && container == 4 && bits == 32 && (valid == 20 || valid == 24)) {
+        layout = LeftSlots;
+    } else if (!law && container == 3 && (bits == 24 || (bits == 20 && !extensible))) {
+        layout = LeftSlots;
+    } else if (!law && !extensible && container == 4 && (bits == 20 || bits == 24 || bits == 32)) {
+        layout = setting.Left24 != 0 ? LeftSlots : RightSlots;
     }
     return layout ? std::optional(*layout | (basic.nChannels == 1 ? 0x20 : 0)) : std::nullopt;
 }

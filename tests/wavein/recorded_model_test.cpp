@@ -84,9 +84,8 @@ protected:
                     ASSERT_EQ(memcmp(is, was, SampleSize()), 0) << "byte " << share.Begin + i;
                     continue;
                 }
-                const int step = SampleSize() == 1 ? *is - *was
-                                                   : static_cast<int16_t>(is[0] | is[1] << 8) -
-                                                         static_cast<int16_t>(was[0] | was[1] << 8);
+                const auto wide = [](const BYTE* of) { return static_cast<int16_t>(of[0] | of[1] << 8); };
+                const int step = SampleSize() == 1 ? *is - *was : wide(is) - wide(was);
                 ASSERT_LE(std::abs(step), MostDither) << "byte " << share.Begin + i;
             }
             at += share.Size;

@@ -83,11 +83,8 @@ private:
             }
             --buffers_[buffer].Left;
             if ((buffers_[buffer].Flags & End) != 0 && loop_) {
-                if (--passes_ != 0) {
-                    next_ = *loop_;
-                } else {
-                    loop_.reset();
-                }
+                next_ = --passes_ != 0 ? *loop_ : next_;
+                loop_ = passes_ != 0 ? loop_ : std::nullopt;
             }
             handed_.push_back(buffer);
         }
@@ -128,26 +125,22 @@ protected:
         paused_ = false;
     }
     void Step() {
-        switch (Draw(16)) {
-        case 0:
-            return Reset();
-        case 1:
-        case 2:
+        const DWORD kind = Draw(16);
+        if (kind == 0) {
+            Reset();
+        } else if (kind < 3) {
             ASSERT_EQ(waveOutBreakLoop(player_.Handle()), MMSYSERR_NOERROR);
-            return model_.Break();
-        case 3:
+            model_.Break();
+        } else if (kind == 3) {
             paused_ = !paused_;
             ASSERT_EQ(paused_ ? waveOutPause(player_.Handle()) : waveOutRestart(player_.Handle()),
                       MMSYSERR_NOERROR);
-            return;
-        case 4:
-        case 5:
-        case 6:
-        case 7:
-        case 8:
-            return paused_ ? Cards().Advance(Second) : Play(1 + Draw(5));
-        default:
-            return Write(Draw(4) * Begin, Draw(5));  // any of the marks, or both
+        } else if (kind > 8) {
+            Write(Draw(4) * Begin, Draw(5));  // any of the marks, or both
+        } else if (paused_) {
+            Cards().Advance(Second);
+        } else {
+            Play(1 + Draw(5));
         }
     }
     // To the end of what is written; a loop that is still open is ended.
