@@ -9,8 +9,7 @@ namespace kestvox {
 // Takes a completed buffer out of the counts of what is in flight. DriverMutex held.
 void CountCompleted(StreamInstance* stream, HeldHeader* held);
 
-// Takes a header out of the ledger and lets its shadow buffer go; the client does not learn of it.
-// DriverMutex held.
+// Takes a header out of the ledger and lets its shadow buffer go, without a word. DriverMutex held.
 void ForgetHeader(StreamInstance* stream, HeldHeader* held);
 
 // Marks a header that is forgotten done, and calls the client.

@@ -9,8 +9,9 @@ namespace {
 
 constexpr DWORD LargestSize = 0xFFFFFFFC;  // in whole words
 
+// A buffer that holds nothing has memory, too.
 DWORD WholeWords(DWORD size) {
-    return (size + 3) & ~static_cast<DWORD>(3);
+    return size != 0 ? (size + 3) & ~static_cast<DWORD>(3) : 4;
 }
 
 void Push(ShadowBuffer** list, ShadowBuffer* buffer) {

@@ -7,7 +7,7 @@ namespace kestvox {
 
 namespace {
 
-// The shadow buffer that a client buffer needs, in bytes; 0: none.
+// The shadow buffer that a client buffer needs, in bytes: none when it does not hold a word or sample.
 //   MMSYSERR_INVALPARAM   the client's buffer does not suit the conversion
 //   MMSYSERR_NOMEM        it would be too large
 MMRESULT ShadowSize(const StreamInstance* stream, DWORD length, DWORD* size) {
@@ -33,7 +33,7 @@ MMRESULT ShadowSize(const StreamInstance* stream, DWORD length, DWORD* size) {
 MMRESULT FillInputBuffer(StreamInstance* stream, HeldHeader* held) {
     DWORD size = 0;
     const MMRESULT result = ShadowSize(stream, held->Bytes, &size);
-    if (result == MMSYSERR_NOERROR && size != 0 && AcquireShadowBuffer(held, size) == nullptr) {
+    if (result == MMSYSERR_NOERROR && AcquireShadowBuffer(held, size) == nullptr) {
         return MMSYSERR_NOMEM;
     }
     return result;

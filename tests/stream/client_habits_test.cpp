@@ -9,7 +9,11 @@
 
 namespace {
 
+#if defined(__SANITIZE_THREAD__)
 constexpr unsigned Rounds = 1000 / Stride;
+#else
+constexpr unsigned Rounds = 1000;
+#endif
 constexpr size_t Headers = 10;
 constexpr DWORD HeaderBytes = 1200;
 constexpr int64_t Millisecond = 1000;

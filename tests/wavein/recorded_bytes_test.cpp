@@ -185,6 +185,21 @@ TEST_F(RecordedBytesTest, ARefusedBufferComesBackEmpty) {
     }
 }
 
+// Whatever the memory held that it would have been recorded into.
+TEST_F(RecordedBytesTest, ABufferOfLessThanAWordComesBackEmptyAtOnce) {
+    const auto signal = PlugIn(2000);
+    Open(Mono());
+    recorder_.Start();
+    EXPECT_EQ(recorder_.Add(800, 1), MMSYSERR_NOERROR);
+    AdvanceFrames(500, Rate);
+    EXPECT_EQ(recorder_.Add(3, 1), MMSYSERR_NOERROR);
+    Settle();
+    EXPECT_EQ(recorder_.Counts(), (Sizes{800, 0}));
+    EXPECT_EQ(recorder_.Add(800, 1), MMSYSERR_NOERROR);
+    AdvanceFrames(500, Rate);
+    EXPECT_EQ(recorder_.Counts(), (Sizes{800, 0, 800}));
+}
+
 TEST_F(RecordedBytesTest, ThePositionIsToldInFramesAndBytesOfTheClient) {
     const StopCase cases[] = {
         {PcmFormat(Rate, 1, 8), 4000, 1},
