@@ -64,7 +64,6 @@ void ReleaseChannelHardware(MachineState& machine, unsigned card, unsigned chann
     state.Acquired = false;
     state.PowerLost = false;
     state.TransferOn = false;
-    state.TransferAsked = false;
     state.Armed = false;
     state.Waiting = false;
     FollowAtNextFrame(machine.Cards[card], channel, now);
@@ -84,7 +83,6 @@ void StartChannelTransfer(MachineState& machine, unsigned card, unsigned channel
 void StopChannelTransfer(MachineState& machine, unsigned card, unsigned channel, int64_t now) {
     ChannelState& state = machine.Cards[card].Channels[channel];
     state.TransferOn = false;
-    state.TransferAsked = false;
     state.CountsFromZero = true;
     FollowAtNextFrame(machine.Cards[card], channel, now);
     if (channel < FirstOutput) {

@@ -43,9 +43,10 @@ struct ChannelState {
     bool Armed;
     bool Waiting;         // armed behind a start hold
     bool CountsFromZero;  // the next START_TRANSFER begins a new position count
-    bool
-        TransferAsked;  // by START_TRANSFER since the last stop; a channel without data has stopped by itself
-    bool PowerLost;     // acquired, and the hardware has lost its power: the file has to release it first
+    // START_TRANSFER has come since the last STOP_TRANSFER or release. Whatever else has stopped the transfer
+    // (no data, another thread's flush, a loss of power) does not count.
+    bool TransferAsked;
+    bool PowerLost;  // acquired, and the hardware has lost its power: the file has to release it first
 
     // Frames move from MoveFrom on while Moving, else until MoveUntil; the owner catches up with it.
     bool Moving;

@@ -72,6 +72,7 @@ DWORD DoStartTransfer(RequestCall& call) {
 }
 
 DWORD DoStopTransfer(RequestCall& call) {
+    call.Channel().TransferAsked = false;
     StopChannelTransfer(call.Machine, call.File.Card, call.File.Channel, call.Now);
     if (call.File.Channel < FirstOutput) {
         call.Side.GiveBackPartFilled(call.File, call.Now);
@@ -117,6 +118,7 @@ DWORD DoArmChannel(RequestCall& call) {
 
 DWORD DoReleaseChannel(RequestCall& call) {
     if (call.File.HasChannel()) {
+        call.Channel().TransferAsked = false;
         ReleaseChannelHardware(call.Machine, call.File.Card, call.File.Channel, call.Now);
     }
     return ERROR_SUCCESS;
