@@ -67,7 +67,7 @@ uint8_t ResultOf(Measurement& measurement, const CardState& card, int64_t now) {
         measurement.Running = false;
         measurement.Result = measurement.NextResult;
     }
-    const unsigned top = measurement.Count << 6 & 0xC0u;
+    const unsigned top = static_cast<unsigned>(measurement.Count) << 6 & 0xC0u;
     const unsigned low = measurement.Result == NoMeasurement ? 0 : measurement.Count % NoMeasurement;
     return static_cast<uint8_t>(measurement.Result | top | low);
 }

@@ -389,7 +389,7 @@ TEST_F(WakeUpTest, AWrongIncomingRateStopsNoRecordingEither) {
     WaveRecorder recorder;
     ASSERT_EQ(recorder.Open(1, Format), MMSYSERR_NOERROR);
     for (int i = 0; i < 4; ++i) {
-        ASSERT_EQ(recorder.Add(Rate * 4 / 10.0), MMSYSERR_NOERROR);
+        ASSERT_EQ(recorder.Add(Rate / 10 * 4), MMSYSERR_NOERROR);
     }
     recorder.Start();
     Sleep();

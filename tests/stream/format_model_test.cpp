@@ -50,9 +50,8 @@ std::optional<int> Model(const WaveFormat& format, bool input, UINT device, cons
     if (bits == 8 * container && (bits == 8 || (bits == 16 && !law))) {
         const bool dithered = input && device == Analog && setting.DitherADC != 0;
         layout = dithered ? LeftSlots : bits == 8 && !law ? Bytes : Words;
-    } else if (extensible && container == 4 && bits == 32 && (valid == 20 || valid == 24)) {
-        layout = LeftSlots;
-    } else if (!law && container == 3 && (bits == 24 || (bits == 20 && !extensible))) {
+    } else if ((extensible && container == 4 && bits == 32 && (valid == 20 || valid == 24)) ||
+               (!law && container == 3 && (bits == 24 || (bits == 20 && !extensible)))) {
         layout = LeftSlots;
     } else if (!law && !extensible && container == 4 && (bits == 20 || bits == 24 || bits == 32)) {
         layout = setting.Left24 != 0 ? LeftSlots : RightSlots;
