@@ -113,6 +113,7 @@ constexpr const WCHAR* DriverKeys[] = {
 }  // namespace
 
 void FreshMachine() {
+    UnloadWaveDriver();
     simulator::UseMachine("");
     for (const WCHAR* key : DriverKeys) {
         DeleteTree(HKEY_LOCAL_MACHINE, key);
