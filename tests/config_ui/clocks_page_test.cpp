@@ -266,6 +266,24 @@ TEST_F(ClocksPageTest, AStreamRunsOnWhatIsStored) {
     EXPECT_EQ(Cards().CardRegister(1, 32) & 0x60, 0x20);
 }
 
+// A start hold is for groups.
+TEST_F(ClocksPageTest, AMasterThatNobodyFollowsAnyMoreStartsAtOnce) {
+    Follow(1, 0);
+    Open();
+    WavePlayer player;
+    EXPECT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    player.Shut();
+    Tree().Drag(u"B", ClockTreeUser::Root);
+    Shown().Ok();
+    Shown().Closed();
+    EXPECT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    Cards().ClearTrace();
+    EXPECT_EQ(player.Write(Pattern(4000)), MMSYSERR_NOERROR);
+    for (const std::string& line : TraceText()) {
+        EXPECT_FALSE(line.starts_with("write")) << line;
+    }
+}
+
 TEST_F(ClocksPageTest, CancelForgetsWhatWasChanged) {
     Follow(1, 0);
     StoreSetting(0, TEXT("ClockSource"), Pll);
