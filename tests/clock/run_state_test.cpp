@@ -53,6 +53,20 @@ TEST_F(RunStateTest, ACardThatWasInitialisedHangsOnNoLink) {
     EXPECT_EQ(Asked(Run(player, 0, Rate), 3), Lines{"read card 32"});
 }
 
+TEST_F(RunStateTest, AFollowerThatWasRestoredIsOnTheLinkAgainWithTheNextStream) {
+    constexpr UINT Save = 0x4000;
+    constexpr UINT Restore = 0x4001;
+    WavePlayer first;
+    Run(first, 2, Rate);
+    for (const UINT message : {Save, Restore}) {
+        EXPECT_EQ(waveOutMessage(first.Handle(), message, 0, 0), MMSYSERR_NOERROR);
+    }
+    EXPECT_EQ(Source(1), 0u);
+    WavePlayer second;
+    ASSERT_EQ(second.Open(3, PcmFormat(Rate, 2, 16)), MMSYSERR_NOERROR);
+    EXPECT_EQ(Source(1), Link);
+}
+
 TEST_F(RunStateTest, AFollowerThatLosesTheLinkIsHeardOnItsOwnClock) {
     StoreSetting(0, TEXT("CheckClocks"), 0);
     WavePlayer player;
