@@ -266,6 +266,48 @@ TEST_F(ClocksPageTest, AStreamRunsOnWhatIsStored) {
     EXPECT_EQ(Cards().CardRegister(1, 32) & 0x60, 0x20);
 }
 
+// It was dragged before the stream was opened, and that is applied while the stream is open.
+TEST_F(ClocksPageTest, ACardThatHasGotAMasterWakesUpAtItsOpenStreamsRate) {
+    Open();
+    Tree().Drag(u"B", u"A");
+    WavePlayer player;
+    ASSERT_EQ(player.Open(2, PcmFormat(96000, 2, 16)), MMSYSERR_NOERROR);
+    Shown().Ok();
+    Shown().Closed();
+    ASSERT_EQ(Saved(1), Follows(0));
+    Library().DriverProc(DRV_POWER, PWR_SUSPENDREQUEST);
+    Cards().PowerCycle(1);
+    Library().DriverProc(DRV_POWER, PWR_SUSPENDRESUME);
+    EXPECT_EQ(Cards().SampleRate(1), 96000u);
+}
+
+TEST_F(ClocksPageTest, ACardWhoseMasterIsGoneIsShownOnWhatItRunsOn) {
+    StoreSetting(0, TEXT("ClockSource"), 32);
+    WavePlayer player;
+    ASSERT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    player.Shut();
+    Open();
+    EXPECT_EQ(Outline().substr(0, 1 + OnAutomatic.size()), u"A" + OnAutomatic);
+}
+
+// A start hold is for groups.
+TEST_F(ClocksPageTest, AMasterThatNobodyFollowsAnyMoreStartsAtOnce) {
+    Follow(1, 0);
+    Open();
+    WavePlayer player;
+    EXPECT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    player.Shut();
+    Tree().Drag(u"B", ClockTreeUser::Root);
+    Shown().Ok();
+    Shown().Closed();
+    EXPECT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    Cards().ClearTrace();
+    EXPECT_EQ(player.Write(Pattern(4000)), MMSYSERR_NOERROR);
+    for (const std::string& line : TraceText()) {
+        EXPECT_FALSE(line.starts_with("write")) << line;
+    }
+}
+
 TEST_F(ClocksPageTest, CancelForgetsWhatWasChanged) {
     Follow(1, 0);
     StoreSetting(0, TEXT("ClockSource"), Pll);
