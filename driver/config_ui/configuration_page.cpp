@@ -7,6 +7,7 @@
 #include "config_ui/pages.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
+#include "config_ui/tab_row.h"
 
 namespace kestvox {
 
@@ -51,16 +52,6 @@ struct PageState {
 
 bool IsChecked(HWND page, int control) {
     return IsDlgButtonChecked(page, control) == BST_CHECKED;
-}
-
-// The sheet's first page is the first to be made: while it is current, the sheet shows all its tabs in one
-// row with arrows instead of stacking them.
-void UseSingleTabRow(HWND page) {
-    const auto tabs = reinterpret_cast<HWND>(SendMessageW(GetParent(page), PSM_GETTABCONTROL, 0, 0));
-    if (SendMessageW(tabs, TCM_GETCURSEL, 0, 0) == 0) {
-        const LONG_PTR style = GetWindowLongPtrW(tabs, GWL_STYLE);
-        SetWindowLongPtrW(tabs, GWL_STYLE, style & ~LONG_PTR{TCS_MULTILINE});
-    }
 }
 
 void FillDitherList(HWND list) {
