@@ -169,6 +169,12 @@ TEST_F(ClocksPageTest, EscapeEndsADragAndNotTheSheet) {
 
     Tree().Drag(u"B", ClockTreeUser::Root);
     expectDragging(false);
+
+    // So does a page that goes meanwhile.
+    const HWND page = Shown().Current().Window();
+    Tree().PickUp(u"B");
+    Shown().Show(0);
+    Tree().OnItsThread([&] { EXPECT_NE(GetCapture(), page); });
     Shown().Cancel();
     Shown().Closed();
 }
@@ -390,17 +396,68 @@ TEST_F(ClocksPageTest, TheDriverIsResetWhenTheUserInsists) {
     EXPECT_FALSE(Shown().CanApply());
 }
 
-TEST_F(ClocksPageTest, ACardThatIsGoneDoesNotKeepTheOthersFromBeingSaved) {
+TEST_F(ClocksPageTest, CardsThatAreGoneDoNotKeepTheOthersFromBeingSaved) {
     Open();
+    for (const size_t page : {3u, 4u, 9u}) {  // of cards B and D
+        Shown().Show(page);
+    }
+    Shown().Show(u"Clocks + Sync");
     Cards().SetPresent(1, false);
+    Cards().SetPresent(3, false);
     Tree().Drag(u"C", u"A");
     Tree().Command(u"B", u'D');
     Shown().Apply();
-    EXPECT_EQ(Told(),
-              std::u16string(NoAutomaticMaster) + u"Could not save configuration information in registry");
+    Tree().OnItsThread([] {});
+    EXPECT_EQ(Told(), std::u16string(NoAutomaticMaster) +
+                          u"Could not save configuration information in registry\nB\nD");
     EXPECT_EQ(Saved(0), Free(Internal));
     EXPECT_EQ(Saved(1).Source, std::nullopt);
     EXPECT_EQ(Saved(2), Follows(0));
+}
+
+// A stream that opens goes by what is saved, and brings the working settings in line with it.
+TEST_F(ClocksPageTest, AFreedCardOnWhichAStreamOpensStaysAsShown) {
+    Follow(1, 0);
+    StoreSetting(0, TEXT("ClockSource"), Internal);
+    Open();
+    Tree().Command(u"B", u'S');
+    Tree().Command(u"B", u'D');
+    WavePlayer player;
+    ASSERT_EQ(player.Open(2, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    EXPECT_EQ(Outline(),
+              u"A" + OnInternal + u"; C" + OnAutomatic + u"; D" + OnAutomatic + u"; B" + OnDigital);
+    EXPECT_TRUE(Tree().RightClick(u"B")[2].starts_with(u"*"));
+    Tree().Choose(VK_ESCAPE);
+    Shown().Apply();
+    EXPECT_EQ(Saved(1), Free(Digital));
+    EXPECT_EQ(Outline(),
+              u"A" + OnInternal + u"; C" + OnAutomatic + u"; D" + OnAutomatic + u"; B" + OnDigital);
+    player.Shut();
+}
+
+WNDPROC treeProcedure = nullptr;
+LRESULT CALLBACK TakeNoItem(HWND tree, UINT message, WPARAM wParam, LPARAM lParam) {
+    return message == TVM_INSERTITEMW ? 0 : CallWindowProcW(treeProcedure, tree, message, wParam, lParam);
+}
+
+TEST_F(ClocksPageTest, ACardThatCannotBeInsertedAgainStaysWhereItIs) {
+    Follow(1, 0);
+    StoreSetting(0, TEXT("ClockSource"), Internal);
+    Open();
+    const std::u16string before = Outline();
+    const HWND tree = Shown().Current().Control(1001);
+    treeProcedure = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(tree, GWLP_WNDPROC));
+    SetWindowLongPtrW(tree, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(TakeNoItem));
+    Tree().Drag(u"C", u"A");
+    Tree().Command(u"B", u'S');
+    Tree().Command(u"A", u'S');
+    Tree().Command(u"D", u'B');
+    EXPECT_EQ(Outline(), before);
+    SetWindowLongPtrW(tree, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(treeProcedure));
+    Shown().Ok();
+    Shown().Closed();
+    EXPECT_EQ(Saved(1), Follows(0));
+    EXPECT_EQ(Saved(2), Free(Automatic));
 }
 
 TEST_F(ClocksPageTest, TheTreeStaysOpen) {

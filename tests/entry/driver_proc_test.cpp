@@ -146,16 +146,4 @@ TEST_F(DriverProcTest, LoadAfterFreeWorksLikeTheFirstLoad) {
     AwaitUsage(before);
 }
 
-TEST_F(DriverProcTest, UnloadingClosesTheStreamsWithoutAWord) {
-    const std::string before = test_system::Usage();
-    int messages = 0;
-    {
-        const DriverLibrary library;
-        ASSERT_NE(OpenOutput(library, 0, &messages), 0u);
-    }
-    EXPECT_EQ(Cards().OpenFiles(), 0u);
-    EXPECT_EQ(messages, 1);
-    AwaitUsage(before);
-}
-
 }  // namespace

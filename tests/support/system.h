@@ -31,6 +31,9 @@ std::string Usage();
 void* TakePage();
 void GiveBackPage(void* page);
 
+// How often the driver has released a mutex.
+unsigned long MutexReleases();
+
 struct MessageBoxShown {
     std::u16string Text;
     UINT Style;

@@ -78,6 +78,10 @@ void FailCall(const char* function, unsigned nth) {
     platform::FailCall(function, nth);
 }
 
+unsigned long MutexReleases() {
+    return platform::MutexReleases();
+}
+
 bool CallFailuresAreWaiting() {
     return platform::CallFailuresAreWaiting();
 }
