@@ -54,6 +54,9 @@ TEST(SimulatorRequest, BuffersOfAnyOtherSizeAreRefused) {
             EXPECT_EQ(request(shape.Input.size(), shape.Output - 1), ERROR_INSUFFICIENT_BUFFER);
         }
     }
+    std::vector<uint8_t> path(20);
+    EXPECT_EQ(file.Request(GetRegistryPath, {}, path), ERROR_INSUFFICIENT_BUFFER);
+    EXPECT_EQ(file.Request(0x80002028), ERROR_INVALID_FUNCTION);
 }
 
 TEST(SimulatorRequest, NeedsAFileInTheRightStateAndWhatTheCardHas) {
