@@ -71,7 +71,7 @@ protected:
 
 TEST_F(MonitorPageTest, AGainIsShownInDecibelsAndSavedAsACodeAndAGain) {
     StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
-    StoreCodes({0, 17, 200, 64, 19, 82, 18, 83});
+    StoreCodes({0, 17, 200, 64, 19, 82, 18, static_cast<int>(0x80000000)});
     Sheet& sheet = Open();
     const SheetPage page = ShowPage(sheet);
     EXPECT_EQ(Positions(page), (Eight{18, 18, 83, 64, 19, 82, 18, 83}));
@@ -172,6 +172,53 @@ TEST_F(MonitorPageTest, WithoutAdvancedMonitoringEachPlaybackGoesItsOwnWay) {
     player.Shut();
 }
 
+// Whichever page is shown first, the playback gains are what switching advanced monitoring off made of them,
+// as long as that is not cancelled; switching it on again does not bring the others back.
+TEST_F(MonitorPageTest, SwitchedOffBeforeThePageIsShown) {
+    const Eight stored = {64, 64, 64, 64, 64, 64, 64, 64};
+    const Eight standard = {64, 64, 83, 18, 64, 64, 18, 83};
+    enum End { Cancelled, Accepted, Applied };
+    const struct {
+        bool MonitorFirst;
+        unsigned Clicks;
+        bool MonitorAfter;
+        End Ending;
+    } cases[] = {
+        {false, 1, true, Cancelled}, {false, 1, true, Accepted}, {false, 1, true, Applied},
+        {false, 2, true, Accepted},  {true, 2, true, Accepted},  {false, 1, false, Accepted},
+        {true, 1, true, Accepted},   {true, 1, false, Applied},  {false, 2, false, Applied},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(static_cast<int>(&each - cases));
+        StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
+        StoreCodes(stored);
+        Reload();
+        WavePlayer player;
+        ASSERT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+        Sheet& sheet = Open();
+        if (each.MonitorFirst) {
+            EXPECT_EQ(Positions(ShowPage(sheet)), stored);
+        }
+        for (unsigned click = 0; click < each.Clicks; ++click) {
+            sheet.Show(0).Click(AdvancedMonitoring);
+        }
+        if (each.MonitorAfter) {
+            EXPECT_EQ(Positions(ShowPage(sheet)), standard);
+            EXPECT_EQ(CardGains()[2], 128);
+            EXPECT_EQ(CardGains()[6], 0);
+        }
+        if (each.Ending == Applied) {
+            sheet.Apply();
+            EXPECT_EQ(Positions(ShowPage(sheet)), standard);
+        }
+        each.Ending == Accepted ? sheet.Ok() : sheet.Cancel();
+        sheet.Closed();
+        EXPECT_EQ(Positions(ShowPage(Open())), each.Ending == Cancelled ? stored : standard)
+            << "the next time";
+        player.Shut();
+    }
+}
+
 TEST_F(MonitorPageTest, ACardThatIsGoneTakesNoGains) {
     Sheet& sheet = Open();
     WaveRecorder recorder;
@@ -180,7 +227,8 @@ TEST_F(MonitorPageTest, ACardThatIsGoneTakesNoGains) {
     Cards().SetPresent(0, false);
     page.Slide(SliderOf(0), 18);
     EXPECT_EQ(page.Text(SliderOf(0) + 1), u"-INF dB");
-    sheet.Apply();
+    sheet.Ok();
+    sheet.Closed();
     ASSERT_FALSE(test_system::MessageBoxes().empty());
     EXPECT_EQ(test_system::MessageBoxes().back().Text,
               u"Could not save configuration information in registry");

@@ -50,6 +50,40 @@ TEST_F(SheetFrameTest, CardOfUnknownIdentityHasNoVersionPage) {
               (Texts{u"Configuration: 'X'", u"Monitor: 'X'", u"Clocks + Sync", u"ASIO + EASI"}));
 }
 
+class AllCards : public SheetFrameTest {
+protected:
+    AllCards() : SheetFrameTest(simulator::MaxCards) {}
+};
+
+// As large as the sheet of one card, on the smallest screen that the system is used with, with all buttons in
+// it.
+TEST_F(AllCards, HaveASheetNoLargerThanThatOfOne) {
+    for (unsigned card = 0; card < simulator::MaxCards; ++card) {
+        StoreText(card, TEXT("Name"), std::u16string(50, u'W'));
+    }
+    const Sheet& sheet = Open();
+    RECT page = {};
+    RECT frame = {};
+    RECT inside = {};
+    GetWindowRect(sheet.Current().Window(), &page);
+    GetWindowRect(sheet.Window(), &frame);
+    GetClientRect(sheet.Window(), &inside);
+    MapWindowPoints(sheet.Window(), nullptr, reinterpret_cast<POINT*>(&inside), 2);
+    EXPECT_LE(frame.right, 800);
+    EXPECT_LE(frame.bottom, 600);
+    EXPECT_GE(frame.left, 0);
+    EXPECT_GE(frame.top, 0);
+    EXPECT_LT(inside.right - page.right, 20);
+    EXPECT_GE(page.right - page.left, 227 * 3 / 2) << "a dialog unit is a pixel and a half at least";
+    for (const int button : {IDOK, IDCANCEL, 0x3021, IDHELP}) {
+        RECT area = {};
+        GetWindowRect(GetDlgItem(sheet.Window(), button), &area);
+        EXPECT_GT(area.top, page.bottom) << button;
+        EXPECT_TRUE(area.left > inside.left && area.right < inside.right && area.bottom < inside.bottom)
+            << button;
+    }
+}
+
 TEST_F(SheetFrameTest, NothingIsShownWithoutACard) {
     Cards().SetPresent(0, false);
     Sheet sheet(Library());
