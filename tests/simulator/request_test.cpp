@@ -82,6 +82,7 @@ TEST(SimulatorRequest, NeedsAFileInTheRightStateAndWhatTheCardHas) {
     }
     EXPECT_EQ(released.ReadRegister(1, 0, &value), ERROR_NOT_READY);
 
+    EXPECT_EQ(digitalIn.Request(AcquireChannel), ERROR_BUSY) << "it has the channel";
     EXPECT_EQ(digitalIn.ReadRegister(0, 1, &value), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(digitalIn.WriteRegister(0, 200, 0, 0xFF), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(digitalIn.ReadRegister(2, 0, &value), ERROR_INVALID_PARAMETER);
