@@ -1,10 +1,12 @@
 // The Clocks + Sync page: every card's clock source and place in the tree, as its user changes them, and
 // what is saved of it.
 #include <commctrl.h>
+#include <prsht.h>
 
 #include <optional>
 #include <string>
 
+#include "config_ui/resource.h"
 #include "tests/support/clock_tree_user.h"
 #include "tests/support/sheet_test.h"
 #include "tests/support/system.h"
@@ -272,6 +274,48 @@ TEST_F(ClocksPageTest, AStreamRunsOnWhatIsStored) {
     EXPECT_EQ(Cards().CardRegister(1, 32) & 0x60, 0x20);
 }
 
+// It was dragged before the stream was opened, and that is applied while the stream is open.
+TEST_F(ClocksPageTest, ACardThatHasGotAMasterWakesUpAtItsOpenStreamsRate) {
+    Open();
+    Tree().Drag(u"B", u"A");
+    WavePlayer player;
+    ASSERT_EQ(player.Open(2, PcmFormat(96000, 2, 16)), MMSYSERR_NOERROR);
+    Shown().Ok();
+    Shown().Closed();
+    ASSERT_EQ(Saved(1), Follows(0));
+    Library().DriverProc(DRV_POWER, PWR_SUSPENDREQUEST);
+    Cards().PowerCycle(1);
+    Library().DriverProc(DRV_POWER, PWR_SUSPENDRESUME);
+    EXPECT_EQ(Cards().SampleRate(1), 96000u);
+}
+
+TEST_F(ClocksPageTest, ACardWhoseMasterIsGoneIsShownOnWhatItRunsOn) {
+    StoreSetting(0, TEXT("ClockSource"), 32);
+    WavePlayer player;
+    ASSERT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    player.Shut();
+    Open();
+    EXPECT_EQ(Outline().substr(0, 1 + OnAutomatic.size()), u"A" + OnAutomatic);
+}
+
+// A start hold is for groups.
+TEST_F(ClocksPageTest, AMasterThatNobodyFollowsAnyMoreStartsAtOnce) {
+    Follow(1, 0);
+    Open();
+    WavePlayer player;
+    EXPECT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    player.Shut();
+    Tree().Drag(u"B", ClockTreeUser::Root);
+    Shown().Ok();
+    Shown().Closed();
+    EXPECT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    Cards().ClearTrace();
+    EXPECT_EQ(player.Write(Pattern(4000)), MMSYSERR_NOERROR);
+    for (const std::string& line : TraceText()) {
+        EXPECT_FALSE(line.starts_with("write")) << line;
+    }
+}
+
 TEST_F(ClocksPageTest, CancelForgetsWhatWasChanged) {
     Follow(1, 0);
     StoreSetting(0, TEXT("ClockSource"), Pll);
@@ -453,11 +497,16 @@ protected:
     SixteenCardsTest() : ClocksPageTest(16) {}
 };
 
-TEST_F(SixteenCardsTest, OneLeadsAllOthers) {
+TEST_F(SixteenCardsTest, HaveAllTheirPagesAndOneLeadsAllOthers) {
     Follow(0, 15);
     StoreSetting(15, TEXT("ClockSource"), Internal);
     Open();
     EXPECT_EQ(Shown().Titles().size(), 50u);
+    const auto tabs = reinterpret_cast<HWND>(SendMessageW(Shown().Window(), PSM_GETTABCONTROL, 0, 0));
+    EXPECT_EQ(GetWindowLongPtrW(tabs, GWL_STYLE) & TCS_MULTILINE, 0) << "in one row";
+    EXPECT_EQ(Shown().Show(47).Text(IDC_SERIAL_NUMBER), u"01-20-12360");
+    EXPECT_NE(Shown().Show(49).Control(IDC_EASI_BUFFER), nullptr);
+    Shown().Show(u"Clocks + Sync");
     Tree().Command(u"H", u'B');
     EXPECT_EQ(Outline(), u"H" + OnInternal + u" [B, C, D, E, F, G, I, J, K, L, M, N, O, P, A]");
     EXPECT_EQ(Told(), NoAutomaticMaster);

@@ -1,6 +1,7 @@
 #include <windows.h>
 #include <mmsystem.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
@@ -79,6 +80,13 @@ BOOL WINAPI CloseSource(HANDLE) {
     return TRUE;
 }
 
+std::atomic<unsigned long> mutexReleases{0};
+
+BOOL WINAPI CountRelease(HANDLE mutex) {
+    mutexReleases.fetch_add(1, std::memory_order_relaxed);
+    return ReleaseMutex(mutex);
+}
+
 template <typename Function>
 void Redirect(const char* name, Function* replacement) {
     simulator::RedirectCall(name, reinterpret_cast<void*>(replacement));
@@ -88,6 +96,7 @@ void Redirect(const char* name, Function* replacement) {
 struct Attachment {
     Attachment() {
         Redirect("MessageBoxW", ShowMessageBox);
+        Redirect("ReleaseMutex", CountRelease);
         Redirect("WinHelpW", ShowHelp);
         Redirect("RegisterEventSourceW", OpenSource);
         Redirect("ReportEventW", Report);
@@ -122,6 +131,7 @@ constexpr const WCHAR* DriverKeys[] = {
 }  // namespace
 
 void FreshMachine() {
+    UnloadWaveDriver();
     simulator::UseMachine("");
     for (const WCHAR* key : DriverKeys) {
         DeleteTree(HKEY_LOCAL_MACHINE, key);
@@ -190,6 +200,10 @@ void FailCall(const char* function, unsigned nth) {
         std::fprintf(stderr, "no call of %s can be made to fail\n", function);
         std::abort();
     }
+}
+
+unsigned long MutexReleases() {
+    return mutexReleases.load(std::memory_order_relaxed);
 }
 
 bool CallFailuresAreWaiting() {
