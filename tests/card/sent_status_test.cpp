@@ -99,6 +99,8 @@ TEST_F(SentStatusTest, ANewFormatIsUnderstoodFromTheNextOpenOn) {
         ASSERT_TRUE(status.has_value());
         EXPECT_EQ(status->Professional, professional);
         EXPECT_EQ(status->Rate, 32000u);
+        OpenAndClose(DigitalOut, PcmFormat(32000, 2, 16));
+        EXPECT_EQ(Cards().IndirectRegister(0, 0) & 0xC0, professional ? 0xC0 : 0) << "the rate, or the mode";
     }
 }
 

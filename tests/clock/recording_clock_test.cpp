@@ -5,6 +5,8 @@
 
 namespace {
 
+using simulator::Port;
+
 constexpr unsigned Internal = 0;
 constexpr unsigned Digital = 0x40;
 constexpr UINT AnalogIn = 0;
@@ -43,15 +45,32 @@ TEST_F(RecordingClockTest, AnybodyElseRunsOnTheCardsOwnClock) {
     EXPECT_EQ(Source(0), Internal);
     ASSERT_EQ(digital.Open(DigitalIn, Stereo()), MMSYSERR_NOERROR);
     EXPECT_EQ(Source(0), Internal) << "it came second";
+    const DriverLibrary driver;
+    const auto sleepAndWakeUp = [&driver] {
+        driver.DriverProc(DRV_POWER, PWR_SUSPENDREQUEST);
+        driver.DriverProc(DRV_POWER, PWR_SUSPENDRESUME);
+    };
+    sleepAndWakeUp();
+    EXPECT_EQ(Source(0), Internal) << "but it is the first to wake up";
     digital.Shut();
     analog.Shut();
     ASSERT_EQ(player.Open(0, Stereo()), MMSYSERR_NOERROR);
     ASSERT_EQ(digital.Open(DigitalIn, Stereo()), MMSYSERR_NOERROR);
     EXPECT_EQ(Source(0), Internal) << "it is not alone";
-    const DriverLibrary driver;
-    driver.DriverProc(DRV_POWER, PWR_SUSPENDREQUEST);
-    driver.DriverProc(DRV_POWER, PWR_SUSPENDRESUME);
+    sleepAndWakeUp();
     EXPECT_EQ(Source(0), Internal) << "nor when it is the first to wake up";
+}
+
+TEST_F(RecordingClockTest, AReceiverIsSwitchedOffUnlessTheCardRunsOnIt) {
+    Cards().SetDigitalInputRate(0, Rate);
+    WaveRecorder digital;
+    WavePlayer player;
+    for (const unsigned off : {0u, 1u}) {
+        ASSERT_EQ(digital.Open(DigitalIn, Stereo()), MMSYSERR_NOERROR);
+        digital.Shut();
+        EXPECT_EQ(Cards().InputRegister(0, simulator::Port::Digital, 1) & 1u, off);
+        player.Open(0, Stereo());
+    }
 }
 
 TEST_F(RecordingClockTest, WithoutASignalTheSettingDecides) {

@@ -23,6 +23,8 @@ public:
     // Another one in its place. The test has no program on it, and no companion is left.
     void Renew();
 
+    const std::string& Name() const { return name_; }
+
 private:
     void Remove() const;
 
