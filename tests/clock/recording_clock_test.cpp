@@ -5,6 +5,8 @@
 
 namespace {
 
+using simulator::Port;
+
 constexpr unsigned Internal = 0;
 constexpr unsigned Digital = 0x40;
 constexpr UINT AnalogIn = 0;

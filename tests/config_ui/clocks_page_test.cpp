@@ -1,10 +1,12 @@
 // The Clocks + Sync page: every card's clock source and place in the tree, as its user changes them, and
 // what is saved of it.
 #include <commctrl.h>
+#include <prsht.h>
 
 #include <optional>
 #include <string>
 
+#include "config_ui/resource.h"
 #include "tests/support/clock_tree_user.h"
 #include "tests/support/sheet_test.h"
 #include "tests/support/system.h"
@@ -495,11 +497,16 @@ protected:
     SixteenCardsTest() : ClocksPageTest(16) {}
 };
 
-TEST_F(SixteenCardsTest, OneLeadsAllOthers) {
+TEST_F(SixteenCardsTest, HaveAllTheirPagesAndOneLeadsAllOthers) {
     Follow(0, 15);
     StoreSetting(15, TEXT("ClockSource"), Internal);
     Open();
     EXPECT_EQ(Shown().Titles().size(), 50u);
+    const auto tabs = reinterpret_cast<HWND>(SendMessageW(Shown().Window(), PSM_GETTABCONTROL, 0, 0));
+    EXPECT_EQ(GetWindowLongPtrW(tabs, GWL_STYLE) & TCS_MULTILINE, 0) << "in one row";
+    EXPECT_EQ(Shown().Show(47).Text(IDC_SERIAL_NUMBER), u"01-20-12360");
+    EXPECT_NE(Shown().Show(49).Control(IDC_EASI_BUFFER), nullptr);
+    Shown().Show(u"Clocks + Sync");
     Tree().Command(u"H", u'B');
     EXPECT_EQ(Outline(), u"H" + OnInternal + u" [B, C, D, E, F, G, I, J, K, L, M, N, O, P, A]");
     EXPECT_EQ(Told(), NoAutomaticMaster);

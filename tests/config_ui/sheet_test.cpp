@@ -29,11 +29,6 @@ protected:
     SeveralCards() : SheetFrameTest(2) {}
 };
 
-class AllCards : public SheetFrameTest {
-protected:
-    AllCards() : SheetFrameTest(simulator::MaxCards) {}
-};
-
 TEST_F(SeveralCards, HaveTheirPagesOneAfterTheOther) {
     StoreText(0, TEXT("Name"), u"A");
     StoreText(1, TEXT("Name"), u"B");
@@ -55,14 +50,10 @@ TEST_F(SheetFrameTest, CardOfUnknownIdentityHasNoVersionPage) {
               (Texts{u"Configuration: 'X'", u"Monitor: 'X'", u"Clocks + Sync", u"ASIO + EASI"}));
 }
 
-TEST_F(AllCards, HaveFiftyPagesInOneRowOfTabs) {
-    const Sheet& sheet = Open();
-    EXPECT_EQ(sheet.Titles().size(), 50u);
-    const auto tabs = reinterpret_cast<HWND>(SendMessageW(sheet.Window(), PSM_GETTABCONTROL, 0, 0));
-    EXPECT_EQ(GetWindowLongPtrW(tabs, GWL_STYLE) & TCS_MULTILINE, 0);
-    EXPECT_EQ(sheet.Show(47).Text(IDC_SERIAL_NUMBER), u"01-20-12360");
-    EXPECT_NE(sheet.Show(49).Control(IDC_EASI_BUFFER), nullptr);
-}
+class AllCards : public SheetFrameTest {
+protected:
+    AllCards() : SheetFrameTest(simulator::MaxCards) {}
+};
 
 // As large as the sheet of one card, on the smallest screen that the system is used with, with all buttons in
 // it.

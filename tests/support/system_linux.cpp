@@ -14,6 +14,7 @@ constexpr size_t PageSize = 4096;
 }  // namespace
 
 void FreshMachine() {
+    UnloadWaveDriver();
     platform::UseMachine("");
     platform::ClearMessageBoxes();
     platform::AnswerMessageBoxes(IDOK);

@@ -1,23 +1,14 @@
 #include "tests/tools/command_runner.h"
 
+#include <sys/prctl.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
-#include <cstdlib>
+#include <csignal>
+#include <cstdio>
 #include <sstream>
 
 #include "tests/tools/scratch_folder.h"
-
-namespace {
-
-std::string Quoted(const std::string& word) {
-    std::string quoted = "'";
-    for (const char c : word) {
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    }
-    return quoted + "'";
-}
-
-}  // namespace
 
 std::vector<std::string> CommandResult::Values(const std::string& key) const {
     std::vector<std::string> values;
@@ -32,13 +23,25 @@ std::vector<std::string> CommandResult::Values(const std::string& key) const {
 
 CommandResult RunCommand(const std::vector<std::string>& arguments) {
     const ScratchFolder folder;
-    std::string line = Quoted(KESTVOX_COMMAND);
+    const std::string out = folder.Path("out");
+    const std::string err = folder.Path("err");
+    std::vector<const char*> words = {KESTVOX_COMMAND};
     for (const std::string& argument : arguments) {
-        line += " " + Quoted(argument);
+        words.push_back(argument.c_str());
     }
-    line += " >" + Quoted(folder.Path("out")) + " 2>" + Quoted(folder.Path("err"));
-    const int result = std::system(line.c_str());
+    words.push_back(nullptr);
+    const pid_t id = fork();
+    if (id == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);  // however the test ends
+        if (std::freopen(out.c_str(), "w", stdout) != nullptr &&
+            std::freopen(err.c_str(), "w", stderr) != nullptr) {
+            execv(words[0], const_cast<char**>(words.data()));
+        }
+        _exit(127);
+    }
+    int result = 0;
+    waitpid(id, &result, 0);
     return {.Status = WIFEXITED(result) ? WEXITSTATUS(result) : -1,
-            .Output = ReadFile(folder.Path("out")),
-            .Errors = ReadFile(folder.Path("err"))};
+            .Output = ReadFile(out),
+            .Errors = ReadFile(err)};
 }

@@ -3,6 +3,8 @@
 
 #include <fstream>
 
+#include "tests/processes/companion.h"
+#include "tests/support/wave_player.h"
 #include "tests/tools/command_runner.h"
 #include "tests/tools/scratch_folder.h"
 
@@ -57,6 +59,20 @@ TEST(ConfigureCommand, TellsCardsOfOneNameApart) {
     ScratchFolder folder;
     std::ofstream(folder.Path("sheet.json")) << json.Output;
     EXPECT_EQ(system(("python3 -m json.tool " + folder.Path("sheet.json") + " >/dev/null").c_str()), 0);
+}
+
+TEST(ConfigureCommand, LeavesWhatAProgramSetOnTheCard) {
+    const SharedMachine machine;
+    Program program(1);
+    WavePlayer player;
+    ASSERT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    ASSERT_EQ(waveOutSetVolume(player.Handle(), 0x40004000), MMSYSERR_NOERROR);
+    const unsigned before = program.Cards.MixerGain(0, 2);
+    ASSERT_NE(before, 128u);
+    const CommandResult result = RunCommand({"configure", "--machine", machine.Name()});
+    EXPECT_EQ(result.Status, 0) << result.Errors;
+    EXPECT_EQ(program.Cards.MixerGain(0, 2), before);
+    player.Shut();
 }
 
 TEST(ConfigureCommand, RefusesBadInputInOneLine) {

@@ -32,19 +32,6 @@ protected:
     std::vector<BYTE> written_;
 };
 
-TEST_F(OutputControlTest, APauseBeforeTheFirstWriteHoldsEverythingUntilRestart) {
-    Pause();
-    Write(3);
-    Cards().Advance(Second);
-    EXPECT_FALSE(Output().Started);
-    EXPECT_EQ(Output().BuffersInFlight, 3u);
-    EXPECT_EQ(player_.Position(), 0u);
-    Restart();
-    Cards().Advance(Second);
-    EXPECT_EQ(Played(), Sound(format_, written_));
-    ExpectEachReturnedOnce();
-}
-
 TEST_F(OutputControlTest, APauseStopsTheSoundWhereItIs) {
     Write(5);
     AdvanceFrames(2500);
@@ -89,28 +76,6 @@ TEST_F(OutputControlTest, PositionIsInSamplesUnlessBytesAreAskedFor) {
         Fail("GET_POSITION", 1, kind);
         EXPECT_EQ(answer(TIME_BYTES, sizeof time), unsigned{MMSYSERR_ERROR});
     }
-}
-
-TEST_F(OutputControlTest, AResetReturnsEveryBufferAndStopsThePort) {
-    Write(20);
-    AdvanceFrames(3500);
-    EXPECT_EQ(player_.DoneCount(), 3u);
-    Reset();
-    EXPECT_EQ(player_.Position(), 0u);
-    LetFlushedBuffersComeBack();
-    ExpectEachReturnedOnce();
-    Cards().Advance(Second);
-    EXPECT_NEAR(static_cast<double>(Played().size()), 3500, 5);
-    Cards().ForgetAudio();
-    Pause();
-    Write(2);
-    Reset();  // ends the pause as well
-    written_.clear();
-    Write(6);
-    Cards().Advance(Second);
-    EXPECT_EQ(player_.Position(), 6 * BufferFrames);
-    EXPECT_EQ(Played(), Sound(format_, written_));
-    ExpectEachReturnedOnce();
 }
 
 TEST_F(OutputControlTest, ACloseWhilePlayingIsRefusedReportedAndHarmless) {

@@ -127,6 +127,7 @@ protected:
     void Reset() {
         ASSERT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
         Cards().Advance(1000);
+        EXPECT_EQ(player_.Position(), 0u);
         ExpectEachReturnedOnce();
         Cards().ForgetAudio();
         model_.Reset();
