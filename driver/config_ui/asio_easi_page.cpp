@@ -14,10 +14,10 @@ namespace kestvox {
 namespace {
 
 constexpr ControlHelp Controls[] = {
-    {IDC_ASIO_BUFFER, IDC_ASIO_BUFFER_TIME, 920},
-    {IDC_EASI_BUFFER, IDC_EASI_BUFFER_TIME, 921},
+    {IDC_ASIO_BUFFER, IDC_ASIO_BUFFER_TIME, HELP_ASIO_BUFFER},
+    {IDC_EASI_BUFFER, IDC_EASI_BUFFER_TIME, HELP_EASI_BUFFER},
 };
-constexpr PageHelp Help = {819, Controls};
+constexpr PageHelp Help = {HELP_PAGE_BUFFER_SIZES, Controls};
 
 constexpr const WCHAR* KeyPath = TEXT("Software\\Zephyr Harmonic Works\\Kestrelvox\\Configuration");
 

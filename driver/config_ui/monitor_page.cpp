@@ -14,8 +14,8 @@ namespace kestvox {
 
 namespace {
 
-constexpr ControlHelp MixerHelp[] = {{IDC_FIRST_MIXER_SLIDER, IDC_LAST_MIXER_VALUE, 911}};
-constexpr PageHelp Help = {818, MixerHelp};
+constexpr ControlHelp MixerHelp[] = {{IDC_FIRST_MIXER_SLIDER, IDC_LAST_MIXER_VALUE, HELP_MIXER}};
+constexpr PageHelp Help = {HELP_PAGE_MONITOR, MixerHelp};
 
 // 0.0, -5.8, -11.7 and -24.0 dB
 constexpr DWORD TickMarks[] = {83, 69, 57, 39};

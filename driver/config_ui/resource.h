@@ -77,3 +77,24 @@
 #define IDC_ASIO_BUFFER_TIME 1049
 #define IDC_EASI_BUFFER 1050
 #define IDC_EASI_BUFFER_TIME 1051
+
+// Numbers of the help file's topics: of the pages, and of their controls. script/make-help reads them, too.
+#define HELP_PAGE_VERSION 811
+#define HELP_PAGE_MONITOR 818
+#define HELP_PAGE_BUFFER_SIZES 819
+#define HELP_PAGE_CONFIGURATION 902
+#define HELP_PAGE_CLOCKS 903
+#define HELP_NAME 904
+#define HELP_24_BIT_MODE 909
+#define HELP_CLOCK_TREE 910
+#define HELP_MIXER 911
+#define HELP_CHANNEL_STATUS 912
+#define HELP_COPY_PROTECT 913
+#define HELP_NON_AUDIO 914
+#define HELP_PREEMPHASIS 915
+#define HELP_RECORD_MODE 916
+#define HELP_CHECK_CLOCKS 917
+#define HELP_ADVANCED_MONITORING 918
+#define HELP_DITHER 919
+#define HELP_ASIO_BUFFER 920
+#define HELP_EASI_BUFFER 921

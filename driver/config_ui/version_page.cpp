@@ -6,7 +6,7 @@ namespace kestvox {
 
 namespace {
 
-constexpr PageHelp Help = {811, {}};
+constexpr PageHelp Help = {HELP_PAGE_VERSION, {}};
 
 constexpr int FieldLength = 50;
 

@@ -10,6 +10,7 @@
 
 #include "simulator/attach.h"
 #include "simulator/simulator.h"
+#include "tests/support/help_viewer.h"
 #include "tests/support/system.h"
 #include "tests/support/text.h"
 #include "tools/machine/host.h"
@@ -27,6 +28,7 @@ struct Notebook {
     std::map<HANDLE, std::u16string> Sources;  // all that were ever opened
     size_t OpenSources = 0;
     std::vector<HelpRequest> Help;
+    bool OpensHelp = false;
 };
 Notebook notebook;
 
@@ -40,10 +42,17 @@ int WINAPI ShowMessageBox(HWND, LPCWSTR text, LPCWSTR, UINT style) {
     return notebook.Answer;
 }
 
-BOOL WINAPI ShowHelp(HWND, LPCWSTR file, UINT command, ULONG_PTR data) {
-    const std::lock_guard guard(notebook.Lock);
-    notebook.Help.push_back({TextOf(file), command, data});
-    return TRUE;
+BOOL WINAPI ShowHelp(HWND window, LPCWSTR file, UINT command, ULONG_PTR data) {
+    {
+        const std::lock_guard guard(notebook.Lock);
+        notebook.Help.push_back({TextOf(file), command, data});
+        if (!notebook.OpensHelp) {
+            return TRUE;
+        }
+    }
+    const FARPROC systems = GetProcAddress(GetModuleHandleW(L"user32.dll"), "WinHelpW");
+    return reinterpret_cast<decltype(&WinHelpW)>(reinterpret_cast<void*>(systems))(window, file, command,
+                                                                                   data);
 }
 
 // The handle is the place of the name: the system's own says nothing.
@@ -169,6 +178,11 @@ void AnswerMessageBoxes(int button) {
 std::vector<HelpRequest> HelpShown() {
     const std::lock_guard guard(notebook.Lock);
     return notebook.Help;
+}
+
+void OpenHelp(bool open) {
+    const std::lock_guard guard(notebook.Lock);
+    notebook.OpensHelp = open;
 }
 
 std::vector<MessageBoxShown> MessageBoxes() {

@@ -16,8 +16,8 @@ namespace kestvox {
 
 namespace {
 
-constexpr ControlHelp TreeHelp[] = {{IDC_CLOCK_TREE, IDC_CLOCK_TREE, 910}};
-constexpr PageHelp Help = {903, TreeHelp};
+constexpr ControlHelp TreeHelp[] = {{IDC_CLOCK_TREE, IDC_CLOCK_TREE, HELP_CLOCK_TREE}};
+constexpr PageHelp Help = {HELP_PAGE_CLOCKS, TreeHelp};
 
 enum class ClocksConcerned { OfTheCard, All };
 
