@@ -68,7 +68,7 @@ TEST_F(RecordingClockTest, AReceiverIsSwitchedOffUnlessTheCardRunsOnIt) {
     for (const unsigned off : {0u, 1u}) {
         ASSERT_EQ(digital.Open(DigitalIn, Stereo()), MMSYSERR_NOERROR);
         digital.Shut();
-        EXPECT_EQ(Cards().InputRegister(0, Port::Digital, 1) & 1u, off);
+        EXPECT_EQ(Cards().InputRegister(0, simulator::Port::Digital, 1) & 1u, off);
         player.Open(0, Stereo());
     }
 }

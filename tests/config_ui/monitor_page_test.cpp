@@ -1,5 +1,7 @@
 // The Monitor page: eight gains on the screen, in the card while it plays and records, and in what is saved.
 #include <array>
+#include <cmath>
+#include <string>
 
 #include "tests/support/sheet_test.h"
 #include "tests/support/system.h"
@@ -88,6 +90,22 @@ TEST_F(MonitorPageTest, AGainIsShownInDecibelsAndSavedAsACodeAndAGain) {
     sheet.Apply();
     EXPECT_EQ(SavedCodes(), (Eight{18, 18, 83, 39, 19, 82, 18, 83}));
     EXPECT_EQ(SavedGains(), (Eight{0, 0, 128, 8, 1, 123, 0, 128}));
+}
+
+TEST_F(MonitorPageTest, EachPositionSaysWhatItsGainIs) {
+    const SheetPage page = OpenPage();
+    WaveRecorder recorder;
+    ASSERT_EQ(recorder.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    int before = 0;
+    for (int position = 19; position <= 83; ++position) {
+        page.Slide(SliderOf(0), position);
+        const int gain = CardGains()[0];
+        EXPECT_GE(gain, before);
+        before = gain;
+        const std::u16string text = page.Text(SliderOf(0) + 1);
+        EXPECT_NEAR(std::stod(std::string(text.begin(), text.end())), 20 * std::log10(gain / 128.0), 0.15)
+            << position;
+    }
 }
 
 // The open of a device takes what the sliders show; from then on they move the card's gains.

@@ -27,8 +27,7 @@ TEST(SheetOfAnotherProgram, ComesToTheFront) {
     Companion other(ShowTheFirst);
     const Program program(1);
     const DriverLibrary library;
-    other.Tell(1);
-    ASSERT_EQ(other.Hear(), 1);
+    ASSERT_EQ(other.Ask(), 1);
     Sheet second(library, Sheet::Entry::Configure);
     EXPECT_EQ(second.Window(), nullptr);
     EXPECT_EQ(second.Closed(), DRVCNF_OK);

@@ -54,6 +54,9 @@ TEST(SimulatorRequest, BuffersOfAnyOtherSizeAreRefused) {
             EXPECT_EQ(request(shape.Input.size(), shape.Output - 1), ERROR_INSUFFICIENT_BUFFER);
         }
     }
+    std::vector<uint8_t> path(20);
+    EXPECT_EQ(file.Request(GetRegistryPath, {}, path), ERROR_INSUFFICIENT_BUFFER);
+    EXPECT_EQ(file.Request(0x80002028), ERROR_INVALID_FUNCTION);
 }
 
 TEST(SimulatorRequest, NeedsAFileInTheRightStateAndWhatTheCardHas) {
@@ -79,6 +82,7 @@ TEST(SimulatorRequest, NeedsAFileInTheRightStateAndWhatTheCardHas) {
     }
     EXPECT_EQ(released.ReadRegister(1, 0, &value), ERROR_NOT_READY);
 
+    EXPECT_EQ(digitalIn.Request(AcquireChannel), ERROR_BUSY) << "it has the channel";
     EXPECT_EQ(digitalIn.ReadRegister(0, 1, &value), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(digitalIn.WriteRegister(0, 200, 0, 0xFF), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(digitalIn.ReadRegister(2, 0, &value), ERROR_INVALID_PARAMETER);
