@@ -33,6 +33,7 @@ private:
     LRESULT OnEnsureVisible(WPARAM, LPARAM handle);
     LRESULT OnSetImageList(WPARAM kind, LPARAM list);
     LRESULT OnGetImageList(WPARAM kind, LPARAM);
+    HIMAGELIST* ImagesOf(WPARAM kind);
     LRESULT OnHitTest(WPARAM, LPARAM information);
     LRESULT OnGetItemRect(WPARAM textOnly, LPARAM rectangle);
     LRESULT OnGetItemHeight(WPARAM, LPARAM);
@@ -104,8 +105,9 @@ private:
     TreeItems items_;
     TreeItem* selected_ = nullptr;
     TreeItem* dropTarget_ = nullptr;
-    HIMAGELIST images_ = nullptr;  // the creator's
-    int firstRow_ = 0;             // the row at the top of the view
+    HIMAGELIST images_ = nullptr;  // the creator's, as are the other
+    HIMAGELIST stateImages_ = nullptr;
+    int firstRow_ = 0;  // the row at the top of the view
     Pressed pressed_;
 };
 

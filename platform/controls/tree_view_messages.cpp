@@ -127,15 +127,18 @@ LRESULT TreeView::OnEnsureVisible(WPARAM, LPARAM handle) {
     return item && EnsureVisible(*item);
 }
 
+HIMAGELIST* TreeView::ImagesOf(WPARAM kind) {
+    return kind == TVSIL_NORMAL ? &images_ : kind == TVSIL_STATE ? &stateImages_ : nullptr;
+}
+
 LRESULT TreeView::OnSetImageList(WPARAM kind, LPARAM list) {
-    if (kind != TVSIL_NORMAL) {
-        return 0;
-    }
-    return reinterpret_cast<LRESULT>(std::exchange(images_, reinterpret_cast<HIMAGELIST>(list)));
+    HIMAGELIST* const images = ImagesOf(kind);
+    return images ? reinterpret_cast<LRESULT>(std::exchange(*images, reinterpret_cast<HIMAGELIST>(list))) : 0;
 }
 
 LRESULT TreeView::OnGetImageList(WPARAM kind, LPARAM) {
-    return kind == TVSIL_NORMAL ? reinterpret_cast<LRESULT>(images_) : 0;
+    const HIMAGELIST* const images = ImagesOf(kind);
+    return images ? reinterpret_cast<LRESULT>(*images) : 0;
 }
 
 LRESULT TreeView::OnHitTest(WPARAM, LPARAM information) {

@@ -72,6 +72,9 @@ int PrintSheet(const DriverSheet& driver, const ConfigureOptions& options) {
     if (sheet.Window() == nullptr) {
         throw CommandError("no sheet comes up: there is no card, or another sheet is open");
     }
+    if (options.Step) {
+        SetForegroundWindow(sheet.Window());  // whoever steps through it looks at it
+    }
     const std::vector<std::string> titles = TellApart(sheet.Titles());
     std::string pages;
     for (size_t page = 0; page < titles.size(); ++page) {
