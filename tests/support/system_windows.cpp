@@ -82,9 +82,12 @@ BOOL WINAPI CloseSource(HANDLE) {
 
 std::atomic<unsigned long> mutexReleases{0};
 
+// This program's own import of it is redirected, too.
 BOOL WINAPI CountRelease(HANDLE mutex) {
+    static const auto release = reinterpret_cast<decltype(&ReleaseMutex)>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "ReleaseMutex")));
     mutexReleases.fetch_add(1, std::memory_order_relaxed);
-    return ReleaseMutex(mutex);
+    return release(mutex);
 }
 
 template <typename Function>
