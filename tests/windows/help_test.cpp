@@ -108,12 +108,4 @@ TEST_F(HelpFile, EveryTopicIsShownByItsNumber) {
     WinHelpW(nullptr, File, HELP_QUIT, 0);
 }
 
-TEST_F(HelpFile, TheHelpButtonAndF1OpenIt) {
-    const Sheet& sheet = Open();
-    sheet.Help();
-    Await(u"Configuration", u"Kestrelvox name");
-    sheet.Current().AskHelp(IDC_DITHER);
-    Await(u"Analog Input Dithering", u"type II shaped");
-}
-
 }  // namespace
