@@ -42,7 +42,8 @@ public:
 };
 
 // Runs a script in a process of its own, from the constructor on, which ends with the test's. Both sides pass
-// numbers: what one tells, the other hears, in order. Make it before the test has a Program or any other thread.
+// numbers: what one tells, the other hears, in order. Make it before the test has a Program or any other
+// thread.
 class Companion {
 public:
     // Sees nothing of the test but what it hears: on Windows the process is this program started anew.
@@ -60,7 +61,7 @@ public:
         Tell(number);
         return Hear();
     }
-    void Kill();     // as the system does it: nothing is closed, nothing unloaded
+    void Kill();  // as the system does it: nothing is closed, nothing unloaded
 
     static constexpr int64_t Gone = -1;
 

@@ -127,7 +127,8 @@ struct StartedAnew {
         std::thread([parent] {  // however the test ends
             WaitForSingleObject(reinterpret_cast<HANDLE>(parent), INFINITE);
             TerminateProcess(GetCurrentProcess(), 4);
-        }).detach();
+        })
+            .detach();
         Companion test(std::make_unique<Companion::Process>(
             Companion::Process{reinterpret_cast<HANDLE>(hears), reinterpret_cast<HANDLE>(tells), nullptr}));
         reinterpret_cast<Companion::Script>(Base() + script)(test);
