@@ -36,4 +36,16 @@ TEST(SheetOfAnotherProgram, ComesToTheFront) {
     other.Tell(1);
 }
 
+TEST(SheetOfAnotherProgram, IsForgottenWhenThatIsKilled) {
+    const SharedMachine machine;
+    Companion other(ShowTheFirst);
+    const Program program(1);
+    const DriverLibrary library;
+    other.Tell(1);
+    ASSERT_EQ(other.Hear(), 1);
+    other.Kill();
+    const Sheet own(library, Sheet::Entry::Configure);
+    EXPECT_NE(own.Window(), nullptr);
+}
+
 }  // namespace
