@@ -42,6 +42,8 @@
 #define WS_GROUP 0x00020000
 #define WS_TABSTOP 0x00010000
 
+#define WS_EX_NOPARENTNOTIFY 0x00000004
+
 // Dialog styles
 #define DS_SETFONT 0x0040
 
@@ -78,7 +80,9 @@
 #define EN_CHANGE 0x0300
 
 // Statics
+#define SS_LEFT 0x00000000
 #define SS_CENTER 0x00000001
+#define SS_RIGHT 0x00000002
 #define SS_BITMAP 0x0000000E
 #define SS_TYPEMASK 0x0000001F
 #define SS_SUNKEN 0x00001000
@@ -106,6 +110,8 @@
 #define WM_SETTEXT 0x000C
 #define WM_GETTEXT 0x000D
 #define WM_NEXTDLGCTL 0x0028
+#define WM_SETFONT 0x0030
+#define WM_GETFONT 0x0031
 #define WM_NOTIFY 0x004E
 #define WM_HELP 0x0053
 #define WM_NCCREATE 0x0081
@@ -338,6 +344,7 @@ LRESULT WINAPI DispatchMessageW(const MSG* lpMsg);
 int WINAPI MessageBoxW(HWND hWnd, LPCWSTR lpText, LPCWSTR lpCaption, UINT uType);
 LRESULT WINAPI DefDlgProcW(HWND hDlg, UINT Msg, WPARAM wParam, LPARAM lParam);
 HWND WINAPI GetDlgItem(HWND hDlg, int nIDDlgItem);
+BOOL WINAPI MapDialogRect(HWND hDlg, LPRECT lpRect);
 int WINAPI GetDlgCtrlID(HWND hWnd);
 LRESULT WINAPI SendDlgItemMessageW(HWND hDlg, int nIDDlgItem, UINT Msg, WPARAM wParam, LPARAM lParam);
 UINT WINAPI GetDlgItemTextW(HWND hDlg, int nIDDlgItem, LPWSTR lpString, int cchMax);

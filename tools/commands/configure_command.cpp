@@ -73,7 +73,8 @@ int PrintSheet(const DriverSheet& driver, const ConfigureOptions& options) {
         throw CommandError("no sheet comes up: there is no card, or another sheet is open");
     }
     if (options.Step) {
-        SetForegroundWindow(sheet.Window());  // whoever steps through it looks at it
+        // Whoever steps through it looks at it.
+        SetWindowPos(sheet.Window(), HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
     }
     const std::vector<std::string> titles = TellApart(sheet.Titles());
     std::string pages;

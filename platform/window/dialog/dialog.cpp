@@ -77,3 +77,8 @@ HWND CreateDialogFrom(const DialogTemplate& dialog, HWND owner, DLGPROC procedur
 }
 
 }  // namespace platform
+
+BOOL WINAPI MapDialogRect(HWND dialog, LPRECT area) {
+    *area = platform::DialogUnitsToPixels(*area);
+    return IsWindow(dialog);
+}
