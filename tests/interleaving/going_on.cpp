@@ -1,11 +1,12 @@
 #include "tests/interleaving/going_on.h"
 
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
 
 #ifndef _WIN32
-#include <unistd.h>
+#include <sys/time.h>
 #endif
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #include <sanitizer/common_interface_defs.h>
@@ -14,10 +15,13 @@
 namespace interleaving {
 namespace {
 
-constexpr unsigned LongestInterleaving = 120;  // seconds; a slow one takes less than one
+// Seconds in which the process was there to see them end; a slow one takes less than one. Time that it is
+// stopped, or does not get a processor, is nobody's fault.
+constexpr unsigned LongestInterleaving = 120;
 
 char goingOn[256];
 const char* volatile reached = "";
+std::atomic<unsigned> secondsLeft = 0;
 
 void Print() {
     std::fprintf(stderr, "THE END, while %s, in KESTVOX_INTERLEAVING=\"%s\"\n", reached, goingOn);
@@ -29,6 +33,12 @@ void Print() {
     std::raise(number);
 }
 
+[[maybe_unused]] void OnSecond(int number) {
+    if (--secondsLeft == 0) {
+        OnSignal(number);
+    }
+}
+
 void TellAtTheEnd() {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     __sanitizer_set_death_callback(Print);
@@ -37,13 +47,17 @@ void TellAtTheEnd() {
     std::signal(SIGABRT, OnSignal);
 #endif
 #ifndef _WIN32
-    std::signal(SIGALRM, OnSignal);
+    std::signal(SIGALRM, OnSecond);
 #endif
 }
 
-void EndAfter([[maybe_unused]] unsigned seconds) {
+// 0: never. Signals that come while the process does not run are one.
+void EndAfter(unsigned seconds) {
+    secondsLeft = seconds;
 #ifndef _WIN32
-    alarm(seconds);
+    const timeval second = {.tv_sec = seconds != 0 ? 1 : 0, .tv_usec = 0};
+    const itimerval each = {.it_interval = second, .it_value = second};
+    setitimer(ITIMER_REAL, &each, nullptr);
 #endif
 }
 
