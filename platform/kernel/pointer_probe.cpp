@@ -11,6 +11,13 @@ namespace {
 
 constexpr uintptr_t PageSize = 4096;  // or a part of it
 
+// Whether a jump out of the handler restores the mask of signals.
+#ifdef __SANITIZE_THREAD__
+constexpr int SaveMask = 1;  // the sanitizer blocks every signal in a handler
+#else
+constexpr int SaveMask = 0;
+#endif
+
 // Where the calling thread's probe goes on after a fault; null while it makes none.
 thread_local sigjmp_buf* probe = nullptr;
 
@@ -55,7 +62,7 @@ bool CanRead(uintptr_t address, uintptr_t last) {
     static const bool catches = CatchFaults();
     static_cast<void>(catches);
     sigjmp_buf fault;
-    if (sigsetjmp(fault, 0) != 0) {
+    if (sigsetjmp(fault, SaveMask) != 0) {
         probe = nullptr;
         return false;
     }

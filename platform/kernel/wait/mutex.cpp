@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <ctime>
 #include <string_view>
+#include <thread>
 
 #include "platform/kernel/call_failure.h"
 #include "platform/kernel/wait/mutex_object.h"
@@ -26,10 +27,13 @@ int LockUntil(pthread_mutex_t* lock, Deadline deadline) {
     if (deadline == Never) {
         return pthread_mutex_lock(lock);
     }
-#ifdef __SANITIZE_THREAD__  // it knows only the limit on the system's own clock
-    const timespec until = HostTime(deadline - std::chrono::steady_clock::now() +
-                                    std::chrono::system_clock::now().time_since_epoch());
-    return pthread_mutex_timedlock(lock, &until);
+#ifdef __SANITIZE_THREAD__  // it learns of a lock whose owner has died only where the lock is tried
+    int tried = EBUSY;
+    while (tried == EBUSY && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        tried = pthread_mutex_trylock(lock);
+    }
+    return tried == EBUSY ? ETIMEDOUT : tried;
 #else
     const timespec until = HostTime(deadline.time_since_epoch());
     return pthread_mutex_clocklock(lock, CLOCK_MONOTONIC, &until);
