@@ -177,15 +177,4 @@ TEST_F(SuspendTest, RestartAndPauseDuringTheSleepHoldAfterIt) {
     player.ExpectEachReturnedOnce();
 }
 
-TEST_F(SuspendTest, AResumeWithoutStreamsInitialisesEveryEnabledCard) {
-    Cards().PowerCycle(0);
-    Cards().PowerCycle(1);
-    EXPECT_EQ(SendPower(PWR_SUSPENDRESUME), 1);
-    for (unsigned card = 0; card < 2; ++card) {
-        EXPECT_EQ(Cards().MixerGain(card, 2), 0u) << "old values are gone";
-        EXPECT_EQ(Cards().CardRegister(card, 16) & 3, 0) << "and the connectors open";
-    }
-    EXPECT_EQ(Cards().OpenFiles(), 0u);
-}
-
 }  // namespace
