@@ -103,9 +103,8 @@ void PrepareClockTree(HWND tree) {
 
 void ClearClockTree(HWND tree) {
     TreeView_DeleteAllItems(tree);
-    for (const int kind : {TVSIL_NORMAL, TVSIL_STATE}) {
-        ImageList_Destroy(TreeView_SetImageList(tree, nullptr, kind));
-    }
+    ImageList_Destroy(TreeView_SetImageList(tree, nullptr, TVSIL_NORMAL));
+    ImageList_Destroy(TreeView_SetImageList(tree, nullptr, TVSIL_STATE));
 }
 
 HTREEITEM ClockRoot(HWND tree) {
