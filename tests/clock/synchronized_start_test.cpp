@@ -154,22 +154,6 @@ TEST_F(SynchronizedStartTest, TwoPortsStartTogether) {
                      "0.3 write card 36 = 00 / 01"}));
 }
 
-TEST_F(SynchronizedStartTest, OneOfSeveralPausesAndJoinsAgain) {
-    Open({0, 1});
-    Start(0);
-    Start(1);
-    StartLines();
-    Pause(0);
-    EXPECT_EQ(StartLines(), (Lines{"0.3 write card 36 = 01 / 01", "0.2 DISARM_CHANNEL"}));
-    const uint64_t before = Played(1);
-    EXPECT_EQ(PlaysOn(0), 0.0);
-    EXPECT_NEAR(static_cast<double>(Played(1) - before), TenthOfASecond, 1) << "a hold stops nobody";
-    Restart(0);
-    EXPECT_EQ(StartLines(), (Lines{"0.2 START_TRANSFER", "0.2 write port 0 = 02 / 02", "0.2 ARM_CHANNEL",
-                                   "0.3 write card 36 = 00 / 01"}));
-    EXPECT_NEAR(PlaysOn(0), TenthOfASecond, 1);
-}
-
 TEST_F(SynchronizedStartTest, AllPausedRestartTogether) {
     Open({0, 1});
     Start(0);

@@ -39,6 +39,7 @@ TEST_F(TwoSheetsTest, ALaterOkKeepsWhatTheOtherStored) {
     Sheet& later = Open();
     ShowAll(later);
     Sheet earlier(Library());
+    ASSERT_NE(earlier.Window(), nullptr);
     ShowAll(earlier);
 
     const SheetPage options = earlier.Show(0);

@@ -1,4 +1,5 @@
-// What processes of one machine share, and what one gives back when it dies.
+// What processes of one machine share, and what one gives back when it dies; and what else of the layer no
+// test of the driver notices.
 #include "platform/machine.h"
 
 #include <windows.h>
@@ -12,6 +13,8 @@
 
 #include <functional>
 #include <mutex>
+
+#include "platform/device.h"
 
 namespace {
 
@@ -106,6 +109,26 @@ TEST(PointerProbe, LooksAtEveryPage) {
     EXPECT_TRUE(IsBadReadPtr(boundary - 32, 33) && IsBadReadPtr(boundary, 1));
     EXPECT_TRUE(IsBadReadPtr(boundary + page, static_cast<UINT_PTR>(-1)));
     munmap(memory, 2 * page);
+}
+
+TEST(Loader, TellsWhatIsNotThere) {
+    EXPECT_EQ(LoadLibraryW(u"no_such_module.dll"), nullptr);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_MOD_NOT_FOUND});
+    const HMODULE module = LoadLibraryW(u"KESTVOX.DLL");
+    EXPECT_EQ(LoadLibraryW(u"kestvox"), module);
+    EXPECT_EQ(GetProcAddress(module, "RegisterEventSourceW"), nullptr) << "an import is no export";
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_PROC_NOT_FOUND});
+    EXPECT_TRUE(FreeLibrary(module) && FreeLibrary(module));
+    EXPECT_FALSE(FreeLibrary(module));
+}
+
+TEST(Quiet, IsNotWaitedForByTheThreadThatIsBusy) {
+    static bool called = false;
+    QueueUserAPC([](ULONG_PTR) { called = true; }, GetCurrentThread(), 0);
+    EXPECT_EQ(SleepEx(0, TRUE), WAIT_IO_COMPLETION);
+    EXPECT_TRUE(called);
+    EXPECT_TRUE(platform::WaitUntilQuiet(0));
+    EXPECT_EQ(SleepEx(0, TRUE), 0u);
 }
 
 }  // namespace
