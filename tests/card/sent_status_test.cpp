@@ -41,15 +41,16 @@ TEST_F(SentStatusTest, SettingsAndKindOfData) {
         DWORD Professional, NonAudio, CopyProtect, Preemphasis;
         WORD Tag;
         ChannelStatus Sent;  // professional, non-audio, copy permitted, emphasis, rate
+        int Category;        // byte 1
     } cases[] = {
-        {1, 0, 0, 0, WAVE_FORMAT_PCM, {true, false, false, false, 48000}},
-        {1, 0, 1, 1, WAVE_FORMAT_PCM, {true, false, false, true, 48000}},
-        {1, 1, 0, 0, WAVE_FORMAT_PCM, {true, true, false, false, 48000}},
-        {1, 0, 0, 1, NonAudioTag, {true, true, false, true, 48000}},
-        {0, 0, 0, 0, WAVE_FORMAT_PCM, {false, false, true, false, 48000}},
-        {0, 0, 1, 1, WAVE_FORMAT_PCM, {false, false, false, true, 48000}},
-        {0, 1, 0, 1, WAVE_FORMAT_PCM, {false, true, true, false, 48000}},
-        {0, 0, 1, 1, NonAudioTag, {false, true, false, false, 48000}},
+        {1, 0, 0, 0, WAVE_FORMAT_PCM, {true, false, false, false, 48000}, 0x00},
+        {1, 0, 1, 1, WAVE_FORMAT_PCM, {true, false, false, true, 48000}, 0x00},
+        {7, 4, 0, 2, WAVE_FORMAT_PCM, {true, true, false, true, 48000}, 0x00},  // any value but 0 is a yes
+        {1, 0, 0, 1, NonAudioTag, {true, true, false, true, 48000}, 0x00},
+        {0, 0, 0, 0, WAVE_FORMAT_PCM, {false, false, true, false, 48000}, 0x81},
+        {0, 0, 1, 1, WAVE_FORMAT_PCM, {false, false, false, true, 48000}, 0x01},
+        {0, 1, 0, 1, WAVE_FORMAT_PCM, {false, true, true, false, 48000}, 0x81},
+        {0, 0, 1, 1, NonAudioTag, {false, true, false, false, 48000}, 0x01},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(&test - cases);
@@ -60,7 +61,9 @@ TEST_F(SentStatusTest, SettingsAndKindOfData) {
         StoreSetting(0, TEXT("Preemphasis"), test.Preemphasis);
         OpenAndClose(DigitalOut, TaggedFormat(test.Tag, 48000, 2, 16));
         EXPECT_EQ(Arriving(), test.Sent);
-        EXPECT_EQ(Cards().DigitalInput(1).Rate, 48000u);
+        EXPECT_EQ(Cards().IndirectRegister(0, 1), test.Category);
+        OpenAndClose(DigitalOut, PcmFormat(48000, 2, 16));
+        EXPECT_EQ(Arriving()->NonAudio, test.NonAudio != 0) << "the next stream is audio";
     }
 }
 

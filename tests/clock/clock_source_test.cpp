@@ -36,31 +36,29 @@ protected:
 
 TEST_F(ClockSourceTest, TheStoredSourceIsSelected) {
     Cards().SetDigitalInputRate(0, 44100);
-    struct SourceCase {
+    const struct {
         DWORD Stored;
-        const char* Write;  // nothing: the register holds the source already
+        Lines Writes;  // of the source; none when the register holds it already
         unsigned Source;
+    } cases[] = {
+        {0, {}, 0},
+        {64, {"0 write card 32 = 40 / 60"}, Digital},
+        {96, {"0 write card 32 = 60 / 60"}, Pll},
+        {97, {}, 0},
+        {32, {}, 0},                            // a follower once, automatic since it has no master
+        {5, {"0 write card 32 = 05 / 60"}, 0},  // no source at all: never what the register holds
     };
-    const SourceCase cases[] = {
-        {0, nullptr, 0},
-        {64, "0 write card 32 = 40 / 60", Digital},
-        {96, "0 write card 32 = 60 / 60", Pll},
-        {97, nullptr, 0},
-        {32, nullptr, 0},                     // a follower once, automatic since it has no master
-        {5, "0 write card 32 = 05 / 60", 0},  // no source at all: never what the register holds
-    };
-    for (const SourceCase& c : cases) {
-        SCOPED_TRACE(c.Stored);
-        LoadWithSource(c.Stored);
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.Stored);
+        LoadWithSource(test.Stored);
         WavePlayer player;
         const Lines lines = Run(player, 0, 44100);
-        for (const SourceCase& any : cases) {
-            if (any.Write != nullptr) {
-                EXPECT_EQ(Contains(lines, any.Write), any.Write == c.Write) << any.Write;
-            }
-        }
-        EXPECT_EQ(Source(0), c.Source);
-        EXPECT_EQ(Contains(lines, ResyncPulse()[3].insert(0, "0 ")), c.Write != nullptr);
+        Lines writes;
+        std::copy_if(lines.begin(), lines.end(), std::back_inserter(writes),
+                     [](const std::string& line) { return line.ends_with(" / 60"); });
+        EXPECT_EQ(writes, test.Writes);
+        EXPECT_EQ(Source(0), test.Source);
+        EXPECT_EQ(Contains(lines, "0 " + ResyncPulse()[3]), !test.Writes.empty());
         EXPECT_EQ(Cards().SampleRate(0), 44100u);
         ExpectPlaying(player, 0);
     }
@@ -120,12 +118,11 @@ TEST_F(ClockSourceTest, AnInvalidSourceIsReportedAndTheCardGoesOnAlone) {
 }
 
 TEST_F(ClockSourceTest, TheIncomingRateMustBeTheStreams) {
-    struct RateCase {
+    const struct {
         DWORD Rate;
         unsigned Incoming;
         bool Accepted;
-    };
-    const RateCase cases[] = {
+    } cases[] = {
         {96000, 96000, true},  {96000, 48000, false}, {88200, 88200, true}, {88200, 44100, false},
         {48000, 48000, true},  {48000, 96000, false}, {44100, 44100, true}, {44100, 48000, false},
         {32000, 32000, true},  {32000, 44100, false}, {22050, 44100, true}, {11025, 48000, true},
@@ -135,7 +132,7 @@ TEST_F(ClockSourceTest, TheIncomingRateMustBeTheStreams) {
     };
     LoadWithSource(64);
     size_t mismatches = 0;
-    for (const RateCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.Rate << " with " << c.Incoming << " coming in");
         Cards().PowerCycle(0);  // forgets the last measurement
         Cards().SetDigitalInputRate(0, c.Incoming);
@@ -186,10 +183,8 @@ TEST_F(ClockSourceTest, ARegisterThatCannotBeReadIsWritten) {
 class FollowerClockTest : public ClockSourceTest {
 protected:
     FollowerClockTest() : ClockSourceTest(3) {
-        for (const unsigned follower : {1u, 2u}) {
-            Follow(follower, 0);
-            StoreSetting(follower, TEXT("ClockSource"), 32);
-        }
+        Follow(1, 0);
+        Follow(2, 0);
     }
 };
 
@@ -227,25 +222,6 @@ TEST_F(FollowerClockTest, AMasterSetToTheLinkFailsOnItsOwnLink) {
     EXPECT_EQ(Cards().SampleRate(1), 44100u);
 }
 
-TEST_F(FollowerClockTest, AMissingCardOfTheGroupEndsTheRun) {
-    WavePlayer player;
-    Load();
-    Cards().SetPresent(2, false);
-    const Lines expected =
-        ClockScript(1).Step(0, {"write card 17 = 01 / 01"}).Step(1, {"write card 17 = 01 / 01"}).Expected();
-    EXPECT_EQ(Run(player, 2, 44100, MMSYSERR_NODRIVER), expected);
-    EXPECT_TRUE(Held(0) && Held(1));
-    EXPECT_FALSE(Cards().ChannelClaimed(1, 2));
-    EXPECT_EQ(Events(), std::vector<DWORD>{});
-
-    Cards().SetPresent(2, true);
-    Run(player, 2, 48000);  // a rate that the failed run did not leave behind
-    for (unsigned card = 0; card < 3; ++card) {
-        EXPECT_FALSE(Held(card)) << card;
-        EXPECT_EQ(Cards().ClockFrame(card), Cards().ClockFrame(0)) << card;
-    }
-}
-
 TEST_F(FollowerClockTest, AFollowerPlaysAtTheMastersPace) {
     WavePlayer follower;
     Cards().SetDrift(0, 500);
@@ -270,34 +246,31 @@ protected:
 };
 
 TEST_F(ClockMasterTest, OnlyAPresentCardThatFollowsNobodyIsAMaster) {
-    const std::u16string masters[] = {
-        simulator::Simulator::RegistryPath(0),        // itself
-        simulator::Simulator::RegistryPath(7),        // absent
-        simulator::Simulator::RegistryPath(1),        // a follower of card 2
-        simulator::Simulator::RegistryPath(2) + u"x"  // nearly card 2
+    const auto path = [](unsigned card) { return simulator::Simulator::RegistryPath(card); };
+    const struct {
+        std::u16string Master;
+        unsigned MasterOfCard1;
+    } cases[] = {
+        {path(0), 2},         // itself
+        {path(7), 2},         // absent
+        {path(1), 2},         // a follower
+        {path(1), 1},         // a card that follows itself
+        {path(2) + u"x", 2},  // nearly card 2
     };
-    Follow(1, 2);
-    for (size_t i = 0; i < std::size(masters); ++i) {
-        SCOPED_TRACE(i);
+    for (const auto& test : cases) {
+        SCOPED_TRACE(&test - cases);
         UnloadDriver();
-        StoreText(0, TEXT("Master"), masters[i]);
+        Follow(1, test.MasterOfCard1);
+        StoreText(0, TEXT("Master"), test.Master);
         StoreSetting(0, TEXT("ClockSource"), 32);
         WavePlayer player;
         for (const std::string& line : Run(player, 0, 44100)) {
-            EXPECT_FALSE(line.starts_with("1 ") && !line.ends_with("ticks")) << line;
-            EXPECT_FALSE(line.starts_with("2 ") && !line.ends_with("ticks")) << line;
+            EXPECT_TRUE(line.starts_with("0 ") || line.starts_with("stall") || line.ends_with("ticks"))
+                << line;
         }
         EXPECT_EQ(Cards().CardRegister(0, 32), 0x03) << "on its own clock, not driving the link";
     }
     EXPECT_EQ(Events(), std::vector<DWORD>{});
-}
-
-TEST_F(ClockMasterTest, ACardThatFollowsItselfIsNoMasterForOthers) {
-    Follow(1, 1);
-    Follow(0, 1);
-    WavePlayer player;
-    Run(player, 0, 44100);
-    EXPECT_EQ(Cards().CardRegister(0, 32), 0x03);
 }
 
 }  // namespace

@@ -110,6 +110,12 @@ TEST_F(RunStateTest, ACardThatCannotBeOpenedEndsTheRunAtWhicheverStep) {
             Load();
             Fail("BIND_HANDLE", 1 + nth);  // after that of the stream
             EXPECT_EQ(player.Open(device, PcmFormat(Rate, 2, 16)), MMSYSERR_NODRIVER);
+            EXPECT_EQ(Events(), std::vector<DWORD>{});
+            ASSERT_EQ(player.Open(device, PcmFormat(48000, 2, 16)), MMSYSERR_NOERROR)
+                << "nothing is in its way";
+            EXPECT_EQ(Cards().SampleRate(1), 48000u);
+            EXPECT_EQ(Cards().ClockFrame(1), Cards().ClockFrame(0));
+            player.Shut();
         }
     }
 }

@@ -66,23 +66,6 @@ protected:
         };
         return describe("copy", IDC_COPY_PROTECT) + ", " + describe("emphasis", IDC_PREEMPHASIS);
     }
-
-    // Gains of the analog output for analog and digital playback, as an open of both gives them to the card.
-    std::vector<unsigned> OpenedGains() {
-        WavePlayer analog;
-        WavePlayer digital;
-        EXPECT_EQ(analog.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
-        EXPECT_EQ(digital.Open(1, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
-        return {Cards().MixerGain(0, 2), Cards().MixerGain(0, 3), Cards().MixerGain(0, 6),
-                Cards().MixerGain(0, 7)};
-    }
-
-    // Playback at unity everywhere but -8.1 dB (code 64, gain 50) and -24 dB (39, 8) crosswise.
-    static void StoreCrossedMonitor() {
-        const DWORD block[] = {68, 83, 0, 64, 39, 0, 83, 39, 64, 128, 0, 50, 8, 0, 128, 8, 50};
-        StoreBinary(0, TEXT("Monitor"), block, sizeof block);
-        StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
-    }
 };
 
 class TwoCardsConfiguration : public ConfigurationPageTest {
@@ -90,25 +73,24 @@ protected:
     TwoCardsConfiguration() : ConfigurationPageTest(2) {}
 };
 
-TEST_F(ConfigurationPageTest, ShowsTheDefaults) {
-    const SheetPage page = Open().Current();
-    EXPECT_EQ(page.Text(IDC_NAME), u"Kestrelvox");
-    EXPECT_EQ(Checked(page), (Controls{IDC_LEFT, IDC_PROFESSIONAL, IDC_PUNCH_IN, IDC_CHECK_CLOCKS}));
-    EXPECT_EQ(OutputOptions(page), "[copy off], emphasis off");
-    EXPECT_EQ(page.Chosen(IDC_DITHER), 0);
-    EXPECT_EQ(page.Entries(IDC_DITHER),
+TEST_F(ConfigurationPageTest, ShowsTheDefaultsAndWhatIsStored) {
+    const SheetPage defaults = Open().Current();
+    EXPECT_EQ(defaults.Text(IDC_NAME), u"Kestrelvox");
+    EXPECT_EQ(Checked(defaults), (Controls{IDC_LEFT, IDC_PROFESSIONAL, IDC_PUNCH_IN, IDC_CHECK_CLOCKS}));
+    EXPECT_EQ(OutputOptions(defaults), "[copy off], emphasis off");
+    EXPECT_EQ(defaults.Chosen(IDC_DITHER), 0);
+    EXPECT_EQ(defaults.Entries(IDC_DITHER),
               (std::vector<std::u16string>{u"No dithering", u"Type I", u"Type I Shaped", u"Type II",
                                            u"Type II Shaped"}));
-}
 
-TEST_F(ConfigurationPageTest, ShowsWhatIsStored) {
     StoreText(0, TEXT("Name"), u"Studio");
     StoreNumbers({0, 2, 0, 3, 0, 0, 1, 0, 1});
-    const SheetPage page = Open().Current();
-    EXPECT_EQ(page.Text(IDC_NAME), u"Studio");
-    EXPECT_EQ(Checked(page), (Controls{IDC_ADVANCED_MONITORING, IDC_RIGHT, IDC_CONSUMER, IDC_COPY_PROTECT,
-                                       IDC_PREEMPHASIS, IDC_LOCK_TO_PLAYBACK}));
-    EXPECT_EQ(page.Chosen(IDC_DITHER), 3);
+    Reload();
+    const SheetPage stored = Open().Current();
+    EXPECT_EQ(stored.Text(IDC_NAME), u"Studio");
+    EXPECT_EQ(Checked(stored), (Controls{IDC_ADVANCED_MONITORING, IDC_RIGHT, IDC_CONSUMER, IDC_COPY_PROTECT,
+                                         IDC_PREEMPHASIS, IDC_LOCK_TO_PLAYBACK}));
+    EXPECT_EQ(stored.Chosen(IDC_DITHER), 3);
 }
 
 TEST_F(ConfigurationPageTest, ApplyStoresWhatIsShownAndNothingBefore) {
@@ -245,24 +227,6 @@ TEST_F(TwoCardsConfiguration, NewNameShowsInTheClockTreeBeforeApplyAndIsGoneAfte
     sheet.Cancel();
     sheet.Closed();
     EXPECT_EQ(tree(Open()), before);
-}
-
-TEST_F(ConfigurationPageTest, PlaybackGainsFollowAdvancedMonitoringWithoutTheMonitorPage) {
-    StoreCrossedMonitor();
-    Sheet& cancelled = Open();
-    EXPECT_EQ(OpenedGains(), (std::vector<unsigned>{50, 8, 8, 50}));
-    cancelled.Current().Click(IDC_ADVANCED_MONITORING);
-    EXPECT_EQ(OpenedGains(), (std::vector<unsigned>{128, 0, 0, 128}));
-    cancelled.Cancel();
-    cancelled.Closed();
-    EXPECT_EQ(OpenedGains(), (std::vector<unsigned>{50, 8, 8, 50})) << "cancelled";
-
-    Sheet& applied = Open();
-    applied.Current().Click(IDC_ADVANCED_MONITORING);
-    applied.Ok();
-    applied.Closed();
-    EXPECT_EQ(OpenedGains(), (std::vector<unsigned>{128, 0, 0, 128}));
-    EXPECT_EQ(StoredNumber(u"AdvancedMonitoring"), 0u);
 }
 
 TEST_F(ConfigurationPageTest, UnknownDitherTypeStaysUntilTheUserPicksOne) {

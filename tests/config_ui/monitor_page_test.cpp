@@ -149,50 +149,10 @@ TEST_F(MonitorPageTest, OnlyOpenDevicesAreHeardAtOnce) {
     }
 }
 
-// The playback gains are the user's only with advanced monitoring. Switched off, they go back.
+// The playback gains are the user's only with advanced monitoring. Whichever page is shown first, they are
+// what switching it off made of them, as long as that is not cancelled; switching it on again does not bring
+// the others back.
 TEST_F(MonitorPageTest, WithoutAdvancedMonitoringEachPlaybackGoesItsOwnWay) {
-    StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
-    const Eight stored = {64, 64, 64, 64, 64, 64, 64, 64};
-    const Eight standard = {64, 64, 83, 18, 64, 64, 18, 83};
-    StoreCodes(stored);
-    WavePlayer player;
-    ASSERT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
-    const auto expectEnabled = [](const SheetPage& page, bool playback) {
-        for (size_t input = 0; input < 8; ++input) {
-            const bool enabled = input % 4 < 2 || playback;
-            EXPECT_EQ(page.IsEnabled(SliderOf(input)), enabled) << "slider of input " << input;
-            EXPECT_EQ(page.IsEnabled(SliderOf(input) + 1), enabled) << "value of input " << input;
-        }
-    };
-
-    Sheet& cancelled = Open();
-    expectEnabled(ShowPage(cancelled), true);
-    cancelled.Show(0).Click(AdvancedMonitoring);
-    const SheetPage page = ShowPage(cancelled);
-    expectEnabled(page, false);
-    EXPECT_EQ(Positions(page), standard);
-    EXPECT_EQ(page.Text(SliderOf(3) + 1), u"-INF dB");
-    EXPECT_EQ(CardGains()[2], 128);
-    EXPECT_EQ(CardGains()[6], 0);
-    cancelled.Cancel();
-    cancelled.Closed();
-    EXPECT_EQ(CardGains()[2], 50);
-    EXPECT_EQ(CardGains()[6], 50);
-
-    // Applied before the page is shown again.
-    Sheet& applied = Open();
-    EXPECT_EQ(Positions(ShowPage(applied)), stored);
-    applied.Show(0).Click(AdvancedMonitoring);
-    applied.Ok();
-    applied.Closed();
-    EXPECT_EQ(SavedCodes(), standard);
-    EXPECT_EQ(CardGains()[2], 128);
-    player.Shut();
-}
-
-// Whichever page is shown first, the playback gains are what switching advanced monitoring off made of them,
-// as long as that is not cancelled; switching it on again does not bring the others back.
-TEST_F(MonitorPageTest, SwitchedOffBeforeThePageIsShown) {
     const Eight stored = {64, 64, 64, 64, 64, 64, 64, 64};
     const Eight standard = {64, 64, 83, 18, 64, 64, 18, 83};
     enum End { Cancelled, Accepted, Applied };
@@ -202,9 +162,19 @@ TEST_F(MonitorPageTest, SwitchedOffBeforeThePageIsShown) {
         bool MonitorAfter;
         End Ending;
     } cases[] = {
-        {false, 1, true, Cancelled}, {false, 1, true, Accepted}, {false, 1, true, Applied},
-        {false, 2, true, Accepted},  {true, 2, true, Accepted},  {false, 1, false, Accepted},
-        {true, 1, true, Accepted},   {true, 1, false, Applied},  {false, 2, false, Applied},
+        {false, 1, true, Cancelled}, {false, 1, true, Accepted},   {false, 1, true, Applied},
+        {false, 2, true, Accepted},  {true, 2, true, Accepted},    {false, 1, false, Accepted},
+        {true, 1, true, Accepted},   {true, 1, false, Applied},    {false, 2, false, Applied},
+        {true, 1, false, Cancelled}, {false, 1, false, Cancelled},
+    };
+    const auto expectShown = [](const SheetPage& page, const Eight& positions, bool playback) {
+        EXPECT_EQ(Positions(page), positions);
+        EXPECT_EQ(page.Text(SliderOf(3) + 1), positions[3] == 18 ? u"-INF dB" : u"-8.1 dB");
+        for (size_t input = 0; input < 8; ++input) {
+            const bool enabled = input % 4 < 2 || playback;
+            EXPECT_EQ(page.IsEnabled(SliderOf(input)), enabled) << "slider of input " << input;
+            EXPECT_EQ(page.IsEnabled(SliderOf(input) + 1), enabled) << "value of input " << input;
+        }
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(static_cast<int>(&each - cases));
@@ -215,13 +185,17 @@ TEST_F(MonitorPageTest, SwitchedOffBeforeThePageIsShown) {
         ASSERT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
         Sheet& sheet = Open();
         if (each.MonitorFirst) {
-            EXPECT_EQ(Positions(ShowPage(sheet)), stored);
+            expectShown(ShowPage(sheet), stored, true);
         }
         for (unsigned click = 0; click < each.Clicks; ++click) {
             sheet.Show(0).Click(AdvancedMonitoring);
         }
+        WavePlayer digital;
+        ASSERT_EQ(digital.Open(1, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+        EXPECT_EQ(CardGains()[3], 0);
+        EXPECT_EQ(CardGains()[7], 128);
         if (each.MonitorAfter) {
-            EXPECT_EQ(Positions(ShowPage(sheet)), standard);
+            expectShown(ShowPage(sheet), standard, each.Clicks == 2);
             EXPECT_EQ(CardGains()[2], 128);
             EXPECT_EQ(CardGains()[6], 0);
         }
@@ -231,8 +205,13 @@ TEST_F(MonitorPageTest, SwitchedOffBeforeThePageIsShown) {
         }
         each.Ending == Accepted ? sheet.Ok() : sheet.Cancel();
         sheet.Closed();
-        EXPECT_EQ(Positions(ShowPage(Open())), each.Ending == Cancelled ? stored : standard)
-            << "the next time";
+        const bool kept = each.Ending == Cancelled;
+        if (each.MonitorFirst || each.MonitorAfter) {
+            EXPECT_EQ(CardGains()[2], kept ? 50 : 128);
+            EXPECT_EQ(CardGains()[6], kept ? 50 : 0);
+            EXPECT_EQ(SavedCodes(), kept ? stored : standard);
+        }
+        EXPECT_EQ(Positions(ShowPage(Open())), kept ? stored : standard) << "the next time";
         player.Shut();
     }
 }

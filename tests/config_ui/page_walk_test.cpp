@@ -26,10 +26,11 @@ struct Press {
 struct PageWalk {
     const char* Name;
     size_t Page;
-    std::vector<Press> Presses;  // from the page's first control, once around
-    int HelpOn;
-    ULONG_PTR Help;  // 0: none
-    int Changed;     // a control that an arrow changes
+    std::vector<Press> Presses;  // from the page's first control to the sheet's buttons
+    bool CanApply;               // by then
+    int First;                   // control, which Tab comes back to
+    ULONG_PTR Help;              // on it; 0: none
+    int Changed;                 // a control that an arrow changes
     WORD Arrow;
     const char16_t* Stored;  // the value that Enter then stores; null: nothing changes
 };
@@ -38,15 +39,39 @@ void PrintTo(const PageWalk& walk, std::ostream* out) {
     *out << walk.Name;
 }
 
+const std::vector<Press> Options = {{VK_TAB, IDC_LEFT},         {VK_DOWN, IDC_RIGHT},
+                                    {VK_DOWN, IDC_LEFT},        {VK_TAB, IDC_ADVANCED_MONITORING},
+                                    {VK_TAB, IDC_PUNCH_IN},     {VK_RIGHT, IDC_LOCK_TO_PLAYBACK},
+                                    {VK_RIGHT, IDC_PUNCH_IN},   {VK_TAB, IDC_DITHER},
+                                    {VK_TAB, IDC_CHECK_CLOCKS}, {VK_SPACE, IDC_CHECK_CLOCKS},
+                                    {VK_TAB, IDC_PROFESSIONAL}, {VK_UP, IDC_CONSUMER},
+                                    {VK_TAB, IDC_COPY_PROTECT}, {VK_TAB, IDC_NON_AUDIO},
+                                    {VK_TAB, IDC_PREEMPHASIS}};
+const std::vector<Press> Numbers = {{VK_TAB, IDC_BOARD_REVISION},
+                                    {VK_DOWN, IDC_BOARD_REVISION},
+                                    {VK_TAB, IDC_FPGA_REVISION},
+                                    {VK_TAB, IDC_FPGA_VERSION},
+                                    {VK_TAB, IDC_SERIAL_NUMBER}};
+
+const std::vector<Press> Tree = {{VK_DOWN, IDC_CLOCK_TREE}};
+const std::vector<Press> Sizes = {{VK_TAB, IDC_EASI_BUFFER}};
+
 std::vector<Press> DownTheSliders() {
     std::vector<Press> presses;
     for (int slider = IDC_FIRST_MIXER_SLIDER + 2; slider < IDC_LAST_MIXER_VALUE; slider += 2) {
         presses.push_back({VK_TAB, slider});
     }
-    presses.insert(presses.end(), {{VK_TAB, IDOK}, {VK_TAB, IDCANCEL}, {VK_TAB, IDHELP}, {VK_TAB, Tabs}});
-    presses.push_back({VK_TAB, IDC_FIRST_MIXER_SLIDER});
     return presses;
 }
+
+const PageWalk Walks[] = {
+    {"Configuration", 0, Options, true, IDC_NAME, 904, IDC_DITHER, VK_DOWN, u"DitherADC"},
+    {"Monitor", 1, DownTheSliders(), false, IDC_FIRST_MIXER_SLIDER, 911, IDC_FIRST_MIXER_SLIDER, VK_LEFT,
+     u"Monitor"},
+    {"Version", 2, Numbers, false, IDC_PCI_REVISION, 0, IDC_PCI_REVISION, VK_RIGHT, nullptr},
+    {"Clocks", 3, Tree, false, IDC_CLOCK_TREE, 910, IDC_CLOCK_TREE, VK_DOWN, nullptr},
+    {"BufferSizes", 4, Sizes, false, IDC_ASIO_BUFFER, 920, IDC_ASIO_BUFFER, VK_END, u"AsioBufferSize"},
+};
 
 class KeyTest : public SheetTest {
 protected:
@@ -88,12 +113,18 @@ TEST_P(PageWalkTest, ByKeys) {
     const PageWalk& walk = GetParam();
     Sheet& sheet = Open();
     const SheetPage page = sheet.Show(walk.Page);
-    page.Focus(walk.Presses.back().Focus);
-    for (const Press& press : walk.Presses) {
-        EXPECT_EQ(AfterKey(page, press.Key), press.Focus) << "press " << &press - walk.Presses.data();
+    std::vector<Press> presses = walk.Presses;
+    for (const int next : {IDOK, IDCANCEL, Apply, IDHELP, Tabs, walk.First}) {
+        if (next != Apply || walk.CanApply) {
+            presses.push_back({VK_TAB, next});
+        }
+    }
+    page.Focus(walk.First);
+    for (const Press& press : presses) {
+        EXPECT_EQ(AfterKey(page, press.Key), press.Focus) << "press " << &press - presses.data();
     }
     const size_t before = test_system::HelpShown().size();
-    PostMessageW(page.Control(walk.HelpOn), HelpKey, 0, 0);
+    PostMessageW(page.Control(walk.First), HelpKey, 0, 0);
     Focused(page);
     const std::vector<test_system::HelpRequest> shown = test_system::HelpShown();
     ASSERT_EQ(shown.size(), before + (walk.Help != 0 ? 1 : 0));
@@ -116,81 +147,7 @@ TEST_P(PageWalkTest, EnterStoresWhatEscapeDoesNot) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, PageWalkTest,
-                         testing::Values(PageWalk{"Configuration",
-                                                  0,
-                                                  {{VK_TAB, IDC_LEFT},
-                                                   {VK_DOWN, IDC_RIGHT},
-                                                   {VK_UP, IDC_LEFT},
-                                                   {VK_TAB, IDC_ADVANCED_MONITORING},
-                                                   {VK_SPACE, IDC_ADVANCED_MONITORING},
-                                                   {VK_TAB, IDC_PUNCH_IN},
-                                                   {VK_RIGHT, IDC_LOCK_TO_PLAYBACK},
-                                                   {VK_LEFT, IDC_PUNCH_IN},
-                                                   {VK_TAB, IDC_DITHER},
-                                                   {VK_TAB, IDC_CHECK_CLOCKS},
-                                                   {VK_TAB, IDC_PROFESSIONAL},
-                                                   {VK_DOWN, IDC_CONSUMER},
-                                                   {VK_TAB, IDC_COPY_PROTECT},
-                                                   {VK_TAB, IDC_NON_AUDIO},
-                                                   {VK_TAB, IDC_PREEMPHASIS},
-                                                   {VK_TAB, IDOK},
-                                                   {VK_TAB, IDCANCEL},
-                                                   {VK_TAB, Apply},
-                                                   {VK_TAB, IDHELP},
-                                                   {VK_TAB, Tabs},
-                                                   {VK_TAB, IDC_NAME}},
-                                                  IDC_NAME,
-                                                  904,
-                                                  IDC_DITHER,
-                                                  VK_DOWN,
-                                                  u"DitherADC"},
-                                         PageWalk{"Monitor", 1, DownTheSliders(), IDC_FIRST_MIXER_SLIDER, 911,
-                                                  IDC_FIRST_MIXER_SLIDER, VK_LEFT, u"Monitor"},
-                                         PageWalk{"Version",
-                                                  2,
-                                                  {{VK_TAB, IDC_BOARD_REVISION},
-                                                   {VK_DOWN, IDC_BOARD_REVISION},
-                                                   {VK_TAB, IDC_FPGA_REVISION},
-                                                   {VK_TAB, IDC_FPGA_VERSION},
-                                                   {VK_TAB, IDC_SERIAL_NUMBER},
-                                                   {VK_TAB, IDOK},
-                                                   {VK_TAB, IDCANCEL},
-                                                   {VK_TAB, IDHELP},
-                                                   {VK_TAB, Tabs},
-                                                   {VK_TAB, IDC_PCI_REVISION}},
-                                                  IDC_PCI_REVISION,
-                                                  0,
-                                                  IDC_PCI_REVISION,
-                                                  VK_RIGHT,
-                                                  nullptr},
-                                         PageWalk{"Clocks",
-                                                  3,
-                                                  {{VK_DOWN, IDC_CLOCK_TREE},
-                                                   {VK_TAB, IDOK},
-                                                   {VK_TAB, IDCANCEL},
-                                                   {VK_TAB, IDHELP},
-                                                   {VK_TAB, Tabs},
-                                                   {VK_TAB, IDC_CLOCK_TREE}},
-                                                  IDC_CLOCK_TREE,
-                                                  910,
-                                                  IDC_CLOCK_TREE,
-                                                  VK_DOWN,
-                                                  nullptr},
-                                         PageWalk{"BufferSizes",
-                                                  4,
-                                                  {{VK_TAB, IDC_EASI_BUFFER},
-                                                   {VK_TAB, IDOK},
-                                                   {VK_TAB, IDCANCEL},
-                                                   {VK_TAB, IDHELP},
-                                                   {VK_TAB, Tabs},
-                                                   {VK_TAB, IDC_ASIO_BUFFER}},
-                                                  IDC_ASIO_BUFFER,
-                                                  920,
-                                                  IDC_ASIO_BUFFER,
-                                                  VK_END,
-                                                  u"AsioBufferSize"}),
-                         testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(, PageWalkTest, testing::ValuesIn(Walks), testing::PrintToStringParamName());
 
 TEST_F(KeyTest, GoFromPageToPage) {
     Sheet& sheet = Open();

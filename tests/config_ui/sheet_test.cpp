@@ -20,8 +20,6 @@ class SheetFrameTest : public SheetTest {
 protected:
     SheetFrameTest() : SheetTest(1) {}
     explicit SheetFrameTest(unsigned cards) : SheetTest(cards) {}
-
-    void ForgetIdentity(unsigned card) { Cards().SetIdentityPage(card, std::array<uint8_t, 128>{}); }
 };
 
 class SeveralCards : public SheetFrameTest {
@@ -43,9 +41,10 @@ TEST_F(SeveralCards, HaveTheirPagesOneAfterTheOther) {
     EXPECT_FALSE(sheet.CanApply()) << "looking changes nothing";
 }
 
-TEST_F(SheetFrameTest, CardOfUnknownIdentityHasNoVersionPage) {
+TEST_F(SeveralCards, AnUnknownIdentityHasNoPage) {
     StoreText(0, TEXT("Name"), u"X");
-    ForgetIdentity(0);
+    Cards().SetIdentityPage(0, std::array<uint8_t, 128>{});
+    Cards().SetPresent(1, false);
     EXPECT_EQ(Open().Titles(),
               (Texts{u"Configuration: 'X'", u"Monitor: 'X'", u"Clocks + Sync", u"ASIO + EASI"}));
 }
@@ -84,18 +83,18 @@ TEST_F(AllCards, HaveASheetNoLargerThanThatOfOne) {
     }
 }
 
-TEST_F(SheetFrameTest, NothingIsShownWithoutACard) {
+TEST_F(SheetFrameTest, NothingIsShownWithoutACardOrAfterAnInstallation) {
+    const auto expectNothing = [this](LONG answer) {
+        Sheet sheet(Library());
+        EXPECT_EQ(sheet.Window(), nullptr);
+        EXPECT_EQ(sheet.Closed(), answer);
+    };
     Cards().SetPresent(0, false);
-    Sheet sheet(Library());
-    EXPECT_EQ(sheet.Window(), nullptr);
-    EXPECT_EQ(sheet.Closed(), DRVCNF_CANCEL);
-}
-
-TEST_F(SheetFrameTest, NothingIsShownAfterAnInstallation) {
+    expectNothing(DRVCNF_CANCEL);
+    Reload();
+    Cards().SetPresent(0, true);
     Library().DriverProc(DRV_INSTALL);
-    Sheet sheet(Library());
-    EXPECT_EQ(sheet.Window(), nullptr);
-    EXPECT_EQ(sheet.Closed(), DRVCNF_RESTART);
+    expectNothing(DRVCNF_RESTART);
 }
 
 TEST_F(SheetFrameTest, OpensWithNothingToApplyAndAnswersOkHoweverItCloses) {
@@ -120,24 +119,6 @@ TEST_F(SheetFrameTest, OpensWithNothingToApplyAndAnswersOkHoweverItCloses) {
     EXPECT_EQ(restart.Closed(), DRVCNF_RESTART);
 }
 
-TEST_F(SheetFrameTest, OnlyOneSheetUnlessTheCallerBringsInformation) {
-    Sheet first(Library(), Sheet::Entry::Configure);
-    ASSERT_NE(first.Window(), nullptr);
-    {
-        Sheet second(Library(), Sheet::Entry::Configure);
-        EXPECT_EQ(second.Window(), nullptr);
-        EXPECT_EQ(second.Closed(), DRVCNF_OK);
-        EXPECT_TRUE(first.IsOpen());
-    }
-    ShowWindow(first.Window(), SW_MINIMIZE);
-    ASSERT_TRUE(IsIconic(first.Window()));
-    EXPECT_EQ(Library().DriverProc(DRV_CONFIGURE), DRVCNF_OK);
-    EXPECT_FALSE(IsIconic(first.Window())) << "is brought back";
-    const Sheet other(Library());
-    EXPECT_TRUE(other.IsOpen());
-    EXPECT_NE(other.Window(), first.Window());
-}
-
 TEST_F(SheetFrameTest, PageThatWasNeverShownStoresNothing) {
     Sheet& sheet = Open();
     sheet.Current().Click(IDC_NON_AUDIO);
@@ -147,91 +128,38 @@ TEST_F(SheetFrameTest, PageThatWasNeverShownStoresNothing) {
     EXPECT_FALSE(RegistryKeyExists(u"Software\\Zephyr Harmonic Works\\Kestrelvox\\Configuration"));
 }
 
-// The tab key goes from group to group as one reads them, the arrow keys round in a group and not out of it.
-TEST_F(SheetFrameTest, TheKeysReachEveryControl) {
-    const std::vector<int> order[] = {
-        {IDC_NAME, IDC_LEFT, IDC_ADVANCED_MONITORING, IDC_PUNCH_IN, IDC_DITHER, IDC_CHECK_CLOCKS,
-         IDC_PROFESSIONAL, IDC_NON_AUDIO, IDC_PREEMPHASIS},
-        {IDC_FIRST_MIXER_SLIDER, IDC_FIRST_MIXER_SLIDER + 2, IDC_FIRST_MIXER_SLIDER + 8,
-         IDC_FIRST_MIXER_SLIDER + 10},
-        {IDC_PCI_REVISION, IDC_BOARD_REVISION, IDC_FPGA_REVISION, IDC_FPGA_VERSION, IDC_SERIAL_NUMBER},
-        {IDC_CLOCK_TREE},
-        {IDC_ASIO_BUFFER, IDC_EASI_BUFFER},
-    };
-    const Sheet& sheet = Open();
-    for (size_t index = 0; index < std::size(order); ++index) {
-        const HWND page = sheet.Show(index).Window();
-        std::vector<int> reached;
-        const HWND first = GetNextDlgTabItem(page, nullptr, FALSE);
-        for (HWND control = first; reached.empty() || control != first;
-             control = GetNextDlgTabItem(page, control, FALSE)) {
-            reached.push_back(GetDlgCtrlID(control));
-        }
-        EXPECT_EQ(reached, order[index]) << "page " << index;
-    }
-    const HWND page = sheet.Show(0).Window();
-    const int pairs[][2] = {
-        {IDC_LEFT, IDC_RIGHT}, {IDC_PUNCH_IN, IDC_LOCK_TO_PLAYBACK}, {IDC_PROFESSIONAL, IDC_CONSUMER}};
-    for (const auto& [one, other] : pairs) {
-        for (const BOOL back : {FALSE, TRUE}) {
-            EXPECT_EQ(GetDlgCtrlID(GetNextDlgGroupItem(page, GetDlgItem(page, one), back)), other);
-            EXPECT_EQ(GetDlgCtrlID(GetNextDlgGroupItem(page, GetDlgItem(page, other), back)), one);
-        }
-    }
-}
-
-struct PageHelpCase {
-    size_t Page;
-    ULONG_PTR Context;
-    std::vector<std::pair<int, ULONG_PTR>> Controls;
-};
-
 TEST_F(SheetFrameTest, EachPageAndControlHasItsHelp) {
-    std::vector<std::pair<int, ULONG_PTR>> mixer;
-    for (int control = IDC_FIRST_MIXER_SLIDER; control <= IDC_LAST_MIXER_VALUE; ++control) {
-        mixer.emplace_back(control, 911);
-    }
-    const std::vector<PageHelpCase> cases = {
-        {0,
-         902,
-         {{1002, 904},
-          {1003, 918},
-          {1004, 909},
-          {1005, 909},
-          {1023, 912},
-          {1024, 912},
-          {1025, 913},
-          {1026, 914},
-          {1027, 915},
-          {1028, 916},
-          {1029, 916},
-          {1030, 917},
-          {1047, 919}}},
-        {1, 818, mixer},
-        {2, 811, {}},
-        {3, 903, {{1001, 910}}},
-        {4, 819, {{1048, 920}, {1049, 920}, {1050, 921}, {1051, 921}}},
+    const ULONG_PTR pages[] = {902, 818, 811, 903, 819};
+    struct ControlHelp {
+        size_t Page;
+        int Control;
+        ULONG_PTR Context;
     };
+    std::vector<ControlHelp> controls = {
+        {0, 1002, 904}, {0, 1003, 918}, {0, 1004, 909}, {0, 1005, 909}, {0, 1023, 912}, {0, 1024, 912},
+        {0, 1025, 913}, {0, 1026, 914}, {0, 1027, 915}, {0, 1028, 916}, {0, 1029, 916}, {0, 1030, 917},
+        {0, 1047, 919}, {3, 1001, 910}, {4, 1048, 920}, {4, 1049, 920}, {4, 1050, 921}, {4, 1051, 921}};
+    for (int control = IDC_FIRST_MIXER_SLIDER; control <= IDC_LAST_MIXER_VALUE; ++control) {
+        controls.push_back({1, control, 911});
+    }
     Sheet& sheet = Open();
-    for (const PageHelpCase& each : cases) {
-        const SheetPage page = sheet.Show(each.Page);
+    for (size_t page = 0; page < std::size(pages); ++page) {
+        sheet.Show(page);
         sheet.Help();
         EXPECT_EQ(test_system::HelpShown().back(),
-                  (HelpRequest{u"kestvox.hlp>window", HELP_CONTEXT, each.Context}));
-        for (const auto& [control, context] : each.Controls) {
-            page.AskHelp(control);
-            EXPECT_EQ(test_system::HelpShown().back(),
-                      (HelpRequest{u"kestvox.hlp", HELP_CONTEXTPOPUP, context}))
-                << "control " << control;
-        }
+                  (HelpRequest{u"kestvox.hlp>window", HELP_CONTEXT, pages[page]}));
     }
-    const size_t before = test_system::HelpShown().size();
-    sheet.Show(2).AskHelp(IDC_SERIAL_NUMBER);
-    EXPECT_EQ(test_system::HelpShown().size(), before) << "a control without help";
+    for (const auto& [page, control, context] : controls) {
+        sheet.Show(page).AskHelp(control);
+        EXPECT_EQ(test_system::HelpShown().back(), (HelpRequest{u"kestvox.hlp", HELP_CONTEXTPOPUP, context}))
+            << "control " << control;
+    }
+    const auto before = static_cast<ptrdiff_t>(test_system::HelpShown().size());
+    sheet.Show(2).AskHelp(IDC_SERIAL_NUMBER);  // has none
     sheet.Cancel();
     sheet.Closed();
     const std::vector<HelpRequest> shown = test_system::HelpShown();
-    EXPECT_EQ(std::vector<HelpRequest>(shown.begin() + static_cast<ptrdiff_t>(before), shown.end()),
+    EXPECT_EQ(std::vector<HelpRequest>(shown.begin() + before, shown.end()),
               std::vector<HelpRequest>(5, HelpRequest{u"kestvox.hlp", HELP_QUIT, 0}));
 }
 

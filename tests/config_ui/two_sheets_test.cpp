@@ -39,6 +39,7 @@ TEST_F(TwoSheetsTest, ALaterOkKeepsWhatTheOtherStored) {
     Sheet& later = Open();
     ShowAll(later);
     Sheet earlier(Library());
+    ASSERT_NE(earlier.Window(), nullptr);
     ShowAll(earlier);
 
     const SheetPage options = earlier.Show(0);
@@ -70,14 +71,11 @@ TEST_F(TwoSheetsTest, ALaterOkKeepsWhatTheOtherStored) {
     later.Closed();
 
     EXPECT_EQ(ReadRegistry(ConfigKey(), u"Name"), TextValue(REG_SZ, u"New"));
-    const struct {
-        const char16_t* Name;
-        DWORD Value;
-    } numbers[] = {
-        {u"NonAudio", 1}, {u"Professional", 0}, {u"CopyProtect", 1}, {u"DitherADC", 3}, {u"Left24", 0}};
-    for (const auto& number : numbers) {
-        EXPECT_EQ(StoredNumber(number.Name), number.Value) << static_cast<int>(&number - numbers);
-    }
+    EXPECT_EQ(StoredNumber(u"NonAudio"), 1u);
+    EXPECT_EQ(StoredNumber(u"Professional"), 0u);
+    EXPECT_EQ(StoredNumber(u"CopyProtect"), 1u);
+    EXPECT_EQ(StoredNumber(u"DitherADC"), 3u);
+    EXPECT_EQ(StoredNumber(u"Left24"), 0u);
     EXPECT_EQ(StoredGainCode(0), 50u);
     EXPECT_EQ(StoredGainCode(1), 60u);
     EXPECT_EQ(StoredNumber(u"ClockSource", 0), 64u);

@@ -1,5 +1,5 @@
-// Every set of conversion routines does what the plain one does with one frame after the other: for each
-// count, at each alignment, without a byte outside its buffers.
+// Every set of conversion routines does what the rule says of one sample after the other: for each count, at
+// each alignment, without a byte outside its buffers.
 #include "convert/routines.h"
 
 #include <gtest/gtest.h>
@@ -51,12 +51,11 @@ struct Layout {
     size_t DestinationSize;
     size_t SourceAlignment;  // what the routine may rely on
     size_t DestinationAlignment;
-    size_t Frame;  // samples that belong together
 };
 
-void ExpectLikeOneByOne(const Layout& layout, const Convert& plain, const Convert& convert,
-                        const std::vector<BYTE>& samples) {
-    for (size_t count = 0; count <= MostSamples; count += layout.Frame) {
+void ExpectEachByRule(const Layout& layout, const Convert& rule, const Convert& convert,
+                      const std::vector<BYTE>& samples) {
+    for (size_t count = 0; count <= MostSamples; ++count) {
         const std::vector<BYTE> data(samples.begin(),
                                      samples.begin() + static_cast<ptrdiff_t>(count * layout.SourceSize));
         for (size_t alignment = 0; alignment < Alignments; ++alignment) {
@@ -66,9 +65,9 @@ void ExpectLikeOneByOne(const Layout& layout, const Convert& plain, const Conver
             Buffer source = Buffer::Holding(data, from);
             Buffer expected(count * layout.DestinationSize, to, Alignments);
             Buffer converted = expected;
-            for (size_t i = 0; i < count; i += layout.Frame) {
-                plain(expected.As<BYTE>() + i * layout.DestinationSize,
-                      source.As<BYTE>() + i * layout.SourceSize, layout.Frame);
+            for (size_t i = 0; i < count; ++i) {
+                rule(expected.As<BYTE>() + i * layout.DestinationSize,
+                     source.As<BYTE>() + i * layout.SourceSize, 1);
             }
             convert(converted.As<BYTE>(), source.As<BYTE>(), count);
             ASSERT_EQ(converted.Bytes(), expected.Bytes())
@@ -116,55 +115,52 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Sets, Routines, testing::Values(PortableSet, VectorSet),
                          [](const auto& test) { return test.param.Name; });
 
-Convert ExpandingCompanded(const RoutineSet& set, const CompandingTable& table) {
-    return [&set, &table](BYTE* to, const BYTE* from, size_t count) {
-        set.ExpandCompanded(reinterpret_cast<int16_t*>(to), from, table, count);
-    };
-}
-
 TEST_P(Routines, ExpandEveryCode) {
     std::vector<BYTE> codes(256);
     for (size_t i = 0; i < codes.size(); ++i) {
         codes[i] = static_cast<BYTE>(i);
     }
-    for (const CompandingTable* table : {&ALawTable, &MuLawTable}) {
-        const Layout layout = {1, 2, 1, 2, 1};
-        ExpectLikeOneByOne(layout, ExpandingCompanded(PortableSet, *table),
-                           ExpandingCompanded(GetParam(), *table), Pattern(MostSamples));
+    for (const auto& [table, rule] :
+         {std::pair(&ALawTable, &ALawSample), std::pair(&MuLawTable, &MuLawSample)}) {
+        ExpectEachByRule(
+            {1, 2, 1, 2},
+            [rule](BYTE* to, const BYTE* from, size_t) {
+                const auto sample = static_cast<int16_t>(rule(*from));
+                memcpy(to, &sample, sizeof sample);
+            },
+            [table](BYTE* to, const BYTE* from, size_t count) {
+                GetParam().ExpandCompanded(reinterpret_cast<int16_t*>(to), from, *table, count);
+            },
+            Pattern(MostSamples));
         int16_t samples[256];
         GetParam().ExpandCompanded(samples, codes.data(), *table, codes.size());
-        EXPECT_EQ(memcmp(samples, table->Samples, sizeof samples), 0);
+        for (const BYTE code : codes) {
+            EXPECT_EQ(samples[code], rule(code)) << int{code};
+        }
     }
+    EXPECT_EQ(MuLawSample(0x00), -32124);
+    EXPECT_EQ(MuLawSample(0x7F), 0);
+    EXPECT_EQ(ALawSample(0xD5), 8);
+    EXPECT_EQ(ALawSample(0xAA), 32256);
 }
 
-TEST(Companding, TablesAreThoseOfTheRule) {
-    for (int code = 0; code < 256; ++code) {
-        EXPECT_EQ(ALawTable.Samples[code], ALawSample(static_cast<BYTE>(code))) << code;
-        EXPECT_EQ(MuLawTable.Samples[code], MuLawSample(static_cast<BYTE>(code))) << code;
-    }
-    EXPECT_EQ(MuLawTable.Samples[0x00], -32124);
-    EXPECT_EQ(MuLawTable.Samples[0x7F], 0);
-    EXPECT_EQ(ALawTable.Samples[0xD5], 8);
-    EXPECT_EQ(ALawTable.Samples[0xAA], 32256);
-}
-
-TEST_P(Routines, ExpandPacked24) {
-    const auto expanding = [](const RoutineSet& set) -> Convert {
-        return [&set](BYTE* to, const BYTE* from, size_t count) {
-            set.ExpandPacked24(reinterpret_cast<uint32_t*>(to), from, count);
-        };
-    };
-    ExpectLikeOneByOne({3, 4, 1, 4, 1}, expanding(PortableSet), expanding(GetParam()),
-                       Pattern(MostSamples * 3));
-}
-
-TEST_P(Routines, PackCapture24) {
-    const auto packing = [](const RoutineSet& set) -> Convert {
-        return [&set](BYTE* to, const BYTE* from, size_t count) {
-            set.PackCapture24(to, reinterpret_cast<const uint32_t*>(from), count);
-        };
-    };
-    ExpectLikeOneByOne({4, 3, 4, 1, 1}, packing(PortableSet), packing(GetParam()), Pattern(MostSamples * 4));
+TEST_P(Routines, ExpandAndPack24) {
+    ExpectEachByRule(
+        {3, 4, 1, 4},
+        [](BYTE* to, const BYTE* from, size_t) {
+            const BYTE slot[] = {0, from[0], from[1], from[2]};
+            memcpy(to, slot, sizeof slot);
+        },
+        [](BYTE* to, const BYTE* from, size_t count) {
+            GetParam().ExpandPacked24(reinterpret_cast<uint32_t*>(to), from, count);
+        },
+        Pattern(MostSamples * 3));
+    ExpectEachByRule(
+        {4, 3, 4, 1}, [](BYTE* to, const BYTE* from, size_t) { memcpy(to, from + 1, 3); },
+        [](BYTE* to, const BYTE* from, size_t count) {
+            GetParam().PackCapture24(to, reinterpret_cast<const uint32_t*>(from), count);
+        },
+        Pattern(MostSamples * 4));
 }
 
 // --- dither --------------------------------------------------------------------------------------
@@ -178,7 +174,7 @@ struct DitherKind {
 std::vector<DitherKind> DitherKinds() {
     std::vector<DitherKind> kinds;
     for (const int bits : {8, 16}) {
-        for (uint32_t type = NoDither; type <= DitherTriangularShaped; ++type) {
+        for (const uint32_t type : {0u, 1u, 2u, 3u, 4u, 5u, 0xFFFFFFFFu}) {
             kinds.push_back({bits, type, 1});
             kinds.push_back({bits, type, 2});
         }
@@ -186,39 +182,69 @@ std::vector<DitherKind> DitherKinds() {
     return kinds;
 }
 
-void Dither(const RoutineSet& set, const DitherKind& kind, BYTE* to, const BYTE* from, size_t count,
-            DitherState& state) {
-    const auto* slots = reinterpret_cast<const int32_t*>(from);
+// One sample by the rule, in wide arithmetic; only sums that the rule wraps at 32 bits do so.
+int64_t DitherByRule(const DitherKind& kind, int32_t sample, size_t channel, DitherState& state) {
+    const int shift = 32 - kind.Bits;
+    if (kind.Type < DitherRectangular || kind.Type > DitherTriangularShaped) {
+        return sample >> shift;
+    }
+    const bool shaped = kind.Type == DitherRectangularShaped || kind.Type == DitherTriangularShaped;
+    const int32_t carried = state.ShapingError[channel];
+    int64_t dither = carried;
+    for (int draws = kind.Type < DitherTriangular ? 1 : 2; draws > 0; --draws) {
+        state.Random = state.Random * 2147001325u + 715136305u;
+        dither += static_cast<int32_t>(state.Random) >> kind.Bits;
+    }
+    int64_t value = sample + int64_t{static_cast<int32_t>(dither)};
+    if (value != static_cast<int32_t>(value)) {
+        value = sample >= 0 ? 0x7FFFFF00 : -0x80000000LL;
+    }
+    if (shaped) {
+        const int64_t written = value >> shift << shift;
+        state.ShapingError[channel] = static_cast<int32_t>(sample + int64_t{carried} - written) >> 1;
+    }
+    return value >> shift;
+}
+
+void Dither(const RoutineSet& set, const DitherKind& kind, BYTE* to, const std::vector<int32_t>& slots,
+            size_t count, DitherState& state) {
     if (kind.Bits == 8) {
-        set.DitherCapture8(to, slots, count, kind.Type, kind.Channels, state);
+        set.DitherCapture8(to, slots.data(), count, kind.Type, kind.Channels, state);
     } else {
-        set.DitherCapture16(reinterpret_cast<int16_t*>(to), slots, count, kind.Type, kind.Channels, state);
+        set.DitherCapture16(reinterpret_cast<int16_t*>(to), slots.data(), count, kind.Type, kind.Channels,
+                            state);
     }
 }
 
 // Recordings that stay within the range, that fill it, and that lie at its ends for a while.
-std::vector<std::vector<BYTE>> Recordings(size_t samples) {
-    std::vector<std::vector<BYTE>> recordings(3, Pattern(samples * 4));
+std::vector<std::vector<int32_t>> Recordings(size_t samples) {
+    std::vector<std::vector<int32_t>> recordings(3, std::vector<int32_t>(samples));
+    memcpy(recordings[1].data(), Pattern(samples * 4).data(), samples * 4);
     for (size_t i = 0; i < samples; ++i) {
-        int32_t slot = 0;
-        memcpy(&slot, &recordings[0][i * 4], sizeof slot);
-        const int32_t quiet = slot >> 3;
-        memcpy(&recordings[0][i * 4], &quiet, sizeof quiet);
-        const int32_t loud = i % 200 < 90 ? quiet : (slot >> 8) ^ (i % 3 == 0 ? 0x7FFFFFFF : -0x7FFFFFFF - 1);
-        memcpy(&recordings[2][i * 4], &loud, sizeof loud);
+        const int32_t slot = recordings[1][i];
+        recordings[0][i] = slot >> 3;
+        recordings[2][i] =
+            i % 200 < 90 ? slot >> 3 : (slot >> 8) ^ (i % 3 == 0 ? 0x7FFFFFFF : -0x7FFFFFFF - 1);
     }
     return recordings;
 }
 
-void ExpectSameDither(const RoutineSet& set, const DitherKind& kind, const std::vector<BYTE>& recording,
-                      size_t count, const DitherState& start) {
+void ExpectDitheredByRule(const RoutineSet& set, const DitherKind& kind,
+                          const std::vector<int32_t>& recording, size_t count, const DitherState& start) {
     DitherState expectedState = start;
     DitherState state = start;
     const size_t offset = count % Alignments;
     std::vector<BYTE> expected(offset + count * 2 + Alignments, Guard);
     std::vector<BYTE> converted = expected;
-    Dither(PortableSet, kind, expected.data() + offset, recording.data(), count, expectedState);
-    Dither(set, kind, converted.data() + offset, recording.data(), count, state);
+    for (size_t i = 0; i < count; ++i) {
+        const int64_t sample = DitherByRule(kind, recording[i], i % kind.Channels, expectedState);
+        if (kind.Bits == 8) {
+            expected[offset + i] = static_cast<BYTE>(sample + 128);
+        } else {
+            memcpy(&expected[offset + 2 * i], &sample, 2);
+        }
+    }
+    Dither(set, kind, converted.data() + offset, recording, count, state);
     ASSERT_EQ(converted, expected) << count;
     ASSERT_EQ(memcmp(&state, &expectedState, sizeof state), 0) << count;
 }
@@ -229,14 +255,17 @@ TEST_P(Routines, DitherRecordings) {
     constexpr size_t Samples = 3000;
     const DitherState starts[] = {
         {0, {0, 0}}, {1, {0x40000000, -0x40000000}}, {0xFFFFFFFF, {-0x7FFFFFFF - 1, 0x7FFFFFFF}}};
-    for (const std::vector<BYTE>& recording : Recordings(Samples)) {
+    for (const std::vector<int32_t>& recording : Recordings(Samples)) {
         for (const DitherKind& kind : DitherKinds()) {
             SCOPED_TRACE(testing::Message()
                          << kind.Bits << " bits, type " << kind.Type << ", " << kind.Channels);
-            for (const DitherState& start : starts) {
-                ExpectSameDither(GetParam(), kind, recording, Samples, start);
+            for (DitherState start : starts) {
+                if (kind.Type == DitherRectangular || kind.Type == DitherTriangular) {
+                    start.ShapingError[0] = start.ShapingError[1] = 0;  // they leave none behind
+                }
+                ExpectDitheredByRule(GetParam(), kind, recording, Samples, start);
                 for (size_t count = 0; count <= MostSamples; count += kind.Channels) {
-                    ExpectSameDither(GetParam(), kind, recording, count, start);
+                    ExpectDitheredByRule(GetParam(), kind, recording, count, start);
                 }
             }
         }

@@ -62,17 +62,18 @@ TEST_F(CapabilitiesTest, NeedAPlaceAndACard) {
     const DriverLibrary library;
     WAVEOUTCAPSW output = {};
     const auto place = reinterpret_cast<DWORD_PTR>(&output);
-    EXPECT_EQ(library.WaveOut(0, WODM_GETDEVCAPS, 0, 0), MMSYSERR_INVALPARAM);
-    EXPECT_EQ(library.WaveIn(1, WIDM_GETDEVCAPS, 0, 0), MMSYSERR_INVALPARAM);
-    EXPECT_EQ(library.WaveOut(4, WODM_GETDEVCAPS, 0, 0), MMSYSERR_INVALPARAM) << "the place comes first";
-    EXPECT_EQ(library.WaveOut(4, WODM_GETDEVCAPS, 0, place), MMSYSERR_BADDEVICEID);
-    EXPECT_EQ(library.WaveIn(0xFFFFFFFF, WIDM_GETDEVCAPS, 0, place), MMSYSERR_BADDEVICEID);
+    for (const Call call : {&DriverLibrary::WaveOut, &DriverLibrary::WaveIn}) {
+        const UINT message = call == &DriverLibrary::WaveOut ? WODM_GETDEVCAPS : WIDM_GETDEVCAPS;
+        const UINT count = call == &DriverLibrary::WaveOut ? WODM_GETNUMDEVS : WIDM_GETNUMDEVS;
+        EXPECT_EQ((library.*call)(1, message, 0, 0, 0), MMSYSERR_INVALPARAM);
+        EXPECT_EQ((library.*call)(4, message, 0, 0, 0), MMSYSERR_INVALPARAM) << "the place comes first";
+        EXPECT_EQ((library.*call)(4, message, 0, place, 0), MMSYSERR_BADDEVICEID);
+        EXPECT_EQ((library.*call)(0xFFFFFFFF, message, 0, place, 0), MMSYSERR_BADDEVICEID);
+        EXPECT_EQ((library.*call)(77, count, 0, 0, 0), 4u) << "the number means nothing";
+    }
     EXPECT_EQ(output.dwFormats, 0u) << "a refusal writes nothing";
-    // The size in the second parameter and the device number of a count mean nothing.
-    EXPECT_EQ(library.WaveOut(3, WODM_GETDEVCAPS, 0, place, 1), MMSYSERR_NOERROR);
+    EXPECT_EQ(library.WaveOut(3, WODM_GETDEVCAPS, 0, place, 1), MMSYSERR_NOERROR) << "nor does the size";
     EXPECT_EQ(output.wChannels, 2);
-    EXPECT_EQ(library.WaveOut(77, WODM_GETNUMDEVS, 0), 4u);
-    EXPECT_EQ(library.WaveIn(77, WIDM_GETNUMDEVS, 0), 4u);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What installation and removal write into the registry.
+// What installation and removal write into the registry, and the texts of the event log to which that points.
 #include <string>
 
 #include "tests/support/driver_library.h"
@@ -73,6 +73,26 @@ TEST_F(InstallationTest, AKeyThatCannotBeMadeEndsOrIsPassedOver) {
         for (const std::u16string& key : {ServiceKey, SystemSource, ApplicationSource}) {
             RegDeleteKeyW(HKEY_LOCAL_MACHINE, Wide(key));
         }
+    }
+}
+
+TEST_F(InstallationTest, TheLibraryCarriesTheTextOfEachEvent) {
+    const DriverLibrary library;
+    const char16_t* const texts[] = {
+        u"",
+        u"The external sample clock source is not valid.\r\n",
+        u"The master clock sample rate does not match the sample rate selected in your application.\r\n",
+        u"The incoming digital data sample rate does not match the sample rate selected in your "
+        u"application.\r\n",
+        u"The application tried to close the driver while it was still busy.\r\n",
+        u"",
+    };
+    DWORD id = 0x40070000;
+    for (const char16_t* expected : texts) {
+        WCHAR text[256] = {};
+        FormatMessageW(FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_IGNORE_INSERTS, library.Module(), id++, 0,
+                       text, 256, nullptr);
+        EXPECT_EQ(Utf16(text), expected);
     }
 }
 

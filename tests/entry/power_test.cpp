@@ -154,38 +154,4 @@ TEST_F(SuspendTest, EveryStateOutlastsTheSleep) {
     }
 }
 
-// What the client asks for during the sleep is what it finds after it.
-TEST_F(SuspendTest, RestartAndPauseDuringTheSleepHoldAfterIt) {
-    WavePlayer player;
-    const WaveFormat format = PcmFormat(44100, 2, 16);
-    ASSERT_EQ(player.Open(0, format), MMSYSERR_NOERROR);
-    EXPECT_EQ(waveOutPause(player.Handle()), MMSYSERR_NOERROR);
-    ASSERT_EQ(player.Write(Pattern(40000)), MMSYSERR_NOERROR);
-    Sleep();
-    EXPECT_EQ(waveOutRestart(player.Handle()), MMSYSERR_NOERROR);
-    SendPower(PWR_SUSPENDRESUME);
-    Cards().Advance(Second / 10);
-    EXPECT_TRUE(Cards().Output(0, Port::Analog).Started);
-    Sleep();
-    EXPECT_EQ(waveOutPause(player.Handle()), MMSYSERR_NOERROR);
-    SendPower(PWR_SUSPENDRESUME);
-    Cards().Advance(Second);
-    EXPECT_EQ(player.DoneCount(), 0u) << "the port was paused";
-    EXPECT_EQ(waveOutRestart(player.Handle()), MMSYSERR_NOERROR);
-    Cards().Advance(Second);
-    EXPECT_EQ(Cards().Played(0, Port::Analog), Sound(format, Pattern(40000)));
-    player.ExpectEachReturnedOnce();
-}
-
-TEST_F(SuspendTest, AResumeWithoutStreamsInitialisesEveryEnabledCard) {
-    Cards().PowerCycle(0);
-    Cards().PowerCycle(1);
-    EXPECT_EQ(SendPower(PWR_SUSPENDRESUME), 1);
-    for (unsigned card = 0; card < 2; ++card) {
-        EXPECT_EQ(Cards().MixerGain(card, 2), 0u) << "old values are gone";
-        EXPECT_EQ(Cards().CardRegister(card, 16) & 3, 0) << "and the connectors open";
-    }
-    EXPECT_EQ(Cards().OpenFiles(), 0u);
-}
-
 }  // namespace

@@ -68,44 +68,34 @@ TEST_F(LoadSettingsTest, TheFirstRunHasDefaultsAndWritesNothing) {
 }
 
 TEST_F(LoadSettingsTest, AStoredWordIsTakenOnlyAsFourBytesOrFewer) {
-    CardState rightJustified = Defaults;
-    rightJustified.SampleFormat = 2;
-    CardState consumer = Defaults;
-    consumer.ChannelStatus0 = 0x04;
-    consumer.ChannelStatus1 = 0x81;
-    CardState nonAudio = Defaults;
-    nonAudio.ChannelStatus0 = 0x43;
-    CardState preemphasis = Defaults;
-    preemphasis.ChannelStatus0 = 0x4D;
-    CardState digitalClock = Defaults;
-    digitalClock.ClockSource = 0x40;
     const struct {
         const WCHAR* Name;
-        DWORD Value;
+        DWORD Value, Standard;
         CardState Taken;
     } settings[] = {
-        {TEXT("Left24"), 0, rightJustified},     {TEXT("Professional"), 0, consumer},
-        {TEXT("NonAudio"), 1, nonAudio},         {TEXT("Preemphasis"), 1, preemphasis},
-        {TEXT("ClockSource"), 64, digitalClock},
+        {TEXT("Left24"), 0, 1, {2, 0x41, 0x00, {128, 0, 0, 128}, 0x00}},
+        {TEXT("Professional"), 0, 1, {3, 0x04, 0x81, {128, 0, 0, 128}, 0x00}},
+        {TEXT("NonAudio"), 1, 0, {3, 0x43, 0x00, {128, 0, 0, 128}, 0x00}},
+        {TEXT("Preemphasis"), 1, 0, {3, 0x4D, 0x00, {128, 0, 0, 128}, 0x00}},
+        {TEXT("ClockSource"), 64, 97, {3, 0x41, 0x00, {128, 0, 0, 128}, 0x40}},
+    };
+    const struct {
+        DWORD Size, Type;
+        bool Taken;
+    } forms[] = {
+        {4, REG_BINARY, true},  {1, REG_BINARY, true},  // the rest of a fresh card's word is 0
+        {5, REG_BINARY, false}, {8, REG_BINARY, false}, {4, REG_DWORD, false}, {4, REG_SZ, false},
     };
     Cards().SetDigitalInputRate(0, 44100);
     for (const auto& setting : settings) {
         SCOPED_TRACE(testing::PrintToString(Utf16(setting.Name)));
-        const struct {
-            DWORD Size, Type;
-            bool Taken;
-        } forms[] = {
-            {4, REG_BINARY, true},  {1, REG_BINARY, true},  // the rest of a fresh card's word is 0
-            {5, REG_BINARY, false}, {8, REG_BINARY, false}, {4, REG_DWORD, false}, {4, REG_SZ, false},
-        };
         for (const auto& form : forms) {
             const DWORD data[2] = {setting.Value, 0};
             StoreBinary(0, setting.Name, data, form.Size, form.Type);
             EXPECT_EQ(Load(), form.Taken ? setting.Taken : Defaults)
                 << form.Size << " bytes of type " << form.Type;
         }
-        const DWORD standard = Utf16(setting.Name) == u"ClockSource" ? 97 : setting.Value ^ 1;
-        StoreSetting(0, setting.Name, standard);
+        StoreSetting(0, setting.Name, setting.Standard);
         EXPECT_EQ(Load(), Defaults) << "stored as it is anyway";
     }
 }

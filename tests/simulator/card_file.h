@@ -55,10 +55,6 @@ void Prepare(unsigned card, uint32_t rateCode = 3);
 // Brings the card's converters in step with a clock that has changed. Takes a tenth of a second.
 void Resynchronise(unsigned card);
 
-inline simulator::Frame Both(int32_t value) {
-    return {value, value};
-}
-
 // Frames that all differ, and their two samples.
 std::vector<simulator::Frame> Ramp(size_t frames);
 

@@ -1,7 +1,4 @@
-// The sample clocks: rates, sources, the link, holds, drift, faults; and the virtual clock.
-#include <windows.h>
-#include <mmsystem.h>
-
+// The sample clocks: rates, drift, and sources that fail.
 #include <gtest/gtest.h>
 
 #include "simulator/clock/sample_clock.h"
@@ -71,26 +68,6 @@ TEST(SimulatorClock, AnInvalidSourceLatchesTheFaultAndStandsStill) {
     card0.Ask(ReadClockFault);
     EXPECT_FALSE(faultAfterTenPeriods(0x40));
     EXPECT_EQ(sim.SampleRate(0), 48000u);
-}
-
-TEST(SimulatorClock, ASpinOnTheTimerAndAStallMoveSteppedTime) {
-    Simulator sim({});
-    Prepare(0);
-    const CardFile file(0, ControlChannel);
-    const int64_t start = sim.NowMicroseconds();
-    file.Send(Stall, 227);
-    EXPECT_EQ(sim.NowMicroseconds(), start + 227);
-
-    const DWORD first = timeGetTime();
-    EXPECT_EQ(sim.NowMicroseconds(), start + 227);
-    EXPECT_EQ(timeGetTime(), first + 1);
-    EXPECT_EQ(sim.NowMicroseconds(), start + 1000);
-    EXPECT_EQ(timeGetTime(), first + 2);
-    file.Ask(ReadClockFault);
-    EXPECT_EQ(timeGetTime(), first + 2) << "a request came between";
-    Sleep(10);
-    EXPECT_EQ(timeGetTime(), first + 2) << "a sleep came between";
-    EXPECT_EQ(timeGetTime(), first + 3);
 }
 
 }  // namespace

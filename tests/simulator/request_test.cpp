@@ -2,6 +2,7 @@
 // have.
 #include <gtest/gtest.h>
 
+#include "simulator/requests/requests.h"
 #include "tests/simulator/card_file.h"
 
 namespace simulator_tests {
@@ -15,43 +16,24 @@ constexpr uint32_t AnalogOut = 2;
 TEST(SimulatorRequest, BuffersOfAnyOtherSizeAreRefused) {
     Simulator sim({});
     const CardFile file(0, AnalogOut);
-    const std::vector<uint8_t> access = {32, 0, 0, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
-    const struct {
-        uint32_t Code;
-        std::vector<uint8_t> Input;
-        size_t Output;
-    } shapes[] = {
-        {StartTransfer, {}, 0},
-        {StopTransfer, {}, 0},
-        {FlushBuffers, {}, 0},
-        {GetPosition, {}, 4},
-        {DisarmChannel, {}, 0},
-        {ArmChannel, {}, 0},
-        {SetCompletionRoutine, std::vector<uint8_t>(sizeof(ULONG_PTR)), 0},
-        {Stall, {1, 0, 0, 0}, 0},
-        {ReadClockFault, {}, 4},
-        {ReadNvramPage, {0x80, 0xFF, 0, 0}, 128},
-        {AcquireChannel, {}, 0},
-        {simulator::ReadRegister, access, 4},
-        {simulator::WriteRegister, access, 0},
-        {SoftReset, {}, 0},
-        {ReleaseChannel, {}, 0},
-    };
-    for (const auto& shape : shapes) {
-        SCOPED_TRACE(RequestName(shape.Code));
+    for (const RequestDefinition& row : RequestTable()) {
+        SCOPED_TRACE(row.Name);
         const auto request = [&](size_t input, size_t output) {
-            std::vector<uint8_t> in = shape.Input;
             std::vector<uint8_t> out(output);
-            in.resize(input);
-            return file.Request(shape.Code, in, out);
+            return file.Request(row.Code, std::vector<uint8_t>(input), out);
         };
-        EXPECT_EQ(request(shape.Input.size() + 1, shape.Output), ERROR_INVALID_PARAMETER);
-        EXPECT_EQ(request(shape.Input.size(), shape.Output + 1), ERROR_INVALID_PARAMETER);
-        if (!shape.Input.empty()) {
-            EXPECT_EQ(request(shape.Input.size() - 1, shape.Output), ERROR_INVALID_PARAMETER);
+        const size_t output = row.OutputLength == AnyLength ? 0 : row.OutputLength;
+        const DWORD otherInput =
+            row.Needs == FileState::Unbound ? ERROR_BAD_COMMAND : ERROR_INVALID_PARAMETER;
+        EXPECT_EQ(request(row.InputLength + 1, output), otherInput);
+        if (row.InputLength != 0) {
+            EXPECT_EQ(request(row.InputLength - 1, output), otherInput);
         }
-        if (shape.Output != 0) {
-            EXPECT_EQ(request(shape.Input.size(), shape.Output - 1), ERROR_INSUFFICIENT_BUFFER);
+        if (row.Needs != FileState::Unbound && row.OutputLength != AnyLength) {
+            EXPECT_EQ(request(row.InputLength, output + 1), ERROR_INVALID_PARAMETER);
+        }
+        if (output != 0) {
+            EXPECT_EQ(request(row.InputLength, output - 1), ERROR_INSUFFICIENT_BUFFER);
         }
     }
     std::vector<uint8_t> path(20);

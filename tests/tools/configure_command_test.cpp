@@ -75,17 +75,4 @@ TEST(ConfigureCommand, LeavesWhatAProgramSetOnTheCard) {
     player.Shut();
 }
 
-TEST(ConfigureCommand, RefusesBadInputInOneLine) {
-    const std::vector<std::string> bad[] = {
-        {"--cards", "0"}, {"--follow", "1=0"}, {"sheet"}, {"--page"}, {"--json", "--step"}};
-    for (const std::vector<std::string>& options : bad) {
-        std::vector<std::string> arguments = {"configure"};
-        arguments.insert(arguments.end(), options.begin(), options.end());
-        const CommandResult result = RunCommand(arguments);
-        EXPECT_EQ(result.Status, 2) << options[0];
-        EXPECT_EQ(result.Output, "") << options[0];
-        EXPECT_EQ(result.Errors.find('\n'), result.Errors.size() - 1) << result.Errors;
-    }
-}
-
 }  // namespace

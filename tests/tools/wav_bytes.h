@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+#include "tests/support/wave_formats.h"
+
 struct WavFormat {
     uint16_t Tag = 1;
     uint16_t Channels = 2;
@@ -12,6 +14,9 @@ struct WavFormat {
     uint16_t BytesPerSample = 2;
     uint16_t ValidBits = 0;  // of the extensible tag
 };
+
+// As programs have it.
+WaveFormat ProgramsFormat(const WavFormat& format);
 
 std::string Little(uint32_t value, int bytes);
 

@@ -1,0 +1,134 @@
+// What processes of one machine share, and what one gives back when it dies; and what else of the layer no
+// test of the driver notices.
+#include "platform/machine.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <signal.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <functional>
+#include <mutex>
+
+#include "platform/device.h"
+
+namespace {
+
+// A machine with a name of this process's own.
+class Machine : public testing::Test {
+protected:
+    Machine() {
+        platform::RemoveMachine(name_);
+        platform::UseMachine(name_);
+    }
+    ~Machine() override {
+        platform::UseMachine("");
+        platform::RemoveMachine(name_);
+    }
+
+    // A child process that does something, says so, and waits to be killed.
+    static pid_t StartProcess(const std::function<void()>& act) {
+        int ready[2];
+        EXPECT_EQ(pipe(ready), 0);
+        const pid_t child = fork();
+        if (child == 0) {
+            act();
+            _exit(write(ready[1], "x", 1) == 1 ? pause() : 1);
+        }
+        char byte = 0;
+        EXPECT_EQ(read(ready[0], &byte, 1), 1);
+        close(ready[0]);
+        close(ready[1]);
+        return child;
+    }
+    static void KillProcess(pid_t child) {
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+    }
+
+private:
+    const std::string name_ = "test-" + std::to_string(getpid());
+};
+
+TEST_F(Machine, MutexOfADeadProcessIsAbandonedOnce) {
+    constexpr const WCHAR* Name = TEXT("kernel test machine mutex");
+    const HANDLE mutex = CreateMutexW(nullptr, FALSE, Name);
+    for (const DWORD limit : {DWORD{0}, DWORD{60000}, DWORD{INFINITE}}) {
+        const pid_t child = StartProcess([] {
+            const HANDLE own = CreateMutexW(nullptr, FALSE, Name);
+            WaitForSingleObject(own, INFINITE);
+            WaitForSingleObject(own, INFINITE);
+        });
+        EXPECT_EQ(WaitForSingleObject(mutex, 0), static_cast<DWORD>(WAIT_TIMEOUT));
+        EXPECT_EQ(WaitForSingleObject(mutex, 3), static_cast<DWORD>(WAIT_TIMEOUT));
+        KillProcess(child);
+        EXPECT_EQ(WaitForSingleObject(mutex, limit), WAIT_ABANDONED);
+        EXPECT_TRUE(ReleaseMutex(mutex));
+        EXPECT_EQ(WaitForSingleObject(mutex, limit), WAIT_OBJECT_0);
+        EXPECT_TRUE(ReleaseMutex(mutex));
+    }
+    CloseHandle(mutex);
+
+    // It is gone with the last living process that uses it; this one had closed nothing.
+    KillProcess(StartProcess([] { CreateMutexW(nullptr, TRUE, Name); }));
+    const HANDLE fresh = CreateMutexW(nullptr, TRUE, Name);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_SUCCESS});
+    EXPECT_TRUE(ReleaseMutex(fresh));
+    CloseHandle(fresh);
+}
+
+struct Counter {
+    platform::SharedMutex Lock;
+    int Value;
+    void Initialize() { Lock.Initialize(); }
+};
+const platform::MachineRegion<Counter> SharedCounter("test-counter");
+
+TEST_F(Machine, LockOfADeadProcessPassesOn) {
+    SharedCounter->Value = 1;
+    KillProcess(StartProcess([] {
+        SharedCounter->Lock.lock();
+        SharedCounter->Value = 2;
+    }));
+    const std::lock_guard guard(SharedCounter->Lock);
+    EXPECT_EQ(SharedCounter->Value, 2);
+}
+
+// Two pages of which only the first is there.
+TEST(PointerProbe, LooksAtEveryPage) {
+    const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    void* memory = mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    char* const boundary = static_cast<char*>(memory) + page;
+    ASSERT_EQ(mprotect(boundary, page, PROT_NONE), 0);
+    EXPECT_FALSE(IsBadReadPtr(boundary - 32, 32) || IsBadReadPtr(memory, page));
+    EXPECT_TRUE(IsBadReadPtr(boundary - 32, 33) && IsBadReadPtr(boundary, 1));
+    EXPECT_TRUE(IsBadReadPtr(boundary + page, static_cast<UINT_PTR>(-1)));
+    munmap(memory, 2 * page);
+}
+
+TEST(Loader, TellsWhatIsNotThere) {
+    EXPECT_EQ(LoadLibraryW(u"no_such_module.dll"), nullptr);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_MOD_NOT_FOUND});
+    const HMODULE module = LoadLibraryW(u"KESTVOX.DLL");
+    EXPECT_EQ(LoadLibraryW(u"kestvox"), module);
+    EXPECT_EQ(GetProcAddress(module, "RegisterEventSourceW"), nullptr) << "an import is no export";
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_PROC_NOT_FOUND});
+    EXPECT_TRUE(FreeLibrary(module) && FreeLibrary(module));
+    EXPECT_FALSE(FreeLibrary(module));
+}
+
+TEST(Quiet, IsNotWaitedForByTheThreadThatIsBusy) {
+    static bool called = false;
+    QueueUserAPC([](ULONG_PTR) { called = true; }, GetCurrentThread(), 0);
+    EXPECT_EQ(SleepEx(0, TRUE), WAIT_IO_COMPLETION);
+    EXPECT_TRUE(called);
+    EXPECT_TRUE(platform::WaitUntilQuiet(0));
+    EXPECT_EQ(SleepEx(0, TRUE), 0u);
+}
+
+}  // namespace
