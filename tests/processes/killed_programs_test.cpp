@@ -58,8 +58,8 @@ void PlayToDeath(simulator::Simulator& cards, const Death& death) {
             player.Write(Pattern(2000, i));
         }
         cards.Advance(15 * Millisecond);
-        waveOutPause(player.Handle());
-        waveOutRestart(player.Handle());
+        player.Stop();
+        player.Start();
         cards.Advance(15 * Millisecond);
         player.Shut();
         player.Forget();

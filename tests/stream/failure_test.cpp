@@ -21,7 +21,7 @@ protected:
         EXPECT_TRUE(Played() == Sound(format_, all)) << Played().size() << " frames";
     }
     void CloseAndForget() {
-        EXPECT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
+        EXPECT_EQ(player_.Reset(), MMSYSERR_NOERROR);
         EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
         ExpectEachReturnedOnce();
         Cards().ClearFaults();
@@ -72,7 +72,7 @@ TEST_F(StreamFailureTest, AClientThatTriesAgainDoesNotNest) {
         player_.OnDone([&](WAVEHDR& header) {
             deepest = std::max(deepest, ++depth);
             if (player_.DoneCount() < Turns) {
-                EXPECT_EQ(waveOutWrite(player_.Handle(), &header, sizeof header), MMSYSERR_NOERROR);
+                EXPECT_EQ(player_.HandIn(header), MMSYSERR_NOERROR);
             }
             --depth;
         });
@@ -103,8 +103,8 @@ TEST_F(StreamFailureTest, AStartThatFailsLosesNothing) {
         const std::vector<std::string> lines = TraceText();
         EXPECT_EQ(std::count(lines.begin(), lines.end(), "ARM_CHANNEL"), *request == 'A' ? 1 : 0);
         Cards().ClearFaults();
-        EXPECT_EQ(waveOutPause(player_.Handle()), MMSYSERR_NOERROR);
-        EXPECT_EQ(waveOutRestart(player_.Handle()), MMSYSERR_NOERROR);
+        EXPECT_EQ(player_.Stop(), MMSYSERR_NOERROR);
+        EXPECT_EQ(player_.Start(), MMSYSERR_NOERROR);
         Cards().Advance(Second);
         ExpectPlayed({1, 2, 3});
         CloseAndForget();

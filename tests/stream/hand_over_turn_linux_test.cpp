@@ -108,7 +108,7 @@ TEST_F(HandOverTurnTest, ABufferAddedInTheMiddleOfAStopStartsNothing) {
     ASSERT_EQ(recorder.Open(0, format), MMSYSERR_NOERROR);
     std::atomic<bool> added = false;
     recorder.OnDone([&](WAVEHDR& header) {
-        EXPECT_EQ(recorder.AddAgain(header), MMSYSERR_NOERROR);
+        EXPECT_EQ(recorder.HandIn(header), MMSYSERR_NOERROR);
         added = true;
         added.notify_one();
     });

@@ -43,7 +43,7 @@ TEST_F(InputControlTest, WhatIsAddedDuringAResetIsForTheNextStart) {
     Cards().Advance(1000);
     recorder_.OnDone([&](WAVEHDR& header) {
         if (calls++ < 5) {
-            EXPECT_EQ(recorder_.AddAgain(header), MMSYSERR_NOERROR);
+            EXPECT_EQ(recorder_.HandIn(header), MMSYSERR_NOERROR);
         }
     });
     recorder_.Reset();

@@ -144,7 +144,7 @@ TEST_F(RecordedBytesTest, HeadersThatWillNotDoAreNotTaken) {
     char data[12];
     header.lpData = data;
     header.dwBufferLength = sizeof data;
-    EXPECT_EQ(recorder_.AddAgain(header), unsigned{WAVERR_UNPREPARED});
+    EXPECT_EQ(recorder_.HandIn(header), unsigned{WAVERR_UNPREPARED});
     waveInPrepareHeader(recorder_.Handle(), &header, sizeof header);
     EXPECT_EQ(waveInAddBuffer(recorder_.Handle(), &header, sizeof header - 1), unsigned{MMSYSERR_INVALPARAM});
     Reset();

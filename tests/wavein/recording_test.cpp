@@ -14,7 +14,7 @@ TEST_F(RecordingTest, ALongRecordingRunsOnWhileTheClientAddsAgain) {
     const WaveFormat format = PcmFormat(48000, 2, 16);
     const std::vector<BYTE> expected = ClientBytes(format, PlugIn(96000));
     Open(format);
-    recorder_.OnDone([this](WAVEHDR& header) { recorder_.AddAgain(header); });
+    recorder_.OnDone([this](WAVEHDR& header) { recorder_.HandIn(header); });
     Add(4800, 5);
     recorder_.Start();
     Cards().Advance(2 * Second);

@@ -21,9 +21,9 @@ protected:
             written_.insert(written_.end(), data.begin(), data.end());
         }
     }
-    void Pause() { EXPECT_EQ(waveOutPause(player_.Handle()), Done); }
-    void Restart() { EXPECT_EQ(waveOutRestart(player_.Handle()), Done); }
-    void Reset() { EXPECT_EQ(waveOutReset(player_.Handle()), Done); }
+    void Pause() { EXPECT_EQ(player_.Stop(), Done); }
+    void Restart() { EXPECT_EQ(player_.Start(), Done); }
+    void Reset() { EXPECT_EQ(player_.Reset(), Done); }
     void AdvanceFrames(int64_t frames) { Cards().Advance(frames * Second / 44100); }
     // The kernel gives flushed buffers back on a thread of its own.
     void LetFlushedBuffersComeBack() { Cards().Advance(1000); }
@@ -127,7 +127,7 @@ TEST_F(OutputControlTest, OnlyAResetThatNothingFollowedLetsAStreamWithBuffersClo
         WavePlayer player;
         ASSERT_EQ(player.Open(AnalogOut, format_), Done);
         ASSERT_EQ(player.Write(Pattern(4000)), Done);
-        EXPECT_EQ(waveOutReset(player.Handle()), Done);
+        EXPECT_EQ(player.Reset(), Done);
         player.Position();
         waveOutMessage(player.Handle(), test.Message, test.Parameter, 0);
         EXPECT_EQ(player.DoneCount(), 0u);
@@ -183,7 +183,7 @@ TEST_F(OutputControlTest, AWriteFromInsideACloseIsRefused) {
     Reset();
     std::vector<MMRESULT> results;
     player_.OnDone([&](WAVEHDR& header) {
-        results.push_back(waveOutWrite(player_.Handle(), &header, sizeof header));
+        results.push_back(player_.HandIn(header));
         Restart();
     });
     EXPECT_EQ(player_.Close(), Done);

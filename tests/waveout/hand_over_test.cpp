@@ -103,23 +103,23 @@ TEST_F(HandOverTest, TheRequestsOfABuffer) {
 
 TEST_F(HandOverTest, TheRequestsOfControl) {
     Open(PcmFormat(44100, 2, 16));
-    EXPECT_EQ(waveOutPause(player_.Handle()), MMSYSERR_NOERROR);
+    EXPECT_EQ(player_.Stop(), MMSYSERR_NOERROR);
     Write(4096);
     EXPECT_EQ(Sent(), Buffer(4096)) << "a paused port is not started";
-    EXPECT_EQ(waveOutRestart(player_.Handle()), MMSYSERR_NOERROR);
+    EXPECT_EQ(player_.Start(), MMSYSERR_NOERROR);
     EXPECT_EQ(Sent(), Lines({"START_TRANSFER", "ARM_CHANNEL"}));
-    EXPECT_EQ(waveOutRestart(player_.Handle()), MMSYSERR_NOERROR);
+    EXPECT_EQ(player_.Start(), MMSYSERR_NOERROR);
     EXPECT_EQ(Sent(), Lines()) << "it plays already";
-    EXPECT_EQ(waveOutPause(player_.Handle()), MMSYSERR_NOERROR);
-    EXPECT_EQ(waveOutPause(player_.Handle()), MMSYSERR_NOERROR);
+    EXPECT_EQ(player_.Stop(), MMSYSERR_NOERROR);
+    EXPECT_EQ(player_.Stop(), MMSYSERR_NOERROR);
     EXPECT_EQ(Sent(), Lines({"DISARM_CHANNEL"}));
     Write(512);
     EXPECT_EQ(Sent(), Buffer(512, {"START_TRANSFER"})) << "paused after playing";
-    EXPECT_EQ(waveOutRestart(player_.Handle()), MMSYSERR_NOERROR);
+    EXPECT_EQ(player_.Start(), MMSYSERR_NOERROR);
     Sent();
-    EXPECT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
+    EXPECT_EQ(player_.Reset(), MMSYSERR_NOERROR);
     EXPECT_EQ(Sent(), Lines({"DISARM_CHANNEL", "FLUSH_BUFFERS"}));
-    EXPECT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
+    EXPECT_EQ(player_.Reset(), MMSYSERR_NOERROR);
     EXPECT_EQ(Sent(), Lines({"FLUSH_BUFFERS"}));
     EXPECT_EQ(waveOutBreakLoop(player_.Handle()), MMSYSERR_NOERROR);
     EXPECT_EQ(Sent(), Lines());
@@ -135,7 +135,7 @@ TEST_F(HandOverTest, DirectModeIsAFlagOfEveryLaterBuffer) {
     EXPECT_EQ(Sent(), Lines({"write port 0 = C0 / C0"}));
     Write(300);
     EXPECT_EQ(Sent(), Buffer(400, {"START_TRANSFER"}, 1));
-    EXPECT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
+    EXPECT_EQ(player_.Reset(), MMSYSERR_NOERROR);
     Sent();
     Write(300);
     EXPECT_EQ(Sent(), Buffer(400, {"START_TRANSFER", "ARM_CHANNEL"}, 1));
@@ -207,11 +207,11 @@ TEST_F(HandOverTest, OnlyMisalignedBuffersAreCopied) {
         SCOPED_TRACE(misalignment);
         WavePlayer player;
         ASSERT_EQ(player.Open(AnalogOut, format), MMSYSERR_NOERROR);
-        EXPECT_EQ(waveOutPause(player.Handle()), MMSYSERR_NOERROR);
+        EXPECT_EQ(player.Stop(), MMSYSERR_NOERROR);
         ASSERT_EQ(player.Write(Pattern(400), 0, 0, misalignment), MMSYSERR_NOERROR);
         const std::vector<BYTE> later = Pattern(400, 2);
         std::copy(later.begin(), later.end(), player.Header(0).lpData);
-        EXPECT_EQ(waveOutRestart(player.Handle()), MMSYSERR_NOERROR);
+        EXPECT_EQ(player.Start(), MMSYSERR_NOERROR);
         Cards().Advance(Second);
         EXPECT_EQ(Played(), Sound(format, misalignment % 4 == 0 ? later : Pattern(400)));
         EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
@@ -227,7 +227,7 @@ TEST_F(HandOverTest, AResetGivesTheMemoryOfConversionsBack) {
             Write(80);
         }
         Cards().Advance(Second);
-        EXPECT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
+        EXPECT_EQ(player_.Reset(), MMSYSERR_NOERROR);
         if (usage.empty()) {
             usage = test_system::Usage();
         }
