@@ -44,16 +44,16 @@ TEST_F(PlaybackTest, EveryFormatIsHeardAsItIs) {
                          << basic.wFormatTag << ": " << basic.wBitsPerSample << " bits, frame of "
                          << basic.nBlockAlign << ", left " << (side == Justified::Left));
             const bool extensible = basic.wFormatTag == WAVE_FORMAT_EXTENSIBLE;
-            WavePlayer player;
-            ASSERT_EQ(player.Open(AnalogOut, format), MMSYSERR_NOERROR);
+            ASSERT_EQ(player_.Open(AnalogOut, format), MMSYSERR_NOERROR);
             const std::vector<BYTE> data = Pattern(size_t{500} * basic.nBlockAlign);
-            WriteInPieces(player, data, basic.nBlockAlign / basic.nChannels == 3 ? 3 : 1);
+            WriteInPieces(player_, data, basic.nBlockAlign / basic.nChannels == 3 ? 3 : 1);
             Cards().Advance(Second);
             EXPECT_EQ(Played(), Sound(format, data, extensible ? Justified::Left : side));
-            EXPECT_EQ(player.DoneCount(), player.HeaderCount());
-            EXPECT_EQ(player.Position(TIME_SAMPLES), 500u);
-            EXPECT_EQ(player.Position(TIME_BYTES), data.size());
-            EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
+            ExpectEachReturnedOnce();
+            EXPECT_EQ(player_.Position(TIME_SAMPLES), 500u);
+            EXPECT_EQ(player_.Position(TIME_BYTES), data.size());
+            EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
+            player_.Forget();
             Cards().ForgetAudio();
         }
     }
