@@ -20,11 +20,12 @@ protected:
         }
         EXPECT_TRUE(Played() == Sound(format_, all)) << Played().size() << " frames";
     }
+    void Open() { ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR); }
     void CloseAndForget() {
-        EXPECT_EQ(player_.Reset(), MMSYSERR_NOERROR);
         EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
         ExpectEachReturnedOnce();
         Cards().ClearFaults();
+        player_.OnDone(nullptr);
         player_.Forget();
         Cards().ForgetAudio();
     }
@@ -36,11 +37,10 @@ TEST_F(StreamFailureTest, ABufferThatIsNotTakenComesBackAndTheOthersPlay) {
     for (const char* request : {"BEGIN_BUFFER", "MAP_BUFFER", "SET_BUFFER_COOKIE", "QUEUE_BUFFER"}) {
         for (const unsigned nth : {1u, 3u, 14u, 0u}) {  // 0: each of them
             SCOPED_TRACE(testing::Message() << request << " " << nth);
-            ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+            Open();
             Fail(request, nth);
             Write(15);
             Cards().Advance(Second);
-            ExpectEachReturnedOnce();
             std::vector<unsigned> taken;
             for (unsigned seed = 1; seed <= 15 && nth != 0; ++seed) {
                 if (seed != nth) {
@@ -48,10 +48,7 @@ TEST_F(StreamFailureTest, ABufferThatIsNotTakenComesBackAndTheOthersPlay) {
                 }
             }
             ExpectPlayed(taken);
-            EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR) << "nothing is in flight";
-            Cards().ClearFaults();
-            player_.Forget();
-            Cards().ForgetAudio();
+            CloseAndForget();
         }
     }
 }
@@ -66,7 +63,7 @@ TEST_F(StreamFailureTest, AClientThatTriesAgainDoesNotNest) {
         if (!served) {
             test_system::FailCall("CreateThread", 1);
         }
-        ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+        Open();
         int depth = 0;
         int deepest = 0;
         player_.OnDone([&](WAVEHDR& header) {
@@ -94,7 +91,7 @@ TEST_F(StreamFailureTest, AClientThatTriesAgainDoesNotNest) {
 TEST_F(StreamFailureTest, AStartThatFailsLosesNothing) {
     for (const char* request : {"START_TRANSFER", "ARM_CHANNEL"}) {
         SCOPED_TRACE(request);
-        ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+        Open();
         Cards().ClearTrace();
         Fail(request, 0);
         Write(3);
@@ -113,12 +110,12 @@ TEST_F(StreamFailureTest, AStartThatFailsLosesNothing) {
 
 // Streams of one clock start together; one that could not start must not confuse the count of those.
 TEST_F(StreamFailureTest, AStartThatFailedDoesNotPartLaterStreams) {
-    ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+    Open();
     Fail("START_TRANSFER");
     Write(1);
-    CloseAndForget();
+    player_.Shut();
     WavePlayer digital;
-    ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+    Open();
     ASSERT_EQ(digital.Open(DigitalOut, format_), MMSYSERR_NOERROR);
     Write(1);
     Cards().Advance(Second / 100);
@@ -126,18 +123,18 @@ TEST_F(StreamFailureTest, AStartThatFailedDoesNotPartLaterStreams) {
     Cards().Advance(Second);
     EXPECT_TRUE(Output().Started);
     EXPECT_EQ(Output().StartFrame, Cards().Output(0, simulator::Port::Digital).StartFrame);
-    EXPECT_EQ(digital.Close(), MMSYSERR_NOERROR);
 }
 
 // A card that vanishes takes no header with it.
 TEST_F(StreamFailureTest, TheCardVanishes) {
-    ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+    Open();
     Write(20);
     Cards().Advance(Second / 10);
     Cards().SetPresent(0, false);
     Write(2);
     Cards().Advance(Second);
     EXPECT_EQ(player_.Position(), 0xFFFFFFFF);
+    EXPECT_EQ(player_.Reset(), MMSYSERR_NOERROR);
     CloseAndForget();
     Cards().SetPresent(0, true);
 }
