@@ -49,7 +49,6 @@ TEST_F(WaveFrontTest, TheMapperTakesTheFirstDeviceThatIsFree) {
 
 TEST_F(WaveFrontTest, OpenChecksItsArguments) {
     const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    const HANDLE mutex = CreateMutexW(nullptr, FALSE, nullptr);
     const struct {
         DWORD Flags;
         DWORD_PTR Callback;
@@ -58,7 +57,7 @@ TEST_F(WaveFrontTest, OpenChecksItsArguments) {
         {CALLBACK_NULL, 0, MMSYSERR_NOERROR},
         {CALLBACK_THREAD, GetCurrentThreadId(), MMSYSERR_NOERROR},
         {CALLBACK_EVENT, reinterpret_cast<DWORD_PTR>(event), MMSYSERR_NOERROR},
-        {CALLBACK_EVENT, reinterpret_cast<DWORD_PTR>(mutex), MMSYSERR_INVALPARAM},
+        {CALLBACK_EVENT, 0x4242, MMSYSERR_INVALPARAM},
         {CALLBACK_FUNCTION, 0, MMSYSERR_INVALPARAM},
         {CALLBACK_WINDOW, 0x4242, MMSYSERR_INVALPARAM},
         {0x00040000, 1, MMSYSERR_INVALFLAG},
@@ -72,7 +71,6 @@ TEST_F(WaveFrontTest, OpenChecksItsArguments) {
     EXPECT_MM(waveOutOpen(&out, 0, nullptr, 0, 0, 0), MMSYSERR_INVALPARAM);
     EXPECT_MM(waveOutOpen(&out, 2, mono_.Get(), 0, 0, 0), MMSYSERR_BADDEVICEID);
     CloseHandle(event);
-    CloseHandle(mutex);
 }
 
 TEST_F(WaveFrontTest, HeadersArePreparedHere) {
