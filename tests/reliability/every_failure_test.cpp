@@ -3,6 +3,7 @@
 #include <mmddk.h>
 
 #include <algorithm>
+#include <functional>
 #include <ostream>
 #include <tuple>
 
@@ -22,8 +23,6 @@ namespace {
 using simulator::Fault;
 using simulator::Port;
 using simulator::TraceEntry;
-
-constexpr uint32_t Pending = 997;
 
 class EveryFailureTest : public DriverTest {
 protected:
@@ -57,13 +56,13 @@ protected:
             EXPECT_FALSE(Cards().ChannelClaimed(channel / 4, channel % 4)) << channel;
         }
         EXPECT_EQ(Cards().OpenFiles(), 0u);
+        UnloadDriver();
     }
 
     // The same, by a program that loads the driver for it, if it can.
     void TellAnew() {
         if (const DriverLibrary driver; driver.IsLoaded()) {
             Tell(driver);
-            UnloadDriver();
         }
     }
 
@@ -90,6 +89,7 @@ protected:
         Cards().Advance(20000);
         EXPECT_EQ(recorder.Close(), MMSYSERR_NOERROR);
         EXPECT_TRUE(recorder.Recorded() == ClientBytes(format, signal));
+        UnloadDriver();
         Cards().ForgetAudio();
         Cards().ClearTrace();
         ++faults_;
@@ -111,10 +111,6 @@ constexpr Failure Failures[] = {{Fault::Kind::Fail, "fails"},
                                 {Fault::Kind::Pend, "stays pending"},
                                 {Fault::Kind::Short, "is answered short"}};
 
-bool IsAnswered(const TraceEntry& entry) {
-    return !entry.Output.empty();
-}
-
 // A write to the card's registers that went wrong when the card was initialised is made good by the next
 // wake-up, or when the driver is loaded anew.
 bool IsOfInitialisation(const TraceEntry& request, const std::vector<TraceEntry>& discovery) {
@@ -133,10 +129,29 @@ protected:
     FailureTest() : EveryFailureTest(std::get<0>(FailureTest::GetParam())) {}
 };
 
-class EveryRequestTest : public FailureTest<unsigned> {};
+class EveryRequestTest : public FailureTest<unsigned> {
+protected:
+    // Each of so many requests fails in each way, while `tell` tells the story.
+    void FailEach(size_t requests, const std::function<void(const Failure& failure, unsigned nth)>& tell) {
+        const Piece piece{std::get<1>(GetParam()), Pieces};
+        const std::string usage = test_system::Usage();
+        for (const Failure& failure : Failures) {
+            for (unsigned nth = 1; nth <= requests && !HasFailure(); nth += Stride) {
+                if (piece.Has(nth / Stride)) {
+                    SCOPED_TRACE(testing::Message()
+                                 << "request " << nth << " of " << requests << " " << failure.Name);
+                    Cards().AddFault({.What = failure.Kind, .Code = Fault::AnyCode, .Nth = nth});
+                    tell(failure, nth);
+                    Cards().ClearFaults();
+                    EXPECT_EQ(test_system::Usage(), usage);
+                    ExpectAllIsWell();
+                }
+            }
+        }
+    }
+};
 
 TEST_P(EveryRequestTest, FailsOnce) {
-    const Piece piece{std::get<1>(GetParam()), Pieces};
     const DriverLibrary driver;
     ASSERT_TRUE(driver.IsLoaded());
     const std::vector<TraceEntry> discovery = Cards().Trace();
@@ -145,59 +160,37 @@ TEST_P(EveryRequestTest, FailsOnce) {
     const std::vector<TraceEntry> requests = told_;
     const std::vector<simulator::Frame> played = played_;
     ExpectAllIsWell();
-    const std::string usage = test_system::Usage();
     ASSERT_GT(requests.size(), 100u);
-    for (const Failure& failure : Failures) {
-        for (unsigned nth = 1; nth <= requests.size() && !HasFailure(); nth += Stride) {
-            const bool isMade = failure.Kind != Fault::Kind::Short || IsAnswered(requests[nth - 1]);
-            if (!isMade || !piece.Has(nth / Stride)) {
-                continue;
-            }
-            SCOPED_TRACE(testing::Message()
-                         << "request " << nth << " of " << requests.size() << " " << failure.Name);
-            Cards().AddFault({.What = failure.Kind, .Code = Fault::AnyCode, .Nth = nth});
-            Tell(driver);
-            if (told_.size() < nth) {
-                break;  // the telling before had a few more, because it was the first
-            }
-            const TraceEntry& request = told_[nth - 1];
-            SCOPED_TRACE(request.Text());
-            if (request.Result == Pending && !IsAnswered(requests[nth - 1])) {
-                EXPECT_TRUE(played_ == played) << "pending is as good as done";
-            }
-            EXPECT_EQ(test_system::Usage(), usage);
-            if (IsOfInitialisation(request, discovery)) {
-                driver.DriverProc(DRV_POWER, PWR_SUSPENDREQUEST);
-                driver.DriverProc(DRV_POWER, PWR_SUSPENDRESUME);
-            }
-            ExpectAllIsWell();
+    FailEach(requests.size(), [&](const Failure& failure, unsigned nth) {
+        const bool isAnswered = !requests[nth - 1].Output.empty();
+        if (failure.Kind == Fault::Kind::Short && !isAnswered) {
+            return;
         }
-    }
+        Tell(driver);
+        if (told_.size() < nth) {
+            return;  // the telling before had a few more, because it was the first
+        }
+        const TraceEntry& request = told_[nth - 1];
+        SCOPED_TRACE(request.Text());
+        if (failure.Kind == Fault::Kind::Pend && !isAnswered) {
+            EXPECT_TRUE(played_ == played) << "pending is as good as done";
+        }
+        if (IsOfInitialisation(request, discovery)) {
+            driver.DriverProc(DRV_POWER, PWR_SUSPENDREQUEST);
+            driver.DriverProc(DRV_POWER, PWR_SUSPENDRESUME);
+        }
+    });
 }
 
 // What the driver asks of the kernel when it is loaded. One life is enough.
-class DiscoveryFailureTest : public FailureTest<unsigned> {};
+class DiscoveryFailureTest : public EveryRequestTest {};
 
 TEST_P(DiscoveryFailureTest, OfARequest) {
-    const Piece piece{std::get<1>(GetParam()), Pieces};
-    const std::string usage = test_system::Usage();
     waveOutGetNumDevs();
     const size_t requests = Cards().Trace().size();
     ASSERT_GT(requests, 20u);
-    for (const Failure& failure : Failures) {
-        for (unsigned nth = 1; nth <= requests && !HasFailure(); nth += Stride) {
-            if (!piece.Has(nth / Stride)) {
-                continue;
-            }
-            UnloadDriver();
-            SCOPED_TRACE(testing::Message()
-                         << "request " << nth << " of " << requests << " " << failure.Name);
-            Cards().AddFault({.What = failure.Kind, .Code = Fault::AnyCode, .Nth = nth});
-            TellAnew();
-            EXPECT_EQ(test_system::Usage(), usage);
-            ExpectAllIsWell();
-        }
-    }
+    UnloadDriver();
+    FailEach(requests, [&](const Failure&, unsigned) { TellAnew(); });
 }
 
 // Calls that fail for want of memory or handles.
@@ -219,7 +212,6 @@ TEST_P(EveryCallTest, FailsOnce) {
         TellAnew();
         EXPECT_EQ(test_system::Usage(), usage);
         ExpectAllIsWell();
-        UnloadDriver();
     }
 }
 

@@ -20,7 +20,6 @@ namespace {
 using interleaving::Message;
 using interleaving::Stream;
 
-constexpr int64_t Millisecond = 1000;
 constexpr unsigned Outputs = 3;  // and as many inputs
 constexpr unsigned Clients = 4;
 constexpr unsigned Rounds = 20;  // from an open to a close

@@ -6,12 +6,6 @@ namespace {
 
 class StreamFailureTest : public OutputTest {
 protected:
-    void Write(unsigned buffers) {
-        for (unsigned i = 0; i < buffers; ++i) {
-            const auto seed = static_cast<unsigned>(player_.HeaderCount()) + 1;
-            ASSERT_EQ(player_.Write(Pattern(4000, seed)), MMSYSERR_NOERROR);
-        }
-    }
     void ExpectPlayed(const std::vector<unsigned>& seeds) {
         std::vector<BYTE> all;
         for (const unsigned seed : seeds) {
@@ -19,15 +13,6 @@ protected:
             all.insert(all.end(), data.begin(), data.end());
         }
         EXPECT_TRUE(Played() == Sound(format_, all)) << Played().size() << " frames";
-    }
-    void Open() { ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR); }
-    void CloseAndForget() {
-        EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
-        ExpectEachReturnedOnce();
-        Cards().ClearFaults();
-        player_.OnDone(nullptr);
-        player_.Forget();
-        Cards().ForgetAudio();
     }
 
     const WaveFormat format_ = PcmFormat(44100, 2, 16);
@@ -80,10 +65,9 @@ TEST_F(StreamFailureTest, AClientThatTriesAgainDoesNotNest) {
         }
         EXPECT_EQ(player_.DoneCount(), Turns);
         EXPECT_EQ(deepest, 1);
-        player_.OnDone(nullptr);
-        Cards().ClearFaults();
         EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
         player_.Forget();
+        Cards().ClearFaults();
     }
 }
 

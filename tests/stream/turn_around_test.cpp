@@ -33,10 +33,8 @@ TEST_F(PlaybackTurnAround, TakesNoMemoryAndFewRounds) {
     for (const WORD bits : {WORD{16}, WORD{24}}) {  // given to the card as it is, and converted
         SCOPED_TRACE(bits);
         player_.OnDone([this](WAVEHDR& header) { player_.HandIn(header); });
-        ASSERT_EQ(player_.Open(AnalogOut, PcmFormat(44100, 2, bits)), MMSYSERR_NOERROR);
-        for (unsigned i = 0; i < Buffers; ++i) {
-            ASSERT_EQ(player_.Write(Pattern(1200)), MMSYSERR_NOERROR);
-        }
+        Open(PcmFormat(44100, 2, bits));
+        Write(Buffers, 1200);
         ExpectLittleTaken([this](unsigned back) {
             while (player_.DoneCount() < back && Cards().AdvanceToNextCompletion(Second)) {
             }

@@ -28,6 +28,9 @@ Function DriverEntry(HMODULE driver, const char* name) {
 // What the process has taken and not given back, in words; equal before and after when nothing leaked.
 std::string Usage();
 
+// Whether it comes to that: a thread that has left the driver ends a moment later.
+bool UsageComesTo(const std::string& usage);
+
 // A page of memory that can be touched until it is given back, and not after.
 void* TakePage();
 void GiveBackPage(void* page);

@@ -19,8 +19,7 @@ TEST_F(FarPositionTest, FullBuffersReportTheirWholeLength) {
         EXPECT_EQ(recorder_.Counts(), (std::vector<DWORD>{800, 800}));
         recorder_.Reset();
         EXPECT_EQ(recorder_.Counts(), (std::vector<DWORD>{800, 800, 384, 0}));
-        recorder_.Shut();
-        recorder_.Forget();
+        CloseAndForget();
     }
 }
 

@@ -27,11 +27,6 @@ protected:
         recorder_.Reset();
         Cards().Advance(1000);
     }
-    void CloseAndForget() {
-        recorder_.Shut();
-        ExpectEachReturnedOnce();
-        recorder_.Forget();
-    }
     // What has been recorded is, from byte `at` on, the signal from byte `from` on.
     void ExpectRecorded(const WaveFormat& format, const std::vector<simulator::Frame>& signal, size_t at = 0,
                         size_t from = 0) {

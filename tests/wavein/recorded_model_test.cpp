@@ -181,11 +181,9 @@ TEST_F(RecordedModelTest, EachBufferHoldsWhatTheCardRecordedIntoIt) {
             constexpr End Ends[] = {End::Stop, End::Stop, End::Stop, End::StopAndReset, End::Reset};
             RunAndEnd(Draw(1500), Ends[Draw(std::size(Ends))]);
         }
-        EXPECT_TRUE(recorder_.GuardsIntact());
-        recorder_.Shut();
+        CloseAndForget();
         queued_.clear();
         state_ = {};
-        recorder_.Forget();
         UnloadDriver();
     }
 }

@@ -11,20 +11,11 @@ class OutputControlTest : public OutputTest {
 protected:
     static constexpr DWORD BufferFrames = 1000;
 
-    void SetUp() override { ASSERT_EQ(player_.Open(AnalogOut, format_), Done); }
+    void SetUp() override { Open(format_); }
 
-    void Write(unsigned buffers = 1) {
-        for (unsigned i = 0; i < buffers; ++i) {
-            const std::vector<BYTE> data =
-                Pattern(BufferFrames * 4, static_cast<unsigned>(player_.HeaderCount()) + 1);
-            ASSERT_EQ(player_.Write(data), Done);
-            written_.insert(written_.end(), data.begin(), data.end());
-        }
-    }
     void AdvanceFrames(int64_t frames) { Cards().Advance(frames * Second / 44100); }
 
     const WaveFormat format_ = PcmFormat(44100, 2, 16);
-    std::vector<BYTE> written_;
 };
 
 TEST_F(OutputControlTest, APauseStopsTheSoundWhereItIs) {

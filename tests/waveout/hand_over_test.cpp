@@ -197,9 +197,7 @@ TEST_F(HandOverTest, OnlyANewBufferNeedsMemory) {
         }
         Cards().Advance(Second);
         EXPECT_EQ(Played(), Sound(format, Pattern(120)));
-        ExpectEachReturnedOnce();
-        EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
-        player_.Forget();
+        CloseAndForget();
     }
 }
 
