@@ -3,10 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <map>
 
-#include "tests/interleaving/going_on.h"
 #include "tests/reliability/tally.h"
 
 namespace interleaving {
@@ -18,13 +18,8 @@ constexpr unsigned ScriptStep = 3 * Stride;  // of all scripts, which are explor
 #else
 constexpr unsigned ScriptStep = Stride;
 #endif
-constexpr unsigned MostPlaces = Stride == 1 ? 12 : 6;  // where an act is held; of one with more, some
-constexpr unsigned MostFindings = 30;                  // of one explorer, after which it stops
-
-std::string FromEnvironment(const char* name) {
-    const char* value = std::getenv(name);
-    return value != nullptr ? value : "";
-}
+constexpr size_t MostPlaces = Stride == 1 ? 12 : 6;  // where an act is held; of one with more, some
+constexpr unsigned MostFindings = 30;                // of one explorer: what goes wrong once goes wrong often
 
 // What a stream answers that is being closed by somebody else is nobody's business.
 bool AnswerCounts(const Script& script, size_t index) {
@@ -66,21 +61,15 @@ std::vector<HoldPoint> PlacesOf(unsigned requests, bool inCallback, size_t most,
 
 }  // namespace
 
-bool IsAskedFor(const std::string& what) {
-    return FromEnvironment("KESTVOX_INTERLEAVINGS") == what;
-}
-
 Explorer::Explorer(const Setting& setting, std::vector<Line> sides, Piece piece)
     : setting_(setting),
       scene_(setting, std::move(sides)),
       piece_(piece),
-      filter_(FromEnvironment("KESTVOX_INTERLEAVING")),
-      thorough_(IsAskedFor("all") || !filter_.empty()) {
+      filter_(std::getenv("KESTVOX_INTERLEAVING")) {
     scene_.Join();
 }
 
 Explorer::~Explorer() {
-    const GoingOn unloading(std::string(setting_.Name) + ", unloading");
     EXPECT_TRUE(scene_.Leave()) << setting_.Name << ": something was left behind";
     tally::Add("interleavings", run_);
     tally::Add("interleavings that went wrong", findings_);
@@ -95,25 +84,9 @@ std::string Explorer::Recipe(const Script& script, const std::string& place) con
     return recipe;
 }
 
-// Whether the recipe that is asked for may be one of the script's, wherever the first act is held.
-bool Explorer::IsAskedForByName(const Script& script) const {
-    const std::string name = Recipe(script, "#");
-    const size_t place = name.find('#');
-    if (!filter_.starts_with(name.substr(0, std::min(place, filter_.size())))) {
-        return false;
-    }
-    const size_t others = filter_.find('/', place);
-    return others == std::string::npos || name.substr(place + 1).starts_with(filter_.substr(others));
-}
-
-// What goes wrong once goes wrong often: the rest would tell nothing more.
-bool Explorer::IsEnough() const {
-    return !thorough_ && findings_ >= MostFindings;
-}
-
 void Explorer::Explore(const Script& script) {
-    const bool skipped = !thorough_ && std::hash<std::string>()(Recipe(script, "")) % ScriptStep != 0;
-    if (skipped || !piece_.Has(scripts_++) || IsEnough() || !IsAskedForByName(script)) {
+    const bool chosen = std::hash<std::string>()(Recipe(script, "")) % ScriptStep == 0;
+    if (!(chosen || filter_ != nullptr) || !piece_.Has(scripts_++)) {
         return;
     }
     unsigned requests = 0;
@@ -121,12 +94,17 @@ void Explorer::Explore(const Script& script) {
     if (serial.empty()) {
         return;  // what goes wrong in turn goes wrong at once
     }
-    const size_t most = thorough_ ? SIZE_MAX : MostPlaces;
+    const size_t most = filter_ != nullptr ? SIZE_MAX : MostPlaces;
     for (const HoldPoint& place : PlacesOf(requests, script.InCallback == 0, most, scripts_)) {
-        if (!IsEnough()) {
-            RunHeld(script, place, serial);
-        }
+        RunHeld(script, place, serial);
     }
+}
+
+void Explorer::Prepare(const Script& script, const std::string& recipe) {
+    if (filter_ != nullptr) {
+        std::fprintf(stderr, "%s\n", recipe.c_str());
+    }
+    scene_.Prepare(script.From);
 }
 
 // The messages of all acts one after the other, in every order that keeps those of an act in theirs. The
@@ -153,8 +131,7 @@ std::vector<std::string> Explorer::SerialOutcomes(const Script& script, unsigned
     for (const std::vector<SingleMessage>& order : Orders(script)) {
         const std::string recipe =
             Recipe(script, outcomes.empty() ? ", one after the other" : ", in another order");
-        const GoingOn goingOn(recipe);
-        scene_.Prepare(script.From);
+        Prepare(script, recipe);
         outcomes.push_back(Outcome(script, SendInTurn(script, order, requests)));
         if (!Verdict(recipe, outcomes.back(), outcomes)) {
             return {};
@@ -166,11 +143,10 @@ std::vector<std::string> Explorer::SerialOutcomes(const Script& script, unsigned
 void Explorer::RunHeld(const Script& script, const HoldPoint& point, const std::vector<std::string>& serial) {
     const std::string recipe =
         Recipe(script, "@" + std::to_string(point.Nth) + (point.After ? "-after" : "-before"));
-    if (!recipe.starts_with(filter_)) {
+    if (findings_ >= MostFindings || (filter_ != nullptr && !recipe.starts_with(filter_))) {
         return;
     }
-    const GoingOn goingOn(recipe);
-    scene_.Prepare(script.From);
+    Prepare(script, recipe);
     bool met = false;
     const std::string outcome = Outcome(script, SendHeld(script, point, &met));
     run_ += met ? 1 : 0;
@@ -183,7 +159,6 @@ void Explorer::Begin(const Script& script, size_t act, Message message, HoldPoin
 
 std::vector<int64_t> Explorer::SendInTurn(const Script& script, const std::vector<SingleMessage>& order,
                                           unsigned* requests) {
-    GoingOn::Reach("the messages are sent one after the other");
     std::vector<int64_t> answers(script.Acts.size());
     unsigned counted = 0;
     bool first = true;
@@ -201,11 +176,9 @@ std::vector<int64_t> Explorer::SendInTurn(const Script& script, const std::vecto
 
 // `met` becomes whether its thread came to that request.
 std::vector<int64_t> Explorer::SendHeld(const Script& script, const HoldPoint& point, bool* met) {
-    GoingOn::Reach("the first message is on its way to where it is held");
     Begin(script, 0, script.Acts[0].What, point);
     *met = SideOf(script, 0).Do<&Side::AwaitHeld>(0) != 0;
     scene_.TellOthers(script.Acts[0].Program, *met);
-    GoingOn::Reach("the first message is held and the others are sent");
     for (size_t i = 1; i < script.Acts.size(); ++i) {
         Begin(script, i, script.Acts[i].What, {.InCallback = script.InCallback == i});
         SideOf(script, i).Do<&Side::AwaitDoneOrWaiting>(i);
@@ -214,7 +187,6 @@ std::vector<int64_t> Explorer::SendHeld(const Script& script, const HoldPoint& p
             SideOf(script, i).Do<&Side::AwaitDoneOrWaiting>(i);
         }
     }
-    GoingOn::Reach("the first message goes on");
     SideOf(script, 0).Do<&Side::LetGo>(0);
     scene_.TellOthers(script.Acts[0].Program, false);
     std::vector<int64_t> answers;
@@ -225,7 +197,6 @@ std::vector<int64_t> Explorer::SendHeld(const Script& script, const HoldPoint& p
 }
 
 std::string Explorer::Outcome(const Script& script, const std::vector<int64_t>& answers) {
-    GoingOn::Reach("all have answered");
     std::string outcome = "    answers";
     for (size_t i = 0; i < answers.size(); ++i) {
         outcome += AnswerCounts(script, i) ? " " + std::to_string(answers[i]) : " -";
@@ -253,7 +224,6 @@ bool Explorer::Verdict(const std::string& recipe, const std::string& outcome,
         }
     }
     ADD_FAILURE() << text;
-    GoingOn::Reach("the driver is unloaded after that");
     scene_.Leave();
     scene_.Join();
     return false;

@@ -5,7 +5,8 @@
 // A failing one is run again alone by its name:
 //   KESTVOX_INTERLEAVING="one-output/playing/pause@3-before/close" kestvox_tests
 //   --gtest_filter='*Interleaving*'
-// The beginning of a name runs all that begin so.
+// The beginning of a name runs all that begin so, an empty one all. Each name is printed then as its run
+// begins, to tell which of them crashes or hangs.
 #pragma once
 
 #include <string>
@@ -26,11 +27,6 @@ struct Script {
     int64_t Pause = Scene::Millisecond;  // that passes after each message
 };
 
-// Whether the environment variable KESTVOX_INTERLEAVINGS asks for it: "all" places where a message can be
-// held, instead of some of those that are many, and every failure; "three" for the messages of a longer run
-// besides.
-bool IsAskedFor(const std::string& what);
-
 class Explorer {
 public:
     // One side for each program of the setting. Of the scripts, those of the piece are explored.
@@ -49,7 +45,7 @@ private:
     };
     static std::vector<std::vector<SingleMessage>> Orders(const Script& script);
 
-    bool IsAskedForByName(const Script& script) const;
+    void Prepare(const Script& script, const std::string& recipe);
     std::string Recipe(const Script& script, const std::string& place) const;
     std::vector<std::string> SerialOutcomes(const Script& script, unsigned* requests);
     void RunHeld(const Script& script, const HoldPoint& point, const std::vector<std::string>& serial);
@@ -61,14 +57,12 @@ private:
     std::string Outcome(const Script& script, const std::vector<int64_t>& answers);
     bool Verdict(const std::string& recipe, const std::string& outcome,
                  const std::vector<std::string>& serial);
-    bool IsEnough() const;
     Line& SideOf(const Script& script, size_t act) { return scene_.SideOf(script.Acts[act].Program); }
 
     const Setting setting_;
     Scene scene_;
     const Piece piece_;
-    const std::string filter_;
-    const bool thorough_;
+    const char* const filter_;  // null: it is not set
     unsigned findings_ = 0;
     unsigned long run_ = 0;
     unsigned scripts_ = 0;

@@ -125,20 +125,6 @@ void LentDevice(Explorer& explorer, const Setting&, Start from) {
 }
 constexpr int64_t LongWait = 6000 * Scene::Millisecond;  // longer than a close waits for anything
 
-void Threes(Explorer& explorer, const Setting& setting, Start from) {
-    const Acts acts =
-        ActsOf(setting, 0) + OfDriver + (setting.Streams.size() > 1 ? ActsOf(setting, 1) : Acts());
-    for (const Act& first : acts) {
-        for (const Act& second : acts) {
-            for (const Act& third : acts) {
-                if (MayFollow(first, second) && MayFollow(first, third) && second.What != Message::Free) {
-                    explorer.Explore({from, {first, second, third}});
-                }
-            }
-        }
-    }
-}
-
 struct Sweep {
     const char* Name;
     void (*Explore)(Explorer& explorer, const Setting& setting, Start from);
@@ -189,20 +175,6 @@ INSTANTIATE_TEST_SUITE_P(Each, Interleaving,
                          [](const auto& told) {
                              return std::get<0>(told.param).Name + std::to_string(std::get<1>(told.param));
                          });
-
-// Takes long: KESTVOX_INTERLEAVINGS=three.
-TEST(InterleavingOfThree, Messages) {
-    if (!IsAskedFor("three")) {
-        GTEST_SKIP() << "KESTVOX_INTERLEAVINGS is not \"three\"";
-    }
-    for (const Setting* setting : {&OneOutput, &OneInput, &TwoOutputs, &LinkedCards, &LockedInput}) {
-        for (const Start from : {Start::Playing, Start::Asleep}) {
-            Side side(*setting);
-            Explorer explorer(*setting, {Line(side)}, {0, 1});
-            Threes(explorer, *setting, from);
-        }
-    }
-}
 
 }  // namespace
 }  // namespace interleaving

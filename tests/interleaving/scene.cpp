@@ -6,7 +6,6 @@
 #include <thread>
 
 #include "tests/interleaving/card_view.h"
-#include "tests/interleaving/going_on.h"
 
 namespace interleaving {
 namespace {
@@ -93,7 +92,6 @@ void Scene::SendAll(Message message) {
 }
 
 void Scene::Prepare(Start from) {
-    GoingOn::Reach("the streams are made ready");
     for (Line& side : sides_) {
         side.Do<&Side::Renew>();
     }
@@ -216,7 +214,6 @@ bool Scene::HasReleased(unsigned program) {
 
 // A sleep that has begun for one program comes to all, and so does its end; a soft reset is followed by one.
 std::string Scene::WakeUp(Start from, bool softReset, bool buffers) {
-    GoingOn::Reach("the streams are woken up");
     std::vector<bool> released;
     for (unsigned program = 0; program < sides_.size(); ++program) {
         released.push_back(HasReleased(program));
@@ -268,7 +265,6 @@ void Scene::ExpectUndisturbed(Start from, const std::vector<Act>& acts) {
 }
 
 void Scene::ExpectRestart() {
-    GoingOn::Reach("the streams are started again");
     const std::vector<uint64_t> moved = StartAll(false);
     for (unsigned stream = 0; stream < StreamCount(); ++stream) {
         if (IsOpen(stream) && moved[stream] == 0) {
@@ -281,7 +277,6 @@ void Scene::ExpectRestart() {
 }
 
 void Scene::ExpectAllBack() {
-    GoingOn::Reach("the streams are reset");
     for (unsigned stream = 0; stream < StreamCount(); ++stream) {
         if (IsOpen(stream)) {
             Send(Message::Reset, stream);
@@ -296,7 +291,6 @@ void Scene::ExpectAllBack() {
 }
 
 void Scene::ExpectFreshStart() {
-    GoingOn::Reach("the streams are started afresh");
     const std::vector<uint64_t> moved = StartAll(true);
     std::set<uint64_t> counts;
     for (unsigned stream = 0; stream < StreamCount(); ++stream) {
@@ -310,7 +304,6 @@ void Scene::ExpectFreshStart() {
 }
 
 void Scene::ExpectEnd() {
-    GoingOn::Reach("the streams are closed");
     for (unsigned stream = 0; stream < StreamCount(); ++stream) {
         if (const int64_t answer = IsOpen(stream) ? Send(Message::Shut, stream) : 0; answer != 0) {
             Fault(stream, "answers its close with " + std::to_string(answer));
@@ -338,7 +331,6 @@ void Scene::ExpectEnd() {
 }
 
 void Scene::ExpectAnotherRate() {
-    GoingOn::Reach("a stream is opened at another rate");
     if (const int64_t answer = OwnerOf(0).Do<&Side::Open>(0, OtherRate); answer != MMSYSERR_NOERROR) {
         Fault("another rate is refused with " + std::to_string(answer));
         return;

@@ -2,9 +2,6 @@
 
 #include <mmddk.h>
 
-#include <chrono>
-#include <thread>
-
 #include "simulator/requests/protocol.h"
 #include "tests/simulator/card_file.h"
 #include "tests/support/driver_test.h"
@@ -15,20 +12,7 @@ namespace {
 
 using simulator::RequestHold;
 
-constexpr int64_t NextHeader = 20000000;              // microseconds, within which it comes back
-constexpr std::chrono::seconds LongestThreadEnd(60);  // of a thread that has left the driver
-
-// A thread that has left the driver ends a moment later.
-bool ComesTo(const std::string& usage) {
-    const auto end = std::chrono::steady_clock::now() + LongestThreadEnd;
-    while (test_system::Usage() != usage) {
-        if (std::chrono::steady_clock::now() > end) {
-            return false;
-        }
-        std::this_thread::yield();
-    }
-    return true;
-}
+constexpr int64_t NextHeader = 20000000;  // microseconds, within which it comes back
 
 }  // namespace
 
@@ -78,7 +62,7 @@ int64_t Side::Reload() {
 
 int64_t Side::LeftoversOver(const std::string& usage) {
     return (cards_->OpenFiles() != 0 ? FilesOpen : NothingLeft) +
-           (ComesTo(usage) ? NothingLeft : MemoryOrHandles);
+           (test_system::UsageComesTo(usage) ? NothingLeft : MemoryOrHandles);
 }
 
 int64_t Side::Renew() {

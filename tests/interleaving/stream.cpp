@@ -59,8 +59,8 @@ MMRESULT Stream::Send(Message message) {
     }
 }
 
-MMRESULT Stream::Open(DWORD rate) {
-    const WaveFormat format = PcmFormat(rate, 1, 8);
+MMRESULT Stream::Open(DWORD rate, WORD bits) {
+    const WaveFormat format = PcmFormat(rate, 1, bits);
     WAVEOPENDESC description = {};
     description.lpFormat = reinterpret_cast<LPWAVEFORMAT>(const_cast<WAVEFORMATEX*>(format.Get()));
     description.dwCallback = reinterpret_cast<DWORD_PTR>(&Stream::Callback);

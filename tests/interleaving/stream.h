@@ -29,7 +29,7 @@ public:
     // On any thread, as the message is sent; a stream that is closed, or is being closed, is not sent
     // anything and answers as the multimedia system does.
     MMRESULT Send(Message message);
-    MMRESULT Open(DWORD rate);
+    MMRESULT Open(DWORD rate, WORD bits = 8);
     MMRESULT Write(DWORD length, DWORD flags = 0, DWORD loops = 0);
 
     // The next header that comes back runs this on the driver's thread.

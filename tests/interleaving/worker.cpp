@@ -16,36 +16,21 @@ constexpr unsigned MostLooks = 200;
 
 }  // namespace
 
-Worker::~Worker() {
-    Begin(nullptr);
-    thread_.join();
-}
-
-void Worker::Run() {
-    std::unique_lock guard(lock_);
-    for (;;) {
-        changed_.wait(guard, [this] { return busy_; });
-        if (!work_) {
-            return;
-        }
-        guard.unlock();
-        work_();
-        guard.lock();
+void Worker::Begin(std::function<void()> work) {
+    Await();
+    busy_ = true;
+    thread_ = std::thread([this, work = std::move(work)] {
+        work();
+        const std::lock_guard guard(lock_);
         busy_ = false;
         changed_.notify_all();
-    }
-}
-
-void Worker::Begin(std::function<void()> work) {
-    const std::lock_guard guard(lock_);
-    work_ = std::move(work);
-    busy_ = true;
-    changed_.notify_all();
+    });
 }
 
 void Worker::Await() {
-    std::unique_lock guard(lock_);
-    changed_.wait(guard, [this] { return !busy_; });
+    if (thread_.joinable()) {
+        thread_.join();
+    }
 }
 
 bool Worker::AwaitDoneOrWaiting() {

@@ -11,8 +11,8 @@ namespace interleaving {
 
 class Worker {
 public:
-    Worker() : thread_([this] { Run(); }) {}
-    ~Worker();  // nothing is under way
+    Worker() = default;
+    ~Worker() { Await(); }
     Worker(const Worker&) = delete;
     Worker& operator=(const Worker&) = delete;
 
@@ -24,12 +24,10 @@ public:
     bool AwaitDoneOrWaiting();
 
 private:
-    void Run();
     int64_t TimeSpent();  // by the thread, running; -1: the system does not say
 
     std::mutex lock_;
     std::condition_variable changed_;
-    std::function<void()> work_;
     bool busy_ = false;
     std::thread thread_;
 };

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <optional>
 #include <random>
 
 #include "simulator/machine/host.h"
@@ -39,51 +38,34 @@ struct Death {
     unsigned Callback;  // ... or it is killed inside that callback, with the lock of all processes
 };
 
-void DieAt(unsigned callback, unsigned& callbacks) {
-    if (++callbacks == callback) {
-        Die();
-    }
+void Give(WavePlayer& player) {
+    player.Write(Pattern(4000));
+}
+void Give(WaveRecorder& recorder) {
+    recorder.Add(4000);
+    recorder.Start();
 }
 
-// Opens, plays, pauses, resets and closes, over and over, until it dies.
-void PlayToDeath(simulator::Simulator& cards, const Death& death) {
+// Opens, runs, pauses, resets and closes, over and over, until it dies.
+template <typename Client>
+void LiveToDeath(simulator::Simulator& cards, UINT device, unsigned callback) {
     unsigned callbacks = 0;
-    WavePlayer player;
-    player.OnDone([&](WAVEHDR&) { DieAt(death.Callback, callbacks); });
-    for (int life = 0; life < 100; ++life) {
-        if (player.Open(death.Device, Format44100) != MMSYSERR_NOERROR) {
-            return;
+    Client client;
+    client.OnDone([&](WAVEHDR&) {
+        if (++callbacks == callback) {
+            Die();
         }
-        for (unsigned i = 0; i < 8; ++i) {
-            player.Write(Pattern(2000, i));
+    });
+    for (int life = 0; life < 100 && client.Open(device, Format44100) == MMSYSERR_NOERROR; ++life) {
+        for (unsigned i = 0; i < 6; ++i) {
+            Give(client);
         }
-        cards.Advance(15 * Millisecond);
-        waveOutPause(player.Handle());
-        waveOutRestart(player.Handle());
-        cards.Advance(15 * Millisecond);
-        player.Shut();
-        player.Forget();
-    }
-}
-
-void RecordToDeath(simulator::Simulator& cards, const Death& death) {
-    unsigned callbacks = 0;
-    WaveRecorder recorder;
-    recorder.OnDone([&](WAVEHDR&) { DieAt(death.Callback, callbacks); });
-    for (int life = 0; life < 100; ++life) {
-        if (recorder.Open(death.Device - PortsOfDirection, Format44100) != MMSYSERR_NOERROR) {
-            return;
-        }
-        for (unsigned i = 0; i < 8; ++i) {
-            recorder.Add(2000);
-        }
-        recorder.Start();
-        cards.Advance(15 * Millisecond);
-        recorder.Stop();
-        recorder.Start();
-        cards.Advance(15 * Millisecond);
-        recorder.Shut();
-        recorder.Forget();
+        cards.Advance(30 * Millisecond);
+        client.Stop();
+        client.Start();
+        cards.Advance(30 * Millisecond);
+        client.Shut();
+        client.Forget();
     }
 }
 
@@ -95,7 +77,11 @@ void Victim(Companion& test) {
     if (death.Request != 0) {
         cards.AddFault({.What = Fault::Kind::Die, .Code = Fault::AnyCode, .Nth = death.Request});
     }
-    death.Device < PortsOfDirection ? PlayToDeath(cards, death) : RecordToDeath(cards, death);
+    if (death.Device < PortsOfDirection) {
+        LiveToDeath<WavePlayer>(cards, death.Device, death.Callback);
+    } else {
+        LiveToDeath<WaveRecorder>(cards, death.Device - PortsOfDirection, death.Callback);
+    }
     Die();
 }
 
@@ -109,7 +95,7 @@ void Begin(Companion& victim, const Death& death) {
 void Survive(Companion& test) {
     constexpr unsigned Buffers = 60;
     test.Hear();
-    std::optional<Program> program(2);
+    Program program(2);
     WavePlayer player;
     test.Tell(player.Open(0, Format44100));
     std::vector<BYTE> all;
@@ -120,42 +106,37 @@ void Survive(Companion& test) {
     }
     test.Tell(0);
     test.Hear();
-    program->Cards.Advance(10 * 1000 * Millisecond);
+    program.Cards.Advance(10 * 1000 * Millisecond);
     EXPECT_EQ(player.DoneCount(), Buffers);
-    EXPECT_TRUE(program->Cards.Played(0, Port::Analog) == Sound(Format44100, all));
+    EXPECT_TRUE(program.Cards.Played(0, Port::Analog) == Sound(Format44100, all));
     test.Tell(player.Close());
     test.Hear();
-    program.reset();
 }
 
-// Every port opens, at a rate of its own choice, and starts by itself.
+template <typename Client>
+void ExpectFree(simulator::Simulator& cards, UINT device, const WaveFormat& format) {
+    SCOPED_TRACE(device);
+    Client client;
+    EXPECT_EQ(client.Open(device, format), MMSYSERR_NOERROR);
+    Give(client);
+    cards.Advance(50 * Millisecond);
+    EXPECT_EQ(client.DoneCount(), 1u);
+    EXPECT_EQ(client.Close(), MMSYSERR_NOERROR);
+}
+
+// Every port opens and waits for nobody to start: at the rate of the dead, and at another.
 void Audit(Companion& test) {
     test.Hear();
     Program program;
     waveOutGetNumDevs();  // from now on the table is as the others leave it
     test.Tell(0);
     test.Hear();
-    for (unsigned card = 0; card < 2; ++card) {
-        program.Cards.SetDigitalInputRate(card, 48000);
-    }
-    for (UINT device = 0; device < PortsOfDirection; ++device) {
-        SCOPED_TRACE(testing::Message() << "output " << device);
-        WavePlayer player;
-        EXPECT_EQ(player.Open(device, Format48000), MMSYSERR_NOERROR);
-        EXPECT_EQ(player.Write(Pattern(4000)), MMSYSERR_NOERROR);
-        program.Cards.Advance(50 * Millisecond);
-        EXPECT_EQ(player.DoneCount(), 1u);
-        EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
-    }
-    for (UINT device = 0; device < PortsOfDirection; ++device) {
-        SCOPED_TRACE(testing::Message() << "input " << device);
-        WaveRecorder recorder;
-        EXPECT_EQ(recorder.Open(device, Format48000), MMSYSERR_NOERROR);
-        EXPECT_EQ(recorder.Add(4000), MMSYSERR_NOERROR);
-        EXPECT_EQ(recorder.Start(), MMSYSERR_NOERROR);
-        program.Cards.Advance(50 * Millisecond);
-        EXPECT_EQ(recorder.DoneCount(), 1u);
-        EXPECT_EQ(recorder.Close(), MMSYSERR_NOERROR);
+    for (const WaveFormat& format : {Format44100, Format48000}) {
+        for (UINT device = 0; device < PortsOfDirection; ++device) {
+            program.Cards.SetDigitalInputRate(device / 2, format.Get()->nSamplesPerSec);
+            ExpectFree<WavePlayer>(program.Cards, device, format);
+            ExpectFree<WaveRecorder>(program.Cards, device, format);
+        }
     }
     test.Tell(0);
 }
@@ -195,44 +176,6 @@ TEST_F(KilledProgramsTest, TheOthersGoOn) {
         EXPECT_EQ(auditor.Ask(), 0) << "what is wrong is above";
         tally::Add(tally::Rounds, 1);
     }
-}
-
-// A program that has the device open until it is killed.
-template <UINT Device>
-void OpenAndWait(Companion& test) {
-    test.Hear();
-    Program program;
-    WavePlayer player;
-    test.Tell(player.Open(Device, Format44100));
-    test.Hear();
-}
-
-// The only program on a clock dies: the clock is free for any rate at once, also through another port.
-TEST_F(KilledProgramsTest, TheClockIsFree) {
-    Companion victim(OpenAndWait<0>);
-    Program program(1);
-    ASSERT_EQ(waveOutGetNumDevs(), 2u);
-    ASSERT_EQ(victim.Ask(), NoError);
-    WavePlayer player;
-    EXPECT_EQ(player.Open(1, Format48000), static_cast<MMRESULT>(WAVERR_BADFORMAT)) << "it lives";
-    victim.Kill();
-    EXPECT_EQ(player.Open(1, Format48000), static_cast<MMRESULT>(MMSYSERR_NOERROR));
-    EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
-}
-
-// A program dies that others would have waited for, to start on one frame with it.
-TEST_F(KilledProgramsTest, AStartDoesNotWaitForAKilledProgram) {
-    Companion victim(OpenAndWait<1>);
-    Program program(1);
-    ASSERT_EQ(waveOutGetNumDevs(), 2u);
-    ASSERT_EQ(victim.Ask(), NoError);
-    WavePlayer player;
-    ASSERT_EQ(player.Open(0, Format44100), MMSYSERR_NOERROR);
-    victim.Kill();
-    EXPECT_EQ(player.Write(Pattern(4000)), MMSYSERR_NOERROR);
-    program.Cards.Advance(100 * Millisecond);
-    EXPECT_EQ(player.DoneCount(), 1u);
-    EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
 }
 
 // A program dies while it closes: the port is not open any more, and nothing counts it.

@@ -40,13 +40,6 @@ std::unique_ptr<interleaving::Stream> Play(const DriverLibrary& driver, UINT dev
     return stream;
 }
 
-// Handles and memory are back with the unloading. A thread that has left the driver ends a moment later.
-void AwaitUsage(const std::string& usage) {
-    while (test_system::Usage() != usage) {
-        std::this_thread::yield();
-    }
-}
-
 void UnloadAndEndInTheMiddle(Companion& test) {
     const auto device = static_cast<UINT>(test.Hear());
     Program program;
@@ -63,7 +56,7 @@ void UnloadAndEndInTheMiddle(Companion& test) {
         }
         driver.reset();
         EXPECT_EQ(program.Cards.OpenFiles(), 0u);
-        AwaitUsage(usage);
+        EXPECT_TRUE(test_system::UsageComesTo(usage));
     }
 }
 

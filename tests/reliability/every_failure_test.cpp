@@ -3,11 +3,13 @@
 #include <mmddk.h>
 
 #include <algorithm>
+#include <functional>
 #include <ostream>
 #include <tuple>
 
 #include "tests/reliability/story.h"
 #include "tests/reliability/stride.h"
+#include "tests/reliability/tally.h"
 #include "tests/support/driver_test.h"
 #include "tests/support/system.h"
 #include "tests/support/wave_sound.h"
@@ -22,8 +24,6 @@ using simulator::Fault;
 using simulator::Port;
 using simulator::TraceEntry;
 
-constexpr uint32_t Pending = 997;
-
 class EveryFailureTest : public DriverTest {
 protected:
     explicit EveryFailureTest(const Story& story) : DriverTest(2), story_(story) {}
@@ -37,6 +37,11 @@ protected:
         Cards().SetDigitalInputRate(0, 44100);
     }
 
+    void TearDown() override {
+        tally::Add(tally::Faults, faults_);
+        DriverTest::TearDown();
+    }
+
     // Tells the story once, and then what must be so whatever failed in it.
     void Tell(const DriverLibrary& driver) {
         Cast cast{.Cards = Cards(), .Driver = driver, .Output = {}, .Input = {}, .Follower = {}};
@@ -47,24 +52,18 @@ protected:
         unmet_ = test_system::CallFailuresAreWaiting();
         test_system::ClearCallFailures();
         cast.ExpectBalance();
-        ExpectNothingIsTaken();
+        for (unsigned channel = 0; channel < 8; ++channel) {
+            EXPECT_FALSE(Cards().ChannelClaimed(channel / 4, channel % 4)) << channel;
+        }
+        EXPECT_EQ(Cards().OpenFiles(), 0u);
+        UnloadDriver();
     }
 
     // The same, by a program that loads the driver for it, if it can.
     void TellAnew() {
         if (const DriverLibrary driver; driver.IsLoaded()) {
             Tell(driver);
-            UnloadDriver();
         }
-    }
-
-    void ExpectNothingIsTaken() {
-        for (unsigned card = 0; card < 2; ++card) {
-            for (unsigned channel = 0; channel < 4; ++channel) {
-                EXPECT_FALSE(Cards().ChannelClaimed(card, channel)) << card << " " << channel;
-            }
-        }
-        EXPECT_EQ(Cards().OpenFiles(), 0u);
     }
 
     // A new client plays and records what it should, at a rate of its own.
@@ -90,14 +89,17 @@ protected:
         Cards().Advance(20000);
         EXPECT_EQ(recorder.Close(), MMSYSERR_NOERROR);
         EXPECT_TRUE(recorder.Recorded() == ClientBytes(format, signal));
+        UnloadDriver();
         Cards().ForgetAudio();
         Cards().ClearTrace();
+        ++faults_;
     }
 
     const Story& story_;
     std::vector<TraceEntry> told_;          // requests of the last telling
     std::vector<simulator::Frame> played_;  // ... what its output played
     bool unmet_ = false;                    // ... and whether the call that was to fail was never made
+    unsigned faults_ = 0;
 };
 
 // What each request may come to.
@@ -108,10 +110,6 @@ struct Failure {
 constexpr Failure Failures[] = {{Fault::Kind::Fail, "fails"},
                                 {Fault::Kind::Pend, "stays pending"},
                                 {Fault::Kind::Short, "is answered short"}};
-
-bool IsAnswered(const TraceEntry& entry) {
-    return !entry.Output.empty();
-}
 
 // A write to the card's registers that went wrong when the card was initialised is made good by the next
 // wake-up, or when the driver is loaded anew.
@@ -131,10 +129,29 @@ protected:
     FailureTest() : EveryFailureTest(std::get<0>(FailureTest::GetParam())) {}
 };
 
-class EveryRequestTest : public FailureTest<unsigned> {};
+class EveryRequestTest : public FailureTest<unsigned> {
+protected:
+    // Each of so many requests fails in each way, while `tell` tells the story.
+    void FailEach(size_t requests, const std::function<void(const Failure& failure, unsigned nth)>& tell) {
+        const Piece piece{std::get<1>(GetParam()), Pieces};
+        const std::string usage = test_system::Usage();
+        for (const Failure& failure : Failures) {
+            for (unsigned nth = 1; nth <= requests && !HasFailure(); nth += Stride) {
+                if (piece.Has(nth / Stride)) {
+                    SCOPED_TRACE(testing::Message()
+                                 << "request " << nth << " of " << requests << " " << failure.Name);
+                    Cards().AddFault({.What = failure.Kind, .Code = Fault::AnyCode, .Nth = nth});
+                    tell(failure, nth);
+                    Cards().ClearFaults();
+                    EXPECT_EQ(test_system::Usage(), usage);
+                    ExpectAllIsWell();
+                }
+            }
+        }
+    }
+};
 
 TEST_P(EveryRequestTest, FailsOnce) {
-    const Piece piece{std::get<1>(GetParam()), Pieces};
     const DriverLibrary driver;
     ASSERT_TRUE(driver.IsLoaded());
     const std::vector<TraceEntry> discovery = Cards().Trace();
@@ -143,61 +160,37 @@ TEST_P(EveryRequestTest, FailsOnce) {
     const std::vector<TraceEntry> requests = told_;
     const std::vector<simulator::Frame> played = played_;
     ExpectAllIsWell();
-    const std::string usage = test_system::Usage();
     ASSERT_GT(requests.size(), 100u);
-    for (const Failure& failure : Failures) {
-        for (unsigned nth = 1; nth <= requests.size() && !HasFailure(); nth += Stride) {
-            const bool isMade = failure.Kind != Fault::Kind::Short || IsAnswered(requests[nth - 1]);
-            if (!isMade || !piece.Has(nth / Stride)) {
-                continue;
-            }
-            SCOPED_TRACE(testing::Message()
-                         << "request " << nth << " of " << requests.size() << " " << failure.Name);
-            Cards().AddFault({.What = failure.Kind, .Code = Fault::AnyCode, .Nth = nth});
-            Tell(driver);
-            if (told_.size() < nth) {
-                break;  // the telling before had a few more, because it was the first
-            }
-            const TraceEntry& request = told_[nth - 1];
-            SCOPED_TRACE(request.Text());
-            if (request.Result == Pending && !IsAnswered(requests[nth - 1])) {
-                EXPECT_TRUE(played_ == played) << "pending is as good as done";
-            }
-            EXPECT_EQ(test_system::Usage(), usage);
-            if (IsOfInitialisation(request, discovery)) {
-                driver.DriverProc(DRV_POWER, PWR_SUSPENDREQUEST);
-                driver.DriverProc(DRV_POWER, PWR_SUSPENDRESUME);
-            }
-            ExpectAllIsWell();
-            tally::Add(tally::Faults, 1);
+    FailEach(requests.size(), [&](const Failure& failure, unsigned nth) {
+        const bool isAnswered = !requests[nth - 1].Output.empty();
+        if (failure.Kind == Fault::Kind::Short && !isAnswered) {
+            return;
         }
-    }
+        Tell(driver);
+        if (told_.size() < nth) {
+            return;  // the telling before had a few more, because it was the first
+        }
+        const TraceEntry& request = told_[nth - 1];
+        SCOPED_TRACE(request.Text());
+        if (failure.Kind == Fault::Kind::Pend && !isAnswered) {
+            EXPECT_TRUE(played_ == played) << "pending is as good as done";
+        }
+        if (IsOfInitialisation(request, discovery)) {
+            driver.DriverProc(DRV_POWER, PWR_SUSPENDREQUEST);
+            driver.DriverProc(DRV_POWER, PWR_SUSPENDRESUME);
+        }
+    });
 }
 
 // What the driver asks of the kernel when it is loaded. One life is enough.
-class DiscoveryFailureTest : public FailureTest<unsigned> {};
+class DiscoveryFailureTest : public EveryRequestTest {};
 
 TEST_P(DiscoveryFailureTest, OfARequest) {
-    const Piece piece{std::get<1>(GetParam()), Pieces};
-    const std::string usage = test_system::Usage();
     waveOutGetNumDevs();
     const size_t requests = Cards().Trace().size();
     ASSERT_GT(requests, 20u);
-    for (const Failure& failure : Failures) {
-        for (unsigned nth = 1; nth <= requests && !HasFailure(); nth += Stride) {
-            if (!piece.Has(nth / Stride)) {
-                continue;
-            }
-            UnloadDriver();
-            SCOPED_TRACE(testing::Message()
-                         << "request " << nth << " of " << requests << " " << failure.Name);
-            Cards().AddFault({.What = failure.Kind, .Code = Fault::AnyCode, .Nth = nth});
-            TellAnew();
-            EXPECT_EQ(test_system::Usage(), usage);
-            ExpectAllIsWell();
-            tally::Add(tally::Faults, 1);
-        }
-    }
+    UnloadDriver();
+    FailEach(requests, [&](const Failure&, unsigned) { TellAnew(); });
 }
 
 // Calls that fail for want of memory or handles.
@@ -219,8 +212,6 @@ TEST_P(EveryCallTest, FailsOnce) {
         TellAnew();
         EXPECT_EQ(test_system::Usage(), usage);
         ExpectAllIsWell();
-        UnloadDriver();
-        tally::Add(tally::Faults, 1);
     }
 }
 

@@ -87,6 +87,7 @@ protected:
     }
 
     void TearDown() override {
+        tally::Add(tally::Faults, faults_);
         player_.Shut();
         SheetTest::TearDown();
     }
@@ -125,7 +126,7 @@ protected:
     void ExpectAllIsWell() {
         EXPECT_EQ(test_system::Usage(), usage_);
         ExpectMade(1);
-        tally::Add(tally::Faults, 1);
+        ++faults_;
     }
 
     void ExpectMade(int choice) {
@@ -136,6 +137,7 @@ protected:
     const Visit& visit_ = std::get<0>(GetParam());
     const Piece piece_{std::get<1>(GetParam()), Pieces};
     WavePlayer player_;
+    unsigned faults_ = 0;
 
 private:
     static void Append(std::string& state, const std::u16string& key, const std::u16string& name) {

@@ -5,22 +5,21 @@
 #include <span>
 
 #include "simulator/simulator.h"
-#include "tests/reliability/client.h"
 #include "tests/support/driver_library.h"
+#include "tests/support/wave_player.h"
+#include "tests/support/wave_recorder.h"
 
 // Who takes part. Two cards; stepped time.
 struct Cast {
     simulator::Simulator& Cards;
     const DriverLibrary& Driver;
-    Player Output;  // card 0
-    Recorder Input;
-    Player Follower;  // card 1
+    WavePlayer Output;  // card 0
+    WaveRecorder Input;
+    WavePlayer Follower;  // card 1
 
-    void ExpectBalance() {
-        Output.ExpectBalance();
-        Input.ExpectBalance();
-        Follower.ExpectBalance();
-    }
+    // Afterwards every header is back, and the clients heard of the open first, of the close last, and of
+    // each header once.
+    void ExpectBalance();
 };
 
 struct Story {

@@ -6,12 +6,6 @@ namespace {
 
 class StreamFailureTest : public OutputTest {
 protected:
-    void Write(unsigned buffers) {
-        for (unsigned i = 0; i < buffers; ++i) {
-            const auto seed = static_cast<unsigned>(player_.HeaderCount()) + 1;
-            ASSERT_EQ(player_.Write(Pattern(4000, seed)), MMSYSERR_NOERROR);
-        }
-    }
     void ExpectPlayed(const std::vector<unsigned>& seeds) {
         std::vector<BYTE> all;
         for (const unsigned seed : seeds) {
@@ -19,14 +13,6 @@ protected:
             all.insert(all.end(), data.begin(), data.end());
         }
         EXPECT_TRUE(Played() == Sound(format_, all)) << Played().size() << " frames";
-    }
-    void CloseAndForget() {
-        EXPECT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
-        EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
-        ExpectEachReturnedOnce();
-        Cards().ClearFaults();
-        player_.Forget();
-        Cards().ForgetAudio();
     }
 
     const WaveFormat format_ = PcmFormat(44100, 2, 16);
@@ -36,11 +22,10 @@ TEST_F(StreamFailureTest, ABufferThatIsNotTakenComesBackAndTheOthersPlay) {
     for (const char* request : {"BEGIN_BUFFER", "MAP_BUFFER", "SET_BUFFER_COOKIE", "QUEUE_BUFFER"}) {
         for (const unsigned nth : {1u, 3u, 14u, 0u}) {  // 0: each of them
             SCOPED_TRACE(testing::Message() << request << " " << nth);
-            ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+            Open();
             Fail(request, nth);
             Write(15);
             Cards().Advance(Second);
-            ExpectEachReturnedOnce();
             std::vector<unsigned> taken;
             for (unsigned seed = 1; seed <= 15 && nth != 0; ++seed) {
                 if (seed != nth) {
@@ -48,10 +33,7 @@ TEST_F(StreamFailureTest, ABufferThatIsNotTakenComesBackAndTheOthersPlay) {
                 }
             }
             ExpectPlayed(taken);
-            EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR) << "nothing is in flight";
-            Cards().ClearFaults();
-            player_.Forget();
-            Cards().ForgetAudio();
+            CloseAndForget();
         }
     }
 }
@@ -66,13 +48,13 @@ TEST_F(StreamFailureTest, AClientThatTriesAgainDoesNotNest) {
         if (!served) {
             test_system::FailCall("CreateThread", 1);
         }
-        ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+        Open();
         int depth = 0;
         int deepest = 0;
         player_.OnDone([&](WAVEHDR& header) {
             deepest = std::max(deepest, ++depth);
             if (player_.DoneCount() < Turns) {
-                EXPECT_EQ(waveOutWrite(player_.Handle(), &header, sizeof header), MMSYSERR_NOERROR);
+                EXPECT_EQ(player_.HandIn(header), MMSYSERR_NOERROR);
             }
             --depth;
         });
@@ -83,10 +65,9 @@ TEST_F(StreamFailureTest, AClientThatTriesAgainDoesNotNest) {
         }
         EXPECT_EQ(player_.DoneCount(), Turns);
         EXPECT_EQ(deepest, 1);
-        player_.OnDone(nullptr);
-        Cards().ClearFaults();
         EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
         player_.Forget();
+        Cards().ClearFaults();
     }
 }
 
@@ -94,7 +75,7 @@ TEST_F(StreamFailureTest, AClientThatTriesAgainDoesNotNest) {
 TEST_F(StreamFailureTest, AStartThatFailsLosesNothing) {
     for (const char* request : {"START_TRANSFER", "ARM_CHANNEL"}) {
         SCOPED_TRACE(request);
-        ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+        Open();
         Cards().ClearTrace();
         Fail(request, 0);
         Write(3);
@@ -103,8 +84,8 @@ TEST_F(StreamFailureTest, AStartThatFailsLosesNothing) {
         const std::vector<std::string> lines = TraceText();
         EXPECT_EQ(std::count(lines.begin(), lines.end(), "ARM_CHANNEL"), *request == 'A' ? 1 : 0);
         Cards().ClearFaults();
-        EXPECT_EQ(waveOutPause(player_.Handle()), MMSYSERR_NOERROR);
-        EXPECT_EQ(waveOutRestart(player_.Handle()), MMSYSERR_NOERROR);
+        EXPECT_EQ(player_.Stop(), MMSYSERR_NOERROR);
+        EXPECT_EQ(player_.Start(), MMSYSERR_NOERROR);
         Cards().Advance(Second);
         ExpectPlayed({1, 2, 3});
         CloseAndForget();
@@ -113,12 +94,12 @@ TEST_F(StreamFailureTest, AStartThatFailsLosesNothing) {
 
 // Streams of one clock start together; one that could not start must not confuse the count of those.
 TEST_F(StreamFailureTest, AStartThatFailedDoesNotPartLaterStreams) {
-    ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+    Open();
     Fail("START_TRANSFER");
     Write(1);
-    CloseAndForget();
+    player_.Shut();
     WavePlayer digital;
-    ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+    Open();
     ASSERT_EQ(digital.Open(DigitalOut, format_), MMSYSERR_NOERROR);
     Write(1);
     Cards().Advance(Second / 100);
@@ -126,18 +107,18 @@ TEST_F(StreamFailureTest, AStartThatFailedDoesNotPartLaterStreams) {
     Cards().Advance(Second);
     EXPECT_TRUE(Output().Started);
     EXPECT_EQ(Output().StartFrame, Cards().Output(0, simulator::Port::Digital).StartFrame);
-    EXPECT_EQ(digital.Close(), MMSYSERR_NOERROR);
 }
 
 // A card that vanishes takes no header with it.
 TEST_F(StreamFailureTest, TheCardVanishes) {
-    ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+    Open();
     Write(20);
     Cards().Advance(Second / 10);
     Cards().SetPresent(0, false);
     Write(2);
     Cards().Advance(Second);
     EXPECT_EQ(player_.Position(), 0xFFFFFFFF);
+    EXPECT_EQ(player_.Reset(), MMSYSERR_NOERROR);
     CloseAndForget();
     Cards().SetPresent(0, true);
 }

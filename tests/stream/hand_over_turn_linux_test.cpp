@@ -20,6 +20,28 @@ protected:
     void SetUp() override { waveOutGetNumDevs(); }
 
     unsigned InputsInFlight() { return Cards().Input(0, Port::Analog).BuffersInFlight; }
+    static void Add(WaveRecorder& recorder, int buffers) {
+        for (int i = 0; i < buffers; ++i) {
+            EXPECT_EQ(recorder.Add(400), MMSYSERR_NOERROR);
+        }
+    }
+    void Write(WavePlayer& player, unsigned buffers) {
+        for (unsigned i = 0; i < buffers; ++i) {
+            const std::vector<BYTE> data = Pattern(4000, static_cast<unsigned>(player.HeaderCount()));
+            written_.insert(written_.end(), data.begin(), data.end());
+            EXPECT_EQ(player.Write(data), MMSYSERR_NOERROR);
+        }
+    }
+    void Open(WavePlayer& player) {
+        ASSERT_EQ(player.Open(0, PcmFormat(48000, 2, 16)), MMSYSERR_NOERROR);
+        written_.clear();
+        Cards().ForgetAudio();
+    }
+    void ExpectHeard(WavePlayer& player) {
+        Cards().Advance(Second);
+        EXPECT_TRUE(Cards().Played(0, Port::Analog) == Sound(PcmFormat(48000, 2, 16), written_));
+        player.ExpectEachReturnedOnce();
+    }
     // Four buffers are in the card, however small.
     static WaveFormat WithoutRate() {
         WaveFormat format = PcmFormat(48000, 2, 16);
@@ -40,6 +62,8 @@ protected:
         }
         EXPECT_EQ(names.size() % std::size(Requests), 0u);
     }
+
+    std::vector<BYTE> written_;
 };
 
 TEST_F(HandOverTurnTest, BuffersThatAreAddedMeanwhileReachTheCardToo) {
@@ -56,12 +80,8 @@ TEST_F(HandOverTurnTest, BuffersThatAreAddedMeanwhileReachTheCardToo) {
             RequestGate gate;
             ASSERT_EQ(recorder.Open(0, test.Format), MMSYSERR_NOERROR);
             Cards().ClearTrace();
-            gate.Before(request, [&recorder] {
-                for (int i = 0; i < 40; ++i) {
-                    EXPECT_EQ(recorder.Add(400), MMSYSERR_NOERROR);
-                }
-            });
-            EXPECT_EQ(recorder.Add(400), MMSYSERR_NOERROR);
+            gate.Before(request, [&recorder] { Add(recorder, 40); });
+            Add(recorder, 1);
             EXPECT_TRUE(gate.Passed());
             EXPECT_EQ(InputsInFlight(), test.Reach);
             ExpectUnmixed();
@@ -78,19 +98,15 @@ TEST_F(HandOverTurnTest, ACompletionsRefillIsMadeForIt) {
         WaveRecorder recorder;
         RequestGate gate;
         ASSERT_EQ(recorder.Open(0, WithoutRate()), MMSYSERR_NOERROR);
-        for (int i = 0; i < 3; ++i) {
-            ASSERT_EQ(recorder.Add(400), MMSYSERR_NOERROR);
-        }
+        Add(recorder, 3);
         ASSERT_EQ(recorder.Start(), MMSYSERR_NOERROR);
         Cards().ClearTrace();
         gate.Before(request, [&] {
-            for (int i = 0; i < 5; ++i) {
-                EXPECT_EQ(recorder.Add(400), MMSYSERR_NOERROR);
-            }
+            Add(recorder, 5);
             Cards().Advance(Second / 100);
             EXPECT_EQ(recorder.DoneCount(), 3u);
         });
-        EXPECT_EQ(recorder.Add(400), MMSYSERR_NOERROR);
+        Add(recorder, 1);
         EXPECT_TRUE(gate.Passed());
         EXPECT_EQ(InputsInFlight(), 4u);
         ExpectUnmixed();
@@ -108,13 +124,11 @@ TEST_F(HandOverTurnTest, ABufferAddedInTheMiddleOfAStopStartsNothing) {
     ASSERT_EQ(recorder.Open(0, format), MMSYSERR_NOERROR);
     std::atomic<bool> added = false;
     recorder.OnDone([&](WAVEHDR& header) {
-        EXPECT_EQ(recorder.AddAgain(header), MMSYSERR_NOERROR);
+        EXPECT_EQ(recorder.HandIn(header), MMSYSERR_NOERROR);
         added = true;
         added.notify_one();
     });
-    for (int i = 0; i < 5; ++i) {
-        ASSERT_EQ(recorder.Add(400), MMSYSERR_NOERROR);
-    }
+    Add(recorder, 5);
     ASSERT_EQ(recorder.Start(), MMSYSERR_NOERROR);
     Cards().Advance(4500);
     const DWORD position = recorder.Position();
@@ -130,57 +144,35 @@ TEST_F(HandOverTurnTest, ABufferAddedInTheMiddleOfAStopStartsNothing) {
 
 // The first written buffer is in the middle of its way; those written meanwhile come after it, in order.
 TEST_F(HandOverTurnTest, WhatIsWrittenMeanwhileIsHeardInOrder) {
-    const WaveFormat format = PcmFormat(48000, 2, 16);
     for (const char* request : Requests) {
         SCOPED_TRACE(request);
         WavePlayer player;
         RequestGate gate;
-        ASSERT_EQ(player.Open(0, format), MMSYSERR_NOERROR);
-        Cards().ForgetAudio();
-        std::vector<BYTE> written;
-        const auto write = [&](unsigned seed) {
-            const std::vector<BYTE> data = Pattern(400, seed);
-            written.insert(written.end(), data.begin(), data.end());
-            EXPECT_EQ(player.Write(data), MMSYSERR_NOERROR);
-        };
-        gate.Before(request, [&] {
-            for (unsigned i = 1; i < 20; ++i) {
-                write(i);
-            }
-        });
-        write(0);
+        Open(player);
+        gate.Before(request, [&] { Write(player, 19); });
+        const std::vector<BYTE> first = Pattern(400, 0);
+        EXPECT_EQ(player.Write(first), MMSYSERR_NOERROR);
+        written_.insert(written_.begin(), first.begin(), first.end());
         EXPECT_TRUE(gate.Passed());
-        Cards().Advance(Second);
-        EXPECT_TRUE(Cards().Played(0, Port::Analog) == Sound(format, written));
-        player.ExpectEachReturnedOnce();
+        ExpectHeard(player);
     }
 }
 
 // The computer falls asleep: the kernel refuses the rest of the buffer's requests, and those of the next.
 TEST_F(HandOverTurnTest, ABufferThatASleepKeepsFromTheCardIsHeardAfterIt) {
-    const WaveFormat format = PcmFormat(48000, 2, 16);
     for (const char* request : Requests) {
         for (const unsigned before : {0u, 2u}) {
             SCOPED_TRACE(testing::Message() << request << ", " << before << " before it");
             WavePlayer player;
             RequestGate gate;
-            ASSERT_EQ(player.Open(0, format), MMSYSERR_NOERROR);
-            Cards().ForgetAudio();
-            std::vector<BYTE> written;
-            for (unsigned i = 0; i < before + 3; ++i) {
-                const std::vector<BYTE> data = Pattern(4000, i);
-                written.insert(written.end(), data.begin(), data.end());
-                if (i == before) {
-                    gate.Before(request, [this] { Sleep(); });
-                }
-                EXPECT_EQ(player.Write(data), MMSYSERR_NOERROR);
-            }
+            Open(player);
+            Write(player, before);
+            gate.Before(request, [this] { Sleep(); });
+            Write(player, 3);
             EXPECT_TRUE(gate.Passed());
             EXPECT_EQ(player.DoneCount(), 0u) << "nothing comes back unplayed";
             Wake();
-            Cards().Advance(Second);
-            EXPECT_TRUE(Cards().Played(0, Port::Analog) == Sound(format, written));
-            player.ExpectEachReturnedOnce();
+            ExpectHeard(player);
         }
     }
 }

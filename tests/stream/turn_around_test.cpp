@@ -32,11 +32,9 @@ class CaptureTurnAround : public InputTest {};
 TEST_F(PlaybackTurnAround, TakesNoMemoryAndFewRounds) {
     for (const WORD bits : {WORD{16}, WORD{24}}) {  // given to the card as it is, and converted
         SCOPED_TRACE(bits);
-        player_.OnDone([this](WAVEHDR& header) { waveOutWrite(player_.Handle(), &header, sizeof header); });
-        ASSERT_EQ(player_.Open(AnalogOut, PcmFormat(44100, 2, bits)), MMSYSERR_NOERROR);
-        for (unsigned i = 0; i < Buffers; ++i) {
-            ASSERT_EQ(player_.Write(Pattern(1200)), MMSYSERR_NOERROR);
-        }
+        player_.OnDone([this](WAVEHDR& header) { player_.HandIn(header); });
+        Open(PcmFormat(44100, 2, bits));
+        Write(Buffers, 1200);
         ExpectLittleTaken([this](unsigned back) {
             while (player_.DoneCount() < back && Cards().AdvanceToNextCompletion(Second)) {
             }
@@ -52,7 +50,7 @@ TEST_F(CaptureTurnAround, TakesNoMemoryAndFewRounds) {
     StoreSetting(0, TEXT("DitherADC"), 4);
     for (const WORD bits : {WORD{16}, WORD{24}}) {  // dithered, and packed
         SCOPED_TRACE(bits);
-        recorder_.OnDone([this](WAVEHDR& header) { recorder_.AddAgain(header); });
+        recorder_.OnDone([this](WAVEHDR& header) { recorder_.HandIn(header); });
         Open(PcmFormat(44100, 2, bits));
         Add(1200, Buffers);
         ASSERT_EQ(recorder_.Start(), MMSYSERR_NOERROR);

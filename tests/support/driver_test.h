@@ -28,6 +28,7 @@ public:
 
 protected:
     static constexpr int64_t Second = 1000000;  // of Simulator::Advance
+    static constexpr int64_t Millisecond = 1000;
 
     // The cards are on the machine from the start; the first wave call loads the driver, so settings can
     // be stored before it.

@@ -39,6 +39,14 @@ protected:
     void AdvanceFrames(unsigned frames, unsigned rate) {
         Cards().Advance((2 * frames + 1) * Second / (2 * rate));
     }
+    // The end of a case: the next one finds the recorder as new.
+    void CloseAndForget() {
+        recorder_.OnDone(nullptr);
+        EXPECT_TRUE(recorder_.GuardsIntact());
+        recorder_.Shut();
+        ExpectEachReturnedOnce();
+        recorder_.Forget();
+    }
     void ExpectEachReturnedOnce() { recorder_.ExpectEachReturnedOnce(); }
 
     WaveRecorder recorder_;

@@ -19,6 +19,28 @@ protected:
         DriverTest::TearDown();
     }
 
+    void Open(const WaveFormat& format = PcmFormat(44100, 2, 16), UINT device = AnalogOut) {
+        ASSERT_EQ(player_.Open(device, format), MMSYSERR_NOERROR);
+    }
+    // Each buffer of another pattern, whose seed is the buffer's number from 1 on.
+    void Write(unsigned buffers = 1, size_t bytes = 4000) {
+        for (unsigned i = 0; i < buffers; ++i) {
+            const std::vector<BYTE> data = Pattern(bytes, static_cast<unsigned>(player_.HeaderCount()) + 1);
+            ASSERT_EQ(player_.Write(data), MMSYSERR_NOERROR);
+            written_.insert(written_.end(), data.begin(), data.end());
+        }
+    }
+    // The end of a case: the next one finds the card and the player as new.
+    void CloseAndForget() {
+        player_.OnDone(nullptr);
+        EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
+        ExpectEachReturnedOnce();
+        player_.Forget();
+        written_.clear();
+        Cards().ClearFaults();
+        Cards().ForgetAudio();
+    }
+
     std::vector<simulator::Frame> Played(simulator::Port port = simulator::Port::Analog) {
         return Cards().Played(0, port);
     }
@@ -30,4 +52,5 @@ protected:
     void ExpectEachReturnedOnce() { player_.ExpectEachReturnedOnce(); }
 
     WavePlayer player_;
+    std::vector<BYTE> written_;  // by Write
 };

@@ -30,9 +30,15 @@ public:
         change_ = std::move(change);
     }
 
+    // `look` runs on the thread of every request, before it reaches its card.
+    void OnEach(std::function<void()> look) { look_ = std::move(look); }
+
     DWORD Open(const WCHAR* path, void** file) override { return cards_->Open(path, file); }
     void Close(void* file) override { cards_->Close(file); }
     DWORD Control(void* file, device::Request& request) override {
+        if (look_) {
+            look_();
+        }
         if (before_ && request.Code == code_) {
             std::exchange(before_, nullptr)();
         }
@@ -45,6 +51,7 @@ public:
 
 private:
     device::Driver* cards_;
+    std::function<void()> look_;
     DWORD code_ = 0;
     std::function<void()> before_;
     DWORD changedCode_ = 0;

@@ -2,7 +2,6 @@
 
 #include <commctrl.h>
 #include <mmddk.h>
-#include <prsht.h>
 
 #include <algorithm>
 
@@ -135,20 +134,4 @@ SheetPage Sheet::Show(size_t page) const {
 SheetPage Sheet::Show(const std::u16string& title) const {
     const std::vector<std::u16string> titles = Titles();
     return Show(static_cast<size_t>(std::find(titles.begin(), titles.end(), title) - titles.begin()));
-}
-
-void Sheet::Apply() const {
-    window_.Press(PSBTN_APPLYNOW);
-}
-
-void Sheet::Help() const {
-    window_.Press(PSBTN_HELP);
-}
-
-void Sheet::Ok() const {
-    window_.Press(PSBTN_OK);
-}
-
-void Sheet::Cancel() const {
-    window_.Press(PSBTN_CANCEL);
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <windows.h>
+#include <prsht.h>
 
 #include <string>
 #include <vector>
@@ -55,11 +56,11 @@ public:
     SheetPage Show(const std::u16string& title) const;
     SheetPage Current() const { return SheetPage(window_.CurrentPage()); }
 
-    void Apply() const;
-    void Help() const;
-    void Ok() const;                            // the sheet closes, when no page objects
-    void Cancel() const;                        // ...
-    LONG Closed() { return window_.Closed(); }  // the answer, once the sheet has been closed
+    void Apply() const { window_.Press(PSBTN_APPLYNOW); }
+    void Help() const { window_.Press(PSBTN_HELP); }
+    void Ok() const { window_.Press(PSBTN_OK); }          // the sheet closes, when no page objects
+    void Cancel() const { window_.Press(PSBTN_CANCEL); }  // ...
+    LONG Closed() { return window_.Closed(); }            // the answer, once the sheet has been closed
 
 private:
     kestvox::SheetWindow window_;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <windows.h>
+#include <mmsystem.h>
 
 #include <string>
 #include <vector>
@@ -27,9 +28,22 @@ Function DriverEntry(HMODULE driver, const char* name) {
 // What the process has taken and not given back, in words; equal before and after when nothing leaked.
 std::string Usage();
 
+// Whether it comes to that: a thread that has left the driver ends a moment later.
+bool UsageComesTo(const std::string& usage);
+
 // A page of memory that can be touched until it is given back, and not after.
 void* TakePage();
 void GiveBackPage(void* page);
+
+// A prepared header on such a page, with so many bytes of data behind it.
+inline WAVEHDR* TakeHeader(DWORD bytes) {
+    auto* header = static_cast<WAVEHDR*>(TakePage());
+    *header = {};
+    header->lpData = reinterpret_cast<LPSTR>(header + 1);
+    header->dwBufferLength = bytes;
+    header->dwFlags = WHDR_PREPARED;
+    return header;
+}
 
 // How often the driver has released a mutex.
 unsigned long MutexReleases();

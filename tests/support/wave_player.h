@@ -14,7 +14,7 @@ public:
         memcpy(header.lpData, data.data(), data.size());
         header.dwFlags |= flags;
         header.dwLoops = loops;
-        return waveOutWrite(handle_, &header, sizeof header);
+        return HandInNew(header);
     }
 };
 

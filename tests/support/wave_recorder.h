@@ -7,10 +7,7 @@ class WaveRecorder : public WaveClient<WaveInCalls> {
 public:
     // Adds a new header with an untouched buffer of `size` bytes at `misalignment` bytes from an 8-byte
     // boundary.
-    MMRESULT Add(size_t size, unsigned misalignment = 0) { return AddAgain(NewHeader(size, misalignment)); }
-    MMRESULT AddAgain(WAVEHDR& header) { return waveInAddBuffer(handle_, &header, sizeof header); }
-    MMRESULT Start() { return waveInStart(handle_); }
-    MMRESULT Stop() { return waveInStop(handle_); }
+    MMRESULT Add(size_t size, unsigned misalignment = 0) { return HandInNew(NewHeader(size, misalignment)); }
 
     // What came back, one buffer after the other: dwBytesRecorded of each, and the bytes themselves as
     // they were when it came back.

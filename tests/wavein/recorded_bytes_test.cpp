@@ -1,5 +1,9 @@
-// dwBytesRecorded when something is amiss, and the position. What a run leaves in its buffers otherwise is
-// told in recorded_model_test.cpp.
+// dwBytesRecorded when something is amiss, the position, and direct mode. What a run leaves in its buffers
+// otherwise is told in recorded_model_test.cpp.
+#include <mmddk.h>
+
+#include <atomic>
+
 #include "tests/support/input_test.h"
 
 namespace {
@@ -19,20 +23,18 @@ protected:
         AdvanceFrames(frames, Rate);
     }
     // What is on its way when the card stands still arrives.
-    void Settle() { Cards().Advance(1000); }
-    void Stop() {
-        recorder_.Stop();
-        Settle();
-    }
     void Reset() {
         recorder_.Reset();
-        Settle();
+        Cards().Advance(1000);
     }
-    // Bytes `from` to `to` of what the signal is for the client.
-    std::vector<BYTE> Bytes(const WaveFormat& format, const std::vector<simulator::Frame>& signal,
-                            size_t from, size_t to) {
-        const std::vector<BYTE> all = ClientBytes(format, signal);
-        return {all.begin() + static_cast<long>(from), all.begin() + static_cast<long>(to)};
+    // What has been recorded is, from byte `at` on, the signal from byte `from` on.
+    void ExpectRecorded(const WaveFormat& format, const std::vector<simulator::Frame>& signal, size_t at = 0,
+                        size_t from = 0) {
+        const std::vector<BYTE> sound = ClientBytes(format, signal);
+        const std::vector<BYTE> all = recorder_.Recorded();
+        ASSERT_LE(at, all.size());
+        EXPECT_TRUE(std::equal(all.begin() + static_cast<long>(at), all.end(),
+                               sound.begin() + static_cast<long>(from)));
     }
 };
 
@@ -44,52 +46,63 @@ TEST_F(RecordedBytesTest, AClientThatComesLateLosesWhatPassed) {
     Run(1000);
     EXPECT_EQ(recorder_.Counts(), Sizes{640});
     EXPECT_EQ(recorder_.Position(), 320u);
+    ExpectRecorded(Mono(), signal);
     Add(640);
     AdvanceFrames(1000, Rate);
     EXPECT_EQ(recorder_.Counts(), (Sizes{640, 640}));
-    std::vector<BYTE> expected = Bytes(Mono(), signal, 0, 640);
     const auto dropped = static_cast<size_t>(Cards().Input(0, Port::Analog).FramesDropped);
     EXPECT_NEAR(static_cast<double>(dropped), 680, 2);
-    const auto later = Bytes(Mono(), signal, 640 + 2 * dropped, 1280 + 2 * dropped);
-    expected.insert(expected.end(), later.begin(), later.end());
-    EXPECT_TRUE(recorder_.Recorded() == expected);
+    ExpectRecorded(Mono(), signal, 640, 640 + 2 * dropped);
 }
 
 TEST_F(RecordedBytesTest, ARefusedBufferComesBackEmpty) {
-    const auto signal = PlugIn(2000);
-    Open(Mono());
-    for (const char* request : {"BEGIN_BUFFER:1", "MAP_BUFFER:1", "SET_BUFFER_COOKIE:1", "QUEUE_BUFFER:1"}) {
+    PlugIn(2000);
+    for (const char* request : {"BEGIN_BUFFER", "MAP_BUFFER", "SET_BUFFER_COOKIE", "QUEUE_BUFFER"}) {
         SCOPED_TRACE(request);
+        Open(Mono());
         recorder_.Start();
-        AddFault(request);
+        Fail(request);
         Add(800);
-        Settle();
-        Cards().ClearFaults();
+        Cards().Advance(1000);
         EXPECT_EQ(recorder_.Counts(), Sizes{0});
         Add(800);
         AdvanceFrames(500, Rate);
         EXPECT_EQ(recorder_.Counts(), (Sizes{0, 800}));
-        ExpectEachReturnedOnce();
-        Reset();
-        EXPECT_EQ(recorder_.Close(), MMSYSERR_NOERROR);
-        recorder_.Forget();
-        Open(Mono());
+        CloseAndForget();
     }
 }
 
 // Whatever the memory held that it would have been recorded into.
 TEST_F(RecordedBytesTest, ABufferOfLessThanAWordComesBackEmptyAtOnce) {
-    const auto signal = PlugIn(2000);
+    PlugIn(2000);
     Open(Mono());
     recorder_.Start();
-    EXPECT_EQ(recorder_.Add(800, 1), MMSYSERR_NOERROR);
-    AdvanceFrames(500, Rate);
-    EXPECT_EQ(recorder_.Add(3, 1), MMSYSERR_NOERROR);
-    Settle();
-    EXPECT_EQ(recorder_.Counts(), (Sizes{800, 0}));
-    EXPECT_EQ(recorder_.Add(800, 1), MMSYSERR_NOERROR);
-    AdvanceFrames(500, Rate);
+    for (const DWORD size : {800u, 3u, 800u}) {
+        Add(size, 1, 1);
+        AdvanceFrames(size / 2, Rate);
+        Cards().Advance(1000);
+    }
     EXPECT_EQ(recorder_.Counts(), (Sizes{800, 0, 800}));
+}
+
+// A header that comes back during the reset can be recorded into at once.
+TEST_F(RecordedBytesTest, WhatIsAddedDuringAResetIsForTheNextStart) {
+    std::atomic<unsigned> calls = 0;
+    Open(Mono());
+    Add(400, 5);
+    Run(50);
+    recorder_.OnDone([&](WAVEHDR& header) {
+        if (calls++ < 5) {
+            EXPECT_EQ(recorder_.HandIn(header), MMSYSERR_NOERROR);
+        }
+    });
+    Reset();
+    const auto signal = PlugIn(2000);
+    const size_t before = recorder_.Recorded().size();
+    Run(2000);
+    EXPECT_EQ(recorder_.DoneCount(), 10u);
+    ASSERT_EQ(recorder_.Recorded().size(), before + 2000);
+    ExpectRecorded(Mono(), signal, before);
 }
 
 TEST_F(RecordedBytesTest, ThePositionIsToldInFramesAndBytesOfTheClient) {
@@ -103,15 +116,14 @@ TEST_F(RecordedBytesTest, ThePositionIsToldInFramesAndBytesOfTheClient) {
         EXPECT_NEAR(position, 100, 1);
         EXPECT_EQ(recorder_.Position(TIME_MS), position) << "answered in frames";
         EXPECT_EQ(recorder_.Position(TIME_BYTES), position * format.Get()->nBlockAlign);
-        AddFault("GET_POSITION:1");
+        Fail("GET_POSITION");
         EXPECT_EQ(recorder_.Position(), 0xFFFFFFFF) << "an error";
-        Stop();
+        recorder_.Stop();
         EXPECT_NEAR(recorder_.Position(), 100, 1) << "the live count, also while stopped";
         Reset();
         recorder_.Start();
         EXPECT_EQ(recorder_.Position(), 0u);
-        recorder_.Shut();
-        recorder_.Forget();
+        CloseAndForget();
     }
 }
 
@@ -121,18 +133,16 @@ TEST_F(RecordedBytesTest, WithoutAPositionOnlyFullBuffersCount) {
     Open(Mono());
     Add(800, 4);
     recorder_.Start();
-    AddFault("GET_POSITION:1");
+    Fail("GET_POSITION");
     AdvanceFrames(450, Rate);
     EXPECT_EQ(recorder_.Counts(), Sizes{800});
     AdvanceFrames(400, Rate);
-    EXPECT_EQ(recorder_.Counts(), (Sizes{800, 800}));
-    AddFault("GET_POSITION:1");
-    AddFault("GET_POSITION:2");
-    Stop();
+    Fail("GET_POSITION", 0);
+    recorder_.Stop();
+    Cards().Advance(1000);
     EXPECT_EQ(recorder_.Counts(), (Sizes{800, 800, 0}));
-    EXPECT_TRUE(recorder_.Recorded() == Bytes(Mono(), signal, 0, 1600));
-    Reset();
-    ExpectEachReturnedOnce();
+    ExpectRecorded(Mono(), signal);
+    CloseAndForget();
 }
 
 TEST_F(RecordedBytesTest, HeadersThatWillNotDoAreNotTaken) {
@@ -141,14 +151,30 @@ TEST_F(RecordedBytesTest, HeadersThatWillNotDoAreNotTaken) {
     EXPECT_EQ(recorder_.Add(999), MMSYSERR_NOERROR);
     EXPECT_EQ(recorder_.Add(0), unsigned{MMSYSERR_INVALPARAM});
     WAVEHDR header = {};
-    char data[12];
-    header.lpData = data;
-    header.dwBufferLength = sizeof data;
-    EXPECT_EQ(recorder_.AddAgain(header), unsigned{WAVERR_UNPREPARED});
-    waveInPrepareHeader(recorder_.Handle(), &header, sizeof header);
-    EXPECT_EQ(waveInAddBuffer(recorder_.Handle(), &header, sizeof header - 1), unsigned{MMSYSERR_INVALPARAM});
+    EXPECT_EQ(recorder_.HandIn(header), unsigned{WAVERR_UNPREPARED});
     Reset();
-    EXPECT_EQ(recorder_.DoneCount(), 1u);
+    ExpectEachReturnedOnce();
+}
+
+// Direct mode: the card's own slots, whatever was opened; dithered, nothing is left to dither to.
+TEST_F(RecordedBytesTest, DirectModeBringsWholeSlots) {
+    for (const DWORD dither : {0u, 1u}) {
+        StoreSetting(0, TEXT("DitherADC"), dither);
+        Open(PcmFormat(Rate, 2, 16));
+        EXPECT_EQ(waveInMessage(recorder_.Handle(), 0x4002, 0, 0), MMSYSERR_NOERROR);
+        EXPECT_EQ(Cards().InputRegister(0, Port::Analog, 0) & 0xC0, 0xC0);
+        const auto signal = PlugIn(1000);
+        Cards().ClearTrace();
+        ASSERT_EQ(recorder_.Add(4000), dither != 0 ? unsigned{MMSYSERR_INVALPARAM} : MMSYSERR_NOERROR);
+        if (dither == 0) {
+            EXPECT_EQ(TraceText().back(), "QUEUE_BUFFER 1");
+            Run(1000);
+            ExpectRecorded(PcmFormat(Rate, 2, 32), signal);
+            EXPECT_EQ(recorder_.Position(TIME_BYTES), 4000u);
+        }
+        CloseAndForget();
+        UnloadDriver();
+    }
 }
 
 }  // namespace

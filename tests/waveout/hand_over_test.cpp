@@ -51,19 +51,17 @@ TEST_F(HandOverTest, InFlightRuleDecidesHowManyBuffersTheCardHas) {
         SCOPED_TRACE(test.Name);
         WaveFormat format = test.Format;
         format.Basic().nAvgBytesPerSec = test.AvgBytesPerSec;
-        WavePlayer player;
-        ASSERT_EQ(player.Open(AnalogOut, format), MMSYSERR_NOERROR);
+        Open(format);
         for (unsigned i = 0; i < 30; ++i) {
-            EXPECT_EQ(player.Write(Pattern(test.Bytes)), MMSYSERR_NOERROR);
+            Write(test.Bytes);
             EXPECT_EQ(Output().BuffersInFlight, std::min(i + 1, test.InFlight));
         }
         for (unsigned i = 0; i < 26; ++i) {
             EXPECT_TRUE(Cards().AdvanceToNextCompletion(10 * Second));
             EXPECT_EQ(Output().BuffersInFlight, std::min(29 - i, test.InFlight)) << i;
         }
-        Cards().Advance(20 * Second);
-        EXPECT_EQ(player.DoneCount(), 30u);
-        EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
+        EXPECT_EQ(player_.Reset(), MMSYSERR_NOERROR);
+        EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
     }
 }
 
@@ -102,25 +100,24 @@ TEST_F(HandOverTest, TheRequestsOfABuffer) {
 }
 
 TEST_F(HandOverTest, TheRequestsOfControl) {
+    using Call = MMRESULT (WavePlayer::*)();
+    const auto expect = [this](Call call, const Lines& requests, const char* why = "") {
+        EXPECT_EQ((player_.*call)(), MMSYSERR_NOERROR);
+        EXPECT_EQ(Sent(), requests) << why;
+    };
     Open(PcmFormat(44100, 2, 16));
-    EXPECT_EQ(waveOutPause(player_.Handle()), MMSYSERR_NOERROR);
+    expect(&WavePlayer::Stop, {});
     Write(4096);
     EXPECT_EQ(Sent(), Buffer(4096)) << "a paused port is not started";
-    EXPECT_EQ(waveOutRestart(player_.Handle()), MMSYSERR_NOERROR);
-    EXPECT_EQ(Sent(), Lines({"START_TRANSFER", "ARM_CHANNEL"}));
-    EXPECT_EQ(waveOutRestart(player_.Handle()), MMSYSERR_NOERROR);
-    EXPECT_EQ(Sent(), Lines()) << "it plays already";
-    EXPECT_EQ(waveOutPause(player_.Handle()), MMSYSERR_NOERROR);
-    EXPECT_EQ(waveOutPause(player_.Handle()), MMSYSERR_NOERROR);
-    EXPECT_EQ(Sent(), Lines({"DISARM_CHANNEL"}));
+    expect(&WavePlayer::Start, {"START_TRANSFER", "ARM_CHANNEL"});
+    expect(&WavePlayer::Start, {}, "it plays already");
+    expect(&WavePlayer::Stop, {"DISARM_CHANNEL"});
+    expect(&WavePlayer::Stop, {}, "it is paused already");
     Write(512);
     EXPECT_EQ(Sent(), Buffer(512, {"START_TRANSFER"})) << "paused after playing";
-    EXPECT_EQ(waveOutRestart(player_.Handle()), MMSYSERR_NOERROR);
-    Sent();
-    EXPECT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
-    EXPECT_EQ(Sent(), Lines({"DISARM_CHANNEL", "FLUSH_BUFFERS"}));
-    EXPECT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
-    EXPECT_EQ(Sent(), Lines({"FLUSH_BUFFERS"}));
+    expect(&WavePlayer::Start, {"START_TRANSFER", "ARM_CHANNEL"});
+    expect(&WavePlayer::Reset, {"DISARM_CHANNEL", "FLUSH_BUFFERS"});
+    expect(&WavePlayer::Reset, {"FLUSH_BUFFERS"});
     EXPECT_EQ(waveOutBreakLoop(player_.Handle()), MMSYSERR_NOERROR);
     EXPECT_EQ(Sent(), Lines());
     player_.Position();
@@ -135,7 +132,7 @@ TEST_F(HandOverTest, DirectModeIsAFlagOfEveryLaterBuffer) {
     EXPECT_EQ(Sent(), Lines({"write port 0 = C0 / C0"}));
     Write(300);
     EXPECT_EQ(Sent(), Buffer(400, {"START_TRANSFER"}, 1));
-    EXPECT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
+    EXPECT_EQ(player_.Reset(), MMSYSERR_NOERROR);
     Sent();
     Write(300);
     EXPECT_EQ(Sent(), Buffer(400, {"START_TRANSFER", "ARM_CHANNEL"}, 1));
@@ -144,7 +141,6 @@ TEST_F(HandOverTest, DirectModeIsAFlagOfEveryLaterBuffer) {
 TEST_F(HandOverTest, HeadersThatAreRefusedLeaveNoTrace) {
     Open(PcmFormat(44100, 2, 24));
     char data[12] = {};
-    const WAVEHDR good = {data, 12, 0, 0, WHDR_PREPARED, 0, nullptr, 0};
     struct Case {
         const char* Name;
         LPSTR Data;
@@ -154,68 +150,71 @@ TEST_F(HandOverTest, HeadersThatAreRefusedLeaveNoTrace) {
         MMRESULT Result;
     };
     const Case cases[] = {
-        {"size too small", data, 12, 0, sizeof good - 1, MMSYSERR_INVALPARAM},
-        {"size too large", data, 12, WHDR_PREPARED, sizeof good + 1, MMSYSERR_INVALPARAM},
-        {"not prepared", nullptr, 0, 0, sizeof good, WAVERR_UNPREPARED},
-        {"no data", nullptr, 12, WHDR_PREPARED, sizeof good, MMSYSERR_INVALPARAM},
-        {"no length", data, 0, WHDR_PREPARED, sizeof good, MMSYSERR_INVALPARAM},
-        {"parts of samples", data, 11, WHDR_PREPARED, sizeof good, MMSYSERR_INVALPARAM},
-        {"less than a sample", data, 2, WHDR_PREPARED, sizeof good, MMSYSERR_INVALPARAM},
+        {"size too small", data, 12, 0, sizeof(WAVEHDR) - 1, MMSYSERR_INVALPARAM},
+        {"size too large", data, 12, WHDR_PREPARED, sizeof(WAVEHDR) + 1, MMSYSERR_INVALPARAM},
+        {"not prepared", nullptr, 0, 0, sizeof(WAVEHDR), WAVERR_UNPREPARED},
+        {"no data", nullptr, 12, WHDR_PREPARED, sizeof(WAVEHDR), MMSYSERR_INVALPARAM},
+        {"no length", data, 0, WHDR_PREPARED, sizeof(WAVEHDR), MMSYSERR_INVALPARAM},
+        {"parts of samples", data, 11, WHDR_PREPARED, sizeof(WAVEHDR), MMSYSERR_INVALPARAM},
+        {"less than a sample", data, 2, WHDR_PREPARED, sizeof(WAVEHDR), MMSYSERR_INVALPARAM},
     };
     for (const Case& test : cases) {
-        WAVEHDR header = good;
-        header.lpData = test.Data;
-        header.dwBufferLength = test.Length;
-        header.dwFlags = test.Flags;
+        WAVEHDR header = {test.Data, test.Length, 0, 0, test.Flags, 0, nullptr, 0};
         EXPECT_EQ(Send(WODM_WRITE, reinterpret_cast<DWORD_PTR>(&header), test.Size), test.Result)
             << test.Name;
     }
-    EXPECT_EQ(Send(WODM_WRITE, 0, sizeof good), unsigned{MMSYSERR_INVALPARAM});
-    Cards().Advance(Second);
+    EXPECT_EQ(Send(WODM_WRITE, 0, sizeof(WAVEHDR)), unsigned{MMSYSERR_INVALPARAM});
     EXPECT_EQ(Sent(), Lines());
-    EXPECT_EQ(player_.DoneCount(), 0u);
     EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
 }
 
-// A buffer for which there is no memory is refused; the one after it plays.
-TEST_F(HandOverTest, WithoutMemoryAWriteIsRefused) {
+// A buffer for which there is no memory is refused; the one after it plays. A shadow buffer that cannot be
+// resized is replaced.
+TEST_F(HandOverTest, OnlyANewBufferNeedsMemory) {
     struct Case {
         const char* Call;
         unsigned Nth;
+        bool Refused;
+    };
+    const Case cases[] = {
+        {"GlobalAlloc", 1, true}, {"GlobalLock", 1, true},     {"HeapAlloc", 1, true},
+        {"HeapAlloc", 2, true},   {"GlobalReAlloc", 1, false}, {"GlobalLock", 1, false},
     };
     const WaveFormat format = TaggedFormat(WAVE_FORMAT_ALAW, 8000, 1, 8);
-    for (const Case& test : {Case{"GlobalAlloc", 1}, {"GlobalLock", 1}, {"HeapAlloc", 1}, {"HeapAlloc", 2}}) {
+    for (const Case& test : cases) {
         SCOPED_TRACE(testing::Message() << test.Call << " " << test.Nth);
-        WavePlayer player;
-        ASSERT_EQ(player.Open(AnalogOut, format), MMSYSERR_NOERROR);
-        test_system::FailCall(test.Call, test.Nth);
-        EXPECT_EQ(player.Write(Pattern(80, 1)), unsigned{MMSYSERR_NOMEM});
-        test_system::ClearCallFailures();
-        EXPECT_EQ(player.Write(Pattern(80, 2)), MMSYSERR_NOERROR);
-        Cards().Advance(Second);
-        EXPECT_EQ(player.DoneOrder(), std::vector<size_t>{1});
-        EXPECT_EQ(Played(), Sound(format, Pattern(80, 2)));
-        EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
+        Open(format);
+        if (!test.Refused) {
+            Write(200);  // leaves a shadow buffer, of another size
+            Cards().Advance(Second);
+        }
         Cards().ForgetAudio();
+        test_system::FailCall(test.Call, test.Nth);
+        EXPECT_EQ(player_.Write(Pattern(120)), test.Refused ? unsigned{MMSYSERR_NOMEM} : MMSYSERR_NOERROR);
+        EXPECT_FALSE(test_system::CallFailuresAreWaiting());
+        if (test.Refused) {
+            Write(120);
+        }
+        Cards().Advance(Second);
+        EXPECT_EQ(Played(), Sound(format, Pattern(120)));
+        CloseAndForget();
     }
 }
 
 // The card reads plain samples from the client's memory, unless it cannot read at that address.
 TEST_F(HandOverTest, OnlyMisalignedBuffersAreCopied) {
     const WaveFormat format = PcmFormat(44100, 2, 16);
+    Open(format);
     for (unsigned misalignment = 0; misalignment < 5; ++misalignment) {
         SCOPED_TRACE(misalignment);
-        WavePlayer player;
-        ASSERT_EQ(player.Open(AnalogOut, format), MMSYSERR_NOERROR);
-        EXPECT_EQ(waveOutPause(player.Handle()), MMSYSERR_NOERROR);
-        ASSERT_EQ(player.Write(Pattern(400), 0, 0, misalignment), MMSYSERR_NOERROR);
+        Cards().ForgetAudio();
+        EXPECT_EQ(player_.Stop(), MMSYSERR_NOERROR);
+        Write(400, misalignment);
         const std::vector<BYTE> later = Pattern(400, 2);
-        std::copy(later.begin(), later.end(), player.Header(0).lpData);
-        EXPECT_EQ(waveOutRestart(player.Handle()), MMSYSERR_NOERROR);
+        std::copy(later.begin(), later.end(), player_.Header(misalignment).lpData);
+        EXPECT_EQ(player_.Start(), MMSYSERR_NOERROR);
         Cards().Advance(Second);
         EXPECT_EQ(Played(), Sound(format, misalignment % 4 == 0 ? later : Pattern(400)));
-        EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
-        Cards().ForgetAudio();
     }
 }
 
@@ -227,27 +226,11 @@ TEST_F(HandOverTest, AResetGivesTheMemoryOfConversionsBack) {
             Write(80);
         }
         Cards().Advance(Second);
-        EXPECT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
+        EXPECT_EQ(player_.Reset(), MMSYSERR_NOERROR);
         if (usage.empty()) {
             usage = test_system::Usage();
         }
         EXPECT_EQ(test_system::Usage(), usage) << buffers;
-    }
-    ExpectEachReturnedOnce();
-}
-
-// A shadow buffer that cannot be resized is replaced.
-TEST_F(HandOverTest, ABufferThatDoesNotGrowIsReplaced) {
-    const WaveFormat format = TaggedFormat(WAVE_FORMAT_ALAW, 8000, 1, 8);
-    Open(format);
-    for (const char* call : {"GlobalReAlloc", "GlobalLock"}) {
-        Write(80);
-        Cards().Advance(Second);
-        Cards().ForgetAudio();
-        test_system::FailCall(call, 1);
-        Write(120);
-        Cards().Advance(Second);
-        EXPECT_EQ(Played(), Sound(format, Pattern(120))) << call;
     }
     ExpectEachReturnedOnce();
 }

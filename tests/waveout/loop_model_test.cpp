@@ -125,7 +125,7 @@ protected:
         }
     }
     void Reset() {
-        ASSERT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
+        ASSERT_EQ(player_.Reset(), MMSYSERR_NOERROR);
         Cards().Advance(1000);
         EXPECT_EQ(player_.Position(), 0u);
         ExpectEachReturnedOnce();
@@ -143,8 +143,7 @@ protected:
             model_.Break();
         } else if (kind == 3) {
             paused_ = !paused_;
-            ASSERT_EQ(paused_ ? waveOutPause(player_.Handle()) : waveOutRestart(player_.Handle()),
-                      MMSYSERR_NOERROR);
+            ASSERT_EQ(paused_ ? player_.Stop() : player_.Start(), MMSYSERR_NOERROR);
         } else if (kind > 8) {
             Write(Draw(4) * Begin, Draw(5));  // any of the marks, or both
         } else if (paused_) {
@@ -158,7 +157,7 @@ protected:
         if (model_.InLoop()) {
             Write(End, 0);
         }
-        ASSERT_EQ(waveOutRestart(player_.Handle()), MMSYSERR_NOERROR);
+        ASSERT_EQ(player_.Start(), MMSYSERR_NOERROR);
         Play(1000);
         ExpectHeard(model_.Heard());
     }

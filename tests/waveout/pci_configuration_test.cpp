@@ -97,18 +97,16 @@ TEST_F(PciConfigurationTest, AnotherCardInItsPlaceIsNotTouched) {
 }
 
 TEST_F(PciConfigurationTest, TheFirstStepThatFailsIsTheLast) {
-    const auto expectStops = [this](UINT message, const Lines& requests, size_t count) {
-        SCOPED_TRACE(testing::Message() << message << ": " << requests[count - 1]);
-        Fail(simulator::Fault::AnyCode, static_cast<unsigned>(count));
-        Expect(message, MMSYSERR_ERROR, {requests.begin(), requests.begin() + static_cast<long>(count)});
+    const auto expectStops = [this](UINT message, const Lines& requests) {
+        for (size_t count = 1; count <= requests.size(); ++count) {
+            SCOPED_TRACE(testing::Message() << message << ": " << requests[count - 1]);
+            Fail(simulator::Fault::AnyCode, static_cast<unsigned>(count));
+            Expect(message, MMSYSERR_ERROR, {requests.begin(), requests.begin() + static_cast<long>(count)});
+        }
     };
-    for (size_t count = 1; count <= SaveRequests.size(); ++count) {
-        expectStops(SavePci, SaveRequests, count);
-    }
+    expectStops(SavePci, SaveRequests);
     Expect(SavePci, MMSYSERR_NOERROR, SaveRequests);
-    for (size_t count = 1; count <= RestoreRequests.size(); ++count) {
-        expectStops(RestorePci, RestoreRequests, count);
-    }
+    expectStops(RestorePci, RestoreRequests);
     Fail("ACQUIRE_CHANNEL");
     EXPECT_EQ(Send(RestorePci), unsigned{MMSYSERR_ERROR});
     Fail("READ_PCI_CONFIG", 1, simulator::Fault::Kind::Short);

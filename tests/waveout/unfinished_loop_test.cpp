@@ -28,13 +28,16 @@ protected:
     }
 
     void Write(DWORD flags = 0, DWORD loops = 0) {
-        WAVEHDR* header = NewHeader(Bytes, flags, loops);
+        WAVEHDR* header = test_system::TakeHeader(Bytes);
+        header->dwFlags |= flags;
+        header->dwLoops = loops;
         held_.insert(header);
         EXPECT_EQ(waveOutWrite(device_, header, sizeof *header), MMSYSERR_NOERROR);
     }
-    void WriteRefused(Refusal refusal, DWORD flags) {
+    void WriteRefusedEnd(Refusal refusal) {
         const bool length = refusal == Refusal::Length;
-        WAVEHDR* header = NewHeader(length ? Bytes + 1 : Bytes, flags, 0);
+        WAVEHDR* header = test_system::TakeHeader(length ? Bytes + 1 : Bytes);
+        header->dwFlags |= End;
         if (!length) {
             test_system::FailCall("GlobalAlloc", 1);
         }
@@ -47,18 +50,6 @@ protected:
     std::set<WAVEHDR*> held_;  // by the driver
 
 private:
-    // On a page of its own, with its data.
-    WAVEHDR* NewHeader(DWORD bytes, DWORD flags, DWORD loops) {
-        auto* header = static_cast<WAVEHDR*>(test_system::TakePage());
-        *header = {};
-        header->lpData = reinterpret_cast<LPSTR>(header + 1);
-        header->dwBufferLength = bytes;
-        waveOutPrepareHeader(device_, header, sizeof *header);
-        header->dwFlags |= flags;
-        header->dwLoops = loops;
-        return header;
-    }
-
     // The page is freed as soon as the driver does not have the header any more.
     static void CALLBACK Receive(HWAVEOUT, UINT message, DWORD_PTR self, DWORD_PTR param, DWORD_PTR) {
         auto* header = reinterpret_cast<WAVEHDR*>(param);
@@ -77,7 +68,7 @@ TEST_F(UnfinishedLoopTest, ReturnedHeadersAreNotTouchedAgain) {
             Open();
             Write(Begin, 3);
             WAVEHDR* const beginning = *held_.begin();
-            WriteRefused(refusal, End);
+            WriteRefusedEnd(refusal);
             Write();
             Write();
             Cards().Advance(Second);
