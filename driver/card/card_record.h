@@ -32,10 +32,12 @@ struct CardRecord {
     SharedWord InputOpen[PortCount];
     SharedWord InputRunning[PortCount];
     SharedWord InputResumePending[PortCount];
+    SharedWord InputCounted[PortCount];  // the port is in its clock master's running count
     SharedWord OutputOpen[PortCount];
     SharedWord OutputRunning[PortCount];
     SharedWord OutputPaused[PortCount];
     SharedWord OutputResumePending[PortCount];
+    SharedWord OutputCounted[PortCount];
     WCHAR WorkingName[NameLength];  // working copies, edited by the configuration sheet
     SharedWord WorkingClockSource;
     SharedWord WorkingAdvancedMonitoring;

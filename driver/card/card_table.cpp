@@ -40,10 +40,12 @@ void ForgetRunState(CardRecord& card) {
         card.InputOpen[port] = 0;
         card.InputRunning[port] = 0;
         card.InputResumePending[port] = 0;
+        card.InputCounted[port] = 0;
         card.OutputOpen[port] = 0;
         card.OutputRunning[port] = 0;
         card.OutputPaused[port] = 0;
         card.OutputResumePending[port] = 0;
+        card.OutputCounted[port] = 0;
     }
     card.OpenInputs = 0;
     card.RunningInputs = 0;

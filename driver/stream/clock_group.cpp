@@ -11,22 +11,23 @@ namespace {
 
 constexpr const Direction* BothDirections[] = {&InputDirection, &OutputDirection};
 
-// Clears the port's run flags. TRUE when they said that it ran.
-bool StopPort(CardRecord& card, const Direction& direction, DWORD port, CardRecord& master) {
-    const bool running = (card.*direction.PortRunning)[port].exchange(0) != 0;
-    const bool paused =
-        direction.PortPaused != nullptr && (card.*direction.PortPaused)[port].exchange(0) != 0;
+// A port that runs need not be counted: its program may have died before its transfer was started.
+void StopPort(CardRecord& card, const Direction& direction, DWORD port, CardRecord& master) {
+    (card.*direction.PortRunning)[port] = 0;
+    if (direction.PortPaused != nullptr) {
+        (card.*direction.PortPaused)[port] = 0;
+    }
+    if ((card.*direction.PortCounted)[port].exchange(0) != 0) {
+        CountDown(master.*direction.RunningCount);
+    }
     if ((card.*direction.PortResumePending)[port].exchange(0) != 0) {
         CountDown(master.*direction.WakingCount);
     }
-    return running && !paused;
 }
 
 // A port whose channel is this process's for the moment, so that nobody else opens it meanwhile.
 void ForgetPort(CardRecord& card, const Direction& direction, DWORD port, CardRecord& master) {
-    if (StopPort(card, direction, port, master)) {
-        CountDown(master.*direction.RunningCount);
-    }
+    StopPort(card, direction, port, master);
     (card.*direction.PortOpen)[port] = 0;
     CountDown(master.*direction.OpenCount);
 }

@@ -33,6 +33,7 @@ struct Direction {
     SharedWord (CardRecord::*PortRunning)[PortCount];
     SharedWord (CardRecord::*PortPaused)[PortCount];  // null: the direction has no pause
     SharedWord (CardRecord::*PortResumePending)[PortCount];
+    SharedWord (CardRecord::*PortCounted)[PortCount];  // ... in RunningCount
 
     // Whether the card's port takes the format, and what it comes to.
     BOOL(*AcceptFormat)

@@ -97,19 +97,19 @@ struct StreamInstance {
     bool RefusedCompleted;  // buffers that the kernel refused were among them; DriverMutex
     LONG CompletionCapacity;
 
-    SharedCount References;     // users, see above
-    SharedCount Handlers;       // messages that are being handled
-    SharedWord ArmBitSet;       // the port waits for the start hold when it is armed
-    SharedWord CountedRunning;  // the stream is in the clock master's running count
-    SharedCount Loans;          // borrowers of Device; changes under the list's lock
-    bool Lendable;              // Device may be borrowed; the list's lock
-    DWORD Walk;                 // the last walk over the list that came here; the list's lock
-    HANDLE Control;             // the mutex of its control
-    HANDLE Progress;            // auto-reset event: something that AwaitProgress waits for may have happened
+    SharedCount References;  // users, see above
+    SharedCount Handlers;    // messages that are being handled
+    SharedWord ArmBitSet;    // the port waits for the start hold when it is armed
+    SharedCount Loans;       // borrowers of Device; changes under the list's lock
+    bool Lendable;           // Device may be borrowed; the list's lock
+    DWORD Walk;              // the last walk over the list that came here; the list's lock
+    HANDLE Control;          // the mutex of its control
+    HANDLE Progress;         // auto-reset event: something that AwaitProgress waits for may have happened
 
     // In the card table.
     SharedWord& Running() { return PortFlag(Direction->PortRunning); }
     SharedWord& ResumePending() { return PortFlag(Direction->PortResumePending); }
+    SharedWord& Counted() { return PortFlag(Direction->PortCounted); }
     SharedWord& PortFlag(SharedWord (CardRecord::*flags)[PortCount]) { return (Card->*flags)[Port]; }
     // As the card reads it now; bytes of a client's sample; bytes of so many frames of them, modulo 2^32.
     WORD SampleFormat() const { return DirectMode != 0 ? WORD{SlotLeft} : Format.SampleFormat; }

@@ -126,8 +126,8 @@ void SynchronizedStart(StreamInstance* stream) {
     if (!wakesUp) {
         ForgetEndedRun(direction, master);
     }
-    stream->CountedRunning = 1;
     const LONG running = ++(master.*direction.RunningCount);
+    stream->Counted() = 1;
     if (running == 1 && master.*direction.OtherRunningCount == 0) {
         DecideRun(stream, direction, master);
     }
@@ -170,7 +170,7 @@ void SynchronizedStop(StreamInstance* stream, StopCause cause) {
     MutexLock starts(SequenceMutex);
     const Direction& direction = *stream->Direction;
     CardRecord& master = *stream->ClockMaster;
-    if (stream->CountedRunning.exchange(0) != 0) {  // not so when its transfer could not be started
+    if (stream->Counted().exchange(0) != 0) {  // not so when its transfer could not be started
         CountDown(master.*direction.RunningCount);
     }
     if (cause == StopCause::Sleep) {

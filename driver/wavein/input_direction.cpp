@@ -27,6 +27,7 @@ const Direction InputDirection = {
     .PortRunning = &CardRecord::InputRunning,
     .PortPaused = nullptr,
     .PortResumePending = &CardRecord::InputResumePending,
+    .PortCounted = &CardRecord::InputCounted,
     .AcceptFormat = AcceptInputFormat,
     .InitializeFields = [](StreamInstance*) {},
     .Prepare = PrepareInput,

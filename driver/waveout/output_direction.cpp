@@ -26,6 +26,7 @@ const Direction OutputDirection = {
     .PortRunning = &CardRecord::OutputRunning,
     .PortPaused = &CardRecord::OutputPaused,
     .PortResumePending = &CardRecord::OutputResumePending,
+    .PortCounted = &CardRecord::OutputCounted,
     .AcceptFormat = AcceptOutputFormat,
     .InitializeFields = InitializeOutputFields,
     .Prepare = PrepareOutput,
