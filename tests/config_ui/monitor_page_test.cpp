@@ -206,6 +206,9 @@ TEST_F(MonitorPageTest, WithoutAdvancedMonitoringEachPlaybackGoesItsOwnWay) {
         each.Ending == Accepted ? sheet.Ok() : sheet.Cancel();
         sheet.Closed();
         const bool kept = each.Ending == Cancelled;
+        digital.Shut();
+        ASSERT_EQ(digital.Open(1, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+        EXPECT_EQ(CardGains()[7] == 128, !kept);
         if (each.MonitorFirst || each.MonitorAfter) {
             EXPECT_EQ(CardGains()[2], kept ? 50 : 128);
             EXPECT_EQ(CardGains()[6], kept ? 50 : 0);
