@@ -22,6 +22,7 @@ void UsePlainFrames(const CardFile& file) {
 
 TEST(SimulatorPlayback, ADryChannelIsSilentUntilItIsStartedAgain) {
     Simulator sim({});
+    sim.KeepAudio();
     Prepare(0);
     const CardFile file(0, AnalogOut);
     UsePlainFrames(file);
@@ -48,6 +49,7 @@ TEST(SimulatorPlayback, ADryChannelIsSilentUntilItIsStartedAgain) {
 
 TEST(SimulatorPlayback, TheMixerAddsAtItsGainsAndSaturates) {
     Simulator sim({});
+    sim.KeepAudio();
     Prepare(0);
     const CardFile analog(0, AnalogOut);
     const CardFile digital(0, DigitalOut);

@@ -13,12 +13,16 @@ using namespace simulator;
 
 TEST(SimulatorTrace, ChromeFormatHasOneTrackForEachCardAndChannel) {
     Simulator sim({.Cards = 2});
+    std::ostringstream out;
+    ChromeTrace trace(out);
+    sim.SendTrace([&](const TraceEntry& entry) { trace.Write(entry); });
     {
         const CardFile file(1, 3);
         file.Send(Stall, 500);
     }
-    std::ostringstream out;
-    WriteChromeTrace(out, sim.Trace());
+    trace.Finish();
+    EXPECT_EQ(sim.RequestCount(), 3u);
+    EXPECT_TRUE(sim.Trace().empty()) << "nobody asked to keep it";
     const std::string text = out.str();
     const auto count = [&](const std::string& part) {
         size_t found = 0;
