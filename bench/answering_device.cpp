@@ -58,6 +58,18 @@ void AnsweringDevice::Close(void* file) {
     delete static_cast<File*>(file);
 }
 
+void AnsweringDevice::CompleteNext() {
+    const std::lock_guard guard(lock_);
+    if (!held_.empty()) {
+        Complete(held_.front());
+        held_.pop_front();
+    }
+}
+
+void AnsweringDevice::Complete(const Completion& done) {
+    platform::QueueProcedureCall(done.Thread, done.Routine, done.Cookie, 0, 0);
+}
+
 DWORD AnsweringDevice::Control(void* opened, device::Request& request) {
     File& file = *static_cast<File*>(opened);
     ++requests_;
@@ -70,8 +82,21 @@ DWORD AnsweringDevice::Control(void* opened, device::Request& request) {
         file.Routine = reinterpret_cast<device::ProcedureCall>(Word(request));
         return ERROR_SUCCESS;
     case IOCTL_QUEUE_BUFFER:
-        platform::QueueProcedureCall(file.Thread, file.Routine, file.Cookie, 0, 0);
+        if (holds_) {
+            const std::lock_guard guard(lock_);
+            held_.push_back({file.Thread, file.Routine, file.Cookie});
+        } else {
+            Complete({file.Thread, file.Routine, file.Cookie});
+        }
         return ERROR_SUCCESS;
+    case IOCTL_FLUSH_BUFFERS: {
+        const std::lock_guard guard(lock_);
+        for (const Completion& done : held_) {
+            Complete(done);
+        }
+        held_.clear();
+        return ERROR_SUCCESS;
+    }
     case IOCTL_GET_POSITION:  // a recorded buffer then counts as full
     case IOCTL_GET_REGISTRY_PATH:
         return ERROR_GEN_FAILURE;

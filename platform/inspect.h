@@ -24,6 +24,9 @@ struct Usage {
 };
 Usage CurrentUsage();
 
+// How often this process has released a mutex.
+unsigned long MutexReleases();
+
 // Message boxes are not shown but recorded, and answered with the given button (IDOK at first).
 struct MessageBoxRecord {
     HWND Owner;

@@ -240,7 +240,9 @@ CLI::App* AddConfigure(CLI::App& program, CommandLine& line) {
         "configure", "Show the configuration sheet; where there is no screen, print what is on it");
     AddSceneOptions(*command, line.Scene);
     command->add_flag("--text", line.Configure.Text, "Print each page's controls and their state");
-    command->add_flag("--step", line.Configure.Step, "The same, waiting for Enter after each page");
+    CLI::Option* step =
+        command->add_flag("--step", line.Configure.Step, "The same, waiting for Enter after each page");
+    command->add_flag("--json", line.Configure.Json, "The same as a JSON list of the pages")->excludes(step);
     return command;
 }
 

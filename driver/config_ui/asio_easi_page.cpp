@@ -6,6 +6,7 @@
 #include "config_ui/pages.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
+#include "config_ui/saved_meanwhile.h"
 #include "settings/settings_key.h"
 
 namespace kestvox {
@@ -13,10 +14,10 @@ namespace kestvox {
 namespace {
 
 constexpr ControlHelp Controls[] = {
-    {IDC_ASIO_BUFFER, IDC_ASIO_BUFFER_TIME, 920},
-    {IDC_EASI_BUFFER, IDC_EASI_BUFFER_TIME, 921},
+    {IDC_ASIO_BUFFER, IDC_ASIO_BUFFER_TIME, HELP_ASIO_BUFFER},
+    {IDC_EASI_BUFFER, IDC_EASI_BUFFER_TIME, HELP_EASI_BUFFER},
 };
-constexpr PageHelp Help = {819, Controls};
+constexpr PageHelp Help = {HELP_PAGE_BUFFER_SIZES, Controls};
 
 constexpr const WCHAR* KeyPath = TEXT("Software\\Zephyr Harmonic Works\\Kestrelvox\\Configuration");
 
@@ -27,6 +28,11 @@ struct BufferSetting {
 constexpr BufferSetting Settings[] = {
     {IDC_ASIO_BUFFER, TEXT("AsioBufferSize")},
     {IDC_EASI_BUFFER, TEXT("EasiBufferSize")},
+};
+
+// The positions that were shown when the page was made or last applied: what was stored then.
+struct PageState {
+    DWORD Shown[std::size(Settings)];
 };
 
 // A position is worth 2 ms.
@@ -69,16 +75,27 @@ void ShowBufferTime(HWND page, HWND slider) {
     ShowSliderValue(page, GetDlgCtrlID(slider), text);
 }
 
+DWORD PositionOf(DWORD size) {
+    return std::clamp(size, ShortestBuffer, LongestBuffer);
+}
+
+// The slider takes positions as signed numbers and would move the largest to its left end.
+void ShowBufferSize(HWND page, HWND slider, DWORD size) {
+    SendMessageW(slider, TBM_SETPOS, TRUE, static_cast<LPARAM>(PositionOf(size)));
+    ShowBufferTime(page, slider);
+}
+
 INT_PTR OnInitDialog(HWND page) {
     SettingsKey key(HKEY_LOCAL_MACHINE);
     key.SetPath(KeyPath);
-    for (const BufferSetting& setting : Settings) {
-        const HWND slider = GetDlgItem(page, setting.Slider);
+    auto* state = MakePageState<PageState>(page);
+    for (size_t i = 0; i < std::size(Settings); ++i) {
+        const HWND slider = GetDlgItem(page, Settings[i].Slider);
         SetScale(slider);
-        // The slider takes positions as signed numbers and would move the largest to its left end.
-        const DWORD position = std::min(ReadBufferSize(key, setting.Value), LongestBuffer);
-        SendMessageW(slider, TBM_SETPOS, TRUE, static_cast<LPARAM>(position));
-        ShowBufferTime(page, slider);
+        ShowBufferSize(page, slider, ReadBufferSize(key, Settings[i].Value));
+        if (state != nullptr) {
+            state->Shown[i] = SliderPosition(slider);
+        }
     }
     return TRUE;
 }
@@ -89,13 +106,28 @@ INT_PTR OnSlider(HWND page, HWND slider) {
     return TRUE;
 }
 
+void Store(SettingsKey& key, const BufferSetting& setting, DWORD position) {
+    key.DeleteValue(setting.Value);
+    key.SetValue(setting.Value, &position, sizeof position, REG_BINARY);
+}
+
 INT_PTR OnApply(HWND page) {
     SettingsKey key(HKEY_LOCAL_MACHINE);
     key.SetPath(KeyPath);
-    for (const BufferSetting& setting : Settings) {
-        const DWORD position = SliderPosition(GetDlgItem(page, setting.Slider));
-        key.DeleteValue(setting.Value);
-        key.SetValue(setting.Value, &position, sizeof position, REG_BINARY);
+    auto* state = FindPageState<PageState>(page);
+    for (size_t i = 0; i < std::size(Settings); ++i) {
+        const HWND slider = GetDlgItem(page, Settings[i].Slider);
+        const DWORD position = SliderPosition(slider);
+        const DWORD stored = ReadBufferSize(key, Settings[i].Value);
+        const DWORD shown = state != nullptr ? state->Shown[i] : position;
+        if (IsSavedElsewhere(position, shown, shown, PositionOf(stored))) {
+            ShowBufferSize(page, slider, stored);
+        } else {
+            Store(key, Settings[i], position);
+        }
+        if (state != nullptr) {
+            state->Shown[i] = SliderPosition(slider);
+        }
     }
     return AnswerNotification(page, PSNRET_NOERROR);
 }
@@ -122,7 +154,7 @@ INT_PTR CALLBACK AsioEasiPage(HWND page, UINT message, WPARAM, LPARAM lParam) {
     case WM_NOTIFY:
         return OnNotify(page, reinterpret_cast<const NMHDR*>(lParam)->code);
     default:
-        return AnswerHelpMessage(page, Help, message, lParam);
+        return AnswerPageMessage(page, Help, message, lParam);
     }
 }
 

@@ -2,47 +2,30 @@
 #include <commctrl.h>
 
 #include "card/card_table.h"
+#include "config_ui/card_options.h"
 #include "config_ui/mixer_gain.h"
 #include "config_ui/pages.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
-#include "settings/card_settings_store.h"
+#include "config_ui/tab_row.h"
 
 namespace kestvox {
 
 namespace {
 
 constexpr ControlHelp HelpOfControls[] = {
-    {IDC_NAME, IDC_NAME, 904},
-    {IDC_ADVANCED_MONITORING, IDC_ADVANCED_MONITORING, 918},
-    {IDC_LEFT, IDC_RIGHT, 909},
-    {IDC_PROFESSIONAL, IDC_CONSUMER, 912},
-    {IDC_COPY_PROTECT, IDC_COPY_PROTECT, 913},
-    {IDC_NON_AUDIO, IDC_NON_AUDIO, 914},
-    {IDC_PREEMPHASIS, IDC_PREEMPHASIS, 915},
-    {IDC_PUNCH_IN, IDC_LOCK_TO_PLAYBACK, 916},
-    {IDC_CHECK_CLOCKS, IDC_CHECK_CLOCKS, 917},
-    {IDC_DITHER, IDC_DITHER, 919},
+    {IDC_NAME, IDC_NAME, HELP_NAME},
+    {IDC_ADVANCED_MONITORING, IDC_ADVANCED_MONITORING, HELP_ADVANCED_MONITORING},
+    {IDC_LEFT, IDC_RIGHT, HELP_24_BIT_MODE},
+    {IDC_PROFESSIONAL, IDC_CONSUMER, HELP_CHANNEL_STATUS},
+    {IDC_COPY_PROTECT, IDC_COPY_PROTECT, HELP_COPY_PROTECT},
+    {IDC_NON_AUDIO, IDC_NON_AUDIO, HELP_NON_AUDIO},
+    {IDC_PREEMPHASIS, IDC_PREEMPHASIS, HELP_PREEMPHASIS},
+    {IDC_PUNCH_IN, IDC_LOCK_TO_PLAYBACK, HELP_RECORD_MODE},
+    {IDC_CHECK_CLOCKS, IDC_CHECK_CLOCKS, HELP_CHECK_CLOCKS},
+    {IDC_DITHER, IDC_DITHER, HELP_DITHER},
 };
-constexpr PageHelp Help = {902, HelpOfControls};
-
-// A setting that is on or off: a check box, or a pair of radio buttons.
-struct Switch {
-    int On;   // the control that is checked while the setting is on
-    int Off;  // the one that is checked while it is off; 0 with a check box
-    SharedWord CardSettings::*Setting;
-    bool WithoutCard;  // what is shown then
-};
-constexpr Switch Switches[] = {
-    {IDC_LEFT, IDC_RIGHT, &CardSettings::Left24, true},
-    {IDC_ADVANCED_MONITORING, 0, &CardSettings::AdvancedMonitoring, false},
-    {IDC_PUNCH_IN, IDC_LOCK_TO_PLAYBACK, &CardSettings::Punchin, true},
-    {IDC_CHECK_CLOCKS, 0, &CardSettings::CheckClocks, true},
-    {IDC_PROFESSIONAL, IDC_CONSUMER, &CardSettings::Professional, true},
-    {IDC_COPY_PROTECT, 0, &CardSettings::CopyProtect, false},
-    {IDC_NON_AUDIO, 0, &CardSettings::NonAudio, false},
-    {IDC_PREEMPHASIS, 0, &CardSettings::Preemphasis, false},
-};
+constexpr PageHelp Help = {HELP_PAGE_CONFIGURATION, HelpOfControls};
 
 constexpr UINT DitherNames[] = {IDS_DITHER_NONE, IDS_DITHER_TYPE_1, IDS_DITHER_TYPE_1_SHAPED,
                                 IDS_DITHER_TYPE_2, IDS_DITHER_TYPE_2_SHAPED};
@@ -60,48 +43,15 @@ constexpr PlaybackRoute StandardRoutes[] = {
     {7, HighestGainCode},  // ..., digital playback
 };
 
+// What the page showed when it was made or last applied, and the saved options behind that.
+struct PageState {
+    CardOptions Loaded;
+    CardOptions Shown;
+    bool RoutesReset;  // the playback routes were reset, and neither applied nor cancelled yet
+};
+
 bool IsChecked(HWND page, int control) {
     return IsDlgButtonChecked(page, control) == BST_CHECKED;
-}
-
-void SetChecked(HWND page, int control, bool checked) {
-    CheckDlgButton(page, control, checked ? BST_CHECKED : BST_UNCHECKED);
-}
-
-void Disable(HWND page, int control) {
-    EnableWindow(GetDlgItem(page, control), FALSE);
-}
-
-// An option that the others rule out counts as off.
-void Withdraw(HWND page, int option) {
-    SetChecked(page, option, false);
-    Disable(page, option);
-}
-
-// One that was not withdrawn keeps what the user chose.
-void Offer(HWND page, int option, DWORD saved) {
-    const HWND control = GetDlgItem(page, option);
-    if (!IsWindowEnabled(control)) {
-        EnableWindow(control, TRUE);
-        SetChecked(page, option, saved != 0);
-    }
-}
-
-// The sheet's first page is the first to be made: while it is current, the sheet shows all its tabs in one
-// row with arrows instead of stacking them.
-void UseSingleTabRow(HWND page) {
-    const auto tabs = reinterpret_cast<HWND>(SendMessageW(GetParent(page), PSM_GETTABCONTROL, 0, 0));
-    if (SendMessageW(tabs, TCM_GETCURSEL, 0, 0) == 0) {
-        const LONG_PTR style = GetWindowLongPtrW(tabs, GWL_STYLE);
-        SetWindowLongPtrW(tabs, GWL_STYLE, style & ~LONG_PTR{TCS_MULTILINE});
-    }
-}
-
-void ShowSwitch(HWND page, const Switch& control, bool on) {
-    SetChecked(page, control.On, on);
-    if (control.Off != 0) {
-        SetChecked(page, control.Off, !on);
-    }
 }
 
 void FillDitherList(HWND list) {
@@ -113,41 +63,20 @@ void FillDitherList(HWND list) {
     }
 }
 
-// A stored dither type that is not in the list leaves it without a selection.
-void SelectDither(HWND page, DWORD type) {
-    SendDlgItemMessageW(page, IDC_DITHER, CB_SETCURSEL, type, 0);
-}
-
+// Shows what is saved, and remembers it.
 void ShowCard(HWND page, const CardRecord& card) {
-    const CardSettings& settings = card.Settings;
-    SendDlgItemMessageW(page, IDC_NAME, EM_LIMITTEXT, NameLength - 1, 0);
-    SetDlgItemTextW(page, IDC_NAME, card.Name);
-    for (const Switch& control : Switches) {
-        ShowSwitch(page, control, settings.*control.Setting != 0);
-    }
-    SelectDither(page, settings.DitherADC);
-    if (settings.Professional != 0) {
-        Withdraw(page, IDC_COPY_PROTECT);
-    } else if (settings.NonAudio != 0) {
-        Withdraw(page, IDC_PREEMPHASIS);
+    const CardOptions saved = ReadSavedOptions(card);
+    ShowOptions(page, saved);
+    if (auto* state = FindPageState<PageState>(page)) {
+        *state = {saved, ReadShownOptions(page), false};
     }
 }
 
-void ShowNoCard(HWND page) {
-    Disable(page, IDC_NAME);
-    for (const Switch& control : Switches) {
-        ShowSwitch(page, control, control.WithoutCard);
-        Disable(page, control.On);
-        if (control.Off != 0) {
-            Disable(page, control.Off);
-        }
-    }
-    SelectDither(page, 0);
-    Disable(page, IDC_DITHER);
-}
-
-void ReadName(HWND page, WCHAR (&name)[NameLength]) {
-    GetDlgItemTextW(page, IDC_NAME, name, NameLength);
+// A card without a name could not be told from the others any more.
+bool IsNameRefused(HWND page) {
+    const auto* state = FindPageState<PageState>(page);
+    const CardOptions shown = ReadShownOptions(page);
+    return !HasName(shown) && (state == nullptr || IsNameChanged(shown, state->Shown));
 }
 
 void ResetPlaybackRoutes(MonitorBlock& monitor) {
@@ -155,7 +84,7 @@ void ResetPlaybackRoutes(MonitorBlock& monitor) {
         SetGainCode(monitor, route.Input, route.GainCode);
     }
     for (unsigned input = 0; input < MixerInputs; ++input) {
-        SetGainCode(monitor, input, monitor.GainCode[input]);
+        SetGainCode(monitor, input, GainCodeOf(monitor, input));
     }
 }
 
@@ -165,12 +94,15 @@ void OnAdvancedMonitoring(HWND page, CardRecord& card) {
     card.WorkingAdvancedMonitoring = on;
     if (!on) {
         ResetPlaybackRoutes(card.WorkingMonitor);
+        if (auto* state = FindPageState<PageState>(page)) {
+            state->RoutesReset = true;
+        }
     }
 }
 
 void OnProfessional(HWND page, const CardSettings& saved) {
-    Withdraw(page, IDC_COPY_PROTECT);
-    Offer(page, IDC_PREEMPHASIS, saved.Preemphasis);
+    WithdrawOption(page, IDC_COPY_PROTECT);
+    OfferOption(page, IDC_PREEMPHASIS, saved.Preemphasis);
 }
 
 // Consumer channel status has no room for the pre-emphasis of data that is not audio.
@@ -179,16 +111,16 @@ void OnNonAudio(HWND page, const CardSettings& saved) {
         return;
     }
     if (IsChecked(page, IDC_NON_AUDIO)) {
-        Withdraw(page, IDC_PREEMPHASIS);
+        WithdrawOption(page, IDC_PREEMPHASIS);
     } else {
-        Offer(page, IDC_PREEMPHASIS, saved.Preemphasis);
+        OfferOption(page, IDC_PREEMPHASIS, saved.Preemphasis);
     }
 }
 
 void OnConsumer(HWND page, const CardSettings& saved) {
-    Offer(page, IDC_COPY_PROTECT, saved.CopyProtect);
+    OfferOption(page, IDC_COPY_PROTECT, saved.CopyProtect);
     if (IsChecked(page, IDC_NON_AUDIO)) {
-        Withdraw(page, IDC_PREEMPHASIS);
+        WithdrawOption(page, IDC_PREEMPHASIS);
     }
 }
 
@@ -215,10 +147,12 @@ void OnClick(HWND page, CardRecord& card, int control) {
 INT_PTR OnInitDialog(HWND page) {
     UseSingleTabRow(page);
     FillDitherList(GetDlgItem(page, IDC_DITHER));
+    SendDlgItemMessageW(page, IDC_NAME, EM_LIMITTEXT, NameLength - 1, 0);
+    MakePageState<PageState>(page);
     if (const CardRecord* card = FindCard(PendingPageCard)) {
         ShowCard(page, *card);
     } else {
-        ShowNoCard(page);
+        ShowNoOptions(page);
     }
     // Only now: what was filled in above is no change to report.
     KeepPageCard(page);
@@ -235,7 +169,9 @@ INT_PTR OnCommand(HWND page, int control, UINT notification) {
         return TRUE;
     }
     if (control == IDC_NAME && notification == EN_KILLFOCUS) {
-        ReadName(page, card->WorkingName);
+        if (!IsNameRefused(page)) {
+            lstrcpynW(card->WorkingName, ReadShownOptions(page).Name, NameLength);
+        }
         return TRUE;
     }
     const bool changed = (control == IDC_NAME && notification == EN_CHANGE) ||
@@ -246,19 +182,37 @@ INT_PTR OnCommand(HWND page, int control, UINT notification) {
     return changed;
 }
 
+// What switching advanced monitoring off did to the working gains outlasts the session as the switch does,
+// whether the Monitor page has been shown or not.
+void SavePlaybackRoutes(CardRecord& card) {
+    for (const PlaybackRoute& route : StandardRoutes) {
+        SetGainCode(card.Settings.Monitor, route.Input, GainCodeOf(card.WorkingMonitor, route.Input));
+    }
+}
+
 void Store(HWND page, CardRecord& card) {
-    CardSettings& settings = card.Settings;
-    ReadName(page, card.Name);
-    lstrcpynW(card.WorkingName, card.Name, NameLength);
-    for (const Switch& control : Switches) {
-        settings.*control.Setting = IsChecked(page, control.On);
+    CardOptions options = ReadShownOptions(page);
+    if (const auto* state = FindPageState<PageState>(page)) {
+        options = MergeOptions(options, state->Shown, state->Loaded, ReadSavedOptions(card));
+        if (state->RoutesReset) {
+            SavePlaybackRoutes(card);
+        }
     }
-    card.WorkingAdvancedMonitoring = settings.AdvancedMonitoring.load();
-    const LRESULT dither = SendDlgItemMessageW(page, IDC_DITHER, CB_GETCURSEL, 0, 0);
-    if (dither != CB_ERR) {
-        settings.DitherADC = static_cast<DWORD>(dither);
+    WriteSavedOptions(options, card);
+    lstrcpynW(card.WorkingName, options.Name, NameLength);
+    card.WorkingAdvancedMonitoring = card.Settings.AdvancedMonitoring.load();
+    SaveCard(page, card);
+    ShowCard(page, card);
+}
+
+// The sheet asks before it goes to another page and before it applies its pages.
+INT_PTR OnLeave(HWND page) {
+    if (PageCard(page) == nullptr || !IsNameRefused(page)) {
+        return AnswerNotification(page, FALSE);
     }
-    SaveCardSettings(card);
+    ShowRefusal(page, IDS_NAME_BLANK);
+    SendMessageW(page, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(GetDlgItem(page, IDC_NAME)), TRUE);
+    return AnswerNotification(page, TRUE);
 }
 
 INT_PTR OnApply(HWND page) {
@@ -274,15 +228,28 @@ INT_PTR OnReset(HWND page) {
         SetDlgItemTextW(page, IDC_NAME, card->Name);
         lstrcpynW(card->WorkingName, card->Name, NameLength);
         card->WorkingAdvancedMonitoring = card->Settings.AdvancedMonitoring.load();
-        CopyGains(card->Settings.Monitor, card->WorkingMonitor);
+        const auto* state = FindPageState<PageState>(page);
+        if (state == nullptr || state->RoutesReset) {
+            CopyGains(card->Settings.Monitor, card->WorkingMonitor);
+        }
     }
     return TRUE;
+}
+
+// A page of the sheet asks its siblings.
+INT_PTR OnQuery(HWND page, WPARAM question, LPARAM card) {
+    const auto* state = FindPageState<PageState>(page);
+    const bool yes = question == AreRoutesReset && reinterpret_cast<CardRecord*>(card) == PageCard(page) &&
+                     state != nullptr && state->RoutesReset;
+    return AnswerNotification(page, yes ? TRUE : FALSE);
 }
 
 INT_PTR OnNotify(HWND page, UINT code) {
     switch (code) {
     case PSN_HELP:
         return ShowPageHelp(page, Help);
+    case PSN_KILLACTIVE:
+        return OnLeave(page);
     case PSN_APPLY:
         return OnApply(page);
     case PSN_RESET:
@@ -302,8 +269,10 @@ INT_PTR CALLBACK ConfigurationPage(HWND page, UINT message, WPARAM wParam, LPARA
         return OnCommand(page, LOWORD(wParam), HIWORD(wParam));
     case WM_NOTIFY:
         return OnNotify(page, reinterpret_cast<const NMHDR*>(lParam)->code);
+    case PSM_QUERYSIBLINGS:
+        return OnQuery(page, wParam, lParam);
     default:
-        return AnswerHelpMessage(page, Help, message, lParam);
+        return AnswerPageMessage(page, Help, message, lParam);
     }
 }
 

@@ -12,6 +12,7 @@
 #include "config_ui/pages.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
+#include "settings/card_settings_store.h"
 
 namespace kestvox {
 
@@ -143,7 +144,9 @@ LONG ShowConfigurationSheet(HWND owner, HINSTANCE instance, const void* configur
     sheet.pszCaption = caption;
     sheet.nPages = pages.Count;
     sheet.phpage = pages.Handles;
-    return SheetResult(PropertySheetW(&sheet));
+    const INT_PTR result = PropertySheetW(&sheet);
+    ShowUnsavedSettings();
+    return SheetResult(result);
 }
 
 }  // namespace kestvox

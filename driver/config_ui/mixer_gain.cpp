@@ -50,6 +50,10 @@ void SetGainCode(MonitorBlock& block, unsigned input, DWORD code) {
     StoreShared(block.GainValue[input], GainOfCode(code));
 }
 
+DWORD GainCodeOf(MonitorBlock& block, unsigned input) {
+    return std::atomic_ref<DWORD>(block.GainCode[input]).load(std::memory_order_relaxed);
+}
+
 void CopyGains(const MonitorBlock& from, MonitorBlock& to) {
     StoreShared(to.BlockSize, from.BlockSize);
     for (unsigned input = 0; input < MixerInputs; ++input) {

@@ -19,6 +19,9 @@ int TenthsOfDecibel(DWORD code);
 // of all processes meanwhile.
 void SetGainCode(MonitorBlock& block, unsigned input, DWORD code);
 
+// The code of one input, read in one access.
+DWORD GainCodeOf(MonitorBlock& block, unsigned input);
+
 // Copies a whole block, each word in one access.
 void CopyGains(const MonitorBlock& from, MonitorBlock& to);
 

@@ -1,22 +1,30 @@
 #include <commctrl.h>
 
+#include <algorithm>
+
 #include "card/card_handle.h"
 #include "card/registers.h"
 #include "config_ui/mixer_gain.h"
 #include "config_ui/pages.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
-#include "settings/card_settings_store.h"
+#include "config_ui/saved_meanwhile.h"
 
 namespace kestvox {
 
 namespace {
 
-constexpr ControlHelp MixerHelp[] = {{IDC_FIRST_MIXER_SLIDER, IDC_LAST_MIXER_VALUE, 911}};
-constexpr PageHelp Help = {818, MixerHelp};
+constexpr ControlHelp MixerHelp[] = {{IDC_FIRST_MIXER_SLIDER, IDC_LAST_MIXER_VALUE, HELP_MIXER}};
+constexpr PageHelp Help = {HELP_PAGE_MONITOR, MixerHelp};
 
 // 0.0, -5.8, -11.7 and -24.0 dB
 constexpr DWORD TickMarks[] = {83, 69, 57, 39};
+
+// What the sliders showed when the page was made or last applied, and the saved gain codes behind that.
+struct PageState {
+    DWORD Loaded[MixerInputs];
+    DWORD Shown[MixerInputs];
+};
 
 // Where a mixer input's sound comes from; the gain matters to the hardware while that device is open.
 struct MixerSource {
@@ -85,9 +93,15 @@ void UpdateMixerChannel(CardRecord& card, HWND page, unsigned input, Hardware ha
     }
 }
 
-// A code outside the slider's range ends at the nearest position.
+// A code outside the slider's range ends at the nearest position. The slider takes positions as signed
+// numbers.
+void PlaceSlider(HWND page, unsigned input, DWORD code) {
+    const auto position = static_cast<LPARAM>(std::min(code, HighestGainCode));
+    SendDlgItemMessageW(page, SliderOf(input), TBM_SETPOS, TRUE, position);
+}
+
 void MoveSlider(CardRecord& card, HWND page, unsigned input, DWORD code, Hardware hardware) {
-    SendDlgItemMessageW(page, SliderOf(input), TBM_SETPOS, TRUE, static_cast<LPARAM>(code));
+    PlaceSlider(page, input, code);
     UpdateMixerChannel(card, page, input, hardware);
 }
 
@@ -96,7 +110,7 @@ void MoveSlider(CardRecord& card, HWND page, unsigned input, DWORD code, Hardwar
 bool FollowWorkingSettings(CardRecord& card, HWND page) {
     bool moved = false;
     for (unsigned input = 0; input < MixerInputs; ++input) {
-        const DWORD code = card.WorkingMonitor.GainCode[input];
+        const DWORD code = GainCodeOf(card.WorkingMonitor, input);
         if (code != SliderCode(page, input)) {
             MoveSlider(card, page, input, code, Hardware::Follow);
             moved = true;
@@ -105,9 +119,33 @@ bool FollowWorkingSettings(CardRecord& card, HWND page) {
     return moved;
 }
 
-void ShowSavedGains(CardRecord& card, HWND page, Hardware hardware) {
+void Remember(CardRecord& card, HWND page) {
+    if (auto* state = FindPageState<PageState>(page)) {
+        for (unsigned input = 0; input < MixerInputs; ++input) {
+            state->Loaded[input] = GainCodeOf(card.Settings.Monitor, input);
+            state->Shown[input] = SliderCode(page, input);
+        }
+    }
+}
+
+bool IsInputSavedElsewhere(CardRecord& card, HWND page, unsigned input) {
+    const auto* state = FindPageState<PageState>(page);
+    return state != nullptr &&
+           IsSavedElsewhere(SliderCode(page, input), state->Shown[input], state->Loaded[input],
+                            GainCodeOf(card.Settings.Monitor, input));
+}
+
+// Working playback routes that were reset are left to the activation, which takes them into the sliders.
+void ShowSavedGains(CardRecord& card, HWND page) {
+    const bool reset = SendMessageW(GetParent(page), PSM_QUERYSIBLINGS, AreRoutesReset,
+                                    reinterpret_cast<LPARAM>(&card)) != 0;
     for (unsigned input = 0; input < MixerInputs; ++input) {
-        MoveSlider(card, page, input, card.Settings.Monitor.GainCode[input], hardware);
+        const DWORD code = GainCodeOf(card.Settings.Monitor, input);
+        if (reset && SourceOf(input).Playback) {
+            PlaceSlider(page, input, code);
+        } else {
+            MoveSlider(card, page, input, code, Hardware::Leave);
+        }
     }
 }
 
@@ -126,6 +164,7 @@ void DrawScale(HWND page, unsigned input) {
 
 INT_PTR OnInitDialog(HWND page) {
     CardRecord* card = KeepPageCard(page);
+    MakePageState<PageState>(page);
     for (unsigned input = 0; input < MixerInputs; ++input) {
         DrawScale(page, input);
         if (card == nullptr) {
@@ -133,15 +172,17 @@ INT_PTR OnInitDialog(HWND page) {
         }
     }
     if (card != nullptr) {
-        ShowSavedGains(*card, page, Hardware::Leave);
+        ShowSavedGains(*card, page);
+        Remember(*card, page);
     }
     return TRUE;
 }
 
 INT_PTR OnActivate(CardRecord& card, HWND page) {
+    const BOOL advanced = card.WorkingAdvancedMonitoring != 0;
     for (unsigned input = 0; input < MixerInputs; ++input) {
         if (SourceOf(input).Playback) {
-            EnableChannel(page, input, card.WorkingAdvancedMonitoring != 0);
+            EnableChannel(page, input, advanced);
         }
     }
     if (FollowWorkingSettings(card, page)) {
@@ -153,15 +194,21 @@ INT_PTR OnActivate(CardRecord& card, HWND page) {
 INT_PTR OnApply(CardRecord& card, HWND page) {
     FollowWorkingSettings(card, page);
     for (unsigned input = 0; input < MixerInputs; ++input) {
-        SetGainCode(card.Settings.Monitor, input, SliderCode(page, input));
+        if (!IsInputSavedElsewhere(card, page, input)) {
+            SetGainCode(card.Settings.Monitor, input, SliderCode(page, input));
+        }
     }
-    SaveCardSettings(card);
+    SaveCard(page, card);
     CopyGains(card.Settings.Monitor, card.WorkingMonitor);
+    FollowWorkingSettings(card, page);
+    Remember(card, page);
     return AnswerNotification(page, PSNRET_NOERROR);
 }
 
 INT_PTR OnReset(CardRecord& card, HWND page) {
-    ShowSavedGains(card, page, Hardware::Follow);
+    for (unsigned input = 0; input < MixerInputs; ++input) {
+        MoveSlider(card, page, input, GainCodeOf(card.Settings.Monitor, input), Hardware::Follow);
+    }
     return TRUE;
 }
 
@@ -208,7 +255,7 @@ INT_PTR CALLBACK MonitorPage(HWND page, UINT message, WPARAM, LPARAM lParam) {
     case WM_NOTIFY:
         return OnNotify(page, *reinterpret_cast<const NMHDR*>(lParam));
     default:
-        return AnswerHelpMessage(page, Help, message, lParam);
+        return AnswerPageMessage(page, Help, message, lParam);
     }
 }
 

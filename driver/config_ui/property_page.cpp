@@ -1,6 +1,8 @@
 #include "config_ui/property_page.h"
 
 #include "card/card_table.h"
+#include "card/heap.h"
+#include "settings/card_settings_store.h"
 
 namespace kestvox {
 
@@ -8,6 +10,9 @@ namespace {
 
 constexpr const WCHAR* HelpFile = TEXT("kestvox.hlp");
 constexpr const WCHAR* HelpFileWindow = TEXT("kestvox.hlp>window");
+
+constexpr UINT AllAreApplied =
+    WM_APP;  // posted to a page, so it comes when the sheet is done with the others
 
 INT_PTR ShowControlHelp(HWND page, const PageHelp& help, const HELPINFO& info) {
     if (info.cbSize < sizeof info || info.iContextType != HELPINFO_WINDOW) {
@@ -43,6 +48,28 @@ CardRecord* PageCard(HWND page) {
     return reinterpret_cast<CardRecord*>(GetWindowLongPtrW(page, DWLP_USER));
 }
 
+void* MakePageMemory(HWND page, DWORD size) {
+    void* memory = HeapAlloc(GetProcessHeap(), HEAP_ZERO_MEMORY, size);
+    SetWindowLongPtrW(page, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(memory));
+    return memory;
+}
+
+void* FindPageMemory(HWND page) {
+    return reinterpret_cast<void*>(GetWindowLongPtrW(page, GWLP_USERDATA));
+}
+
+void SaveCard(HWND page, CardRecord& card) {
+    if (!SaveCardSettings(card)) {
+        PostMessageW(page, AllAreApplied, 0, 0);
+    }
+}
+
+void ShowRefusal(HWND page, UINT text) {
+    WCHAR message[256];
+    LoadText(text, message);
+    MessageBoxW(page, message, nullptr, MB_ICONHAND);
+}
+
 void ReportChange(HWND page) {
     SendMessageW(GetParent(page), PSM_CHANGED, reinterpret_cast<WPARAM>(page), 0);
 }
@@ -64,12 +91,17 @@ INT_PTR ShowPageHelp(HWND page, const PageHelp& help) {
     return TRUE;
 }
 
-INT_PTR AnswerHelpMessage(HWND page, const PageHelp& help, UINT message, LPARAM lParam) {
+INT_PTR AnswerPageMessage(HWND page, const PageHelp& help, UINT message, LPARAM lParam) {
     switch (message) {
     case WM_HELP:
         return ShowControlHelp(page, help, *reinterpret_cast<const HELPINFO*>(lParam));
+    case AllAreApplied:
+        ShowUnsavedSettings();
+        return TRUE;
     case WM_DESTROY:
         WinHelpW(page, HelpFile, HELP_QUIT, 0);
+        FreeHeapArray(FindPageMemory(page));
+        SetWindowLongPtrW(page, GWLP_USERDATA, 0);
         return TRUE;
     default:
         return FALSE;

@@ -6,7 +6,7 @@ namespace kestvox {
 
 namespace {
 
-constexpr PageHelp Help = {811, {}};
+constexpr PageHelp Help = {HELP_PAGE_VERSION, {}};
 
 constexpr int FieldLength = 50;
 
@@ -49,7 +49,7 @@ INT_PTR CALLBACK VersionPage(HWND page, UINT message, WPARAM, LPARAM lParam) {
     case WM_NOTIFY:
         return OnNotify(page, reinterpret_cast<const NMHDR*>(lParam)->code);
     default:
-        return AnswerHelpMessage(page, Help, message, lParam);
+        return AnswerPageMessage(page, Help, message, lParam);
     }
 }
 

@@ -7,6 +7,8 @@
 #include <cpuid.h>
 #endif
 
+#include <atomic>
+
 namespace kestvox {
 
 #ifdef KESTVOX_VECTOR_UNIT
@@ -38,34 +40,46 @@ bool vector::IsSupported() {
 
 namespace {
 
-// Set when the library is loaded, before any thread can convert.
-const bool UseVectors = vector::IsSupported();
+enum class Choice : uint8_t { None, Portable, Vector };
+
+// Made at the first conversion: asking the processor costs more than a short one. Threads that ask at once
+// come to the same choice.
+std::atomic<Choice> Chosen{Choice::None};
+
+bool UseVectors() {
+    Choice choice = Chosen.load(std::memory_order_relaxed);
+    if (choice == Choice::None) {
+        choice = vector::IsSupported() ? Choice::Vector : Choice::Portable;
+        Chosen.store(choice, std::memory_order_relaxed);
+    }
+    return choice == Choice::Vector;
+}
 
 }  // namespace
 
 void ExpandCompanded(int16_t* destination, const uint8_t* source, const CompandingTable& table,
                      size_t count) {
-    (UseVectors ? vector::ExpandCompanded : portable::ExpandCompanded)(destination, source, table, count);
+    (UseVectors() ? vector::ExpandCompanded : portable::ExpandCompanded)(destination, source, table, count);
 }
 
 void ExpandPacked24(uint32_t* destination, const uint8_t* source, size_t count) {
-    (UseVectors ? vector::ExpandPacked24 : portable::ExpandPacked24)(destination, source, count);
+    (UseVectors() ? vector::ExpandPacked24 : portable::ExpandPacked24)(destination, source, count);
 }
 
 void PackCapture24(uint8_t* destination, const uint32_t* source, size_t count) {
-    (UseVectors ? vector::PackCapture24 : portable::PackCapture24)(destination, source, count);
+    (UseVectors() ? vector::PackCapture24 : portable::PackCapture24)(destination, source, count);
 }
 
 void DitherCapture8(uint8_t* destination, const int32_t* source, size_t count, uint32_t type,
                     unsigned channels, DitherState& state) {
-    (UseVectors ? vector::DitherCapture8 : portable::DitherCapture8)(destination, source, count, type,
-                                                                     channels, state);
+    (UseVectors() ? vector::DitherCapture8 : portable::DitherCapture8)(destination, source, count, type,
+                                                                       channels, state);
 }
 
 void DitherCapture16(int16_t* destination, const int32_t* source, size_t count, uint32_t type,
                      unsigned channels, DitherState& state) {
-    (UseVectors ? vector::DitherCapture16 : portable::DitherCapture16)(destination, source, count, type,
-                                                                       channels, state);
+    (UseVectors() ? vector::DitherCapture16 : portable::DitherCapture16)(destination, source, count, type,
+                                                                         channels, state);
 }
 
 }  // namespace kestvox

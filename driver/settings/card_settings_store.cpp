@@ -2,6 +2,7 @@
 
 #include <iterator>
 
+#include "card/card_table.h"
 #include "card/heap.h"
 #include "card/layers_above.h"
 #include "card/requests.h"
@@ -100,13 +101,34 @@ void Replace(const SettingsKey& key, const WCHAR* name, const void* data, DWORD 
     key.SetValue(name, data, size, type);
 }
 
-void ReplaceString(const SettingsKey& key, const WCHAR* name, const WCHAR* text) {
+// Of a shared text, which another sheet may be changing.
+template <int Length>
+void ReplaceString(const SettingsKey& key, const WCHAR* name, const WCHAR (&shared)[Length]) {
+    WCHAR text[Length];
+    lstrcpynW(text, shared, Length);
     const DWORD length = static_cast<DWORD>(lstrlenW(text)) + 1;
     Replace(key, name, text, length * static_cast<DWORD>(sizeof(WCHAR)), REG_SZ);
 }
 
 // Cards whose device key could not be had, and that the user has not been told of.
 unsigned UnreadCards = 0;
+SharedWord UnsavedCards = 0;  // a bit for each, by its place in the table; sheets of several threads save
+
+DWORD BitOf(const CardRecord& card) {
+    return DWORD{1} << (&card - FirstCard());
+}
+
+// The buffer has room for a line for each card.
+void AppendNames(DWORD cards, WCHAR* text) {
+    for (CardRecord* card = FirstCard(); card != nullptr; card = NextCard(card)) {
+        if ((cards & BitOf(*card)) != 0) {
+            WCHAR name[NameLength];
+            lstrcpynW(name, card->Name, NameLength);
+            lstrcatW(text, TEXT("\n"));
+            lstrcatW(text, name);
+        }
+    }
+}
 
 }  // namespace
 
@@ -136,12 +158,12 @@ void ShowUnreadSettings() {
     }
 }
 
-void SaveCardSettings(CardRecord& card) {
+BOOL SaveCardSettings(CardRecord& card) {
     SettingsKey key(HKEY_LOCAL_MACHINE);
     DeviceKeyPath path;
     if (!ReadDeviceKeyPath(card, path)) {
-        ShowSettingsError(TEXT("Could not save configuration information in registry"));
-        return;
+        UnsavedCards |= BitOf(card);
+        return FALSE;
     }
     SetConfigPath(key, path);
     ReplaceString(key, TEXT("Name"), card.Name);
@@ -151,6 +173,21 @@ void SaveCardSettings(CardRecord& card) {
         const DWORD value = card.Settings.*setting.Member;
         Replace(key, setting.Name, &value, sizeof value, REG_BINARY);
     }
+    return TRUE;
+}
+
+void ShowUnsavedSettings() {
+    const DWORD unsaved = UnsavedCards.exchange(0);
+    if (unsaved == 0) {
+        return;
+    }
+    constexpr WCHAR Message[] = TEXT("Could not save configuration information in registry");
+    WCHAR text[std::size(Message) + MaxCards * (NameLength + 1)];
+    lstrcpyW(text, Message);
+    if (NextCard(FirstCard()) != nullptr) {  // a card that is the only one needs no name
+        AppendNames(unsaved, text);
+    }
+    ShowSettingsError(text);
 }
 
 }  // namespace kestvox

@@ -11,6 +11,8 @@ public:
     virtual ~SettingsKey();
     SettingsKey(const SettingsKey&) = delete;
     SettingsKey& operator=(const SettingsKey&) = delete;
+    // Lives on the stack only; the C++ library's would bring that library's heap into this one.
+    static void operator delete(void*) {}
 
     // Keeps a copy of `path`. Until this has been called, or when there is no memory for the copy,
     // every operation fails.

@@ -46,6 +46,7 @@ public:
     void BeginAlertableWait(Waiter& waiter);
     void EndAlertableWait();
     void RunQueuedCalls();  // until the queue is empty
+    bool IsBusy();          // has calls queued, or has run some and not waited alertably since
 
     // Called by the thread itself as its last act: abandons its mutexes, drops its queued calls and becomes
     // signalled.
@@ -67,7 +68,7 @@ private:
     std::mutex callLock_;  // guards the rest; taken after no other lock
     std::deque<QueuedCall> calls_;
     Waiter* alertable_ = nullptr;  // the wait that a queued call ends
-    bool busy_ = false;            // calls queued or run since it last waited alertably
+    bool busy_ = false;
     bool ended_ = false;
 };
 

@@ -1,6 +1,7 @@
 #include "simulator/clock/converters.h"
 
 #include "simulator/card/register_map.h"
+#include "simulator/clock/clock_source.h"
 
 namespace simulator {
 namespace {
@@ -12,6 +13,8 @@ constexpr int64_t RestartPulse = 1000 * Microsecond;
 constexpr int64_t RestartTime = 92971 * Microsecond;
 constexpr int64_t TransmitPause = Microsecond;
 constexpr int64_t ResyncPause = Microsecond;
+constexpr int64_t SettlePeriods = 4100;               // after a restart by a port and the resync that follows
+constexpr int64_t SettleTime = 450000 * Microsecond;  // after those
 
 // What the converters depend on: rate code, source and speed.
 uint16_t ClockSetting(const CardState& card) {
@@ -20,29 +23,32 @@ uint16_t ClockSetting(const CardState& card) {
     return static_cast<uint16_t>(select | speed << 8);
 }
 
-bool InStep(const CardState& card) {
-    return card.Pulses.InStep && card.Pulses.InStepWith == ClockSetting(card);
+bool InStep(const CardState& card, int64_t now) {
+    const ConverterPulses& pulses = card.Pulses;
+    return pulses.InStep && pulses.InStepWith == ClockSetting(card) && now >= pulses.Settled;
 }
 
 // A restart pulse goes out to the converters of every card, over the bracket that carries the link.
-void RestartConverters(MachineState& machine) {
+template <typename SettledTime>
+void RestartConverters(MachineState& machine, SettledTime settled) {
     for (unsigned card = 0; card < machine.CardCount; ++card) {
         machine.Cards[card].Pulses.Restarted = true;
+        machine.Cards[card].Pulses.RestartSettled = settled(machine.Cards[card]);
     }
 }
 
 }  // namespace
 
 bool AnalogInputWorks(const CardState& card, int64_t now) {
-    return card.Pulses.AnalogInputReady != 0 && now >= card.Pulses.AnalogInputReady && InStep(card);
+    return card.Pulses.AnalogInputReady != 0 && now >= card.Pulses.AnalogInputReady && InStep(card, now);
 }
 
-bool AnalogOutputWorks(const CardState& card) {
-    return InStep(card) && (card.CardFile[card_register::ClockControl] & ClockModeMask) == NormalMode;
+bool AnalogOutputWorks(const CardState& card, int64_t now) {
+    return InStep(card, now) && (card.CardFile[card_register::ClockControl] & ClockModeMask) == NormalMode;
 }
 
-bool DigitalOutputWorks(const CardState& card) {
-    return InStep(card) && card.Pulses.Transmits;
+bool DigitalOutputWorks(const CardState& card, int64_t now) {
+    return InStep(card, now) && card.Pulses.Transmits;
 }
 
 void ResetConverters(CardState& card) {
@@ -65,7 +71,7 @@ void AnalogInputControlWritten(const RegisterChange& change) {
     if (change.Fell(RestartBit) && change.Now - pulses.RestartRose >= RestartPulse) {
         const bool calibrated = pulses.Calibrated != 0 && change.Now - pulses.Calibrated >= RestartPulse;
         pulses.AnalogInputReady = calibrated ? change.Now + RestartTime : 0;
-        RestartConverters(change.Machine);
+        RestartConverters(change.Machine, [](const CardState&) { return int64_t{0}; });
     }
 }
 
@@ -75,7 +81,9 @@ void PortControlWritten(const RegisterChange& change) {
         pulses.RestartRose = change.Now;
     }
     if (change.Fell(PortRestart) && change.Now - pulses.RestartRose >= RestartPulse) {
-        RestartConverters(change.Machine);
+        RestartConverters(change.Machine, [now = change.Now](const CardState& card) {
+            return now + SettlePeriods * Second / NominalRate(card) + SettleTime;
+        });
     }
 }
 
@@ -106,6 +114,7 @@ void FollowResyncPulse(const RegisterChange& change) {
         card.Pulses.Restarted = false;
         card.Pulses.InStep = true;
         card.Pulses.InStepWith = ClockSetting(card);
+        card.Pulses.Settled = card.Pulses.RestartSettled;
     }
 }
 

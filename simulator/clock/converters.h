@@ -12,8 +12,8 @@ namespace simulator {
 
 // Whether the analog input, the analog output and the transmitter work with the clock as it is now.
 bool AnalogInputWorks(const CardState& card, int64_t now);
-bool AnalogOutputWorks(const CardState& card);
-bool DigitalOutputWorks(const CardState& card);
+bool AnalogOutputWorks(const CardState& card, int64_t now);
+bool DigitalOutputWorks(const CardState& card, int64_t now);
 
 // As the card powers up: nothing is calibrated, started or in step with the clock.
 void ResetConverters(CardState& card);

@@ -61,13 +61,14 @@ void FollowMeasurePulse(Measurement& measurement, const RegisterChange& change) 
     }
 }
 
-// The bits beside the class are those of a counter, and the low ones are never those of no measurement.
+// The bits beside the class are those of a counter, and the low ones are never those of no measurement. A
+// driver measures twice: the top bits go on with every second measurement.
 uint8_t ResultOf(Measurement& measurement, const CardState& card, int64_t now) {
     if (measurement.Running && card.TickAt(now) >= measurement.ReadyTick) {
         measurement.Running = false;
         measurement.Result = measurement.NextResult;
     }
-    const unsigned top = static_cast<unsigned>(measurement.Count) << 6 & 0xC0u;
+    const unsigned top = static_cast<unsigned>(measurement.Count) << 5 & 0xC0u;
     const unsigned low = measurement.Result == NoMeasurement ? 0 : measurement.Count % NoMeasurement;
     return static_cast<uint8_t>(measurement.Result | top | low);
 }
@@ -87,9 +88,10 @@ uint8_t MeasuredByPort(CardState& card, int64_t now) {
 }
 
 void ResetMeasurements(CardState& card) {
-    card.CardMeasurement = Measurement{};
-    card.PortMeasurement = Measurement{};
     for (Measurement* measurement : {&card.CardMeasurement, &card.PortMeasurement}) {
+        const uint8_t count = measurement->Count;  // comes up with some value or other
+        *measurement = Measurement{};
+        measurement->Count = count;
         measurement->Result = NoMeasurement;
         measurement->Seen = NoMeasurement;
     }

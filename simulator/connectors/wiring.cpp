@@ -18,10 +18,10 @@ bool IsDigital(unsigned port) {
     return port == static_cast<unsigned>(Port::Digital);
 }
 
-bool OutputIsOpen(const CardState& card, unsigned port) {
+bool OutputIsOpen(const CardState& card, unsigned port, int64_t time) {
     const bool muted =
         (card.CardFile[IsDigital(port) ? DigitalOutputControl : AnalogOutputControl] & MuteBits) != 0;
-    return !muted && (IsDigital(port) ? DigitalOutputWorks(card) : AnalogOutputWorks(card));
+    return !muted && (IsDigital(port) ? DigitalOutputWorks(card, time) : AnalogOutputWorks(card, time));
 }
 
 // A digital input gives samples when its port's receiver has settled on a signal.
@@ -44,11 +44,11 @@ void Wiring::PlugIn(unsigned card, unsigned port, InputSignal signal) {
     });
 }
 
-bool Wiring::HearsInputs(const CardState& state, unsigned card, unsigned port) const {
+bool Wiring::HearsInputs(const CardState& state, unsigned card, unsigned port, int64_t time) const {
     const auto hears = [&](unsigned input) {
         return state.MixerFile[port * MixerSources + input] != 0 && !jacks_[card][input].IsSilent();
     };
-    return OutputIsOpen(state, port) && (hears(0) || hears(1));
+    return OutputIsOpen(state, port, time) && (hears(0) || hears(1));
 }
 
 // `frames` is the length of the block that is over.
@@ -158,7 +158,7 @@ bool Wiring::FillFromCable(unsigned card, const InputSignal& cable, Frame* out) 
 
 bool Wiring::FillOutput(unsigned card, unsigned port, Frame* out) {
     const CardState& state = machine_->Cards[card];
-    if (!OutputIsOpen(state, port)) {
+    if (!OutputIsOpen(state, port, time_)) {
         return false;
     }
     std::array<uint8_t, MixerSources> gains{};

@@ -25,8 +25,9 @@ public:
 
     bool HasCables() const { return hasCables_; }
 
-    // Whether what is plugged into one of the card's inputs can be heard at the output connector.
-    bool HearsInputs(const CardState& state, unsigned card, unsigned port) const;
+    // Whether what is plugged into one of the card's inputs can be heard at the output connector by that
+    // time.
+    bool HearsInputs(const CardState& state, unsigned card, unsigned port, int64_t time) const;
 
     // The players have begun a block that begins at that time. Outputs may be asked for once every card
     // has played it.

@@ -1,11 +1,20 @@
 #include "simulator/machine/claims.h"
 
+#include <algorithm>
+
 #include "simulator/channels/channel_run.h"
 
 namespace simulator {
 
 bool IsClaimed(const ChannelState& channel) {
     return channel.Owner.Id != 0 && host::IsAlive(channel.Owner);
+}
+
+bool AnyClaimed(const MachineState& machine) {
+    return std::any_of(machine.Cards.begin(), machine.Cards.begin() + machine.CardCount,
+                       [](const CardState& card) {
+                           return std::any_of(card.Channels.begin(), card.Channels.end(), IsClaimed);
+                       });
 }
 
 bool ClaimChannel(MachineState& machine, unsigned card, unsigned channel, uint32_t file, int64_t now) {

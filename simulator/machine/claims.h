@@ -10,6 +10,9 @@ namespace simulator {
 
 bool IsClaimed(const ChannelState& channel);
 
+// By anybody, on any card.
+bool AnyClaimed(const MachineState& machine);
+
 // False when another file has the channel. What a process that has died left behind in it is cleared away.
 bool ClaimChannel(MachineState& machine, unsigned card, unsigned channel, uint32_t file, int64_t now);
 

@@ -95,10 +95,12 @@ struct ConverterPulses {
     int64_t AnalogInputReady;  // 0: not restarted
     int64_t TransmitFell;
     bool Transmits;
-    bool Restarted;  // the next resync pulse brings the converters in step with the clock
+    bool Restarted;          // the next resync pulse brings the converters in step with the clock,
+    int64_t RestartSettled;  // ... which they are from this time on
     int64_t ResyncFell;
     bool InStep;          // with the clock, as long as its setting is
     uint16_t InStepWith;  // ... this one
+    int64_t Settled;
 };
 
 // Where the signal on the digital input gets its rate from.
@@ -159,7 +161,7 @@ struct MachineState {
     int64_t VirtualTime;  // nanoseconds; the clock of stepped time
     int64_t RequestTime;  // nanoseconds that each request takes; stepped time
     bool Strict;          // what no correct driver does ends the program
-    bool Disturbed;       // ... but not after a failure that was asked for
+    bool Disturbed;       // ... but not from a failure that was asked for until no channel is claimed
     uint32_t CardCount;
     std::array<CardState, MaxCards> Cards;
     std::array<host::Process, MaxProcesses> Processes;  // those that have a simulator; Id 0: free place

@@ -51,7 +51,7 @@ bool ProcessSide::HasWork(const MachineState& machine, int64_t now) const {
             continue;
         }
         const auto hears = [&](unsigned port) {
-            return IsListenedTo(card, port) && wiring_.HearsInputs(state, card, port);
+            return IsListenedTo(card, port) && wiring_.HearsInputs(state, card, port, now);
         };
         if (player.AnyDue(state, target) || hears(0) || hears(1)) {
             return true;

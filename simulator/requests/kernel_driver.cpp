@@ -86,6 +86,7 @@ void KernelDriver::Close(void* closing) {
     side_.CatchUp(now);
     if (file->HasChannel()) {
         GiveUpChannel(machine, file->Card, file->Channel, now);
+        machine.Disturbed = machine.Disturbed && AnyClaimed(machine);
     }
     side_.Close(file);
 }

@@ -10,7 +10,7 @@ namespace simulator {
 namespace {
 
 // Requests that have failed on purpose, cards that have gone and programs that were killed leave even a
-// correct driver with a card that is not as it should be.
+// correct driver with a card that is not as it should be, until its last stream is closed.
 void Require(bool kept, const RequestCall& call, const char* rule) {
     if (kept || !call.Machine.Strict || call.Machine.Disturbed) {
         return;

@@ -1,44 +1,113 @@
-// Streams of one clock start on one frame of it.
+// Streams of one clock start on one frame of it: outputs together, inputs together, and all of them when
+// recording is locked to playback.
 #include <algorithm>
+#include <map>
+#include <optional>
 
 #include "tests/clock/clock_script.h"
+#include "tests/support/wave_recorder.h"
 
 namespace {
 
-using simulator::OutputStatus;
 using simulator::Port;
 
-constexpr UINT CardOf(UINT device) {
-    return device / 2;
-}
-constexpr Port PortOf(UINT device) {
-    return device % 2 == 0 ? Port::Analog : Port::Digital;
-}
+constexpr UINT DirectMode = 0x4002;
+constexpr unsigned TenthOfASecond = 4410;  // frames
 
-class SynchronizedStartTest : public DriverTest {
+// Outputs are numbered 0 to 3, inputs 4 to 7, as devices of the two cards.
+class StartTest : public ClockTest {
 protected:
     // Each request takes more than a frame: what is not behind a hold starts apart.
-    explicit SynchronizedStartTest(unsigned cards = 1) : DriverTest(cards) { Cards().SetRequestTime(30); }
-
-    // Half a second of sound.
-    static void Write(WavePlayer& player) {
-        ASSERT_EQ(player.Write(std::vector<BYTE>(44100 * 4 / 2)), MMSYSERR_NOERROR);
+    StartTest() : ClockTest(2) {
+        Cards().SetRequestTime(30);
+        StoreSetting(0, TEXT("CheckClocks"), 0);
     }
-    static void Open(WavePlayer& player, UINT device) {
-        ASSERT_EQ(player.Open(device, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    void TearDown() override {
+        players_.clear();
+        recorders_.clear();
+        ClockTest::TearDown();
+    }
+    void LockToPlayback() { StoreSetting(0, TEXT("Punchin"), 0); }
+
+    static bool IsInput(UINT stream) { return stream >= 4; }
+    WavePlayer& Player(UINT stream) { return players_[stream]; }
+    WaveRecorder& Recorder(UINT stream) { return recorders_[stream]; }
+
+    void Open(const std::vector<UINT>& streams) {
+        const WaveFormat format = PcmFormat(44100, 2, 16);
+        for (const UINT stream : streams) {
+            if (IsInput(stream)) {
+                ASSERT_EQ(Recorder(stream).Open(stream - 4, format), MMSYSERR_NOERROR);
+                ASSERT_EQ(Recorder(stream).Add(40000), MMSYSERR_NOERROR);
+            } else {
+                ASSERT_EQ(Player(stream).Open(stream, format), MMSYSERR_NOERROR);
+            }
+        }
+    }
+    // A playback with half a second of sound.
+    void Start(UINT stream) {
+        if (IsInput(stream)) {
+            EXPECT_EQ(Recorder(stream).Start(), MMSYSERR_NOERROR);
+        } else {
+            EXPECT_EQ(Player(stream).Write(std::vector<BYTE>(44100 * 4 / 2)), MMSYSERR_NOERROR);
+        }
+        Cards().Advance(3000);
+    }
+    void Pause(UINT stream) { EXPECT_EQ(waveOutPause(Player(stream).Handle()), MMSYSERR_NOERROR); }
+    void Restart(UINT stream) { EXPECT_EQ(waveOutRestart(Player(stream).Handle()), MMSYSERR_NOERROR); }
+    void Shut(UINT stream) {
+        if (IsInput(stream)) {
+            Recorder(stream).Shut();
+        } else {
+            Player(stream).Shut();
+        }
     }
 
-    OutputStatus Status(UINT device) { return Cards().Output(CardOf(device), PortOf(device)); }
-    uint64_t Played(UINT device) { return Status(device).FramesPlayed; }
-
-    // Frames that the device plays in a tenth of a second.
-    double PlaysOn(UINT device) {
-        const uint64_t before = Played(device);
+    simulator::OutputStatus Output(UINT stream) {
+        return Cards().Output(stream / 2, static_cast<Port>(stream % 2));
+    }
+    uint64_t Played(UINT stream) { return Output(stream).FramesPlayed; }
+    // Frames that the output plays in a tenth of a second.
+    double PlaysOn(UINT stream) {
+        const uint64_t before = Played(stream);
         Cards().Advance(100000);
-        return static_cast<double>(Played(device) - before);
+        return static_cast<double>(Played(stream) - before);
+    }
+    // Nothing until it has started.
+    std::optional<uint64_t> StartFrame(UINT stream) {
+        const auto of = [](const auto& status) {
+            return status.Started ? std::optional(status.StartFrame) : std::nullopt;
+        };
+        return IsInput(stream) ? of(Cards().Input(stream % 4 / 2, static_cast<Port>(stream % 2)))
+                               : of(Output(stream));
+    }
+    bool Started(UINT stream) { return StartFrame(stream).has_value(); }
+
+    // Starts the streams in that order: nobody before the last one, then all on one frame.
+    void ExpectTogether(const std::vector<UINT>& order) {
+        SCOPED_TRACE(testing::PrintToString(order));
+        std::vector<UINT> streams = order;
+        std::sort(streams.begin(), streams.end());
+        for (const bool ascending : {true, false}) {
+            Open(streams);
+            for (const UINT stream : order) {
+                for (const UINT any : order) {
+                    EXPECT_FALSE(Started(any)) << any << " before " << stream;
+                }
+                Start(stream);
+            }
+            for (const UINT any : order) {
+                EXPECT_TRUE(Started(any)) << any;
+                EXPECT_EQ(StartFrame(any), StartFrame(order.front())) << any << ", ascending " << ascending;
+            }
+            for (const UINT stream : streams) {
+                Shut(stream);
+            }
+            std::reverse(streams.begin(), streams.end());
+        }
     }
 
-    // What was asked since the last call that has to do with starting and stopping, with the card.
+    // What was asked since the last call that has to do with starting and stopping, with card and channel.
     Lines StartLines() {
         Lines lines;
         for (const simulator::TraceEntry& entry : Cards().Trace()) {
@@ -55,73 +124,56 @@ protected:
         Cards().ClearTrace();
         return lines;
     }
+
+    std::map<UINT, WavePlayer> players_;
+    std::map<UINT, WaveRecorder> recorders_;
 };
 
-constexpr unsigned TenthOfASecond = 4410;  // frames
+class SynchronizedStartTest : public StartTest {};
 
-TEST_F(SynchronizedStartTest, TwoPortsOfACardStartTogether) {
-    for (const UINT first : {0u, 1u}) {
-        SCOPED_TRACE(first);
-        const UINT second = 1 - first;
-        WavePlayer players[2];
-        Open(players[0], 0);
-        Open(players[1], 1);
-        StartLines();
-        Write(players[first]);
-        Cards().Advance(30000);
-        EXPECT_FALSE(Status(first).Started) << "waits for the other one";
-        Write(players[second]);
-        Cards().Advance(30000);
-        ASSERT_TRUE(Status(0).Started && Status(1).Started);
-        EXPECT_EQ(Status(0).StartFrame, Status(1).StartFrame);
-        EXPECT_EQ(Played(0), Played(1));
-
-        // The card is reached through the stream that was opened last.
-        const std::string a = std::string("0.") + (first == 0 ? "2 " : "3 ");
-        const std::string b = std::string("0.") + (first == 0 ? "3 " : "2 ");
-        EXPECT_EQ(StartLines(),
-                  (Lines{a + "START_TRANSFER", "0.3 write card 36 = 01 / 01", a + "write port 0 = 02 / 02",
-                         a + "ARM_CHANNEL", b + "START_TRANSFER", b + "write port 0 = 02 / 02",
-                         b + "ARM_CHANNEL", "0.3 write card 36 = 00 / 01"}));
-    }
+// The card is reached through the stream that was opened last.
+TEST_F(SynchronizedStartTest, TwoPortsStartTogether) {
+    ExpectTogether({0, 1});
+    ExpectTogether({1, 0});
+    Open({0, 1});
+    StartLines();
+    Start(0);
+    Start(1);
+    EXPECT_EQ(StartLines(),
+              (Lines{"0.2 START_TRANSFER", "0.3 write card 36 = 01 / 01", "0.2 write port 0 = 02 / 02",
+                     "0.2 ARM_CHANNEL", "0.3 START_TRANSFER", "0.3 write port 0 = 02 / 02", "0.3 ARM_CHANNEL",
+                     "0.3 write card 36 = 00 / 01"}));
 }
 
 TEST_F(SynchronizedStartTest, OneOfSeveralPausesAndJoinsAgain) {
-    WavePlayer players[2];
-    Open(players[0], 0);
-    Open(players[1], 1);
-    Write(players[0]);
-    Write(players[1]);
-    Cards().Advance(10000);
+    Open({0, 1});
+    Start(0);
+    Start(1);
     StartLines();
-
-    waveOutPause(players[0].Handle());
+    Pause(0);
     EXPECT_EQ(StartLines(), (Lines{"0.3 write card 36 = 01 / 01", "0.2 DISARM_CHANNEL"}));
     const uint64_t before = Played(1);
     EXPECT_EQ(PlaysOn(0), 0.0);
     EXPECT_NEAR(static_cast<double>(Played(1) - before), TenthOfASecond, 1) << "a hold stops nobody";
-    waveOutRestart(players[0].Handle());
+    Restart(0);
     EXPECT_EQ(StartLines(), (Lines{"0.2 START_TRANSFER", "0.2 write port 0 = 02 / 02", "0.2 ARM_CHANNEL",
                                    "0.3 write card 36 = 00 / 01"}));
     EXPECT_NEAR(PlaysOn(0), TenthOfASecond, 1);
 }
 
 TEST_F(SynchronizedStartTest, AllPausedRestartTogether) {
-    WavePlayer players[2];
-    Open(players[0], 0);
-    Open(players[1], 1);
-    Write(players[0]);
-    Write(players[1]);
-    Cards().Advance(10000);
-    waveOutPause(players[0].Handle());
+    Open({0, 1});
+    Start(0);
+    Start(1);
+    Pause(0);
     Cards().Advance(5000);
-    waveOutPause(players[1].Handle());
+    Pause(1);
     const uint64_t lead = Played(1) - Played(0);
     EXPECT_NEAR(static_cast<double>(lead), 220, 5) << "requests take time, too";
     StartLines();
-    waveOutRestart(players[1].Handle());
+    Restart(1);
     EXPECT_EQ(PlaysOn(1), 0.0) << "the first one waits again";
-    waveOutRestart(players[0].Handle());
+    Restart(0);
     EXPECT_NEAR(PlaysOn(0), TenthOfASecond, 1);
     EXPECT_EQ(Played(1) - Played(0), lead) << "and both went on at the same frame";
     const Lines lines = StartLines();
@@ -130,82 +182,132 @@ TEST_F(SynchronizedStartTest, AllPausedRestartTogether) {
 }
 
 TEST_F(SynchronizedStartTest, TheOthersPlayOnWhenOneIsClosed) {
-    WavePlayer stays;
-    Open(stays, 0);
-    {
-        WavePlayer leaves;
-        Open(leaves, 1);
-        Write(stays);
-        Write(leaves);
-        Cards().Advance(10000);
-        EXPECT_EQ(leaves.Close(), WAVERR_STILLPLAYING);
-        EXPECT_EQ(waveOutReset(leaves.Handle()), MMSYSERR_NOERROR);
-        EXPECT_EQ(leaves.Close(), MMSYSERR_NOERROR);
-    }
+    Open({0, 1});
+    Start(0);
+    Start(1);
+    EXPECT_EQ(Player(1).Close(), WAVERR_STILLPLAYING);
+    Shut(1);
     EXPECT_NEAR(PlaysOn(0), TenthOfASecond, 1);
-    EXPECT_EQ(Status(0).FramesSilent, 0u);
-    waveOutPause(stays.Handle());
-    waveOutRestart(stays.Handle());
+    EXPECT_EQ(Output(0).FramesSilent, 0u);
+    Pause(0);
+    Restart(0);
     EXPECT_NEAR(PlaysOn(0), TenthOfASecond, 1) << "there is nobody to wait for";
+    Open({1});
+    Start(1);
+    EXPECT_TRUE(Started(1)) << "the only one missing";
+}
 
-    WavePlayer joins;
-    Open(joins, 1);
-    Write(joins);
-    Cards().Advance(10000);
-    EXPECT_TRUE(Status(1).Started) << "the only one missing";
+// The hold of both directions is the master's.
+TEST_F(SynchronizedStartTest, TheRequestsOfALockedStart) {
+    LockToPlayback();
+    Open({0, 4});
+    StartLines();
+    Start(4);
+    EXPECT_EQ(StartLines(), (Lines{"0.0 START_TRANSFER", "0.0 write card 36 = 02 / 02",
+                                   "0.0 write port 0 = 02 / 02", "0.0 ARM_CHANNEL"}));
+    Start(0);
+    EXPECT_EQ(StartLines(),
+              (Lines{"0.2 START_TRANSFER", "0.0 write card 36 = 01 / 01", "0.2 write port 0 = 02 / 02",
+                     "0.2 ARM_CHANNEL", "0.0 write card 36 = 00 / 03"}));
+    Recorder(4).Stop();
+    EXPECT_EQ(StartLines(),
+              (Lines{"0.0 write card 36 = 03 / 03", "0.0 DISARM_CHANNEL", "0.0 STOP_TRANSFER"}));
 }
 
 // Card 1 follows card 0.
-class GroupStartTest : public SynchronizedStartTest {
+class GroupStartTest : public StartTest {
 protected:
-    GroupStartTest() : SynchronizedStartTest(2) {
+    GroupStartTest() {
         Follow(1, 0);
         StoreSetting(1, TEXT("ClockSource"), 32);
+        StoreSetting(1, TEXT("CheckClocks"), 0);
     }
 };
 
 TEST_F(GroupStartTest, TwoCardsStartOnOneFrameOfTheirClock) {
-    for (const UINT first : {0u, 2u}) {
-        for (const UINT openedFirst : {0u, 2u}) {
-            SCOPED_TRACE(testing::Message() << openedFirst << " opened first, " << first << " started first");
-            WavePlayer master;
-            WavePlayer follower;
-            if (openedFirst == 0) {
-                Open(master, 0);
-            }
-            Open(follower, 2);
-            if (openedFirst != 0) {
-                Open(master, 0);
-            }
-            StartLines();
-            Write(first == 0 ? master : follower);
-            Cards().Advance(30000);
-            EXPECT_FALSE(Status(first).Started);
-            Write(first == 0 ? follower : master);
-            Cards().Advance(30000);
-            ASSERT_TRUE(Status(0).Started && Status(2).Started);
-            EXPECT_EQ(Status(0).StartFrame, Status(2).StartFrame);
-            EXPECT_EQ(Played(0), Played(2));
-            const Lines lines = StartLines();
-            EXPECT_EQ(lines.back(), "0.2 write card 36 = 00 / 01") << "the hold is the master's";
-        }
-    }
+    ExpectTogether({0, 2});
+    ExpectTogether({2, 0});
 }
 
 TEST_F(GroupStartTest, AFollowerAloneStartsThroughTheMastersHold) {
-    WavePlayer follower;
-    Open(follower, 2);
+    Open({2});
     StartLines();
-    Write(follower);
+    Start(2);
     EXPECT_EQ(StartLines(),
               (Lines{"1.2 START_TRANSFER", "0.- BIND_HANDLE 0 control", "0.- write card 36 = 01 / 01",
                      "0.- RELEASE_CHANNEL", "1.2 write port 0 = 02 / 02", "1.2 ARM_CHANNEL",
                      "0.- BIND_HANDLE 0 control", "0.- write card 36 = 00 / 01", "0.- RELEASE_CHANNEL"}));
     EXPECT_NEAR(PlaysOn(2), TenthOfASecond, 1);
     // The group stays synchronized although one stream is all there is.
-    waveOutPause(follower.Handle());
-    waveOutRestart(follower.Handle());
+    Pause(2);
+    Restart(2);
     EXPECT_NEAR(PlaysOn(2), TenthOfASecond, 1);
+}
+
+TEST_F(GroupStartTest, LockedToPlaybackAllBeginOnOneFrame) {
+    LockToPlayback();
+    for (const auto& [output, input] :
+         {std::pair{0u, 4u}, {0u, 5u}, {1u, 4u}, {0u, 6u}, {2u, 4u}, {3u, 7u}}) {
+        ExpectTogether({output, input});
+        ExpectTogether({input, output});
+    }
+    ExpectTogether({4, 0, 5, 1});
+    ExpectTogether({2, 7, 4, 1});
+    ExpectTogether({6, 0, 5, 3, 1, 4, 7, 2});
+}
+
+TEST_F(GroupStartTest, InputsBeginTogether) {
+    ExpectTogether({4, 5});
+    ExpectTogether({6, 4, 7});
+}
+
+TEST_F(GroupStartTest, PunchInDoesNotWait) {
+    Open({0, 4});
+    Start(4);
+    EXPECT_TRUE(Started(4));
+    EXPECT_FALSE(Started(0));
+    Start(0);
+    EXPECT_TRUE(Started(0));
+    EXPECT_GT(StartFrame(0), StartFrame(4));
+}
+
+TEST_F(GroupStartTest, DirectModeWaitsInAnyRecordMode) {
+    Open({0, 4});
+    EXPECT_EQ(waveInMessage(Recorder(4).Handle(), DirectMode, 0, 0), MMSYSERR_NOERROR);
+    Start(4);
+    EXPECT_FALSE(Started(4));
+    Start(0);
+    ASSERT_TRUE(Started(0) && Started(4));
+    EXPECT_EQ(StartFrame(0), StartFrame(4));
+}
+
+// Meanwhile one of two outputs leaves, which concerns the outputs alone.
+TEST_F(GroupStartTest, AWaitingRecordingIsNotForgotten) {
+    Open({0, 1, 4, 5});
+    Start(0);
+    Start(1);
+    Start(4);
+    EXPECT_FALSE(Started(4)) << "waits for the other input";
+    Shut(1);
+    EXPECT_FALSE(Started(4));
+    Shut(5);
+    Cards().Advance(3000);
+    EXPECT_TRUE(Started(4));
+}
+
+TEST_F(GroupStartTest, ARecordingStopsAndJoinsAPlaybackAgain) {
+    LockToPlayback();
+    Open({0, 4});
+    Start(0);
+    Start(4);
+    Recorder(4).Stop();
+    Cards().Advance(3000);
+    const uint64_t before = Cards().Input(0, Port::Analog).FramesRecorded;
+    ASSERT_EQ(Recorder(4).Add(4000), MMSYSERR_NOERROR);
+    Recorder(4).Start();
+    Cards().Advance(100000);
+    EXPECT_EQ(Cards().Input(0, Port::Analog).FramesRecorded - before, 1000u);
+    EXPECT_EQ(Output(0).FramesSilent, 0u);
 }
 
 }  // namespace

@@ -1,10 +1,12 @@
 // The Clocks + Sync page: every card's clock source and place in the tree, as its user changes them, and
 // what is saved of it.
 #include <commctrl.h>
+#include <prsht.h>
 
 #include <optional>
 #include <string>
 
+#include "config_ui/resource.h"
 #include "tests/support/clock_tree_user.h"
 #include "tests/support/sheet_test.h"
 #include "tests/support/system.h"
@@ -169,6 +171,12 @@ TEST_F(ClocksPageTest, EscapeEndsADragAndNotTheSheet) {
 
     Tree().Drag(u"B", ClockTreeUser::Root);
     expectDragging(false);
+
+    // So does a page that goes meanwhile.
+    const HWND page = Shown().Current().Window();
+    Tree().PickUp(u"B");
+    Shown().Show(0);
+    Tree().OnItsThread([&] { EXPECT_NE(GetCapture(), page); });
     Shown().Cancel();
     Shown().Closed();
 }
@@ -266,6 +274,48 @@ TEST_F(ClocksPageTest, AStreamRunsOnWhatIsStored) {
     EXPECT_EQ(Cards().CardRegister(1, 32) & 0x60, 0x20);
 }
 
+// It was dragged before the stream was opened, and that is applied while the stream is open.
+TEST_F(ClocksPageTest, ACardThatHasGotAMasterWakesUpAtItsOpenStreamsRate) {
+    Open();
+    Tree().Drag(u"B", u"A");
+    WavePlayer player;
+    ASSERT_EQ(player.Open(2, PcmFormat(96000, 2, 16)), MMSYSERR_NOERROR);
+    Shown().Ok();
+    Shown().Closed();
+    ASSERT_EQ(Saved(1), Follows(0));
+    Library().DriverProc(DRV_POWER, PWR_SUSPENDREQUEST);
+    Cards().PowerCycle(1);
+    Library().DriverProc(DRV_POWER, PWR_SUSPENDRESUME);
+    EXPECT_EQ(Cards().SampleRate(1), 96000u);
+}
+
+TEST_F(ClocksPageTest, ACardWhoseMasterIsGoneIsShownOnWhatItRunsOn) {
+    StoreSetting(0, TEXT("ClockSource"), 32);
+    WavePlayer player;
+    ASSERT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    player.Shut();
+    Open();
+    EXPECT_EQ(Outline().substr(0, 1 + OnAutomatic.size()), u"A" + OnAutomatic);
+}
+
+// A start hold is for groups.
+TEST_F(ClocksPageTest, AMasterThatNobodyFollowsAnyMoreStartsAtOnce) {
+    Follow(1, 0);
+    Open();
+    WavePlayer player;
+    EXPECT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    player.Shut();
+    Tree().Drag(u"B", ClockTreeUser::Root);
+    Shown().Ok();
+    Shown().Closed();
+    EXPECT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    Cards().ClearTrace();
+    EXPECT_EQ(player.Write(Pattern(4000)), MMSYSERR_NOERROR);
+    for (const std::string& line : TraceText()) {
+        EXPECT_FALSE(line.starts_with("write")) << line;
+    }
+}
+
 TEST_F(ClocksPageTest, CancelForgetsWhatWasChanged) {
     Follow(1, 0);
     StoreSetting(0, TEXT("ClockSource"), Pll);
@@ -348,17 +398,68 @@ TEST_F(ClocksPageTest, TheDriverIsResetWhenTheUserInsists) {
     EXPECT_FALSE(Shown().CanApply());
 }
 
-TEST_F(ClocksPageTest, ACardThatIsGoneDoesNotKeepTheOthersFromBeingSaved) {
+TEST_F(ClocksPageTest, CardsThatAreGoneDoNotKeepTheOthersFromBeingSaved) {
     Open();
+    for (const size_t page : {3u, 4u, 9u}) {  // of cards B and D
+        Shown().Show(page);
+    }
+    Shown().Show(u"Clocks + Sync");
     Cards().SetPresent(1, false);
+    Cards().SetPresent(3, false);
     Tree().Drag(u"C", u"A");
     Tree().Command(u"B", u'D');
     Shown().Apply();
-    EXPECT_EQ(Told(),
-              std::u16string(NoAutomaticMaster) + u"Could not save configuration information in registry");
+    Tree().OnItsThread([] {});
+    EXPECT_EQ(Told(), std::u16string(NoAutomaticMaster) +
+                          u"Could not save configuration information in registry\nB\nD");
     EXPECT_EQ(Saved(0), Free(Internal));
     EXPECT_EQ(Saved(1).Source, std::nullopt);
     EXPECT_EQ(Saved(2), Follows(0));
+}
+
+// A stream that opens goes by what is saved, and brings the working settings in line with it.
+TEST_F(ClocksPageTest, AFreedCardOnWhichAStreamOpensStaysAsShown) {
+    Follow(1, 0);
+    StoreSetting(0, TEXT("ClockSource"), Internal);
+    Open();
+    Tree().Command(u"B", u'S');
+    Tree().Command(u"B", u'D');
+    WavePlayer player;
+    ASSERT_EQ(player.Open(2, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    EXPECT_EQ(Outline(),
+              u"A" + OnInternal + u"; C" + OnAutomatic + u"; D" + OnAutomatic + u"; B" + OnDigital);
+    EXPECT_TRUE(Tree().RightClick(u"B")[2].starts_with(u"*"));
+    Tree().Choose(VK_ESCAPE);
+    Shown().Apply();
+    EXPECT_EQ(Saved(1), Free(Digital));
+    EXPECT_EQ(Outline(),
+              u"A" + OnInternal + u"; C" + OnAutomatic + u"; D" + OnAutomatic + u"; B" + OnDigital);
+    player.Shut();
+}
+
+WNDPROC treeProcedure = nullptr;
+LRESULT CALLBACK TakeNoItem(HWND tree, UINT message, WPARAM wParam, LPARAM lParam) {
+    return message == TVM_INSERTITEMW ? 0 : CallWindowProcW(treeProcedure, tree, message, wParam, lParam);
+}
+
+TEST_F(ClocksPageTest, ACardThatCannotBeInsertedAgainStaysWhereItIs) {
+    Follow(1, 0);
+    StoreSetting(0, TEXT("ClockSource"), Internal);
+    Open();
+    const std::u16string before = Outline();
+    const HWND tree = Shown().Current().Control(1001);
+    treeProcedure = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(tree, GWLP_WNDPROC));
+    SetWindowLongPtrW(tree, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(TakeNoItem));
+    Tree().Drag(u"C", u"A");
+    Tree().Command(u"B", u'S');
+    Tree().Command(u"A", u'S');
+    Tree().Command(u"D", u'B');
+    EXPECT_EQ(Outline(), before);
+    SetWindowLongPtrW(tree, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(treeProcedure));
+    Shown().Ok();
+    Shown().Closed();
+    EXPECT_EQ(Saved(1), Follows(0));
+    EXPECT_EQ(Saved(2), Free(Automatic));
 }
 
 TEST_F(ClocksPageTest, TheTreeStaysOpen) {
@@ -396,11 +497,16 @@ protected:
     SixteenCardsTest() : ClocksPageTest(16) {}
 };
 
-TEST_F(SixteenCardsTest, OneLeadsAllOthers) {
+TEST_F(SixteenCardsTest, HaveAllTheirPagesAndOneLeadsAllOthers) {
     Follow(0, 15);
     StoreSetting(15, TEXT("ClockSource"), Internal);
     Open();
     EXPECT_EQ(Shown().Titles().size(), 50u);
+    const auto tabs = reinterpret_cast<HWND>(SendMessageW(Shown().Window(), PSM_GETTABCONTROL, 0, 0));
+    EXPECT_EQ(GetWindowLongPtrW(tabs, GWL_STYLE) & TCS_MULTILINE, 0) << "in one row";
+    EXPECT_EQ(Shown().Show(47).Text(IDC_SERIAL_NUMBER), u"01-20-12360");
+    EXPECT_NE(Shown().Show(49).Control(IDC_EASI_BUFFER), nullptr);
+    Shown().Show(u"Clocks + Sync");
     Tree().Command(u"H", u'B');
     EXPECT_EQ(Outline(), u"H" + OnInternal + u" [B, C, D, E, F, G, I, J, K, L, M, N, O, P, A]");
     EXPECT_EQ(Told(), NoAutomaticMaster);

@@ -10,6 +10,7 @@
 #include "config_ui/resource.h"
 #include "tests/support/clock_tree_user.h"
 #include "tests/support/sheet_test.h"
+#include "tests/support/system.h"
 #include "tests/support/text.h"
 #include "tests/support/wave_formats.h"
 #include "tests/support/wave_player.h"
@@ -202,6 +203,27 @@ TEST_F(ConfigurationPageTest, NameHasAtMostFiftyCharacters) {
     sheet.Ok();
     sheet.Closed();
     EXPECT_EQ(StoredName(), TextValue(REG_SZ, std::u16string(50, u'n')));
+}
+
+TEST_F(TwoCardsConfiguration, ANameOfBlanksIsRefused) {
+    Sheet& sheet = Open();
+    const SheetPage page = sheet.Current();
+    for (const std::u16string name : {u"", u"   "}) {
+        page.Type(IDC_NAME, name);
+        page.Focus(IDC_LEFT);
+        const size_t told = test_system::MessageBoxes().size();
+        sheet.Show(1);
+        EXPECT_EQ(sheet.Current().Window(), page.Window());
+        sheet.Ok();
+        EXPECT_TRUE(sheet.IsOpen());
+        EXPECT_EQ(test_system::MessageBoxes().size(), told + 2);
+        ClockTreeUser(page.Window()).OnItsThread([&] { EXPECT_EQ(GetFocus(), page.Control(IDC_NAME)); });
+        EXPECT_FALSE(StoredName().has_value());
+    }
+    page.Type(IDC_NAME, u" B");
+    sheet.Ok();
+    sheet.Closed();
+    EXPECT_EQ(StoredName(), TextValue(REG_SZ, u" B"));
 }
 
 TEST_F(TwoCardsConfiguration, NewNameShowsInTheClockTreeBeforeApplyAndIsGoneAfterCancel) {

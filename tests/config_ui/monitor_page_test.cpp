@@ -1,5 +1,7 @@
 // The Monitor page: eight gains on the screen, in the card while it plays and records, and in what is saved.
 #include <array>
+#include <cmath>
+#include <string>
 
 #include "tests/support/sheet_test.h"
 #include "tests/support/system.h"
@@ -71,7 +73,7 @@ protected:
 
 TEST_F(MonitorPageTest, AGainIsShownInDecibelsAndSavedAsACodeAndAGain) {
     StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
-    StoreCodes({0, 17, 200, 64, 19, 82, 18, 83});
+    StoreCodes({0, 17, 200, 64, 19, 82, 18, static_cast<int>(0x80000000)});
     Sheet& sheet = Open();
     const SheetPage page = ShowPage(sheet);
     EXPECT_EQ(Positions(page), (Eight{18, 18, 83, 64, 19, 82, 18, 83}));
@@ -88,6 +90,22 @@ TEST_F(MonitorPageTest, AGainIsShownInDecibelsAndSavedAsACodeAndAGain) {
     sheet.Apply();
     EXPECT_EQ(SavedCodes(), (Eight{18, 18, 83, 39, 19, 82, 18, 83}));
     EXPECT_EQ(SavedGains(), (Eight{0, 0, 128, 8, 1, 123, 0, 128}));
+}
+
+TEST_F(MonitorPageTest, EachPositionSaysWhatItsGainIs) {
+    const SheetPage page = OpenPage();
+    WaveRecorder recorder;
+    ASSERT_EQ(recorder.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    int before = 0;
+    for (int position = 19; position <= 83; ++position) {
+        page.Slide(SliderOf(0), position);
+        const int gain = CardGains()[0];
+        EXPECT_GE(gain, before);
+        before = gain;
+        const std::u16string text = page.Text(SliderOf(0) + 1);
+        EXPECT_NEAR(std::stod(std::string(text.begin(), text.end())), 20 * std::log10(gain / 128.0), 0.15)
+            << position;
+    }
 }
 
 // The open of a device takes what the sliders show; from then on they move the card's gains.
@@ -172,6 +190,53 @@ TEST_F(MonitorPageTest, WithoutAdvancedMonitoringEachPlaybackGoesItsOwnWay) {
     player.Shut();
 }
 
+// Whichever page is shown first, the playback gains are what switching advanced monitoring off made of them,
+// as long as that is not cancelled; switching it on again does not bring the others back.
+TEST_F(MonitorPageTest, SwitchedOffBeforeThePageIsShown) {
+    const Eight stored = {64, 64, 64, 64, 64, 64, 64, 64};
+    const Eight standard = {64, 64, 83, 18, 64, 64, 18, 83};
+    enum End { Cancelled, Accepted, Applied };
+    const struct {
+        bool MonitorFirst;
+        unsigned Clicks;
+        bool MonitorAfter;
+        End Ending;
+    } cases[] = {
+        {false, 1, true, Cancelled}, {false, 1, true, Accepted}, {false, 1, true, Applied},
+        {false, 2, true, Accepted},  {true, 2, true, Accepted},  {false, 1, false, Accepted},
+        {true, 1, true, Accepted},   {true, 1, false, Applied},  {false, 2, false, Applied},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(static_cast<int>(&each - cases));
+        StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
+        StoreCodes(stored);
+        Reload();
+        WavePlayer player;
+        ASSERT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+        Sheet& sheet = Open();
+        if (each.MonitorFirst) {
+            EXPECT_EQ(Positions(ShowPage(sheet)), stored);
+        }
+        for (unsigned click = 0; click < each.Clicks; ++click) {
+            sheet.Show(0).Click(AdvancedMonitoring);
+        }
+        if (each.MonitorAfter) {
+            EXPECT_EQ(Positions(ShowPage(sheet)), standard);
+            EXPECT_EQ(CardGains()[2], 128);
+            EXPECT_EQ(CardGains()[6], 0);
+        }
+        if (each.Ending == Applied) {
+            sheet.Apply();
+            EXPECT_EQ(Positions(ShowPage(sheet)), standard);
+        }
+        each.Ending == Accepted ? sheet.Ok() : sheet.Cancel();
+        sheet.Closed();
+        EXPECT_EQ(Positions(ShowPage(Open())), each.Ending == Cancelled ? stored : standard)
+            << "the next time";
+        player.Shut();
+    }
+}
+
 TEST_F(MonitorPageTest, ACardThatIsGoneTakesNoGains) {
     Sheet& sheet = Open();
     WaveRecorder recorder;
@@ -180,7 +245,8 @@ TEST_F(MonitorPageTest, ACardThatIsGoneTakesNoGains) {
     Cards().SetPresent(0, false);
     page.Slide(SliderOf(0), 18);
     EXPECT_EQ(page.Text(SliderOf(0) + 1), u"-INF dB");
-    sheet.Apply();
+    sheet.Ok();
+    sheet.Closed();
     ASSERT_FALSE(test_system::MessageBoxes().empty());
     EXPECT_EQ(test_system::MessageBoxes().back().Text,
               u"Could not save configuration information in registry");

@@ -29,11 +29,6 @@ protected:
     SeveralCards() : SheetFrameTest(2) {}
 };
 
-class AllCards : public SheetFrameTest {
-protected:
-    AllCards() : SheetFrameTest(simulator::MaxCards) {}
-};
-
 TEST_F(SeveralCards, HaveTheirPagesOneAfterTheOther) {
     StoreText(0, TEXT("Name"), u"A");
     StoreText(1, TEXT("Name"), u"B");
@@ -55,13 +50,38 @@ TEST_F(SheetFrameTest, CardOfUnknownIdentityHasNoVersionPage) {
               (Texts{u"Configuration: 'X'", u"Monitor: 'X'", u"Clocks + Sync", u"ASIO + EASI"}));
 }
 
-TEST_F(AllCards, HaveFiftyPagesInOneRowOfTabs) {
+class AllCards : public SheetFrameTest {
+protected:
+    AllCards() : SheetFrameTest(simulator::MaxCards) {}
+};
+
+// As large as the sheet of one card, on the smallest screen that the system is used with, with all buttons in
+// it.
+TEST_F(AllCards, HaveASheetNoLargerThanThatOfOne) {
+    for (unsigned card = 0; card < simulator::MaxCards; ++card) {
+        StoreText(card, TEXT("Name"), std::u16string(50, u'W'));
+    }
     const Sheet& sheet = Open();
-    EXPECT_EQ(sheet.Titles().size(), 50u);
-    const auto tabs = reinterpret_cast<HWND>(SendMessageW(sheet.Window(), PSM_GETTABCONTROL, 0, 0));
-    EXPECT_EQ(GetWindowLongPtrW(tabs, GWL_STYLE) & TCS_MULTILINE, 0);
-    EXPECT_EQ(sheet.Show(47).Text(IDC_SERIAL_NUMBER), u"01-20-12360");
-    EXPECT_NE(sheet.Show(49).Control(IDC_EASI_BUFFER), nullptr);
+    RECT page = {};
+    RECT frame = {};
+    RECT inside = {};
+    GetWindowRect(sheet.Current().Window(), &page);
+    GetWindowRect(sheet.Window(), &frame);
+    GetClientRect(sheet.Window(), &inside);
+    MapWindowPoints(sheet.Window(), nullptr, reinterpret_cast<POINT*>(&inside), 2);
+    EXPECT_LE(frame.right, 800);
+    EXPECT_LE(frame.bottom, 600);
+    EXPECT_GE(frame.left, 0);
+    EXPECT_GE(frame.top, 0);
+    EXPECT_LT(inside.right - page.right, 20);
+    EXPECT_GE(page.right - page.left, 227 * 3 / 2) << "a dialog unit is a pixel and a half at least";
+    for (const int button : {IDOK, IDCANCEL, 0x3021, IDHELP}) {
+        RECT area = {};
+        GetWindowRect(GetDlgItem(sheet.Window(), button), &area);
+        EXPECT_GT(area.top, page.bottom) << button;
+        EXPECT_TRUE(area.left > inside.left && area.right < inside.right && area.bottom < inside.bottom)
+            << button;
+    }
 }
 
 TEST_F(SheetFrameTest, NothingIsShownWithoutACard) {

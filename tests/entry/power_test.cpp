@@ -155,31 +155,6 @@ TEST_F(SuspendTest, EveryStateOutlastsTheSleep) {
     }
 }
 
-// A port that has been woken up and then paused, or stopped, is not woken up again.
-TEST_F(SuspendTest, APauseOutlastsTheSecondSleep) {
-    WavePlayer player;
-    WaveRecorder recorder;
-    ASSERT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
-    ASSERT_EQ(recorder.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
-    EXPECT_EQ(player.Write(Pattern(400000)), MMSYSERR_NOERROR);
-    EXPECT_EQ(recorder.Add(400000), MMSYSERR_NOERROR);
-    EXPECT_EQ(recorder.Start(), MMSYSERR_NOERROR);
-    for (int sleep = 0; sleep < 2; ++sleep) {
-        SendPower(PWR_SUSPENDREQUEST);
-        SendPower(PWR_SUSPENDRESUME);
-        waveOutPause(player.Handle());
-        recorder.Stop();
-    }
-    const auto moved = [this] {
-        return Cards().Output(0, Port::Analog).FramesPlayed + Cards().Input(0, Port::Analog).FramesRecorded;
-    };
-    const uint64_t before = moved();
-    SendPower(PWR_SUSPENDREQUEST);
-    SendPower(PWR_SUSPENDRESUME);
-    Cards().Advance(Second / 10);
-    EXPECT_EQ(moved(), before);
-}
-
 // What the client does while the computer sleeps waits for the morning.
 TEST_F(SuspendTest, BuffersAddedDuringTheSleepAreFilledAfterIt) {
     const WaveFormat format = PcmFormat(48000, 2, 16);
@@ -200,17 +175,6 @@ TEST_F(SuspendTest, BuffersAddedDuringTheSleepAreFilledAfterIt) {
     Cards().Advance(Second);
     EXPECT_TRUE(recorder.Recorded() == ClientBytes(format, signal));
     EXPECT_EQ(recorder.DoneCount(), 3u);
-}
-
-// What is written while the card is away comes back, and the client is not left waiting.
-TEST_F(SuspendTest, AWriteDuringTheSleepIsReturned) {
-    WavePlayer player;
-    ASSERT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
-    SendPower(PWR_SUSPENDREQUEST);
-    ASSERT_EQ(player.Write(Pattern(4000)), MMSYSERR_NOERROR);
-    SendPower(PWR_SUSPENDRESUME);
-    Cards().Advance(Second);
-    player.ExpectEachReturnedOnce();
 }
 
 // What the client asks for during the sleep is what it finds after it.

@@ -293,14 +293,6 @@ TEST_F(WakeUpKindTest, CriticalWithoutASleepLeavesRunningPortsAlone) {
     }
 }
 
-TEST_F(WakeUpKindTest, ACriticalOneBringsBackWhatHasLostItsPower) {
-    Begin();
-    LosePower();
-    Wake(PWR_CRITICALRESUME);
-    ExpectRunning();
-    ExpectComplete();
-}
-
 // One card has kept its power.
 TEST_F(WakeUpKindTest, ACriticalOneLooksAtEachCard) {
     Begin();
@@ -326,9 +318,12 @@ TEST_F(WakeUpKindTest, TwoInARowLeavePortsRunning) {
     ExpectComplete();
 }
 
-// A port that its client has paused, or has stopped, is as it was after all of that.
+// A port that its client has paused, or has stopped, is as it was after all of that, even though it was woken
+// up running before.
 TEST_F(WakeUpKindTest, OneAfterTheOtherStartsNobody) {
     Begin();
+    Sleep();
+    Wake();
     waveOutPause(players_[0].Handle());
     recorders_[0].Stop();
     Cards().Advance(Second / 100);

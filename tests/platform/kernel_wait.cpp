@@ -5,6 +5,8 @@
 
 #include <vector>
 
+#include "platform/device.h"
+
 namespace {
 
 std::vector<int> callsRun;
@@ -33,6 +35,7 @@ TEST_F(AlertableWait, RunsEveryQueuedCallInOrderIncludingThoseQueuedMeanwhile) {
 
     EXPECT_EQ(WaitForSingleObjectEx(event_, INFINITE, TRUE), WAIT_IO_COMPLETION);
     EXPECT_EQ(callsRun, (std::vector{1, 2, 10, 3}));
+    EXPECT_TRUE(platform::WaitUntilQuiet(0)) << "no thread waits for itself";
     EXPECT_EQ(SleepEx(0, TRUE), 0u) << "no call may be left";
 }
 

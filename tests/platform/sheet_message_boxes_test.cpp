@@ -33,6 +33,7 @@ TEST_F(SheetMessageBoxes, BelongToThePageAndHaveTheirCaptions) {
     player.Shut();
     Cards().SetPresent(3, false);
     sheet.Apply();
+    tree.OnItsThread([] {});
 
     const struct {
         const char16_t* TextBegins;

@@ -21,6 +21,8 @@ public:
     // Another one in its place. The test has no program on it, and no companion is left.
     void Renew();
 
+    const std::string& Name() const { return name_; }
+
 private:
     void Remove() const;
 
@@ -39,8 +41,9 @@ public:
     simulator::Simulator Cards;
 };
 
-// Runs a script in a process of its own, from the constructor on. Both sides pass numbers: what one
-// tells, the other hears, in order. Make it before the test has a Program or any other thread.
+// Runs a script in a process of its own, from the constructor on, which ends with the test's. Both sides pass
+// numbers: what one tells, the other hears, in order. Make it before the test has a Program or any other
+// thread.
 class Companion {
 public:
     // Sees nothing of the test but what it hears: on Windows the process is this program started anew.
@@ -54,13 +57,21 @@ public:
 
     void Tell(int64_t number);
     int64_t Hear();  // Gone when there is nobody to tell anything any more
-    void Kill();     // as the system does it: nothing is closed, nothing unloaded
+    int64_t Ask(int64_t number = 0) {
+        Tell(number);
+        return Hear();
+    }
+    void Kill();  // as the system does it: nothing is closed, nothing unloaded
 
     static constexpr int64_t Gone = -1;
 
     // Of a test's rounds, each with companions of its own, every how many is played: all where a process
     // starts at once, fewer where that takes long.
-    static const unsigned RoundStep;
+#ifdef _WIN32
+    static constexpr unsigned RoundStep = 3;
+#else
+    static constexpr unsigned RoundStep = 1;
+#endif
 
 private:
     struct Process;  // the other one, and the way to it

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -9,17 +10,9 @@
 #include "platform/machine.h"
 #include "tests/processes/companion.h"
 
-namespace {
-
-constexpr unsigned LongestScript = 60;  // seconds; one that hangs must not hang the test with it
-
-}  // namespace
-
 void SharedMachine::Remove() const {
     platform::RemoveMachine(name_);
 }
-
-const unsigned Companion::RoundStep = 1;
 
 struct Companion::Process {
     int Connection;
@@ -28,16 +21,17 @@ struct Companion::Process {
 
 Companion::Companion(Script script) {
     int ends[2] = {-1, -1};
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
-        ADD_FAILURE() << "no connection";
-    }
+    EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+    const pid_t test = getpid();
     const pid_t id = fork();
     const bool isCompanion = id == 0;
     process_ = std::make_unique<Process>(Process{ends[isCompanion ? 1 : 0], id});
     close(ends[isCompanion ? 0 : 1]);
     if (isCompanion) {
-        alarm(LongestScript);
-        script(*this);
+        prctl(PR_SET_PDEATHSIG, SIGKILL);  // however the test ends
+        if (getppid() == test) {
+            script(*this);
+        }
         _exit(testing::Test::HasFailure() ? 1 : 0);
     }
 }
@@ -47,7 +41,7 @@ Companion::~Companion() {
         shutdown(process_->Connection, SHUT_WR);  // it hears nothing more, so it comes to its end
         int status = 0;
         waitpid(process_->Id, &status, 0);
-        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the companion ended with " << status;
+        EXPECT_EQ(status, 0) << "how the companion ended";
     }
     close(process_->Connection);
 }

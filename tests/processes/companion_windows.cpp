@@ -12,12 +12,10 @@
 
 namespace {
 
-constexpr DWORD LongestScript = 60000;  // milliseconds; one that hangs must not hang the test with it
-
-// What this program is started with as a companion: the script's place in the program, the handles that it
-// hears and tells with, and the machine.
+// What this program is started with as a companion: the script's place in the program, the handles of the
+// test's process and of what it hears and tells with, and the machine.
 constexpr const char* Argument = "--companion=";
-constexpr const char* ArgumentFormat = "%lx,%lx,%lx,";
+constexpr const char* ArgumentFormat = "%lx,%lx,%lx,%lx,";
 
 ULONG_PTR Base() {
     return reinterpret_cast<ULONG_PTR>(GetModuleHandleW(nullptr));
@@ -33,18 +31,19 @@ ULONG Number(HANDLE handle) {
     return static_cast<ULONG>(reinterpret_cast<ULONG_PTR>(handle));
 }
 
-// Starts this program as a companion, which inherits the two ends. Null when it cannot be started.
+// Starts this program as a companion, which inherits the handles. Null when it cannot be started.
 HANDLE StartAnew(Companion::Script script, HANDLE hears, HANDLE tells) {
     char program[MAX_PATH] = {};
     GetModuleFileNameA(nullptr, program, MAX_PATH);
+    HANDLE test = OpenProcess(SYNCHRONIZE, FALSE, GetCurrentProcessId());
     char numbers[64] = {};
     std::snprintf(numbers, sizeof numbers, ArgumentFormat,
-                  static_cast<ULONG>(reinterpret_cast<ULONG_PTR>(script) - Base()), Number(hears),
-                  Number(tells));
+                  static_cast<ULONG>(reinterpret_cast<ULONG_PTR>(script) - Base()), Number(test),
+                  Number(hears), Number(tells));
     std::string line =
         std::string("\"") + program + "\" --gtest_brief=1 " + Argument + numbers + simulator::MachineName();
-    for (const HANDLE end : {hears, tells}) {
-        SetHandleInformation(end, HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT);
+    for (const HANDLE handle : {test, hears, tells}) {
+        SetHandleInformation(handle, HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT);
     }
     STARTUPINFOA start = {};
     start.cb = sizeof start;
@@ -52,9 +51,9 @@ HANDLE StartAnew(Companion::Script script, HANDLE hears, HANDLE tells) {
     const BOOL runs =
         CreateProcessA(program, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &started);
     EXPECT_TRUE(runs) << "no process: " << GetLastError();
-    CloseHandle(hears);
-    CloseHandle(tells);
-    CloseHandle(started.hThread);
+    for (const HANDLE handle : {test, hears, tells, started.hThread}) {
+        CloseHandle(handle);
+    }
     return started.hProcess;
 }
 
@@ -62,8 +61,6 @@ HANDLE StartAnew(Companion::Script script, HANDLE hears, HANDLE tells) {
 
 // A machine goes with its last process.
 void SharedMachine::Remove() const {}
-
-const unsigned Companion::RoundStep = 3;
 
 struct Companion::Process {
     HANDLE Hears;
@@ -84,9 +81,8 @@ Companion::~Companion() {
     CloseHandle(process_->Tells);  // it hears nothing more, so it comes to its end
     if (process_->Handle != nullptr) {
         DWORD status = 0;
-        WaitForSingleObject(process_->Handle, LongestScript);
+        WaitForSingleObject(process_->Handle, INFINITE);
         GetExitCodeProcess(process_->Handle, &status);
-        TerminateProcess(process_->Handle, status);  // when it hangs at its end
         EXPECT_EQ(status, 0u) << "how the companion ended";
         CloseHandle(process_->Handle);
     }
@@ -123,15 +119,16 @@ void Companion::Kill() {
 struct StartedAnew {
     [[noreturn]] static void Play(const char* argument) {
         ULONG script = 0;
+        ULONG parent = 0;
         ULONG hears = 0;
         ULONG tells = 0;
-        std::sscanf(argument, ArgumentFormat, &script, &hears, &tells);
+        std::sscanf(argument, ArgumentFormat, &script, &parent, &hears, &tells);
         simulator::UseMachine(std::strrchr(argument, ',') + 1);
-        // The wait is for what does not come before the end.
-        std::thread([] {
-            WaitForSingleObject(GetCurrentProcess(), LongestScript);
+        std::thread([parent] {  // however the test ends
+            WaitForSingleObject(reinterpret_cast<HANDLE>(parent), INFINITE);
             TerminateProcess(GetCurrentProcess(), 4);
-        }).detach();
+        })
+            .detach();
         Companion test(std::make_unique<Companion::Process>(
             Companion::Process{reinterpret_cast<HANDLE>(hears), reinterpret_cast<HANDLE>(tells), nullptr}));
         reinterpret_cast<Companion::Script>(Base() + script)(test);

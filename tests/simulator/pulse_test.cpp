@@ -110,6 +110,28 @@ TEST(SimulatorPulse, AClockThatHasChangedSoundsAfterTheNextOnes) {
     EXPECT_EQ(Sounding(sim), "iad");
 }
 
+TEST(SimulatorPulse, ConvertersThatAPortHasRestartedHaveToSettle) {
+    Simulator sim({});
+    sim.KeepAudio();
+    Prepare(0);
+    {
+        const CardFile file(0, AnalogOut);
+        const Step pulses[] = {{0, 0x04, 0x04, 1000}, {0, 0x00, 0x04, 0}};
+        for (const Step& step : pulses) {
+            file.WritePort(step.Index, step.Value, step.Mask);
+            file.Send(Stall, step.Wait);
+        }
+        file.WriteCard(17, 0x00, 0x80);
+        file.Send(Stall, 1);
+        file.WriteCard(17, 0x80, 0x80);
+    }
+    constexpr int64_t Settle = 4100LL * 1000000 / 44100 + 450000;
+    sim.Advance(Settle - 20000);
+    EXPECT_EQ(Sounding(sim), "---");
+    sim.Advance(20000);
+    EXPECT_EQ(Sounding(sim), "iad");
+}
+
 // What no correct driver does ends the program, in a strict simulator.
 TEST(SimulatorRuleDeathTest, EachIsNamed) {
     Simulator sim({.Strict = true});
@@ -127,6 +149,22 @@ TEST(SimulatorRuleDeathTest, EachIsNamed) {
     file.Start();
     sim.Advance(10000);
     EXPECT_DEATH(file.WriteCard(32, 0x02, 0x07), "changes the clock while samples move");
+}
+
+TEST(SimulatorRuleDeathTest, AFailureIsAnExcuseUntilEveryChannelIsFree) {
+    Simulator sim({.Cards = 2, .Strict = true});
+    sim.AddFault({.Code = Stall});
+    {
+        const CardFile other(1, AnalogOut);
+        {
+            const CardFile file(0, AnalogOut);
+            EXPECT_NE(file.Send(Stall, 1), DWORD{ERROR_SUCCESS});
+        }
+        const CardFile file(0, AnalogOut);
+        file.Request(ArmChannel);
+    }
+    const CardFile file(0, AnalogOut);
+    EXPECT_DEATH(file.Request(ArmChannel), "arms a channel whose transfer it has not started");
 }
 
 }  // namespace

@@ -56,10 +56,4 @@ TEST_F(CallbackTest, Thread) {
     EXPECT_FALSE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE));
 }
 
-TEST_F(CallbackTest, None) {
-    const HWAVEOUT handle = Open(0, CALLBACK_NULL);
-    Play(handle);
-    EXPECT_EQ(waveOutClose(handle), MMSYSERR_NOERROR);
-}
-
 }  // namespace

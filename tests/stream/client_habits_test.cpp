@@ -1,11 +1,11 @@
 // Clients that take the system at its word: a reset that has answered has brought every header back. One
-// frees them there and then, another hands all of them in again at once.
-#include <memory>
+// frees them there and then, another hands all of them in again at once, a third does so inside the reset.
+#include <atomic>
 
 #include "tests/reliability/stride.h"
 #include "tests/support/driver_test.h"
 #include "tests/support/system.h"
-#include "tests/support/wave_formats.h"
+#include "tests/support/wave_client.h"
 
 namespace {
 
@@ -19,33 +19,18 @@ constexpr DWORD HeaderBytes = 1200;
 constexpr int64_t Millisecond = 1000;
 
 // The calls of one direction.
-struct Playback {
-    using Handle = HWAVEOUT;
-    static MMRESULT Open(Handle* handle, const WaveFormat& format, DWORD_PTR callback) {
-        return waveOutOpen(handle, 0, format.Get(), callback, 0, CALLBACK_FUNCTION);
-    }
+struct Playback : WaveOutCalls {
     static MMRESULT HandIn(Handle handle, WAVEHDR* header) {
         return waveOutWrite(handle, header, sizeof *header);
     }
     static MMRESULT Start(Handle handle) { return waveOutRestart(handle); }
-    static MMRESULT Reset(Handle handle) { return waveOutReset(handle); }
-    static MMRESULT Close(Handle handle) { return waveOutClose(handle); }
 };
-
-struct Recording {
-    using Handle = HWAVEIN;
-    static MMRESULT Open(Handle* handle, const WaveFormat& format, DWORD_PTR callback) {
-        return waveInOpen(handle, 0, format.Get(), callback, 0, CALLBACK_FUNCTION);
-    }
+struct Recording : WaveInCalls {
     static MMRESULT HandIn(Handle handle, WAVEHDR* header) {
         return waveInAddBuffer(handle, header, sizeof *header);
     }
     static MMRESULT Start(Handle handle) { return waveInStart(handle); }
-    static MMRESULT Reset(Handle handle) { return waveInReset(handle); }
-    static MMRESULT Close(Handle handle) { return waveInClose(handle); }
 };
-
-void CALLBACK Hear(void*, UINT, DWORD_PTR, DWORD_PTR, DWORD_PTR) {}
 
 // A header on a page of its own, with its data: whoever touches it after it is freed ends the program.
 WAVEHDR* NewHeader() {
@@ -61,16 +46,31 @@ template <typename Direction>
 class ClientHabitsTest : public DriverTest {
 protected:
     void Open() {
-        ASSERT_EQ(Direction::Open(&device_, format_, reinterpret_cast<DWORD_PTR>(&Hear)), MMSYSERR_NOERROR);
+        ASSERT_EQ(Direction::Open(&device_, 0, format_.Get(), reinterpret_cast<DWORD_PTR>(&Hear),
+                                  reinterpret_cast<DWORD_PTR>(this), CALLBACK_FUNCTION),
+                  MMSYSERR_NOERROR);
+    }
+    static void CALLBACK Hear(void*, UINT message, DWORD_PTR self, DWORD_PTR header, DWORD_PTR) {
+        auto* test = reinterpret_cast<ClientHabitsTest*>(self);
+        if (message == Direction::Done && test->handsInAgain_) {
+            EXPECT_EQ(Direction::HandIn(test->device_, reinterpret_cast<WAVEHDR*>(header)), MMSYSERR_NOERROR);
+        }
+    }
+    void HandIn(WAVEHDR* const (&headers)[Headers]) {
+        for (WAVEHDR* header : headers) {
+            ASSERT_EQ(Direction::HandIn(device_, header), MMSYSERR_NOERROR);
+        }
     }
     // Until some headers are back, some are in the card, and others wait.
     void Run(unsigned round) {
         EXPECT_EQ(Direction::Start(device_), MMSYSERR_NOERROR);
         Cards().Advance((1 + round % 17) * Millisecond);
     }
-    void ExpectBack(const WAVEHDR* header, unsigned round) {
-        const DWORD flags = __atomic_load_n(&header->dwFlags, __ATOMIC_ACQUIRE);
-        EXPECT_EQ(flags & (WHDR_DONE | WHDR_INQUEUE), DWORD{WHDR_DONE}) << "round " << round;
+    void ExpectBack(WAVEHDR* const (&headers)[Headers], unsigned round) {
+        for (const WAVEHDR* header : headers) {
+            const DWORD flags = __atomic_load_n(&header->dwFlags, __ATOMIC_ACQUIRE);
+            EXPECT_EQ(flags & (WHDR_DONE | WHDR_INQUEUE), DWORD{WHDR_DONE}) << "round " << round;
+        }
     }
 
     // Four buffers in the card at a time, the others wait.
@@ -80,6 +80,7 @@ protected:
         return format;
     }();
     typename Direction::Handle device_ = nullptr;
+    std::atomic<bool> handsInAgain_ = false;  // from inside the callback
 };
 
 using Directions = testing::Types<Playback, Recording>;
@@ -89,18 +90,12 @@ TYPED_TEST(ClientHabitsTest, FreesEveryHeaderWhenAResetHasAnswered) {
     this->Open();
     for (unsigned round = 0; round < Rounds && !this->HasFailure(); ++round) {
         WAVEHDR* headers[Headers];
-        for (WAVEHDR*& header : headers) {
-            header = NewHeader();
-            ASSERT_EQ(TypeParam::HandIn(this->device_, header), MMSYSERR_NOERROR);
-        }
+        std::generate(std::begin(headers), std::end(headers), NewHeader);
+        this->HandIn(headers);
         this->Run(round);
         EXPECT_EQ(TypeParam::Reset(this->device_), MMSYSERR_NOERROR);
-        for (WAVEHDR* header : headers) {
-            this->ExpectBack(header, round);
-        }
-        for (WAVEHDR* header : headers) {
-            test_system::GiveBackPage(header);
-        }
+        this->ExpectBack(headers, round);
+        std::for_each(std::begin(headers), std::end(headers), test_system::GiveBackPage);
         if (round % 10 == 9) {  // some never play again on the device
             ASSERT_EQ(TypeParam::Close(this->device_), MMSYSERR_NOERROR);
             this->Open();
@@ -113,23 +108,33 @@ TYPED_TEST(ClientHabitsTest, FreesEveryHeaderWhenAResetHasAnswered) {
 TYPED_TEST(ClientHabitsTest, HandsEveryHeaderInAgainWhenAResetHasAnswered) {
     this->Open();
     WAVEHDR* headers[Headers];
-    for (WAVEHDR*& header : headers) {
-        header = NewHeader();
-    }
+    std::generate(std::begin(headers), std::end(headers), NewHeader);
     for (unsigned round = 0; round < Rounds && !this->HasFailure(); ++round) {
-        for (WAVEHDR* header : headers) {
-            ASSERT_EQ(TypeParam::HandIn(this->device_, header), MMSYSERR_NOERROR) << "round " << round;
-        }
+        this->HandIn(headers);
         this->Run(round);
         EXPECT_EQ(TypeParam::Reset(this->device_), MMSYSERR_NOERROR);
-        for (const WAVEHDR* header : headers) {
-            this->ExpectBack(header, round);
-        }
+        this->ExpectBack(headers, round);
     }
     EXPECT_EQ(TypeParam::Close(this->device_), MMSYSERR_NOERROR);
-    for (WAVEHDR* header : headers) {
-        test_system::GiveBackPage(header);
+    std::for_each(std::begin(headers), std::end(headers), test_system::GiveBackPage);
+}
+
+TYPED_TEST(ClientHabitsTest, ClosesAfterAResetInWhichItHandedEveryHeaderInAgain) {
+    WAVEHDR* headers[Headers];
+    std::generate(std::begin(headers), std::end(headers), NewHeader);
+    for (unsigned round = 0; round < 10; ++round) {
+        this->Open();
+        this->HandIn(headers);
+        if (round % 2 == 0) {
+            this->Run(round);
+        }
+        this->handsInAgain_ = true;
+        EXPECT_EQ(TypeParam::Reset(this->device_), MMSYSERR_NOERROR);
+        this->handsInAgain_ = false;
+        EXPECT_EQ(TypeParam::Close(this->device_), MMSYSERR_NOERROR);
+        this->ExpectBack(headers, round);
     }
+    std::for_each(std::begin(headers), std::end(headers), test_system::GiveBackPage);
 }
 
 }  // namespace

@@ -93,7 +93,9 @@ protected:
     template <typename Calls, typename Client>
     void Check(Client& client, const WaveFormat& format, UINT device, std::optional<int> expected) {
         const MMRESULT result = expected ? unsigned{MMSYSERR_NOERROR} : unsigned{WAVERR_BADFORMAT};
+        Cards().ClearTrace();
         ASSERT_EQ(Calls::Open(nullptr, device, format.Get(), 0, 0, WAVE_FORMAT_QUERY), result);
+        ASSERT_EQ(TraceText(), std::vector<std::string>()) << "a question asks nothing of the card";
         if (Draw(4) != 0) {
             return;
         }
@@ -105,6 +107,7 @@ protected:
             EXPECT_EQ(told & 0xE0, *expected);
             ASSERT_EQ(client.Close(), MMSYSERR_NOERROR);
         }
+        ASSERT_EQ(Cards().OpenFiles(), 0u);
     }
 
     std::mt19937 random_{1};
@@ -116,6 +119,7 @@ TEST_F(FormatModelTest, QueryAndOpenAnswerAsTheRulesSay) {
     for (const Setting& setting : {Setting{1, 0}, {0, 0}, {1, 3}, {0, 1}}) {
         StoreSetting(0, TEXT("Left24"), setting.Left24);
         StoreSetting(0, TEXT("DitherADC"), setting.DitherADC);
+        waveOutGetNumDevs();
         Cards().PlugIn(0, Port::Digital, simulator::InputSignal::Run({}));
         for (int count = 0; count < 1000 && !HasFatalFailure(); ++count) {
             const WaveFormat format = Any();

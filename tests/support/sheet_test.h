@@ -32,6 +32,13 @@ protected:
         return *sheet_;
     }
 
+    // The driver reads what is stored anew.
+    void Reload() {
+        sheet_.reset();
+        library_.reset();
+        UnloadDriver();
+    }
+
     static std::u16string ConfigKey(unsigned card = 0) {
         return simulator::Simulator::RegistryPath(card) + u"\\Config";
     }

@@ -9,7 +9,7 @@
 namespace test_system {
 
 // Joins a machine of nobody else's: empty registry and event log, no named objects, no cards, no message
-// box shown yet.
+// box shown yet. The driver is unloaded: what it has taken is of the machine before.
 void FreshMachine();
 
 // Closes what the process has open, unloads the driver; the next wave call loads it afresh.
@@ -30,6 +30,9 @@ std::string Usage();
 // A page of memory that can be touched until it is given back, and not after.
 void* TakePage();
 void GiveBackPage(void* page);
+
+// How often the driver has released a mutex.
+unsigned long MutexReleases();
 
 struct MessageBoxShown {
     std::u16string Text;

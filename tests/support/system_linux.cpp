@@ -14,6 +14,7 @@ constexpr size_t PageSize = 4096;
 }  // namespace
 
 void FreshMachine() {
+    UnloadWaveDriver();
     platform::UseMachine("");
     platform::ClearMessageBoxes();
     platform::AnswerMessageBoxes(IDOK);
@@ -76,6 +77,10 @@ std::vector<LoggedEvent> EventLog() {
 
 void FailCall(const char* function, unsigned nth) {
     platform::FailCall(function, nth);
+}
+
+unsigned long MutexReleases() {
+    return platform::MutexReleases();
 }
 
 bool CallFailuresAreWaiting() {

@@ -1,6 +1,7 @@
 #include <windows.h>
 #include <mmsystem.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
@@ -9,6 +10,7 @@
 
 #include "simulator/attach.h"
 #include "simulator/simulator.h"
+#include "tests/support/help_viewer.h"
 #include "tests/support/system.h"
 #include "tests/support/text.h"
 #include "tools/machine/host.h"
@@ -26,6 +28,7 @@ struct Notebook {
     std::map<HANDLE, std::u16string> Sources;  // all that were ever opened
     size_t OpenSources = 0;
     std::vector<HelpRequest> Help;
+    bool OpensHelp = false;
 };
 Notebook notebook;
 
@@ -39,10 +42,17 @@ int WINAPI ShowMessageBox(HWND, LPCWSTR text, LPCWSTR, UINT style) {
     return notebook.Answer;
 }
 
-BOOL WINAPI ShowHelp(HWND, LPCWSTR file, UINT command, ULONG_PTR data) {
-    const std::lock_guard guard(notebook.Lock);
-    notebook.Help.push_back({TextOf(file), command, data});
-    return TRUE;
+BOOL WINAPI ShowHelp(HWND window, LPCWSTR file, UINT command, ULONG_PTR data) {
+    {
+        const std::lock_guard guard(notebook.Lock);
+        notebook.Help.push_back({TextOf(file), command, data});
+        if (!notebook.OpensHelp) {
+            return TRUE;
+        }
+    }
+    const FARPROC systems = GetProcAddress(GetModuleHandleW(L"user32.dll"), "WinHelpW");
+    return reinterpret_cast<decltype(&WinHelpW)>(reinterpret_cast<void*>(systems))(window, file, command,
+                                                                                   data);
 }
 
 // The handle is the place of the name: the system's own says nothing.
@@ -70,6 +80,16 @@ BOOL WINAPI CloseSource(HANDLE) {
     return TRUE;
 }
 
+std::atomic<unsigned long> mutexReleases{0};
+
+// This program's own import of it is redirected, too.
+BOOL WINAPI CountRelease(HANDLE mutex) {
+    static const auto release = reinterpret_cast<decltype(&ReleaseMutex)>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "ReleaseMutex")));
+    mutexReleases.fetch_add(1, std::memory_order_relaxed);
+    return release(mutex);
+}
+
 template <typename Function>
 void Redirect(const char* name, Function* replacement) {
     simulator::RedirectCall(name, reinterpret_cast<void*>(replacement));
@@ -79,6 +99,7 @@ void Redirect(const char* name, Function* replacement) {
 struct Attachment {
     Attachment() {
         Redirect("MessageBoxW", ShowMessageBox);
+        Redirect("ReleaseMutex", CountRelease);
         Redirect("WinHelpW", ShowHelp);
         Redirect("RegisterEventSourceW", OpenSource);
         Redirect("ReportEventW", Report);
@@ -113,6 +134,7 @@ constexpr const WCHAR* DriverKeys[] = {
 }  // namespace
 
 void FreshMachine() {
+    UnloadWaveDriver();
     simulator::UseMachine("");
     for (const WCHAR* key : DriverKeys) {
         DeleteTree(HKEY_LOCAL_MACHINE, key);
@@ -161,6 +183,11 @@ std::vector<HelpRequest> HelpShown() {
     return notebook.Help;
 }
 
+void OpenHelp(bool open) {
+    const std::lock_guard guard(notebook.Lock);
+    notebook.OpensHelp = open;
+}
+
 std::vector<MessageBoxShown> MessageBoxes() {
     const std::lock_guard guard(notebook.Lock);
     return notebook.Boxes;
@@ -176,6 +203,10 @@ void FailCall(const char* function, unsigned nth) {
         std::fprintf(stderr, "no call of %s can be made to fail\n", function);
         std::abort();
     }
+}
+
+unsigned long MutexReleases() {
+    return mutexReleases.load(std::memory_order_relaxed);
 }
 
 bool CallFailuresAreWaiting() {

@@ -1,26 +1,15 @@
 #include "tests/tools/command_runner.h"
 
-#include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <sstream>
 
 #include "tests/tools/scratch_folder.h"
-
-namespace {
-
-std::string Quoted(const std::string& word) {
-    std::string quoted = "'";
-    for (const char c : word) {
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    }
-    return quoted + "'";
-}
-
-}  // namespace
 
 std::vector<std::string> CommandResult::Values(const std::string& key) const {
     std::vector<std::string> values;
@@ -34,17 +23,34 @@ std::vector<std::string> CommandResult::Values(const std::string& key) const {
 }
 
 CommandResult RunCommand(const std::vector<std::string>& arguments) {
-    std::string line = "$K";
+    const ScratchFolder folder;
+    const std::string out = folder.Path("out");
+    const std::string err = folder.Path("err");
+    std::vector<const char*> words = {KESTVOX_COMMAND};
     for (const std::string& argument : arguments) {
-        line += " " + Quoted(argument);
+        words.push_back(argument.c_str());
     }
-    return RunShell(line, ".");
+    words.push_back(nullptr);
+    const pid_t id = fork();
+    if (id == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);  // however the test ends
+        if (std::freopen(out.c_str(), "w", stdout) != nullptr &&
+            std::freopen(err.c_str(), "w", stderr) != nullptr) {
+            execv(words[0], const_cast<char**>(words.data()));
+        }
+        _exit(127);
+    }
+    int result = 0;
+    waitpid(id, &result, 0);
+    return {.Status = WIFEXITED(result) ? WEXITSTATUS(result) : -1,
+            .Output = ReadFile(out),
+            .Errors = ReadFile(err)};
 }
 
 CommandResult RunShell(const std::string& line, const std::string& folder) {
     const ScratchFolder results;
-    const std::string whole = "K=" + Quoted(KESTVOX_COMMAND) + "; cd " + Quoted(folder) + " && { " + line +
-                              "\n} >" + Quoted(results.Path("out")) + " 2>" + Quoted(results.Path("err"));
+    const std::string whole = "K=" KESTVOX_COMMAND "; cd " + folder + " && { " + line + "\n} >" +
+                              results.Path("out") + " 2>" + results.Path("err");
     const int result = std::system(whole.c_str());
     return {.Status = WIFEXITED(result) ? WEXITSTATUS(result) : -1,
             .Output = ReadFile(results.Path("out")),
@@ -53,6 +59,7 @@ CommandResult RunShell(const std::string& line, const std::string& folder) {
 
 RunningCommand::RunningCommand(const std::vector<std::string>& arguments) : process_(fork()) {
     if (process_ == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
         std::vector<char*> words = {const_cast<char*>(KESTVOX_COMMAND)};
         for (const std::string& argument : arguments) {
             words.push_back(const_cast<char*>(argument.c_str()));

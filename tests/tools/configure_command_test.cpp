@@ -1,7 +1,12 @@
 // `kestvox configure` where there is no screen: the sheet as text.
 #include <gtest/gtest.h>
 
+#include <fstream>
+
+#include "tests/processes/companion.h"
+#include "tests/support/wave_player.h"
 #include "tests/tools/command_runner.h"
+#include "tests/tools/scratch_folder.h"
 
 namespace {
 
@@ -28,8 +33,51 @@ TEST(ConfigureCommand, PrintsEveryKindOfControlWithItsState) {
     }
 }
 
+TEST(ConfigureCommand, TellsCardsOfOneNameApart) {
+    const std::vector<std::string> scene = {"configure",      "--cards", "4",     "--set",     "1:Name=B",
+                                            "--follow",       "2=0",     "--set", "3:Name=\"", "--set",
+                                            "0:ClockSource=0"};
+    const CommandResult text = RunCommand(scene);
+    const char* lines[] = {"Configuration: 'Kestrelvox (card 0)'\n", "Version: 'Kestrelvox (card 2)'\n",
+                           "Monitor: 'B'\n",
+                           " Kestrelvox (card 0) (internal clock)\n                   Kestrelvox (card 2)\n"};
+    for (const char* line : lines) {
+        EXPECT_NE(text.Output.find(line), std::string::npos) << line << "is not in\n" << text.Output;
+    }
+    std::vector<std::string> asJson = scene;
+    asJson.emplace_back("--json");
+    const CommandResult json = RunCommand(asJson);
+    const char* parts[] = {
+        R"({"title": "Monitor: 'Kestrelvox (card 2)'", "controls": [{"kind": "group", )",
+        R"json("text": "\" (automatic clock selection)", "items": [])json",
+        R"({"kind": "radio", "number": 1004, "text": "Left", "checked": true, "enabled": true})",
+        R"({"kind": "slider", "number": 1037, "position": 18, "lowest": 18, "highest": 83, "enabled": false})",
+    };
+    for (const char* part : parts) {
+        EXPECT_NE(json.Output.find(part), std::string::npos) << part << " is not in\n" << json.Output;
+    }
+    ScratchFolder folder;
+    std::ofstream(folder.Path("sheet.json")) << json.Output;
+    EXPECT_EQ(system(("python3 -m json.tool " + folder.Path("sheet.json") + " >/dev/null").c_str()), 0);
+}
+
+TEST(ConfigureCommand, LeavesWhatAProgramSetOnTheCard) {
+    const SharedMachine machine;
+    Program program(1);
+    WavePlayer player;
+    ASSERT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    ASSERT_EQ(waveOutSetVolume(player.Handle(), 0x40004000), MMSYSERR_NOERROR);
+    const unsigned before = program.Cards.MixerGain(0, 2);
+    ASSERT_NE(before, 128u);
+    const CommandResult result = RunCommand({"configure", "--machine", machine.Name()});
+    EXPECT_EQ(result.Status, 0) << result.Errors;
+    EXPECT_EQ(program.Cards.MixerGain(0, 2), before);
+    player.Shut();
+}
+
 TEST(ConfigureCommand, RefusesBadInputInOneLine) {
-    const std::vector<std::string> bad[] = {{"--cards", "0"}, {"--follow", "1=0"}, {"sheet"}, {"--page"}};
+    const std::vector<std::string> bad[] = {
+        {"--cards", "0"}, {"--follow", "1=0"}, {"sheet"}, {"--page"}, {"--json", "--step"}};
     for (const std::vector<std::string>& options : bad) {
         std::vector<std::string> arguments = {"configure"};
         arguments.insert(arguments.end(), options.begin(), options.end());

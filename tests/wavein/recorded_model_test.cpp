@@ -1,5 +1,5 @@
-// Random recordings: buffers of any length, starts, stops and resets, in any layout, dithered or not; against
-// what the card has recorded.
+// Random recordings: buffers of any length, starts, stops and resets, of either input, in any layout,
+// dithered or not; against what the card has recorded.
 #include <cstdlib>
 #include <deque>
 #include <random>
@@ -24,7 +24,7 @@ protected:
     DWORD Draw(size_t below) { return static_cast<DWORD>(random_() % below); }
     DWORD SampleSize() const { return format_.Get()->nBlockAlign / format_.Get()->nChannels; }
     bool Packed() const { return SampleSize() == 3; }
-    bool Dithered() const { return dither_ && SampleSize() < 3; }
+    bool Dithered() const { return dither_ && device_ == AnalogIn && SampleSize() < 3; }
     // What the card puts into a buffer, and what of it is delivered when it is full.
     DWORD Capacity(DWORD length) const {
         return Dithered() ? length - length % SampleSize() : Packed() ? length : length / 4 * 4;
@@ -55,21 +55,23 @@ protected:
         return shares;
     }
 
-    // Levels that a dither leaves next to where they are.
-    std::vector<BYTE> PlugInLevels() {
-        std::vector<simulator::Frame> frames;
-        for (size_t i = 0; i < 4000; ++i) {
-            const auto level = [this] { return (static_cast<int32_t>(Draw(200)) - 100) * (1 << 24); };
-            frames.push_back({level(), level()});
+    // Noise; when it is dithered, levels that a dither leaves next to where they are.
+    std::vector<BYTE> PlugInNoise() {
+        std::vector<simulator::Frame> frames = NoiseFrames(4000, Draw(1000));
+        for (simulator::Frame& frame : frames) {
+            if (Dithered()) {
+                frame = {frame.Left / 2 & ~0xFFFFFF, frame.Right / 2 & ~0xFFFFFF};
+            }
         }
-        Cards().PlugIn(0, simulator::Port::Analog, simulator::InputSignal::Run(frames));
-        return ClientBytes(format_, frames);
+        Cards().PlugIn(0, static_cast<simulator::Port>(device_), simulator::InputSignal::Run(frames));
+        return ClientBytes(format_, frames,
+                           format_.Get()->wFormatTag == WAVE_FORMAT_PCM ? side_ : Justified::Left);
     }
     void AddBuffers(DWORD bytes) {
         for (DWORD capacity = 0; capacity < bytes; capacity += Capacity(queued_.back())) {
             DWORD length = 64 + Draw(1500);
             length -= Packed() ? length % 3 : 0;
-            Add(length, 1, Dithered() ? 0 : Draw(4));
+            Add(length, 1, Draw(4));
             queued_.push_back(length);
         }
     }
@@ -92,27 +94,35 @@ protected:
         }
     }
 
-    void RunAndEnd(DWORD frames, bool reset) {
-        SCOPED_TRACE(testing::Message() << frames << " frames, " << (reset ? "reset" : "stop"));
+    // How a run ends: a reset may come while it still goes on.
+    enum class End { Stop, StopAndReset, Reset };
+
+    void RunAndEnd(DWORD frames, End end) {
+        SCOPED_TRACE(testing::Message() << frames << " frames, end " << static_cast<int>(end));
         AddBuffers((frames + 100) * format_.Get()->nBlockAlign);
         const size_t countBefore = recorder_.Counts().size();
         const size_t bytesBefore = recorder_.Recorded().size();
-        const std::vector<BYTE> sound = PlugInLevels();
+        const std::vector<BYTE> sound = PlugInNoise();
         ASSERT_EQ(recorder_.Start(), MMSYSERR_NOERROR);
         AdvanceFrames(frames, Rate);
-        ASSERT_EQ(recorder_.Stop(), MMSYSERR_NOERROR);
-        Cards().Advance(1000);
         const DWORD position = recorder_.Position();
         EXPECT_NEAR(position, frames, 1);
+        if (end != End::Reset) {
+            ASSERT_EQ(recorder_.Stop(), MMSYSERR_NOERROR);
+        } else {
+            EXPECT_EQ(recorder_.Close(), unsigned{WAVERR_STILLPLAYING});
+        }
+        if (end != End::Stop) {
+            ASSERT_EQ(recorder_.Reset(), MMSYSERR_NOERROR);
+        }
+        Cards().Advance(1000);
         const std::vector<Share> shares = Shares(position);
         Sizes expected;
         for (const Share& share : shares) {
             expected.push_back(share.Size);
             queued_.pop_front();
         }
-        if (reset) {
-            ASSERT_EQ(recorder_.Reset(), MMSYSERR_NOERROR);
-            Cards().Advance(1000);
+        if (end != End::Stop) {
             expected.resize(expected.size() + queued_.size());  // empty
             queued_.clear();
             ExpectEachReturnedOnce();
@@ -123,34 +133,50 @@ protected:
     }
 
     WaveFormat format_;
+    UINT device_ = AnalogIn;
     bool dither_ = false;
+    Justified side_ = Justified::Left;
     std::mt19937 random_{1};
     std::deque<DWORD> queued_;  // lengths of the buffers that have not come back
 };
 
 TEST_F(RecordedModelTest, EachBufferHoldsWhatTheCardRecordedIntoIt) {
     const WaveFormat formats[] = {
-        PcmFormat(Rate, 1, 8),  PcmFormat(Rate, 2, 8),  PcmFormat(Rate, 1, 16), PcmFormat(Rate, 2, 16),
-        PcmFormat(Rate, 1, 24), PcmFormat(Rate, 2, 24), PcmFormat(Rate, 1, 32), PcmFormat(Rate, 2, 32),
+        PcmFormat(Rate, 1, 8),
+        PcmFormat(Rate, 2, 8),
+        PcmFormat(Rate, 1, 16),
+        PcmFormat(Rate, 2, 16),
+        PcmFormat(Rate, 2, 20),
+        PcmFormat(Rate, 1, 24),
+        PcmFormat(Rate, 2, 24),
+        PcmFormat(Rate, 1, 20, 4),
+        PcmFormat(Rate, 2, 24, 4),
+        PcmFormat(Rate, 1, 32),
+        ExtensibleFormat(Rate, 2, 16, 12),
+        ExtensibleFormat(Rate, 1, 24, 24),
+        ExtensibleFormat(Rate, 2, 32, 20),
     };
-    for (const bool dither : {false, true}) {
-        dither_ = dither;
-        StoreSetting(0, TEXT("DitherADC"), dither ? 1 : 0);
-        for (int round = 0; round < 48 && !HasFatalFailure(); ++round) {
-            format_ = formats[Draw(std::size(formats))];
-            format_.Basic().nAvgBytesPerSec = 1 << 22;  // every buffer is in the card
-            SCOPED_TRACE(testing::Message()
-                         << "round " << round << ", dither " << dither << ", "
-                         << format_.Get()->wBitsPerSample << " bits of " << format_.Get()->nBlockAlign);
-            Open(format_);
-            for (int run = 0; run < 6 && !HasFatalFailure(); ++run) {
-                RunAndEnd(Draw(1500), Draw(4) == 0);
-            }
-            EXPECT_TRUE(recorder_.GuardsIntact());
-            recorder_.Shut();
-            queued_.clear();
-            recorder_.Forget();
+    for (int round = 0; round < 96 && !HasFatalFailure(); ++round) {
+        dither_ = Draw(2) != 0;
+        side_ = Draw(2) != 0 ? Justified::Left : Justified::Right;
+        device_ = Draw(2);
+        format_ = formats[Draw(std::size(formats))];
+        format_.Basic().nAvgBytesPerSec = 1 << 22;  // every buffer is in the card
+        SCOPED_TRACE(testing::Message()
+                     << "round " << round << ", device " << device_ << ", dither " << dither_ << ", "
+                     << format_.Get()->wBitsPerSample << " bits of " << format_.Get()->nBlockAlign);
+        StoreSetting(0, TEXT("DitherADC"), dither_ ? 1 : 0);
+        StoreSetting(0, TEXT("Left24"), side_ == Justified::Left ? 1 : 0);
+        Cards().SetDigitalInputRate(0, Rate);
+        Open(format_, device_);
+        for (int run = 0; run < 6 && !HasFatalFailure(); ++run) {
+            constexpr End Ends[] = {End::Stop, End::Stop, End::Stop, End::StopAndReset, End::Reset};
+            RunAndEnd(Draw(1500), Ends[Draw(std::size(Ends))]);
         }
+        EXPECT_TRUE(recorder_.GuardsIntact());
+        recorder_.Shut();
+        queued_.clear();
+        recorder_.Forget();
         UnloadDriver();
     }
 }

@@ -102,7 +102,16 @@ private:
 class LoopModelTest : public OutputTest {
 protected:
     DWORD Draw(size_t below) { return static_cast<DWORD>(random_() % below); }
-    static std::vector<BYTE> Data(size_t buffer) { return Pattern(400, static_cast<unsigned>(buffer)); }
+    // A hundred frames.
+    std::vector<BYTE> Data(size_t buffer) const {
+        return Pattern(100 * format_.Get()->nBlockAlign, static_cast<unsigned>(buffer));
+    }
+    // Samples that the card reads where they are, or that are converted for it.
+    void Open(WORD bits) {
+        format_ = PcmFormat(44100, 2, bits);
+        format_.Basic().nAvgBytesPerSec = 0;
+        ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+    }
 
     void Write(DWORD flags, DWORD loops) {
         ASSERT_EQ(player_.Write(Data(player_.HeaderCount()), flags, loops), MMSYSERR_NOERROR);
@@ -118,6 +127,7 @@ protected:
     void Reset() {
         ASSERT_EQ(waveOutReset(player_.Handle()), MMSYSERR_NOERROR);
         Cards().Advance(1000);
+        EXPECT_EQ(player_.Position(), 0u);
         ExpectEachReturnedOnce();
         Cards().ForgetAudio();
         model_.Reset();
@@ -150,8 +160,12 @@ protected:
         }
         ASSERT_EQ(waveOutRestart(player_.Handle()), MMSYSERR_NOERROR);
         Play(1000);
+        ExpectHeard(model_.Heard());
+    }
+    // Then every header is back.
+    void ExpectHeard(const std::vector<size_t>& buffers) {
         std::vector<BYTE> data;
-        for (const size_t buffer : model_.Heard()) {
+        for (const size_t buffer : buffers) {
             const std::vector<BYTE> one = Data(buffer);
             data.insert(data.end(), one.begin(), one.end());
         }
@@ -159,21 +173,20 @@ protected:
         ExpectEachReturnedOnce();
     }
 
-    WaveFormat format_ = PcmFormat(44100, 2, 16);
+    WaveFormat format_;
     LoopModel model_;
     std::mt19937 random_;
     bool paused_ = false;
 };
 
 TEST_F(LoopModelTest, WhatIsHeardAndReturnedIsAsTheRulesOfLoopsSay) {
-    format_.Basic().nAvgBytesPerSec = 0;
     for (unsigned seed = 0; seed < 150 && !HasFailure(); ++seed) {
         SCOPED_TRACE(testing::Message() << "seed " << seed);
         random_.seed(seed);
         model_ = {};
         paused_ = false;
         Cards().ForgetAudio();
-        ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+        Open(seed % 2 == 0 ? 16 : 24);
         for (int step = 0; step < 40 && !HasFatalFailure(); ++step) {
             Step();
             ASSERT_EQ(player_.DoneOrder(), model_.Back) << "step " << step;
@@ -182,6 +195,21 @@ TEST_F(LoopModelTest, WhatIsHeardAndReturnedIsAsTheRulesOfLoopsSay) {
         ASSERT_EQ(player_.Close(), MMSYSERR_NOERROR);
         player_.Forget();
     }
+}
+
+TEST_F(LoopModelTest, ABreakFromInsideACallbackEndsTheNextLoop) {
+    Open(16);
+    player_.OnDone([this](WAVEHDR& header) {
+        if (header.dwUser == 0) {
+            EXPECT_EQ(waveOutBreakLoop(player_.Handle()), MMSYSERR_NOERROR);
+        }
+    });
+    Write(0, 0);
+    Write(Begin, 100);
+    Write(End, 0);
+    Write(0, 0);
+    Cards().Advance(Second);
+    ExpectHeard({0, 1, 2, 1, 2, 3});
 }
 
 }  // namespace

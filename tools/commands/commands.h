@@ -48,6 +48,7 @@ struct ConfigureOptions {
     SceneOptions Scene;
     bool Text = false;  // print the sheet's pages instead of showing them
     bool Step = false;  // the same, waiting for the Enter key after each
+    bool Json = false;  // the same, as one JSON list
 };
 
 int ListDevices(const SceneOptions& options);

@@ -1,6 +1,7 @@
 #include "config_ui/clocks/clock_menu.h"
 
 #include "card/card_table.h"
+#include "config_ui/clocks/clock_choices.h"
 #include "config_ui/clocks/clock_tree.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
@@ -30,21 +31,22 @@ void AppendSeparator(HMENU menu) {
     AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
 }
 
-void AppendSources(HMENU menu, const CardRecord& card, bool master) {
+void AppendSources(HMENU menu, DWORD source, bool master) {
     for (const SourceCommand& command : SourceCommands) {
         if (!master || command.ForMasters) {
-            const bool current = command.Source == card.WorkingClockSource;
+            const bool current = command.Source == source;
             AppendCommand(menu, command.Source, command.Text, current ? MF_CHECKED : MF_UNCHECKED);
         }
     }
     AppendSeparator(menu);
 }
 
-void FillCardMenu(HMENU menu, HWND tree, HTREEITEM item) {
+void FillCardMenu(HMENU menu, HWND page, HTREEITEM item) {
+    const HWND tree = ClockTree(page);
     const bool topLevel = IsTopLevel(tree, item);
     const bool master = HasSlaves(tree, item);
     if (topLevel) {
-        AppendSources(menu, *CardOfItem(tree, item), master);
+        AppendSources(menu, ChosenClockSource(page, *CardOfItem(tree, item)), master);
     }
     if (master) {
         AppendCommand(menu, StopBeingMasterCommand, IDS_MENU_STOP_MASTER);
@@ -79,7 +81,7 @@ BOOL ShowItemMenu(HWND page, HTREEITEM item, POINT place) {
     }
     const HMENU menu = CreatePopupMenu();
     TreeView_SelectItem(tree, item);
-    FillCardMenu(menu, tree, item);
+    FillCardMenu(menu, page, item);
     return TrackMenu(menu, page, place);
 }
 

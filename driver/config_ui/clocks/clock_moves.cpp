@@ -1,5 +1,6 @@
 #include "config_ui/clocks/clock_moves.h"
 
+#include "config_ui/clocks/clock_choices.h"
 #include "config_ui/clocks/clock_rules.h"
 #include "config_ui/clocks/clock_tree.h"
 #include "config_ui/property_page.h"
@@ -11,13 +12,13 @@ namespace {
 
 // The slaves of a master cannot run at a clock that is chosen anew for each stream.
 void GiveUpAutomaticClock(HWND page, CardRecord& master) {
-    if (master.WorkingClockSource != AutomaticClock) {
+    if (ChosenClockSource(page, master) != AutomaticClock) {
         return;
     }
     WCHAR message[256];
     LoadText(IDS_MASTER_NOT_AUTOMATIC, message);
     MessageBoxW(page, message, TEXT("KESTVOX.DLL"), MB_ICONINFORMATION);
-    master.WorkingClockSource = InternalClock;
+    ChooseClockSource(page, master, InternalClock);
 }
 
 // There is one group at most: a card may join it, or found it when there is none. Else the user is told.
@@ -26,25 +27,27 @@ bool MayJoin(HWND page, HTREEITEM group) {
     if (master == nullptr || master == group) {
         return true;
     }
-    ShowClockRefusal(page, IDS_ANOTHER_MASTER);
+    ShowRefusal(page, IDS_ANOTHER_MASTER);
     return false;
 }
 
-// Gives a card that is about to stand alone, or in the group of `master`, the clock source that goes with it.
-void AdaptClockSource(HWND page, CardRecord& card, CardRecord* master) {
+// The clock source of a card that stands alone, or in the group of `master`, from now on.
+void AdaptClockSource(HWND page, CardRecord& card, const CardRecord* master) {
     if (master != nullptr) {
-        GiveUpAutomaticClock(page, *master);
-        card.WorkingClockSource = LinkClock;
+        ChooseClockSource(page, card, LinkClock);
     } else if (card.WorkingClockSource == LinkClock) {
-        card.WorkingClockSource = AutomaticClock;
+        ChooseClockSource(page, card, AutomaticClock);
     }
 }
 
-// A tree view cannot move an item: it is deleted and inserted anew.
+// A tree view cannot move an item: it is inserted anew and the old one deleted. Null, and the old one stays,
+// when it cannot be inserted.
 HTREEITEM ReinsertCard(HWND tree, HTREEITEM item, HTREEITEM parent) {
-    CardRecord& card = *CardOfItem(tree, item);
+    const HTREEITEM inserted = InsertCard(tree, *CardOfItem(tree, item), parent, TVI_LAST);
+    if (inserted == nullptr) {
+        return nullptr;
+    }
     TreeView_DeleteItem(tree, item);
-    const HTREEITEM inserted = InsertCard(tree, card, parent, TVI_LAST);
     TreeView_Expand(tree, parent, TVE_EXPAND);
     TreeView_SelectItem(tree, inserted);
     return inserted;
@@ -72,8 +75,15 @@ HTREEITEM MoveCardItem(HWND page, HTREEITEM moved, HTREEITEM target) {
     if (master != nullptr && !MayJoin(page, group)) {
         return nullptr;
     }
-    AdaptClockSource(page, *CardOfItem(tree, moved), master);
-    return ReinsertCard(tree, moved, group);
+    if (master != nullptr) {
+        GiveUpAutomaticClock(page, *master);
+    }
+    CardRecord& card = *CardOfItem(tree, moved);
+    const HTREEITEM inserted = ReinsertCard(tree, moved, group);
+    if (inserted != nullptr) {
+        AdaptClockSource(page, card, master);
+    }
+    return inserted;
 }
 
 HTREEITEM StopBeingSlave(HWND page, HTREEITEM item) {
@@ -82,8 +92,7 @@ HTREEITEM StopBeingSlave(HWND page, HTREEITEM item) {
 
 void StopBeingMaster(HWND page, HTREEITEM item) {
     const HWND tree = ClockTree(page);
-    while (HasSlaves(tree, item)) {
-        StopBeingSlave(page, TreeView_GetChild(tree, item));
+    while (HasSlaves(tree, item) && StopBeingSlave(page, TreeView_GetChild(tree, item)) != nullptr) {
     }
     TreeView_SelectItem(tree, item);
 }
@@ -96,9 +105,13 @@ void BecomeMaster(HWND page, HTREEITEM item) {
     }
     while (const HTREEITEM other = OtherMaster(tree, master)) {
         StopBeingMaster(page, other);
+        if (HasSlaves(tree, other)) {
+            return;
+        }
     }
-    while (const HTREEITEM other = OtherTopLevelCard(tree, master)) {
-        MoveCardItem(page, other, master);
+    HTREEITEM other = OtherTopLevelCard(tree, master);
+    while (other != nullptr && MoveCardItem(page, other, master) != nullptr) {
+        other = OtherTopLevelCard(tree, master);
     }
     TreeView_SelectItem(tree, master);
 }

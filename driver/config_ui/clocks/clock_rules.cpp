@@ -38,14 +38,8 @@ BOOL MayChangeClocks(HWND page, const CardRecord* card) {
     if (card != nullptr ? IsClockIdle(*card) : AreAllClocksIdle()) {
         return TRUE;
     }
-    ShowClockRefusal(page, IDS_CLOCK_IN_USE);
+    ShowRefusal(page, IDS_CLOCK_IN_USE);
     return FALSE;
-}
-
-void ShowClockRefusal(HWND page, UINT text) {
-    WCHAR message[256];
-    LoadText(text, message);
-    MessageBoxW(page, message, nullptr, MB_ICONHAND);
 }
 
 }  // namespace kestvox

@@ -112,6 +112,11 @@ bool IsTopLevel(HWND tree, HTREEITEM item) {
     return TreeView_GetParent(tree, item) == ClockRoot(tree);
 }
 
+bool IsSlave(HWND tree, HTREEITEM item) {
+    const HTREEITEM parent = TreeView_GetParent(tree, item);
+    return parent != nullptr && parent != ClockRoot(tree);
+}
+
 bool HasSlaves(HWND tree, HTREEITEM item) {
     return TreeView_GetChild(tree, item) != nullptr;
 }
@@ -139,9 +144,9 @@ HTREEITEM NextMaster(HWND tree, HTREEITEM master) {
     return FindMaster(tree, TreeView_GetNextSibling(tree, master));
 }
 
-void FormatItemText(const CardRecord& card, WCHAR (&text)[ItemTextLength]) {
+void FormatItemText(const CardRecord& card, DWORD source, WCHAR (&text)[ItemTextLength]) {
     lstrcpynW(text, card.WorkingName, NameLength);
-    AppendSource(card.WorkingClockSource, text);
+    AppendSource(source, text);
 }
 
 }  // namespace kestvox

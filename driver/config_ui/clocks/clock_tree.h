@@ -25,6 +25,7 @@ CardRecord* CardOfItem(HWND tree, HTREEITEM item);  // null for the root and for
 HTREEITEM InsertCard(HWND tree, CardRecord& card, HTREEITEM parent, HTREEITEM after);
 
 bool IsTopLevel(HWND tree, HTREEITEM item);  // a card that follows nobody
+bool IsSlave(HWND tree, HTREEITEM item);
 bool HasSlaves(HWND tree, HTREEITEM item);
 
 // The top-level card to whose group a card belongs; the root for the root.
@@ -34,8 +35,8 @@ HTREEITEM FindTopLevelCard(HWND tree, const CardRecord& card);  // null when the
 HTREEITEM FirstMaster(HWND tree);
 HTREEITEM NextMaster(HWND tree, HTREEITEM master);
 
-// The text of a card's item: its name and, unless it is a slave, its clock source.
+// The text of a card's item: its name and its clock source, unless that is the link.
 inline constexpr int ItemTextLength = NameLength + 30;
-void FormatItemText(const CardRecord& card, WCHAR (&text)[ItemTextLength]);
+void FormatItemText(const CardRecord& card, DWORD source, WCHAR (&text)[ItemTextLength]);
 
 }  // namespace kestvox

@@ -1,10 +1,11 @@
 #include "config_ui/clocks/clock_tree_settings.h"
 
 #include "card/card_table.h"
-#include "config_ui/clocks/clock_rules.h"
+#include "config_ui/clocks/clock_choices.h"
 #include "config_ui/clocks/clock_tree.h"
+#include "config_ui/property_page.h"
 #include "config_ui/resource.h"
-#include "settings/card_settings_store.h"
+#include "config_ui/saved_meanwhile.h"
 
 namespace kestvox {
 
@@ -15,27 +16,29 @@ CardRecord* MasterOf(const CardRecord& card) {
     return FindCard(FindCardByRegistryPath(card.Settings.Master));
 }
 
-void AddFreeCards(HWND tree) {
+void AddFreeCards(HWND page) {
+    const HWND tree = ClockTree(page);
     for (CardRecord* card = FirstCard(); card != nullptr; card = NextCard(card)) {
         if (MasterOf(*card) == nullptr) {
             InsertCard(tree, *card, ClockRoot(tree), TVI_SORT);
             if (card->Settings.ClockSource == LinkClock) {
-                card->WorkingClockSource = AutomaticClock;
+                ChooseClockSource(page, *card, AutomaticClock);
             }
         }
     }
 }
 
 // A card whose master is itself a slave has no group to join and stands at the top level.
-void AddSlaves(HWND tree) {
+void AddSlaves(HWND page) {
+    const HWND tree = ClockTree(page);
     for (CardRecord* card = FirstCard(); card != nullptr; card = NextCard(card)) {
         CardRecord* master = MasterOf(*card);
         if (master != nullptr) {
             const HTREEITEM group = FindTopLevelCard(tree, *master);
             InsertCard(tree, *card, group != nullptr ? group : ClockRoot(tree), TVI_SORT);
-            card->WorkingClockSource = LinkClock;
+            ChooseClockSource(page, *card, LinkClock);
             if (master->Settings.ClockSource == AutomaticClock) {
-                master->WorkingClockSource = InternalClock;
+                ChooseClockSource(page, *master, InternalClock);
             }
         }
     }
@@ -57,22 +60,72 @@ bool HasOneMasterAtMost(HWND page) {
     if (first == nullptr || NextMaster(tree, first) == nullptr) {
         return true;
     }
-    ShowClockRefusal(page, IDS_SEVERAL_MASTERS);
+    ShowRefusal(page, IDS_SEVERAL_MASTERS);
     return false;
 }
 
-void SaveClock(CardRecord& card, const WCHAR* master) {
-    lstrcpynW(card.Settings.Master, master, PathLength);
-    card.Settings.ClockSource = card.WorkingClockSource.load();
-    SaveCardSettings(card);
+CardClock SavedClockOf(const CardRecord& card) {
+    return {MasterOf(card), card.Settings.ClockSource};
 }
 
-void SaveGroup(HWND tree, HTREEITEM item) {
-    CardRecord& master = *CardOfItem(tree, item);
-    SaveClock(master, TEXT(""));
-    for (HTREEITEM slave = TreeView_GetChild(tree, item); slave != nullptr;
-         slave = TreeView_GetNextSibling(tree, slave)) {
-        SaveClock(*CardOfItem(tree, slave), master.RegistryPath);
+struct TreeCard {
+    CardRecord& Card;
+    CardClock Clock;  // as the tree has it
+};
+
+// Every card of the tree, each master before its slaves.
+template <typename Action>
+void ForEachCard(HWND page, Action action) {
+    const HWND tree = ClockTree(page);
+    for (HTREEITEM item = TreeView_GetChild(tree, ClockRoot(tree)); item != nullptr;
+         item = TreeView_GetNextSibling(tree, item)) {
+        CardRecord& leader = *CardOfItem(tree, item);
+        action(TreeCard{leader, {nullptr, ChosenClockSource(page, leader)}});
+        for (HTREEITEM slave = TreeView_GetChild(tree, item); slave != nullptr;
+             slave = TreeView_GetNextSibling(tree, slave)) {
+            action(TreeCard{*CardOfItem(tree, slave), {&leader, LinkClock}});
+        }
+    }
+}
+
+void RememberClocks(HWND page) {
+    ForEachCard(page, [page](const TreeCard& each) {
+        if (ClockChoice* choice = FindClockChoice(page, each.Card)) {
+            choice->Loaded = SavedClockOf(each.Card);
+            choice->Shown = each.Clock;
+        }
+    });
+}
+
+bool IsRegrouped(HWND page) {
+    bool regrouped = false;
+    ForEachCard(page, [page, &regrouped](const TreeCard& each) {
+        const ClockChoice* choice = FindClockChoice(page, each.Card);
+        regrouped |= choice == nullptr || each.Clock.Master != choice->Shown.Master;
+    });
+    return regrouped;
+}
+
+// With the groups as the user left them, a card stays as another sheet or program has saved it meanwhile.
+bool IsClockSavedElsewhere(HWND page, const TreeCard& each) {
+    const ClockChoice* choice = FindClockChoice(page, each.Card);
+    const CardClock saved = SavedClockOf(each.Card);
+    return choice != nullptr && (saved.Master != choice->Loaded.Master ||
+                                 IsSavedElsewhere(each.Clock, choice->Shown, choice->Loaded, saved));
+}
+
+void SaveClock(HWND page, const TreeCard& each) {
+    CardRecord& card = each.Card;
+    lstrcpynW(card.Settings.Master, each.Clock.Master != nullptr ? each.Clock.Master->RegistryPath : TEXT(""),
+              PathLength);
+    card.Settings.ClockSource = each.Clock.Source;
+    card.WorkingClockSource = each.Clock.Source;
+    SaveCard(page, card);
+}
+
+void RemoveCards(HWND tree) {
+    while (const HTREEITEM card = TreeView_GetChild(tree, ClockRoot(tree))) {
+        TreeView_DeleteItem(tree, card);
     }
 }
 
@@ -84,8 +137,12 @@ void FillClockTree(HWND page) {
         EnableWindow(tree, FALSE);
         return;
     }
-    AddFreeCards(tree);
-    AddSlaves(tree);
+    AddFreeCards(page);
+    AddSlaves(page);
+    for (CardRecord* card = FirstCard(); card != nullptr; card = NextCard(card)) {
+        ChooseClockSource(page, *card, card->WorkingClockSource);
+    }
+    RememberClocks(page);
     HasOneMasterAtMost(page);
     ExpandAll(tree);
 }
@@ -94,11 +151,21 @@ BOOL ApplyClockTree(HWND page) {
     if (!HasOneMasterAtMost(page)) {
         return FALSE;
     }
-    const HWND tree = ClockTree(page);
-    for (HTREEITEM item = TreeView_GetChild(tree, ClockRoot(tree)); item != nullptr;
-         item = TreeView_GetNextSibling(tree, item)) {
-        SaveGroup(tree, item);
+    const bool regrouped = IsRegrouped(page);
+    bool kept = false;
+    ForEachCard(page, [page, regrouped, &kept](const TreeCard& each) {
+        if (!regrouped && IsClockSavedElsewhere(page, each)) {
+            each.Card.WorkingClockSource = each.Card.Settings.ClockSource.load();
+            kept = true;
+        } else {
+            SaveClock(page, each);
+        }
+    });
+    if (kept) {
+        RemoveCards(ClockTree(page));
+        FillClockTree(page);
     }
+    RememberClocks(page);
     return TRUE;
 }
 

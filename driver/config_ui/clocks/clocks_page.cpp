@@ -1,6 +1,7 @@
 #include <commctrl.h>
 
 #include "card/card_table.h"
+#include "config_ui/clocks/clock_choices.h"
 #include "config_ui/clocks/clock_drag.h"
 #include "config_ui/clocks/clock_menu.h"
 #include "config_ui/clocks/clock_moves.h"
@@ -15,13 +16,13 @@ namespace kestvox {
 
 namespace {
 
-constexpr ControlHelp TreeHelp[] = {{IDC_CLOCK_TREE, IDC_CLOCK_TREE, 910}};
-constexpr PageHelp Help = {903, TreeHelp};
+constexpr ControlHelp TreeHelp[] = {{IDC_CLOCK_TREE, IDC_CLOCK_TREE, HELP_CLOCK_TREE}};
+constexpr PageHelp Help = {HELP_PAGE_CLOCKS, TreeHelp};
 
 enum class ClocksConcerned { OfTheCard, All };
 
 void ChooseSource(HWND page, HTREEITEM item, WORD source) {
-    CardOfItem(ClockTree(page), item)->WorkingClockSource = source;
+    ChooseClockSource(page, *CardOfItem(ClockTree(page), item), source);
 }
 
 // The commands that change the selected card.
@@ -89,11 +90,12 @@ INT_PTR OnCommand(HWND page, WORD notification, WORD number) {
     return FALSE;
 }
 
-INT_PTR OnGetItemText(NMTVDISPINFOW& request) {
+INT_PTR OnGetItemText(HWND page, NMTVDISPINFOW& request) {
     const auto* card = reinterpret_cast<const CardRecord*>(request.item.lParam);
     if ((request.item.mask & TVIF_TEXT) != 0 && card != nullptr) {
         WCHAR text[ItemTextLength];
-        FormatItemText(*card, text);
+        const bool slave = IsSlave(ClockTree(page), request.item.hItem);
+        FormatItemText(*card, slave ? LinkClock : ChosenClockSource(page, *card), text);
         lstrcpynW(request.item.pszText, text, request.item.cchTextMax);
     }
     return TRUE;
@@ -126,6 +128,13 @@ INT_PTR OnRightClick(HWND page) {
     return AnswerNotification(page, TRUE);
 }
 
+// The page goes, and the mouse must not stay with it.
+void GiveUpDrag(HWND page) {
+    if (IsDraggingCard(page)) {
+        CancelCardDrag(page);
+    }
+}
+
 INT_PTR OnQueryCancel(HWND page) {
     if (!IsDraggingCard(page)) {
         return FALSE;
@@ -141,7 +150,7 @@ INT_PTR OnApply(HWND page) {
 INT_PTR OnNotify(HWND page, NMHDR& notification) {
     switch (notification.code) {
     case TVN_GETDISPINFOW:
-        return OnGetItemText(reinterpret_cast<NMTVDISPINFOW&>(notification));
+        return OnGetItemText(page, reinterpret_cast<NMTVDISPINFOW&>(notification));
     case TVN_BEGINDRAGW:
         BeginCardDrag(page, reinterpret_cast<NMTREEVIEWW&>(notification).itemNew.hItem);
         return TRUE;
@@ -157,6 +166,9 @@ INT_PTR OnNotify(HWND page, NMHDR& notification) {
         return ShowPageHelp(page, Help);
     case PSN_QUERYCANCEL:
         return OnQueryCancel(page);
+    case PSN_KILLACTIVE:
+        GiveUpDrag(page);
+        return FALSE;
     case PSN_RESET:
         RestoreClockSources();
         return TRUE;
@@ -198,6 +210,7 @@ INT_PTR OnCaptureChanged(HWND page) {
 INT_PTR CALLBACK ClocksPage(HWND page, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
     case WM_INITDIALOG:
+        MakeClockChoices(page);
         PrepareClockTree(ClockTree(page));
         FillClockTree(page);
         return TRUE;
@@ -212,10 +225,11 @@ INT_PTR CALLBACK ClocksPage(HWND page, UINT message, WPARAM wParam, LPARAM lPara
     case WM_CAPTURECHANGED:
         return OnCaptureChanged(page);
     case WM_DESTROY:
+        GiveUpDrag(page);
         ClearClockTree(ClockTree(page));
         [[fallthrough]];
     default:
-        return AnswerHelpMessage(page, Help, message, lParam);
+        return AnswerPageMessage(page, Help, message, lParam);
     }
 }
 

@@ -11,6 +11,7 @@ namespace platform {
 namespace {
 
 std::atomic<int> heldMutexes{0};
+std::atomic<unsigned long> releases{0};
 
 std::vector<HeldMutex>::iterator FindHeld(std::vector<HeldMutex>& held, const MutexCore* core) {
     return std::find_if(held.begin(), held.end(), [&](const HeldMutex& entry) { return entry.Core == core; });
@@ -62,6 +63,7 @@ bool MutexObject::Release() {
     if (own == held.end()) {
         return false;
     }
+    releases.fetch_add(1, std::memory_order_relaxed);
     if (--own->Count == 0) {
         const HeldMutex last = std::move(*own);  // may be all that keeps the core
         held.erase(own);
@@ -88,6 +90,10 @@ void ForgetHeldMutexes(std::vector<HeldMutex>& held) {
 
 int HeldMutexCount() {
     return heldMutexes.load();
+}
+
+unsigned long MutexReleases() {
+    return releases.load(std::memory_order_relaxed);
 }
 
 }  // namespace platform

@@ -11,7 +11,7 @@ namespace {
 // The number of threads with calls queued or still at work on what they set off.
 struct BusyThreads {
     std::mutex Lock;
-    std::condition_variable AllQuiet;
+    std::condition_variable Fewer;
     int Count = 0;
 };
 
@@ -54,9 +54,13 @@ void ThreadObject::BecomeQuietLocked() {
     }
     busy_ = false;
     const std::lock_guard hold(Busy().Lock);
-    if (--Busy().Count == 0) {
-        Busy().AllQuiet.notify_all();
-    }
+    --Busy().Count;
+    Busy().Fewer.notify_all();
+}
+
+bool ThreadObject::IsBusy() {
+    const std::lock_guard guard(callLock_);
+    return busy_;
 }
 
 void ThreadObject::BeginAlertableWait(Waiter& waiter) {
@@ -98,9 +102,10 @@ bool QueueProcedureCall(const ThreadReference& thread, device::ProcedureCall rou
 
 bool WaitUntilQuiet(DWORD realMilliseconds) {
     BusyThreads& busy = Busy();
+    const int own = CurrentThread().IsBusy() ? 1 : 0;  // no thread waits for itself
     std::unique_lock guard(busy.Lock);
-    return busy.AllQuiet.wait_for(guard, std::chrono::milliseconds(realMilliseconds),
-                                  [&] { return busy.Count == 0; });
+    return busy.Fewer.wait_for(guard, std::chrono::milliseconds(realMilliseconds),
+                               [&] { return busy.Count <= own; });
 }
 
 }  // namespace platform

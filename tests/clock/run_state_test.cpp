@@ -1,0 +1,114 @@
+// What a clock run makes of what earlier ones have left, and of cards that it cannot open or that nobody
+// uses.
+#include <algorithm>
+
+#include "tests/clock/clock_script.h"
+#include "tests/support/driver_library.h"
+#include "tests/support/wave_sound.h"
+
+namespace {
+
+using simulator::Port;
+
+constexpr unsigned Link = 0x20;
+constexpr DWORD Rate = 44100;
+
+// Card 1 follows card 0, card 3 follows card 2.
+class RunStateTest : public ClockTest {
+protected:
+    RunStateTest() : ClockTest(4) {
+        Follow(1, 0);
+        Follow(3, 2);
+    }
+
+    // What a run asks of a card outside its group: whether it drives the link, and to stop if it does.
+    static Lines Asked(const Lines& lines, unsigned card) {
+        const std::string number = std::to_string(card) + " ";
+        Lines asked;
+        for (const std::string& line : lines) {
+            if (line.starts_with(number) &&
+                (line.find("read") != line.npos || line.find("write") != line.npos)) {
+                asked.push_back(line.substr(number.size()));
+            }
+        }
+        return asked;
+    }
+    static void WakeUp() { DriverLibrary().DriverProc(DRV_POWER, PWR_SUSPENDRESUME); }
+};
+
+TEST_F(RunStateTest, ARunThatFailedLeavesNothingToAnotherGroup) {
+    WavePlayer player;
+    Cards().SetClockBroken(1, Link, true);
+    Run(player, 2, 44100, MMSYSERR_ERROR);
+    const Lines lines = Run(player, 4, Rate);
+    EXPECT_EQ(Asked(lines, 0), (Lines{"read card 32", "write card 32 = 00 / 10"}));
+    EXPECT_EQ(Asked(lines, 1), Lines{"read card 32"});
+}
+
+TEST_F(RunStateTest, ACardThatWasInitialisedHangsOnNoLink) {
+    WavePlayer player;
+    Run(player, 4, Rate);
+    ASSERT_EQ(player.Close(), MMSYSERR_NOERROR);
+    WakeUp();
+    EXPECT_EQ(Asked(Run(player, 0, Rate), 3), Lines{"read card 32"});
+}
+
+TEST_F(RunStateTest, AFollowerThatWasRestoredIsOnTheLinkAgainWithTheNextStream) {
+    constexpr UINT Save = 0x4000;
+    constexpr UINT Restore = 0x4001;
+    WavePlayer first;
+    Run(first, 2, Rate);
+    for (const UINT message : {Save, Restore}) {
+        EXPECT_EQ(waveOutMessage(first.Handle(), message, 0, 0), MMSYSERR_NOERROR);
+    }
+    EXPECT_EQ(Source(1), 0u);
+    WavePlayer second;
+    ASSERT_EQ(second.Open(3, PcmFormat(Rate, 2, 16)), MMSYSERR_NOERROR);
+    EXPECT_EQ(Source(1), Link);
+}
+
+TEST_F(RunStateTest, AFollowerThatLosesTheLinkIsHeardOnItsOwnClock) {
+    StoreSetting(0, TEXT("CheckClocks"), 0);
+    WavePlayer player;
+    Run(player, 2, Rate);
+    ASSERT_EQ(player.Close(), MMSYSERR_NOERROR);
+    Cards().SetClockBroken(1, Link, true);
+    Run(player, 2, Rate);
+    const std::vector<BYTE> data = Pattern(4000);
+    ASSERT_EQ(player.Write(data), MMSYSERR_NOERROR);
+    Cards().Advance(Second / 10);
+    EXPECT_EQ(Cards().Heard(1, Port::Analog), Sound(PcmFormat(Rate, 2, 16), data));
+}
+
+// Its first initialisation was refused, and so it is not listed.
+TEST_F(RunStateTest, ADisabledCardFollowsAndIsNotInitialised) {
+    Fail("BIND_HANDLE", 8);
+    Fail("BIND_HANDLE", 9);
+    EXPECT_EQ(waveOutGetNumDevs(), 6u);
+    WavePlayer player;
+    ASSERT_EQ(player.Open(0, PcmFormat(Rate, 2, 16)), MMSYSERR_NOERROR);
+    EXPECT_EQ(Source(1), Link);
+    const uint8_t muted = Cards().CardRegister(1, 16);
+    WakeUp();
+    EXPECT_EQ(Cards().CardRegister(1, 16), muted);
+    EXPECT_NE(muted & 0x03, 0);
+}
+
+TEST_F(RunStateTest, ACardThatCannotBeOpenedEndsTheRunAtWhicheverStep) {
+    const auto opens = [](const Lines& lines) {
+        return std::count_if(lines.begin(), lines.end(),
+                             [](const std::string& line) { return line.find("BIND_HANDLE") != line.npos; });
+    };
+    WavePlayer player;
+    const auto count = static_cast<unsigned>(opens(Run(player, 2, Rate)));
+    player.Shut();
+    for (unsigned nth = 1; nth <= count; ++nth) {
+        SCOPED_TRACE(nth);
+        UnloadDriver();
+        Load();
+        Fail("BIND_HANDLE", 1 + nth);  // after that of the stream
+        EXPECT_EQ(player.Open(2, PcmFormat(Rate, 2, 16)), MMSYSERR_NODRIVER);
+    }
+}
+
+}  // namespace

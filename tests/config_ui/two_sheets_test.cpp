@@ -1,0 +1,145 @@
+// Two sheets at once: each stores what was changed on it, and shows one state of what both change.
+#include <windows.h>
+
+#include <atomic>
+#include <thread>
+
+#include "config_ui/resource.h"
+#include "tests/support/clock_tree_user.h"
+#include "tests/support/sheet_test.h"
+
+namespace {
+
+constexpr const char16_t* BufferKey = u"Software\\Zephyr Harmonic Works\\Kestrelvox\\Configuration";
+constexpr const char16_t* Clocks = u"Clocks + Sync";
+
+class TwoSheetsTest : public SheetTest {
+protected:
+    TwoSheetsTest() : SheetTest(3) {
+        for (unsigned card = 0; card < 3; ++card) {
+            StoreText(card, TEXT("Name"), std::u16string(1, static_cast<char16_t>(u'A' + card)));
+            StoreSetting(card, TEXT("ClockSource"), 0);
+        }
+    }
+
+    static void ShowAll(const Sheet& sheet) {
+        for (size_t page = 0; page < sheet.Titles().size(); ++page) {
+            sheet.Show(page);
+        }
+    }
+    static ClockTreeUser Tree(const Sheet& sheet) { return ClockTreeUser(sheet.Show(Clocks).Window()); }
+
+    static DWORD StoredGainCode(unsigned input) {
+        const std::optional<RegistryValue> block = ReadRegistry(ConfigKey(), u"Monitor");
+        return block && block->Bytes.size() == 68 ? block->Bytes[4 * (1 + input)] : 0;
+    }
+};
+
+TEST_F(TwoSheetsTest, ALaterOkKeepsWhatTheOtherStored) {
+    Sheet& later = Open();
+    ShowAll(later);
+    Sheet earlier(Library());
+    ShowAll(earlier);
+
+    const SheetPage options = earlier.Show(0);
+    options.Click(IDC_NON_AUDIO);
+    options.Click(IDC_CONSUMER);
+    options.Click(IDC_COPY_PROTECT);
+    options.Type(IDC_NAME, u"New");
+    options.Choose(IDC_DITHER, 3);
+    earlier.Show(1).Slide(IDC_FIRST_MIXER_SLIDER, 50);
+    Tree(earlier).Command(u"B", u'D');
+    Tree(earlier).Drag(u"C", u"B");
+    earlier.Show(u"ASIO + EASI").Slide(IDC_ASIO_BUFFER, 100);
+    earlier.Ok();
+    earlier.Closed();
+
+    later.Show(0).Click(IDC_RIGHT);
+    later.Show(1).Slide(IDC_FIRST_MIXER_SLIDER + 2, 60);
+    Tree(later).Command(u"A", u'D');
+    later.Show(u"ASIO + EASI").Slide(IDC_EASI_BUFFER, 200);
+    later.Apply();
+    EXPECT_FALSE(later.CanApply());
+    EXPECT_EQ(Tree(later).Outline(), u"B (digital input clock) [C]; New (digital input clock)")
+        << "is shown, too";
+    const SheetPage shown = later.Show(0);
+    EXPECT_EQ(shown.Text(IDC_NAME), u"New");
+    EXPECT_TRUE(shown.IsChecked(IDC_COPY_PROTECT) && shown.IsEnabled(IDC_COPY_PROTECT));
+    EXPECT_FALSE(shown.IsEnabled(IDC_PREEMPHASIS));
+    later.Ok();
+    later.Closed();
+
+    EXPECT_EQ(ReadRegistry(ConfigKey(), u"Name"), TextValue(REG_SZ, u"New"));
+    const struct {
+        const char16_t* Name;
+        DWORD Value;
+    } numbers[] = {
+        {u"NonAudio", 1}, {u"Professional", 0}, {u"CopyProtect", 1}, {u"DitherADC", 3}, {u"Left24", 0}};
+    for (const auto& number : numbers) {
+        EXPECT_EQ(StoredNumber(number.Name), number.Value) << static_cast<int>(&number - numbers);
+    }
+    EXPECT_EQ(StoredGainCode(0), 50u);
+    EXPECT_EQ(StoredGainCode(1), 60u);
+    EXPECT_EQ(StoredNumber(u"ClockSource", 0), 64u);
+    EXPECT_EQ(StoredNumber(u"ClockSource", 1), 64u);
+    EXPECT_EQ(ReadRegistry(ConfigKey(2), u"Master"),
+              TextValue(REG_SZ, simulator::Simulator::RegistryPath(1)));
+    EXPECT_EQ(NumberIn(ReadRegistry(BufferKey, u"AsioBufferSize")), 100u);
+    EXPECT_EQ(NumberIn(ReadRegistry(BufferKey, u"EasiBufferSize")), 200u);
+}
+
+TEST_F(TwoSheetsTest, WhatBothChangeIsTheLaters) {
+    Sheet& later = Open();
+    ShowAll(later);
+    Sheet earlier(Library());
+    earlier.Show(0).Type(IDC_NAME, u"Earlier");
+    Tree(earlier).Drag(u"B", u"A");
+    later.Show(0).Type(IDC_NAME, u"Later");
+    later.Show(0).Focus(IDC_LEFT);
+    Tree(later).Drag(u"Later", u"C");
+    earlier.Ok();
+    earlier.Closed();
+    later.Ok();
+    later.Closed();
+    EXPECT_EQ(ReadRegistry(ConfigKey(), u"Name"), TextValue(REG_SZ, u"Later"));
+    EXPECT_EQ(ReadRegistry(ConfigKey(0), u"Master"),
+              TextValue(REG_SZ, simulator::Simulator::RegistryPath(2)));
+    EXPECT_EQ(ReadRegistry(ConfigKey(1), u"Master"), TextValue(REG_SZ, u""));
+}
+
+// The working clock sources are everybody's: one that changes while it is looked at is shown as one of the
+// two.
+TEST_F(TwoSheetsTest, ASourceThatChangesMeanwhileIsOneSource) {
+    const std::u16string longest(50, u'n');
+    StoreText(0, TEXT("Name"), longest);
+    const ClockTreeUser tree = Tree(Open());
+    const Sheet other(Library());
+    const HWND otherPage = other.Show(Clocks).Window();
+    tree.Select(longest);
+    ClockTreeUser(otherPage).Select(longest);
+    std::atomic<bool> done = false;
+    std::thread changing([&] {
+        while (!done) {
+            for (const WPARAM source : {64, 97, 0}) {
+                SendMessageW(otherPage, WM_COMMAND, source, 0);
+            }
+        }
+    });
+    for (int i = 0; i < 100; ++i) {
+        for (int look = 0; look < 50; ++look) {
+            const std::u16string text = tree.Selected().substr(50);
+            EXPECT_TRUE(text == u" (digital input clock)" || text == u" (automatic clock selection)" ||
+                        text == u" (internal clock)");
+        }
+        size_t checks = 0;
+        for (const std::u16string& line : tree.ShiftF10()) {
+            checks += line.starts_with(u"* ") ? 1 : 0;
+        }
+        EXPECT_EQ(checks, 1u);
+        tree.Choose(VK_ESCAPE);
+    }
+    done = true;
+    changing.join();
+}
+
+}  // namespace

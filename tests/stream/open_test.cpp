@@ -1,0 +1,126 @@
+// Opens that are refused, and what they leave; in both directions. Which formats a device takes is told in
+// format_model_test.cpp.
+#include <mmddk.h>
+
+#include "tests/support/driver_library.h"
+#include "tests/support/driver_test.h"
+#include "tests/support/system.h"
+#include "tests/support/wave_player.h"
+#include "tests/support/wave_recorder.h"
+
+namespace {
+
+using simulator::Port;
+
+constexpr UINT Analog = 0;  // devices of card 0
+constexpr UINT Digital = 1;
+
+template <typename Client>
+class OpenTest : public DriverTest {
+protected:
+    void SetUp() override { Cards().PlugIn(0, Port::Digital, simulator::InputSignal::Run({})); }
+    void TearDown() override {
+        client_.Shut();
+        DriverTest::TearDown();
+    }
+
+    void ExpectRefused(UINT device, const WaveFormat& format, MMRESULT result = WAVERR_BADFORMAT) {
+        EXPECT_EQ(client_.Open(device, format), result);
+        EXPECT_EQ(client_.Messages(), std::vector<UINT>());
+        EXPECT_FALSE(Cards().ChannelClaimed(0, device + (std::is_same_v<Client, WavePlayer> ? 2 : 0)));
+        EXPECT_EQ(Cards().OpenFiles(), 0u);
+    }
+
+    Client client_;
+};
+
+using Clients = testing::Types<WavePlayer, WaveRecorder>;
+TYPED_TEST_SUITE(OpenTest, Clients);
+
+TYPED_TEST(OpenTest, OneClockHasOneRateAndADeviceOneClient) {
+    const WaveFormat format = PcmFormat(48000, 2, 16);
+    const WaveFormat slower = PcmFormat(44100, 2, 16);
+    ASSERT_EQ(this->client_.Open(Analog, format), MMSYSERR_NOERROR);
+    for (const MMRESULT query : {waveOutOpen(nullptr, Digital, slower.Get(), 0, 0, WAVE_FORMAT_QUERY),
+                                 waveInOpen(nullptr, Digital, slower.Get(), 0, 0, WAVE_FORMAT_QUERY)}) {
+        EXPECT_EQ(query, MMSYSERR_NOERROR) << "a question is about the format alone";
+    }
+    TypeParam other;
+    EXPECT_EQ(other.Open(Digital, slower), unsigned{WAVERR_BADFORMAT});
+    EXPECT_EQ(other.Open(Analog, slower), unsigned{WAVERR_BADFORMAT});  // rather than: in use
+    EXPECT_EQ(other.Open(Analog, format), unsigned{MMSYSERR_ALLOCATED});
+    EXPECT_EQ(other.Messages(), std::vector<UINT>());
+    ASSERT_EQ(other.Open(Digital, PcmFormat(48000, 2, 24)), MMSYSERR_NOERROR);
+    EXPECT_EQ(this->client_.Close(), MMSYSERR_NOERROR);
+    EXPECT_EQ(this->client_.Open(Analog, slower), unsigned{WAVERR_BADFORMAT});
+    EXPECT_EQ(other.Close(), MMSYSERR_NOERROR);
+    EXPECT_EQ(this->client_.Open(Analog, slower), MMSYSERR_NOERROR);
+}
+
+TYPED_TEST(OpenTest, AnOpenThatFailsIsUndone) {
+    struct Case {
+        const char* Call;
+        const char* Request;
+        MMRESULT Result;
+    };
+    const Case cases[] = {
+        {"HeapAlloc", nullptr, MMSYSERR_NOMEM},       {"CreateFileW", nullptr, MMSYSERR_NODRIVER},
+        {"CreateEventW", nullptr, MMSYSERR_ERROR},    {nullptr, "BIND_HANDLE", MMSYSERR_ALLOCATED},
+        {nullptr, "ACQUIRE_CHANNEL", MMSYSERR_ERROR},
+    };
+    waveOutGetNumDevs();
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.Call != nullptr ? test.Call : test.Request);
+        if (test.Call != nullptr) {
+            test_system::FailCall(test.Call, 1);
+        } else {
+            this->Fail(test.Request);
+        }
+        this->ExpectRefused(Analog, PcmFormat(44100, 2, 16), test.Result);
+    }
+    EXPECT_EQ(this->client_.Open(Analog, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+}
+
+// --- outputs only ------------------------------------------------------------------------------
+
+using OutputOpenTest = OpenTest<WavePlayer>;
+
+// What is wrong is told in this order: the pointers, the device, the format.
+TEST_F(OutputOpenTest, TheFirstThingThatIsWrongIsAnswered) {
+    const DriverLibrary driver;
+    WaveFormat bad = PcmFormat(44100, 2, 12);
+    WAVEOPENDESC without = {};
+    WAVEOPENDESC with = {};
+    with.lpFormat = reinterpret_cast<LPWAVEFORMAT>(&bad.Basic());
+    DWORD_PTR instance = 0;
+    struct Case {
+        UINT Device;
+        DWORD_PTR* Instance;
+        WAVEOPENDESC* Description;
+        MMRESULT Result;
+    };
+    const Case cases[] = {
+        {9, nullptr, &with, MMSYSERR_INVALPARAM},      {9, &instance, nullptr, MMSYSERR_INVALPARAM},
+        {9, &instance, &without, MMSYSERR_INVALPARAM}, {2, &instance, &with, MMSYSERR_BADDEVICEID},
+        {1, &instance, &with, WAVERR_BADFORMAT},
+    };
+    for (const Case& test : cases) {
+        EXPECT_EQ(driver.WaveOut(test.Device, WODM_OPEN, reinterpret_cast<DWORD_PTR>(test.Instance),
+                                 reinterpret_cast<DWORD_PTR>(test.Description)),
+                  test.Result);
+    }
+    EXPECT_EQ(instance, 0u);
+}
+
+TEST_F(OutputOpenTest, AClockThatIsNotValidFailsTheOpenAndLeavesThePortSilent) {
+    StoreSetting(0, TEXT("ClockSource"), 96);
+    Cards().SetClockBroken(0, 0x60, true);
+    ExpectRefused(Analog, PcmFormat(48000, 2, 16), MMSYSERR_ERROR);
+    EXPECT_EQ(Cards().MixerGain(0, 2), 0u);
+    Cards().SetClockBroken(0, 0x60, false);
+    ASSERT_EQ(client_.Open(Analog, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    EXPECT_EQ(Cards().MixerGain(0, 2), 128u);
+    EXPECT_EQ(client_.Messages(), std::vector<UINT>{WOM_OPEN});
+}
+
+}  // namespace
