@@ -104,7 +104,7 @@ void WavReader::Skip(uint64_t count) {
     }
     std::array<char, 4096> dropped;
     while (count > 0) {
-        const size_t part = std::min<uint64_t>(count, dropped.size());
+        const auto part = static_cast<size_t>(std::min<uint64_t>(count, dropped.size()));
         if (!ReadExactly(dropped.data(), part)) {
             return;
         }
