@@ -1,6 +1,7 @@
 #include "tools/streams/progress_line.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "tools/machine/host.h"
@@ -19,7 +20,7 @@ std::string Print(const char* format, Values... values) {
 }
 
 std::string Duration(double seconds) {
-    const auto whole = static_cast<unsigned long long>(seconds + 0.5);
+    const auto whole = static_cast<unsigned long long>(std::llround(seconds));
     return whole < 3600 ? Print("%llu:%02llu", whole / 60, whole % 60)
                         : Print("%llu:%02llu:%02llu", whole / 3600, whole / 60 % 60, whole % 60);
 }

@@ -299,7 +299,7 @@ std::string StreamRunner::FirstProblem() const {
         }
     }
     for (const SideWork* work : sideWork_) {
-        if (const std::string problem = work->Problem(); !problem.empty()) {
+        if (std::string problem = work->Problem(); !problem.empty()) {
             return problem;
         }
     }
