@@ -18,8 +18,7 @@ struct Usage {
     int HeapBlocks;    // HeapAlloc blocks
     int HeldMutexes;   // mutexes that a thread of this process holds
     int Windows;       // windows that have not been destroyed
-    int UserObjects;   // menus, cursors, bitmaps, fonts, image lists, property pages
-    int Timers;        // timers that are set
+    int UserObjects;   // menus, cursors, bitmaps, image lists, property pages
     bool operator==(const Usage&) const = default;
 };
 Usage CurrentUsage();

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "config_ui/page_label.h"
 #include "config_ui/pages.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
@@ -23,11 +24,12 @@ constexpr const WCHAR* KeyPath = TEXT("Software\\Zephyr Harmonic Works\\Kestrelv
 
 struct BufferSetting {
     int Slider;
+    int GroupTop;        // of the box around it, in dialog units
     const WCHAR* Value;  // in the registry: the slider's position
 };
 constexpr BufferSetting Settings[] = {
-    {IDC_ASIO_BUFFER, TEXT("AsioBufferSize")},
-    {IDC_EASI_BUFFER, TEXT("EasiBufferSize")},
+    {IDC_ASIO_BUFFER, 4, TEXT("AsioBufferSize")},
+    {IDC_EASI_BUFFER, 50, TEXT("EasiBufferSize")},
 };
 
 // The positions that were shown when the page was made or last applied: what was stored then.
@@ -92,6 +94,7 @@ INT_PTR OnInitDialog(HWND page) {
     for (size_t i = 0; i < std::size(Settings); ++i) {
         const HWND slider = GetDlgItem(page, Settings[i].Slider);
         SetScale(slider);
+        LabelSliderEnds(page, IDS_BUFFER_SHORTEST, IDS_BUFFER_LONGEST, Settings[i].GroupTop);
         ShowBufferSize(page, slider, ReadBufferSize(key, Settings[i].Value));
         if (state != nullptr) {
             state->Shown[i] = SliderPosition(slider);

@@ -13,6 +13,8 @@
 #define BS_AUTORADIOBUTTON 0x9L
 #define BS_CENTER 0x300L
 #define BS_MULTILINE 0x2000L
+#define ES_RIGHT 0x2L
+#define ES_MULTILINE 0x4L
 #define ES_AUTOHSCROLL 0x80L
 #define ES_READONLY 0x800L
 #define CBS_DROPDOWNLIST 0x3L
@@ -23,8 +25,9 @@
 #define TVS_HASLINES 0x2L
 
 // The kinds of controls that the pages are made of; all are visible children.
+// A group box closes the group of the buttons before it: the arrow keys do not lead out of that.
 #define GROUP_BOX(text, x, y, width, height) \
-    CONTROL text, -1, "Button", BS_GROUPBOX | BS_CENTER, x, y, width, height
+    CONTROL text, -1, "Button", BS_GROUPBOX | BS_CENTER | WS_GROUP, x, y, width, height
 #define CHECK_BOX(text, id, more, x, y, width, height) \
     CONTROL text, id, "Button", BS_AUTOCHECKBOX | WS_GROUP | WS_TABSTOP more, x, y, width, height
 #define FIRST_RADIO_BUTTON(text, id, x, y, width, height) \
@@ -36,6 +39,7 @@
     CONTROL text, -1, "Static", SS_CENTER | WS_GROUP, x, y, width, height
 #define SLIDER(id, x, y, width, height) \
     CONTROL "Slider1", id, "msctls_trackbar32", TBS_TOP | WS_TABSTOP, x, y, width, height
+// Its number ends at the right edge; on Windows NT 4.0 that needs an edit of several lines.
 #define SLIDER_VALUE(id, x, y, width, height) \
-    CONTROL "", id, "Edit", ES_READONLY | WS_BORDER, x, y, width, height
+    CONTROL "", id, "Edit", ES_READONLY | ES_RIGHT | ES_MULTILINE | WS_BORDER, x, y, width, height
 #define FIELD(id, x, y, width, height) CONTROL "", id, "Edit", ES_READONLY | WS_TABSTOP, x, y, width, height

@@ -5,6 +5,7 @@
 #include "card/card_handle.h"
 #include "card/registers.h"
 #include "config_ui/mixer_gain.h"
+#include "config_ui/page_label.h"
 #include "config_ui/pages.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
@@ -19,6 +20,8 @@ constexpr PageHelp Help = {HELP_PAGE_MONITOR, MixerHelp};
 
 // 0.0, -5.8, -11.7 and -24.0 dB
 constexpr DWORD TickMarks[] = {83, 69, 57, 39};
+
+constexpr int GroupTops[] = {4, 108};  // of the two mixers, in dialog units
 
 // What the sliders showed when the page was made or last applied, and the saved gain codes behind that.
 struct PageState {
@@ -165,6 +168,9 @@ void DrawScale(HWND page, unsigned input) {
 INT_PTR OnInitDialog(HWND page) {
     CardRecord* card = KeepPageCard(page);
     MakePageState<PageState>(page);
+    for (const int top : GroupTops) {
+        LabelSliderEnds(page, IDS_GAIN_LOWEST, IDS_GAIN_HIGHEST, top);
+    }
     for (unsigned input = 0; input < MixerInputs; ++input) {
         DrawScale(page, input);
         if (card == nullptr) {

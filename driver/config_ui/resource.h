@@ -37,6 +37,11 @@
 #define IDS_MENU_RESET_DRIVER 43
 #define IDS_RESET_WARNING 44
 #define IDS_NAME_BLANK 45
+#define IDS_GAIN_LOWEST 46
+#define IDS_GAIN_HIGHEST 47
+#define IDS_BUFFER_SHORTEST 48
+#define IDS_BUFFER_LONGEST 49
+#define IDS_CLOCK_HINT 50
 
 #define IDD_VERSION 101
 #define IDD_CONFIGURATION 102
@@ -48,6 +53,7 @@
 #define IDB_SAMPLE_CLOCK 202
 #define IDC_DRAG_CARD 203
 #define IDB_PRODUCT 204
+#define IDB_LINK 205
 
 // Controls; their numbers are distinct over all pages.
 #define IDC_CLOCK_TREE 1001

@@ -17,7 +17,23 @@ void ShowField(HWND page, int control, const WCHAR* format, Values... values) {
     SetDlgItemTextW(page, control, text);
 }
 
+constexpr int PictureWidth = 184;
+constexpr int PictureHeight = 63;
+
+// The system gives the control the size of its picture, frame included, and draws the picture smaller then.
+void LeavePictureUnscaled(HWND page) {
+    const HWND picture = GetWindow(page, GW_CHILD);
+    RECT frame = {};
+    RECT inside = {};
+    GetWindowRect(picture, &frame);
+    GetClientRect(picture, &inside);
+    SetWindowPos(picture, nullptr, 0, 0, frame.right - frame.left - inside.right + PictureWidth,
+                 frame.bottom - frame.top - inside.bottom + PictureHeight,
+                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
 INT_PTR OnInitDialog(HWND page) {
+    LeavePictureUnscaled(page);
     if (const CardRecord* card = KeepPageCard(page)) {
         ShowField(page, IDC_PCI_REVISION, TEXT("%03u"), card->PciRevision);
         ShowField(page, IDC_BOARD_REVISION, TEXT("%hc.%02u"), card->BoardRevisionLetter, card->BoardRevision);

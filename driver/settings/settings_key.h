@@ -12,7 +12,7 @@ public:
     SettingsKey(const SettingsKey&) = delete;
     SettingsKey& operator=(const SettingsKey&) = delete;
     // Lives on the stack only; the C++ library's would bring that library's heap into this one.
-    static void operator delete(void*) {}
+    static void operator delete(void*) {}  // NOLINT(misc-new-delete-overloads): nothing is made with new
 
     // Keeps a copy of `path`. Until this has been called, or when there is no memory for the copy,
     // every operation fails.

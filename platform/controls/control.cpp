@@ -8,32 +8,14 @@ DWORD Control::Style() const {
     return static_cast<DWORD>(GetWindowLongPtrW(window_, GWL_STYLE));
 }
 
-bool Control::HasFocus() const {
-    return GetFocus() == window_;
-}
-
-RECT Control::ClientArea() const {
-    RECT area{};
-    GetClientRect(window_, &area);
-    return area;
-}
-
 LRESULT Control::Default(UINT message, WPARAM first, LPARAM second) {
-    switch (message) {
-    case WM_SETFONT:
-        font_ = first;
-        return 0;
-    case WM_GETFONT:
-        return static_cast<LRESULT>(font_);
-    default:
-        return DefWindowProcW(window_, message, first, second);
-    }
+    return DefWindowProcW(window_, message, first, second);
 }
 
-LRESULT Control::Command(WORD notification) const {
+void Control::Command(WORD notification) const {
     const auto identifier = static_cast<WORD>(GetDlgCtrlID(window_));
-    return SendMessageW(GetParent(window_), WM_COMMAND, MAKEWPARAM(identifier, notification),
-                        reinterpret_cast<LPARAM>(window_));
+    SendMessageW(GetParent(window_), WM_COMMAND, MAKEWPARAM(identifier, notification),
+                 reinterpret_cast<LPARAM>(window_));
 }
 
 LRESULT Control::Notify(UINT code) const {
@@ -51,9 +33,6 @@ POINT PointOf(LPARAM place) {
 }
 
 LRESULT CopyText(std::u16string_view text, LPWSTR target, size_t size) {
-    if (size == 0) {
-        return 0;
-    }
     const size_t copied = text.substr(0, size - 1).copy(target, size - 1);
     target[copied] = 0;
     return static_cast<LRESULT>(copied);

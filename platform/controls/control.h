@@ -11,11 +11,6 @@
 
 namespace platform {
 
-// Nothing is drawn, but places depend on the size of text. Every character counts as one of the dialog font
-// at its usual size.
-constexpr int CharacterWidth = 6;
-constexpr int TextHeight = 13;
-
 // A control's state. Used only on the thread that made the window.
 class Control {
 public:
@@ -29,20 +24,15 @@ public:
 protected:
     HWND Window() const { return window_; }
     DWORD Style() const;
-    bool HasFocus() const;
-    RECT ClientArea() const;
-
-    // The default answer to a message. It also stores the font of WM_SETFONT.
-    LRESULT Default(UINT message, WPARAM first, LPARAM second);
+    LRESULT Default(UINT message, WPARAM first, LPARAM second);  // the default answer to a message
 
     // WM_COMMAND and WM_NOTIFY to the parent. The parent may destroy the control meanwhile.
-    LRESULT Command(WORD notification) const;
+    void Command(WORD notification) const;
     LRESULT Notify(UINT code) const;
     LRESULT Notify(UINT code, NMHDR& header) const;
 
 private:
     const HWND window_;
-    WPARAM font_ = 0;
 };
 
 // The window procedure of a control class whose state is a T. The class reserves extra bytes for one pointer.
@@ -69,7 +59,8 @@ LRESULT CALLBACK ControlProcedure(HWND window, UINT message, WPARAM first, LPARA
 // The pointer's place as a mouse message tells it.
 POINT PointOf(LPARAM place);
 
-// As WM_GETTEXT answers: cut to size, which counts the terminator; the number of characters copied.
+// As WM_GETTEXT answers: cut to size, which counts the terminator and is not 0; the number of characters
+// copied.
 LRESULT CopyText(std::u16string_view text, LPWSTR target, size_t size);
 
 }  // namespace platform

@@ -2,35 +2,28 @@
 
 #include <commctrl.h>
 
+#include "platform/controls/control.h"
+
 namespace platform {
 
 namespace {
 
-// Every control keeps a pointer to its state in its window.
-void RegisterControl(LPCWSTR name, WNDPROC procedure) {
-    WNDCLASSEXW description{};
-    description.cbSize = sizeof(description);
-    description.style = CS_GLOBALCLASS | CS_DBLCLKS;
-    description.lpfnWndProc = procedure;
-    description.cbWndExtra = sizeof(void*);
-    description.lpszClassName = name;
-    RegisterClassExW(&description);
-}
+// A label or a picture; a picture is not loaded, as nothing is drawn.
+class Static final : public Control {
+public:
+    using Control::Control;
+    LRESULT Handle(UINT message, WPARAM first, LPARAM second) override {
+        return message == WM_GETDLGCODE ? DLGC_STATIC : Default(message, first, second);
+    }
+};
 
 }  // namespace
 
-void RegisterUserControls() {
-    RegisterControl(TEXT("Button"), ButtonProcedure());
-    RegisterControl(TEXT("Edit"), EditProcedure());
-    RegisterControl(TEXT("Static"), StaticProcedure());
-    RegisterControl(TEXT("ComboBox"), ComboBoxProcedure());
+WNDPROC StaticProcedure() {
+    return ControlProcedure<Static>;
 }
 
 }  // namespace platform
 
-void WINAPI InitCommonControls() {
-    using namespace platform;
-    RegisterControl(TRACKBAR_CLASSW, TrackbarProcedure());
-    RegisterControl(WC_TABCONTROLW, TabControlProcedure());
-    RegisterControl(WC_TREEVIEWW, TreeViewProcedure());
-}
+// The classes are there from the beginning.
+void WINAPI InitCommonControls() {}

@@ -1,15 +1,11 @@
-// The window classes of the controls.
+// The window procedures of the controls, each in a file of its own. A window of theirs has extra bytes for
+// one pointer.
 #pragma once
 
 #include <windows.h>
 
 namespace platform {
 
-// Those of user32: "Button", "Edit", "Static", "ComboBox". Those of comctl32 come with
-// InitCommonControls.
-void RegisterUserControls();
-
-// Their procedures, each in a file of its own.
 WNDPROC ButtonProcedure();
 WNDPROC EditProcedure();
 WNDPROC StaticProcedure();

@@ -9,17 +9,19 @@ namespace {
 void CollectRows(const TreeItem& parent, std::vector<TreeItem*>& rows) {
     for (const auto& child : parent.Children) {
         rows.push_back(child.get());
-        if (child->IsExpanded()) {
+        if (child->Expanded) {
             CollectRows(*child, rows);
         }
     }
 }
 
-}  // namespace
-
-TreeItems::TreeItems() {
-    root_.State = TVIS_EXPANDED;
+auto PlaceAmongSiblings(const TreeItem& item) {
+    auto& siblings = item.Parent->Children;
+    return std::find_if(siblings.begin(), siblings.end(),
+                        [&item](const auto& sibling) { return sibling.get() == &item; });
 }
+
+}  // namespace
 
 TreeItem* TreeItems::Find(HTREEITEM handle) {
     if (!handle || handle == TVI_ROOT) {
@@ -33,9 +35,7 @@ TreeItem& TreeItems::Insert(TreeItem& parent, const TreeItem* before, std::uniqu
     TreeItem& inserted = *item;
     inserted.Parent = &parent;
     known_.insert(&inserted);
-    const auto place = std::find_if(parent.Children.begin(), parent.Children.end(),
-                                    [before](const auto& child) { return child.get() == before; });
-    parent.Children.insert(place, std::move(item));
+    parent.Children.insert(before ? PlaceAmongSiblings(*before) : parent.Children.end(), std::move(item));
     return inserted;
 }
 
@@ -44,15 +44,7 @@ void TreeItems::Remove(TreeItem& item) {
         Remove(*item.Children.back());
     }
     known_.erase(&item);
-    auto& siblings = item.Parent->Children;
-    siblings.erase(siblings.begin() + static_cast<std::ptrdiff_t>(IndexOf(item)));
-}
-
-size_t TreeItems::IndexOf(const TreeItem& item) const {
-    const auto& siblings = item.Parent->Children;
-    const auto found = std::find_if(siblings.begin(), siblings.end(),
-                                    [&item](const auto& sibling) { return sibling.get() == &item; });
-    return static_cast<size_t>(found - siblings.begin());
+    item.Parent->Children.erase(PlaceAmongSiblings(item));
 }
 
 TreeItem* TreeItems::FirstChild(const TreeItem& item) const {
@@ -60,26 +52,12 @@ TreeItem* TreeItems::FirstChild(const TreeItem& item) const {
 }
 
 TreeItem* TreeItems::Next(const TreeItem& item) const {
-    const size_t next = IndexOf(item) + 1;
-    return next < item.Parent->Children.size() ? item.Parent->Children[next].get() : nullptr;
-}
-
-TreeItem* TreeItems::Previous(const TreeItem& item) const {
-    const size_t index = IndexOf(item);
-    return index > 0 ? item.Parent->Children[index - 1].get() : nullptr;
+    const auto next = PlaceAmongSiblings(item) + 1;
+    return next != item.Parent->Children.end() ? next->get() : nullptr;
 }
 
 TreeItem* TreeItems::Parent(const TreeItem& item) const {
     return IsRoot(item.Parent) ? nullptr : item.Parent;
-}
-
-bool TreeItems::IsWithin(const TreeItem& item, const TreeItem& ancestor) const {
-    for (const TreeItem* climb = &item; climb; climb = climb->Parent) {
-        if (climb == &ancestor) {
-            return true;
-        }
-    }
-    return false;
 }
 
 int TreeItems::Level(const TreeItem& item) const {

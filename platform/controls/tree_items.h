@@ -16,23 +16,19 @@ struct TreeItem {
     std::vector<std::unique_ptr<TreeItem>> Children;
     std::u16string Text;
     bool TextOnDemand = false;
-    int Image = 0;
-    int SelectedImage = 0;
     LPARAM Data = 0;
-    UINT State = 0;  // TVIS_ flags
+    bool Expanded = false;
 
-    bool IsExpanded() const { return (State & TVIS_EXPANDED) != 0; }
     HTREEITEM Handle() const { return reinterpret_cast<HTREEITEM>(const_cast<TreeItem*>(this)); }
 };
 
 // Used only on the thread of the control.
 class TreeItems {
 public:
-    TreeItems();
+    TreeItems() { root_.Expanded = true; }
 
     TreeItem& Root() { return root_; }
     bool IsRoot(const TreeItem* item) const { return item == &root_; }
-    size_t Count() const { return known_.size(); }
 
     // The item of that handle; null when it does not exist any more. A null handle and TVI_ROOT are the root.
     TreeItem* Find(HTREEITEM handle);
@@ -46,17 +42,13 @@ public:
     // Relations; null when there is none. The root is nobody's parent.
     TreeItem* FirstChild(const TreeItem& item) const;
     TreeItem* Next(const TreeItem& item) const;
-    TreeItem* Previous(const TreeItem& item) const;
     TreeItem* Parent(const TreeItem& item) const;
-    bool IsWithin(const TreeItem& item, const TreeItem& ancestor) const;
     int Level(const TreeItem& item) const;
 
     // The items whose ancestors are all expanded, from top to bottom.
     std::vector<TreeItem*> Rows() const;
 
 private:
-    size_t IndexOf(const TreeItem& item) const;
-
     TreeItem root_;
     std::unordered_set<const TreeItem*> known_;
 };

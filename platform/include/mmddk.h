@@ -3,20 +3,11 @@
 
 #include "mmsystem.h"
 
-#define DCB_NULL 0x0000
 #define DCB_WINDOW 0x0001
 #define DCB_TASK 0x0002
 #define DCB_FUNCTION 0x0003
 #define DCB_EVENT 0x0005
 #define DCB_TYPEMASK 0x0007
-#define DCB_NOSWITCH 0x0008
-
-#define DRVM_INIT 100
-#define DRVM_EXIT 101
-#define DRVM_DISABLE 102
-#define DRVM_ENABLE 103
-#define DRVM_MAPPER 0x2000
-#define DRVM_USER 0x4000
 
 #define WODM_GETNUMDEVS 3
 #define WODM_GETDEVCAPS 4
@@ -59,7 +50,6 @@ struct WAVEOPENDESC {
     UINT uMappedDeviceID;
     DWORD_PTR dnDevNode;
 };
-using LPWAVEOPENDESC = WAVEOPENDESC*;
 
 #pragma pack(pop)
 

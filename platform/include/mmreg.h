@@ -3,15 +3,11 @@
 
 #include "mmsystem.h"
 
-#define WAVE_FORMAT_UNKNOWN 0x0000
 #define WAVE_FORMAT_IEEE_FLOAT 0x0003
 #define WAVE_FORMAT_ALAW 0x0006
 #define WAVE_FORMAT_MULAW 0x0007
 #define WAVE_FORMAT_DOLBY_AC3_SPDIF 0x0092
 #define WAVE_FORMAT_EXTENSIBLE 0xFFFE
-
-#define SPEAKER_FRONT_LEFT 0x1
-#define SPEAKER_FRONT_RIGHT 0x2
 
 #pragma pack(push, 1)
 
@@ -25,6 +21,5 @@ struct WAVEFORMATEXTENSIBLE {
     DWORD dwChannelMask;
     GUID SubFormat;
 };
-using PWAVEFORMATEXTENSIBLE = WAVEFORMATEXTENSIBLE*;
 
 #pragma pack(pop)

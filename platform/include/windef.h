@@ -6,10 +6,7 @@
 
 #define WINAPI
 #define WINAPIV
-#define APIENTRY
 #define CALLBACK
-#define CONST const
-#define VOID void
 #define TRUE 1
 #define FALSE 0
 
@@ -19,67 +16,35 @@
 
 using BOOL = int;
 using BYTE = uint8_t;
-using CHAR = char;
 using WCHAR = char16_t;
 using WORD = uint16_t;
 using DWORD = uint32_t;
 using SHORT = int16_t;
-using USHORT = uint16_t;
-using INT = int;
 using UINT = unsigned int;
 using LONG = int32_t;
-using ULONG = uint32_t;
-using UCHAR = uint8_t;
-using LONGLONG = long long;
-using ULONGLONG = unsigned long long;
-using DWORDLONG = unsigned long long;
-using FLOAT = float;
 using INT_PTR = intptr_t;
 using UINT_PTR = uintptr_t;
 using LONG_PTR = intptr_t;
 using ULONG_PTR = uintptr_t;
 using DWORD_PTR = uintptr_t;
 using SIZE_T = size_t;
-using TCHAR = WCHAR;
-using ATOM = WORD;
-using COLORREF = DWORD;
-using HRESULT = LONG;
 
-using PVOID = void*;
 using LPVOID = void*;
 using LPCVOID = const void*;
-using PBYTE = BYTE*;
 using LPBYTE = BYTE*;
-using LPWORD = WORD*;
-using PDWORD = DWORD*;
 using LPDWORD = DWORD*;
-using PLONG = LONG*;
-using LPLONG = LONG*;
-using LPBOOL = BOOL*;
-using PBOOL = BOOL*;
-using LPINT = INT*;
 using LPUINT = UINT*;
-using PULONG = ULONG*;
-using PDWORD_PTR = DWORD_PTR*;
-using PSTR = char*;
 using LPSTR = char*;
 using LPCSTR = const char*;
-using PWSTR = WCHAR*;
 using LPWSTR = WCHAR*;
-using PCWSTR = const WCHAR*;
 using LPCWSTR = const WCHAR*;
-using LPTSTR = LPWSTR;
-using LPCTSTR = LPCWSTR;
 
 using WPARAM = UINT_PTR;
 using LPARAM = LONG_PTR;
 using LRESULT = LONG_PTR;
 
 using HANDLE = void*;
-using PHANDLE = HANDLE*;
-using LPHANDLE = HANDLE*;
 using HGLOBAL = HANDLE;
-using HLOCAL = HANDLE;
 
 // Each a type of its own, so that the compiler tells one kind of handle from another.
 #define DECLARE_HANDLE(name) \
@@ -89,13 +54,9 @@ using HLOCAL = HANDLE;
 DECLARE_HANDLE(HINSTANCE);
 DECLARE_HANDLE(HWND);
 DECLARE_HANDLE(HKEY);
-DECLARE_HANDLE(HRSRC);
 DECLARE_HANDLE(HMENU);
 DECLARE_HANDLE(HICON);
-DECLARE_HANDLE(HDC);
-DECLARE_HANDLE(HFONT);
 DECLARE_HANDLE(HBITMAP);
-DECLARE_HANDLE(HBRUSH);
 using HMODULE = HINSTANCE;
 using HCURSOR = HICON;
 using HGDIOBJ = void*;
@@ -110,11 +71,9 @@ using FARPROC = INT_PTR(WINAPI*)();
 #define LOWORD(value) (static_cast<WORD>(static_cast<DWORD_PTR>(value) & 0xFFFF))
 #define HIWORD(value) (static_cast<WORD>(static_cast<DWORD_PTR>(value) >> 16 & 0xFFFF))
 #define LOBYTE(value) (static_cast<BYTE>(static_cast<DWORD_PTR>(value) & 0xFF))
-#define HIBYTE(value) (static_cast<BYTE>(static_cast<DWORD_PTR>(value) >> 8 & 0xFF))
 
 #define MAKELPARAM(low, high) (static_cast<LPARAM>(static_cast<DWORD>(MAKELONG(low, high))))
 #define MAKEWPARAM(low, high) (static_cast<WPARAM>(static_cast<DWORD>(MAKELONG(low, high))))
-#define MAKELRESULT(low, high) (static_cast<LRESULT>(static_cast<DWORD>(MAKELONG(low, high))))
 
 struct POINT {
     LONG x;
@@ -134,4 +93,3 @@ struct RECT {
     LONG bottom;
 };
 using LPRECT = RECT*;
-using LPCRECT = const RECT*;

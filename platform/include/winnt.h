@@ -1,5 +1,5 @@
 // Structures and constants below the Win32 calls: text, GUIDs, security descriptors, critical sections,
-// access rights, registry value types, wait status codes, device-control codes.
+// access rights, registry value types, wait status codes.
 #pragma once
 
 #include "windef.h"
@@ -23,18 +23,14 @@ struct GUID {
 #define STATUS_WAIT_0 (static_cast<DWORD>(0x00000000))
 #define STATUS_ABANDONED_WAIT_0 (static_cast<DWORD>(0x00000080))
 #define STATUS_USER_APC (static_cast<DWORD>(0x000000C0))
-#define STATUS_TIMEOUT (static_cast<DWORD>(0x00000102))
 #define STATUS_PENDING (static_cast<DWORD>(0x00000103))
-#define MAXIMUM_WAIT_OBJECTS 64
 
 #define TLS_MINIMUM_AVAILABLE 64
 
 // Access rights
 #define READ_CONTROL 0x00020000
 #define SYNCHRONIZE 0x00100000
-#define STANDARD_RIGHTS_REQUIRED 0x000F0000
 #define STANDARD_RIGHTS_READ READ_CONTROL
-#define STANDARD_RIGHTS_WRITE READ_CONTROL
 #define STANDARD_RIGHTS_ALL 0x001F0000
 #define GENERIC_READ 0x80000000
 #define GENERIC_WRITE 0x40000000
@@ -51,35 +47,18 @@ struct GUID {
 #define KEY_CREATE_LINK 0x0020
 #define KEY_READ \
     ((STANDARD_RIGHTS_READ | KEY_QUERY_VALUE | KEY_ENUMERATE_SUB_KEYS | KEY_NOTIFY) & ~SYNCHRONIZE)
-#define KEY_WRITE ((STANDARD_RIGHTS_WRITE | KEY_SET_VALUE | KEY_CREATE_SUB_KEY) & ~SYNCHRONIZE)
 #define KEY_ALL_ACCESS                                                                                      \
     ((STANDARD_RIGHTS_ALL | KEY_QUERY_VALUE | KEY_SET_VALUE | KEY_CREATE_SUB_KEY | KEY_ENUMERATE_SUB_KEYS | \
       KEY_NOTIFY | KEY_CREATE_LINK) &                                                                       \
      ~SYNCHRONIZE)
 
-#define REG_OPTION_NON_VOLATILE 0
-#define REG_CREATED_NEW_KEY 1
-#define REG_OPENED_EXISTING_KEY 2
-
-#define REG_NONE 0
 #define REG_SZ 1
 #define REG_EXPAND_SZ 2
 #define REG_BINARY 3
 #define REG_DWORD 4
-#define REG_MULTI_SZ 7
 
 // Event log
-#define EVENTLOG_SUCCESS 0x0000
-#define EVENTLOG_ERROR_TYPE 0x0001
 #define EVENTLOG_WARNING_TYPE 0x0002
-#define EVENTLOG_INFORMATION_TYPE 0x0004
-
-// Languages
-#define LANG_NEUTRAL 0x00
-#define SUBLANG_NEUTRAL 0x00
-#define SUBLANG_DEFAULT 0x01
-#define MAKELANGID(primary, sub) \
-    (static_cast<WORD>(static_cast<WORD>(sub) << 10 | static_cast<WORD>(primary)))
 
 // Heap
 #define HEAP_ZERO_MEMORY 0x00000008
@@ -122,12 +101,3 @@ struct CRITICAL_SECTION {
     ULONG_PTR SpinCount;
 };
 using LPCRITICAL_SECTION = CRITICAL_SECTION*;
-
-// Device-control codes (winioctl.h in the SDK)
-#define METHOD_BUFFERED 0
-#define METHOD_IN_DIRECT 1
-#define METHOD_OUT_DIRECT 2
-#define METHOD_NEITHER 3
-#define FILE_ANY_ACCESS 0
-#define CTL_CODE(deviceType, function, method, access) \
-    (static_cast<DWORD>(deviceType) << 16 | (access) << 14 | (function) << 2 | (method))

@@ -1,6 +1,5 @@
 // Files: the platform has devices only, and those belong to the installed device::Driver.
 #include <atomic>
-#include <string_view>
 
 #include "platform/device.h"
 #include "platform/kernel/call_failure.h"
@@ -17,13 +16,10 @@ class DeviceFile : public KernelObject {
 public:
     static constexpr HandleKind ObjectKind = HandleKind::DeviceFile;
 
-    DeviceFile(device::Driver* driver, void* file, bool overlapped)
-        : KernelObject(ObjectKind), Overlapped(overlapped), driver_(driver), file_(file) {}
+    DeviceFile(device::Driver* driver, void* file) : KernelObject(ObjectKind), driver_(driver), file_(file) {}
     ~DeviceFile() override { driver_->Close(file_); }
 
     DWORD Control(device::Request& request) { return driver_->Control(file_, request); }
-
-    const bool Overlapped;
 
 private:
     device::Driver* const driver_;
@@ -36,23 +32,13 @@ void Store(ULONG_PTR& field, ULONG_PTR value) {
     std::atomic_ref<ULONG_PTR>(field).store(value, std::memory_order_relaxed);
 }
 
-// An overlapped request begins with its event reset, even when it fails.
-bool BeginOverlapped(OVERLAPPED* overlapped, std::shared_ptr<EventObject>* event) {
-    if (overlapped == nullptr) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return false;
-    }
-    if (overlapped->hEvent != nullptr) {
-        *event = FindObject<EventObject>(overlapped->hEvent);
-        if (!*event) {
-            SetLastError(ERROR_INVALID_HANDLE);
-            return false;
-        }
-        (*event)->Reset();
+// A request begins with its event reset, even when it fails.
+void BeginOverlapped(OVERLAPPED* overlapped, EventObject* event) {
+    if (event != nullptr) {
+        event->Reset();
     }
     Store(overlapped->Internal, STATUS_PENDING);
     Store(overlapped->InternalHigh, 0);
-    return true;
 }
 
 // Only a success is written to the OVERLAPPED; a failure is what the call itself answers.
@@ -74,10 +60,9 @@ device::Driver* InstallDeviceDriver(device::Driver* driver) {
 
 using namespace platform;
 
-static DWORD OpenDevice(LPCWSTR path, DWORD flags, HANDLE* handle) {
+static DWORD OpenDevice(LPCWSTR path, HANDLE* handle) {
     device::Driver* driver = installedDriver.load();
-    if (CallFails("CreateFileW") || path == nullptr ||
-        !std::u16string_view(path).starts_with(TEXT("\\\\.\\")) || driver == nullptr) {
+    if (CallFails("CreateFileW") || driver == nullptr) {
         return ERROR_FILE_NOT_FOUND;
     }
     void* file = nullptr;
@@ -85,14 +70,13 @@ static DWORD OpenDevice(LPCWSTR path, DWORD flags, HANDLE* handle) {
     if (error != ERROR_SUCCESS) {
         return error;
     }
-    *handle = OpenHandle(std::make_shared<DeviceFile>(driver, file, (flags & FILE_FLAG_OVERLAPPED) != 0));
+    *handle = OpenHandle(std::make_shared<DeviceFile>(driver, file));
     return *handle == nullptr ? ERROR_NOT_ENOUGH_MEMORY : ERROR_SUCCESS;
 }
 
-HANDLE WINAPI CreateFileW(LPCWSTR lpFileName, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD,
-                          DWORD dwFlagsAndAttributes, HANDLE) {
+HANDLE WINAPI CreateFileW(LPCWSTR lpFileName, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, HANDLE) {
     HANDLE handle = nullptr;
-    const DWORD error = OpenDevice(lpFileName, dwFlagsAndAttributes, &handle);
+    const DWORD error = OpenDevice(lpFileName, &handle);
     SetLastError(error);
     return error == ERROR_SUCCESS ? handle : INVALID_HANDLE_VALUE;
 }
@@ -105,12 +89,10 @@ BOOL WINAPI DeviceIoControl(HANDLE hDevice, DWORD dwIoControlCode, LPVOID lpInBu
         SetLastError(ERROR_INVALID_HANDLE);
         return FALSE;
     }
-    OVERLAPPED own{};  // a request to a file that is not overlapped is over with the call
-    OVERLAPPED* overlapped = lpOverlapped == nullptr && !file->Overlapped ? &own : lpOverlapped;
-    std::shared_ptr<EventObject> event;
-    if (!BeginOverlapped(overlapped, &event)) {
-        return FALSE;
-    }
+    OVERLAPPED own{};  // a request without one is over with the call
+    OVERLAPPED* overlapped = lpOverlapped == nullptr ? &own : lpOverlapped;
+    const std::shared_ptr<EventObject> event = FindObject<EventObject>(overlapped->hEvent);
+    BeginOverlapped(overlapped, event.get());
     device::Request request{dwIoControlCode, lpInBuffer, nInBufferSize, lpOutBuffer, nOutBufferSize, 0};
     const DWORD error = file->Control(request);
     if (error != ERROR_SUCCESS && error != ERROR_IO_PENDING) {

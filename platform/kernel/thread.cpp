@@ -68,7 +68,7 @@ void* RunThread(void* argument) {
     const LPVOID parameter = start->Parameter;
     BecomeThread(std::move(start->Thread));
     PassLoaderLock();
-    CurrentThread().ExitCode = routine(parameter);
+    routine(parameter);
     return nullptr;
 }
 
@@ -140,13 +140,9 @@ int RunningThreadCount() {
 using namespace platform;
 
 HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES, SIZE_T dwStackSize, LPTHREAD_START_ROUTINE lpStartAddress,
-                           LPVOID lpParameter, DWORD dwCreationFlags, LPDWORD lpThreadId) {
+                           LPVOID lpParameter, DWORD, LPDWORD lpThreadId) {
     if (CallFails("CreateThread")) {
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-        return nullptr;
-    }
-    if (dwCreationFlags != 0) {
-        SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
     const auto thread = std::make_shared<ThreadObject>(true);
@@ -168,33 +164,9 @@ HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES, SIZE_T dwStackSize, LPTHREAD_S
     return handle;
 }
 
-void WINAPI ExitThread(DWORD dwExitCode) {
-    CurrentThread().ExitCode = dwExitCode;
-    pthread_exit(nullptr);
-}
-
-BOOL WINAPI GetExitCodeThread(HANDLE hThread, LPDWORD lpExitCode) {
-    const std::shared_ptr<ThreadObject> thread = FindThreadObject(hThread);
-    if (!thread) {
-        return FALSE;
-    }
-    *lpExitCode = thread->ExitCode;
-    return TRUE;
-}
-
-// The host schedules its threads as it sees fit: a priority is checked, and changes nothing.
-BOOL WINAPI SetThreadPriority(HANDLE hThread, int nPriority) {
-    const std::shared_ptr<ThreadObject> thread = FindThreadObject(hThread);
-    if (!thread) {
-        return FALSE;
-    }
-    const bool known = (nPriority >= THREAD_PRIORITY_LOWEST && nPriority <= THREAD_PRIORITY_HIGHEST) ||
-                       nPriority == THREAD_PRIORITY_IDLE || nPriority == THREAD_PRIORITY_TIME_CRITICAL;
-    if (!known) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return FALSE;
-    }
-    return TRUE;
+// The host schedules its threads as it sees fit: a priority changes nothing.
+BOOL WINAPI SetThreadPriority(HANDLE hThread, int) {
+    return FindThreadObject(hThread) ? TRUE : FALSE;
 }
 
 HANDLE WINAPI GetCurrentThread() {
@@ -203,10 +175,6 @@ HANDLE WINAPI GetCurrentThread() {
 
 DWORD WINAPI GetCurrentThreadId() {
     return CurrentThread().Id();
-}
-
-HANDLE WINAPI GetCurrentProcess() {
-    return reinterpret_cast<HANDLE>(static_cast<LONG_PTR>(-1));
 }
 
 DWORD WINAPI GetCurrentProcessId() {

@@ -1,7 +1,6 @@
 // A thread as the kernel sees it: waitable, with its queue of procedure calls and the mutexes it holds.
 #pragma once
 
-#include <atomic>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -31,8 +30,6 @@ public:
     explicit ThreadObject(bool counted);
 
     DWORD Id() const { return id_; }
-
-    std::atomic<DWORD> ExitCode{STILL_ACTIVE};
 
     // The thread's own, touched by no other.
     std::vector<HeldMutex> HeldMutexes;

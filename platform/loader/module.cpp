@@ -255,21 +255,6 @@ FARPROC WINAPI GetProcAddress(HMODULE handle, LPCSTR name) {
     return reinterpret_cast<FARPROC>(symbol);
 }
 
-HMODULE WINAPI GetModuleHandleW(LPCWSTR name) {
-    if (!name) {
-        return HandleOf(FindModule(nullptr).get());
-    }
-    const std::u16string wanted = HostName(name).filename().u16string();
-    const std::shared_ptr<Module> module = FindModuleIf([&wanted](const auto& candidate) {
-        const std::u16string file = std::filesystem::path(candidate->Path).filename().u16string();
-        return CompareIgnoringCase(file, wanted) == 0;
-    });
-    if (!module) {
-        SetLastError(ERROR_MOD_NOT_FOUND);
-    }
-    return module ? HandleOf(module.get()) : nullptr;
-}
-
 // Libraries are never told of threads here, so there is nothing to switch off.
 BOOL WINAPI DisableThreadLibraryCalls(HMODULE handle) {
     if (!FindModule(handle)) {

@@ -86,7 +86,7 @@ bool FindResourceIn(const std::vector<BYTE>& file, LPCWSTR type, LPCWSTR name, R
             break;
         }
         if (entryType->Matches(type) && entryName->Matches(name)) {
-            *resource = {file.data() + data, *dataSize, *language};
+            *resource = {file.data() + data, *dataSize};
             return true;
         }
         position = (data + *dataSize + 3) & ~size_t{3};

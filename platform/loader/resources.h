@@ -11,7 +11,6 @@ namespace platform {
 struct Resource {
     const BYTE* Data = nullptr;  // lives as long as the module
     DWORD Size = 0;
-    WORD Language = 0;
 };
 
 // The number in a type or name that is one.

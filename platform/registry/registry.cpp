@@ -1,7 +1,6 @@
 // The registry calls: key handles with their access rights, and the machine's store behind them.
 #include <windows.h>
 
-#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,8 +15,6 @@ namespace platform {
 namespace {
 
 constexpr MachineRegion<RegistryStore> StoreRegion("registry");
-
-constexpr REGSAM MaximumAllowed = 0x02000000;
 
 class RegistryKey : public KernelObject {
 public:
@@ -80,19 +77,10 @@ std::u16string_view View(LPCWSTR text) {
 }
 
 // Looks up the key of that path below an open key, and answers the open key as `parent` and the found one as
-// `found`. Refused when the call has no place for its result.
-LONG OpenBelow(HKEY handle, LPCWSTR subkey, PHKEY result, OpenKey* parent, KeyReference* found) {
+// `found`.
+LONG OpenBelow(HKEY handle, LPCWSTR subkey, OpenKey* parent, KeyReference* found) {
     const LONG error = FindKeyWith(handle, 0, parent);
-    if (error != ERROR_SUCCESS) {
-        return error;
-    }
-    if (!result) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    if (View(subkey).starts_with(u'\\')) {
-        return ERROR_BAD_PATHNAME;
-    }
-    return StoreRegion->Open(parent->Reference, View(subkey), found);
+    return error == ERROR_SUCCESS ? StoreRegion->Open(parent->Reference, View(subkey), found) : error;
 }
 
 }  // namespace
@@ -107,11 +95,11 @@ LONG WINAPI RegOpenKeyExW(HKEY handle, LPCWSTR subkey, DWORD, REGSAM access, PHK
     }
     OpenKey key;
     KeyReference opened;
-    const LONG error = OpenBelow(handle, subkey, result, &key, &opened);
+    const LONG error = OpenBelow(handle, subkey, &key, &opened);
     if (error != ERROR_SUCCESS) {
         return error;
     }
-    return OpenKeyHandle(opened, access & MaximumAllowed ? KEY_ALL_ACCESS : access, result);
+    return OpenKeyHandle(opened, access, result);
 }
 
 LONG WINAPI RegCreateKeyW(HKEY handle, LPCWSTR subkey, PHKEY result) {
@@ -120,7 +108,7 @@ LONG WINAPI RegCreateKeyW(HKEY handle, LPCWSTR subkey, PHKEY result) {
     }
     OpenKey key;
     KeyReference opened;
-    LONG error = OpenBelow(handle, subkey, result, &key, &opened);
+    LONG error = OpenBelow(handle, subkey, &key, &opened);
     if (error == ERROR_FILE_NOT_FOUND) {
         if (!key.Allows(KEY_CREATE_SUB_KEY)) {
             return ERROR_ACCESS_DENIED;
@@ -133,10 +121,7 @@ LONG WINAPI RegCreateKeyW(HKEY handle, LPCWSTR subkey, PHKEY result) {
 LONG WINAPI RegDeleteKeyW(HKEY handle, LPCWSTR subkey) {
     OpenKey key;
     const LONG error = FindKeyWith(handle, 0, &key);
-    if (error != ERROR_SUCCESS) {
-        return error;
-    }
-    return subkey ? StoreRegion->DeleteKey(key.Reference, subkey) : ERROR_INVALID_PARAMETER;
+    return error == ERROR_SUCCESS ? StoreRegion->DeleteKey(key.Reference, subkey) : error;
 }
 
 LONG WINAPI RegCloseKey(HKEY handle) {
@@ -144,8 +129,7 @@ LONG WINAPI RegCloseKey(HKEY handle) {
     return closed ? ERROR_SUCCESS : ERROR_INVALID_HANDLE;
 }
 
-LONG WINAPI RegQueryValueExW(HKEY handle, LPCWSTR name, LPDWORD reserved, LPDWORD type, LPBYTE data,
-                             LPDWORD size) {
+LONG WINAPI RegQueryValueExW(HKEY handle, LPCWSTR name, LPDWORD, LPDWORD type, LPBYTE data, LPDWORD size) {
     if (CallFails("RegQueryValueExW")) {
         return ERROR_ACCESS_DENIED;
     }
@@ -154,14 +138,10 @@ LONG WINAPI RegQueryValueExW(HKEY handle, LPCWSTR name, LPDWORD reserved, LPDWOR
     if (error != ERROR_SUCCESS) {
         return error;
     }
-    if (reserved || (data && !size)) {
-        return ERROR_INVALID_PARAMETER;
-    }
     return StoreRegion->QueryValue(key.Reference, View(name), {type, data, size});
 }
 
-LONG WINAPI RegSetValueExW(HKEY handle, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data,
-                           DWORD size) {
+LONG WINAPI RegSetValueExW(HKEY handle, LPCWSTR name, DWORD, DWORD type, const BYTE* data, DWORD size) {
     if (CallFails("RegSetValueExW")) {
         return ERROR_ACCESS_DENIED;
     }
@@ -169,9 +149,6 @@ LONG WINAPI RegSetValueExW(HKEY handle, LPCWSTR name, DWORD reserved, DWORD type
     const LONG error = FindKeyWith(handle, KEY_SET_VALUE, &key);
     if (error != ERROR_SUCCESS) {
         return error;
-    }
-    if (reserved || (!data && size > 0)) {
-        return ERROR_INVALID_PARAMETER;
     }
     return StoreRegion->SetValue(key.Reference, View(name), type, data, size);
 }

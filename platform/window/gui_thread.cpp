@@ -48,17 +48,4 @@ std::shared_ptr<MessageQueue> FindMessageQueue(DWORD thread) {
     return found == queues.ByThread.end() ? nullptr : found->second;
 }
 
-int TimerCount() {
-    std::map<DWORD, std::shared_ptr<MessageQueue>> queues;
-    {
-        const std::lock_guard hold(AllQueues().Lock);
-        queues = AllQueues().ByThread;
-    }
-    int count = 0;
-    for (const auto& [thread, queue] : queues) {
-        count += queue->TimerCount();
-    }
-    return count;
-}
-
 }  // namespace platform

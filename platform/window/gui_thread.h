@@ -21,14 +21,9 @@ struct GuiThread {
     const std::shared_ptr<MessageQueue> Queue;
 
     HWND Focus = nullptr;
-    HWND Active = nullptr;
     HWND Capture = nullptr;
     HCURSOR Cursor = nullptr;
-    std::array<BYTE, 256> Keys{};  // by virtual key: 0x80 while down, 0x01 toggled
-
-    HMENU OpenMenu = nullptr;  // while TrackPopupMenu runs
-
-    POINT MessagePosition{};  // of the message taken last
+    std::array<BYTE, 256> Keys{};  // by virtual key: 0x80 while down
 };
 
 // The calling thread's, made at the first call.

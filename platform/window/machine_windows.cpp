@@ -1,9 +1,8 @@
 #include "platform/window/machine_windows.h"
 
-#include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 #include "platform/machine.h"
@@ -15,50 +14,28 @@ namespace {
 
 constexpr size_t MaximumWindows = 64;
 constexpr size_t TitleLength = 128;
-constexpr size_t ClassLength = 64;
 constexpr uint32_t MailLength = 16;
 constexpr std::chrono::milliseconds AnswerPollInterval{1};
-
-// A text cut to its room.
-template <size_t Length>
-struct FixedText {
-    WCHAR Letters[Length];
-
-    void Set(std::u16string_view text) {
-        const std::u16string_view cut = text.substr(0, Length - 1);
-        cut.copy(Letters, cut.size());
-        Letters[cut.size()] = 0;
-    }
-    std::u16string_view View() const { return Letters; }
-};
 
 struct Record {
     ProcessIdentity Process;  // Id 0: a free place
     uint64_t Window;
     DWORD Thread;
-    uint64_t Order;  // the greater the further in front
-    bool TopMost;
-    MachineWindowState State;
-    FixedText<TitleLength> Title;
-    FixedText<ClassLength> ClassName;
-    WindowRequest Mail[MailLength];
-    uint32_t MailPut;    // requests so far; the last MailPut - MailTaken of them are in Mail
-    uint32_t MailTaken;  // of them, those begun
-    uint32_t MailDone;   // of those, how many have been carried out
+    bool Iconic;
+    WCHAR Title[TitleLength];  // cut to its room
+    int Mail[MailLength];      // commands of ShowWindow
+    uint32_t MailPut;          // so far; the last MailPut - MailTaken of them are in Mail
+    uint32_t MailTaken;        // of them, those begun
+    uint32_t MailDone;         // of those, how many have been carried out
 
     HWND Handle() const { return reinterpret_cast<HWND>(Window); }
 };
 
 struct Table {
     SharedMutex Lock;  // guards the rest
-    uint64_t FrontOrder;
-    uint64_t BackOrder;
     Record Records[MaximumWindows];
 
-    void Initialize() {
-        Lock.Initialize();
-        FrontOrder = BackOrder = UINT64_MAX / 2;
-    }
+    void Initialize() { Lock.Initialize(); }
 
     Record* Find(HWND window) {
         for (Record& record : Records) {
@@ -77,19 +54,6 @@ struct Table {
         }
         return nullptr;
     }
-
-    template <typename Predicate>
-    Record* Front(const Predicate& wanted) {
-        Record* front = nullptr;
-        for (Record& record : Records) {
-            const bool further =
-                !front || std::pair(record.TopMost, record.Order) > std::pair(front->TopMost, front->Order);
-            if (record.Process.Id != 0 && further && wanted(record) && IsAlive(record.Process)) {
-                front = &record;
-            }
-        }
-        return front;
-    }
 };
 
 constexpr MachineRegion<Table> TableRegion("windows");
@@ -102,7 +66,7 @@ bool IsOfCallingThread(const Record& record) {
 }
 
 // Takes the oldest request to a window of the calling thread.
-std::optional<WindowRequest> TakeRequest(HWND* window) {
+std::optional<int> TakeRequest(HWND* window) {
     const std::lock_guard hold(TableRegion->Lock);
     for (Record& record : TableRegion->Records) {
         if (record.MailPut != record.MailTaken && IsOfCallingThread(record)) {
@@ -113,110 +77,67 @@ std::optional<WindowRequest> TakeRequest(HWND* window) {
     return std::nullopt;
 }
 
-void NoteDone(HWND window) {
+// Calls `change` for the window's record, with the lock held.
+template <typename Change>
+void ForRecord(HWND window, const Change& change) {
     const std::lock_guard hold(TableRegion->Lock);
     if (Record* record = TableRegion->Find(window)) {
-        ++record->MailDone;
-    }
-}
-
-void CarryOut(HWND window, const WindowRequest& request) {
-    switch (request.What) {
-    case WindowRequest::Kind::Post:
-        PostMessageW(window, request.Message, static_cast<WPARAM>(request.First),
-                     static_cast<LPARAM>(request.Second));
-        break;
-    case WindowRequest::Kind::Show:
-        ShowWindow(window, static_cast<int>(request.First));
-        break;
-    case WindowRequest::Kind::Place:
-        SetWindowPos(window, reinterpret_cast<HWND>(request.First), request.Place[0], request.Place[1],
-                     request.Place[2], request.Place[3], request.PlaceFlags);
-        break;
+        change(*record);
     }
 }
 
 }  // namespace
 
-bool EnterMachineWindow(HWND window, DWORD thread, std::u16string_view className, std::u16string_view title) {
+bool EnterMachineWindow(HWND window, DWORD thread) {
     const std::lock_guard hold(TableRegion->Lock);
     Record* const record = TableRegion->FreePlace();
     if (!record) {
         return false;
     }
+    *record = {};
     record->Process = CurrentProcess();
     record->Window = reinterpret_cast<uint64_t>(window);
     record->Thread = thread;
-    record->Order = ++TableRegion->FrontOrder;
-    record->TopMost = false;
-    record->State = {};
-    record->Title.Set(title);
-    record->ClassName.Set(className);
-    record->MailPut = record->MailTaken = record->MailDone = 0;
     ++ownWindows;
     return true;
 }
 
 void LeaveMachineWindow(HWND window) {
-    const std::lock_guard hold(TableRegion->Lock);
-    if (Record* record = TableRegion->Find(window)) {
-        record->Process = {};
+    ForRecord(window, [](Record& record) {
+        record.Process = {};
         --ownWindows;
-    }
+    });
 }
 
 void SetMachineWindowTitle(HWND window, std::u16string_view title) {
-    const std::lock_guard hold(TableRegion->Lock);
-    if (Record* record = TableRegion->Find(window)) {
-        record->Title.Set(title);
-    }
-}
-
-void SetMachineWindowState(HWND window, const MachineWindowState& state) {
-    const std::lock_guard hold(TableRegion->Lock);
-    if (Record* record = TableRegion->Find(window)) {
-        record->State = state;
-    }
-}
-
-void OrderMachineWindow(HWND window, HWND after) {
-    const std::lock_guard hold(TableRegion->Lock);
-    Record* const record = TableRegion->Find(window);
-    if (!record) {
-        return;
-    }
-    if (after == HWND_BOTTOM) {
-        record->TopMost = false;
-        record->Order = --TableRegion->BackOrder;
-    } else if (after == HWND_TOP || after == HWND_TOPMOST || after == HWND_NOTOPMOST) {
-        record->TopMost = after == HWND_TOPMOST || (record->TopMost && after == HWND_TOP);
-        record->Order = ++TableRegion->FrontOrder;
-    }
-}
-
-HWND FrontMachineWindow() {
-    const std::lock_guard hold(TableRegion->Lock);
-    const Record* const front = TableRegion->Front([](const Record& record) { return record.State.Visible; });
-    return front ? front->Handle() : nullptr;
-}
-
-HWND FindMachineWindow(std::optional<std::u16string_view> className,
-                       std::optional<std::u16string_view> title) {
-    const std::lock_guard hold(TableRegion->Lock);
-    const Record* const found = TableRegion->Front([&](const Record& record) {
-        return (!className || CompareIgnoringCase(record.ClassName.View(), *className) == 0) &&
-               (!title || CompareIgnoringCase(record.Title.View(), *title) == 0);
+    ForRecord(window, [title](Record& record) {
+        const size_t length = title.copy(record.Title, TitleLength - 1);
+        record.Title[length] = 0;
     });
-    return found ? found->Handle() : nullptr;
 }
 
-std::optional<MachineWindowState> FindMachineWindowState(HWND window) {
+void SetMachineWindowIconic(HWND window, bool iconic) {
+    ForRecord(window, [iconic](Record& record) { record.Iconic = iconic; });
+}
+
+HWND FindMachineWindow(std::u16string_view title) {
     const std::lock_guard hold(TableRegion->Lock);
-    const Record* const record = TableRegion->Find(window);
-    return record ? std::optional(record->State) : std::nullopt;
+    for (const Record& record : TableRegion->Records) {
+        if (record.Process.Id != 0 && CompareIgnoringCase(record.Title, title) == 0 &&
+            IsAlive(record.Process)) {
+            return record.Handle();
+        }
+    }
+    return nullptr;
 }
 
-bool AskMachineWindow(HWND window, const WindowRequest& request) {
+bool IsMachineWindowIconic(HWND window) {
+    bool iconic = false;
+    ForRecord(window, [&iconic](const Record& record) { iconic = record.Iconic; });
+    return iconic;
+}
+
+bool ShowMachineWindow(HWND window, int command) {
     std::optional<uint32_t> number;  // of the request, once there is room for it
     for (;;) {
         {
@@ -226,11 +147,10 @@ bool AskMachineWindow(HWND window, const WindowRequest& request) {
                 return false;
             }
             if (!number && record->MailPut - record->MailTaken < MailLength) {
-                record->Mail[record->MailPut % MailLength] = request;
+                record->Mail[record->MailPut % MailLength] = command;
                 number = ++record->MailPut;
             }
-            const bool done = number && static_cast<int32_t>(record->MailDone - *number) >= 0;
-            if (done || (number && request.What == WindowRequest::Kind::Post)) {
+            if (number && static_cast<int32_t>(record->MailDone - *number) >= 0) {
                 return true;
             }
         }
@@ -243,9 +163,9 @@ bool RunMachineRequests() {
         return false;
     }
     HWND window = nullptr;
-    while (const std::optional<WindowRequest> request = TakeRequest(&window)) {
-        CarryOut(window, *request);
-        NoteDone(window);
+    while (const std::optional<int> command = TakeRequest(&window)) {
+        ShowWindow(window, *command);
+        ForRecord(window, [](Record& record) { ++record.MailDone; });
     }
     return true;
 }

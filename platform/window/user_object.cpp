@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <mutex>
 #include <unordered_map>
-#include <unordered_set>
 
 namespace platform {
 
@@ -14,7 +13,6 @@ constexpr unsigned ProcessShift = 32;
 struct UserHandles {
     std::mutex Lock;  // guards the rest; taken after every other lock but the machine's
     std::unordered_map<void*, std::shared_ptr<UserObject>> Objects;
-    std::unordered_set<void*> Kept;
     uint32_t Last = 0x10010;  // below it lies the desktop's
 };
 
@@ -56,11 +54,6 @@ bool CloseUserHandle(void* handle, UserObjectKind kind) {
     return true;
 }
 
-void KeepUserObject(void* handle) {
-    const std::lock_guard hold(Handles().Lock);
-    Handles().Kept.insert(handle);
-}
-
 std::vector<HWND> WindowHandles() {
     const std::lock_guard hold(Handles().Lock);
     std::vector<HWND> windows;
@@ -76,9 +69,8 @@ int OtherUserObjectCount() {
     UserHandles& handles = Handles();
     const std::lock_guard hold(handles.Lock);
     return static_cast<int>(
-        std::count_if(handles.Objects.begin(), handles.Objects.end(), [&](const auto& entry) {
-            return entry.second->Kind() != UserObjectKind::Window && !handles.Kept.contains(entry.first);
-        }));
+        std::count_if(handles.Objects.begin(), handles.Objects.end(),
+                      [&](const auto& entry) { return entry.second->Kind() != UserObjectKind::Window; }));
 }
 
 DWORD ProcessOfUserHandle(void* handle) {

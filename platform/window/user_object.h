@@ -1,5 +1,5 @@
-// The objects of user32, gdi32 and comctl32 and their handles: windows, menus, cursors, bitmaps, fonts, image
-// lists, property pages. Their handles are not kernel handles; they are values that no other process of the
+// The objects of user32, gdi32 and comctl32 and their handles: windows, menus, cursors, bitmaps, image lists,
+// property pages. Their handles are not kernel handles; they are values that no other process of the
 // machine gives out, and that are not given out a second time.
 #pragma once
 
@@ -10,7 +10,7 @@
 
 namespace platform {
 
-enum class UserObjectKind { Window, Menu, Cursor, Bitmap, Font, ImageList, PropertyPage };
+enum class UserObjectKind { Window, Menu, Cursor, Bitmap, ImageList, PropertyPage };
 
 class UserObject {
 public:
@@ -38,9 +38,6 @@ std::shared_ptr<T> FindUserObject(void* handle) {
 
 // False when there is no such handle of this kind.
 bool CloseUserHandle(void* handle, UserObjectKind kind);
-
-// Leaves an object that the system keeps for ever, such as its own cursors, out of the counts below.
-void KeepUserObject(void* handle);
 
 // The open window handles, and the number of open handles of all other kinds.
 std::vector<HWND> WindowHandles();

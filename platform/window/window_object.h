@@ -16,26 +16,10 @@
 
 namespace platform {
 
-// What a dialog stores besides its DWLP_ words.
-struct DialogState {
-    HFONT Font = nullptr;  // its own; deleted with it
-    LONG UnitWidth = 0;    // dialog base units in pixels
-    LONG UnitHeight = 0;
-    HWND Focus = nullptr;  // where the focus was when the dialog was deactivated
-    UINT DefaultId = 0;    // of the button that Enter presses, 0: none
-    bool Ended = false;    // EndDialog has been called
-    INT_PTR Result = 0;
-};
-
-// A registered window class, shared by its windows.
 struct WindowClass {
-    std::u16string Name;
-    HINSTANCE Module;  // null: of the system
+    LPCWSTR Name;
     WNDPROC Procedure;
-    UINT Style;
     int ExtraBytes;
-    HCURSOR Cursor;
-    ATOM Atom;
 };
 
 class WindowObject : public UserObject {
@@ -45,13 +29,11 @@ public:
     WindowObject() : UserObject(OwnKind) {}
 
     HWND Handle = nullptr;
-    DWORD Thread = 0;  // the one that made it and runs its procedure; 0: the desktop
-    std::shared_ptr<const WindowClass> Class;
-    HINSTANCE Instance = nullptr;
+    DWORD Thread = 0;                    // the one that made it and runs its procedure; 0: the desktop
+    const WindowClass* Class = nullptr;  // null: the desktop
     WNDPROC Procedure = nullptr;
 
     DWORD Style = 0;
-    DWORD ExStyle = 0;
     LONG_PTR Id = 0;
     LONG_PTR UserData = 0;
     std::vector<BYTE> Extra;  // the class's extra bytes
@@ -62,10 +44,10 @@ public:
     std::vector<HWND> Children;  // front to back
 
     RECT Frame{};  // in the client area of the parent
-    bool Destroying = false;
 
-    std::unique_ptr<DialogState> Dialog;
+    UINT DefaultId = 0;  // of a dialog: the button that Enter presses
 
+    bool IsDialog() const { return Class && Class->Procedure == DefDlgProcW; }
     bool IsChild() const { return (Style & (WS_CHILD | WS_POPUP)) == WS_CHILD; }
     bool HasStyle(DWORD bits) const { return (Style & bits) == bits; }
 };
@@ -93,9 +75,6 @@ private:
     WindowObject* window_;
 };
 
-// The top-level window that the window is or lies in; null when there is no such window.
-HWND TopLevelLocked(HWND window);
-HWND TopLevelOf(HWND window);  // the same, taking the lock
 bool IsChildLocked(HWND parent, HWND window);
 
 // Whether a handle is another process's, alive or not.
@@ -104,16 +83,11 @@ bool IsForeignWindow(HWND window);
 // Whether the calling thread made the window.
 bool IsOwnWindow(HWND window);
 
-// How wide the frame of a window of these styles is at each side of its client area.
-RECT FrameInsets(DWORD style, DWORD exStyle);
+// Null, with ERROR_CANNOT_FIND_WND_CLASS as the last error, when there is no class of that name.
+const WindowClass* FindClass(LPCWSTR name);
 
-// Where a window's frame and its client area begin on the screen; {0, 0} for null.
-POINT FrameOriginLocked(HWND window);
-POINT ClientOriginLocked(HWND window);
-
-// The class of that name or atom as this module sees it (null: the program). Null, with
-// ERROR_CANNOT_FIND_WND_CLASS as the last error, when there is none.
-std::shared_ptr<const WindowClass> FindClass(LPCWSTR name, HINSTANCE module);
+// Takes a window out of the tree; its handle goes bad.
+void LeaveLocked(HWND window);
 
 // Removes the windows of a thread that ends. They get no message.
 void DestroyWindowsOfThread(DWORD thread);

@@ -21,18 +21,12 @@ bool ExchangeWord(WindowObject& window, int index, const LONG_PTR* value, LONG_P
     switch (index) {
     case GWL_STYLE:
         return exchange(window.Style);
-    case GWL_EXSTYLE:
-        return exchange(window.ExStyle);
     case GWLP_ID:
         return exchange(window.Id);
     case GWLP_USERDATA:
         return exchange(window.UserData);
     case GWLP_WNDPROC:
         return exchange(window.Procedure);
-    case GWLP_HINSTANCE:
-        return exchange(window.Instance);
-    case GWLP_HWNDPARENT:
-        return exchange(window.IsChild() ? window.Parent : window.Owner);
     default:
         break;
     }
@@ -55,17 +49,6 @@ LONG_PTR Word(HWND window, int index, const LONG_PTR* value) {
     return before;
 }
 
-// WM_STYLECHANGING lets the window change the new style; WM_STYLECHANGED tells it what has been set.
-LONG_PTR SetStyle(HWND window, int index, DWORD style) {
-    STYLESTRUCT change = {static_cast<DWORD>(GetWindowLongPtrW(window, index)), style};
-    const auto which = static_cast<WPARAM>(static_cast<LONG_PTR>(index));
-    SendMessageW(window, WM_STYLECHANGING, which, reinterpret_cast<LPARAM>(&change));
-    const auto value = static_cast<LONG_PTR>(change.styleNew);
-    const LONG_PTR before = Word(window, index, &value);
-    SendMessageW(window, WM_STYLECHANGED, which, reinterpret_cast<LPARAM>(&change));
-    return before;
-}
-
 }  // namespace
 
 }  // namespace platform
@@ -77,23 +60,13 @@ LONG_PTR WINAPI GetWindowLongPtrW(HWND window, int index) {
 }
 
 LONG_PTR WINAPI SetWindowLongPtrW(HWND window, int index, LONG_PTR value) {
-    if (index == GWL_STYLE || index == GWL_EXSTYLE) {
-        return SetStyle(window, index, static_cast<DWORD>(value));
-    }
     return Word(window, index, &value);
 }
 
 int WINAPI GetWindowTextW(HWND window, LPWSTR buffer, int size) {
-    if (!buffer || size <= 0) {
-        return 0;
-    }
     buffer[0] = 0;
     return static_cast<int>(
         SendMessageW(window, WM_GETTEXT, static_cast<WPARAM>(size), reinterpret_cast<LPARAM>(buffer)));
-}
-
-int WINAPI GetWindowTextLengthW(HWND window) {
-    return static_cast<int>(SendMessageW(window, WM_GETTEXTLENGTH, 0, 0));
 }
 
 BOOL WINAPI SetWindowTextW(HWND window, LPCWSTR text) {

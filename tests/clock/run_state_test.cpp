@@ -100,14 +100,17 @@ TEST_F(RunStateTest, ACardThatCannotBeOpenedEndsTheRunAtWhicheverStep) {
                              [](const std::string& line) { return line.find("BIND_HANDLE") != line.npos; });
     };
     WavePlayer player;
-    const auto count = static_cast<unsigned>(opens(Run(player, 2, Rate)));
-    player.Shut();
-    for (unsigned nth = 1; nth <= count; ++nth) {
-        SCOPED_TRACE(nth);
+    for (const UINT device : {0u, 2u}) {  // the master's, a follower's
         UnloadDriver();
-        Load();
-        Fail("BIND_HANDLE", 1 + nth);  // after that of the stream
-        EXPECT_EQ(player.Open(2, PcmFormat(Rate, 2, 16)), MMSYSERR_NODRIVER);
+        const auto count = static_cast<unsigned>(opens(Run(player, device, Rate)));
+        player.Shut();
+        for (unsigned nth = 1; nth <= count; ++nth) {
+            SCOPED_TRACE(testing::Message() << "device " << device << ", open " << nth);
+            UnloadDriver();
+            Load();
+            Fail("BIND_HANDLE", 1 + nth);  // after that of the stream
+            EXPECT_EQ(player.Open(device, PcmFormat(Rate, 2, 16)), MMSYSERR_NODRIVER);
+        }
     }
 }
 

@@ -147,6 +147,39 @@ TEST_F(SheetFrameTest, PageThatWasNeverShownStoresNothing) {
     EXPECT_FALSE(RegistryKeyExists(u"Software\\Zephyr Harmonic Works\\Kestrelvox\\Configuration"));
 }
 
+// The tab key goes from group to group as one reads them, the arrow keys round in a group and not out of it.
+TEST_F(SheetFrameTest, TheKeysReachEveryControl) {
+    const std::vector<int> order[] = {
+        {IDC_NAME, IDC_LEFT, IDC_ADVANCED_MONITORING, IDC_PUNCH_IN, IDC_DITHER, IDC_CHECK_CLOCKS,
+         IDC_PROFESSIONAL, IDC_NON_AUDIO, IDC_PREEMPHASIS},
+        {IDC_FIRST_MIXER_SLIDER, IDC_FIRST_MIXER_SLIDER + 2, IDC_FIRST_MIXER_SLIDER + 8,
+         IDC_FIRST_MIXER_SLIDER + 10},
+        {IDC_PCI_REVISION, IDC_BOARD_REVISION, IDC_FPGA_REVISION, IDC_FPGA_VERSION, IDC_SERIAL_NUMBER},
+        {IDC_CLOCK_TREE},
+        {IDC_ASIO_BUFFER, IDC_EASI_BUFFER},
+    };
+    const Sheet& sheet = Open();
+    for (size_t index = 0; index < std::size(order); ++index) {
+        const HWND page = sheet.Show(index).Window();
+        std::vector<int> reached;
+        const HWND first = GetNextDlgTabItem(page, nullptr, FALSE);
+        for (HWND control = first; reached.empty() || control != first;
+             control = GetNextDlgTabItem(page, control, FALSE)) {
+            reached.push_back(GetDlgCtrlID(control));
+        }
+        EXPECT_EQ(reached, order[index]) << "page " << index;
+    }
+    const HWND page = sheet.Show(0).Window();
+    const int pairs[][2] = {
+        {IDC_LEFT, IDC_RIGHT}, {IDC_PUNCH_IN, IDC_LOCK_TO_PLAYBACK}, {IDC_PROFESSIONAL, IDC_CONSUMER}};
+    for (const auto& [one, other] : pairs) {
+        for (const BOOL back : {FALSE, TRUE}) {
+            EXPECT_EQ(GetDlgCtrlID(GetNextDlgGroupItem(page, GetDlgItem(page, one), back)), other);
+            EXPECT_EQ(GetDlgCtrlID(GetNextDlgGroupItem(page, GetDlgItem(page, other), back)), one);
+        }
+    }
+}
+
 struct PageHelpCase {
     size_t Page;
     ULONG_PTR Context;

@@ -5,7 +5,6 @@
 
 #include "tests/support/driver_library.h"
 #include "tests/support/driver_test.h"
-#include "tests/support/text.h"
 
 namespace {
 
@@ -56,37 +55,6 @@ TEST_F(CapabilitiesTest, AreFilledWholeAndAlikeForEveryCardAndDirection) {
                   Expected(output, name));
         EXPECT_EQ(Bytes(library, &DriverLibrary::WaveIn, device, WIDM_GETDEVCAPS, sizeof input),
                   Expected(input, name));
-    }
-}
-
-TEST_F(CapabilitiesTest, AtMostThirtyCharactersOfTheNameArePassedOn) {
-    struct Case {
-        std::u16string Name;
-        std::u16string Analog;
-        std::u16string Digital;
-    };
-    const std::u16string alphabet = u"abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWX";
-    const Case cases[] = {
-        {alphabet.substr(0, 22), alphabet.substr(0, 22) + u" Analog", alphabet.substr(0, 22) + u" Digital"},
-        {alphabet.substr(0, 23), alphabet.substr(0, 23) + u" Analog", alphabet.substr(0, 23) + u" Digita"},
-        {alphabet.substr(0, 24), alphabet.substr(0, 24) + u" Analo", alphabet.substr(0, 24) + u" Digit"},
-        {alphabet.substr(0, 40), alphabet.substr(0, 30), alphabet.substr(0, 30)},
-        {alphabet, alphabet.substr(0, 30), alphabet.substr(0, 30)},
-        {u"100%s Ω", u"100%s Ω Analog", u"100%s Ω Digital"},
-    };
-    for (const Case& expected : cases) {
-        UnloadDriver();
-        StoreText(0, TEXT("Name"), expected.Name);
-        const DriverLibrary library;
-        WAVEOUTCAPSW output;
-        memset(&output, Untouched, sizeof output);
-        library.WaveOut(0, WODM_GETDEVCAPS, 0, reinterpret_cast<DWORD_PTR>(&output));
-        EXPECT_EQ(Utf16(output.szPname), expected.Analog);
-        EXPECT_EQ(output.szPname[MAXPNAMELEN - 1], 0) << "the field's last place stays empty";
-        WAVEINCAPSW input;
-        memset(&input, Untouched, sizeof input);
-        library.WaveIn(1, WIDM_GETDEVCAPS, 0, reinterpret_cast<DWORD_PTR>(&input));
-        EXPECT_EQ(Utf16(input.szPname), expected.Digital);
     }
 }
 

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <map>
 
-#include "tests/support/system.h"
 #include "tests/support/wave_player.h"
 #include "tests/support/wave_recorder.h"
 #include "tests/support/wave_sound.h"
@@ -155,28 +154,6 @@ TEST_F(SuspendTest, EveryStateOutlastsTheSleep) {
     }
 }
 
-// What the client does while the computer sleeps waits for the morning.
-TEST_F(SuspendTest, BuffersAddedDuringTheSleepAreFilledAfterIt) {
-    const WaveFormat format = PcmFormat(48000, 2, 16);
-    WaveRecorder recorder;
-    ASSERT_EQ(recorder.Open(0, format), MMSYSERR_NOERROR);
-    recorder.Start();
-    Cards().Advance(1000);
-    SendPower(PWR_SUSPENDREQUEST);
-    Cards().PowerCycle(0);
-    for (int i = 0; i < 3; ++i) {
-        ASSERT_EQ(recorder.Add(4000), MMSYSERR_NOERROR);
-    }
-    Cards().Advance(Second);
-    EXPECT_EQ(recorder.DoneCount(), 0u);
-    const std::vector<Frame> signal = NoiseFrames(3000);
-    Cards().PlugIn(0, Port::Analog, InputSignal::Run(signal));
-    SendPower(PWR_CRITICALRESUME);
-    Cards().Advance(Second);
-    EXPECT_TRUE(recorder.Recorded() == ClientBytes(format, signal));
-    EXPECT_EQ(recorder.DoneCount(), 3u);
-}
-
 // What the client asks for during the sleep is what it finds after it.
 TEST_F(SuspendTest, RestartAndPauseDuringTheSleepHoldAfterIt) {
     WavePlayer player;
@@ -198,49 +175,6 @@ TEST_F(SuspendTest, RestartAndPauseDuringTheSleepHoldAfterIt) {
     Cards().Advance(Second);
     EXPECT_EQ(Cards().Played(0, Port::Analog), Sound(format, Pattern(40000)));
     player.ExpectEachReturnedOnce();
-}
-
-// A recording started during the sleep runs after it; one that was reset and closed leaves nothing behind.
-TEST_F(SuspendTest, ResetAndCloseDuringTheSleep) {
-    const WaveFormat format = PcmFormat(96000, 1, 16);
-    WaveRecorder recorder;
-    ASSERT_EQ(recorder.Open(2, format), MMSYSERR_NOERROR);
-    ASSERT_EQ(recorder.Add(40000), MMSYSERR_NOERROR);
-    recorder.Start();
-    Cards().Advance(1000);
-    Sleep();
-    EXPECT_EQ(recorder.Reset(), MMSYSERR_NOERROR);
-    EXPECT_EQ(recorder.Close(), MMSYSERR_NOERROR);
-    EXPECT_EQ(recorder.DoneCount(0), 1u);
-    EXPECT_EQ(SendPower(PWR_SUSPENDRESUME), 1);
-    ASSERT_EQ(recorder.Open(2, format), MMSYSERR_NOERROR);
-    ASSERT_EQ(recorder.Add(400), MMSYSERR_NOERROR);
-    Sleep();
-    EXPECT_EQ(SendPower(PWR_SUSPENDRESUME), 1);
-    Cards().Advance(Second);
-    EXPECT_FALSE(Cards().Input(1, Port::Analog).Started) << "it was not recording";
-    recorder.Start();
-    Cards().Advance(Second);
-    EXPECT_EQ(recorder.DoneCount(1), 1u);
-}
-
-TEST_F(SuspendTest, APlaybackOutlastsItsClock) {
-    StoreSetting(0, TEXT("ClockSource"), 96);
-    UnloadDriver();
-    const WaveFormat format = PcmFormat(96000, 1, 24);
-    const std::vector<BYTE> data = Pattern(96000 * 3);
-    WavePlayer player;
-    ASSERT_EQ(player.Open(0, format), MMSYSERR_NOERROR);
-    ASSERT_EQ(player.Write(data), MMSYSERR_NOERROR);
-    Cards().Advance(Second / 10);
-    Cards().SetClockBroken(0, 0x60, true);
-    Sleep();
-    EXPECT_EQ(SendPower(PWR_SUSPENDRESUME), 1);
-    EXPECT_EQ(Cards().SampleRate(0), 96000u);
-    Cards().Advance(2 * Second);
-    EXPECT_TRUE(Cards().Played(0, Port::Analog) == Sound(format, data));
-    EXPECT_EQ(player.DoneCount(), 1u);
-    EXPECT_EQ(test_system::EventLog().size(), 1u) << "the clock's failure is logged";
 }
 
 TEST_F(SuspendTest, AResumeWithoutStreamsInitialisesEveryEnabledCard) {

@@ -4,16 +4,15 @@
 //
 // A failing one is run again alone by its name:
 //   KESTVOX_INTERLEAVING="one-output/playing/pause@3-before/close" kestvox_tests
-//   --gtest_filter='Interleaving*'
+//   --gtest_filter='*Interleaving*'
 // The beginning of a name runs all that begin so.
 #pragma once
 
-#include <map>
 #include <string>
 #include <vector>
 
-#include "tests/interleaving/deadline.h"
-#include "tests/interleaving/side.h"
+#include "tests/interleaving/scene.h"
+#include "tests/reliability/stride.h"
 
 namespace interleaving {
 
@@ -24,7 +23,7 @@ struct Script {
     Start From;
     std::vector<Act> Acts;
     size_t InCallback = Nobody;  // which act is done by the client, in the callback of the first stream
-    int64_t Pause = 1000;        // microseconds that pass after each message
+    int64_t Pause = Scene::Millisecond;  // that passes after each message
 };
 
 // Whether the environment variable KESTVOX_INTERLEAVINGS asks for it: "all" places where a message can be
@@ -32,16 +31,10 @@ struct Script {
 // besides.
 bool IsAskedFor(const std::string& what);
 
-// One of those that an act consists of.
-struct SingleMessage {
-    size_t Act;
-    Message What;
-};
-
 class Explorer {
 public:
-    // One side for each program of the setting.
-    Explorer(const Setting& setting, std::vector<Side*> sides);
+    // One side for each program of the setting. Of the scripts, those of the piece are explored.
+    Explorer(const Setting& setting, std::vector<Line> sides, Piece piece);
     ~Explorer();
     Explorer(const Explorer&) = delete;
     Explorer& operator=(const Explorer&) = delete;
@@ -49,55 +42,33 @@ public:
     void Explore(const Script& script);
 
 private:
-    struct Held {
-        HoldPoint Point;
-        bool Met;           // its thread came to that request
-        unsigned Requests;  // of the first act
+    // One of the messages that an act consists of.
+    struct SingleMessage {
+        size_t Act;
+        Message What;
     };
+    static std::vector<std::vector<SingleMessage>> Orders(const Script& script);
 
     bool IsAskedForByName(const Script& script) const;
     std::string Recipe(const Script& script, const std::string& place) const;
     std::vector<std::string> SerialOutcomes(const Script& script, unsigned* requests);
-    bool RunHeld(const Script& script, const HoldPoint& point, const std::vector<std::string>& serial);
+    void RunHeld(const Script& script, const HoldPoint& point, const std::vector<std::string>& serial);
 
-    void Prepare(Start from);
-    void PrepareStream(unsigned stream, Start from);
-    std::string Outcome(const Script& script, const std::vector<int64_t>& answers);
-    std::string Snapshot(bool buffers);
+    void Begin(const Script& script, size_t act, Message message, HoldPoint point);
     std::vector<int64_t> SendInTurn(const Script& script, const std::vector<SingleMessage>& order,
                                     unsigned* requests);
-    std::vector<int64_t> SendHeld(const Script& script, Held& held);
-
-    // What must be so whatever went before. Each notes what is wrong.
-    void AfterFree(const Script& script);
-    std::string WakeUp(const Script& script);
-    void ExpectRestart();
-    void ExpectAllBack();
-    void ExpectFreshStart();
-    void ExpectEnd();
-    void ExpectAnotherRate();
-
+    std::vector<int64_t> SendHeld(const Script& script, const HoldPoint& point, bool* met);
+    std::string Outcome(const Script& script, const std::vector<int64_t>& answers);
     bool Verdict(const std::string& recipe, const std::string& outcome,
                  const std::vector<std::string>& serial);
-    void Fault(const std::string& what);
-    std::vector<uint64_t> MovedIn(int64_t microseconds);
-    Side& OwnerOf(unsigned stream) { return *sides_[setting_.Streams[stream].Program]; }
-    bool IsOpen(unsigned stream) { return OwnerOf(stream).Do(Step::IsOpen, stream) != 0; }
-    int64_t Send(Message message, unsigned stream) {
-        return OwnerOf(stream).Do(Step::Send, static_cast<int64_t>(message), stream);
-    }
-    void Advance(int64_t microseconds);
-    bool HasReleased(const Side& side);
     bool IsEnough() const;
-    void Join();
-    void Leave();
+    Line& SideOf(const Script& script, size_t act) { return scene_.SideOf(script.Acts[act].Program); }
 
     const Setting setting_;
-    const std::vector<Side*> sides_;
+    Scene scene_;
+    const Piece piece_;
     const std::string filter_;
     const bool thorough_;
-    Deadline deadline_;
-    std::vector<std::string> faults_;  // of the interleaving under way
     unsigned findings_ = 0;
     unsigned long run_ = 0;
     unsigned scripts_ = 0;

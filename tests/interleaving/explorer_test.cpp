@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
+#include <ostream>
+
 namespace interleaving {
 namespace {
 
@@ -17,36 +20,26 @@ const Setting TwoOutputs{"two-outputs", 1, false, false, {AnalogOut, DigitalOut}
 const Setting LinkedCards{"linked-cards", 2, true, false, {AnalogOut, FollowerOut}};
 const Setting LockedInput{"locked-input", 1, false, true, {AnalogOut, AnalogIn}};
 
-constexpr Message OfOutput[] = {Message::Write, Message::Start,    Message::Stop,
-                                Message::Break, Message::Reset,    Message::Close,
-                                Message::Shut,  Message::Position, Message::Volume};
-constexpr Message OfInput[] = {Message::Write, Message::Start, Message::Stop,    Message::Reset,
-                               Message::Close, Message::Shut,  Message::Position};
-constexpr Message OfDriver[] = {Message::Suspend, Message::Resume, Message::Free, Message::SoftReset};
+using Acts = std::vector<Act>;
 
-std::vector<Act> ActsOf(const Setting& setting, unsigned stream) {
-    std::vector<Act> acts;
-    if (setting.Streams[stream].Output) {
-        for (const Message message : OfOutput) {
-            acts.push_back({message, stream});
-        }
-    } else {
-        for (const Message message : OfInput) {
-            acts.push_back({message, stream});
-        }
+Acts ActsOf(unsigned stream, std::initializer_list<Message> messages) {
+    Acts acts;
+    for (const Message message : messages) {
+        acts.push_back({message, stream});
     }
     return acts;
 }
 
-std::vector<Act> DriverActs() {
-    std::vector<Act> acts;
-    for (const Message message : OfDriver) {
-        acts.push_back({message, 0});
-    }
-    return acts;
+Acts ActsOf(const Setting& setting, unsigned stream) {
+    using enum Message;
+    return setting.Streams[stream].Output
+               ? ActsOf(stream, {Write, Start, Stop, Break, Reset, Close, Shut, Position, Volume})
+               : ActsOf(stream, {Write, Start, Stop, Reset, Close, Shut, Position});
 }
 
-std::vector<Act> Together(std::vector<Act> acts, const std::vector<Act>& more) {
+const Acts OfDriver = ActsOf(0, {Message::Suspend, Message::Resume, Message::Free, Message::SoftReset});
+
+Acts operator+(Acts acts, const Acts& more) {
     acts.insert(acts.end(), more.begin(), more.end());
     return acts;
 }
@@ -66,8 +59,7 @@ bool MayFollow(const Act& held, const Act& other) {
     return held.What != Message::Free || (IsOfDriver(other.What) && other.What != Message::SoftReset);
 }
 
-void ExplorePairs(Explorer& explorer, Start from, const std::vector<Act>& held,
-                  const std::vector<Act>& others) {
+void ExplorePairs(Explorer& explorer, Start from, const Acts& held, const Acts& others) {
     for (const Act& first : held) {
         for (const Act& second : others) {
             if (MayFollow(first, second)) {
@@ -77,160 +69,138 @@ void ExplorePairs(Explorer& explorer, Start from, const std::vector<Act>& held,
     }
 }
 
-void ExploreInCallback(Explorer& explorer, const std::vector<Act>& others) {
-    for (const Message message :
-         {Message::Write, Message::Start, Message::Stop, Message::Reset, Message::Shut}) {
-        for (const Act& other : others) {
-            const Act act = {message, 0};
+// --- the sweeps ------------------------------------------------------------------------------------------
+
+void PairsOfOne(Explorer& explorer, const Setting& setting, Start from) {
+    const Acts acts = ActsOf(setting, 0) + OfDriver;
+    ExplorePairs(explorer, from, acts, acts + ActsOf(0, {Message::WriteThree}));
+}
+
+void PairsOfTwo(Explorer& explorer, const Setting& setting, Start from) {
+    const Acts first = ActsOf(setting, 0);
+    const Acts second = ActsOf(setting, 1);
+    ExplorePairs(explorer, from, first, second + OfDriver);
+    ExplorePairs(explorer, from, second, first + OfDriver);
+    ExplorePairs(explorer, from, OfDriver, first + second + OfDriver);
+}
+
+void WakingUp(Explorer& explorer, const Setting&, Start from) {
+    for (const unsigned stream : {0u, 1u}) {
+        ExplorePairs(explorer, from, ActsOf(0, {Message::Resume}),
+                     ActsOf(stream, {Message::Position, Message::Write, Message::Start}));
+    }
+}
+
+void Opening(Explorer& explorer, const Setting& setting, Start from) {
+    const Acts open = ActsOf(1, {Message::Open});
+    const Acts others = ActsOf(setting, 0) + OfDriver;
+    ExplorePairs(explorer, from, open, others + open);
+    ExplorePairs(explorer, from, others, open);
+}
+
+void InCallback(Explorer& explorer, const Setting& setting, Start from) {
+    const auto stream = static_cast<unsigned>(setting.Streams.size() - 1);
+    for (const Act& act :
+         ActsOf(0, {Message::Write, Message::Start, Message::Stop, Message::Reset, Message::Shut})) {
+        for (const Act& other : ActsOf(setting, stream) + OfDriver) {
             if (MayFollow(act, other) && MayFollow(other, act)) {
-                explorer.Explore({Start::Ending, {act, other}, 0});
-                explorer.Explore({Start::Ending, {other, act}, 1});
+                explorer.Explore({from, {act, other}, 0});
+                explorer.Explore({from, {other, act}, 1});
             }
         }
     }
-}
-
-class Interleaving : public testing::TestWithParam<Start> {};
-
-TEST_P(Interleaving, OfOneOutput) {
-    LocalSide side(OneOutput);
-    Explorer explorer(OneOutput, {&side});
-    const std::vector<Act> acts = Together(ActsOf(OneOutput, 0), DriverActs());
-    ExplorePairs(explorer, GetParam(), acts, Together(acts, {{Message::WriteThree, 0}}));
-}
-
-TEST_P(Interleaving, OfOneInput) {
-    LocalSide side(OneInput);
-    Explorer explorer(OneInput, {&side});
-    const std::vector<Act> acts = Together(ActsOf(OneInput, 0), DriverActs());
-    ExplorePairs(explorer, GetParam(), acts, Together(acts, {{Message::WriteThree, 0}}));
-}
-
-constexpr auto NameOfStart = [](const auto& told) { return std::string(NameOf(told.param)); };
-
-INSTANTIATE_TEST_SUITE_P(From, Interleaving,
-                         testing::Values(Start::Fresh, Start::Playing, Start::Paused, Start::Asleep),
-                         NameOfStart);
-
-class InterleavingOfTwo : public testing::TestWithParam<Start> {
-protected:
-    static void Explore(const Setting& setting) {
-        LocalSide side(setting);
-        Explorer explorer(setting, {&side});
-        const std::vector<Act> first = ActsOf(setting, 0);
-        const std::vector<Act> second = ActsOf(setting, 1);
-        if (GetParam() == Start::Dozing) {
-            for (const unsigned stream : {0u, 1u}) {
-                for (const Message message : {Message::Position, Message::Write, Message::Start}) {
-                    explorer.Explore({GetParam(), {{Message::Resume, 0}, {message, stream}}});
-                }
-            }
-            return;
-        }
-        if (GetParam() == Start::Partly) {
-            const std::vector<Act> open = {{Message::Open, 1}};
-            ExplorePairs(explorer, GetParam(), open, Together(Together(first, DriverActs()), open));
-            ExplorePairs(explorer, GetParam(), Together(first, DriverActs()), open);
-            return;
-        }
-        ExplorePairs(explorer, GetParam(), first, Together(second, DriverActs()));
-        ExplorePairs(explorer, GetParam(), second, Together(first, DriverActs()));
-        ExplorePairs(explorer, GetParam(), DriverActs(), Together(Together(first, second), DriverActs()));
-    }
-};
-
-TEST_P(InterleavingOfTwo, StreamsOfACard) {
-    Explore(TwoOutputs);
-}
-
-TEST_P(InterleavingOfTwo, LinkedCards) {
-    Explore(LinkedCards);
-}
-
-TEST_P(InterleavingOfTwo, RecordingLockedToPlayback) {
-    Explore(LockedInput);
-}
-
-INSTANTIATE_TEST_SUITE_P(From, InterleavingOfTwo,
-                         testing::Values(Start::Ready, Start::Playing, Start::Asleep, Start::Dozing,
-                                         Start::Partly),
-                         NameOfStart);
-
-TEST(InterleavingInACallback, OfOneOutput) {
-    LocalSide side(OneOutput);
-    Explorer explorer(OneOutput, {&side});
-    ExploreInCallback(explorer, Together(ActsOf(OneOutput, 0), DriverActs()));
-}
-
-TEST(InterleavingInACallback, OfOneInput) {
-    LocalSide side(OneInput);
-    Explorer explorer(OneInput, {&side});
-    ExploreInCallback(explorer, Together(ActsOf(OneInput, 0), DriverActs()));
-}
-
-TEST(InterleavingInACallback, OfTwoStreamsOfACard) {
-    LocalSide side(TwoOutputs);
-    Explorer explorer(TwoOutputs, {&side});
-    ExploreInCallback(explorer, Together(ActsOf(TwoOutputs, 1), DriverActs()));
 }
 
 // A stream borrows another one's way to a card, that one goes, and a callback acts on the first.
-class InterleavingOfThree : public testing::Test {
-protected:
-    static constexpr int64_t Millisecond = 1000;
-    static constexpr int64_t LongWait = 6000000;  // microseconds, longer than a close waits for anything
+template <int64_t Pause>
+void LentDevice(Explorer& explorer, const Setting&, Start from) {
+    for (const unsigned borrower : {0u, 1u}) {
+        const Act lenderGoes = {Message::Shut, 1 - borrower};
+        for (const Act& held : ActsOf(borrower, {Message::Stop, Message::Start, Message::Shut})) {
+            for (const Act& after : ActsOf(borrower, {Message::Stop, Message::Shut, Message::Write})) {
+                const size_t inCallback = from == Start::Ending ? 2 : Script::Nobody;
+                explorer.Explore({from, {held, lenderGoes, after}, inCallback, Pause});
+            }
+        }
+    }
+}
+constexpr int64_t LongWait = 6000 * Scene::Millisecond;  // longer than a close waits for anything
 
-    static void Explore(const Setting& setting, Start from, size_t inCallback, int64_t pause) {
-        LocalSide side(setting);
-        Explorer explorer(setting, {&side});
-        for (const unsigned borrower : {0u, 1u}) {
-            const unsigned lender = 1 - borrower;
-            for (const Message held : {Message::Stop, Message::Start, Message::Shut}) {
-                for (const Message after : {Message::Stop, Message::Shut, Message::Write}) {
-                    explorer.Explore({from,
-                                      {{held, borrower}, {Message::Shut, lender}, {after, borrower}},
-                                      inCallback,
-                                      pause});
+void Threes(Explorer& explorer, const Setting& setting, Start from) {
+    const Acts acts =
+        ActsOf(setting, 0) + OfDriver + (setting.Streams.size() > 1 ? ActsOf(setting, 1) : Acts());
+    for (const Act& first : acts) {
+        for (const Act& second : acts) {
+            for (const Act& third : acts) {
+                if (MayFollow(first, second) && MayFollow(first, third) && second.What != Message::Free) {
+                    explorer.Explore({from, {first, second, third}});
                 }
             }
         }
     }
+}
+
+struct Sweep {
+    const char* Name;
+    void (*Explore)(Explorer& explorer, const Setting& setting, Start from);
+    std::vector<const Setting*> Settings;
+    std::vector<Start> Starts;
 };
 
-TEST_F(InterleavingOfThree, ADeviceIsLentToOneThatIsHeld) {
-    for (const Setting* setting : {&TwoOutputs, &LinkedCards}) {
-        Explore(*setting, Start::Ready, Script::Nobody, Millisecond);
-        Explore(*setting, Start::Ending, 2, Millisecond);
+const Sweep Sweeps[] = {
+    {"PairsOfOne",
+     PairsOfOne,
+     {&OneOutput, &OneInput},
+     {Start::Fresh, Start::Playing, Start::Paused, Start::Asleep}},
+    {"PairsOfTwo",
+     PairsOfTwo,
+     {&TwoOutputs, &LinkedCards, &LockedInput},
+     {Start::Ready, Start::Playing, Start::Asleep}},
+    {"WakingUp", WakingUp, {&TwoOutputs, &LinkedCards, &LockedInput}, {Start::Dozing}},
+    {"Opening", Opening, {&TwoOutputs, &LinkedCards, &LockedInput}, {Start::Partly}},
+    {"InCallback", InCallback, {&OneOutput, &OneInput, &TwoOutputs}, {Start::Ending}},
+    {"LentDevice",
+     LentDevice<Scene::Millisecond>,
+     {&TwoOutputs, &LinkedCards},
+     {Start::Ready, Start::Ending}},
+    {"LentForLong", LentDevice<LongWait>, {&TwoOutputs}, {Start::Ending}},
+};
+
+void PrintTo(const Sweep& sweep, std::ostream* out) {
+    *out << sweep.Name;
+}
+
+constexpr unsigned Pieces = 12;
+
+class Interleaving : public testing::TestWithParam<std::tuple<Sweep, unsigned>> {};
+
+TEST_P(Interleaving, OfOneProgram) {
+    const auto& [sweep, piece] = GetParam();
+    for (const Setting* setting : sweep.Settings) {
+        for (const Start from : sweep.Starts) {
+            Side side(*setting);
+            Explorer explorer(*setting, {Line(side)}, {piece, Pieces});
+            sweep.Explore(explorer, *setting, from);
+        }
     }
 }
 
-TEST_F(InterleavingOfThree, ADeviceIsLentForLongToOneThatIsHeld) {
-    Explore(TwoOutputs, Start::Ending, 2, LongWait);
-}
+INSTANTIATE_TEST_SUITE_P(Each, Interleaving,
+                         testing::Combine(testing::ValuesIn(Sweeps), testing::Range(0u, Pieces)),
+                         [](const auto& told) {
+                             return std::get<0>(told.param).Name + std::to_string(std::get<1>(told.param));
+                         });
 
 // Takes long: KESTVOX_INTERLEAVINGS=three.
-TEST_F(InterleavingOfThree, Messages) {
+TEST(InterleavingOfThree, Messages) {
     if (!IsAskedFor("three")) {
         GTEST_SKIP() << "KESTVOX_INTERLEAVINGS is not \"three\"";
     }
     for (const Setting* setting : {&OneOutput, &OneInput, &TwoOutputs, &LinkedCards, &LockedInput}) {
-        LocalSide side(*setting);
-        Explorer explorer(*setting, {&side});
-        std::vector<Act> acts = Together(ActsOf(*setting, 0), DriverActs());
-        if (setting->Streams.size() > 1) {
-            acts = Together(acts, ActsOf(*setting, 1));
-        }
         for (const Start from : {Start::Playing, Start::Asleep}) {
-            for (const Act& first : acts) {
-                for (const Act& second : acts) {
-                    for (const Act& third : acts) {
-                        if (MayFollow(first, second) && MayFollow(first, third) &&
-                            second.What != Message::Free) {
-                            explorer.Explore({from, {first, second, third}});
-                        }
-                    }
-                }
-            }
+            Side side(*setting);
+            Explorer explorer(*setting, {Line(side)}, {0, 1});
+            Threes(explorer, *setting, from);
         }
     }
 }

@@ -1,9 +1,13 @@
 // One program's part of an interleaving, told step by step what to do: the test's own process or another one.
 #pragma once
 
+#include <array>
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "simulator/requests/request_hold.h"
@@ -15,81 +19,63 @@
 
 namespace interleaving {
 
-// Each answers a number; those that tell of nothing answer 0.
-enum class Step {
-    Join,                // the cards, and the driver loaded; `a` 1 on a machine of other programs, too
-    Leave,               // unloads; answers what was left behind, below
-    Reload,              // after DRV_FREE: Leave, and the driver loaded anew
-    Renew,               // the streams are as if they had never been
-    Send,                // message `a` to stream `b`, on the calling thread; its answer
-    Open,                // stream `a` at rate `b`
-    Hand,                // stream `a` a header of length `b`, `c` loop flags, `d` loops
-    Begin,               // on thread `a`: the act (message `b`, stream `c`), held as `d` says (HoldCode)
-    AwaitHeld,           // thread `a`: 1 held, 0 it has ended
-    LetGo,               // thread `a`
-    AwaitDoneOrWaiting,  // thread `a`: 1 done, 0 waiting
-    Await,               // thread `a`: the act's answer
-    Requests,            // thread `a`: how many requests the act made
-    IsOpen,              // stream `a`
-    Away,                // headers of stream `a`
-    Misreturned,         // headers of stream `a`
-    Advance,             // by `a` microseconds
-    PowerCycle,          // every card, as the computer sleeps
-    Leftovers,           // what was taken since the driver was loaded and not given back, below
-    Elsewhere,           // a thread of another program is held (1), or no more (0)
-    End,
-};
-
-// What Leave and Leftovers find.
 enum Leftover : int64_t { NothingLeft = 0, FilesOpen = 1, MemoryOrHandles = 2 };
 
-inline constexpr unsigned Threads = 3;  // that messages are sent on
-
+// Where an act is held, as one number.
 struct HoldPoint {
-    unsigned Nth = 0;
-    simulator::RequestHold::Where Where = simulator::RequestHold::Where::Before;
+    unsigned Nth = 0;  // request; 0: nowhere
+    bool After = false;
     bool InCallback = false;  // the act is done by the client's callback for the stream's next header
 
-    int64_t Code() const {
-        return Nth * 4 + (Where == simulator::RequestHold::Where::After ? 2 : 0) + (InCallback ? 1 : 0);
-    }
+    int64_t Code() const { return Nth * 4 + (After ? 2 : 0) + (InCallback ? 1 : 0); }
     static HoldPoint Of(int64_t code) {
-        return {
-            static_cast<unsigned>(code / 4),
-            (code & 2) != 0 ? simulator::RequestHold::Where::After : simulator::RequestHold::Where::Before,
-            (code & 1) != 0};
+        return {static_cast<unsigned>(code / 4), (code & 2) != 0, (code & 1) != 0};
     }
 };
 
+// The steps. Each answers a number; those that tell of nothing answer 0.
 class Side {
 public:
-    virtual ~Side() = default;
-    virtual int64_t Do(Step step, int64_t a = 0, int64_t b = 0, int64_t c = 0, int64_t d = 0) = 0;
-};
+    explicit Side(const Setting& setting) : setting_(setting) {}
 
-class LocalSide final : public Side {
-public:
-    explicit LocalSide(const Setting& setting) : setting_(setting) {}
+    int64_t Join(bool shared);  // the cards, and the driver loaded; on a machine of other programs, too
+    int64_t Leave();            // unloads; answers what was left behind
+    int64_t Reload();           // after DRV_FREE: Leave, and the driver loaded anew
+    int64_t Renew();            // the streams are as if they had never been
+    int64_t Send(Message message, unsigned stream);
+    int64_t Open(unsigned stream, DWORD rate) { return streams_[stream]->Open(rate); }
+    int64_t Hand(unsigned stream, DWORD length, DWORD flags, DWORD loops) {
+        return streams_[stream]->Write(length, flags, loops);
+    }
 
-    int64_t Do(Step step, int64_t a, int64_t b, int64_t c, int64_t d) override;
+    // An act, on a thread of its own.
+    int64_t Begin(unsigned thread, Message message, unsigned stream, int64_t holdCode);
+    int64_t AwaitHeld(unsigned thread);                                             // 1 held, 0 it has ended
+    int64_t LetGo(unsigned thread);                                                 // ... that is held
+    int64_t AwaitDoneOrWaiting(unsigned thread);                                    // 1 done, 0 waiting
+    int64_t Await(unsigned thread);                                                 // its answer
+    int64_t Requests(unsigned thread) { return actors_[thread].Hold->Requests(); }  // that it made
+
+    int64_t IsOpen(unsigned stream) { return streams_[stream]->IsOpen() ? 1 : 0; }
+    int64_t Away(unsigned stream) { return streams_[stream]->Away(); }                // headers
+    int64_t Misreturned(unsigned stream) { return streams_[stream]->Misreturned(); }  // headers
+    int64_t Advance(int64_t microseconds);
+    int64_t PowerCycle();  // every card, as the computer sleeps
+    int64_t Leftovers() { return LeftoversOver(loaded_); }
+    int64_t Elsewhere(bool held);  // whether a thread of another program is held
 
 private:
     // A thread, and the act that is under way on it.
     struct Actor {
-        Worker Thread;
         std::optional<simulator::RequestHold> Hold;
-        std::atomic<MMRESULT> Answer = 0;
+        std::atomic<int64_t> Answer = 0;
+        Worker Thread;
     };
 
-    void Join(bool shared);
     void Load();
     int64_t Unload();
     int64_t LeftoversOver(const std::string& usage);
-    MMRESULT Send(Message message, unsigned stream);
-    MMRESULT Free();
-    void Begin(Actor& actor, Message message, unsigned stream, HoldPoint hold);
-    void BeginInCallback(Actor& actor, Message message, unsigned stream);
-    int64_t Await(Actor& actor);
+    int64_t Free();
 
     const Setting setting_;
     std::unique_ptr<simulator::Simulator> cards_;
@@ -99,23 +85,42 @@ private:
     std::string loaded_;
     std::vector<std::unique_ptr<Stream>> streams_;
     std::optional<simulator::RequestHold::Elsewhere> elsewhere_;
-    Actor actors_[Threads];
+    std::array<Actor, 3> actors_;
 };
 
-// The part of a companion, which runs ServeSide.
-class RemoteSide final : public Side {
+// The way to a side: line.Do<&Side::Open>(stream, rate).
+class Line {
 public:
-    explicit RemoteSide(Companion& companion) : companion_(companion) {}
-    ~RemoteSide() override { Do(Step::End, 0, 0, 0, 0); }
-    RemoteSide(const RemoteSide&) = delete;
-    RemoteSide& operator=(const RemoteSide&) = delete;
+    explicit Line(Side& here) : side_(&here) {}
+    // The companion runs Serve.
+    explicit Line(Companion& there) : companion_(&there) {}
 
-    int64_t Do(Step step, int64_t a, int64_t b, int64_t c, int64_t d) override;
+    template <auto Step, typename... Arguments>
+    int64_t Do(Arguments... arguments) {
+        return Run(Call<Step>, {static_cast<int64_t>(arguments)...});
+    }
+
+    static void Serve(Companion& test, Side& side);
 
 private:
-    Companion& companion_;
-};
+    using Numbers = std::array<int64_t, 4>;
+    using Action = int64_t (*)(Side& side, const Numbers& arguments);
 
-void ServeSide(Companion& test, Side& side);
+    template <auto Step>
+    static int64_t Call(Side& side, const Numbers& arguments) {
+        return Apply(side, Step, arguments);
+    }
+    template <typename... Parameters>
+    static int64_t Apply(Side& side, int64_t (Side::*step)(Parameters...), const Numbers& arguments) {
+        const auto run = [&]<size_t... Places>(std::index_sequence<Places...>) {
+            return (side.*step)(static_cast<Parameters>(arguments[Places])...);
+        };
+        return run(std::index_sequence_for<Parameters...>());
+    }
+    int64_t Run(Action action, const Numbers& arguments);
+
+    Side* side_ = nullptr;
+    Companion* companion_ = nullptr;
+};
 
 }  // namespace interleaving

@@ -1,5 +1,7 @@
 #include "tests/interleaving/stream.h"
 
+#include <algorithm>
+
 #include "tests/support/wave_formats.h"
 
 namespace interleaving {
@@ -122,22 +124,10 @@ void Stream::Forget() {
     }
 }
 
-unsigned Stream::Away() {
+unsigned Stream::Count(bool (*wanted)(int away)) {
     const std::lock_guard guard(lock_);
-    unsigned away = 0;
-    for (const auto& header : headers_) {
-        away += header->Away > 0 ? 1 : 0;
-    }
-    return away;
-}
-
-unsigned Stream::Misreturned() {
-    const std::lock_guard guard(lock_);
-    unsigned wrong = 0;
-    for (const auto& header : headers_) {
-        wrong += header->Away < 0 ? 1 : 0;
-    }
-    return wrong;
+    return static_cast<unsigned>(std::count_if(headers_.begin(), headers_.end(),
+                                               [&](const auto& header) { return wanted(header->Away); }));
 }
 
 void Stream::Returned(WAVEHDR* header) {

@@ -24,7 +24,6 @@ public:
     Stream(const Stream&) = delete;
     Stream& operator=(const Stream&) = delete;
 
-    const StreamPlan& Plan() const { return plan_; }
     bool IsOpen() const { return user_ != 0; }
 
     // On any thread, as the message is sent; a stream that is closed, or is being closed, is not sent
@@ -40,8 +39,13 @@ public:
     void Orphan() { user_ = 0; }
     void Forget();
 
-    unsigned Away();         // headers that the driver has
-    unsigned Misreturned();  // that came back twice, or though they were refused
+    // Headers that the driver has, and those that came back twice, or though they were refused.
+    unsigned Away() {
+        return Count([](int away) { return away > 0; });
+    }
+    unsigned Misreturned() {
+        return Count([](int away) { return away < 0; });
+    }
 
     static constexpr DWORD LongHeader = 15 * Rate;  // bytes of a header that does not end by itself meanwhile
 
@@ -53,6 +57,7 @@ private:
 
     MMRESULT Tell(UINT output, UINT input, DWORD_PTR first = 0, DWORD_PTR second = 0);
     MMRESULT Close();
+    unsigned Count(bool (*wanted)(int away));
     void Returned(WAVEHDR* header);
     static void CALLBACK Callback(HDRVR device, UINT message, DWORD_PTR instance, DWORD_PTR first,
                                   DWORD_PTR second);

@@ -7,23 +7,16 @@
 namespace interleaving {
 namespace {
 
-const Setting OneCard{"programs-on-a-card",
-                      1,
-                      false,
-                      false,
-                      {{.Output = true, .Card = 0, .Port = 0, .Program = 0},
-                       {.Output = true, .Card = 0, .Port = 1, .Program = 1}}};
-const Setting LinkedCards{"programs-on-linked-cards",
-                          2,
-                          true,
-                          false,
-                          {{.Output = true, .Card = 0, .Port = 0, .Program = 0},
-                           {.Output = true, .Card = 1, .Port = 0, .Program = 1}}};
+constexpr StreamPlan Here{.Output = true, .Card = 0, .Port = 0, .Program = 0};
+const Setting OneCard{
+    "programs-on-a-card", 1, false, false, {Here, {.Output = true, .Card = 0, .Port = 1, .Program = 1}}};
+const Setting LinkedCards{
+    "programs-on-linked-cards", 2, true, false, {Here, {.Output = true, .Card = 1, .Port = 0, .Program = 1}}};
 
 template <const Setting& TheSetting>
 void BeTheOther(Companion& test) {
-    LocalSide side(TheSetting);
-    ServeSide(test, side);
+    Side side(TheSetting);
+    Line::Serve(test, side);
 }
 
 // The system tells every program of a sleep and of its end: no program resumes but from one.
@@ -37,40 +30,30 @@ std::vector<Act> ActsOf(unsigned program, Start from) {
     return acts;
 }
 
-void ExplorePairs(Explorer& explorer, Start from, const std::vector<Act>& held,
-                  const std::vector<Act>& others) {
-    for (const Act& first : held) {
-        for (const Act& second : others) {
-            explorer.Explore({from, {first, second}});
+void ExploreBothWays(Explorer& explorer, Start from, const std::vector<Act>& acts) {
+    constexpr size_t OfCallback = 5;  // what a client does in a callback: Write to Shut
+    const std::vector<Act> own = ActsOf(0, from);
+    for (size_t i = 0; i < (from == Start::Ending ? OfCallback : own.size()); ++i) {
+        for (const Act& other : acts) {
+            explorer.Explore({from, {own[i], other}, from == Start::Ending ? 0 : Script::Nobody});
+            explorer.Explore({from, {other, own[i]}, from == Start::Ending ? 1 : Script::Nobody});
         }
     }
 }
 
-class InterleavingOfPrograms : public testing::TestWithParam<Start> {
+constexpr unsigned Pieces = 4;
+
+class InterleavingOfPrograms : public testing::TestWithParam<std::tuple<Start, unsigned>> {
 protected:
     template <const Setting& TheSetting>
     static void Explore() {
+        const auto& [from, piece] = GetParam();
         const SharedMachine machine;
         Companion companion(BeTheOther<TheSetting>);
-        LocalSide here(TheSetting);
-        RemoteSide there(companion);
-        Explorer explorer(TheSetting, {&here, &there});
-        if (GetParam() == Start::Ending) {
-            for (const Message message :
-                 {Message::Write, Message::Start, Message::Stop, Message::Reset, Message::Shut}) {
-                for (const Act& other : ActsOf(1, GetParam())) {
-                    explorer.Explore({Start::Ending, {{message, 0, 0}, other}, 0});
-                    explorer.Explore({Start::Ending, {other, {message, 0, 0}}, 1});
-                }
-            }
-        } else if (GetParam() == Start::Partly) {
-            const std::vector<Act> open = {{Message::Open, 1, 1}};
-            ExplorePairs(explorer, GetParam(), open, ActsOf(0, GetParam()));
-            ExplorePairs(explorer, GetParam(), ActsOf(0, GetParam()), open);
-        } else {
-            ExplorePairs(explorer, GetParam(), ActsOf(0, GetParam()), ActsOf(1, GetParam()));
-            ExplorePairs(explorer, GetParam(), ActsOf(1, GetParam()), ActsOf(0, GetParam()));
-        }
+        Side here(TheSetting);
+        Explorer explorer(TheSetting, {Line(here), Line(companion)}, {piece, Pieces});
+        ExploreBothWays(explorer, from,
+                        from == Start::Partly ? std::vector<Act>{{Message::Open, 1, 1}} : ActsOf(1, from));
     }
 };
 
@@ -83,9 +66,12 @@ TEST_P(InterleavingOfPrograms, OnLinkedCards) {
 }
 
 INSTANTIATE_TEST_SUITE_P(From, InterleavingOfPrograms,
-                         testing::Values(Start::Ready, Start::Playing, Start::Asleep, Start::Partly,
-                                         Start::Ending),
-                         [](const auto& told) { return std::string(NameOf(told.param)); });
+                         testing::Combine(testing::Values(Start::Ready, Start::Playing, Start::Asleep,
+                                                          Start::Partly, Start::Ending),
+                                          testing::Range(0u, Pieces)),
+                         [](const auto& told) {
+                             return NameOf(std::get<0>(told.param)) + std::to_string(std::get<1>(told.param));
+                         });
 
 }  // namespace
 }  // namespace interleaving

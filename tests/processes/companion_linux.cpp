@@ -58,6 +58,7 @@ int64_t Companion::Hear() {
 }
 
 void Companion::Kill() {
+    ASSERT_GT(process_->Id, 0) << "any other number is a group of processes, or all of them";
     kill(process_->Id, SIGKILL);
     waitpid(process_->Id, nullptr, 0);
     process_->Id = 0;

@@ -22,14 +22,7 @@ using simulator::Port;
 using simulator::host::Die;
 
 constexpr int64_t Millisecond = 1000;
-constexpr int64_t NoError = MMSYSERR_NOERROR;
 constexpr UINT PortsOfDirection = 4;  // of two cards
-
-struct Stored : DriverTest {
-    using DriverTest::Follow;
-    using DriverTest::StoreSetting;
-    using DriverTest::StoreText;
-};
 
 const WaveFormat Format44100 = PcmFormat(44100, 2, 16);
 const WaveFormat Format48000 = PcmFormat(48000, 2, 16);
@@ -181,16 +174,14 @@ TEST_F(KilledProgramsTest, TheOthersGoOn) {
             victims.push_back(std::make_unique<Companion>(Victim));
         }
         if (round % 2 != 0) {
-            Stored::Follow(1, 0);
+            DriverTest::Follow(1, 0);
         }
         for (unsigned card = 0; card < 2; ++card) {
-            Stored::StoreSetting(card, TEXT("CheckClocks"), 0);
+            DriverTest::StoreSetting(card, TEXT("CheckClocks"), 0);
         }
-        survivor.Tell(1);
-        ASSERT_EQ(survivor.Hear(), NoError);
+        ASSERT_EQ(survivor.Ask(), NoError);
         ASSERT_EQ(survivor.Hear(), 0);
-        auditor.Tell(1);
-        ASSERT_EQ(auditor.Hear(), 0);
+        ASSERT_EQ(auditor.Ask(), 0);
         for (UINT device = 1; device < 7; ++device) {
             const bool inCallback = pick(3) == 1;
             Begin(*victims[device - 1], {device, inCallback ? 0 : pick(400), inCallback ? pick(30) : 0});
@@ -199,11 +190,9 @@ TEST_F(KilledProgramsTest, TheOthersGoOn) {
             EXPECT_EQ(victim->Hear(), Companion::Gone);
             victim->Kill();
         }
+        EXPECT_EQ(survivor.Ask(), NoError);
         survivor.Tell(1);
-        EXPECT_EQ(survivor.Hear(), NoError);
-        survivor.Tell(1);
-        auditor.Tell(1);
-        EXPECT_EQ(auditor.Hear(), 0) << "what is wrong is above";
+        EXPECT_EQ(auditor.Ask(), 0) << "what is wrong is above";
         tally::Add(tally::Rounds, 1);
     }
 }
@@ -223,8 +212,7 @@ TEST_F(KilledProgramsTest, TheClockIsFree) {
     Companion victim(OpenAndWait<0>);
     Program program(1);
     ASSERT_EQ(waveOutGetNumDevs(), 2u);
-    victim.Tell(1);
-    ASSERT_EQ(victim.Hear(), NoError);
+    ASSERT_EQ(victim.Ask(), NoError);
     WavePlayer player;
     EXPECT_EQ(player.Open(1, Format48000), static_cast<MMRESULT>(WAVERR_BADFORMAT)) << "it lives";
     victim.Kill();
@@ -237,8 +225,7 @@ TEST_F(KilledProgramsTest, AStartDoesNotWaitForAKilledProgram) {
     Companion victim(OpenAndWait<1>);
     Program program(1);
     ASSERT_EQ(waveOutGetNumDevs(), 2u);
-    victim.Tell(1);
-    ASSERT_EQ(victim.Hear(), NoError);
+    ASSERT_EQ(victim.Ask(), NoError);
     WavePlayer player;
     ASSERT_EQ(player.Open(0, Format44100), MMSYSERR_NOERROR);
     victim.Kill();
@@ -272,18 +259,14 @@ TEST_F(KilledProgramsTest, AtAnyRequestOfAClose) {
             test.Tell(0);
             test.Hear();
         });
-        first.Tell(1);
-        EXPECT_EQ(first.Hear(), 0);
-        auditor.Tell(1);
-        EXPECT_EQ(auditor.Hear(), 0);
-        victim.Tell(request);
-        EXPECT_EQ(victim.Hear(), NoError);
+        EXPECT_EQ(first.Ask(), 0);
+        EXPECT_EQ(auditor.Ask(), 0);
+        EXPECT_EQ(victim.Ask(request), NoError);
         EXPECT_EQ(victim.Hear(), NoError);
         EXPECT_EQ(victim.Hear(), Companion::Gone);
         victim.Kill();
         first.Tell(1);
-        auditor.Tell(1);
-        EXPECT_EQ(auditor.Hear(), 0);
+        EXPECT_EQ(auditor.Ask(), 0);
         tally::Add(tally::Rounds, 1);
     }
 }
@@ -311,13 +294,11 @@ TEST_F(KilledProgramsTest, InTheDiscovery) {
             }
             test.Tell(0);
         });
-        Stored::StoreText(0, TEXT("Name"), u"First");
-        Stored::StoreText(1, TEXT("Name"), u"Second");
-        scene.Tell(1);
-        EXPECT_EQ(scene.Hear(), 0);
+        DriverTest::StoreText(0, TEXT("Name"), u"First");
+        DriverTest::StoreText(1, TEXT("Name"), u"Second");
+        EXPECT_EQ(scene.Ask(), 0);
         Begin(victim, {0, request, 0});
-        next.Tell(1);
-        EXPECT_EQ(next.Hear(), 0);
+        EXPECT_EQ(next.Ask(), 0);
         EXPECT_EQ(victim.Hear(), Companion::Gone);
         victim.Kill();
         tally::Add(tally::Rounds, 1);

@@ -27,14 +27,25 @@ TEST(SheetOfAnotherProgram, ComesToTheFront) {
     Companion other(ShowTheFirst);
     const Program program(1);
     const DriverLibrary library;
-    other.Tell(1);
-    ASSERT_EQ(other.Hear(), 1);
+    ASSERT_EQ(other.Ask(), 1);
     Sheet second(library, Sheet::Entry::Configure);
     EXPECT_EQ(second.Window(), nullptr);
     EXPECT_EQ(second.Closed(), DRVCNF_OK);
     const Sheet withInformation(library);
     EXPECT_NE(withInformation.Window(), nullptr);
     other.Tell(1);
+}
+
+TEST(SheetOfAnotherProgram, IsForgottenWhenThatIsKilled) {
+    const SharedMachine machine;
+    Companion other(ShowTheFirst);
+    const Program program(1);
+    const DriverLibrary library;
+    other.Tell(1);
+    ASSERT_EQ(other.Hear(), 1);
+    other.Kill();
+    const Sheet own(library, Sheet::Entry::Configure);
+    EXPECT_NE(own.Window(), nullptr);
 }
 
 }  // namespace

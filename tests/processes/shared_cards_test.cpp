@@ -15,20 +15,10 @@ namespace {
 
 using simulator::Port;
 
-// The way to the stored settings alone.
-struct Stored : DriverTest {
-    using DriverTest::Follow;
-    using DriverTest::StoreSetting;
-    using DriverTest::StoreText;
-};
-
 class SharedCardsTest : public testing::Test {
 protected:
     // Card 1 follows card 0.
-    static void LinkCards() {
-        Stored::Follow(1, 0);
-        Stored::StoreSetting(1, TEXT("ClockSource"), 32);
-    }
+    static void LinkCards() { DriverTest::Follow(1, 0); }
 
 private:
     const SharedMachine machine_;
@@ -70,18 +60,16 @@ TEST_F(SharedCardsTest, APortHasOneOwnerAndAClockOneRate) {
     Program program(2);
     WavePlayer player;
     ASSERT_EQ(player.Open(0, Format44100), MMSYSERR_NOERROR);
-    other.Tell(1);
-    EXPECT_EQ(other.Hear(), static_cast<int64_t>(MMSYSERR_ALLOCATED));
+    EXPECT_EQ(other.Ask(), static_cast<int64_t>(MMSYSERR_ALLOCATED));
     EXPECT_EQ(other.Hear(), static_cast<int64_t>(WAVERR_BADFORMAT)) << "the other port";
     EXPECT_EQ(other.Hear(), static_cast<int64_t>(WAVERR_BADFORMAT)) << "a follower";
-    EXPECT_EQ(other.Hear(), static_cast<int64_t>(MMSYSERR_NOERROR));
+    EXPECT_EQ(other.Hear(), NoError);
     EXPECT_EQ(other.Hear(), 0);
 
     ASSERT_EQ(player.Close(), MMSYSERR_NOERROR);
     EXPECT_EQ(player.Open(0, Format48000), static_cast<MMRESULT>(WAVERR_BADFORMAT)) << "the other one runs";
-    other.Tell(1);
-    EXPECT_EQ(other.Hear(), static_cast<int64_t>(MMSYSERR_NOERROR));
-    EXPECT_EQ(other.Hear(), static_cast<int64_t>(MMSYSERR_NOERROR)) << "the rate is free again";
+    EXPECT_EQ(other.Ask(), NoError);
+    EXPECT_EQ(other.Hear(), NoError) << "the rate is free again";
 }
 
 TEST_F(SharedCardsTest, ALaterProgramTakesTheTableAsItIs) {
@@ -93,13 +81,12 @@ TEST_F(SharedCardsTest, ALaterProgramTakesTheTableAsItIs) {
         test.Tell(static_cast<int64_t>(program.Cards.Trace().size()));
         test.Hear();
     });
-    Stored::StoreText(1, TEXT("Name"), u"Studio");
+    DriverTest::StoreText(1, TEXT("Name"), u"Studio");
     std::optional<Program> program(2);
     EXPECT_EQ(waveOutGetNumDevs(), 4u);
     EXPECT_FALSE(program->Cards.Trace().empty());
-    Stored::StoreText(1, TEXT("Name"), u"Elsewhere");
-    other.Tell(1);
-    EXPECT_EQ(other.Hear(), 0) << "requests for a discovery that was made already";
+    DriverTest::StoreText(1, TEXT("Name"), u"Elsewhere");
+    EXPECT_EQ(other.Ask(), 0) << "requests for a discovery that was made already";
 
     // The table lives until the last program has gone, not just the one that made it.
     test_system::UnloadWaveDriver();
@@ -107,8 +94,7 @@ TEST_F(SharedCardsTest, ALaterProgramTakesTheTableAsItIs) {
     EXPECT_EQ(NameOf(2), u"Studio Analog");
     EXPECT_TRUE(program->Cards.Trace().empty());
     test_system::UnloadWaveDriver();
-    other.Tell(1);
-    EXPECT_EQ(other.Hear(), Companion::Gone);
+    EXPECT_EQ(other.Ask(), Companion::Gone);
     EXPECT_EQ(NameOf(2), u"Elsewhere Analog");
 }
 
@@ -126,8 +112,7 @@ TEST_F(SharedCardsTest, ProgramsThatStartAtOnceDiscoverOnce) {
                                        Companion(Start)};
     Program program(3);
     for (Companion& other : others) {
-        other.Tell(1);
-        EXPECT_EQ(other.Hear(), 0);
+        EXPECT_EQ(other.Ask(), 0);
     }
     for (Companion& other : others) {
         other.Tell(1);
@@ -155,9 +140,8 @@ TEST_F(SharedCardsTest, AKilledProgramFreesItsPort) {
     Companion other(PlayUntilKilled);
     Program program(1);
     WavePlayer player;
-    other.Tell(1);
-    ASSERT_EQ(other.Hear(), static_cast<int64_t>(MMSYSERR_NOERROR));
-    ASSERT_EQ(other.Hear(), static_cast<int64_t>(MMSYSERR_NOERROR));
+    ASSERT_EQ(other.Ask(), NoError);
+    ASSERT_EQ(other.Hear(), NoError);
     EXPECT_EQ(player.Open(0, Format44100), static_cast<MMRESULT>(MMSYSERR_ALLOCATED));
     other.Kill();
     EXPECT_FALSE(program.Cards.ChannelClaimed(0, 2));
@@ -168,9 +152,8 @@ TEST_F(SharedCardsTest, PortOfAKilledProgramPlaysForTheNext) {
     Companion other(PlayUntilKilled);
     Program program(1);
     ASSERT_EQ(waveOutGetNumDevs(), 2u);
-    other.Tell(1);
-    ASSERT_EQ(other.Hear(), static_cast<int64_t>(MMSYSERR_NOERROR));
-    ASSERT_EQ(other.Hear(), static_cast<int64_t>(MMSYSERR_NOERROR));
+    ASSERT_EQ(other.Ask(), NoError);
+    ASSERT_EQ(other.Hear(), NoError);
     other.Kill();
     WavePlayer player;
     ASSERT_EQ(player.Open(0, Format44100), MMSYSERR_NOERROR);
@@ -202,12 +185,10 @@ TEST_P(SharedStartTest, TwoProgramsStartOnOneFrame) {
     Program program(2);
     WavePlayer player;
     ASSERT_EQ(player.Open(0, Format44100), MMSYSERR_NOERROR);
-    other.Tell(1);
-    ASSERT_EQ(other.Hear(), static_cast<int64_t>(MMSYSERR_NOERROR));
+    ASSERT_EQ(other.Ask(), NoError);
     const auto start = [&](bool companion) {
         if (companion) {
-            other.Tell(1);
-            EXPECT_EQ(other.Hear(), static_cast<int64_t>(MMSYSERR_NOERROR));
+            EXPECT_EQ(other.Ask(), NoError);
         } else {
             EXPECT_EQ(player.Write(Sound()), static_cast<MMRESULT>(MMSYSERR_NOERROR));
         }
@@ -220,8 +201,7 @@ TEST_P(SharedStartTest, TwoProgramsStartOnOneFrame) {
     program.Cards.Advance(100000);
     const simulator::OutputStatus status = program.Cards.Output(0, Port::Analog);
     EXPECT_TRUE(status.Started);
-    other.Tell(1);
-    EXPECT_EQ(other.Hear(), static_cast<int64_t>(status.StartFrame));
+    EXPECT_EQ(other.Ask(), static_cast<int64_t>(status.StartFrame));
     EXPECT_EQ(other.Hear(), static_cast<int64_t>(status.FramesPlayed));
 }
 

@@ -11,13 +11,8 @@ namespace {
 
 using simulator::Port;
 
-constexpr int64_t NoError = MMSYSERR_NOERROR;
 constexpr DWORD Rate = 48000;
 const WaveFormat Format = PcmFormat(Rate, 2, 16);
-
-struct Stored : DriverTest {
-    using DriverTest::Follow;
-};
 
 // What a companion is asked besides power events.
 constexpr int64_t HowFar = 100;
@@ -66,7 +61,7 @@ TEST_P(SleepingProgramsTest, GoOnAtTheirRatesAndGains) {
     const Arrangement& test = GetParam();
     Companion other(OtherProgram);
     if (test.Linked) {
-        Stored::Follow(1, 0);
+        DriverTest::Follow(1, 0);
     }
     Program program(2);
     WavePlayer player;
@@ -78,10 +73,7 @@ TEST_P(SleepingProgramsTest, GoOnAtTheirRatesAndGains) {
     ASSERT_EQ(other.Hear(), NoError);
     ASSERT_EQ(player.Write(Sound()), MMSYSERR_NOERROR);
 
-    const auto otherPower = [&other](LPARAM event) {
-        other.Tell(event);
-        EXPECT_EQ(other.Hear(), 0);
-    };
+    const auto otherPower = [&other](LPARAM event) { EXPECT_EQ(other.Ask(event), 0); };
     const auto wake = [&](bool othersTurn) {
         othersTurn ? otherPower(PWR_SUSPENDRESUME) : SendPower(PWR_SUSPENDRESUME);
     };

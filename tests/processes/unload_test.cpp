@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "tests/interleaving/stream.h"
 #include "tests/processes/companion.h"
 #include "tests/support/driver_library.h"
 #include "tests/support/system.h"
@@ -27,31 +28,17 @@ constexpr unsigned Unloads = 4;
 
 const WaveFormat Format44100 = PcmFormat(44100, 2, 16);
 
-// Plays as the multimedia system has the driver do it. What the driver is let go with does not come back, so
-// the headers stay the program's for good.
-class Playing {
-public:
-    Playing(const DriverLibrary& driver, UINT device) {
-        WAVEOPENDESC description = {};
-        description.lpFormat = reinterpret_cast<LPWAVEFORMAT>(const_cast<WAVEFORMATEX*>(Format44100.Get()));
-        DWORD_PTR stream = 0;
-        EXPECT_EQ(driver.WaveOut(device, WODM_OPEN, reinterpret_cast<DWORD_PTR>(&stream),
-                                 reinterpret_cast<DWORD_PTR>(&description), CALLBACK_NULL),
-                  MMSYSERR_NOERROR);
-        for (WAVEHDR& header : headers_) {
-            header.lpData = data_.data();
-            header.dwBufferLength = &header == headers_.data() ? 4000 : static_cast<DWORD>(data_.size());
-            header.dwFlags = WHDR_PREPARED;
-            EXPECT_EQ(driver.WaveOut(device, WODM_WRITE, stream, reinterpret_cast<DWORD_PTR>(&header),
-                                     sizeof header),
-                      MMSYSERR_NOERROR);
-        }
+// As the multimedia system has the driver play. What the driver is let go with does not come back.
+std::unique_ptr<interleaving::Stream> Play(const DriverLibrary& driver, UINT device) {
+    auto stream = std::make_unique<interleaving::Stream>(
+        driver, interleaving::StreamPlan{.Output = true, .Card = device / 2, .Port = device % 2});
+    EXPECT_EQ(stream->Open(interleaving::Rate), MMSYSERR_NOERROR);
+    for (const DWORD length :
+         {DWORD{1000}, interleaving::Stream::LongHeader, interleaving::Stream::LongHeader}) {
+        EXPECT_EQ(stream->Write(length), MMSYSERR_NOERROR);
     }
-
-private:
-    std::array<WAVEHDR, 6> headers_ = {};
-    std::vector<char> data_ = std::vector<char>(4 * 44100);
-};
+    return stream;
+}
 
 // Handles and memory are back with the unloading. A thread that has left the driver ends a moment later.
 void AwaitUsage(const std::string& usage) {
@@ -67,7 +54,7 @@ void UnloadAndEndInTheMiddle(Companion& test) {
         const std::string usage = test_system::Usage();
         auto driver = std::make_unique<DriverLibrary>();
         ASSERT_TRUE(driver->IsLoaded());
-        const Playing playing(*driver, device);
+        const auto playing = Play(*driver, device);
         program.Cards.Advance(30 * Millisecond);
         if (round == Unloads) {
             test.Tell(0);
@@ -145,11 +132,10 @@ TEST(Unload, DoesNotWaitForTheCallbackOfAnotherProgram) {
     Companion other(StayInCallback);
     Program program(1);
     auto driver = std::make_unique<DriverLibrary>();
-    const Playing playing(*driver, 1);
-    other.Tell(0);
-    ASSERT_EQ(other.Hear(), 0);
+    const auto playing = Play(*driver, 1);
+    ASSERT_EQ(other.Ask(), 0);
     auto unloaded = std::async(std::launch::async, [&driver] { driver.reset(); });
-    EXPECT_EQ(unloaded.wait_for(std::chrono::minutes(1)), std::future_status::ready);
+    EXPECT_EQ(unloaded.wait_for(std::chrono::minutes(2)), std::future_status::ready);
     other.Tell(0);
     unloaded.wait();
     EXPECT_FALSE(program.Cards.ChannelClaimed(0, 3));

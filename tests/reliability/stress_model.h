@@ -4,6 +4,7 @@
 #include <windows.h>
 #include <mmsystem.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <climits>
@@ -43,19 +44,42 @@ public:
     static constexpr unsigned Count = 12;
     static constexpr DWORD Bytes = 960;
 
-    HeaderPool();
+    HeaderPool() {
+        for (unsigned i = 0; i < Count; ++i) {
+            places_[i].Header.lpData = places_[i].Data.data();
+            places_[i].Header.dwUser = i;
+        }
+    }
     HeaderPool(const HeaderPool&) = delete;
     HeaderPool& operator=(const HeaderPool&) = delete;
 
     // One that the client has, now to be handed in: the first from number `turn` on. Null when the driver
     // has them all.
-    WAVEHDR* Take(unsigned turn, DWORD flags, DWORD loops);
+    WAVEHDR* Take(unsigned turn, DWORD flags, DWORD loops) {
+        for (unsigned i = 0; i < Count; ++i) {
+            Place& place = places_[(turn + i) % Count];
+            if (!place.Away.exchange(true)) {
+                place.Header.dwBufferLength = Bytes;
+                place.Header.dwFlags = WHDR_PREPARED | flags;
+                place.Header.dwLoops = loops;
+                ++handedIn_;
+                return &place.Header;
+            }
+        }
+        return nullptr;
+    }
     // The driver did not take it.
-    void Refused(WAVEHDR& header);
+    void Refused(WAVEHDR& header) {
+        --handedIn_;
+        PlaceOf(header).Away = false;
+    }
     // The driver brings it back.
-    void Returned(WAVEHDR& header);
+    void Returned(WAVEHDR& header) { unexpected_ += PlaceOf(header).Away.exchange(false) ? 0 : 1; }
 
-    bool AllAreBack() const;
+    bool AllAreBack() const {
+        return std::none_of(places_.begin(), places_.end(),
+                            [](const Place& place) { return place.Away.load(); });
+    }
     unsigned HandedIn() const { return handedIn_; }
     unsigned Unexpected() const { return unexpected_; }  // came back, but not from the driver
 

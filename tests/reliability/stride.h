@@ -1,6 +1,7 @@
-// Where everything runs slower, one request or call in so many fails; which ones, the plain build covers.
+// How much of a sweep is made, and by which test of it.
 #pragma once
 
+// Where everything runs slower, one request or call in so many fails; which ones, the plain build covers.
 #if defined(__SANITIZE_THREAD__)
 inline constexpr unsigned Stride = 31;
 #elif defined(__SANITIZE_ADDRESS__) || defined(_WIN32)
@@ -8,3 +9,11 @@ inline constexpr unsigned Stride = 13;
 #else
 inline constexpr unsigned Stride = 1;
 #endif
+
+// Sweeps are made in pieces, each a test of its own of a second or two.
+struct Piece {
+    unsigned Number;
+    unsigned Of;
+
+    bool Has(unsigned turn) const { return turn % Of == Number; }
+};

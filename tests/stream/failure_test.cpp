@@ -129,4 +129,17 @@ TEST_F(StreamFailureTest, AStartThatFailedDoesNotPartLaterStreams) {
     EXPECT_EQ(digital.Close(), MMSYSERR_NOERROR);
 }
 
+// A card that vanishes takes no header with it.
+TEST_F(StreamFailureTest, TheCardVanishes) {
+    ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+    Write(20);
+    Cards().Advance(Second / 10);
+    Cards().SetPresent(0, false);
+    Write(2);
+    Cards().Advance(Second);
+    EXPECT_EQ(player_.Position(), 0xFFFFFFFF);
+    CloseAndForget();
+    Cards().SetPresent(0, true);
+}
+
 }  // namespace

@@ -1,31 +1,13 @@
 #include "tests/support/clock_tree_user.h"
 
 #include "tests/support/text.h"
+#include "tests/support/window_visit.h"
 
 namespace {
 
 constexpr int TreeControl = 1001;
 constexpr int LongestText = 256;
 constexpr UINT GetMenuOfWindow = 0x01E1;  // to the window of an open menu
-constexpr UINT VisitMessage = WM_APP + 0x3E5;
-
-// An action that waits for its turn on a window's thread, in the guise of that window's procedure.
-struct Visit {
-    const std::function<void()>& Action;
-    HANDLE Done;
-};
-WNDPROC visitedProcedure = nullptr;
-
-LRESULT CALLBACK ReceiveVisit(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message != VisitMessage) {
-        return CallWindowProcW(visitedProcedure, window, message, wParam, lParam);
-    }
-    SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(visitedProcedure));
-    const auto& visit = *reinterpret_cast<const Visit*>(lParam);
-    visit.Action();
-    SetEvent(visit.Done);
-    return 0;
-}
 
 BOOL CALLBACK FindMenu(HWND window, LPARAM found) {
     WCHAR name[LongestText] = {};
@@ -257,14 +239,5 @@ void ClockTreeUser::PressKey(WORD key) const {
 }
 
 void ClockTreeUser::OnItsThread(const std::function<void()>& action) const {
-    HANDLE done = nullptr;
-    while (done == nullptr) {  // the test may have it fail, too
-        done = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    }
-    const Visit visit = {action, done};
-    visitedProcedure = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(page_, GWLP_WNDPROC));
-    SetWindowLongPtrW(page_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(ReceiveVisit));
-    PostMessageW(page_, VisitMessage, 0, reinterpret_cast<LPARAM>(&visit));
-    WaitForSingleObject(visit.Done, INFINITE);
-    CloseHandle(visit.Done);
+    VisitWindow(page_, action);
 }

@@ -16,6 +16,16 @@
 #include "simulator/simulator.h"
 
 class DriverTest : public testing::Test {
+public:
+    // Stored settings of a card, as the driver stores them.
+    static void StoreSetting(unsigned card, const WCHAR* name, DWORD value);
+    static void StoreText(unsigned card, const WCHAR* name, const std::u16string& text);
+    static void StoreBinary(unsigned card, const WCHAR* name, const void* data, DWORD size,
+                            DWORD type = REG_BINARY);
+
+    // Card `follower` takes its clock from card `master` over the link.
+    static void Follow(unsigned follower, unsigned master);
+
 protected:
     static constexpr int64_t Second = 1000000;  // of Simulator::Advance
 
@@ -30,15 +40,6 @@ protected:
 
     // As the last program of the machine does; the next wave call loads the driver again.
     void UnloadDriver();
-
-    // Stored settings of a card, as the driver stores them.
-    static void StoreSetting(unsigned card, const WCHAR* name, DWORD value);
-    static void StoreText(unsigned card, const WCHAR* name, const std::u16string& text);
-    static void StoreBinary(unsigned card, const WCHAR* name, const void* data, DWORD size,
-                            DWORD type = REG_BINARY);
-
-    // Card `follower` takes its clock from card `master` over the link.
-    static void Follow(unsigned follower, unsigned master);
 
     // "NAME:N[:fail|pending|short]" and so on, as the simulator reads them.
     void AddFault(std::string_view fault);

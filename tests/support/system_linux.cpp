@@ -35,7 +35,7 @@ std::string Usage() {
            std::to_string(usage.GlobalBlocks) + " global blocks, " + std::to_string(usage.HeapBlocks) +
            " heap blocks, " + std::to_string(usage.HeldMutexes) + " mutexes held, " +
            std::to_string(usage.Windows) + " windows, " + std::to_string(usage.UserObjects) +
-           " menus, pictures and the like, " + std::to_string(usage.Timers) + " timers";
+           " menus, pictures and the like";
 }
 
 void* TakePage() {

@@ -137,30 +137,6 @@ TEST_F(OutputControlTest, OnlyAResetThatNothingFollowedLetsAStreamWithBuffersClo
     }
 }
 
-TEST_F(OutputControlTest, AClientMayActFromInsideItsCallback) {
-    std::vector<DWORD> positions;
-    player_.OnDone([&](WAVEHDR& header) {
-        positions.push_back(player_.Position());
-        if (header.dwUser == 1) {
-            Pause();
-            Restart();
-            EXPECT_EQ(player_.Close(), unsigned{WAVERR_STILLPLAYING});
-        }
-        if (player_.HeaderCount() < 10) {
-            Write();
-        }
-    });
-    Write(4);
-    Cards().Advance(Second);
-    std::vector<DWORD> expected;
-    for (DWORD i = 1; i <= 10; ++i) {
-        expected.push_back(i * BufferFrames);
-    }
-    EXPECT_EQ(positions, expected);
-    EXPECT_EQ(Played(), Sound(format_, written_));
-    ExpectEachReturnedOnce();
-}
-
 TEST_F(OutputControlTest, AClientMayCloseFromInsideItsLastCallback) {
     std::vector<MMRESULT> results;
     player_.OnDone([&](WAVEHDR&) { results.push_back(player_.Close()); });

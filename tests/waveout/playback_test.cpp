@@ -3,8 +3,6 @@
 
 namespace {
 
-using simulator::Port;
-
 class PlaybackTest : public OutputTest {};
 
 // Cuts `data` into buffers of odd lengths at every alignment, each a multiple of `unit` bytes.
@@ -59,32 +57,6 @@ TEST_F(PlaybackTest, EveryFormatIsHeardAsItIs) {
             Cards().ForgetAudio();
         }
     }
-}
-
-// Many times what the card holds at once, through buffers that are used again and resized.
-TEST_F(PlaybackTest, ALongPieceIsPlayedWithoutAGap) {
-    const WaveFormat format = PcmFormat(44100, 2, 24);
-    ASSERT_EQ(player_.Open(DigitalOut, format), MMSYSERR_NOERROR);
-    std::vector<BYTE> piece;
-    unsigned next = 0;
-    const auto write = [&] {
-        const std::vector<BYTE> data = Pattern(6 * (500 + next % 3 * 300), next);
-        ++next;
-        piece.insert(piece.end(), data.begin(), data.end());
-        EXPECT_EQ(player_.Write(data), MMSYSERR_NOERROR);
-    };
-    player_.OnDone([&](WAVEHDR&) {
-        if (next < 200) {
-            write();
-        }
-    });
-    for (int i = 0; i < 12; ++i) {
-        write();
-    }
-    Cards().Advance(10 * Second);
-    EXPECT_EQ(Played(Port::Digital), Sound(format, piece));
-    EXPECT_EQ(Cards().Output(0, Port::Digital).FramesSilent, 0u);
-    ExpectEachReturnedOnce();
 }
 
 std::vector<DWORD> MixerGains(simulator::Simulator& cards) {

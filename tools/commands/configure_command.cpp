@@ -72,6 +72,10 @@ int PrintSheet(const DriverSheet& driver, const ConfigureOptions& options) {
     if (sheet.Window() == nullptr) {
         throw CommandError("no sheet comes up: there is no card, or another sheet is open");
     }
+    if (options.Step) {
+        // Whoever steps through it looks at it.
+        SetWindowPos(sheet.Window(), HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+    }
     const std::vector<std::string> titles = TellApart(sheet.Titles());
     std::string pages;
     for (size_t page = 0; page < titles.size(); ++page) {

@@ -1,5 +1,7 @@
 #include "config_ui/clocks/clock_tree.h"
 
+#include <initializer_list>
+
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
 
@@ -32,12 +34,27 @@ void AddPicture(HIMAGELIST images, WORD bitmap) {
     }
 }
 
+// A slave has the link's picture before its own.
+constexpr UINT SlaveMark = 1;
+
+HIMAGELIST MakePictures(std::initializer_list<WORD> bitmaps) {
+    const HIMAGELIST images = ImageList_Create(PictureSize, PictureSize, ILC_COLOR, 2, 0);
+    for (const WORD bitmap : bitmaps) {
+        AddPicture(images, bitmap);
+    }
+    return images;
+}
+
 HTREEITEM InsertItem(HWND tree, HTREEITEM parent, HTREEITEM after, WCHAR* text, Picture picture,
                      CardRecord* card) {
     TVINSERTSTRUCTW insertion = {};
     insertion.hParent = parent;
     insertion.hInsertAfter = after;
-    insertion.item.mask = TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_PARAM;
+    insertion.item.mask = TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_PARAM | TVIF_STATE;
+    insertion.item.stateMask = TVIS_STATEIMAGEMASK;
+    if (card != nullptr && parent != ClockRoot(tree)) {
+        insertion.item.state = INDEXTOSTATEIMAGEMASK(SlaveMark);
+    }
     insertion.item.pszText = text;
     insertion.item.iImage = picture;
     insertion.item.iSelectedImage = picture;
@@ -76,10 +93,9 @@ HWND ClockTree(HWND page) {
 }
 
 void PrepareClockTree(HWND tree) {
-    const HIMAGELIST images = ImageList_Create(PictureSize, PictureSize, ILC_COLOR, 2, 0);
-    AddPicture(images, IDB_CARD);
-    AddPicture(images, IDB_SAMPLE_CLOCK);
-    TreeView_SetImageList(tree, images, TVSIL_NORMAL);
+    TreeView_SetImageList(tree, MakePictures({IDB_CARD, IDB_SAMPLE_CLOCK}), TVSIL_NORMAL);
+    // State pictures are counted from 1: the first is never shown.
+    TreeView_SetImageList(tree, MakePictures({IDB_LINK, IDB_LINK}), TVSIL_STATE);
     WCHAR text[50];
     LoadText(IDS_CLOCK_ROOT, text);
     InsertItem(tree, TVI_ROOT, TVI_FIRST, text, ClockPicture, nullptr);
@@ -87,7 +103,9 @@ void PrepareClockTree(HWND tree) {
 
 void ClearClockTree(HWND tree) {
     TreeView_DeleteAllItems(tree);
-    ImageList_Destroy(TreeView_SetImageList(tree, nullptr, TVSIL_NORMAL));
+    for (const int kind : {TVSIL_NORMAL, TVSIL_STATE}) {
+        ImageList_Destroy(TreeView_SetImageList(tree, nullptr, kind));
+    }
 }
 
 HTREEITEM ClockRoot(HWND tree) {

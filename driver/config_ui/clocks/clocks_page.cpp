@@ -8,6 +8,7 @@
 #include "config_ui/clocks/clock_rules.h"
 #include "config_ui/clocks/clock_tree.h"
 #include "config_ui/clocks/clock_tree_settings.h"
+#include "config_ui/page_label.h"
 #include "config_ui/pages.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
@@ -18,6 +19,8 @@ namespace {
 
 constexpr ControlHelp TreeHelp[] = {{IDC_CLOCK_TREE, IDC_CLOCK_TREE, HELP_CLOCK_TREE}};
 constexpr PageHelp Help = {HELP_PAGE_CLOCKS, TreeHelp};
+
+constexpr RECT Hint = {12, 197, 215, 213};  // below the tree, in dialog units
 
 enum class ClocksConcerned { OfTheCard, All };
 
@@ -106,7 +109,7 @@ INT_PTR OnItemExpanding(HWND page, const NMTREEVIEWW& expansion) {
     return AnswerNotification(page, expansion.action != TVE_EXPAND);
 }
 
-// Wine's tree view folds an item away whatever the page answers.
+// Some versions of the tree view fold an item away whatever the page answers.
 INT_PTR OnItemExpanded(HWND page, const NMTREEVIEWW& expansion) {
     if (expansion.action == TVE_COLLAPSE) {
         TreeView_Expand(ClockTree(page), expansion.itemNew.hItem, TVE_EXPAND);
@@ -212,6 +215,7 @@ INT_PTR CALLBACK ClocksPage(HWND page, UINT message, WPARAM wParam, LPARAM lPara
     case WM_INITDIALOG:
         MakeClockChoices(page);
         PrepareClockTree(ClockTree(page));
+        AddLabel(page, IDS_CLOCK_HINT, Hint, LabelSide::Centre);
         FillClockTree(page);
         return TRUE;
     case WM_NOTIFY:

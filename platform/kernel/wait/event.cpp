@@ -3,13 +3,10 @@
 
 using namespace platform;
 
-HANDLE WINAPI CreateEventW(LPSECURITY_ATTRIBUTES, BOOL bManualReset, BOOL bInitialState, LPCWSTR lpName) {
+// Names are not looked at: events are not shared between processes.
+HANDLE WINAPI CreateEventW(LPSECURITY_ATTRIBUTES, BOOL bManualReset, BOOL bInitialState, LPCWSTR) {
     if (CallFails("CreateEventW")) {
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-        return nullptr;
-    }
-    if (lpName != nullptr) {  // events are not shared between processes
-        SetLastError(ERROR_NOT_SUPPORTED);
         return nullptr;
     }
     const HANDLE handle =
@@ -25,15 +22,5 @@ BOOL WINAPI SetEvent(HANDLE hEvent) {
         return FALSE;
     }
     event->Signal();
-    return TRUE;
-}
-
-BOOL WINAPI ResetEvent(HANDLE hEvent) {
-    const std::shared_ptr<EventObject> event = FindObject<EventObject>(hEvent);
-    if (!event) {
-        SetLastError(ERROR_INVALID_HANDLE);
-        return FALSE;
-    }
-    event->Reset();
     return TRUE;
 }

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <ctime>
 #include <string_view>
 
 #include "platform/kernel/call_failure.h"
@@ -15,6 +16,24 @@ std::atomic<unsigned long> releases{0};
 
 std::vector<HeldMutex>::iterator FindHeld(std::vector<HeldMutex>& held, const MutexCore* core) {
     return std::find_if(held.begin(), held.end(), [&](const HeldMutex& entry) { return entry.Core == core; });
+}
+
+int LockUntil(pthread_mutex_t* lock, Deadline deadline) {
+    const int result = pthread_mutex_trylock(lock);
+    if (result != EBUSY || deadline == AtOnce) {
+        return result;
+    }
+    if (deadline == Never) {
+        return pthread_mutex_lock(lock);
+    }
+#ifdef __SANITIZE_THREAD__  // it knows only the limit on the system's own clock
+    const timespec until = HostTime(deadline - std::chrono::steady_clock::now() +
+                                    std::chrono::system_clock::now().time_since_epoch());
+    return pthread_mutex_timedlock(lock, &until);
+#else
+    const timespec until = HostTime(deadline.time_since_epoch());
+    return pthread_mutex_clocklock(lock, CLOCK_MONOTONIC, &until);
+#endif
 }
 
 }  // namespace
@@ -35,15 +54,15 @@ MutexObject::~MutexObject() {
     }
 }
 
-DWORD MutexObject::Acquire(bool blocks) {
+DWORD MutexObject::Acquire(Deadline deadline) {
     std::vector<HeldMutex>& held = CurrentThread().HeldMutexes;
     const auto own = FindHeld(held, core_);
     if (own != held.end()) {
         ++own->Count;
         return WAIT_OBJECT_0;
     }
-    const int result = blocks ? pthread_mutex_lock(&core_->Lock) : pthread_mutex_trylock(&core_->Lock);
-    if (result == EBUSY) {
+    const int result = LockUntil(&core_->Lock, deadline);
+    if (result == EBUSY || result == ETIMEDOUT) {
         return WAIT_TIMEOUT;
     }
     bool abandoned = core_->Abandoned;
@@ -124,7 +143,7 @@ HANDLE WINAPI CreateMutexW(LPSECURITY_ATTRIBUTES, BOOL bInitialOwner, LPCWSTR lp
         return nullptr;
     }
     if (bInitialOwner && error != ERROR_ALREADY_EXISTS) {
-        mutex->Acquire(true);
+        mutex->Acquire(Never);
     }
     const HANDLE handle = OpenHandle(mutex);
     if (handle == nullptr) {

@@ -20,9 +20,9 @@ public:
     explicit MutexObject(NamedMutexUse named);  // a mutex of the machine
     ~MutexObject() override;
 
-    // For the calling thread: WAIT_OBJECT_0, WAIT_ABANDONED (owned, but its last owner did not give
-    // it back) or, unless it blocks until it can have the mutex, WAIT_TIMEOUT.
-    DWORD Acquire(bool blocks);
+    // For the calling thread: WAIT_OBJECT_0, WAIT_ABANDONED (owned, but its last owner did not give it back)
+    // or, when it cannot be had before the deadline, WAIT_TIMEOUT.
+    DWORD Acquire(Deadline deadline);
 
     // False when the calling thread does not own the mutex.
     bool Release();

@@ -32,18 +32,24 @@ bool ThreadObject::QueueCall(device::ProcedureCall routine, ULONG_PTR first, ULO
 }
 
 bool ThreadObject::Queue(const QueuedCall& call) {
-    const std::lock_guard guard(callLock_);
-    if (ended_) {
-        return false;
+    Waiter* claimed = nullptr;
+    {
+        const std::lock_guard guard(callLock_);
+        if (ended_) {
+            return false;
+        }
+        calls_.push_back(call);
+        if (!busy_) {
+            busy_ = true;
+            const std::lock_guard hold(Busy().Lock);
+            ++Busy().Count;
+        }
+        if (alertable_ != nullptr && alertable_->Claim(Waiter::CallQueued)) {
+            claimed = alertable_;
+        }
     }
-    calls_.push_back(call);
-    if (!busy_) {
-        busy_ = true;
-        const std::lock_guard hold(Busy().Lock);
-        ++Busy().Count;
-    }
-    if (alertable_ != nullptr) {
-        alertable_->ClaimAndWake(Waiter::CallQueued);
+    if (claimed != nullptr) {
+        Waiter::Wake(claimed);  // it needs the lock to go on
     }
     return true;
 }

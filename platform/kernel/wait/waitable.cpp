@@ -11,19 +11,9 @@ namespace platform {
 
 namespace {
 
-void WakeThread(std::atomic<int>* word) {
-    syscall(SYS_futex, reinterpret_cast<int*>(word), FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
-}
-
-timespec HostTime(Deadline deadline) {
-    const auto sinceEpoch = deadline.time_since_epoch();
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(sinceEpoch);
-    return {seconds.count(), std::chrono::nanoseconds(sinceEpoch - seconds).count()};
-}
-
 // Blocks while the word has this value. False at the deadline; true may also come without a change.
 bool BlockWhileEqual(std::atomic<int>* word, int value, Deadline deadline) {
-    const timespec until = deadline == Never ? timespec{} : HostTime(deadline);
+    const timespec until = deadline == Never ? timespec{} : HostTime(deadline.time_since_epoch());
     const timespec* limit = deadline == Never ? nullptr : &until;
     // The bit set form takes its limit as a point of the monotonic clock, so early wake-ups cost nothing.
     const long result = syscall(SYS_futex, reinterpret_cast<int*>(word), FUTEX_WAIT_BITSET_PRIVATE, value,
@@ -32,6 +22,11 @@ bool BlockWhileEqual(std::atomic<int>* word, int value, Deadline deadline) {
 }
 
 }  // namespace
+
+timespec HostTime(std::chrono::nanoseconds sinceEpoch) {
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(sinceEpoch);
+    return {seconds.count(), (sinceEpoch - seconds).count()};
+}
 
 Deadline DeadlineAfter(DWORD milliseconds) {
     if (milliseconds == INFINITE) {
@@ -46,12 +41,9 @@ bool Waiter::Claim(int outcome) {
     return outcome_.compare_exchange_strong(expected, outcome, std::memory_order_acq_rel);
 }
 
-bool Waiter::ClaimAndWake(int outcome) {
-    if (!Claim(outcome)) {
-        return false;
-    }
-    WakeThread(&outcome_);
-    return true;
+// Only the address is used. A thread that waits for something else there by now looks again.
+void Waiter::Wake(Waiter* waiter) {
+    syscall(SYS_futex, reinterpret_cast<int*>(waiter), FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
 }
 
 int Waiter::Await(Deadline deadline) {
@@ -66,14 +58,20 @@ int Waiter::Await(Deadline deadline) {
 }
 
 void Waitable::Signal() {
-    const std::lock_guard guard(lock_);
-    for (Waiter* const waiter : waiters_) {
-        const bool claimed = waiter->ClaimAndWake(Waiter::Satisfied);
-        if (claimed && automatic_) {
-            return;  // handed straight to that wait: never seen signalled
+    std::vector<Waiter*> claimed;
+    {
+        const std::lock_guard guard(lock_);
+        for (Waiter* const waiter : waiters_) {
+            if ((claimed.empty() || !automatic_) && waiter->Claim(Waiter::Satisfied)) {
+                claimed.push_back(waiter);
+            }
         }
+        // An automatic object is handed straight to its waiter: it is never seen signalled.
+        signalled_ = claimed.empty() || !automatic_;
     }
-    signalled_ = true;
+    for (Waiter* const waiter : claimed) {
+        Waiter::Wake(waiter);
+    }
 }
 
 void Waitable::Reset() {
@@ -86,28 +84,13 @@ void Waitable::Enlist(Waiter& waiter) {
     if (!signalled_) {
         waiters_.push_back(&waiter);
     } else if (waiter.Claim(Waiter::Satisfied)) {
-        TakeLocked();
+        signalled_ = !automatic_;
     }
 }
 
 void Waitable::Withdraw(Waiter& waiter) {
     const std::lock_guard guard(lock_);
     std::erase(waiters_, &waiter);
-}
-
-bool Waitable::TryTake() {
-    const std::lock_guard guard(lock_);
-    if (!signalled_) {
-        return false;
-    }
-    TakeLocked();
-    return true;
-}
-
-void Waitable::TakeLocked() {
-    if (automatic_) {
-        signalled_ = false;
-    }
 }
 
 }  // namespace platform

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <ctime>
 #include <mutex>
 #include <vector>
 
@@ -14,9 +15,12 @@ using Deadline = std::chrono::steady_clock::time_point;
 constexpr Deadline Never = Deadline::max();
 constexpr Deadline AtOnce = Deadline::min();
 Deadline DeadlineAfter(DWORD milliseconds);  // INFINITE: Never, 0: AtOnce
+timespec HostTime(std::chrono::nanoseconds sinceEpoch);
 
-// One wait of one thread. Whoever ends the wait claims it; the first claim wins. Lives on the
-// waiting thread's stack: those who claim it hold the lock of the list it is on while they do.
+// One wait of one thread. Whoever ends the wait claims it; the first claim wins. Lives on the waiting
+// thread's stack: those who claim it hold the lock of the list it is on while they do, which that thread
+// takes before it goes on. They wake the thread after they have let go of the lock, when the waiter may be
+// gone already.
 class Waiter {
 public:
     // How a wait ended.
@@ -24,9 +28,8 @@ public:
     static constexpr int TimedOut = -1;
     static constexpr int CallQueued = -2;
 
-    // False when the wait had ended already. Claim is for the waiting thread itself.
-    bool Claim(int outcome);
-    bool ClaimAndWake(int outcome);
+    bool Claim(int outcome);  // false when the wait had ended already
+    static void Wake(Waiter* waiter);
     bool IsClaimed() const { return outcome_.load(std::memory_order_relaxed) != Waiting; }
 
     // Blocks the calling thread until the wait ends, at the latest at the deadline.
@@ -34,7 +37,7 @@ public:
 
 private:
     static constexpr int Waiting = -3;
-    std::atomic<int> outcome_{Waiting};
+    std::atomic<int> outcome_{Waiting};  // first, as its address is the waiter's
 };
 
 // Safe from any thread. An automatic object is reset by the one wait that it satisfies.
@@ -52,12 +55,7 @@ public:
     void Enlist(Waiter& waiter);
     void Withdraw(Waiter& waiter);
 
-    // When signalled, satisfies the caller at once.
-    bool TryTake();
-
 private:
-    void TakeLocked();
-
     std::mutex lock_;
     const bool automatic_;
     bool signalled_;

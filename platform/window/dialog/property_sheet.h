@@ -1,5 +1,5 @@
 // A property sheet while it runs: a dialog with a tab for each page, one page at a time inside it, and the
-// buttons below. Used by the thread that runs it only.
+// buttons OK, Cancel, Apply and Help. Used by the thread that runs it only.
 #pragma once
 
 #include <windows.h>
@@ -14,10 +14,6 @@ namespace platform {
 
 class PropertySheetDialog {
 public:
-    // Of the sheet's own controls.
-    static constexpr DWORD TabControl = 0x3020;
-    static constexpr DWORD ApplyButton = 0x3021;
-
     explicit PropertySheetDialog(const PROPSHEETHEADERW& header);
     ~PropertySheetDialog();
     PropertySheetDialog(const PropertySheetDialog&) = delete;
@@ -26,51 +22,42 @@ public:
     INT_PTR Run();
 
 private:
-    static constexpr size_t NoPage = SIZE_MAX;
-
     struct SheetPage {
         HPROPSHEETPAGE Handle;
         std::shared_ptr<PropertyPage> Page;
         HWND Window = nullptr;  // until the page is first shown
-        bool Dirty = false;
     };
 
     static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM first, LPARAM second);
     INT_PTR Handle(UINT message, WPARAM first, LPARAM second);
-    INT_PTR HandleSheetMessage(UINT message, WPARAM first, LPARAM second);
-    bool TakesKey(MSG* message);
+    INT_PTR HandleTabs(UINT notification);
+    bool TakesKey(const MSG& message);
+    INT_PTR Answer(LRESULT answer);
 
     void Open(HWND window);
-    void AddTabs();
     void LayOut();
-    RECT LargestPage() const;
-
     LRESULT Notify(const SheetPage& page, UINT code, LPARAM parameter = 0) const;
-    bool MayLeave() const;
-    bool Switch(size_t index);
+    bool MayLeave() const { return Notify(pages_[active_], PSN_KILLACTIVE) == FALSE; }
     bool Turn(size_t index);
-    bool EnsureCreated(SheetPage& page);
     void Show(size_t index);
-    void TabChanged();
     LRESULT AskSiblings(WPARAM first, LPARAM second) const;
-    size_t FindPage(HPROPSHEETPAGE handle) const;
 
-    // property_sheet_buttons.cpp
     void Press(int button);
     bool Apply(bool closes);
-    void Accept();
     void Cancel();
     void Finish(INT_PTR result);
-    void SetChanged(HWND page, bool changed);
+    void SetChanged(HWND page);
+    void EnableApply(bool enable) const;
 
-    HWND Tabs() const { return GetDlgItem(window_, TabControl); }
+    HWND Tabs() const;
+    RECT TabsArea() const;
 
-    const PROPSHEETHEADERW header_;
+    const std::u16string caption_;
     std::vector<SheetPage> pages_;
     HWND window_ = nullptr;
-    size_t active_ = NoPage;
-    bool saved_ = false;   // something has been applied
-    INT_PTR restart_ = 0;  // ID_PSRESTARTWINDOWS or ID_PSREBOOTSYSTEM, as a page asked for
+    size_t active_ = 0;
+    bool saved_ = false;    // something has been applied
+    bool restart_ = false;  // a page asked for PSM_RESTARTWINDOWS
     bool over_ = false;
     INT_PTR result_ = -1;
 };

@@ -11,23 +11,6 @@ bool LiesIn(HWND window, HWND parent) {
     return window && (window == parent || IsChild(parent, window));
 }
 
-// The next window of the thread to become active when `window` goes: its owner, or the frontmost.
-HWND NextActive(HWND window) {
-    const std::lock_guard hold(DesktopLock());
-    const WindowObject* const found = FindWindowLocked(window);
-    if (found && found->Owner) {
-        return found->Owner;
-    }
-    for (const HWND candidate : FindWindowLocked(DesktopWindow())->Children) {
-        const WindowObject& other = *FindWindowLocked(candidate);
-        if (candidate != window && other.Thread == GetCurrentThreadId() && other.HasStyle(WS_VISIBLE) &&
-            !other.HasStyle(WS_DISABLED) && !other.Destroying) {
-            return candidate;
-        }
-    }
-    return nullptr;
-}
-
 // Moves the focus and tells both sides.
 void MoveFocus(HWND window) {
     GuiThread& thread = CurrentGuiThread();
@@ -48,21 +31,7 @@ void MoveFocus(HWND window) {
 }  // namespace
 
 void Activate(HWND window) {
-    GuiThread& thread = CurrentGuiThread();
-    const HWND before = thread.Active;
-    if (before == window) {
-        return;
-    }
-    if (before) {
-        SendMessageW(before, WM_ACTIVATE, WA_INACTIVE, reinterpret_cast<LPARAM>(window));
-    }
-    thread.Active = window;
-    if (!window) {
-        return;
-    }
-    SetWindowPos(window, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
-    SendMessageW(window, WM_ACTIVATE, WA_ACTIVE, reinterpret_cast<LPARAM>(before));
-    if (thread.Active == window && !LiesIn(thread.Focus, window)) {
+    if (!LiesIn(CurrentGuiThread().Focus, window)) {
         MoveFocus(window);
     }
 }
@@ -72,21 +41,14 @@ void GiveUpFocus(HWND window) {
         const LONG_PTR style = GetWindowLongPtrW(window, GWL_STYLE);
         MoveFocus((style & WS_CHILD) != 0 ? GetParent(window) : nullptr);
     }
-    if (CurrentGuiThread().Active == window) {
-        Activate(NextActive(window));
-    }
 }
 
 void GiveUpInput(HWND window) {
     if (LiesIn(GetCapture(), window)) {
         ReleaseCapture();
     }
-    GuiThread& thread = CurrentGuiThread();
-    if (LiesIn(thread.Focus, window)) {
+    if (LiesIn(GetFocus(), window)) {
         MoveFocus(nullptr);
-    }
-    if (thread.Active == window) {
-        Activate(NextActive(window));
     }
 }
 
@@ -95,19 +57,7 @@ void GiveUpInput(HWND window) {
 using namespace platform;
 
 HWND WINAPI SetFocus(HWND window) {
-    GuiThread& thread = CurrentGuiThread();
-    const HWND before = thread.Focus;
-    if (!window) {
-        MoveFocus(nullptr);
-        return before;
-    }
-    if (!IsOwnWindow(window)) {
-        if (IsWindow(window)) {
-            SetLastError(ERROR_ACCESS_DENIED);
-        }
-        return nullptr;
-    }
-    Activate(TopLevelOf(window));
+    const HWND before = GetFocus();
     MoveFocus(window);
     return before;
 }
@@ -119,12 +69,6 @@ HWND WINAPI GetFocus() {
 HWND WINAPI SetCapture(HWND window) {
     GuiThread& thread = CurrentGuiThread();
     const HWND before = thread.Capture;
-    if (window && !IsOwnWindow(window)) {
-        if (IsWindow(window)) {
-            SetLastError(ERROR_ACCESS_DENIED);
-        }
-        return nullptr;
-    }
     thread.Capture = window;
     if (before) {
         SendMessageW(before, WM_CAPTURECHANGED, 0, reinterpret_cast<LPARAM>(window));

@@ -3,23 +3,22 @@
 
 #include <windows.h>
 
-#include <optional>
 #include <string>
 #include <vector>
 
 namespace platform {
 
 struct MenuItem {
-    UINT Flags;   // MF_SEPARATOR, MF_GRAYED, MF_DISABLED, MF_CHECKED, MF_POPUP
-    UINT_PTR Id;  // a submenu's handle with MF_POPUP
+    UINT Flags;  // MF_
+    UINT_PTR Id;
     std::u16string Text;
 
-    bool CanBeHighlighted() const { return (Flags & MF_SEPARATOR) == 0; }
+    bool IsSeparator() const { return (Flags & MF_SEPARATOR) != 0; }
     bool CanBeChosen() const { return (Flags & (MF_SEPARATOR | MF_GRAYED | MF_DISABLED)) == 0; }
 };
 
 // None when there is no such menu.
-std::optional<std::vector<MenuItem>> MenuItems(HMENU menu);
+std::vector<MenuItem> MenuItems(HMENU menu);
 
 // The procedure of the window of an open menu, whose class is "#32768".
 LRESULT CALLBACK MenuWindowProcedure(HWND window, UINT message, WPARAM first, LPARAM second);

@@ -13,8 +13,7 @@ extern "C" {
 BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID reserved) {
     givenHandle = module;
     const HANDLE source = RegisterEventSourceW(nullptr, fake_driver::ModuleSource);
-    ReportEventW(source, EVENTLOG_INFORMATION_TYPE, reserved ? 1 : 0, reason, nullptr, 0, 0, nullptr,
-                 nullptr);
+    ReportEventW(source, EVENTLOG_WARNING_TYPE, reserved ? 1 : 0, reason, nullptr, 0, 0, nullptr, nullptr);
     DeregisterEventSource(source);
     return TRUE;
 }

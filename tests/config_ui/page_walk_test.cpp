@@ -1,0 +1,266 @@
+// Each page of the sheet under the keyboard, and its sliders under the mouse: by what is posted to the
+// control with the focus, as the system posts it.
+#include <commctrl.h>
+#include <mmddk.h>
+#include <prsht.h>
+
+#include <ostream>
+
+#include "config_ui/resource.h"
+#include "tests/support/sheet_test.h"
+#include "tests/support/system.h"
+#include "tests/support/window_visit.h"
+
+namespace {
+
+// Of every sheet.
+constexpr int Apply = 0x3021;
+constexpr int Tabs = 0x3020;
+constexpr UINT HelpKey = 0x004D;  // what the system makes of F1
+
+struct Press {
+    WORD Key;
+    int Focus;  // afterwards
+};
+
+struct PageWalk {
+    const char* Name;
+    size_t Page;
+    std::vector<Press> Presses;  // from the page's first control, once around
+    int HelpOn;
+    ULONG_PTR Help;  // 0: none
+    int Changed;     // a control that an arrow changes
+    WORD Arrow;
+    const char16_t* Stored;  // the value that Enter then stores; null: nothing changes
+};
+
+void PrintTo(const PageWalk& walk, std::ostream* out) {
+    *out << walk.Name;
+}
+
+std::vector<Press> DownTheSliders() {
+    std::vector<Press> presses;
+    for (int slider = IDC_FIRST_MIXER_SLIDER + 2; slider < IDC_LAST_MIXER_VALUE; slider += 2) {
+        presses.push_back({VK_TAB, slider});
+    }
+    presses.insert(presses.end(), {{VK_TAB, IDOK}, {VK_TAB, IDCANCEL}, {VK_TAB, IDHELP}, {VK_TAB, Tabs}});
+    presses.push_back({VK_TAB, IDC_FIRST_MIXER_SLIDER});
+    return presses;
+}
+
+class KeyTest : public SheetTest {
+protected:
+    static HWND Focused(const SheetPage& page) {
+        HWND focused = nullptr;
+        VisitWindow(page.Window(), [&focused] { focused = GetFocus(); });
+        return focused;
+    }
+
+    static int AfterKey(const SheetPage& page, WORD key) {
+        const HWND focused = Focused(page);
+        PostMessageW(focused, WM_KEYDOWN, key, 0);
+        PostMessageW(focused, WM_KEYUP, key, 0);
+        return GetDlgCtrlID(Focused(page));
+    }
+
+    // With a key that ends the sheet.
+    static void End(Sheet& sheet, const SheetPage& page, WORD key) {
+        PostMessageW(Focused(page), WM_KEYDOWN, key, 0);
+        PostMessageW(sheet.Window(), WM_NULL, 0, 0);
+        EXPECT_EQ(sheet.Closed(), DRVCNF_OK);
+    }
+};
+
+class PageWalkTest : public KeyTest, public testing::WithParamInterface<PageWalk> {
+protected:
+    PageWalkTest() { StoreSetting(0, TEXT("AdvancedMonitoring"), 1); }
+
+    // The last page is the sheet's own, the others are the card's.
+    std::optional<RegistryValue> Stored() {
+        const PageWalk& walk = GetParam();
+        const std::u16string common = u"Software\\Zephyr Harmonic Works\\Kestrelvox\\Configuration";
+        return walk.Stored == nullptr ? std::nullopt
+                                      : ReadRegistry(walk.Page == 4 ? common : ConfigKey(), walk.Stored);
+    }
+};
+
+TEST_P(PageWalkTest, ByKeys) {
+    const PageWalk& walk = GetParam();
+    Sheet& sheet = Open();
+    const SheetPage page = sheet.Show(walk.Page);
+    page.Focus(walk.Presses.back().Focus);
+    for (const Press& press : walk.Presses) {
+        EXPECT_EQ(AfterKey(page, press.Key), press.Focus) << "press " << &press - walk.Presses.data();
+    }
+    const size_t before = test_system::HelpShown().size();
+    PostMessageW(page.Control(walk.HelpOn), HelpKey, 0, 0);
+    Focused(page);
+    const std::vector<test_system::HelpRequest> shown = test_system::HelpShown();
+    ASSERT_EQ(shown.size(), before + (walk.Help != 0 ? 1 : 0));
+    if (walk.Help != 0) {
+        EXPECT_EQ(shown.back(), (test_system::HelpRequest{u"kestvox.hlp", HELP_CONTEXTPOPUP, walk.Help}));
+    }
+}
+
+TEST_P(PageWalkTest, EnterStoresWhatEscapeDoesNot) {
+    const PageWalk& walk = GetParam();
+    const std::optional<RegistryValue> untouched = Stored();
+    for (const WORD key : {WORD{VK_ESCAPE}, WORD{VK_RETURN}}) {
+        Sheet& sheet = Open();
+        const SheetPage page = sheet.Show(walk.Page);
+        page.Focus(walk.Changed);
+        EXPECT_EQ(AfterKey(page, walk.Arrow), walk.Changed);
+        EXPECT_EQ(sheet.CanApply(), walk.Stored != nullptr);
+        End(sheet, page, key);
+        EXPECT_EQ(Stored() != untouched, walk.Stored != nullptr && key == VK_RETURN);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(, PageWalkTest,
+                         testing::Values(PageWalk{"Configuration",
+                                                  0,
+                                                  {{VK_TAB, IDC_LEFT},
+                                                   {VK_DOWN, IDC_RIGHT},
+                                                   {VK_UP, IDC_LEFT},
+                                                   {VK_TAB, IDC_ADVANCED_MONITORING},
+                                                   {VK_SPACE, IDC_ADVANCED_MONITORING},
+                                                   {VK_TAB, IDC_PUNCH_IN},
+                                                   {VK_RIGHT, IDC_LOCK_TO_PLAYBACK},
+                                                   {VK_LEFT, IDC_PUNCH_IN},
+                                                   {VK_TAB, IDC_DITHER},
+                                                   {VK_TAB, IDC_CHECK_CLOCKS},
+                                                   {VK_TAB, IDC_PROFESSIONAL},
+                                                   {VK_DOWN, IDC_CONSUMER},
+                                                   {VK_TAB, IDC_COPY_PROTECT},
+                                                   {VK_TAB, IDC_NON_AUDIO},
+                                                   {VK_TAB, IDC_PREEMPHASIS},
+                                                   {VK_TAB, IDOK},
+                                                   {VK_TAB, IDCANCEL},
+                                                   {VK_TAB, Apply},
+                                                   {VK_TAB, IDHELP},
+                                                   {VK_TAB, Tabs},
+                                                   {VK_TAB, IDC_NAME}},
+                                                  IDC_NAME,
+                                                  904,
+                                                  IDC_DITHER,
+                                                  VK_DOWN,
+                                                  u"DitherADC"},
+                                         PageWalk{"Monitor", 1, DownTheSliders(), IDC_FIRST_MIXER_SLIDER, 911,
+                                                  IDC_FIRST_MIXER_SLIDER, VK_LEFT, u"Monitor"},
+                                         PageWalk{"Version",
+                                                  2,
+                                                  {{VK_TAB, IDC_BOARD_REVISION},
+                                                   {VK_DOWN, IDC_BOARD_REVISION},
+                                                   {VK_TAB, IDC_FPGA_REVISION},
+                                                   {VK_TAB, IDC_FPGA_VERSION},
+                                                   {VK_TAB, IDC_SERIAL_NUMBER},
+                                                   {VK_TAB, IDOK},
+                                                   {VK_TAB, IDCANCEL},
+                                                   {VK_TAB, IDHELP},
+                                                   {VK_TAB, Tabs},
+                                                   {VK_TAB, IDC_PCI_REVISION}},
+                                                  IDC_PCI_REVISION,
+                                                  0,
+                                                  IDC_PCI_REVISION,
+                                                  VK_RIGHT,
+                                                  nullptr},
+                                         PageWalk{"Clocks",
+                                                  3,
+                                                  {{VK_DOWN, IDC_CLOCK_TREE},
+                                                   {VK_TAB, IDOK},
+                                                   {VK_TAB, IDCANCEL},
+                                                   {VK_TAB, IDHELP},
+                                                   {VK_TAB, Tabs},
+                                                   {VK_TAB, IDC_CLOCK_TREE}},
+                                                  IDC_CLOCK_TREE,
+                                                  910,
+                                                  IDC_CLOCK_TREE,
+                                                  VK_DOWN,
+                                                  nullptr},
+                                         PageWalk{"BufferSizes",
+                                                  4,
+                                                  {{VK_TAB, IDC_EASI_BUFFER},
+                                                   {VK_TAB, IDOK},
+                                                   {VK_TAB, IDCANCEL},
+                                                   {VK_TAB, IDHELP},
+                                                   {VK_TAB, Tabs},
+                                                   {VK_TAB, IDC_ASIO_BUFFER}},
+                                                  IDC_ASIO_BUFFER,
+                                                  920,
+                                                  IDC_ASIO_BUFFER,
+                                                  VK_END,
+                                                  u"AsioBufferSize"}),
+                         testing::PrintToStringParamName());
+
+TEST_F(KeyTest, GoFromPageToPage) {
+    Sheet& sheet = Open();
+    const SheetPage first = sheet.Show(0);
+    const auto tabs = reinterpret_cast<HWND>(SendMessageW(sheet.Window(), PSM_GETTABCONTROL, 0, 0));
+    const auto shown = [tabs] { return SendMessageW(tabs, TCM_GETCURSEL, 0, 0); };
+    SendMessageW(sheet.Window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(tabs), TRUE);
+    const int firstControls[] = {IDC_NAME, IDC_FIRST_MIXER_SLIDER, IDC_PCI_REVISION, IDC_CLOCK_TREE,
+                                 IDC_ASIO_BUFFER};
+    for (int page = 1; page < 5; ++page) {
+        EXPECT_EQ(AfterKey(first, VK_RIGHT), Tabs);
+        EXPECT_EQ(shown(), page);
+        EXPECT_NE(sheet.Current().Control(firstControls[page]), nullptr);
+    }
+    AfterKey(first, VK_LEFT);
+    EXPECT_EQ(shown(), 3);
+
+    const auto hold = [&](BYTE state) {
+        VisitWindow(first.Window(), [state] {
+            BYTE keys[256] = {};
+            keys[VK_CONTROL] = state;
+            SetKeyboardState(keys);
+        });
+    };
+    hold(0x80);
+    for (const int page : {4, 0, 1}) {
+        AfterKey(first, VK_TAB);
+        EXPECT_EQ(shown(), page);
+    }
+    hold(0);
+}
+
+// A slider follows the mouse that has its thumb, and stays where it is let go.
+class SliderDragTest : public SheetTest {
+protected:
+    // To the right by that many pixels.
+    static void Drag(const SheetPage& page, int slider, int pixels) {
+        const HWND control = page.Control(slider);
+        VisitWindow(page.Window(), [&] {
+            RECT thumb = {};
+            SendMessageW(control, TBM_GETTHUMBRECT, 0, reinterpret_cast<LPARAM>(&thumb));
+            const int x = (thumb.left + thumb.right) / 2;
+            const int y = (thumb.top + thumb.bottom) / 2;
+            SendMessageW(control, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(x, y));
+            SendMessageW(control, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(x + pixels, y));
+            SendMessageW(control, WM_LBUTTONUP, 0, MAKELPARAM(x + pixels, y));
+            SendMessageW(control, WM_MOUSEMOVE, 0, MAKELPARAM(x, y));
+        });
+    }
+};
+
+TEST_F(SliderDragTest, OfAMonitorGainAndOfABufferSize) {
+    const struct {
+        size_t Page;
+        int Slider;
+        int Pixels;
+    } drags[] = {{1, IDC_FIRST_MIXER_SLIDER, 40}, {1, IDC_FIRST_MIXER_SLIDER, -10}, {4, IDC_ASIO_BUFFER, 50}};
+    for (const auto& drag : drags) {
+        Sheet& sheet = Open();
+        const SheetPage page = sheet.Show(drag.Page);
+        // From the middle of the scale, so that there is room on both sides.
+        page.Slide(drag.Slider, drag.Page == 1 ? 50 : 250);
+        const int before = page.Position(drag.Slider);
+        const std::u16string text = page.Text(drag.Slider + 1);
+        Drag(page, drag.Slider, drag.Pixels);
+        EXPECT_EQ(page.Position(drag.Slider) > before, drag.Pixels > 0);
+        EXPECT_NE(page.Position(drag.Slider), before);
+        EXPECT_NE(page.Text(drag.Slider + 1), text);
+        EXPECT_TRUE(sheet.CanApply());
+    }
+}
+
+}  // namespace
