@@ -21,6 +21,10 @@ bool IsEvent(HANDLE handle) {
     return object && object->Kind() == platform::HandleKind::Event;
 }
 
+std::unique_ptr<Conversion> OpenConversion(const WAVEFORMATEX&, const WAVEFORMATEX&) {
+    return nullptr;
+}
+
 HDRVR OpenOtherDriver(LPCWSTR, LPCWSTR, LPARAM) {
     return nullptr;
 }
