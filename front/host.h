@@ -7,12 +7,17 @@
 #include <memory>
 
 #include "front/conversion.h"
+#include "front/wave_driver.h"
 
 namespace front::host {
 
 // The library of the wave driver, with the cards that it drives. Null when it does not load.
 HMODULE LoadDriverLibrary();
 void FreeDriverLibrary(HMODULE library);
+
+// A device has been opened, closed, or has refused to open, for whoever looks on.
+enum class DeviceEvent { Opened, Closed, Refused };
+void Note(DeviceEvent event, WaveDirection direction, UINT device);
 
 // Whether a client may give this handle as the event of CALLBACK_EVENT.
 bool IsEvent(HANDLE handle);

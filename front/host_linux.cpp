@@ -16,6 +16,8 @@ void FreeDriverLibrary(HMODULE library) {
     FreeLibrary(library);
 }
 
+void Note(DeviceEvent, WaveDirection, UINT) {}
+
 bool IsEvent(HANDLE handle) {
     const std::shared_ptr<platform::KernelObject> object = platform::FindObject(handle);
     return object && object->Kind() == platform::HandleKind::Event;

@@ -9,6 +9,7 @@
 #include "front/device_query.h"
 #include "front/device_table.h"
 #include "front/format_mapping.h"
+#include "front/host.h"
 #include "front/installable_driver.h"
 #include "front/unload_driver.h"
 
@@ -61,6 +62,7 @@ MMRESULT CloseWave(WaveDirection direction, WaveHandle handle) {
     const MMRESULT result = device->Send(driver, MessagesOf(direction).Close);
     if (result == MMSYSERR_NOERROR) {
         TheDevices().Remove(*device);
+        host::Note(host::DeviceEvent::Closed, direction, device->Id);
     } else {
         device->Closing = false;
     }

@@ -69,6 +69,10 @@ struct Attempt {
             TheDevices().Remove(device);
         } else {
             *Handle = device.Handle;
+            host::Note(host::DeviceEvent::Opened, Direction, device.Id);
+        }
+        if (result != MMSYSERR_NOERROR && result != WAVERR_BADFORMAT) {
+            host::Note(host::DeviceEvent::Refused, Direction, device.Id);
         }
         return result;
     }
