@@ -1,4 +1,8 @@
 // The multimedia front between programs and the driver: what it answers itself, and what becomes of handles.
+#include <windows.h>
+#include <mmddk.h>
+#include <mmreg.h>
+
 #include "tests/support/output_test.h"
 
 namespace {
@@ -35,7 +39,9 @@ TEST_F(WaveFrontTest, HandlesGoBadWithTheCloseOnly) {
 }
 
 TEST_F(WaveFrontTest, TheMapperTakesTheFirstDeviceThatIsFree) {
+    constexpr UINT Mapper16 = 0xFFFF;
     EXPECT_MM(Query(WAVE_MAPPER, 0, CALLBACK_NULL), MMSYSERR_NOERROR);
+    EXPECT_MM(Query(Mapper16, 0, CALLBACK_NULL), MMSYSERR_NOERROR);
     WavePlayer second;
     WavePlayer third;
     for (WavePlayer* player : {&player_, &second}) {
@@ -47,9 +53,35 @@ TEST_F(WaveFrontTest, TheMapperTakesTheFirstDeviceThatIsFree) {
     EXPECT_MM(third.Open(WAVE_MAPPER, mono_), MMSYSERR_ALLOCATED);
 }
 
+TEST_F(WaveFrontTest, SomeQuestionsAreTheSystemsToAnswer) {
+    const auto ask = [](UINT device, UINT message, void* first, DWORD_PTR second) {
+        return waveOutMessage(reinterpret_cast<HWAVEOUT>(static_cast<UINT_PTR>(device)), message,
+                              reinterpret_cast<DWORD_PTR>(first), second);
+    };
+    const std::basic_string<WCHAR> name = TEXT("\\\\.\\Kestrelvox0");
+    DWORD size = 0;
+    WCHAR text[40] = {};
+    EXPECT_MM(ask(DigitalOut, DRV_QUERYMAPPABLE, nullptr, 0), MMSYSERR_NOERROR);
+    EXPECT_MM(ask(DigitalOut, DRV_QUERYDEVICEINTERFACESIZE, &size, 0), MMSYSERR_NOERROR);
+    EXPECT_EQ(size, (name.size() + 1) * sizeof(WCHAR));
+    EXPECT_MM(ask(DigitalOut, DRV_QUERYDEVICEINTERFACE, text, size - 1), MMSYSERR_INVALPARAM);
+    EXPECT_MM(ask(DigitalOut, DRV_QUERYDEVICEINTERFACE, text, size), MMSYSERR_NOERROR);
+    EXPECT_EQ(name, text);
+
+    DWORD preferred = 9;
+    DWORD flags = 9;
+    WAVEOUTCAPSW caps = {};
+    EXPECT_MM(ask(WAVE_MAPPER, DRVM_MAPPER_PREFERRED_GET, &preferred, reinterpret_cast<DWORD_PTR>(&flags)),
+              MMSYSERR_NOERROR);
+    EXPECT_EQ(preferred, 0u);
+    EXPECT_EQ(flags, 0u);
+    EXPECT_MM(waveOutGetDevCapsW(WAVE_MAPPER, &caps, sizeof caps), MMSYSERR_NOERROR);
+    EXPECT_EQ(caps.wPid, MM_WAVE_MAPPER);
+    EXPECT_EQ(caps.wChannels, 2);
+}
+
 TEST_F(WaveFrontTest, OpenChecksItsArguments) {
     const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    const HANDLE mutex = CreateMutexW(nullptr, FALSE, nullptr);
     const struct {
         DWORD Flags;
         DWORD_PTR Callback;
@@ -58,7 +90,7 @@ TEST_F(WaveFrontTest, OpenChecksItsArguments) {
         {CALLBACK_NULL, 0, MMSYSERR_NOERROR},
         {CALLBACK_THREAD, GetCurrentThreadId(), MMSYSERR_NOERROR},
         {CALLBACK_EVENT, reinterpret_cast<DWORD_PTR>(event), MMSYSERR_NOERROR},
-        {CALLBACK_EVENT, reinterpret_cast<DWORD_PTR>(mutex), MMSYSERR_INVALPARAM},
+        {CALLBACK_EVENT, 0x4242, MMSYSERR_INVALPARAM},
         {CALLBACK_FUNCTION, 0, MMSYSERR_INVALPARAM},
         {CALLBACK_WINDOW, 0x4242, MMSYSERR_INVALPARAM},
         {0x00040000, 1, MMSYSERR_INVALFLAG},
@@ -72,7 +104,6 @@ TEST_F(WaveFrontTest, OpenChecksItsArguments) {
     EXPECT_MM(waveOutOpen(&out, 0, nullptr, 0, 0, 0), MMSYSERR_INVALPARAM);
     EXPECT_MM(waveOutOpen(&out, 2, mono_.Get(), 0, 0, 0), MMSYSERR_BADDEVICEID);
     CloseHandle(event);
-    CloseHandle(mutex);
 }
 
 TEST_F(WaveFrontTest, HeadersArePreparedHere) {
@@ -81,7 +112,7 @@ TEST_F(WaveFrontTest, HeadersArePreparedHere) {
     EXPECT_MM(waveOutWrite(out, &header_, sizeof header_), WAVERR_UNPREPARED);
     EXPECT_MM(waveOutPrepareHeader(out, nullptr, sizeof header_), MMSYSERR_INVALPARAM);
     EXPECT_MM(waveOutPrepareHeader(out, &header_, sizeof header_ - 1), MMSYSERR_INVALPARAM);
-    header_.dwFlags = WHDR_BEGINLOOP | WHDR_ENDLOOP;
+    header_.dwFlags = WHDR_BEGINLOOP | WHDR_ENDLOOP | WHDR_DONE | WHDR_INQUEUE;
     for (int i = 0; i < 2; ++i) {
         EXPECT_MM(waveOutPrepareHeader(out, &header_, sizeof header_), MMSYSERR_NOERROR);
         EXPECT_EQ(header_.dwFlags, DWORD{WHDR_PREPARED | WHDR_BEGINLOOP | WHDR_ENDLOOP});
