@@ -51,8 +51,11 @@ struct CardRecord {
     WCHAR Name[NameLength];          // saved, as are the settings below
     WCHAR RegistryPath[PathLength];  // device key below HKEY_LOCAL_MACHINE; empty when unknown
     CardSettings Settings;
-    SharedWord StartsWaiting;  // hold bits of directions with streams armed behind the start hold
-    SharedCount InitCount;     // how often the card was initialised after its discovery
+    SharedWord StartsWaiting;   // hold bits of directions with streams armed behind the start hold
+    SharedWord RunsBegun;       // ... in whose run every open stream has been started
+    SharedCount WakingOutputs;  // streams on this clock that sleep and are to run afterwards
+    SharedCount WakingInputs;
+    SharedCount InitCount;  // how often the card was initialised after its discovery
 };
 static_assert(std::is_standard_layout_v<CardRecord>);
 

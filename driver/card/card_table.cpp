@@ -52,6 +52,9 @@ void ForgetRunState(CardRecord& card) {
     card.GroupRate = 0;
     card.SyncStart = 0;
     card.SyncWithOutput = 0;
+    card.RunsBegun = 0;
+    card.WakingOutputs = 0;
+    card.WakingInputs = 0;
 }
 
 }  // namespace

@@ -12,17 +12,19 @@ namespace {
 constexpr const Direction* BothDirections[] = {&InputDirection, &OutputDirection};
 
 // Clears the port's run flags. TRUE when they said that it ran.
-bool StopPort(CardRecord& card, const Direction& direction, DWORD port) {
+bool StopPort(CardRecord& card, const Direction& direction, DWORD port, CardRecord& master) {
     const bool running = (card.*direction.PortRunning)[port].exchange(0) != 0;
     const bool paused =
         direction.PortPaused != nullptr && (card.*direction.PortPaused)[port].exchange(0) != 0;
-    (card.*direction.PortResumePending)[port] = 0;
+    if ((card.*direction.PortResumePending)[port].exchange(0) != 0) {
+        CountDown(master.*direction.WakingCount);
+    }
     return running && !paused;
 }
 
 // A port whose channel is this process's for the moment, so that nobody else opens it meanwhile.
 void ForgetPort(CardRecord& card, const Direction& direction, DWORD port, CardRecord& master) {
-    if (StopPort(card, direction, port)) {
+    if (StopPort(card, direction, port, master)) {
         CountDown(master.*direction.RunningCount);
     }
     (card.*direction.PortOpen)[port] = 0;
@@ -59,7 +61,8 @@ void CountOpen(StreamInstance* stream) {
     if (open != 0) {
         ForgetPort(*stream->Card, direction, stream->Port, *stream->ClockMaster);
     }
-    StopPort(*stream->Card, direction, stream->Port);  // a suspend may have met the last stream in its close
+    // A suspend may have met the last stream in its close.
+    StopPort(*stream->Card, direction, stream->Port, *stream->ClockMaster);
     open = 1;
     ++(stream->ClockMaster->*direction.OpenCount);
 }
@@ -94,6 +97,9 @@ void ForgetIdleClock(CardRecord& master) {
         master.SyncStart = 0;
         master.SyncWithOutput = 0;
         master.StartsWaiting = 0;
+        master.RunsBegun = 0;
+        master.WakingOutputs = 0;
+        master.WakingInputs = 0;
     }
 }
 

@@ -24,8 +24,10 @@ struct Direction {
     // Counts on the clock master, of this direction and the opposite one
     SharedCount CardRecord::*OpenCount;
     SharedCount CardRecord::*RunningCount;
+    SharedCount CardRecord::*WakingCount;
     SharedCount CardRecord::*OtherOpenCount;
     SharedCount CardRecord::*OtherRunningCount;
+    SharedCount CardRecord::*OtherWakingCount;
     // Flags of the port on the stream's own card
     SharedWord (CardRecord::*PortOpen)[PortCount];
     SharedWord (CardRecord::*PortRunning)[PortCount];

@@ -52,12 +52,11 @@ bool BeginWakingUp(StreamInstance* stream, DWORD* sleeps) {
     if (stream->Closing != 0) {
         return false;
     }
+    if (stream->Power == Awake && !IsPreparedForCard(stream)) {
+        FallAsleep(stream);
+    }
     if (stream->Power != Asleep) {
-        // Somebody prepares the port, and begins anew if the card has been initialised since.
-        if (!IsPreparedForCard(stream)) {
-            stream->Direction->StopForSleep(stream);
-        }
-        return false;
+        return false;  // somebody prepares the port, and begins anew if the card has been initialised since
     }
     *sleeps = stream->Sleeps;
     stream->Power = Preparing;
@@ -95,7 +94,7 @@ bool FinishWakingUp(StreamInstance* stream, DWORD sleeps) {
         return false;
     }
     stream->Power = Awake;
-    if (stream->ResumePending().exchange(0) != 0) {
+    if (stream->ResumePending() != 0) {
         StartAwakePort(stream, StartCause::WakeUp);
     }
     return true;
@@ -134,7 +133,7 @@ void StartPort(StreamInstance* stream, DWORD resets, StartCause cause) {
     if (stream->Power == Awake) {
         StartAwakePort(stream, cause);
     } else {
-        stream->ResumePending() = 1;
+        NoteStart(stream);
     }
 }
 

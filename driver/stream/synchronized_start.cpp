@@ -1,5 +1,7 @@
 #include "stream/synchronized_start.h"
 
+#include <algorithm>
+
 #include "card/locks.h"
 #include "card/registers.h"
 #include "stream/clock_group.h"
@@ -19,25 +21,91 @@ DWORD HoldBits(const Direction& direction, const CardRecord& master) {
     return master.SyncWithOutput != 0 ? OutputHold | InputHold : direction.HoldBit;
 }
 
-// Every open stream that takes part in the run.
-bool EveryoneHasStarted(const Direction& direction, const CardRecord& master) {
-    if (master.*direction.OpenCount > master.*direction.RunningCount) {
-        return false;
+// The open streams that a run is about: those of the direction, and of the other one where both start
+// together.
+struct Participants {
+    LONG Running;
+    LONG Waking;   // asleep, to run afterwards
+    LONG Stopped;  // neither
+};
+
+Participants CountParticipants(const Direction& direction, const CardRecord& master) {
+    const auto count = [&master](auto open, auto running, auto waking) {
+        const LONG started = master.*running + master.*waking;
+        return Participants{master.*running, master.*waking, std::max<LONG>(master.*open - started, 0)};
+    };
+    Participants all = count(direction.OpenCount, direction.RunningCount, direction.WakingCount);
+    if (master.SyncWithOutput != 0) {
+        const Participants others =
+            count(direction.OtherOpenCount, direction.OtherRunningCount, direction.OtherWakingCount);
+        all.Running += others.Running;
+        all.Waking += others.Waking;
+        all.Stopped += others.Stopped;
     }
-    return master.SyncWithOutput == 0 ||
-           master.*direction.OtherRunningCount >= master.*direction.OtherOpenCount;
+    return all;
 }
 
-// Nobody waits for the streams of a process that has died.
-bool EveryoneAliveHasStarted(const Direction& direction, CardRecord& master) {
-    return EveryoneHasStarted(direction, master) ||
-           (ForgetDeadStreams(master) && EveryoneHasStarted(direction, master));
+// Before a stream is counted as started: when no other is, another run begins with it.
+void ForgetEndedRun(const Direction& direction, CardRecord& master) {
+    const Participants streams = CountParticipants(direction, master);
+    if (streams.Running == 0 && streams.Waking == 0) {
+        master.RunsBegun &= ~HoldBits(direction, master);
+    }
 }
 
+void CountWaking(StreamInstance* stream) {
+    if (stream->ResumePending().exchange(1) == 0) {
+        ++(stream->ClockMaster->*stream->Direction->WakingCount);
+    }
+}
+
+// TRUE: the port was to run when it wakes up.
+bool TakeBackStart(StreamInstance* stream) {
+    const bool noted = stream->ResumePending().exchange(0) != 0;
+    if (noted) {
+        CountDown(stream->ClockMaster->*stream->Direction->WakingCount);
+    }
+    return noted;
+}
+
+enum class WaitFor {
+    Everyone,  // who is open
+    Waking,    // ... only who is to wake up, in a run that has begun
+};
+
+bool NobodyIsAwaited(const Direction& direction, CardRecord& master, WaitFor whom) {
+    const Participants streams = CountParticipants(direction, master);
+    if (streams.Stopped == 0) {
+        master.RunsBegun |= HoldBits(direction, master);
+    }
+    const bool hasBegun = (master.RunsBegun & direction.HoldBit) != 0;
+    return streams.Waking == 0 && (streams.Stopped == 0 || (hasBegun && whom == WaitFor::Waking));
+}
+
+// The hold is put back for those that join later.
 void ReleaseHold(const Direction& direction, CardRecord& master) {
     const DWORD bits = HoldBits(direction, master);
     master.StartsWaiting &= ~bits;
     ReleaseStartHold(master, bits);
+    if (CountParticipants(direction, master).Stopped != 0) {
+        SetStartHold(master, bits);
+    }
+}
+
+// Nobody waits for the streams of a process that has died.
+void ReleaseUnlessAwaiting(const Direction& direction, CardRecord& master, WaitFor whom) {
+    if (NobodyIsAwaited(direction, master, whom) ||
+        (ForgetDeadStreams(master) && NobodyIsAwaited(direction, master, whom))) {
+        ReleaseHold(direction, master);
+    }
+}
+
+// After somebody has gone for whom they may have waited. SequenceMutex is held.
+void ReleaseWaiting(const Direction& direction, CardRecord& master, WaitFor whom) {
+    const bool someoneWaits = (master.StartsWaiting & HoldBits(direction, master)) != 0;
+    if (someoneWaits && CountParticipants(direction, master).Running != 0) {
+        ReleaseUnlessAwaiting(direction, master, whom);
+    }
 }
 
 // Starts at once, also when an earlier run of the stream left its port waiting for the hold.
@@ -54,12 +122,17 @@ void SynchronizedStart(StreamInstance* stream) {
     MutexLock starts(SequenceMutex);
     const Direction& direction = *stream->Direction;
     CardRecord& master = *stream->ClockMaster;
+    const bool wakesUp = TakeBackStart(stream);
+    if (!wakesUp) {
+        ForgetEndedRun(direction, master);
+    }
     stream->CountedRunning = 1;
     const LONG running = ++(master.*direction.RunningCount);
     if (running == 1 && master.*direction.OtherRunningCount == 0) {
         DecideRun(stream, direction, master);
     }
     if (master.SyncStart == 0) {
+        master.RunsBegun |= direction.HoldBit;
         ArmAlone(stream);
         return;
     }
@@ -70,27 +143,38 @@ void SynchronizedStart(StreamInstance* stream) {
     WritePort(stream->Device, port_register::Control, PortArm, PortArm);
     ArmChannel(stream->Device);
     master.StartsWaiting |= direction.HoldBit;
-    if (EveryoneAliveHasStarted(direction, master)) {
-        ReleaseHold(direction, master);
+    ReleaseUnlessAwaiting(direction, master, wakesUp ? WaitFor::Waking : WaitFor::Everyone);
+}
+
+void NoteStart(StreamInstance* stream) {
+    MutexLock starts(SequenceMutex);
+    if (stream->ResumePending() == 0) {
+        ForgetEndedRun(*stream->Direction, *stream->ClockMaster);
+        CountWaking(stream);
+    }
+}
+
+void ForgetStart(StreamInstance* stream) {
+    MutexLock starts(SequenceMutex);
+    if (TakeBackStart(stream)) {
+        ReleaseWaiting(*stream->Direction, *stream->ClockMaster, WaitFor::Waking);
     }
 }
 
 void ReleaseWaitingStarts(const Direction& direction, CardRecord& master) {
     MutexLock starts(SequenceMutex);
-    const bool someoneRuns = master.*direction.RunningCount > 0 ||
-                             (master.SyncWithOutput != 0 && master.*direction.OtherRunningCount > 0);
-    if ((master.StartsWaiting & HoldBits(direction, master)) != 0 && someoneRuns &&
-        EveryoneAliveHasStarted(direction, master)) {
-        ReleaseHold(direction, master);
-    }
+    ReleaseWaiting(direction, master, WaitFor::Everyone);
 }
 
-void SynchronizedStop(StreamInstance* stream) {
+void SynchronizedStop(StreamInstance* stream, StopCause cause) {
     MutexLock starts(SequenceMutex);
     const Direction& direction = *stream->Direction;
     CardRecord& master = *stream->ClockMaster;
     if (stream->CountedRunning.exchange(0) != 0) {  // not so when its transfer could not be started
         CountDown(master.*direction.RunningCount);
+    }
+    if (cause == StopCause::Sleep) {
+        CountWaking(stream);
     }
     if (master.SyncStart != 0) {
         SetStartHold(master, HoldBits(direction, master));

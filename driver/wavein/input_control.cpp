@@ -36,8 +36,8 @@ DWORD WholeUnits(const StreamInstance* stream, DWORD frames) {
 // Under the stream's control. The run is over for the buffers before the kernel gives back the one under way,
 // and the port does not count as running any more: a client that adds a buffer again from inside its callback
 // would start the transfer anew.
-void StopRunningPort(StreamInstance* stream) {
-    SynchronizedStop(stream);
+void StopRunningPort(StreamInstance* stream, StopCause cause) {
+    SynchronizedStop(stream, cause);
     const DWORD frames = SettledPosition(stream);
     stream->Recorded.End(frames != NoPosition ? WholeUnits(stream, frames) : NoPosition);
     stream->Running() = 0;
@@ -47,10 +47,10 @@ void StopRunningPort(StreamInstance* stream) {
 void StopPort(StreamInstance* stream) {
     ControlLock control(stream);
     if (IsRunning(stream)) {
-        StopRunningPort(stream);
+        StopRunningPort(stream, StopCause::Message);
     }
     if (stream->Power != Awake) {
-        stream->ResumePending() = 0;
+        ForgetStart(stream);
     }
 }
 
@@ -62,8 +62,7 @@ void BeginRecording(StreamInstance* stream) {
 
 void StopInputForSleep(StreamInstance* stream) {
     if (IsRunning(stream)) {
-        StopRunningPort(stream);
-        stream->ResumePending() = 1;
+        StopRunningPort(stream, StopCause::Sleep);
     }
 }
 

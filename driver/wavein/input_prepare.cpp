@@ -2,6 +2,7 @@
 #include "card/registers.h"
 #include "clock/sample_clock.h"
 #include "eventlog/driver_event.h"
+#include "stream/synchronized_start.h"
 #include "wavein/input_parts.h"
 
 namespace kestvox {
@@ -77,7 +78,7 @@ MMRESULT PrepareInput(StreamInstance* stream, bool ignoreClockError) {
 }
 
 void CleanUpInput(StreamInstance* stream) {
-    stream->ResumePending() = 0;  // closed while suspended
+    ForgetStart(stream);  // closed while suspended
     SilenceGains(stream);
     if (stream->Port != AnalogPort && stream->Card->ActiveClockSource != DigitalInputClock) {
         WritePort(stream->Device, port_register::Receiver, PortReceiverOff, PortReceiverOff);

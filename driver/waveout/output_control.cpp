@@ -25,12 +25,14 @@ SharedWord& Paused(StreamInstance* stream) {
 void StopPort(StreamInstance* stream) {
     ControlLock control(stream);
     if (IsRunning(stream)) {
-        SynchronizedStop(stream);
+        SynchronizedStop(stream, StopCause::Message);
     }
     Paused(stream) = 0;
     stream->Running() = 0;
-    if (stream->Power != Awake) {
-        stream->ResumePending() = stream->Closing == 0;  // as a suspend leaves a port that is not paused
+    if (stream->Closing != 0) {
+        ForgetStart(stream);
+    } else if (stream->Power != Awake) {
+        NoteStart(stream);  // as a suspend leaves a port that is not paused
     }
 }
 
@@ -52,11 +54,11 @@ MMRESULT PauseOutput(StreamInstance* stream) {
     stream->JustReset = 0;
     ControlLock control(stream);
     if (IsRunning(stream)) {
-        SynchronizedStop(stream);
+        SynchronizedStop(stream, StopCause::Message);
     }
     Paused(stream) = 1;
     if (stream->Power != Awake) {
-        stream->ResumePending() = 0;
+        ForgetStart(stream);
     }
     return MMSYSERR_NOERROR;
 }
@@ -86,11 +88,12 @@ void StopOutputForSleep(StreamInstance* stream) {
         return;
     }
     if (stream->Running() != 0) {
-        SynchronizedStop(stream);
+        SynchronizedStop(stream, StopCause::Sleep);
         StopTransfer(stream->Device);
+    } else {
+        NoteStart(stream);
     }
     Paused(stream) = 1;
-    stream->ResumePending() = 1;
 }
 
 void InitializeOutputFields(StreamInstance* stream) {

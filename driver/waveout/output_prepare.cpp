@@ -2,6 +2,7 @@
 #include "card/registers.h"
 #include "clock/sample_clock.h"
 #include "format/wave_format.h"
+#include "stream/synchronized_start.h"
 #include "waveout/output_parts.h"
 
 namespace kestvox {
@@ -47,7 +48,7 @@ MMRESULT PrepareOutput(StreamInstance* stream, bool ignoreClockError) {
 }
 
 void CleanUpOutput(StreamInstance* stream) {
-    stream->ResumePending() = 0;  // closed while suspended
+    ForgetStart(stream);  // closed while suspended
     SetStoredGains(stream, false);
 }
 

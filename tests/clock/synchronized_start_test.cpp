@@ -1,10 +1,16 @@
 // Streams of one clock start on one frame of it: outputs together, inputs together, and all of them when
 // recording is locked to playback.
+#include <mmddk.h>
+
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <optional>
+#include <thread>
 
+#include "simulator/requests/request_hold.h"
 #include "tests/clock/clock_script.h"
+#include "tests/support/driver_library.h"
 #include "tests/support/wave_recorder.h"
 
 namespace {
@@ -38,7 +44,9 @@ protected:
         for (const UINT stream : streams) {
             if (IsInput(stream)) {
                 ASSERT_EQ(Recorder(stream).Open(stream - 4, format), MMSYSERR_NOERROR);
-                ASSERT_EQ(Recorder(stream).Add(40000), MMSYSERR_NOERROR);
+                for (unsigned i = 0; i < recordings_; ++i) {
+                    ASSERT_EQ(Recorder(stream).Add(40000), MMSYSERR_NOERROR);
+                }
             } else {
                 ASSERT_EQ(Player(stream).Open(stream, format), MMSYSERR_NOERROR);
             }
@@ -125,6 +133,7 @@ protected:
         return lines;
     }
 
+    unsigned recordings_ = 1;  // buffers of each input
     std::map<UINT, WavePlayer> players_;
     std::map<UINT, WaveRecorder> recorders_;
 };
@@ -308,6 +317,145 @@ TEST_F(GroupStartTest, ARecordingStopsAndJoinsAPlaybackAgain) {
     Cards().Advance(100000);
     EXPECT_EQ(Cards().Input(0, Port::Analog).FramesRecorded - before, 1000u);
     EXPECT_EQ(Output(0).FramesSilent, 0u);
+}
+
+// --- over a sleep of the computer -----------------------------------------------------------------------
+
+class StartOverASleepTest : public GroupStartTest {
+protected:
+    StartOverASleepTest() {
+        LockToPlayback();
+        recordings_ = 5;  // each stop ends one
+    }
+
+    void Sleep() {
+        DriverLibrary().DriverProc(DRV_POWER, PWR_SUSPENDREQUEST);
+        Cards().PowerCycle(0);
+        Cards().PowerCycle(1);
+    }
+    void Wake() { DriverLibrary().DriverProc(DRV_POWER, PWR_SUSPENDRESUME); }
+    // Acts before the wake-up that comes last takes its channel. Another one, just before, tells when that
+    // is.
+    void WakeWith(const std::function<void()>& act) {
+        Cards().ClearTrace();
+        Wake();
+        const Lines lines = TraceText();
+        const auto last = std::find(lines.rbegin(), lines.rend(), "ACQUIRE_CHANNEL");
+        Sleep();
+        simulator::RequestHold hold(static_cast<unsigned>(lines.rend() - last),
+                                    simulator::RequestHold::Where::Before);
+        std::thread waking([this, &hold] {
+            const simulator::RequestHold::Watch watch(hold);
+            Wake();
+        });
+        EXPECT_EQ(hold.AwaitHeldOrEnded(), simulator::RequestHold::State::Held);
+        act();
+        hold.LetGo();
+        waking.join();
+    }
+
+    void Stop(UINT stream) { IsInput(stream) ? void(Recorder(stream).Stop()) : Pause(stream); }
+    void StartAgain(UINT stream) { IsInput(stream) ? void(Recorder(stream).Start()) : Restart(stream); }
+    bool Moves(UINT stream) {
+        const auto moved = [this, stream] {
+            return IsInput(stream)
+                       ? Cards().Input(stream % 4 / 2, static_cast<Port>(stream % 2)).FramesRecorded
+                       : Played(stream);
+        };
+        const uint64_t before = moved();
+        Cards().Advance(20000);
+        return moved() > before;
+    }
+    void Close(const std::vector<UINT>& streams) {
+        for (const UINT stream : streams) {
+            Shut(stream);
+        }
+    }
+};
+
+TEST_F(StartOverASleepTest, WhoRanGoesOnWhateverBecomesOfTheOther) {
+    enum class When { Before, During, BetweenTheWakeUps };
+    const auto reset = [this](UINT stream) {
+        IsInput(stream) ? waveInReset(Recorder(stream).Handle()) : waveOutReset(Player(stream).Handle());
+    };
+    const std::function<void(UINT)> ends[] = {[this](UINT stream) { Stop(stream); }, reset,
+                                              [this](UINT stream) { Shut(stream); }};
+    for (const auto& [other, stream] :
+         {std::pair{0u, 1u}, {1u, 0u}, {2u, 0u}, {4u, 5u}, {4u, 0u}, {0u, 4u}}) {
+        for (const When when : {When::Before, When::During, When::BetweenTheWakeUps}) {
+            for (const auto& end : ends) {
+                SCOPED_TRACE(testing::Message() << other << " ends, " << stream << " goes on, "
+                                                << static_cast<int>(when) << ", " << &end - ends);
+                Open({stream, other});
+                Start(stream);
+                Start(other);
+                if (when == When::Before) {
+                    end(other);
+                }
+                Sleep();
+                if (when == When::During) {
+                    end(other);
+                }
+                if (when == When::BetweenTheWakeUps) {
+                    WakeWith([&end, other] { end(other); });
+                } else {
+                    Wake();
+                }
+                EXPECT_TRUE(Moves(stream));
+                Close({stream, other});
+            }
+        }
+    }
+}
+
+TEST_F(StartOverASleepTest, WhoWaitedBeforeItWaitsAfterIt) {
+    enum class Earlier { NoRun, EndedBefore, EndedDuring };
+    for (const auto& [waiting, missing] : {std::pair{0u, 1u}, {0u, 2u}, {4u, 5u}, {0u, 4u}}) {
+        for (const Earlier earlier : {Earlier::NoRun, Earlier::EndedBefore, Earlier::EndedDuring}) {
+            SCOPED_TRACE(testing::Message() << waiting << " waits for " << missing << ", earlier run "
+                                            << static_cast<int>(earlier));
+            const auto runAnew = [this, waiting, missing] {
+                Stop(missing);
+                Stop(waiting);
+                StartAgain(waiting);
+            };
+            Open({waiting, missing});
+            Stop(missing);
+            Start(waiting);
+            if (earlier != Earlier::NoRun) {
+                StartAgain(missing);
+            }
+            if (earlier == Earlier::EndedBefore) {
+                runAnew();
+            }
+            Sleep();
+            if (earlier == Earlier::EndedDuring) {
+                runAnew();
+            }
+            Wake();
+            EXPECT_FALSE(Moves(waiting));
+            StartAgain(missing);
+            EXPECT_TRUE(Moves(waiting));
+            Close({waiting, missing});
+        }
+    }
+}
+
+TEST_F(StartOverASleepTest, OthersJoinTogetherAfterIt) {
+    Open({0, 1, 2});
+    for (const UINT stream : {0u, 1u, 2u}) {
+        Start(stream);
+    }
+    Pause(1);
+    Pause(2);
+    Sleep();
+    Wake();
+    EXPECT_TRUE(Moves(0));
+    Restart(1);
+    EXPECT_FALSE(Moves(1)) << "waits for the third";
+    Restart(2);
+    EXPECT_TRUE(Moves(1));
+    EXPECT_TRUE(Moves(0));
 }
 
 }  // namespace

@@ -207,20 +207,6 @@ TEST_F(KeyTest, GoFromPageToPage) {
     }
     AfterKey(first, VK_LEFT);
     EXPECT_EQ(shown(), 3);
-
-    const auto hold = [&](BYTE state) {
-        VisitWindow(first.Window(), [state] {
-            BYTE keys[256] = {};
-            keys[VK_CONTROL] = state;
-            SetKeyboardState(keys);
-        });
-    };
-    hold(0x80);
-    for (const int page : {4, 0, 1}) {
-        AfterKey(first, VK_TAB);
-        EXPECT_EQ(shown(), page);
-    }
-    hold(0);
 }
 
 // A slider follows the mouse that has its thumb, and stays where it is let go.

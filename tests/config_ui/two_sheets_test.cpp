@@ -93,7 +93,8 @@ TEST_F(TwoSheetsTest, WhatBothChangeIsTheLaters) {
     ShowAll(later);
     Sheet earlier(Library());
     earlier.Show(0).Type(IDC_NAME, u"Earlier");
-    Tree(earlier).Drag(u"B", u"A");
+    earlier.Show(0).Focus(IDC_LEFT);  // a name is taken when its field is left
+    Tree(earlier).Drag(u"B", u"Earlier");
     later.Show(0).Type(IDC_NAME, u"Later");
     later.Show(0).Focus(IDC_LEFT);
     Tree(later).Drag(u"Later", u"C");

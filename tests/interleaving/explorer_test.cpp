@@ -51,8 +51,7 @@ bool MayFollow(const Act& held, const Act& other) {
     if (lets && (PartsOf(held.What).size() > 1 || PartsOf(other.What).size() > 1)) {
         return false;
     }
-    // A stream that is opened in the middle of a resume belongs to the group from then on, so those that wake
-    // after it wait for its start: neither order of the two says so.
+    // A stream that is opened in the middle of a resume programs the clock at the same time.
     if (held.What == Message::Resume && other.What == Message::Open) {
         return false;
     }

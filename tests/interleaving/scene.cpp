@@ -20,6 +20,28 @@ bool IsAsleep(Start from) {
     return from == Start::Asleep || from == Start::Dozing;
 }
 
+bool PlaysToBeginWith(Start from, unsigned stream) {
+    return from == Start::Playing || from == Start::Asleep || (from == Start::Partly && stream == 0);
+}
+
+// Whether the act ends what the stream plays.
+bool Ends(const Act& act, unsigned stream, const Setting& setting) {
+    switch (act.What) {
+    case Message::Free:
+    case Message::SoftReset:
+        return true;
+    case Message::Stop:
+    case Message::Reset:
+    case Message::Close:
+    case Message::Shut:
+        return act.Stream == stream;
+    case Message::Break:  // which stops an input
+        return act.Stream == stream && !setting.Streams[stream].Output;
+    default:
+        return false;
+    }
+}
+
 // A stream that was closed from inside its callback is let go when the service thread comes to its end.
 bool BecomesFree(const StreamPlan& plan) {
     constexpr std::chrono::seconds LongestWait(60);
@@ -150,6 +172,7 @@ std::string Scene::Outcome(Start from, const std::vector<Act>& acts) {
     if (from == Start::Dozing && outcome.find(BeganApart) != std::string::npos) {
         Fault("what was started during the sleep began apart after it");
     }
+    ExpectUndisturbed(from, acts);
     ExpectRestart();
     ExpectAllBack();
     ExpectFreshStart();
@@ -230,6 +253,18 @@ std::vector<uint64_t> Scene::StartAll(bool handMore) {
         }
     }
     return MovedIn(Moment);
+}
+
+// Whatever becomes of the others of its clock.
+void Scene::ExpectUndisturbed(Start from, const std::vector<Act>& acts) {
+    const std::vector<uint64_t> moved = MovedIn(Moment);
+    for (unsigned stream = 0; stream < StreamCount(); ++stream) {
+        const bool ended = std::any_of(acts.begin(), acts.end(),
+                                       [&](const Act& act) { return Ends(act, stream, setting_); });
+        if (PlaysToBeginWith(from, stream) && !ended && moved[stream] == 0) {
+            Fault(stream, "is silent, though nobody has stopped it");
+        }
+    }
 }
 
 void Scene::ExpectRestart() {

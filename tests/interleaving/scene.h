@@ -35,6 +35,7 @@ private:
     std::string Snapshot(bool buffers);
     std::string WakeUp(Start from, bool softReset, bool buffers);
     std::vector<uint64_t> StartAll(bool handMore);
+    void ExpectUndisturbed(Start from, const std::vector<Act>& acts);
     void ExpectRestart();
     void ExpectAllBack();
     void ExpectFreshStart();

@@ -60,9 +60,7 @@ INT_PTR PropertySheetDialog::Run() {
     ShowWindow(window, SW_SHOW);
     MSG message;
     while (!over_ && GetMessageW(&message, nullptr, 0, 0)) {
-        if (!TakesKey(message)) {
-            HandleDialogMessage(window, message);
-        }
+        HandleDialogMessage(window, message);
     }
     DestroyWindow(window);
     return result_;
@@ -205,18 +203,6 @@ LRESULT PropertySheetDialog::AskSiblings(WPARAM first, LPARAM second) const {
         }
     }
     return 0;
-}
-
-// Control with Tab goes from page to page.
-bool PropertySheetDialog::TakesKey(const MSG& message) {
-    if (message.message != WM_KEYDOWN || message.wParam != VK_TAB || GetKeyState(VK_CONTROL) >= 0) {
-        return false;
-    }
-    const size_t step = GetKeyState(VK_SHIFT) < 0 ? pages_.size() - 1 : 1;
-    if (MayLeave()) {
-        Turn((active_ + step) % pages_.size());
-    }
-    return true;
 }
 
 void PropertySheetDialog::EnableApply(bool enable) const {

@@ -31,7 +31,6 @@ private:
     static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM first, LPARAM second);
     INT_PTR Handle(UINT message, WPARAM first, LPARAM second);
     INT_PTR HandleTabs(UINT notification);
-    bool TakesKey(const MSG& message);
     INT_PTR Answer(LRESULT answer);
 
     void Open(HWND window);
