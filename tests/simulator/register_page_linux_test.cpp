@@ -95,8 +95,10 @@ TEST_F(RegisterPageTest, IsWhatTheTableSays) {
         const std::string number = Files[static_cast<int>(row.File)] + (" " + std::to_string(row.Index));
         const bool window = row.File == RegisterFile::Indirect || row.File == RegisterFile::Mixer;
         const std::string when = row.Writable == 0 ? "read only" : window ? "" : writes[number];
-        table += "| " + number + " | " + row.Name + " | " + Hex(row.Reset) + " | " + BitsOf(row) + " | " +
-                 when + " | " + row.Meaning + " |\n";
+        for (const std::string& cell : {number, std::string(row.Name), Hex(row.Reset), BitsOf(row), when}) {
+            table.append("| ").append(cell).append(" ");
+        }
+        table.append("| ").append(row.Meaning).append(" |\n");
     }
     std::ifstream file(KESTVOX_REGISTERS_PAGE);
     std::string page{std::istreambuf_iterator<char>(file), {}};
