@@ -1,5 +1,7 @@
 // What drivers call: DriverCallback, which notifies a client, and DefDriverProc, the default answers to
 // installable-driver messages.
+#include "front/driver_callback.h"
+
 #include <windows.h>
 #include <mmsystem.h>
 #include <mmddk.h>

@@ -4,14 +4,26 @@
 #include <windows.h>
 #include <mmsystem.h>
 
+#include <memory>
+
+#include "front/conversion.h"
+#include "front/wave_driver.h"
+
 namespace front::host {
 
 // The library of the wave driver, with the cards that it drives. Null when it does not load.
 HMODULE LoadDriverLibrary();
 void FreeDriverLibrary(HMODULE library);
 
+// A device has been opened, closed, or has refused to open, for whoever looks on.
+enum class DeviceEvent { Opened, Closed, Refused };
+void Note(DeviceEvent event, WaveDirection direction, UINT device);
+
 // Whether a client may give this handle as the event of CALLBACK_EVENT.
 bool IsEvent(HANDLE handle);
+
+// The system's converter between two formats, each with its cbSize bytes behind it. Null when it has none.
+std::unique_ptr<Conversion> OpenConversion(const WAVEFORMATEX& from, const WAVEFORMATEX& to);
 
 // Installable drivers other than the wave driver. The answers are null, or 0, where the system has none.
 HDRVR OpenOtherDriver(LPCWSTR name, LPCWSTR section, LPARAM parameter);

@@ -16,9 +16,15 @@ void FreeDriverLibrary(HMODULE library) {
     FreeLibrary(library);
 }
 
+void Note(DeviceEvent, WaveDirection, UINT) {}
+
 bool IsEvent(HANDLE handle) {
     const std::shared_ptr<platform::KernelObject> object = platform::FindObject(handle);
     return object && object->Kind() == platform::HandleKind::Event;
+}
+
+std::unique_ptr<Conversion> OpenConversion(const WAVEFORMATEX&, const WAVEFORMATEX&) {
+    return nullptr;
 }
 
 HDRVR OpenOtherDriver(LPCWSTR, LPCWSTR, LPARAM) {

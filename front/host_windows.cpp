@@ -2,6 +2,7 @@
 
 #include "front/host.h"
 #include "front/unload_driver.h"
+#include "front/windows/bench.h"
 #include "front/windows/simulated_cards.h"
 #include "front/windows/system_library.h"
 #include "simulator/attach.h"
@@ -39,6 +40,13 @@ HMODULE LoadDriverLibrary() {
 void FreeDriverLibrary(HMODULE library) {
     FreeLibrary(library);
     TakeAwayCards();
+}
+
+void Note(DeviceEvent event, WaveDirection direction, UINT device) {
+    constexpr void (Bench::*Told[])(WaveDirection, UINT) = {&Bench::Opened, &Bench::Closed, &Bench::Refused};
+    if (Bench* const bench = TheBench()) {
+        (bench->*Told[static_cast<int>(event)])(direction, device);
+    }
 }
 
 // Every valid handle is accepted, because the system does not tell what kind of object it belongs to.

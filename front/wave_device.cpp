@@ -1,15 +1,14 @@
 #include "front/wave_device.h"
 
-#include <mmddk.h>
-
 #include <algorithm>
-#include <atomic>
 #include <cstring>
-#include <map>
 #include <memory>
-#include <mutex>
+#include <optional>
 #include <vector>
 
+#include "front/device_query.h"
+#include "front/device_table.h"
+#include "front/format_mapping.h"
 #include "front/host.h"
 #include "front/installable_driver.h"
 #include "front/unload_driver.h"
@@ -17,155 +16,6 @@
 namespace front {
 
 namespace {
-
-struct Messages {
-    UINT DeviceCount, Caps, Open, Close, Prepare, Unprepare, Queue, Reset, Position;
-};
-constexpr Messages MessageTable[] = {
-    {WODM_GETNUMDEVS, WODM_GETDEVCAPS, WODM_OPEN, WODM_CLOSE, WODM_PREPARE, WODM_UNPREPARE, WODM_WRITE,
-     WODM_RESET, WODM_GETPOS},
-    {WIDM_GETNUMDEVS, WIDM_GETDEVCAPS, WIDM_OPEN, WIDM_CLOSE, WIDM_PREPARE, WIDM_UNPREPARE, WIDM_ADDBUFFER,
-     WIDM_RESET, WIDM_GETPOS},
-};
-
-const Messages& MessagesOf(WaveDirection direction) {
-    return MessageTable[static_cast<int>(direction)];
-}
-
-struct Device {
-    WaveDirection Direction;
-    UINT Id;
-    WaveHandle Handle;
-    DWORD_PTR User = 0;  // the driver's, from its open on
-    std::atomic<bool> Closing{false};
-
-    DWORD Send(const WaveDriverUse& driver, UINT message, DWORD_PTR first, DWORD_PTR second) const {
-        return driver.Send(Direction, Id, message, User, first, second);
-    }
-};
-
-// The open devices.
-class DeviceTable {
-public:
-    std::shared_ptr<Device> Add(WaveDirection direction, UINT id) {
-        const std::lock_guard hold(lock_);
-        auto device = std::make_shared<Device>();
-        device->Direction = direction;
-        device->Id = id;
-        device->Handle = nextHandle_;
-        nextHandle_ += 0x10;
-        devices_[device->Handle] = device;
-        return device;
-    }
-
-    void Remove(const Device& device) {
-        const std::lock_guard hold(lock_);
-        devices_.erase(device.Handle);
-    }
-
-    std::shared_ptr<Device> Find(WaveDirection direction, WaveHandle handle) {
-        const std::lock_guard hold(lock_);
-        const auto found = devices_.find(handle);
-        if (found == devices_.end() || found->second->Direction != direction) {
-            return nullptr;
-        }
-        return found->second;
-    }
-
-    std::vector<std::shared_ptr<Device>> All() {
-        const std::lock_guard hold(lock_);
-        std::vector<std::shared_ptr<Device>> all;
-        for (const auto& [handle, device] : devices_) {
-            all.push_back(device);
-        }
-        return all;
-    }
-
-private:
-    std::mutex lock_;
-    std::map<WaveHandle, std::shared_ptr<Device>> devices_;
-    WaveHandle nextHandle_ = 0x140000;  // above every device number
-};
-
-DeviceTable& TheDevices() {
-    static auto* const devices = new DeviceTable;
-    return *devices;
-}
-
-UINT CountDevices(const WaveDriverUse& driver, WaveDirection direction) {
-    const UINT message = MessagesOf(direction).DeviceCount;
-    return driver.Serves(direction) ? driver.Send(direction, 0, message, 0, 0, 0) : 0;
-}
-
-MMRESULT CheckOpenFlags(const WaveOpenRequest& request) {
-    constexpr DWORD Known =
-        CALLBACK_TYPEMASK | WAVE_FORMAT_QUERY | WAVE_ALLOWSYNC | WAVE_MAPPED | WAVE_FORMAT_DIRECT;
-    if (request.Flags & ~Known) {
-        return MMSYSERR_INVALFLAG;
-    }
-    bool valid = true;
-    switch (request.Flags & CALLBACK_TYPEMASK) {
-    case CALLBACK_NULL:
-    case CALLBACK_THREAD:
-        break;
-    case CALLBACK_WINDOW:
-        valid = IsWindow(reinterpret_cast<HWND>(request.Callback));
-        break;
-    case CALLBACK_FUNCTION:
-        valid = request.Callback != 0;
-        break;
-    case CALLBACK_EVENT:
-        valid = host::IsEvent(reinterpret_cast<HANDLE>(request.Callback));
-        break;
-    default:
-        return MMSYSERR_INVALFLAG;
-    }
-    return valid ? MMSYSERR_NOERROR : MMSYSERR_INVALPARAM;
-}
-
-// `*handle` stays as it is when the open fails or only asks about the format.
-MMRESULT OpenDevice(const WaveDriverUse& driver, WaveDirection direction, UINT id,
-                    const WaveOpenRequest& request, WaveHandle* handle) {
-    const std::shared_ptr<Device> device = TheDevices().Add(direction, id);
-    // The driver only reads the format, but WAVEOPENDESC has a pointer without const.
-    auto* format = reinterpret_cast<LPWAVEFORMAT>(const_cast<WAVEFORMATEX*>(request.Format));
-    WAVEOPENDESC description = {};
-    description.hWave = reinterpret_cast<HWAVE>(device->Handle);
-    description.lpFormat = format;
-    description.dwCallback = request.Callback;
-    description.dwInstance = request.Instance;
-    const MMRESULT result =
-        driver.Send(direction, id, MessagesOf(direction).Open, reinterpret_cast<DWORD_PTR>(&device->User),
-                    reinterpret_cast<DWORD_PTR>(&description), request.Flags);
-    if (result != MMSYSERR_NOERROR || (request.Flags & WAVE_FORMAT_QUERY)) {
-        TheDevices().Remove(*device);
-    } else {
-        *handle = device->Handle;
-    }
-    return result;
-}
-
-// When every device refuses, the answer is the first refusal that is not about the format: "the device is in
-// use" tells a program more than that another device does not know the format.
-MMRESULT OpenAnyDevice(const WaveDriverUse& driver, WaveDirection direction, UINT count,
-                       const WaveOpenRequest& request, WaveHandle* handle) {
-    MMRESULT refusal = count > 0 ? MMRESULT{WAVERR_BADFORMAT} : MMRESULT{MMSYSERR_BADDEVICEID};
-    for (UINT id = 0; id < count; ++id) {
-        const MMRESULT result = OpenDevice(driver, direction, id, request, handle);
-        if (result == MMSYSERR_NOERROR) {
-            return result;
-        }
-        if (refusal == WAVERR_BADFORMAT) {
-            refusal = result;
-        }
-    }
-    return refusal;
-}
-
-// The driver's threads change a queued header's flags at any time.
-DWORD FlagsOf(const WAVEHDR& header) {
-    return __atomic_load_n(&header.dwFlags, __ATOMIC_ACQUIRE);
-}
 
 bool IsWhole(const WAVEHDR* header, UINT size) {
     return header && size >= sizeof(WAVEHDR);
@@ -184,7 +34,8 @@ MMRESULT GetWaveCaps(WaveDirection direction, WaveHandle device, void* caps, UIN
     }
     const WaveDriverUse driver;
     const std::shared_ptr<Device> open = TheDevices().Find(direction, device);
-    const WaveHandle id = open ? open->Id : device;
+    const bool mapper = !open && IsMapper(device);
+    const WaveHandle id = open ? open->Id : mapper ? 0 : device;
     if (id >= CountDevices(driver, direction)) {
         return MMSYSERR_BADDEVICEID;
     }
@@ -193,28 +44,12 @@ MMRESULT GetWaveCaps(WaveDirection direction, WaveHandle device, void* caps, UIN
     const MMRESULT result = driver.Send(direction, static_cast<UINT>(id), MessagesOf(direction).Caps, 0,
                                         reinterpret_cast<DWORD_PTR>(whole.data()), capsSize);
     if (result == MMSYSERR_NOERROR) {
+        if (mapper) {
+            DescribeMapper(direction, whole.data());
+        }
         std::memcpy(caps, whole.data(), std::min(size, capsSize));
     }
     return result;
-}
-
-MMRESULT OpenWave(WaveDirection direction, const WaveOpenRequest& request, WaveHandle* handle) {
-    const MMRESULT error = CheckOpenFlags(request);
-    if (error != MMSYSERR_NOERROR) {
-        return error;
-    }
-    if (!request.Format) {
-        return MMSYSERR_INVALPARAM;
-    }
-    const WaveDriverUse driver;
-    const UINT count = CountDevices(driver, direction);
-    if (request.Device == WAVE_MAPPER) {
-        return OpenAnyDevice(driver, direction, count, request, handle);
-    }
-    if (request.Device >= count) {
-        return MMSYSERR_BADDEVICEID;
-    }
-    return OpenDevice(driver, direction, request.Device, request, handle);
 }
 
 MMRESULT CloseWave(WaveDirection direction, WaveHandle handle) {
@@ -224,9 +59,10 @@ MMRESULT CloseWave(WaveDirection direction, WaveHandle handle) {
     if (!device || device->Closing.exchange(true)) {
         return MMSYSERR_INVALHANDLE;
     }
-    const MMRESULT result = device->Send(driver, MessagesOf(direction).Close, 0, 0);
+    const MMRESULT result = device->Send(driver, MessagesOf(direction).Close);
     if (result == MMSYSERR_NOERROR) {
         TheDevices().Remove(*device);
+        host::Note(host::DeviceEvent::Closed, direction, device->Id);
     } else {
         device->Closing = false;
     }
@@ -256,13 +92,8 @@ MMRESULT PrepareWaveHeader(WaveDirection direction, WaveHandle handle, WAVEHDR* 
     if (FlagsOf(*header) & WHDR_PREPARED) {
         return MMSYSERR_NOERROR;
     }
-    MMRESULT result =
-        SendWave(direction, handle, MessagesOf(direction).Prepare, reinterpret_cast<DWORD_PTR>(header), size);
-    if (result == MMSYSERR_NOTSUPPORTED) {
-        header->dwFlags |= WHDR_PREPARED;
-        result = MMSYSERR_NOERROR;
-    }
-    return result;
+    const WaveDriverUse driver;
+    return device->Mapping ? device->Mapping->Prepare(header) : PrepareForDriver(driver, *device, header);
 }
 
 MMRESULT UnprepareWaveHeader(WaveDirection direction, WaveHandle handle, WAVEHDR* header, UINT size) {
@@ -280,13 +111,9 @@ MMRESULT UnprepareWaveHeader(WaveDirection direction, WaveHandle handle, WAVEHDR
     if (!(flags & WHDR_PREPARED)) {
         return MMSYSERR_NOERROR;
     }
-    MMRESULT result = SendWave(direction, handle, MessagesOf(direction).Unprepare,
-                               reinterpret_cast<DWORD_PTR>(header), size);
-    if (result == MMSYSERR_NOTSUPPORTED) {
-        header->dwFlags &= ~DWORD{WHDR_PREPARED};
-        result = MMSYSERR_NOERROR;
-    }
-    return result;
+    const WaveDriverUse driver;
+    return device->Mapping ? device->Mapping->Unprepare(driver, header)
+                           : UnprepareForDriver(driver, *device, header);
 }
 
 MMRESULT QueueWaveHeader(WaveDirection direction, WaveHandle handle, WAVEHDR* header, UINT size) {
@@ -304,39 +131,91 @@ MMRESULT QueueWaveHeader(WaveDirection direction, WaveHandle handle, WAVEHDR* he
     if (flags & WHDR_INQUEUE) {
         return WAVERR_STILLPLAYING;
     }
-    return SendWave(direction, handle, MessagesOf(direction).Queue, reinterpret_cast<DWORD_PTR>(header),
-                    size);
+    const WaveDriverUse driver;
+    return device->Mapping
+               ? device->Mapping->Queue(driver, header)
+               : device->Send(driver, MessagesOf(direction).Queue, reinterpret_cast<DWORD_PTR>(header), size);
 }
 
 MMRESULT GetWavePosition(WaveDirection direction, WaveHandle handle, MMTIME* time, UINT size) {
-    if (!TheDevices().Find(direction, handle)) {
+    const std::shared_ptr<Device> device = TheDevices().Find(direction, handle);
+    if (!device) {
         return MMSYSERR_INVALHANDLE;
     }
     if (!time || size < sizeof(MMTIME)) {
         return MMSYSERR_INVALPARAM;
     }
-    return SendWave(direction, handle, MessagesOf(direction).Position, reinterpret_cast<DWORD_PTR>(time),
-                    size);
+    const WaveDriverUse driver;
+    return device->Mapping ? device->Mapping->Position(driver, time)
+                           : device->Send(driver, MessagesOf(direction).Position,
+                                          reinterpret_cast<DWORD_PTR>(time), size);
 }
 
 MMRESULT SendWave(WaveDirection direction, WaveHandle handle, UINT message, DWORD_PTR first,
                   DWORD_PTR second) {
     const WaveDriverUse driver;
     const std::shared_ptr<Device> device = TheDevices().Find(direction, handle);
-    return device ? device->Send(driver, message, first, second) : MMRESULT{MMSYSERR_INVALHANDLE};
+    if (!device) {
+        return MMSYSERR_INVALHANDLE;
+    }
+    if (device->Mapping && message == MessagesOf(direction).Reset) {
+        device->Mapping->Forget();
+    }
+    return device->Send(driver, message, first, second);
 }
+
+namespace {
+
+// A message that has a call of its own. Of an open device whose formats are mapped these go the call's way.
+std::optional<MMRESULT> SendAsCall(const Device& device, UINT message, DWORD_PTR first, DWORD_PTR second) {
+    const Messages& messages = MessagesOf(device.Direction);
+    auto* const header = reinterpret_cast<WAVEHDR*>(first);
+    const auto size = static_cast<UINT>(second);
+    if (message == messages.Prepare) {
+        return PrepareWaveHeader(device.Direction, device.Handle, header, size);
+    }
+    if (message == messages.Unprepare) {
+        return UnprepareWaveHeader(device.Direction, device.Handle, header, size);
+    }
+    if (message == messages.Queue) {
+        return QueueWaveHeader(device.Direction, device.Handle, header, size);
+    }
+    if (message == messages.Position) {
+        return GetWavePosition(device.Direction, device.Handle, reinterpret_cast<MMTIME*>(first), size);
+    }
+    return std::nullopt;
+}
+
+MMRESULT SendToOpen(const Device& device, UINT message, DWORD_PTR first, DWORD_PTR second) {
+    std::optional<MMRESULT> answer = AnswerDeviceQuery(device.Id, message, first, second);
+    if (!answer && device.Mapping) {
+        answer = SendAsCall(device, message, first, second);
+    }
+    return answer ? *answer : SendWave(device.Direction, device.Handle, message, first, second);
+}
+
+}  // namespace
 
 MMRESULT SendWaveOrId(WaveDirection direction, WaveHandle device, UINT message, DWORD_PTR first,
                       DWORD_PTR second) {
     const WaveDriverUse driver;
     const std::shared_ptr<Device> open = TheDevices().Find(direction, device);
     if (open) {
-        return open->Send(driver, message, first, second);
+        return SendToOpen(*open, message, first, second);
     }
-    if (device >= CountDevices(driver, direction)) {
-        return MMSYSERR_INVALHANDLE;
+    const UINT count = CountDevices(driver, direction);
+    const bool mapper = IsMapper(device);
+    const auto id = static_cast<UINT>(mapper ? 0 : device);
+    if (mapper) {
+        if (const auto answer = AnswerMapperQuery(count, message, first, second)) {
+            return *answer;
+        }
     }
-    return driver.Send(direction, static_cast<UINT>(device), message, 0, first, second);
+    if (id >= count) {
+        return mapper ? MMSYSERR_BADDEVICEID : MMSYSERR_INVALHANDLE;
+    }
+    const std::optional<MMRESULT> answer = AnswerDeviceQuery(id, message, first, second);
+    return answer ? *answer : driver.Send(direction, id, message, 0, first, second);
 }
 
 void UnloadWaveDriver() {

@@ -12,7 +12,7 @@
 
 namespace front {
 
-// An open device's handle or, where the calls allow it, a device number in a handle's place.
+// An open device's handle or, where the calls allow it, a device number or WAVE_MAPPER in a handle's place.
 using WaveHandle = ULONG_PTR;
 
 UINT WaveDeviceCount(WaveDirection direction);
@@ -21,7 +21,9 @@ UINT WaveDeviceCount(WaveDirection direction);
 MMRESULT GetWaveCaps(WaveDirection direction, WaveHandle device, void* caps, UINT capsSize, UINT size);
 
 struct WaveOpenRequest {
-    UINT Device;  // or WAVE_MAPPER: the first device that opens
+    // Or WAVE_MAPPER: the first device that takes the format, else the first that it can be converted for.
+    // With WAVE_MAPPED it may be converted for this device. WAVE_FORMAT_DIRECT forbids conversion.
+    UINT Device;
     LPCWAVEFORMATEX Format;
     DWORD_PTR Callback;
     DWORD_PTR Instance;

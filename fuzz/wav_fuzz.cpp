@@ -7,7 +7,8 @@
 
 #include "fuzz/fresh_machine.h"
 #include "tools/command_error.h"
-#include "tools/files/wav_file.h"
+#include "tools/files/wav_reader.h"
+#include "tools/streams/input_feed.h"
 
 namespace {
 
@@ -35,12 +36,18 @@ void ReadBytes(const std::string& path) {
         count += read;
     }
     Require(reader.AtEnd() && count == reader.ByteCount(), "not as many bytes as the file says");
-    Require(count == reader.FrameCount() * reader.Format().nBlockAlign, "a part of a frame");
+    Require(count == reader.FrameCount().value_or(0) * reader.Format().nBlockAlign, "a part of a frame");
 }
 
 void ReadAsFrames(const std::string& path) {
-    kestvox::WavReader reader(path);
-    Require(kestvox::ReadFrames(reader, path).size() == reader.FrameCount(), "not every frame");
+    kestvox::InputFeed feed(path);
+    const simulator::InputSignal signal = feed.Signal();
+    std::array<simulator::Frame, 100> frames;
+    uint64_t count = 0;
+    while (const size_t read = signal.Frames(frames)) {
+        count += read;
+    }
+    Require(count == feed.FrameCount() && feed.Problem().empty(), "not every frame");
 }
 
 template <typename Work>

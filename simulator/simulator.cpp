@@ -80,6 +80,11 @@ unsigned Simulator::CardCount() const {
     return Machine().CardCount;
 }
 
+bool Simulator::OthersAttached() const {
+    const host::MachineGuard guard;
+    return simulator::OthersAttached();
+}
+
 // --- time -----------------------------------------------------------------------------------------
 
 TimeKind Simulator::Time() const {
@@ -267,6 +272,14 @@ std::optional<ChannelStatus> Simulator::SentStatus(unsigned card) const {
                        [](MachineState&, CardState& state, int64_t) { return simulator::SentStatus(state); });
 }
 
+namespace {
+
+Gaps GapsOf(const ChannelTally& tally) {
+    return {.Count = tally.Gaps.Count, .Longest = tally.Gaps.Longest, .First = tally.Gaps.First};
+}
+
+}  // namespace
+
 OutputStatus Simulator::Output(unsigned card, Port port) const {
     return impl_->With(card, [=](MachineState&, CardState& state, int64_t) {
         const ChannelTally& tally = state.Channels[FirstOutput + static_cast<unsigned>(port)].Tally;
@@ -274,9 +287,11 @@ OutputStatus Simulator::Output(unsigned card, Port port) const {
                             .StartFrame = tally.StartFrame,
                             .FramesPlayed = tally.FramesMoved,
                             .FramesSilent = tally.FramesMissed,
+                            .Underruns = GapsOf(tally),
                             .BuffersInFlight = tally.BuffersInFlight,
                             .MostInFlight = tally.MostInFlight,
-                            .BuffersFinished = tally.BuffersFinished};
+                            .BuffersFinished = tally.BuffersFinished,
+                            .BuffersFlushed = tally.BuffersFlushed};
     });
 }
 
@@ -287,9 +302,31 @@ InputStatus Simulator::Input(unsigned card, Port port) const {
                            .StartFrame = tally.StartFrame,
                            .FramesRecorded = tally.FramesMoved,
                            .FramesDropped = tally.FramesMissed,
+                           .Overruns = GapsOf(tally),
                            .BuffersInFlight = tally.BuffersInFlight,
                            .MostInFlight = tally.MostInFlight,
-                           .BuffersFinished = tally.BuffersFinished};
+                           .BuffersFinished = tally.BuffersFinished,
+                           .BuffersFlushed = tally.BuffersFlushed};
+    });
+}
+
+void Simulator::SendPlayed(unsigned card, Port port, FrameSink sink) {
+    impl_->With(card, [&](MachineState&, CardState&, int64_t) {
+        impl_->Side.Player(card).Output(port).SendPlayed(std::move(sink));
+    });
+}
+
+void Simulator::SendHeard(unsigned card, Port port, FrameSink sink) {
+    impl_->With(card, [&](MachineState&, CardState&, int64_t) {
+        impl_->Side.Player(card).Output(port).SendHeard(std::move(sink));
+    });
+}
+
+void Simulator::KeepAudio() {
+    impl_->With(0, [this](MachineState&, CardState&, int64_t) {
+        for (unsigned card = 0; card < MaxCards; ++card) {
+            impl_->Side.Player(card).KeepAudio();
+        }
     });
 }
 
@@ -326,6 +363,15 @@ unsigned Simulator::OpenFiles() const {
 
 // --- trace and faults -----------------------------------------------------------------------------------
 
+uint64_t Simulator::RequestCount() const {
+    return impl_->Side.Trace.Requests();
+}
+void Simulator::SendTrace(TraceSink sink) {
+    impl_->Side.Trace.Send(std::move(sink));
+}
+void Simulator::KeepTrace() {
+    impl_->Side.Trace.Keep();
+}
 std::vector<TraceEntry> Simulator::Trace() const {
     return impl_->Side.Trace.Entries();
 }
@@ -333,9 +379,14 @@ void Simulator::ClearTrace() {
     impl_->Side.Trace.Clear();
 }
 
-void Simulator::AddFault(const Fault& fault) {
+unsigned Simulator::AddFault(const Fault& fault) {
     const host::MachineGuard guard;
-    impl_->Side.Faults.Add(fault);
+    return impl_->Side.Faults.Add(fault);
+}
+
+FaultStatus Simulator::StatusOf(unsigned fault) const {
+    const host::MachineGuard guard;
+    return impl_->Side.Faults.StatusOf(fault);
 }
 
 void Simulator::ClearFaults() {

@@ -21,7 +21,7 @@
 
 #include "simulator/card/port.h"
 #include "simulator/card/register_view.h"
-#include "simulator/channels/frame.h"
+#include "simulator/channels/frame_sink.h"
 #include "simulator/connectors/channel_status.h"
 #include "simulator/connectors/input_signal.h"
 #include "simulator/machine/setup.h"
@@ -31,15 +31,24 @@
 
 namespace simulator {
 
+// Times in which the card wanted a buffer and had none: the underruns of an output, the overruns of an input.
+struct Gaps {
+    unsigned Count = 0;
+    uint64_t Longest = 0;  // frames
+    uint64_t First = 0;    // frames played or recorded before the first of them
+};
+
 // What a card's output channel has done since it was last acquired.
 struct OutputStatus {
     bool Started;              // at least one frame was played
     uint64_t StartFrame;       // count of the group's clock at its first frame
     uint64_t FramesPlayed;     // frames taken out of buffers
     uint64_t FramesSilent;     // frames that passed between first and last without data
+    Gaps Underruns;            // ... where
     unsigned BuffersInFlight;  // queued and not yet finished
     unsigned MostInFlight;
     uint64_t BuffersFinished;
+    uint64_t BuffersFlushed;  // of those finished, the ones that were not played to their end
 };
 
 // What a card's input channel has done since it was last acquired.
@@ -48,9 +57,11 @@ struct InputStatus {
     uint64_t StartFrame;       // count of the group's clock at its first frame
     uint64_t FramesRecorded;   // frames taken into buffers
     uint64_t FramesDropped;    // frames that passed between first and last of a recording without a buffer
+    Gaps Overruns;             // ... where
     unsigned BuffersInFlight;  // queued and not yet finished
     unsigned MostInFlight;
     uint64_t BuffersFinished;
+    uint64_t BuffersFlushed;  // of those finished, the ones that were not filled to their end
 };
 
 // What arrives at a digital input.
@@ -76,6 +87,7 @@ public:
     Simulator& operator=(const Simulator&) = delete;
 
     unsigned CardCount() const;
+    bool OthersAttached() const;  // whether another process has a simulator on the machine
 
     // --- time -------------------------------------------------------------------------------
     TimeKind Time() const;
@@ -85,8 +97,9 @@ public:
     // time, and the driver has dealt with each completion before the clock goes on.
     void Advance(int64_t microseconds);
 
-    // Stepped only: Advance to the next buffer end of any running channel of this process, at most
-    // `limit` microseconds. False when none was due within it (the clock has moved by `limit`).
+    // Stepped only: Advance to the next buffer end of any running channel of this process, or to the next
+    // late completion, at most `limit` microseconds. False when none was due within it (the clock has moved
+    // by `limit`).
     bool AdvanceToNextCompletion(int64_t limit);
 
     // Stepped only: what every request takes of the cards' time; at first nothing. What is not behind a hold
@@ -135,22 +148,39 @@ public:
 
     OutputStatus Output(unsigned card, Port port) const;
     InputStatus Input(unsigned card, Port port) const;
-    // The frames that the output channel took out of its buffers, bit for bit, since the process
-    // began or the last ForgetAudio. They outlast the file that played them.
-    std::vector<Frame> Played(unsigned card, Port port) const;
-    // What left the card's connector from the channel's first frame to its last: all four mixer
-    // sources at their gains, with silence where the channel had no data. What channels of other processes
-    // play on the card is not in it. What the next file plays follows without a gap.
+
+    // --- what the outputs played ---------------------------------------------------------------
+    // Of each output there are two things to be had. *Played* are the frames that the output channel took out
+    // of its buffers, bit for bit. *Heard* is what left the card's connector from the channel's first frame
+    // to its last: all four mixer sources at their gains, with silence where the channel had no data. What
+    // channels of other processes play on the card is not in it. What the next file plays follows without a
+    // gap.
+    //
+    // Nothing is kept unless somebody asks. The sink is given the frames from now on; an empty one ends that.
+    void SendPlayed(unsigned card, Port port, FrameSink sink);
+    void SendHeard(unsigned card, Port port, FrameSink sink);
+    // Keeps both, of every output, in memory; in place of sinks.
+    void KeepAudio();
+    std::vector<Frame> Played(unsigned card,
+                              Port port) const;  // what was kept; outlasts the file that played it
     std::vector<Frame> Heard(unsigned card, Port port) const;
-    void ForgetAudio();  // empties Played and Heard of every channel of this process
+    void ForgetAudio();  // empties both, of every output
 
     bool ChannelClaimed(unsigned card, unsigned channel) const;  // by any process of the machine
     unsigned OpenFiles() const;                                  // of this process
 
     // --- trace and faults ---------------------------------------------------------------------
-    std::vector<TraceEntry> Trace() const;
+    // The requests of this process, since it began or the last ClearTrace. They are counted; kept or sent to
+    // a sink only when asked for, from then on.
+    uint64_t RequestCount() const;
+    void SendTrace(TraceSink sink);  // an empty one: ends it, with what is still under way given as it is
+    void KeepTrace();
+    std::vector<TraceEntry> Trace() const;  // what was kept
     void ClearTrace();
-    void AddFault(const Fault& fault);
+    // Answers a number for FaultStatus.
+    unsigned AddFault(const Fault& fault);
+    // Whether the fault has struck, and how many requests or completions it has matched.
+    FaultStatus StatusOf(unsigned fault) const;
     void ClearFaults();
 
 private:

@@ -1,14 +1,19 @@
 // kestvox: plays, lists and looks into the cards through the wave calls of the system.
 #include <CLI/CLI.hpp>
 
+#include <cctype>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <new>
+#include <sstream>
 #include <string>
 
 #include "kestvox_version.h"
 #include "tools/commands/commands.h"
 #include "tools/settings/settings_table.h"
+#include "tools/system/message.h"
 
 namespace kestvox {
 namespace {
@@ -16,7 +21,11 @@ namespace {
 constexpr unsigned MostBuffers = 1000;
 constexpr unsigned LongestBuffer = 10000;
 constexpr unsigned MostDither = 4;
-constexpr double LongestSound = 100000;  // seconds
+constexpr double ShortestSound = 1e-6;  // seconds
+constexpr double LongestSound = 100000;
+constexpr DWORD HighestRate = 1000000;
+constexpr unsigned MostChannels = 65535;
+constexpr unsigned MostDevice = 2 * simulator::MaxCards - 1;
 
 std::string StreamFooter() {
     return "Device D is on card D / 2: even ones are analog, odd ones digital.\n"
@@ -36,12 +45,46 @@ struct CommandLine {
     unsigned Card = 0;
     std::vector<std::string> Assignments;
     ConfigureOptions Configure;
+    std::string MachineAction;
+    std::string MachineName;
 };
 
-// The range stands in the error message; the help gives it in the option's own words.
+// The range stands in the error message; the help gives it in the option's own words. What is no number is in
+// no range.
 template <typename T>
 CLI::Validator Within(T least, T most) {
-    return CLI::Range(least, most).description("");
+    return CLI::Validator(
+        [=](const std::string& text) {
+            T value{};
+            if (CLI::detail::lexical_cast(text, value) && value >= least && value <= most) {
+                return std::string();
+            }
+            std::ostringstream message;
+            message << text << " is not a number from " << least << " to " << most;
+            return message.str();
+        },
+        "");
+}
+
+// Of every option: nothing is no value, and neither is the option that follows.
+std::string RefuseValue(const std::string& text) {
+    if (text.empty()) {
+        return "an empty value is none";
+    }
+    const bool isOption = text.size() > 1 && text[0] == '-' && (text[1] == '-' || std::isalpha(text[1]) != 0);
+    return isOption ? "'" + text + "' is an option and no value; a file of that name is ./" + text : "";
+}
+
+void RefuseOddValues(CLI::App& command) {
+    for (CLI::Option* option : command.get_options()) {
+        if (option->get_items_expected_max() > 0 && !option->get_positional()) {
+            option->check(CLI::Validator(RefuseValue, ""));
+        } else if (option->get_positional()) {
+            option->check(CLI::Validator(
+                [](const std::string& text) { return text.empty() ? RefuseValue(text) : std::string(); },
+                ""));
+        }
+    }
 }
 
 void AddMachineOption(CLI::App& command, SceneOptions& scene) {
@@ -87,6 +130,13 @@ void AddStreamOptions(CLI::App& command, CommandLine& line) {
         ->type_name("OUT.json");
     AddRepeatable(command, "--fault", line.Scene.Faults, "Make a request or a completion go wrong")
         ->type_name("SPEC");
+    command.add_flag("--tolerate", line.Streams.Tolerate, "Losses are reported and do not fail the command");
+    command.add_flag("--quiet", line.Streams.Quiet, "Show no progress");
+    command.add_flag("--json", line.Streams.Json, "Report as one JSON object");
+}
+
+CLI::Option* AddDevice(CLI::App& command, unsigned& device, const char* help) {
+    return command.add_option("--device", device, help)->type_name("D")->check(Within(0u, MostDevice));
 }
 
 void AddSuspendOption(CLI::App& command, StreamOptions& streams) {
@@ -111,7 +161,8 @@ CLI::App* AddPlay(CLI::App& program, CommandLine& line) {
         ->type_name("");
     AddRepeatable(*command, "--device", play.Devices, "Devices to play on, all at once (default 0)")
         ->type_name("D,...")
-        ->delimiter(',');
+        ->delimiter(',')
+        ->check(Within(0u, MostDevice));
     AddStreamOptions(*command, line);
     AddSuspendOption(*command, line.Streams);
     command->add_option("--loops", play.Passes, "Play the whole file L times, as one loop")
@@ -128,16 +179,20 @@ CLI::App* AddRecord(CLI::App& program, CommandLine& line) {
     RecordOptions& record = line.Record;
     CLI::App* command = program.add_subcommand("record", "Record what is plugged into a device's input");
     command->add_option("FILE", record.File, "WAV file to write")->required()->type_name("");
-    command->add_option("--device", record.Device, "Device to record from (default 0)")->type_name("D");
-    command->add_option("--rate", record.Rate, "Sample rate in Hz (default 44100)")->type_name("R");
-    command->add_option("--channels", record.Channels, "1 or 2 (default 2)")->type_name("C");
+    AddDevice(*command, record.Device, "Device to record from (default 0)");
+    command->add_option("--rate", record.Rate, "Sample rate in Hz (default: that of IN.wav, or 44100)")
+        ->type_name("R")
+        ->check(Within(DWORD{1}, HighestRate));
+    command->add_option("--channels", record.Channels, "1 or 2 (default: as IN.wav, or 2)")
+        ->type_name("C")
+        ->check(Within(1u, MostChannels));
     const std::vector<std::string> formats = RecordFormats();
     command->add_option("--format", record.Format, "Sample format (default s16)")
         ->type_name(CLI::detail::join(formats, "|"))
         ->check(CLI::IsMember(formats).description(""));
     command->add_option("--seconds", record.Seconds, "How long (default: as long as IN.wav, or 5)")
         ->type_name("S")
-        ->check(Within(0.0, LongestSound));
+        ->check(Within(ShortestSound, LongestSound));
     command->add_option("--input", record.Input, "What is plugged in (default silence)")
         ->type_name("IN.wav|tone:HZ|silence");
     command->add_option("--dither", record.Dither, "Store the card's DitherADC setting first, 0 to 4")
@@ -156,8 +211,7 @@ CLI::App* AddLoopback(CLI::App& program, CommandLine& line) {
     command->add_option("FILE", loopback.File, "WAV file, of a format that can be recorded")
         ->required()
         ->type_name("");
-    command->add_option("--device", loopback.Device, "Device to play on and record from (default 0)")
-        ->type_name("D");
+    AddDevice(*command, loopback.Device, "Device to play on and record from (default 0)");
     command->add_option("--out", loopback.Out, "Keep what came back")->type_name("OUT.wav");
     command->add_flag("--lock", loopback.Lock, "Lock the recording to the playback: both start on one frame");
     AddStreamOptions(*command, line);
@@ -199,6 +253,17 @@ CLI::App* AddRegisters(CLI::App& program, CommandLine& line) {
     return command;
 }
 
+CLI::App* AddMachine(CLI::App& program, CommandLine& line) {
+    CLI::App* command = program.add_subcommand(
+        "machine", "List the named machines, show one, or remove one that nobody uses");
+    command->add_option("ACTION", line.MachineAction, "list, show or remove")
+        ->required()
+        ->type_name("")
+        ->check(CLI::IsMember({"list", "show", "remove"}).description(""));
+    command->add_option("NAME", line.MachineName, "The machine to show or to remove")->type_name("");
+    return command;
+}
+
 CLI::App* AddInstall(CLI::App& program, CommandLine& line) {
     CLI::App* command = program.add_subcommand("install", "Set the driver up, as the control panel does");
     AddMachineOption(*command, line.Scene);
@@ -211,13 +276,8 @@ CLI::App* AddRemove(CLI::App& program, CommandLine& line) {
     return command;
 }
 
-// One line, whatever the text.
-int Refuse(const char* why) noexcept {
-    std::fputs("kestvox: ", stderr);
-    for (; *why != '\0'; ++why) {
-        std::fputc(*why == '\n' ? ' ' : *why, stderr);
-    }
-    std::fputc('\n', stderr);
+int Refuse(const std::string& why) noexcept {
+    PrintProblem(why);
     return ExitRefused;
 }
 
@@ -237,9 +297,17 @@ int Run(int argc, char** argv) {
     const CLI::App* install = AddInstall(program, line);
     const CLI::App* remove = AddRemove(program, line);
     AddRegisters(program, line);
+    const CLI::App* machine = AddMachine(program, line);
     const auto isFirstWord = [&](const CLI::App* command) { return command->check_name(argv[1]); };
     if (argc > 1 && argv[1][0] != '-' && program.get_subcommands(isFirstWord).empty()) {
-        return Refuse(("there is no command '" + std::string(argv[1]) + "' (try --help)").c_str());
+        return Refuse(("there is no command '" + std::string(argv[1]) + "' (try --help)"));
+    }
+    for (CLI::App* command : program.get_subcommands({})) {
+        RefuseOddValues(*command);
+    }
+    if (argc == 1) {
+        std::fputs(program.help().c_str(), stdout);
+        return ExitSuccess;
     }
     try {
         program.parse(argc, argv);
@@ -280,10 +348,24 @@ int Run(int argc, char** argv) {
     if (install->parsed()) {
         return InstallDriver(line.Scene.Machine);
     }
+    if (machine->parsed()) {
+        return ManageMachines(line.MachineAction, line.MachineName);
+    }
     if (remove->parsed()) {
         return RemoveDriver(line.Scene.Machine);
     }
     return ShowRegisters(line.Scene, line.Card);
+}
+
+// What was said may have gone nowhere.
+int AllIsWritten(int status) {
+    const bool failed = std::ferror(stdout) != 0;
+    errno = EIO;
+    if (std::fflush(stdout) == 0 && !failed) {
+        return status;
+    }
+    PrintProblem(std::string("standard output: cannot write: ") + std::strerror(errno));
+    return status == ExitSuccess ? ExitFailed : status;
 }
 
 }  // namespace
@@ -291,7 +373,7 @@ int Run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     try {
-        return kestvox::Run(argc, argv);
+        return kestvox::AllIsWritten(kestvox::Run(argc, argv));
     } catch (const std::bad_alloc&) {
         return kestvox::Refuse("not enough memory");
     } catch (const std::exception& error) {

@@ -1,5 +1,4 @@
-// PlaySound: a WAV file, from the disk, from memory or from a module's resources, on the first device that
-// takes it. There are no system sounds here: an alias plays nothing, nor does a sound that is not found.
+// PlaySound: one sound of the process at a time, on the wave mapper.
 #include <windows.h>
 #include <mmsystem.h>
 
@@ -8,67 +7,12 @@
 #include <string>
 #include <utility>
 
-#include "front/windows/wave_image.h"
+#include "front/windows/sound_source.h"
+#include "front/windows/system_handle.h"
 
 namespace front {
 
 namespace {
-
-class SystemHandle {
-public:
-    explicit SystemHandle(HANDLE handle = nullptr)
-        : handle_(handle == INVALID_HANDLE_VALUE ? nullptr : handle) {}
-    ~SystemHandle() {
-        if (handle_) {
-            CloseHandle(handle_);
-        }
-    }
-    SystemHandle(const SystemHandle&) = delete;
-    SystemHandle& operator=(const SystemHandle&) = delete;
-    operator HANDLE() const { return handle_; }
-
-private:
-    HANDLE handle_;
-};
-
-std::optional<WaveSound> LoadFile(LPCWSTR path) {
-    const SystemHandle file(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                        FILE_ATTRIBUTE_NORMAL, nullptr));
-    const DWORD size = file ? GetFileSize(file, nullptr) : INVALID_FILE_SIZE;
-    if (size == INVALID_FILE_SIZE) {
-        return std::nullopt;
-    }
-    std::vector<BYTE> image(size);
-    DWORD read = 0;
-    const bool whole = ReadFile(file, image.data(), size, &read, nullptr) && read == size;
-    return whole ? ParseWaveImage(image.data(), size) : std::nullopt;
-}
-
-std::optional<WaveSound> LoadFromResource(HMODULE module, LPCWSTR name) {
-    const HRSRC resource = FindResourceW(module, name, TEXT("WAVE"));
-    const HGLOBAL loaded = resource ? LoadResource(module, resource) : nullptr;
-    const auto* const image = loaded ? static_cast<const BYTE*>(LockResource(loaded)) : nullptr;
-    return image ? ParseWaveImage(image, SizeofResource(module, resource)) : std::nullopt;
-}
-
-// Some flags are made of others' bits.
-bool Has(DWORD flags, DWORD flag) {
-    return (flags & flag) == flag;
-}
-
-bool IsInMemory(DWORD flags) {
-    return Has(flags, SND_MEMORY) && !Has(flags, SND_RESOURCE);
-}
-
-std::optional<WaveSound> LoadSound(LPCWSTR sound, HMODULE module, DWORD flags) {
-    if (IsInMemory(flags)) {
-        return ParseWaveImage(reinterpret_cast<const BYTE*>(sound), UnknownSize);
-    }
-    if (Has(flags, SND_RESOURCE)) {
-        return LoadFromResource(module, sound);
-    }
-    return Has(flags, SND_ALIAS) ? std::nullopt : LoadFile(sound);
-}
 
 // One sound on its way through a device.
 class PlayingSound {
@@ -193,11 +137,6 @@ BOOL Play(LPCWSTR name, HMODULE module, DWORD flags) {
     return sound && TheStage().Play(std::move(*sound), flags);
 }
 
-// Whether `name` is a text. With SND_MEMORY it is the sound itself, and it may be a resource's number.
-bool IsText(LPCSTR name, DWORD flags) {
-    return !IsInMemory(flags) && HIWORD(name) != 0;
-}
-
 }  // namespace
 
 }  // namespace front
@@ -207,7 +146,7 @@ BOOL WINAPI PlaySoundW(LPCWSTR name, HMODULE module, DWORD flags) {
 }
 
 BOOL WINAPI PlaySoundA(LPCSTR name, HMODULE module, DWORD flags) {
-    if (!front::IsText(name, flags)) {
+    if (!front::IsText(reinterpret_cast<LPCWSTR>(name), flags)) {
         return PlaySoundW(reinterpret_cast<LPCWSTR>(name), module, flags);
     }
     WCHAR wide[MAX_PATH] = {};

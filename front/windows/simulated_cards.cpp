@@ -2,42 +2,19 @@
 
 #include <windows.h>
 
-#include <memory>
-#include <optional>
+#include <utility>
 
+#include "front/windows/bench.h"
+#include "front/windows/text.h"
 #include "simulator/attach.h"
-#include "simulator/simulator.h"
 
 namespace front {
 
 namespace {
 
-// Null without cards of our own. A program's end is the end of its cards: they are not taken away from
-// a destructor, when threads have been stopped anywhere.
-simulator::Simulator* cards = nullptr;
-
-// Empty when it is not set, or longer than any that makes sense.
-struct Variable {
-    explicit Variable(const char* name) {
-        if (GetEnvironmentVariableA(name, Text, sizeof Text) >= sizeof Text) {
-            Text[0] = '\0';
-        }
-    }
-    char Text[16] = {};
-};
-
-std::optional<unsigned> AskedCards(const char* text) {
-    unsigned count = 0;
-    for (; *text >= '0' && *text <= '9' && count <= simulator::MaxCards; ++text) {
-        count = count * 10 + static_cast<unsigned>(*text - '0');
-    }
-    return *text == '\0' && count <= simulator::MaxCards ? std::optional(count) : std::nullopt;
-}
-
-bool Refuse(const char* why) {
-    OutputDebugStringA(why);
-    return false;
-}
+// A program's end is the end of its cards: they are not taken away from a destructor, when threads have been
+// stopped anywhere.
+Bench* bench = nullptr;
 
 }  // namespace
 
@@ -45,26 +22,35 @@ bool PutUpCards() {
     if (simulator::HasSimulator()) {
         return true;
     }
-    const std::optional<unsigned> count = AskedCards(Variable("KESTVOX_CARDS").Text);
-    if (!count) {
-        return Refuse("winmm: KESTVOX_CARDS must be a number from 1 to 16\n");
+    Environment environment;
+    std::string why;
+    if (ReadEnvironment(&environment, &why)) {
+        bench = Bench::PutUp(std::move(environment), &why).release();
     }
-    const Variable time("KESTVOX_TIME");
-    simulator::Simulator::Options options{.Cards = *count, .Time = std::nullopt};
-    if (lstrcmpiA(time.Text, "stepped") == 0) {
-        options.Time = simulator::TimeKind::Stepped;
-    } else if (lstrcmpiA(time.Text, "real") == 0) {
-        options.Time = simulator::TimeKind::Real;
-    } else if (time.Text[0] != '\0') {
-        return Refuse("winmm: KESTVOX_TIME must be real or stepped\n");
+    if (!bench) {
+        TellDebugger(why);
     }
-    cards = new simulator::Simulator(options);
-    return true;
+    return bench != nullptr;
 }
 
 void TakeAwayCards() {
-    delete cards;
-    cards = nullptr;
+    if (bench) {
+        bench->Finish();
+    }
+    delete std::exchange(bench, nullptr);
+}
+
+Bench* TheBench() {
+    return bench;
 }
 
 }  // namespace front
+
+// What is kept of the run is written while the simulator is still there. At the end of the process `reserved`
+// is not null, and the other threads are gone.
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID reserved) {
+    if (reason == DLL_PROCESS_DETACH && reserved && front::TheBench()) {
+        front::TheBench()->Finish();
+    }
+    return TRUE;
+}

@@ -3,13 +3,16 @@
 
 namespace front {
 
-// Puts up the cards that the environment asks for, unless the process has a simulator already:
-// KESTVOX_CARDS (1 to 16; without it as many as the machine has, one on a new machine) and
-// KESTVOX_TIME ("stepped" or "real"; without it as it is on the machine, real on a new one). False
-// when the environment asks for what cannot be; a message tells why.
+class Bench;
+
+// Puts up the cards that the environment asks for (environment.h), unless the process has a simulator
+// already. False when the environment asks for what cannot be; a debugger is told why.
 bool PutUpCards();
 
 // Takes away what PutUpCards put up. The driver must have been unloaded.
 void TakeAwayCards();
+
+// Null when PutUpCards has put up none.
+Bench* TheBench();
 
 }  // namespace front

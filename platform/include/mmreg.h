@@ -3,6 +3,9 @@
 
 #include "mmsystem.h"
 
+#define MM_MICROSOFT 1
+#define MM_WAVE_MAPPER 2
+
 #define WAVE_FORMAT_IEEE_FLOAT 0x0003
 #define WAVE_FORMAT_ALAW 0x0006
 #define WAVE_FORMAT_MULAW 0x0007

@@ -53,6 +53,7 @@ struct RegisterDefinition {
     bool ClearedBySoftReset;
     RegisterBehaviour Does;
     std::array<FieldDefinition, 5> Fields;  // up to the first without a name
+    const char* Meaning = "";               // for docs/registers.md, where name and fields do not tell it
 
     constexpr bool IsWindow() const { return Does.IndexRegister != 0; }
 };

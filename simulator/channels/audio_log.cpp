@@ -1,34 +1,94 @@
 #include "simulator/channels/audio_log.h"
 
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "simulator/channels/block.h"
+
 namespace simulator {
+namespace {
+
+constexpr std::array<Frame, Block::MostFrames> Silence{};
+
+bool IsSilent(std::span<const Frame> frames) {
+    return std::ranges::all_of(frames, [](const Frame& frame) { return frame == Frame{}; });
+}
+
+}  // namespace
+
+void AudioLog::SendHeard(FrameSink sink) {
+    heardSink_ = std::move(sink);
+    DropHeldBack();
+}
+
+void AudioLog::Keep() {
+    SendPlayed([this](std::span<const Frame> frames) { played_.Append(frames); });
+    SendHeard([this](std::span<const Frame> frames) { heard_.Append(frames); });
+}
 
 void AudioLog::AddPlayed(std::span<const Frame> frames) {
-    played_.Append(frames);
+    if (playedSink_ && !frames.empty()) {
+        playedSink_(frames);
+    }
 }
 
 void AudioLog::AddHeard(uint64_t from, std::span<const Frame> frames, size_t withData) {
-    if (listening_ && from > next_) {
-        // Nothing was playing on the card.
-        heard_.AppendSilence(static_cast<size_t>(from - next_));
+    if (WantsHeard()) {
+        if (listening_ && from > next_) {
+            HoldSilence(from - next_);  // nothing was playing on the card
+        }
+        if (withData > 0) {
+            GiveHeldBack();
+            heardSink_(frames.first(withData));
+        }
+        HoldBack(frames.subspan(withData));
     }
     listening_ = true;
-    if (withData > 0) {
-        shown_ = heard_.Size() + withData;
-    }
-    heard_.Append(frames);
     next_ = from + frames.size();
 }
 
+// Silence is counted and not stored, so that an output may stay idle for as long as it likes.
+void AudioLog::HoldSilence(uint64_t count) {
+    if (held_.Size() == 0) {
+        heldSilence_ += count;
+    } else {
+        held_.AppendSilence(static_cast<size_t>(count));
+    }
+}
+
+void AudioLog::HoldBack(std::span<const Frame> frames) {
+    if (IsSilent(frames)) {
+        HoldSilence(frames.size());
+    } else {
+        held_.Append(frames);
+    }
+}
+
+void AudioLog::GiveHeldBack() {
+    while (heldSilence_ > 0) {
+        const auto count = static_cast<size_t>(std::min<uint64_t>(heldSilence_, Silence.size()));
+        heardSink_(std::span(Silence).first(count));
+        heldSilence_ -= count;
+    }
+    held_.GiveTo(heardSink_);
+    DropHeldBack();
+}
+
+void AudioLog::DropHeldBack() {
+    heldSilence_ = 0;
+    held_.Clear();
+}
+
 void AudioLog::Pause() {
-    heard_.Shrink(shown_);
+    DropHeldBack();
     listening_ = false;
 }
 
 void AudioLog::Clear() {
-    played_.Shrink(0);
-    heard_.Shrink(0);
-    shown_ = 0;
-    listening_ = false;
+    played_.Clear();
+    heard_.Clear();
+    Pause();
 }
 
 }  // namespace simulator

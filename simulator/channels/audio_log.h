@@ -1,4 +1,5 @@
-// What one output channel played, and what was heard of it at the card's connector.
+// What one output channel plays, and what is heard of it at the card's connector, on the way to whoever asked
+// for it. What nobody asked for is not kept.
 #pragma once
 
 #include <cstddef>
@@ -6,17 +7,26 @@
 #include <span>
 #include <vector>
 
+#include "simulator/channels/frame_sink.h"
 #include "simulator/channels/frame_store.h"
 
 namespace simulator {
 
 class AudioLog {
 public:
+    // From now on; an empty sink is nobody.
+    void SendPlayed(FrameSink sink) { playedSink_ = std::move(sink); }
+    void SendHeard(FrameSink sink);
+    // For Played and Heard.
+    void Keep();
+
+    bool WantsHeard() const { return static_cast<bool>(heardSink_); }
+
     void AddPlayed(std::span<const Frame> frames);
 
     // Adds the connector's frames from tick `from` on. The channel's own data ends after the first `withData`
-    // of them; 0: it had none here. Nothing is kept before the channel's first frame, and what comes after
-    // its last one so far is not in Heard until the channel has another.
+    // of them; 0: it had none here. Nothing is given before the channel's first frame, and what comes after
+    // its last one so far is held back until the channel has another.
     void AddHeard(uint64_t from, std::span<const Frame> frames, size_t withData);
     bool Listening() const { return listening_; }
 
@@ -24,15 +34,23 @@ public:
     void Pause();
     void Clear();
 
-    std::vector<Frame> Played() const { return played_.First(played_.Size()); }
-    std::vector<Frame> Heard() const { return heard_.First(shown_); }
+    std::vector<Frame> Played() const { return played_.All(); }
+    std::vector<Frame> Heard() const { return heard_.All(); }
 
 private:
-    FrameStore played_;
+    void HoldSilence(uint64_t count);
+    void HoldBack(std::span<const Frame> frames);
+    void GiveHeldBack();
+    void DropHeldBack();
+
+    FrameSink playedSink_;
+    FrameSink heardSink_;
+    FrameStore played_;  // what is kept
     FrameStore heard_;
-    size_t shown_ = 0;  // of heard_, up to the channel's last frame
+    uint64_t heldSilence_ = 0;  // silent frames that are held back, before those of held_
+    FrameStore held_;
     bool listening_ = false;
-    uint64_t next_ = 0;  // tick that follows heard_
+    uint64_t next_ = 0;  // tick that follows what was added last
 };
 
 }  // namespace simulator

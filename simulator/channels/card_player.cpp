@@ -38,13 +38,17 @@ void CardPlayer::Queue(CardState& card, unsigned channel, const QueuedBuffer& bu
 
 void CardPlayer::Flush(CardState& card, unsigned channel, std::vector<FinishedBuffer>& finished) {
     const bool output = channel >= FirstOutput;
-    Finish(card, channel, output ? playbacks_[channel - FirstOutput].TakeAll() : captures_[channel].TakeAll(),
-           finished);
+    const std::vector<QueuedBuffer> buffers =
+        output ? playbacks_[channel - FirstOutput].TakeAll() : captures_[channel].TakeAll();
+    card.Channels[channel].Tally.BuffersFlushed += buffers.size();
+    Finish(card, channel, buffers, finished);
 }
 
 void CardPlayer::GiveBackPartFilled(CardState& card, unsigned channel,
                                     std::vector<FinishedBuffer>& finished) {
-    Finish(card, channel, captures_[channel].TakePartFilled(), finished);
+    const std::vector<QueuedBuffer> buffers = captures_[channel].TakePartFilled();
+    card.Channels[channel].Tally.BuffersFlushed += buffers.size();
+    Finish(card, channel, buffers, finished);
 }
 
 void CardPlayer::Finish(CardState& card, unsigned channel, const std::vector<QueuedBuffer>& buffers,
@@ -188,6 +192,12 @@ bool CardPlayer::AnyUnderWay(const CardState& card) const {
         }
     }
     return false;
+}
+
+void CardPlayer::KeepAudio() {
+    for (AudioLog& log : outputs_) {
+        log.Keep();
+    }
 }
 
 void CardPlayer::ForgetAudio() {

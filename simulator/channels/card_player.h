@@ -9,6 +9,7 @@
 
 #include "simulator/card/port.h"
 #include "simulator/channels/audio_log.h"
+#include "simulator/channels/block.h"
 #include "simulator/channels/buffer_queue.h"
 #include "simulator/channels/capture_queue.h"
 #include "simulator/machine/machine_state.h"
@@ -19,13 +20,6 @@ namespace simulator {
 struct FinishedBuffer {
     unsigned Channel;
     ULONG_PTR Cookie;
-};
-
-// Frames of one card that are moved together.
-struct Block {
-    static constexpr size_t MostFrames = 512;
-    uint64_t From = 0;  // tick
-    size_t Frames = 0;
 };
 
 class CardPlayer {
@@ -48,7 +42,7 @@ public:
     void Play(CardState& card, std::vector<FinishedBuffer>& finished);
     // `signal` is what arrives at the input; null is silence.
     void Record(CardState& card, unsigned port, const Frame* signal, std::vector<FinishedBuffer>& finished);
-    // `signal` is what leaves the output connector; null is silence. Kept for ports whose channel has begun.
+    // `signal` is what leaves the output connector; null is silence. For ports whose channel has begun.
     void Listen(unsigned port, const Frame* signal);
     void EndBlock();
 
@@ -59,6 +53,7 @@ public:
     // Tick of the first frame of the block that the input channel takes into a buffer.
     std::optional<uint64_t> FirstRecorded(const CardState& card, unsigned port) const;
     bool IsListening(unsigned port) const;
+    bool WantsHeard(unsigned port) const { return outputs_[port].WantsHeard(); }
 
     // The tick up to which everything has been moved. SkipTo moves it on over ticks with nothing to move.
     uint64_t DoneTo() const { return block_.From; }
@@ -71,7 +66,8 @@ public:
     int64_t NextEnd(const CardState& card) const;
     bool AnyUnderWay(const CardState& card) const;  // a channel of ours moves or waits to
 
-    const AudioLog& Output(Port port) const { return outputs_[static_cast<unsigned>(port)]; }
+    AudioLog& Output(Port port) { return outputs_[static_cast<unsigned>(port)]; }
+    void KeepAudio();
     void ForgetAudio();
 
 private:

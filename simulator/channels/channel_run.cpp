@@ -1,5 +1,7 @@
 #include "simulator/channels/channel_run.h"
 
+#include <algorithm>
+
 #include "simulator/card/register_map.h"
 
 namespace simulator {
@@ -34,6 +36,17 @@ void Follow(CardState& card, unsigned index, uint64_t tick, uint64_t next) {
     }
     channel.Moving = moving;
     channel.Missing = missing;
+}
+
+void CountGap(ChannelTally& tally, uint64_t frames) {
+    if (frames == 0) {
+        return;
+    }
+    if (tally.Gaps.Count++ == 0) {
+        tally.Gaps.First = tally.FramesMoved;
+    }
+    tally.Gaps.Longest = std::max(tally.Gaps.Longest, frames);
+    tally.FramesMissed += frames;
 }
 
 void FollowAtNextFrame(CardState& card, unsigned channel, int64_t now) {
@@ -124,10 +137,10 @@ void CountMoved(CardState& card, unsigned channel, uint64_t from, uint64_t frame
         state.Tally.Started = true;
         state.Tally.StartFrame = state.MoveFromFrame + (from - state.MoveFrom);
     }
+    CountGap(state.Tally, state.MissingPending);
+    state.MissingPending = 0;
     state.Position += static_cast<uint32_t>(frames);
     state.Tally.FramesMoved += frames;
-    state.Tally.FramesMissed += state.MissingPending;
-    state.MissingPending = 0;
 }
 
 void ApplyHold(CardState& card, int64_t now) {

@@ -31,18 +31,21 @@ void FrameStore::AppendSilence(size_t count) {
     }
 }
 
-void FrameStore::Shrink(size_t size) {
-    size_ = std::min(size_, size);
-    chunks_.resize((size_ + ChunkFrames - 1) / ChunkFrames);
+void FrameStore::Clear() {
+    size_ = 0;
+    chunks_.clear();
 }
 
-std::vector<Frame> FrameStore::First(size_t count) const {
-    std::vector<Frame> frames;
-    frames.reserve(count);
-    for (size_t at = 0; at < count; at += ChunkFrames) {
-        const Frame* chunk = chunks_[at / ChunkFrames].get();
-        frames.insert(frames.end(), chunk, chunk + std::min(ChunkFrames, count - at));
+void FrameStore::GiveTo(const FrameSink& sink) const {
+    for (size_t at = 0; at < size_; at += ChunkFrames) {
+        sink({chunks_[at / ChunkFrames].get(), std::min(ChunkFrames, size_ - at)});
     }
+}
+
+std::vector<Frame> FrameStore::All() const {
+    std::vector<Frame> frames;
+    frames.reserve(size_);
+    GiveTo([&](std::span<const Frame> part) { frames.insert(frames.end(), part.begin(), part.end()); });
     return frames;
 }
 

@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "simulator/channels/frame.h"
+#include "simulator/channels/frame_sink.h"
 
 namespace simulator {
 
@@ -15,8 +15,9 @@ public:
     size_t Size() const { return size_; }
     void Append(std::span<const Frame> frames);
     void AppendSilence(size_t count);
-    void Shrink(size_t size);  // to at most that many
-    std::vector<Frame> First(size_t count) const;
+    void Clear();
+    void GiveTo(const FrameSink& sink) const;
+    std::vector<Frame> All() const;
 
 private:
     static constexpr size_t ChunkFrames = 8192;

@@ -20,11 +20,16 @@ ClockSource NoClock(unsigned card) {
 // Sources are followed along link and cables; `depth` ends the search when they go in a circle.
 ClockSource FollowSelected(const MachineState& machine, unsigned card, int64_t now, unsigned depth);
 
-// The clock of the card at the other end of the cable, at the rate that it sends.
+// The clock of the card at the other end of the cable, at the rate that it sends. A card that is at both ends
+// locks to its own oscillator.
 ClockSource FollowCable(const MachineState& machine, unsigned card, int64_t now, unsigned depth) {
-    const unsigned sender = machine.Cards[card].DigitalInputCable;
+    const CardState& state = machine.Cards[card];
+    const unsigned sender = state.DigitalInputCable;
     if (depth > MaxCards || sender >= machine.CardCount || !TransmitterRuns(machine.Cards[sender])) {
         return NoClock(card);
+    }
+    if (sender == card && RunsOnDigitalInput(state)) {
+        return {true, NominalRate(state), state.Drift, card, card};
     }
     ClockSource source = FollowSelected(machine, sender, now, depth + 1);
     source.Rate = AtSpeed(source.Rate, machine.Cards[sender]);

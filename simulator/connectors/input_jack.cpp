@@ -10,6 +10,8 @@ namespace simulator {
 void InputJack::PlugIn(InputSignal signal) {
     signal_ = std::move(signal);
     begun_.reset();
+    taken_ = 0;
+    partAt_.reset();
 }
 
 void InputJack::Begin(uint64_t tick) {
@@ -18,7 +20,7 @@ void InputJack::Begin(uint64_t tick) {
     }
 }
 
-bool InputJack::Generate(uint64_t from, size_t count, uint32_t rate, Frame* out) const {
+bool InputJack::Generate(uint64_t from, size_t count, uint32_t rate, Frame* out) {
     switch (signal_.What) {
     case InputSignal::Kind::Tone:
         return rate != 0 && GenerateTone(from, count, rate, out);
@@ -41,18 +43,36 @@ bool InputJack::GenerateTone(uint64_t from, size_t count, uint32_t rate, Frame* 
     return true;
 }
 
-bool InputJack::GenerateRun(uint64_t from, size_t count, Frame* out) const {
-    const size_t length = signal_.Frames.size();
-    if (!begun_ || from + count <= *begun_ || (from > *begun_ && from - *begun_ >= length)) {
+bool InputJack::GenerateRun(uint64_t from, size_t count, Frame* out) {
+    if (!begun_ || from + count <= *begun_) {
         return false;
     }
     const size_t before = from < *begun_ ? static_cast<size_t>(*begun_ - from) : 0;
-    const size_t at = from > *begun_ ? static_cast<size_t>(from - *begun_) : 0;
-    const size_t heard = std::min(count - before, length - at);
+    const std::span<const Frame> heard = FramesOfRun(from + before - *begun_, count - before);
+    if (heard.empty()) {
+        return false;
+    }
     std::fill_n(out, before, Frame{});
-    std::copy_n(signal_.Frames.begin() + static_cast<std::ptrdiff_t>(at), heard, out + before);
-    std::fill(out + before + heard, out + count, Frame{});
+    std::ranges::copy(heard, out + before);
+    std::fill(out + before + heard.size(), out + count, Frame{});
     return true;
+}
+
+// What passed while nobody asked is taken from the source and dropped.
+std::span<const Frame> InputJack::FramesOfRun(uint64_t at, size_t count) {
+    if (partAt_ != at) {
+        while (taken_ < at && Take(std::min<uint64_t>(at - taken_, part_.size())) > 0) {
+        }
+        Take(count);
+        partAt_ = at;
+    }
+    return {part_.data(), partSize_};
+}
+
+size_t InputJack::Take(uint64_t count) {
+    partSize_ = signal_.Frames({part_.data(), static_cast<size_t>(count)});
+    taken_ += partSize_;
+    return partSize_;
 }
 
 }  // namespace simulator

@@ -1,5 +1,6 @@
 #include "simulator/connectors/input_signal.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace simulator {
@@ -17,6 +18,15 @@ InputSignal InputSignal::Tone(double hertz, int32_t amplitude) {
 }
 
 InputSignal InputSignal::Run(std::vector<Frame> frames) {
+    return Stream([frames = std::move(frames), at = size_t{0}](std::span<Frame> out) mutable {
+        const size_t count = std::min(out.size(), frames.size() - at);
+        std::copy_n(frames.begin() + static_cast<std::ptrdiff_t>(at), count, out.begin());
+        at += count;
+        return count;
+    });
+}
+
+InputSignal InputSignal::Stream(FrameSource frames) {
     InputSignal signal;
     signal.What = Kind::Run;
     signal.Frames = std::move(frames);

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "simulator/card/port.h"
-#include "simulator/channels/frame.h"
+#include "simulator/channels/frame_sink.h"
 
 namespace simulator {
 
@@ -14,10 +14,10 @@ struct InputSignal {
     enum class Kind { Silence, Tone, Run, Cable };
 
     Kind What = Kind::Silence;
-    double Hertz = 0;           // Tone
-    int32_t Amplitude = 0;      // Tone: its peak
-    std::vector<Frame> Frames;  // Run
-    unsigned Card = 0;          // Cable: where it comes from
+    double Hertz = 0;       // Tone
+    int32_t Amplitude = 0;  // Tone: its peak
+    FrameSource Frames;     // Run
+    unsigned Card = 0;      // Cable: where it comes from
     Port Output = Port::Analog;
     unsigned Rate = 0;  // digital input, not Cable: Hz of the arriving signal; 0: the card's
 
@@ -27,6 +27,7 @@ struct InputSignal {
     // Heard once, from the first frame that the channel records after it was plugged in, and then
     // silence. It goes on with the card's clock while the channel is stopped.
     static InputSignal Run(std::vector<Frame> frames);
+    static InputSignal Stream(FrameSource frames);  // a run that is not in memory
     // What leaves that output connector: at the same frame for cards on one clock, else at the same time.
     // From a digital output to a digital input it brings the sender's rate.
     static InputSignal Cable(unsigned card, Port output);

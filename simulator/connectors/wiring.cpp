@@ -38,6 +38,10 @@ bool InputIsOpen(const MachineState& machine, unsigned card, unsigned port, int6
 
 void Wiring::PlugIn(unsigned card, unsigned port, InputSignal signal) {
     jacks_[card][port].PlugIn(std::move(signal));
+    hasCables_ = std::ranges::any_of(jacks_, [](const auto& jacks) {
+        return std::ranges::any_of(
+            jacks, [](const InputJack& jack) { return jack.Signal().What == InputSignal::Kind::Cable; });
+    });
 }
 
 bool Wiring::HearsInputs(const CardState& state, unsigned card, unsigned port, int64_t time) const {
@@ -111,7 +115,7 @@ void Wiring::WorkOut(Wire& wire, Fill fill, unsigned card, unsigned port) {
 }
 
 bool Wiring::FillInput(unsigned card, unsigned port, Frame* out) {
-    const InputJack& jack = jacks_[card][port];
+    InputJack& jack = jacks_[card][port];
     if (jack.IsSilent() || !InputIsOpen(*machine_, card, port, time_)) {
         return false;
     }

@@ -23,6 +23,8 @@ public:
 
     void PlugIn(unsigned card, unsigned port, InputSignal signal);
 
+    bool HasCables() const { return hasCables_; }
+
     // Whether what is plugged into one of the card's inputs can be heard at the output connector by that
     // time.
     bool HearsInputs(const CardState& state, unsigned card, unsigned port, int64_t time) const;
@@ -55,6 +57,7 @@ private:
 
     std::span<const CardPlayer> players_;
     std::array<std::array<InputJack, 2>, MaxCards> jacks_;
+    bool hasCables_ = false;
     std::array<std::array<Wire, 2>, MaxCards> inputs_;
     std::array<std::array<Wire, 2>, MaxCards> outputs_;
     const MachineState* machine_ = nullptr;  // of the block

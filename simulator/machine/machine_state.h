@@ -20,15 +20,24 @@
 
 namespace simulator {
 
+// Times in which frames passed between two moved ones without a buffer.
+struct ChannelGaps {
+    uint32_t Count;
+    uint64_t Longest;  // frames
+    uint64_t First;    // frames moved before the first of them
+};
+
 // What a channel has done since it was last acquired.
 struct ChannelTally {
     bool Started;           // at least one frame has moved
     uint64_t StartFrame;    // count of the group's clock at the first one
     uint64_t FramesMoved;   // out of or into buffers
     uint64_t FramesMissed;  // passed between two moved ones without a buffer
+    ChannelGaps Gaps;
     unsigned BuffersInFlight;
     unsigned MostInFlight;
     uint64_t BuffersFinished;
+    uint64_t BuffersFlushed;  // of those, without having been moved to their end
 };
 
 // One of the four channels of a card: who has it, and whether frames move.

@@ -36,7 +36,12 @@ void ProcessSide::Report(unsigned card, const std::vector<FinishedBuffer>& finis
     }
 }
 
-// Frames to move, or to keep because an output that has begun lets an input through.
+// What leaves the connector of an output that has begun is worked out for whoever listens, and for cables.
+bool ProcessSide::IsListenedTo(unsigned card, unsigned port) const {
+    return players_[card].IsListening(port) && (players_[card].WantsHeard(port) || wiring_.HasCables());
+}
+
+// Frames to move, or to hear because an output that has begun lets an input through.
 bool ProcessSide::HasWork(const MachineState& machine, int64_t now) const {
     for (unsigned card = 0; card < machine.CardCount; ++card) {
         const CardState& state = machine.Cards[card];
@@ -46,7 +51,7 @@ bool ProcessSide::HasWork(const MachineState& machine, int64_t now) const {
             continue;
         }
         const auto hears = [&](unsigned port) {
-            return player.IsListening(port) && wiring_.HearsInputs(state, card, port, now);
+            return IsListenedTo(card, port) && wiring_.HearsInputs(state, card, port, now);
         };
         if (player.AnyDue(state, target) || hears(0) || hears(1)) {
             return true;
@@ -93,7 +98,7 @@ size_t ProcessSide::MoveBlock(MachineState& machine, int64_t until, int64_t now)
                 players_[card].Record(machine.Cards[card], port, nullptr, finished);
             }
             if (players_[card].IsListening(port)) {
-                players_[card].Listen(port, wiring_.Output(card, port));
+                players_[card].Listen(port, IsListenedTo(card, port) ? wiring_.Output(card, port) : nullptr);
             }
         }
         report(card);
@@ -116,8 +121,7 @@ size_t ProcessSide::CatchUp(int64_t now) {
         players_[card].SkipTo(machine.Cards[card].TickAt(now));
     }
     movedTo_ = now;
-    Completions.Ripen(now);
-    return count;
+    return count + Completions.Ripen(now);
 }
 
 void ProcessSide::Flush(OpenFile& file, int64_t now) {

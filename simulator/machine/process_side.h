@@ -1,5 +1,5 @@
 // What belongs to this process alone: its open files, the buffers that it has mapped, what is plugged in,
-// what its outputs played, faults and trace. The machine's lock guards all but the trace.
+// who hears its outputs, faults and trace. The machine's lock guards all but the trace.
 #pragma once
 
 #include <array>
@@ -43,7 +43,7 @@ public:
     Wiring& Cables() { return wiring_; }
 
     // Moves every frame due up to `now` on every card, and lets clocks that settle and late calls come
-    // into effect. Answers how many buffers were finished.
+    // into effect. Answers how many buffers were finished and how many late calls fell due.
     size_t CatchUp(int64_t now);
 
     // Gives back the buffers of the file's channel, or of every channel that this process has on the card.
@@ -64,6 +64,7 @@ public:
     TraceLog Trace;
 
 private:
+    bool IsListenedTo(unsigned card, unsigned port) const;
     bool HasWork(const MachineState& machine, int64_t now) const;
     int64_t BlockEnd(const MachineState& machine, int64_t now) const;
     size_t MoveBlock(MachineState& machine, int64_t until, int64_t now);

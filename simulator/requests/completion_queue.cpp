@@ -31,12 +31,14 @@ int64_t CompletionQueue::NextLate() const {
     return next;
 }
 
-void CompletionQueue::Ripen(int64_t now) {
+size_t CompletionQueue::Ripen(int64_t now) {
     const auto due =
         std::stable_partition(late_.begin(), late_.end(), [now](const Call& call) { return call.Due > now; });
     std::stable_sort(due, late_.end(), [](const Call& a, const Call& b) { return a.Due < b.Due; });
+    const auto count = static_cast<size_t>(late_.end() - due);
     ready_.insert(ready_.end(), due, late_.end());
     late_.erase(due, late_.end());
+    return count;
 }
 
 void CompletionQueue::Forget(uint32_t file) {

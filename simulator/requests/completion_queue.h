@@ -27,9 +27,10 @@ public:
     // A buffer of that file is finished. Nothing comes of it when the file has no routine.
     void Add(uint32_t file, const CompletionTarget& target, ULONG_PTR cookie, int64_t now, FaultList& faults);
 
-    // Late calls: when the next one is due, and moving those that are to where Deliver finds them.
+    // Late calls: when the next one is due, and moving those that are to where Deliver finds them. Ripen
+    // answers how many there were.
     int64_t NextLate() const;
-    void Ripen(int64_t now);
+    size_t Ripen(int64_t now);
 
     // Drops what has not been delivered for the file.
     void Forget(uint32_t file);

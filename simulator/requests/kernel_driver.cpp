@@ -91,7 +91,11 @@ void KernelDriver::Close(void* closing) {
     side_.Close(file);
 }
 
-uint64_t KernelDriver::Begin(const OpenFile& file, const device::Request& request) {
+std::optional<uint64_t> KernelDriver::Begin(const OpenFile& file, const device::Request& request) {
+    side_.Trace.Count();
+    if (!side_.Trace.WantsEntries()) {
+        return std::nullopt;
+    }
     const host::MachineGuard guard;
     const auto* input = static_cast<const uint8_t*>(request.Input);
     return side_.Trace.Begin({.Microseconds = Machine().Now() / 1000,
@@ -140,7 +144,7 @@ DWORD KernelDriver::Control(void* opened, device::Request& request) {
     Timeline::NoteRequest();
     RequestHold::Reach(RequestHold::Where::Before);
     OpenFile& file = *static_cast<OpenFile*>(opened);
-    const uint64_t number = Begin(file, request);
+    const std::optional<uint64_t> number = Begin(file, request);
     int64_t stallFor = 0;
     bool dies = false;
     DWORD result = ERROR_SUCCESS;
@@ -156,8 +160,10 @@ DWORD KernelDriver::Control(void* opened, device::Request& request) {
     if (dies) {
         host::Die();
     }
-    const auto* output = static_cast<const uint8_t*>(request.Output);
-    side_.Trace.Finish(number, {output, output ? request.BytesReturned : 0}, result);
+    if (number) {
+        const auto* output = static_cast<const uint8_t*>(request.Output);
+        side_.Trace.Finish(*number, {output, output ? request.BytesReturned : 0}, result);
+    }
     side_.Completions.Deliver();
     if (stallFor > 0) {
         timeline_.Stall(stallFor);

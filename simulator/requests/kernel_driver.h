@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include <optional>
+
 #include "simulator/machine/host.h"
 #include "simulator/machine/process_side.h"
 #include "simulator/machine/timeline.h"
@@ -19,7 +21,8 @@ public:
 
 private:
     DWORD Serve(OpenFile& file, device::Request& request, int64_t* stallFor, bool* dies);
-    uint64_t Begin(const OpenFile& file, const device::Request& request);
+    // The number that the trace has for it; nothing when the trace only counts.
+    std::optional<uint64_t> Begin(const OpenFile& file, const device::Request& request);
 
     ProcessSide& side_;
     Timeline& timeline_;

@@ -1,6 +1,6 @@
+#include <algorithm>
 #include <iomanip>
 #include <ostream>
-#include <set>
 #include <utility>
 
 #include "simulator/requests/protocol.h"
@@ -11,47 +11,12 @@ namespace {
 
 constexpr uint32_t ControlTrack = ChannelCount;
 
-// Every event is one line; all but the first begin with the comma that parts it from the one before.
-class EventWriter {
-public:
-    explicit EventWriter(std::ostream& out) : out_(out) { out_ << "{\"traceEvents\":[\n"; }
-    ~EventWriter() { out_ << "\n],\"displayTimeUnit\":\"ms\"}\n"; }
-    EventWriter(const EventWriter&) = delete;
-    EventWriter& operator=(const EventWriter&) = delete;
-
-    std::ostream& Next() {
-        out_ << (first_ ? "" : ",\n");
-        first_ = false;
-        return out_;
-    }
-
-private:
-    std::ostream& out_;
-    bool first_ = true;
-};
-
 uint32_t TrackOf(const TraceEntry& entry) {
     return entry.Channel < ChannelCount ? entry.Channel : ControlTrack;
 }
 
 const char* TrackName(uint32_t track) {
     return track < ChannelCount ? ChannelNames[track] : "control";
-}
-
-void WriteNames(EventWriter& events, std::span<const TraceEntry> entries) {
-    std::set<unsigned> cards;
-    std::set<std::pair<unsigned, uint32_t>> tracks;
-    for (const TraceEntry& entry : entries) {
-        const uint32_t track = TrackOf(entry);
-        if (cards.insert(entry.Card).second) {
-            events.Next() << "{\"ph\":\"M\",\"name\":\"process_name\",\"pid\":" << entry.Card
-                          << ",\"args\":{\"name\":\"card " << entry.Card << "\"}}";
-        }
-        if (tracks.insert({entry.Card, track}).second) {
-            events.Next() << "{\"ph\":\"M\",\"name\":\"thread_name\",\"pid\":" << entry.Card
-                          << ",\"tid\":" << track << ",\"args\":{\"name\":\"" << TrackName(track) << "\"}}";
-        }
-    }
 }
 
 // A stall lasts as long as it says; of the others only the beginning is known.
@@ -76,19 +41,46 @@ void WriteBytes(std::ostream& out, const std::vector<uint8_t>& bytes) {
 
 }  // namespace
 
-void WriteChromeTrace(std::ostream& out, std::span<const TraceEntry> entries) {
-    EventWriter events(out);
-    WriteNames(events, entries);
-    for (const TraceEntry& entry : entries) {
-        events.Next() << "{\"ph\":\"X\",\"name\":\"" << entry.Text() << "\",\"cat\":\""
-                      << (entry.Result == 0 ? "request" : "failed") << "\",\"pid\":" << entry.Card
-                      << ",\"tid\":" << TrackOf(entry) << ",\"ts\":" << entry.Microseconds
-                      << ",\"dur\":" << DurationOf(entry) << ",\"args\":{\"result\":" << entry.Result
-                      << ",\"file\":" << entry.File << ",\"process\":" << entry.Process
-                      << ",\"thread\":" << entry.Thread << ",\"output\":\"";
-        WriteBytes(out, entry.Output);
-        out << "\"}}";
+ChromeTrace::ChromeTrace(std::ostream& out) : out_(out) {
+    out_ << "{\"traceEvents\":[\n";
+}
+
+void ChromeTrace::Finish() {
+    out_ << "\n],\"displayTimeUnit\":\"ms\"}\n";
+}
+
+// Every event is one line; all but the first begin with the comma that parts it from the one before.
+std::ostream& ChromeTrace::NextEvent() {
+    out_ << (first_ ? "" : ",\n");
+    first_ = false;
+    return out_;
+}
+
+// A card is named with its first track.
+void ChromeTrace::NameTrack(const TraceEntry& entry) {
+    const auto [at, isNew] = named_.insert({entry.Card, TrackOf(entry)});
+    if (!isNew) {
+        return;
     }
+    const auto isSameCard = [&](const auto& track) { return track.first == entry.Card; };
+    if (std::ranges::count_if(named_, isSameCard) == 1) {
+        NextEvent() << "{\"ph\":\"M\",\"name\":\"process_name\",\"pid\":" << entry.Card
+                    << ",\"args\":{\"name\":\"card " << entry.Card << "\"}}";
+    }
+    NextEvent() << "{\"ph\":\"M\",\"name\":\"thread_name\",\"pid\":" << entry.Card
+                << ",\"tid\":" << at->second << ",\"args\":{\"name\":\"" << TrackName(at->second) << "\"}}";
+}
+
+void ChromeTrace::Write(const TraceEntry& entry) {
+    NameTrack(entry);
+    NextEvent() << "{\"ph\":\"X\",\"name\":\"" << entry.Text() << "\",\"cat\":\""
+                << (entry.Result == 0 ? "request" : "failed") << "\",\"pid\":" << entry.Card
+                << ",\"tid\":" << TrackOf(entry) << ",\"ts\":" << entry.Microseconds
+                << ",\"dur\":" << DurationOf(entry) << ",\"args\":{\"result\":" << entry.Result
+                << ",\"file\":" << entry.File << ",\"process\":" << entry.Process
+                << ",\"thread\":" << entry.Thread << ",\"output\":\"";
+    WriteBytes(out_, entry.Output);
+    out_ << "\"}}";
 }
 
 }  // namespace simulator

@@ -132,17 +132,26 @@ std::optional<Fault> ParseFault(std::string_view text) {
     return ParseKind(kind, fault) ? std::optional(fault) : std::nullopt;
 }
 
+unsigned FaultList::Add(const Fault& fault) {
+    faults_.push_back({fault, {}});
+    return static_cast<unsigned>(faults_.size() - 1);
+}
+
+FaultStatus FaultList::StatusOf(unsigned fault) const {
+    return fault < faults_.size() ? faults_[fault].Status : FaultStatus{};
+}
+
 std::optional<Fault> FaultList::Next(uint32_t code, bool completion) {
     std::optional<Fault> strikes;
-    for (auto waiting = faults_.begin(); waiting != faults_.end();) {
-        const Fault& fault = waiting->What;
+    for (auto& [fault, status] : faults_) {
         const bool matches =
             completion ? fault.Code == Fault::Completion : fault.Code == code || fault.Code == Fault::AnyCode;
-        const bool due = matches && (fault.Nth == 0 || ++waiting->Seen == fault.Nth);
+        status.Seen += matches ? 1 : 0;
+        const bool due = matches && (fault.Nth == 0 || status.Seen == fault.Nth);
+        status.Struck = status.Struck || due;
         if (due && !strikes) {
             strikes = fault;
         }
-        waiting = due && fault.Nth != 0 ? faults_.erase(waiting) : std::next(waiting);
     }
     return strikes;
 }

@@ -29,6 +29,12 @@ struct Fault {
     int64_t Delay = 10000;
 };
 
+// What has become of a fault that waits for its request or completion.
+struct FaultStatus {
+    bool Struck = false;
+    uint64_t Seen = 0;  // matching ones that have come
+};
+
 // A fault as a user writes it, for example "QUEUE_BUFFER:3", "any:10:pending" or "completion:1:late=20000".
 // Letters may be of either case. Nothing when the text is not of the form that FaultSyntax tells.
 std::optional<Fault> ParseFault(std::string_view text);

@@ -11,8 +11,9 @@ namespace simulator {
 // The machine's lock guards it.
 class FaultList {
 public:
-    void Add(const Fault& fault) { faults_.push_back({fault, 0}); }
+    unsigned Add(const Fault& fault);
     void Clear() { faults_.clear(); }
+    FaultStatus StatusOf(unsigned fault) const;  // by the number that Add answered
 
     // A request, or a completion, has come: it is counted for every fault that it matches. The fault that
     // strikes it; nothing when none does.
@@ -22,7 +23,7 @@ public:
 private:
     struct Waiting {
         Fault What;
-        unsigned Seen;
+        FaultStatus Status;
     };
     std::optional<Fault> Next(uint32_t code, bool completion);
 

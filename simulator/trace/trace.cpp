@@ -74,31 +74,66 @@ std::string TraceEntry::Text() const {
     }
 }
 
+void TraceLog::Keep() {
+    wantsEntries_ = true;
+}
+
+void TraceLog::Send(TraceSink sink) {
+    const std::lock_guard<host::Lock> guard(mutex_);
+    for (Entry& entry : entries_) {
+        entry.Ended = true;
+    }
+    GiveEnded();
+    Drop();
+    sink_ = std::move(sink);
+    wantsEntries_ = static_cast<bool>(sink_);
+}
+
 uint64_t TraceLog::Begin(TraceEntry entry) {
     const std::lock_guard<host::Lock> guard(mutex_);
-    entries_.push_back(std::move(entry));
+    entries_.push_back({std::move(entry), false});
     return first_ + entries_.size() - 1;
 }
 
 void TraceLog::Finish(uint64_t number, std::span<const uint8_t> output, uint32_t result) {
     const std::lock_guard<host::Lock> guard(mutex_);
     if (number < first_) {
-        return;  // cleared meanwhile
+        return;  // dropped meanwhile
     }
-    TraceEntry& entry = entries_[static_cast<size_t>(number - first_)];
-    entry.Output.assign(output.begin(), output.end());
-    entry.Result = result;
+    Entry& entry = entries_[static_cast<size_t>(number - first_)];
+    entry.What.Output.assign(output.begin(), output.end());
+    entry.What.Result = result;
+    entry.Ended = true;
+    GiveEnded();
+}
+
+void TraceLog::GiveEnded() {
+    while (sink_ && !entries_.empty() && entries_.front().Ended) {
+        sink_(entries_.front().What);
+        entries_.pop_front();
+        ++first_;
+    }
+}
+
+void TraceLog::Drop() {
+    first_ += entries_.size();
+    entries_.clear();
 }
 
 std::vector<TraceEntry> TraceLog::Entries() const {
     const std::lock_guard<host::Lock> guard(mutex_);
-    return {entries_.begin(), entries_.end()};
+    std::vector<TraceEntry> entries;
+    entries.reserve(entries_.size());
+    for (const Entry& entry : entries_) {
+        entries.push_back(entry.What);
+    }
+    return entries;
 }
 
 void TraceLog::Clear() {
     const std::lock_guard<host::Lock> guard(mutex_);
-    first_ += entries_.size();
-    entries_.clear();
+    Drop();
+    count_ = 0;
 }
 
 }  // namespace simulator

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <iosfwd>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -31,7 +33,26 @@ struct TraceEntry {
     std::string Text() const;
 };
 
+// Is given requests in the order of their beginnings, each when it and all before it have ended. It is called
+// by whichever thread ends one, under the trace's lock: it is quick, does not throw and calls nothing of the
+// simulator.
+using TraceSink = std::function<void(const TraceEntry&)>;
+
 // Chrome trace format: opens in a timeline viewer. One track per card and channel.
-void WriteChromeTrace(std::ostream& out, std::span<const TraceEntry> entries);
+class ChromeTrace {
+public:
+    // Begins the file. `out` outlives the object.
+    explicit ChromeTrace(std::ostream& out);
+    void Write(const TraceEntry& entry);
+    void Finish();  // nothing may be written after it
+
+private:
+    std::ostream& NextEvent();
+    void NameTrack(const TraceEntry& entry);
+
+    std::ostream& out_;
+    bool first_ = true;
+    std::set<std::pair<unsigned, uint32_t>> named_;  // cards and their tracks
+};
 
 }  // namespace simulator

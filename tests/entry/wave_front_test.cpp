@@ -1,4 +1,8 @@
 // The multimedia front between programs and the driver: what it answers itself, and what becomes of handles.
+#include <windows.h>
+#include <mmddk.h>
+#include <mmreg.h>
+
 #include "tests/support/output_test.h"
 
 namespace {
@@ -35,7 +39,9 @@ TEST_F(WaveFrontTest, HandlesGoBadWithTheCloseOnly) {
 }
 
 TEST_F(WaveFrontTest, TheMapperTakesTheFirstDeviceThatIsFree) {
+    constexpr UINT Mapper16 = 0xFFFF;
     EXPECT_MM(Query(WAVE_MAPPER, 0, CALLBACK_NULL), MMSYSERR_NOERROR);
+    EXPECT_MM(Query(Mapper16, 0, CALLBACK_NULL), MMSYSERR_NOERROR);
     WavePlayer second;
     WavePlayer third;
     for (WavePlayer* player : {&player_, &second}) {
@@ -45,6 +51,33 @@ TEST_F(WaveFrontTest, TheMapperTakesTheFirstDeviceThatIsFree) {
         EXPECT_EQ(device, player == &player_ ? AnalogOut : DigitalOut);
     }
     EXPECT_MM(third.Open(WAVE_MAPPER, mono_), MMSYSERR_ALLOCATED);
+}
+
+TEST_F(WaveFrontTest, SomeQuestionsAreTheSystemsToAnswer) {
+    const auto ask = [](UINT device, UINT message, void* first, DWORD_PTR second) {
+        return waveOutMessage(reinterpret_cast<HWAVEOUT>(static_cast<UINT_PTR>(device)), message,
+                              reinterpret_cast<DWORD_PTR>(first), second);
+    };
+    const std::basic_string<WCHAR> name = TEXT("\\\\.\\Kestrelvox0");
+    DWORD size = 0;
+    WCHAR text[40] = {};
+    EXPECT_MM(ask(DigitalOut, DRV_QUERYMAPPABLE, nullptr, 0), MMSYSERR_NOERROR);
+    EXPECT_MM(ask(DigitalOut, DRV_QUERYDEVICEINTERFACESIZE, &size, 0), MMSYSERR_NOERROR);
+    EXPECT_EQ(size, (name.size() + 1) * sizeof(WCHAR));
+    EXPECT_MM(ask(DigitalOut, DRV_QUERYDEVICEINTERFACE, text, size - 1), MMSYSERR_INVALPARAM);
+    EXPECT_MM(ask(DigitalOut, DRV_QUERYDEVICEINTERFACE, text, size), MMSYSERR_NOERROR);
+    EXPECT_EQ(name, text);
+
+    DWORD preferred = 9;
+    DWORD flags = 9;
+    WAVEOUTCAPSW caps = {};
+    EXPECT_MM(ask(WAVE_MAPPER, DRVM_MAPPER_PREFERRED_GET, &preferred, reinterpret_cast<DWORD_PTR>(&flags)),
+              MMSYSERR_NOERROR);
+    EXPECT_EQ(preferred, 0u);
+    EXPECT_EQ(flags, 0u);
+    EXPECT_MM(waveOutGetDevCapsW(WAVE_MAPPER, &caps, sizeof caps), MMSYSERR_NOERROR);
+    EXPECT_EQ(caps.wPid, MM_WAVE_MAPPER);
+    EXPECT_EQ(caps.wChannels, 2);
 }
 
 TEST_F(WaveFrontTest, OpenChecksItsArguments) {
@@ -79,7 +112,7 @@ TEST_F(WaveFrontTest, HeadersArePreparedHere) {
     EXPECT_MM(waveOutWrite(out, &header_, sizeof header_), WAVERR_UNPREPARED);
     EXPECT_MM(waveOutPrepareHeader(out, nullptr, sizeof header_), MMSYSERR_INVALPARAM);
     EXPECT_MM(waveOutPrepareHeader(out, &header_, sizeof header_ - 1), MMSYSERR_INVALPARAM);
-    header_.dwFlags = WHDR_BEGINLOOP | WHDR_ENDLOOP;
+    header_.dwFlags = WHDR_BEGINLOOP | WHDR_ENDLOOP | WHDR_DONE | WHDR_INQUEUE;
     for (int i = 0; i < 2; ++i) {
         EXPECT_MM(waveOutPrepareHeader(out, &header_, sizeof header_), MMSYSERR_NOERROR);
         EXPECT_EQ(header_.dwFlags, DWORD{WHDR_PREPARED | WHDR_BEGINLOOP | WHDR_ENDLOOP});

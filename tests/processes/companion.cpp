@@ -19,7 +19,10 @@ void SharedMachine::Renew() {
 }
 
 Program::Program(unsigned cards)
-    : Cards({.Cards = cards, .Time = simulator::TimeKind::Stepped, .Strict = true}) {}
+    : Cards({.Cards = cards, .Time = simulator::TimeKind::Stepped, .Strict = true}) {
+    Cards.KeepAudio();
+    Cards.KeepTrace();
+}
 
 Program::~Program() {
     test_system::UnloadWaveDriver();

@@ -45,6 +45,7 @@ TEST(SimulatorInput, ACableCarriesWhatTheOutputHearsAtThatFrame) {
     for (const unsigned receiver : {0u, 1u}) {
         SCOPED_TRACE(receiver);
         Simulator sim({.Cards = 2});
+        sim.KeepAudio();
         Prepare(0);
         Prepare(1);
         const CardFile card0(0, ControlChannel);
@@ -95,6 +96,7 @@ TEST(SimulatorInput, ACableBetweenClocksGoesByTime) {
 
 TEST(SimulatorInput, CablesPassThroughMonitorsButNotInCircles) {
     Simulator sim({.Cards = 3});
+    sim.KeepAudio();
     for (unsigned card = 0; card < 3; ++card) {
         Prepare(card);
         CardFile(card, ControlChannel).SetGain(0, 128);

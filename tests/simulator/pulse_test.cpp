@@ -66,6 +66,7 @@ std::string Sounding(Simulator& sim) {
 
 std::string SoundingAfter(const std::vector<Step>& steps) {
     Simulator sim({});
+    sim.KeepAudio();
     const CardFile control(0, ControlChannel);
     for (const Step& step : steps) {
         control.WriteCard(step.Index, step.Value, step.Mask);
@@ -101,6 +102,7 @@ TEST(SimulatorPulse, LeftOutShortOrOutOfOrderLeavesAConnectorSilent) {
 
 TEST(SimulatorPulse, AClockThatHasChangedSoundsAfterTheNextOnes) {
     Simulator sim({});
+    sim.KeepAudio();
     Prepare(0);
     CardFile(0, ControlChannel).WriteCard(32, 0x02, 0x07);
     EXPECT_EQ(Sounding(sim), "---");
@@ -110,6 +112,7 @@ TEST(SimulatorPulse, AClockThatHasChangedSoundsAfterTheNextOnes) {
 
 TEST(SimulatorPulse, ConvertersThatAPortHasRestartedHaveToSettle) {
     Simulator sim({});
+    sim.KeepAudio();
     Prepare(0);
     {
         const CardFile file(0, AnalogOut);

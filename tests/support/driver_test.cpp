@@ -16,6 +16,8 @@ std::u16string ConfigKey(unsigned card) {
 DriverTest::DriverTest(unsigned cards, simulator::TimeKind time) {
     test_system::FreshMachine();
     simulator_ = std::make_unique<simulator::Simulator>(simulator::Simulator::Options{cards, time, true});
+    simulator_->KeepAudio();
+    simulator_->KeepTrace();
     usage_ = test_system::Usage();
 }
 

@@ -22,6 +22,10 @@ TEST(CommandLine, RefusesBadInputInOneLine) {
     WriteFile(good, WavFile({}, NoiseBytes(1000)));
     WriteFile(odd, WavFile({.Rate = 12000}, NoiseBytes(1000)));
     const std::string law = folder.Path("law.wav");
+    const std::string real = folder.Path("real.wav");
+    const std::string fast = folder.Path("fast.wav");
+    WriteFile(real, WavFile({.Tag = 3, .Bits = 32, .BytesPerSample = 4}, NoiseBytes(1000)));
+    WriteFile(fast, WavFile({.Rate = 48000}, NoiseBytes(1000)));
     WriteFile(law, WavFile({.Tag = 6, .Bits = 8, .BytesPerSample = 1}, NoiseBytes(1000)));
     WriteFile(text, "some text that is long enough for a header of a WAV file");
     WriteFile(cut, WavFile({}, NoiseBytes(1000)).substr(0, 1000));
@@ -29,7 +33,6 @@ TEST(CommandLine, RefusesBadInputInOneLine) {
         Words Arguments;
         const char* Why;
     } cases[] = {
-        {{}, "subcommand"},
         {{"pla"}, "no command 'pla'"},
         {{"play"}, "FILE"},
         {{"play", good, "--nonsense"}, "--nonsense"},
@@ -63,6 +66,18 @@ TEST(CommandLine, RefusesBadInputInOneLine) {
         {{"play", good, "--capture", folder.Path("absent/out.wav")}, "cannot write"},
         {{"play", good, "--trace", folder.Path("")}, "cannot write"},
         {{"play", good, "--suspend-at", "-1"}, "--suspend-at"},
+        {{"play", good, "--suspend-at", "nan"}, "--suspend-at: nan"},
+        {{"play", good, "--device", "4294967295"}, "--device: 4294967295"},
+        {{"play", good, "--buffers", "99999999999999999999"}, "--buffers: 99999999999999999999"},
+        {{"play", good, "--trace", ""}, "--trace: an empty value"},
+        {{"play", ""}, "FILE: an empty value"},
+        {{"play", good, "--device", "0,1", "--capture", "-"}, "-: cannot take what several devices play"},
+        {{"play", good, "--trace", "--json"}, "'--json' is an option"},
+        {{"play", good, "--trace", good}, "FILE and --trace name the same file"},
+        {{"play", good, "--trace", out}, "--capture and --trace name the same file"},
+        {{"play", good, "--cards", "2", "--follow", "0=1", "--follow", "1=0"}, "in a circle"},
+        {{"play", real}, "32-bit floating point, stereo, 44100 Hz); at 44100 Hz it accepts"},
+        {{"play", fast, good, "--device", "0,1"}, "another stream holds its clock at 48000 Hz"},
         {{"record"}, "FILE"},
         {{"record", folder.Path("absent/out.wav")}, "cannot write"},
         {{"record", out, "--format", "s12"}, "--format"},
@@ -72,6 +87,9 @@ TEST(CommandLine, RefusesBadInputInOneLine) {
         {{"record", out, "--device", "2", "--dither", "1"}, "there is no card 1"},
         {{"record", out, "--dither", "5"}, "--dither"},
         {{"record", out, "--seconds", "-1"}, "--seconds"},
+        {{"record", out, "--seconds", "nan"}, "--seconds: nan"},
+        {{"record", out, "--seconds", "0"}, "--seconds: 0"},
+        {{"record", out, "--rate", "0"}, "--rate: 0"},
         {{"record", out, "--input", "tone:"}, "input tone:: must be tone:HZ"},
         {{"record", out, "--input", "tone:0"}, "input tone:0"},
         {{"record", out, "--input", "tone:inf"}, "input tone:inf"},
@@ -108,6 +126,8 @@ TEST(CommandLine, RefusesBadInputInOneLine) {
         {{"configure", "--json", "--step"}, "--step"},
         {{"settings", "--card", "1"}, "there is no card 1"},
         {{"registers", "--card", "1"}, "there is no card 1"},
+        {{"machine", "show", "absent"}, "there is no machine 'absent'"},
+        {{"machine", "list", "absent"}, "takes no name"},
     };
     const size_t files = folder.FileCount();
     for (auto [arguments, why] : cases) {
@@ -206,6 +226,13 @@ TEST(CommandLine, KeepsSettingsAndRegistersOnANamedMachine) {
     // Rate code 0 and the internal clock; link driver off.
     EXPECT_NE(registers.Output.find("card 32        00"), std::string::npos) << registers.Output;
     EXPECT_NE(registers.Output.find("analog out 0"), std::string::npos);
+
+    const CommandResult machines = RunCommand({"machine", "show", machine.Name});
+    EXPECT_EQ(machines.Values("machine"), Words{machine.Name});
+    EXPECT_EQ(machines.Values("process"), Words{});
+    EXPECT_FALSE(machines.Values("region").empty());
+    EXPECT_EQ(RunCommand({"machine", "remove", machine.Name}).Status, 0);
+    EXPECT_EQ(RunCommand({"machine", "remove", machine.Name}).Status, 2) << "it is gone";
 }
 
 }  // namespace

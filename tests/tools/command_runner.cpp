@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <sstream>
 
 #include "tests/tools/scratch_folder.h"
@@ -44,4 +45,42 @@ CommandResult RunCommand(const std::vector<std::string>& arguments) {
     return {.Status = WIFEXITED(result) ? WEXITSTATUS(result) : -1,
             .Output = ReadFile(out),
             .Errors = ReadFile(err)};
+}
+
+CommandResult RunShell(const std::string& line, const std::string& folder) {
+    const ScratchFolder results;
+    const std::string whole = "K=" KESTVOX_COMMAND "; cd " + folder + " && { " + line + "\n} >" +
+                              results.Path("out") + " 2>" + results.Path("err");
+    const int result = std::system(whole.c_str());
+    return {.Status = WIFEXITED(result) ? WEXITSTATUS(result) : -1,
+            .Output = ReadFile(results.Path("out")),
+            .Errors = ReadFile(results.Path("err"))};
+}
+
+RunningCommand::RunningCommand(const std::vector<std::string>& arguments) : process_(fork()) {
+    if (process_ == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        std::vector<char*> words = {const_cast<char*>(KESTVOX_COMMAND)};
+        for (const std::string& argument : arguments) {
+            words.push_back(const_cast<char*>(argument.c_str()));
+        }
+        words.push_back(nullptr);
+        if (!std::freopen("/dev/null", "w", stdout)) {
+            _exit(127);
+        }
+        execv(KESTVOX_COMMAND, words.data());
+        _exit(127);
+    }
+}
+
+void RunningCommand::Send(int signal) const {
+    if (process_ > 0) {
+        kill(process_, signal);
+    }
+}
+
+int RunningCommand::Wait() const {
+    int status = 0;
+    waitpid(process_, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }

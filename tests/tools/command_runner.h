@@ -15,3 +15,17 @@ struct CommandResult {
 
 // Each argument is one word.
 CommandResult RunCommand(const std::vector<std::string>& arguments);
+
+// A line of the shell, run in that folder; $K is the command.
+CommandResult RunShell(const std::string& line, const std::string& folder);
+
+// The command while it runs.
+class RunningCommand {
+public:
+    RunningCommand(const std::vector<std::string>& arguments);
+    void Send(int signal) const;
+    int Wait() const;  // its exit status; -1: it was killed
+
+private:
+    int process_;
+};

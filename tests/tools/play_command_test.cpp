@@ -7,7 +7,7 @@
 #include "tests/tools/scratch_folder.h"
 #include "tests/tools/wav_bytes.h"
 #include "tools/commands/commands.h"
-#include "tools/files/wav_file.h"
+#include "tools/files/wav_reader.h"
 
 namespace {
 
@@ -21,7 +21,7 @@ std::vector<Frame> ReadCapture(const std::string& path, uint32_t rate) {
     EXPECT_EQ(reader.Format().nChannels, 2);
     EXPECT_EQ(reader.Format().wBitsPerSample, 32);
     EXPECT_EQ(reader.Format().nSamplesPerSec, rate);
-    std::vector<Frame> frames(reader.FrameCount());
+    std::vector<Frame> frames(reader.FrameCount().value());
     reader.Read({reinterpret_cast<char*>(frames.data()), frames.size() * sizeof(Frame)});
     return frames;
 }
@@ -160,7 +160,10 @@ TEST(PlayCommand, ReportsHeadersThatAreLost) {
     WriteFile(folder.Path("in.wav"), WavFile({}, NoiseBytes(20000)));
     const CommandResult lost = PlayStepped({folder.Path("in.wav"), "--fault", "completion:3:lost"});
     EXPECT_EQ(lost.Status, 1);
-    EXPECT_EQ(lost.Errors, "kestvox: device 0: 1 header did not come back\n");
+    EXPECT_EQ(
+        lost.Errors,
+        "kestvox: device 0: nothing moved for 5.1 s, at frame 20000 of 20000, while it waited for a header "
+        "to come back\n");
     EXPECT_EQ(lost.Values("headers-returned"), Words{"9"});
     for (const char* fault : {"completion:3:late=2000000", "completion:10:late=2000000", "completion:3:twice",
                               "completion:10:twice"}) {

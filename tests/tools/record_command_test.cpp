@@ -9,7 +9,7 @@
 #include "tests/tools/command_runner.h"
 #include "tests/tools/scratch_folder.h"
 #include "tests/tools/wav_bytes.h"
-#include "tools/files/wav_file.h"
+#include "tools/files/wav_reader.h"
 
 namespace {
 
@@ -26,7 +26,7 @@ CommandResult RunStepped(const Words& more) {
 
 std::string ReadSamples(const std::string& path) {
     kestvox::WavReader reader(path);
-    std::string bytes(reader.ByteCount(), '\0');
+    std::string bytes(reader.ByteCount().value(), '\0');
     reader.Read(bytes);
     return bytes;
 }
@@ -116,7 +116,9 @@ TEST(RecordCommand, ReportsHeadersThatAreLost) {
     const ScratchFolder folder;
     const CommandResult lost = RunStepped({"record", folder.Path("out.wav"), "--fault", "completion:3:lost"});
     EXPECT_EQ(lost.Status, 1);
-    EXPECT_EQ(lost.Errors, "kestvox: device 0: 1 header did not come back\n");
+    EXPECT_EQ(lost.Errors,
+              "kestvox: device 0: nothing moved for 9.0 s, at frame 22080 of 220512, while it waited for a "
+              "header to come back\n");
 }
 
 // A locked recording begins with the playback; another one begins when it is started, a hundredth of a

@@ -152,6 +152,22 @@ TEST_F(InputRateTest, ASettingLeavesItUnchecked) {
     EXPECT_EQ(recorder_.Open(AnalogIn, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
 }
 
+class CabledInputTest : public InputTest {
+protected:
+    CabledInputTest() : InputTest(2) {}
+};
+
+// A transmitter that is on sends a clock, whether or not its output is open.
+TEST_F(CabledInputTest, OpensBeforeTheOutputDoes) {
+    waveInGetNumDevs();
+    for (const unsigned sender : {1u, 0u}) {
+        Cards().PlugIn(0, Port::Digital, simulator::InputSignal::Cable(sender, Port::Digital));
+        EXPECT_EQ(recorder_.Open(DigitalIn, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR)
+            << "from card " << sender;
+        recorder_.Shut();
+    }
+}
+
 TEST_F(InputRateTest, AReadingThatFailsIsNoReading) {
     Cards().SetDigitalInputRate(0, 32000);
     Expect(44100, MMSYSERR_ERROR);

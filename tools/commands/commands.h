@@ -29,8 +29,8 @@ struct PlayOptions : StreamOptions {
 struct RecordOptions : StreamOptions {
     std::string File;
     unsigned Device = 0;
-    DWORD Rate = 44100;
-    WORD Channels = 2;
+    DWORD Rate = 0;                  // 0: that of the WAV file that is plugged in, or 44100
+    unsigned Channels = 0;           // 0: as many as that file has, or 2
     std::string Format = "s16";      // one of RecordFormats
     std::optional<double> Seconds;   // nothing: as long as the WAV file that is plugged in, or 5
     std::string Input = "silence";   // or "tone:HZ", or a WAV file
@@ -64,6 +64,8 @@ int StoreAndShowSettings(const SceneOptions& options, unsigned card,
 // takes it out, and shows what the registry then holds of it.
 int InstallDriver(const std::string& machine);
 int RemoveDriver(const std::string& machine);
+// `action` is list, show or remove; the last two are of the named machine.
+int ManageMachines(const std::string& action, const std::string& name);
 int ShowRegisters(const SceneOptions& options, unsigned card);
 
 // The names of the formats that record knows.
@@ -73,7 +75,7 @@ std::vector<std::string> RecordFormats();
 WORD ParseVolume(const std::string& text);
 
 // The capture file of one of `count` devices: "out.wav" for one device, "out-3.wav" for device 3 of
-// several.
+// several. CommandError for several into one pipe.
 std::string CapturePath(const std::string& path, unsigned device, size_t count);
 
 }  // namespace kestvox

@@ -1,31 +1,17 @@
 #include <algorithm>
 #include <cstdio>
-#include <functional>
 #include <iterator>
 
 #include "tools/command_error.h"
 #include "tools/commands/commands.h"
-#include "tools/files/wave_format.h"
+#include "tools/streams/accepted_formats.h"
 #include "tools/streams/wave_error.h"
 #include "tools/system/wide_text.h"
 
 namespace kestvox {
 namespace {
 
-constexpr DWORD AskedRates[] = {8000,  11025, 12000, 16000, 22050, 24000,  32000,
-                                44100, 48000, 64000, 88200, 96000, 176400, 192000};
-constexpr WORD AskedChannels[] = {1, 2, 4, 6, 8};
-
 constexpr size_t PageWidth = 100;
-
-// Whether a device accepts a format.
-using FormatQuery = std::function<bool(const WAVEFORMATEX&)>;
-
-// Encodings that are accepted at the same rates and channels share an entry.
-struct AcceptedFormats {
-    std::string Limits;
-    std::vector<std::string> Encodings;
-};
 
 // What the capabilities say of a format: one bit for each of twelve.
 bool InCapabilities(DWORD formats, const WAVEFORMATEX& format) {
@@ -38,40 +24,6 @@ bool InCapabilities(DWORD formats, const WAVEFORMATEX& format) {
     }
     const auto bit = (rate - Rates) * 4 + (format.wBitsPerSample == 16 ? 2 : 0) + (format.nChannels - 1);
     return (formats >> bit & 1) != 0;
-}
-
-std::string AcceptedLimits(const FormatQuery& accepts, const SampleEncoding& encoding) {
-    std::string channelText;
-    std::string rateText;
-    for (const WORD channels : AskedChannels) {
-        std::string rates;
-        for (const DWORD rate : AskedRates) {
-            if (accepts(MakeFormat(encoding, channels, rate).Format)) {
-                rates += (rates.empty() ? "" : ", ") + std::to_string(rate);
-            }
-        }
-        if (!rates.empty()) {
-            channelText += (channelText.empty() ? "" : " or ") + std::to_string(channels);
-            rateText = rates;
-        }
-    }
-    return rateText.empty() ? "" : channelText + " channels at " + rateText + " Hz";
-}
-
-std::vector<AcceptedFormats> FindAcceptedFormats(const FormatQuery& accepts) {
-    std::vector<AcceptedFormats> accepted;
-    for (const SampleEncoding& encoding : AllEncodings()) {
-        const std::string limits = AcceptedLimits(accepts, encoding);
-        if (limits.empty()) {
-            continue;
-        }
-        auto same = std::ranges::find(accepted, limits, &AcceptedFormats::Limits);
-        if (same == accepted.end()) {
-            same = accepted.insert(same, AcceptedFormats{.Limits = limits, .Encodings = {}});
-        }
-        same->Encodings.emplace_back(encoding.Name);
-    }
-    return accepted;
 }
 
 void PrintFormats(const std::vector<AcceptedFormats>& accepted) {

@@ -6,8 +6,8 @@
 #include "tools/command_error.h"
 #include "tools/commands/commands.h"
 #include "tools/commands/stream_command.h"
-#include "tools/files/output_file.h"
-#include "tools/files/wav_file.h"
+#include "tools/files/wav_reader.h"
+#include "tools/streams/capture_file.h"
 #include "tools/streams/wave_output.h"
 
 namespace kestvox {
@@ -26,12 +26,36 @@ const std::string& FileOf(const PlayOptions& options, size_t device) {
     return options.Files[options.Files.size() == 1 ? 0 : device];
 }
 
+FileRoles RolesOf(const PlayOptions& options) {
+    FileRoles roles;
+    for (const std::string& file : options.Files) {
+        roles.Read.push_back({"FILE", file});
+    }
+    for (size_t i = 0; !options.Capture.empty() && i < options.Devices.size(); ++i) {
+        roles.Written.push_back(
+            {"--capture", CapturePath(options.Capture, options.Devices[i], options.Devices.size())});
+    }
+    return roles;
+}
+
+// One for each device.
+std::vector<WavReader> OpenFiles(const PlayOptions& options) {
+    std::vector<WavReader> files;
+    for (size_t i = 0; i < options.Devices.size(); ++i) {
+        files.emplace_back(FileOf(options, i));
+        if (files.back().IsPipe() && options.Files.size() < options.Devices.size()) {
+            throw CommandError(FileOf(options, i) + ": cannot be read once for each device");
+        }
+    }
+    return files;
+}
+
 // All devices are open before the first gets its buffers.
-void AddOutputs(const PlayOptions& options, StreamRunner& runner) {
+void AddOutputs(const PlayOptions& options, std::vector<WavReader> files, StreamRunner& runner) {
     std::vector<std::unique_ptr<WaveOutput>> outputs;
     for (size_t i = 0; i < options.Devices.size(); ++i) {
         outputs.push_back(
-            std::make_unique<WaveOutput>(options.Devices[i], FileOf(options, i), runner.BufferBack()));
+            std::make_unique<WaveOutput>(options.Devices[i], std::move(files[i]), runner.BufferBack()));
     }
     for (auto& output : outputs) {
         if (options.Volume) {
@@ -42,39 +66,33 @@ void AddOutputs(const PlayOptions& options, StreamRunner& runner) {
     }
 }
 
-void WriteCapture(OutputFile& file, Scene& scene, unsigned device, const std::string& played) {
-    const simulator::Port port = device % 2 ? simulator::Port::Digital : simulator::Port::Analog;
-    WriteWav(file.Stream(), WavReader(played).Format().nSamplesPerSec, scene.Cards().Heard(device / 2, port));
-    file.Commit();
-}
-
 }  // namespace
 
 int Play(const PlayOptions& options) {
     RequireFileForEachDevice(options);
-    for (const std::string& file : options.Files) {
-        WavReader check(file);
+    const FileRoles roles = RolesOf(options);
+    RequireDifferentFiles(roles, options);
+    std::vector<WavReader> files = OpenFiles(options);
+    std::vector<std::unique_ptr<CaptureFile>> captures;
+    for (const NamedFile& file : roles.Written) {
+        captures.push_back(std::make_unique<CaptureFile>(file.Path));
     }
-    std::vector<std::unique_ptr<OutputFile>> captures;
-    for (size_t i = 0; !options.Capture.empty() && i < options.Devices.size(); ++i) {
-        captures.push_back(std::make_unique<OutputFile>(
-            CapturePath(options.Capture, options.Devices[i], options.Devices.size())));
-    }
-    return RunStreams(options, [&](Scene& scene, StreamRunner& runner) {
-        if (!captures.empty()) {
-            scene.Cards();
+    return RunStreams("play", options, roles, [&](Scene& scene, StreamRunner& runner, Outcome& outcome) {
+        for (size_t i = 0; i < captures.size(); ++i) {
+            captures[i]->Begin(scene, options.Devices[i], files[i].Format().nSamplesPerSec);
+            runner.Add(*captures[i]);
         }
-        AddOutputs(options, runner);
+        AddOutputs(options, std::move(files), runner);
         runner.Start();
         runner.RunToTheEnd();
         runner.Close();
         for (size_t i = 0; i < options.Devices.size(); ++i) {
-            PrintReport(options.Devices[i], runner.Reports()[i], "frames-played", "silent-frames");
+            AddStream(outcome, options.Devices[i], StreamKind::Playing, runner.Reports()[i],
+                      scene.HasSimulator());
         }
-        for (size_t i = 0; i < captures.size(); ++i) {
-            WriteCapture(*captures[i], scene, options.Devices[i], FileOf(options, i));
+        for (const auto& capture : captures) {
+            capture->Finish();
         }
-        return runner.FirstProblem();
     });
 }
 
@@ -96,6 +114,14 @@ std::string CapturePath(const std::string& path, unsigned device, size_t count) 
         return path;
     }
     const std::filesystem::path whole(path);
+    std::error_code error;
+    const std::filesystem::file_status there = std::filesystem::status(whole, error);
+    if (std::filesystem::is_character_file(there)) {
+        return path;
+    }
+    if (path == "-" || (std::filesystem::exists(there) && !std::filesystem::is_regular_file(there))) {
+        throw CommandError(path + ": cannot take what several devices play");
+    }
     std::filesystem::path name = whole.stem();
     name += "-" + std::to_string(device);
     name += whole.extension();

@@ -10,15 +10,21 @@
 #include "tools/commands/commands.h"
 #include "tools/commands/stream_command.h"
 #include "tools/files/output_file.h"
-#include "tools/files/wav_file.h"
 #include "tools/files/wave_format.h"
+#include "tools/streams/input_feed.h"
+#include "tools/streams/recording_file.h"
 #include "tools/streams/wave_input.h"
+#include "tools/system/message.h"
 
 namespace kestvox {
 namespace {
 
 constexpr double DefaultSeconds = 5;
+constexpr DWORD DefaultRate = 44100;
+constexpr unsigned DefaultChannels = 2;
 constexpr int32_t ToneAmplitude = 0x40000000;
+constexpr const char* Silence = "silence";
+constexpr const char* TonePrefix = "tone:";
 
 constexpr SampleEncoding Formats[] = {
     {"u8", WAVE_FORMAT_PCM, 8, 1, 0},   {"s16", WAVE_FORMAT_PCM, 16, 2, 0},
@@ -32,7 +38,7 @@ WAVEFORMATEXTENSIBLE RecordingFormat(const RecordOptions& options) {
     if (encoding == std::end(Formats)) {
         throw CommandError("format " + options.Format + ": there is no such format");
     }
-    return MakeFormat(*encoding, options.Channels, options.Rate);
+    return MakeFormat(*encoding, static_cast<WORD>(options.Channels), options.Rate);
 }
 
 simulator::InputSignal ToneSignal(const std::string& input, const std::string& hertz) {
@@ -45,32 +51,65 @@ simulator::InputSignal ToneSignal(const std::string& input, const std::string& h
     return simulator::InputSignal::Tone(value, ToneAmplitude);
 }
 
-simulator::InputSignal FileSignal(const RecordOptions& options) {
-    WavReader reader(options.Input);
-    if (const DWORD rate = reader.Format().nSamplesPerSec; rate != options.Rate) {
+// What is plugged in, when that is no file.
+simulator::InputSignal GeneratedSignal(const std::string& input) {
+    return input == Silence ? simulator::InputSignal::Silence()
+                            : ToneSignal(input, input.substr(std::string(TonePrefix).size()));
+}
+
+bool IsFile(const std::string& input) {
+    return input != Silence && !input.starts_with(TonePrefix);
+}
+
+void RequireRate(const InputFeed& feed, const RecordOptions& options) {
+    if (const DWORD rate = feed.Format().nSamplesPerSec; rate != options.Rate) {
         throw CommandError(options.Input + ": has " + std::to_string(rate) + " Hz, the recording " +
-                           std::to_string(options.Rate) + " Hz");
+                           std::to_string(options.Rate) +
+                           " Hz; a file with the recording's rate can be plugged in");
     }
-    return simulator::InputSignal::Run(ReadFrames(reader, options.Input));
 }
 
-simulator::InputSignal ParseInput(const RecordOptions& options) {
-    constexpr const char* Tone = "tone:";
-    if (options.Input == "silence") {
-        return simulator::InputSignal::Silence();
-    }
-    if (options.Input.starts_with(Tone)) {
-        return ToneSignal(options.Input, options.Input.substr(std::string(Tone).size()));
-    }
-    return FileSignal(options);
-}
-
-uint64_t FramesToRecord(const RecordOptions& options, const simulator::InputSignal& signal) {
-    if (!options.Seconds && !signal.Frames.empty()) {
-        return signal.Frames.size();
+// Nothing: as many as the pipe that is plugged in brings.
+std::optional<uint64_t> FramesToRecord(const RecordOptions& options, const InputFeed* feed) {
+    if (!options.Seconds && feed) {
+        return feed->FrameCount();
     }
     return std::max<uint64_t>(1,
                               static_cast<uint64_t>(options.Seconds.value_or(DefaultSeconds) * options.Rate));
+}
+
+// Ends a recording with the pipe that is plugged in.
+class EndOfPipe final : public SideWork {
+public:
+    EndOfPipe(const InputFeed& feed, WaveInput& input) : feed_(feed), input_(input) {}
+    void Advance() override {
+        if (const std::optional<uint64_t> frames = feed_.FrameCount(); frames && !told_) {
+            told_ = true;
+            input_.SetFrameCount(std::max<uint64_t>(*frames, 1));
+        }
+    }
+    std::string Problem() const override { return {}; }
+
+private:
+    const InputFeed& feed_;
+    WaveInput& input_;
+    bool told_ = false;
+};
+
+// What the card may take between two looks of the program at its work, and as much again.
+size_t ReadAheadFrames(const RecordOptions& options) {
+    return static_cast<size_t>(uint64_t{options.Rate} * (1000 + 2 * options.BufferMilliseconds) / 1000);
+}
+
+// What was not asked for is as in the file that is plugged in.
+RecordOptions FilledIn(RecordOptions options, const InputFeed* feed) {
+    if (options.Rate == 0) {
+        options.Rate = feed ? feed->Format().nSamplesPerSec : DefaultRate;
+    }
+    if (options.Channels == 0) {
+        options.Channels = feed ? feed->Format().nChannels : DefaultChannels;
+    }
+    return options;
 }
 
 RecordOptions WithDitherStored(RecordOptions options) {
@@ -84,31 +123,50 @@ RecordOptions WithDitherStored(RecordOptions options) {
 }  // namespace
 
 int Record(const RecordOptions& asked) {
-    const RecordOptions options = WithDitherStored(asked);
+    FileRoles roles{.Read = {}, .Written = {{"FILE", asked.File}}};
+    if (IsFile(asked.Input)) {
+        roles.Read.push_back({"--input", asked.Input});
+    }
+    RequireDifferentFiles(roles, asked);
+    const std::unique_ptr<InputFeed> feed =
+        IsFile(asked.Input) ? std::make_unique<InputFeed>(asked.Input) : nullptr;
+    const RecordOptions options = FilledIn(WithDitherStored(asked), feed.get());
     const WAVEFORMATEXTENSIBLE format = RecordingFormat(options);
-    simulator::InputSignal signal = ParseInput(options);
-    const uint64_t frames = FramesToRecord(options, signal);
-    OutputFile file(options.File);
-    WavWriter writer(file.Stream(), format.Format);
+    if (feed) {
+        RequireRate(*feed, options);
+        if (const std::string note = feed->ConversionNote(); !note.empty()) {
+            PrintNote(note);
+        }
+        feed->SetReadAhead(ReadAheadFrames(options));
+    }
+    simulator::InputSignal signal = feed ? feed->Signal() : GeneratedSignal(options.Input);
+    const std::optional<uint64_t> frames = FramesToRecord(options, feed.get());
+    RecordingFile file(options.File, format.Format);
+    std::optional<EndOfPipe> end;
 
-    return RunStreams(options, [&](Scene& scene, StreamRunner& runner) {
+    return RunStreams("record", options, roles, [&](Scene& scene, StreamRunner& runner, Outcome& outcome) {
         scene.PlugIn(options.Device, std::move(signal));
         auto owned = std::make_unique<WaveInput>(options.Device, format.Format, runner.BufferBack(),
-                                                 [&](std::span<const char> bytes) { writer.Write(bytes); });
-        const WaveInput& input = *owned;
-        owned->PrepareBuffers(options.Buffers, options.BufferMilliseconds);
-        owned->SetFrameCount(frames);
+                                                 [&](std::span<const char> bytes) { file.Write(bytes); });
+        WaveInput& input = *owned;
+        input.PrepareBuffers(options.Buffers, options.BufferMilliseconds);
+        input.SetFrameCount(frames.value_or(WaveInput::Endless));
         runner.Add(std::move(owned));
+        runner.Add(file);
+        if (feed) {
+            runner.Add(*feed);
+        }
+        if (!frames) {
+            runner.Add(end.emplace(*feed, input));
+        }
         runner.Start();
         runner.RunToTheEnd();
         runner.Close();
 
-        writer.Finish();
-        file.Commit();
+        file.Finish();
         StreamRunner::Report report = runner.Reports().front();
         report.Status.Frames = input.FramesTaken();
-        PrintReport(options.Device, report, "frames-recorded", "dropped-frames");
-        return runner.FirstProblem();
+        AddStream(outcome, options.Device, StreamKind::Recording, report, scene.HasSimulator());
     });
 }
 

@@ -3,6 +3,7 @@
 #include "tools/commands/commands.h"
 #include "tools/machine/host.h"
 #include "tools/settings/settings_store.h"
+#include "tools/system/message.h"
 
 namespace kestvox {
 namespace {
@@ -38,7 +39,9 @@ int StoreAndShowSettings(const SceneOptions& options, unsigned card,
         PrintSetting(card, FindSetting(ParseAssignment(text).Name));
     }
     if (!assignments.empty() && !MachineOutlivesProcess()) {
-        std::fputs("kestvox: note: no machine is named, so the change ends with this command\n", stderr);
+        PrintNote("no machine is named, so the change ends with this command");
+    } else if (!assignments.empty() && scene.OthersAreOnTheMachine()) {
+        PrintNote("programs that use the machine now see the change when they are started again");
     }
     return ExitSuccess;
 }

@@ -2,56 +2,167 @@
 
 #include <cstdio>
 #include <memory>
-#include <vector>
 
-#include "simulator/trace/trace.h"
-#include "tools/files/output_file.h"
-#include "tools/streams/interrupt.h"
+#include "tools/streams/trace_file.h"
+#include "tools/system/interrupt.h"
+#include "tools/system/message.h"
 
 namespace kestvox {
+namespace {
 
-int RunStreams(const StreamOptions& options, const StreamWork& work) {
-    std::unique_ptr<OutputFile> trace;
-    if (!options.Trace.empty()) {
-        trace = std::make_unique<OutputFile>(options.Trace);
-    }
-    const InterruptGuard interrupts;
-    Scene scene(options.Scene);
-    if (trace || options.SuspendAt) {
-        scene.Cards();
-    }
-    std::string problem;
-    {
-        StreamRunner runner(options, scene);
-        problem = work(scene, runner);
-    }
-    if (scene.HasSimulator()) {
-        const std::vector<simulator::TraceEntry> entries = scene.Cards().Trace();
-        std::printf("requests-sent: %zu\n", entries.size());
-        if (trace) {
-            simulator::WriteChromeTrace(trace->Stream(), entries);
-            trace->Commit();
-        }
-    }
-    if (IsInterrupted()) {
-        return ExitInterrupted;
-    }
-    if (!problem.empty()) {
-        std::fprintf(stderr, "kestvox: %s\n", problem.c_str());
-        return ExitFailed;
-    }
-    return ExitSuccess;
+struct StreamWords {
+    const char* Frames;
+    const char* UnusedHeaders;
+    const char* IdleFrames;
+    const char* Gaps;
+    const char* LongestGap;
+    const char* FirstGap;
+    const char* CameBackUnused;  // in sentences
+    const char* GapSingular;
+    const char* IdleFramesInWords;
+};
+
+constexpr StreamWords Words[] = {
+    {"frames-played", "headers-unplayed", "silent-frames", "underruns", "longest-underrun", "first-underrun",
+     "unplayed", "underrun", "silent frames"},
+    {"frames-recorded", "headers-unfilled", "dropped-frames", "overruns", "longest-overrun", "first-overrun",
+     "unfilled", "overrun", "dropped frames"},
+};
+
+std::string Count(uint64_t count, const std::string& what) {
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
-void PrintReport(unsigned device, const StreamRunner::Report& report, const char* frames, const char* idle) {
+void AddGaps(Outcome& outcome, const std::string& device, const StreamWords& words,
+             const StreamStatus& status) {
+    const simulator::Gaps& gaps = status.Gaps;
+    const std::optional<uint64_t> first = gaps.Count != 0 ? std::optional(gaps.First) : std::nullopt;
+    outcome.Report.Add(words.Gaps, gaps.Count);
+    outcome.Report.Add(words.LongestGap, gaps.Longest);
+    outcome.Report.Add(words.FirstGap, first);
+    if (first) {
+        outcome.Losses.push_back(device + Count(gaps.Count, words.GapSingular) + " (" +
+                                 std::to_string(status.IdleFrames) + " " + words.IdleFramesInWords +
+                                 " in all), the longest " + Count(gaps.Longest, "frame") +
+                                 ", the first at frame " + std::to_string(*first));
+    }
+}
+
+void AddUnreachedFaults(Outcome& outcome, const Scene& scene) {
+    for (const std::string& fault : scene.UnreachedFaults()) {
+        outcome.Losses.push_back(fault);
+    }
+}
+
+void Print(const char* command, const StreamOptions& options, const FileRoles& files, const Outcome& outcome,
+           int status) {
+    std::FILE* out = UsesStandardOutput(files) ? stderr : stdout;
+    if (options.Json) {
+        outcome.Report.PrintJson(out, command, outcome.Problem, outcome.Losses, status);
+    } else {
+        outcome.Report.PrintText(out);
+    }
+    if (!outcome.Problem.empty()) {
+        PrintProblem(outcome.Problem);
+    } else if (status == ExitFailed) {
+        for (const std::string& loss : outcome.Losses) {
+            PrintProblem(loss);
+        }
+    }
+}
+
+void AddTrace(FileRoles& files, const StreamOptions& options) {
+    if (!options.Trace.empty()) {
+        files.Written.push_back({"--trace", options.Trace});
+    }
+}
+
+int StatusOf(const StreamOptions& options, const Outcome& outcome) {
+    if (IsInterrupted()) {
+        return InterruptStatus();
+    }
+    const bool failed = !outcome.Problem.empty() || (!outcome.Losses.empty() && !options.Tolerate);
+    return failed ? ExitFailed : ExitSuccess;
+}
+
+}  // namespace
+
+void AddStream(Outcome& outcome, unsigned number, StreamKind kind, const StreamRunner::Report& report,
+               bool cardsAreSeen) {
+    const StreamWords& words = Words[kind == StreamKind::Playing ? 0 : 1];
     const StreamStatus& status = report.Status;
-    const std::string start = status.StartFrame ? std::to_string(*status.StartFrame) : "none";
-    std::printf("device: %u\n", device);
-    std::printf("%s: %llu\n", frames, static_cast<unsigned long long>(status.Frames));
-    std::printf("headers-returned: %u\n", report.HeadersReturned);
-    std::printf("most-in-flight: %u\n", status.MostInFlight);
-    std::printf("start-frame: %s\n", start.c_str());
-    std::printf("%s: %llu\n", idle, static_cast<unsigned long long>(status.IdleFrames));
+    const std::string device = "device " + std::to_string(number) + ": ";
+    kestvox::Report& lines = outcome.Report;
+    lines.BeginStream();
+    lines.Add("device", number);
+    lines.Add(words.Frames, status.Frames);
+    if (kind == StreamKind::Playing && report.FrameCount) {
+        const uint64_t left = *report.FrameCount - std::min(*report.FrameCount, status.Frames);
+        lines.Add("frames-unplayed", left);
+        if (left != 0) {
+            outcome.Losses.push_back(device + Count(left, "frame") + (left == 1 ? " was" : " were") +
+                                     " not played");
+        }
+    }
+    lines.Add("headers-returned", report.HeadersReturned);
+    if (cardsAreSeen) {
+        lines.Add(words.UnusedHeaders, report.HeadersUnused);
+        if (report.HeadersUnused != 0) {
+            outcome.Losses.push_back(device + Count(report.HeadersUnused, "header") + " came back " +
+                                     words.CameBackUnused);
+        }
+    }
+    lines.Add("most-in-flight", status.MostInFlight);
+    lines.Add("start-frame", status.StartFrame);
+    lines.Add(words.IdleFrames, status.IdleFrames);
+    if (cardsAreSeen) {
+        AddGaps(outcome, device, words, status);
+    }
+}
+
+void RequireDifferentFiles(FileRoles files, const StreamOptions& options) {
+    AddTrace(files, options);
+    RequireDifferentFiles(files);
+}
+
+int RunStreams(const char* command, const StreamOptions& options, FileRoles files, const StreamWork& work) {
+    AddTrace(files, options);
+    const InterruptGuard interrupts;
+    const std::unique_ptr<TraceFile> trace =
+        options.Trace.empty() ? nullptr : std::make_unique<TraceFile>(options.Trace);
+    Outcome outcome;
+    {
+        Scene scene(options.Scene);
+        if (options.SuspendAt) {
+            scene.Cards();
+        }
+        if (trace) {
+            trace->Begin(scene);
+        }
+        {
+            StreamRunner runner(options, scene);
+            if (trace) {
+                runner.Add(*trace);
+            }
+            work(scene, runner, outcome);
+            outcome.Problem = runner.FirstProblem();
+        }
+        outcome.Report.EndStreams();
+        AddUnreachedFaults(outcome, scene);
+        if (scene.HasSimulator()) {
+            outcome.Report.Add("requests-sent", scene.Cards().RequestCount());
+        }
+        if (trace) {
+            trace->Finish(scene);
+            outcome.Problem = outcome.Problem.empty() ? trace->Problem() : outcome.Problem;
+        }
+    }
+    const int status = StatusOf(options, outcome);
+    if (status > ExitRefused) {
+        outcome.Problem.clear();
+    }
+    Print(command, options, files, outcome, status);
+    return status;
 }
 
 }  // namespace kestvox

@@ -1,22 +1,39 @@
-// The frame around the commands that run streams: the scene, the trace, the exit status.
+// The frame around the commands that run streams: the scene, the trace, the report, the exit status.
 #pragma once
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "tools/commands/commands.h"
+#include "tools/commands/report.h"
+#include "tools/files/file_roles.h"
 #include "tools/streams/stream_runner.h"
 
 namespace kestvox {
 
-// Runs streams, prints the summary of them, and answers what went wrong, or nothing.
-using StreamWork = std::function<std::string(Scene& scene, StreamRunner& runner)>;
+// What came of the streams.
+struct Outcome {
+    kestvox::Report Report;
+    std::string Problem;              // what ended the run before its time, or empty
+    std::vector<std::string> Losses;  // what was not played or recorded as asked, one line each
+};
 
-// Puts up the scene, lets `work` do its part, adds to the summary and writes the trace. Answers the exit
-// status.
-int RunStreams(const StreamOptions& options, const StreamWork& work);
+// Which way a stream goes, in the words of its report.
+enum class StreamKind { Playing, Recording };
 
-// The lines of the summary that every stream has; `frames` and `idle` name what it counts.
-void PrintReport(unsigned device, const StreamRunner::Report& report, const char* frames, const char* idle);
+// Adds what the stream did, and what it lost.
+void AddStream(Outcome& outcome, unsigned device, StreamKind kind, const StreamRunner::Report& report,
+               bool cardsAreSeen);
+
+// CommandError when two options name one file; `files` are those of the command, the trace not among them.
+void RequireDifferentFiles(FileRoles files, const StreamOptions& options);
+
+using StreamWork = std::function<void(Scene& scene, StreamRunner& runner, Outcome& outcome)>;
+
+// Puts up the scene, lets `work` run its streams and tell of them, adds what the cards were asked, prints it
+// all, and answers the exit status. A loss fails the command unless losses are tolerated. The report goes to
+// the standard output unless one of the files does.
+int RunStreams(const char* command, const StreamOptions& options, FileRoles files, const StreamWork& work);
 
 }  // namespace kestvox

@@ -27,8 +27,28 @@ constexpr SampleEncoding Encodings[] = {
     {"AC-3 over S/PDIF", WAVE_FORMAT_DOLBY_AC3_SPDIF, 16, 2, 0},
 };
 
+constexpr WORD FloatTag = 3;
 constexpr GUID PcmSubFormat = {0x00000001, 0x0000, 0x0010, {0x80, 0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71}};
 constexpr WORD ExtensionSize = sizeof(WAVEFORMATEXTENSIBLE) - sizeof(WAVEFORMATEX);
+
+// What no device takes, but files hold.
+constexpr struct {
+    WORD Tag;
+    const char* Name;
+} OtherTags[] = {
+    {0x0002, "ADPCM"}, {0x0011, "IMA ADPCM"}, {0x0031, "GSM"},  {0x0050, "MPEG audio"},
+    {0x0055, "MP3"},   {0x00FF, "AAC"},       {0x2000, "AC-3"}, {0xF1AC, "FLAC"},
+};
+
+// The tag that an extensible format has in its extension.
+WORD InnerTag(const WAVEFORMATEX& format) {
+    WAVEFORMATEXTENSIBLE extensible;
+    if (format.wFormatTag != WAVE_FORMAT_EXTENSIBLE || format.cbSize < ExtensionSize) {
+        return format.wFormatTag;
+    }
+    std::memcpy(&extensible, &format, sizeof extensible);
+    return static_cast<WORD>(extensible.SubFormat.Data1);
+}
 
 WORD ValidBits(const WAVEFORMATEX& format) {
     WAVEFORMATEXTENSIBLE extensible;
@@ -49,6 +69,14 @@ std::string DescribeEncoding(const WAVEFORMATEX& format) {
     if (known != std::end(Encodings)) {
         return known->Name;
     }
+    if (IsFloat(format)) {
+        return std::to_string(format.wBitsPerSample) + "-bit floating point";
+    }
+    const auto* other =
+        std::ranges::find(OtherTags, InnerTag(format), &std::decay_t<decltype(*OtherTags)>::Tag);
+    if (other != std::end(OtherTags)) {
+        return other->Name;
+    }
     char text[80];
     std::snprintf(text, sizeof text, "format tag 0x%04X with %u bits in frames of %u bytes",
                   format.wFormatTag, format.wBitsPerSample, format.nBlockAlign);
@@ -56,6 +84,14 @@ std::string DescribeEncoding(const WAVEFORMATEX& format) {
 }
 
 }  // namespace
+
+bool IsWhole(const WAVEFORMATEX& format) {
+    return InnerTag(format) == WAVE_FORMAT_PCM;
+}
+
+bool IsFloat(const WAVEFORMATEX& format) {
+    return InnerTag(format) == FloatTag;
+}
 
 std::span<const SampleEncoding> AllEncodings() {
     return Encodings;

@@ -24,6 +24,10 @@ std::span<const SampleEncoding> AllEncodings();
 // A complete format of that encoding; for all but WAVE_FORMAT_EXTENSIBLE only the Format member counts.
 WAVEFORMATEXTENSIBLE MakeFormat(const SampleEncoding& encoding, WORD channels, DWORD rate);
 
+// What the samples are, by the format's tag or that of its extension.
+bool IsWhole(const WAVEFORMATEX& format);
+bool IsFloat(const WAVEFORMATEX& format);
+
 // "24-bit PCM in 3 bytes, stereo, 44100 Hz". An extensible format has its cbSize bytes behind it.
 std::string DescribeFormat(const WAVEFORMATEX& format);
 

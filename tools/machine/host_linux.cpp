@@ -1,10 +1,33 @@
+#include <sys/ioctl.h>
 #include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <utility>
 
 #include "front/unload_driver.h"
 #include "platform/machine.h"
 #include "tools/machine/host.h"
+#include "tools/machine/named_machines.h"
 
 namespace kestvox {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr unsigned UsualWidth = 80;
+
+std::string ReadWhole(const fs::path& path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+}  // namespace
 
 bool JoinMachine(const std::string& name) {
     return platform::UseMachine(name);
@@ -12,6 +35,49 @@ bool JoinMachine(const std::string& name) {
 
 bool MachineOutlivesProcess() {
     return !platform::MachineName().empty();
+}
+
+bool DeleteMachine(const std::string& name) {
+    return platform::RemoveMachine(name);
+}
+
+// A process is on a machine when it has one of its regions in its memory.
+std::vector<NamedMachine> ListNamedMachines() {
+    std::vector<NamedMachine> machines;
+    std::error_code error;
+    const fs::path folder = "/dev/shm/kestvox-" + std::to_string(getuid());
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
+        NamedMachine machine{
+            .Name = entry.path().filename().string(), .Bytes = 0, .Regions = {}, .Users = {}};
+        for (const fs::directory_entry& region : fs::directory_iterator(entry.path(), error)) {
+            if (const std::string name = region.path().filename().string(); !name.starts_with('.')) {
+                machine.Bytes += region.file_size(error);
+                machine.Regions.push_back(name);
+            }
+        }
+        std::ranges::sort(machine.Regions);
+        machines.push_back(std::move(machine));
+    }
+    std::ranges::sort(machines, {}, &NamedMachine::Name);
+    for (const fs::directory_entry& process : fs::directory_iterator("/proc", error)) {
+        const std::string number = process.path().filename().string();
+        if (number.find_first_not_of("0123456789") != std::string::npos) {
+            continue;
+        }
+        const std::string memory = ReadWhole(process.path() / "maps");
+        for (NamedMachine& machine : machines) {
+            if (memory.find(folder.string() + "/" + machine.Name + "/") != std::string::npos) {
+                std::string program = ReadWhole(process.path() / "comm");
+                program.erase(program.find_last_not_of('\n') + 1);
+                machine.Users.push_back({static_cast<unsigned>(std::stoul(number)), program});
+            }
+        }
+    }
+    return machines;
+}
+
+bool MachineIsShared() {
+    return MachineOutlivesProcess();
 }
 
 bool CardsAreSimulated() {
@@ -22,8 +88,17 @@ void UnloadWaveDriver() {
     front::UnloadWaveDriver();
 }
 
-bool StandardErrorIsTerminal() {
-    return isatty(STDERR_FILENO) == 1;
+unsigned TerminalWidth() {
+    winsize size{};
+    if (isatty(STDERR_FILENO) != 1) {
+        return 0;
+    }
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : UsualWidth;
+}
+
+bool TerminalShowsColours() {
+    const char* kind = std::getenv("TERM");
+    return isatty(STDERR_FILENO) == 1 && kind && *kind != '\0' && std::string_view(kind) != "dumb";
 }
 
 bool HostShowsWindows() {

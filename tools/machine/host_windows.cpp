@@ -1,7 +1,11 @@
 #include <windows.h>
 
+#include <algorithm>
+
 #include "simulator/attach.h"
+#include "tools/command_error.h"
 #include "tools/machine/host.h"
+#include "tools/machine/named_machines.h"
 
 namespace kestvox {
 namespace {
@@ -26,6 +30,19 @@ bool MachineOutlivesProcess() {
     return true;
 }
 
+bool DeleteMachine(const std::string&) {
+    return false;
+}
+
+std::vector<NamedMachine> ListNamedMachines() {
+    throw CommandError(
+        "on this system a machine ends with the last process on it, and there is nothing to manage");
+}
+
+bool MachineIsShared() {
+    return !simulator::MachineName().empty();
+}
+
 bool CardsAreSimulated() {
     return FindUnloadDriver() != nullptr;
 }
@@ -37,13 +54,20 @@ void UnloadWaveDriver() {
     }
 }
 
+// The systems that the command is for have consoles without them.
+bool TerminalShowsColours() {
+    return false;
+}
+
 bool HostShowsWindows() {
     return true;
 }
 
-bool StandardErrorIsTerminal() {
-    DWORD mode = 0;
-    return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != FALSE;
+unsigned TerminalWidth() {
+    CONSOLE_SCREEN_BUFFER_INFO screen{};
+    return GetConsoleScreenBufferInfo(GetStdHandle(STD_ERROR_HANDLE), &screen)
+               ? static_cast<unsigned>(std::max<SHORT>(screen.dwSize.X, 1))
+               : 0;
 }
 
 }  // namespace kestvox

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdlib>
 #include <iterator>
+#include <map>
 #include <optional>
 #include <utility>
 
@@ -63,6 +65,25 @@ std::vector<SettingChange> ParseFollow(const std::string& text) {
     return changes;
 }
 
+// Of the cards that these options link. One of them would wait for its own clock.
+void RequireNoCircle(const std::vector<std::string>& follows) {
+    std::map<unsigned, unsigned> masters;
+    for (const std::string& text : follows) {
+        const size_t equals = text.find('=');
+        masters[*ParseCardNumber(text.substr(0, equals))] = *ParseCardNumber(text.substr(equals + 1));
+    }
+    for (const auto& [follower, master] : masters) {
+        unsigned card = master;
+        for (size_t step = 0; step < masters.size() && card != follower && masters.contains(card); ++step) {
+            card = masters[card];
+        }
+        if (card == follower) {
+            throw CommandError("follow: card " + std::to_string(follower) +
+                               " would follow itself, in a circle");
+        }
+    }
+}
+
 simulator::Fault RequireFault(const std::string& text) {
     const std::optional<simulator::Fault> fault = simulator::ParseFault(text);
     if (!fault) {
@@ -74,8 +95,10 @@ simulator::Fault RequireFault(const std::string& text) {
 }  // namespace
 
 void EnterMachine(const std::string& name) {
-    if (!name.empty() && !JoinMachine(name)) {
-        throw CommandError("machine '" + name + "': a name has letters, digits, '-' and '_', at most 64");
+    const char* inherited = std::getenv("KESTVOX_MACHINE");
+    const std::string wanted = name.empty() && inherited ? inherited : name;
+    if (!wanted.empty() && !JoinMachine(wanted)) {
+        throw CommandError("machine '" + wanted + "': a name has letters, digits, '-' and '_', at most 64");
     }
 }
 
@@ -85,6 +108,7 @@ Scene::Scene(const SceneOptions& options) {
     for (const std::string& text : options.Follows) {
         std::ranges::copy(ParseFollow(text), std::back_inserter(changes));
     }
+    RequireNoCircle(options.Follows);
     for (const std::string& text : options.Settings) {
         changes.push_back(ParseSettingChange(text));
     }
@@ -105,9 +129,21 @@ Scene::Scene(const SceneOptions& options) {
             WriteStoredSetting(card, *change.What, change.Value);
         }
     }
-    for (const simulator::Fault& fault : faults) {
-        Cards().AddFault(fault);
+    for (size_t i = 0; i < faults.size(); ++i) {
+        faults_.push_back({.Text = options.Faults[i], .Number = Cards().AddFault(faults[i])});
     }
+}
+
+std::vector<std::string> Scene::UnreachedFaults() const {
+    std::vector<std::string> lines;
+    for (const auto& [text, number] : faults_) {
+        const simulator::FaultStatus status = Cards().StatusOf(number);
+        if (!status.Struck) {
+            lines.push_back("fault " + text + " did not come: there were " + std::to_string(status.Seen) +
+                            " of the kind");
+        }
+    }
+    return lines;
 }
 
 Scene::~Scene() {

@@ -41,7 +41,11 @@ public:
     const simulator::Simulator& Cards() const { return const_cast<Scene*>(this)->Cards(); }
 
     unsigned CardCount() const;
+    bool OthersAreOnTheMachine() const { return simulator_ && simulator_->OthersAttached(); }
     int64_t NowMicroseconds() const;  // of the cards' time, or the timer's
+
+    // The faults that were asked for and have not struck, one line each.
+    std::vector<std::string> UnreachedFaults() const;
 
     // CommandError when there is no card of that number; `what` begins the message.
     void RequireCard(unsigned card, const std::string& what) const;
@@ -54,7 +58,13 @@ private:
     void PutUpCards(const SceneOptions& options);
     void RequireWhatWasAskedFor(const SceneOptions& options) const;
 
+    struct Fault {
+        std::string Text;
+        unsigned Number;
+    };
+
     std::unique_ptr<simulator::Simulator> simulator_;
+    std::vector<Fault> faults_;
 };
 
 // An assignment NAME=VALUE. CommandError when there is no '='.

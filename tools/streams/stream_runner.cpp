@@ -1,10 +1,13 @@
 #include "tools/streams/stream_runner.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
+#include <cstdio>
 
-#include "tools/streams/interrupt.h"
+#include "tools/machine/host.h"
 #include "tools/system/driver_handle.h"
+#include "tools/system/interrupt.h"
 
 namespace kestvox {
 namespace {
@@ -12,6 +15,7 @@ namespace {
 constexpr int64_t PollMilliseconds = 100;
 constexpr int64_t PatienceMilliseconds = 5000;
 constexpr DWORD FlushMilliseconds = 1000;
+constexpr auto LongSideWork = std::chrono::milliseconds(500);
 constexpr DWORD SleepMilliseconds = 100;
 
 int64_t MicrosecondsOf(uint64_t frames, DWORD rate) {
@@ -24,6 +28,10 @@ StreamStatus Joined(const StreamStatus& before, const StreamStatus& after) {
     joined.Frames += before.Frames;
     joined.IdleFrames += before.IdleFrames;
     joined.MostInFlight = std::max(before.MostInFlight, after.MostInFlight);
+    joined.BuffersMoved += before.BuffersMoved;
+    joined.Gaps.First = before.Gaps.Count != 0 ? before.Gaps.First : before.Frames + after.Gaps.First;
+    joined.Gaps.Count += before.Gaps.Count;
+    joined.Gaps.Longest = std::max(before.Gaps.Longest, after.Gaps.Longest);
     if (before.StartFrame) {
         const uint64_t end = *before.StartFrame + before.Frames + before.IdleFrames;
         joined.IdleFrames += after.StartFrame && *after.StartFrame > end ? *after.StartFrame - end : 0;
@@ -38,7 +46,9 @@ StreamRunner::StreamRunner(const StreamOptions& options, Scene& scene)
     : options_(options),
       scene_(scene),
       stepped_(scene.HasSimulator() && scene.Cards().Time() == simulator::TimeKind::Stepped),
-      progress_(!stepped_) {}
+      progress_(!options.Quiet),
+      watch_(1000 * (PatienceMilliseconds + 2 * int64_t{options.BufferMilliseconds}),
+             !stepped_ || !MachineIsShared()) {}
 
 void StreamRunner::Add(std::unique_ptr<WaveStream> stream) {
     streams_.push_back(std::move(stream));
@@ -49,6 +59,9 @@ void StreamRunner::Add(std::unique_ptr<WaveStream> stream) {
 // together.
 void StreamRunner::Start(DWORD pauseMilliseconds) {
     const bool together = streams_.size() > 1;
+    for (SideWork* work : sideWork_) {
+        work->Advance();
+    }
     for (const auto& stream : streams_) {
         stream->QueueFirst(together);
     }
@@ -58,34 +71,40 @@ void StreamRunner::Start(DWORD pauseMilliseconds) {
             Pause(pauseMilliseconds);
         }
     }
-    lastMovementTime_ = scene_.NowMicroseconds();
+    watch_.Begin(scene_.NowMicroseconds());
 }
 
 void StreamRunner::RunToTheEnd() {
     while (!AllFinished() && FirstProblem().empty() && !IsInterrupted()) {
         LetTimePass();
         if (!StillMoves()) {
-            stalled_ = true;
             return;
         }
         if (SleepIsDue()) {
             SleepAndWake();
         }
-        for (const auto& stream : streams_) {
-            stream->Refill();
-        }
+        DoSideWork();
     }
 }
 
-bool StreamRunner::IsFinished(size_t stream) const {
-    const WaveStream& what = *streams_[stream];
-    return what.EndsByCount() ? StatusOf(stream).Frames >= what.FrameCount()
-                              : what.FrameCount() == 0 || what.AllBack();
+// Buffers first: they are what the card waits for. Whatever the program had to wait for itself is not the
+// streams' fault.
+void StreamRunner::DoSideWork() {
+    const auto begin = std::chrono::steady_clock::now();
+    for (const auto& stream : streams_) {
+        stream->Refill();
+    }
+    for (SideWork* work : sideWork_) {
+        work->Advance();
+    }
+    if (std::chrono::steady_clock::now() - begin > LongSideWork) {
+        watch_.Excuse(scene_.NowMicroseconds());
+    }
 }
 
 bool StreamRunner::AllFinished() const {
     for (size_t i = 0; i < streams_.size(); ++i) {
-        if (!IsFinished(i)) {
+        if (!streams_[i]->IsFinished(StatusOf(i).Frames)) {
             return false;
         }
     }
@@ -140,7 +159,7 @@ std::optional<int64_t> StreamRunner::TimeToNextMark() const {
         const DWORD rate = streams_[i]->Format().nSamplesPerSec;
         const uint64_t frames = StatusOf(i).Frames;
         if (streams_[i]->EndsByCount()) {
-            note(frames, streams_[i]->FrameCount(), rate);
+            note(frames, streams_[i]->FrameCount().value_or(0), rate);
         }
         if (i == 0 && options_.SuspendAt && !slept_) {
             note(frames, static_cast<uint64_t>(*options_.SuspendAt * rate), rate);
@@ -154,37 +173,78 @@ void StreamRunner::LetTimePass() {
     if (stepped_) {
         const int64_t patience = 1000 * (PatienceMilliseconds + 2 * int64_t{options_.BufferMilliseconds});
         scene_.Cards().AdvanceToNextCompletion(std::min(patience, mark.value_or(patience)));
-        return;
+    } else {
+        const int64_t toMark = mark.value_or(1000 * PollMilliseconds) / 1000 + 1;
+        WaitForSingleObject(bufferBack_, static_cast<DWORD>(std::min(PollMilliseconds, toMark)));
     }
-    const int64_t toMark = mark.value_or(1000 * PollMilliseconds) / 1000 + 1;
-    WaitForSingleObject(bufferBack_, static_cast<DWORD>(std::min(PollMilliseconds, toMark)));
     ShowProgress();
 }
 
+StreamProgress StreamRunner::ProgressOf(size_t index) const {
+    const WaveStream& stream = *streams_[index];
+    const uint64_t frames = StatusOf(index).Frames;
+    const std::optional<uint64_t> length = stream.FrameCount();
+    // A recording's buffers that come back empty are no progress.
+    return {.Movement = frames + (stream.EndsByCount() ? 0 : stream.HeadersReturned()),
+            .IsFinished = stream.IsFinished(frames),
+            .Length = length ? std::optional(MicrosecondsOf(*length, stream.Format().nSamplesPerSec))
+                             : std::nullopt};
+}
+
 bool StreamRunner::StillMoves() {
-    uint64_t movement = 0;
+    std::vector<StreamProgress> progress;
     for (size_t i = 0; i < streams_.size(); ++i) {
-        movement += StatusOf(i).Frames + streams_[i]->HeadersReturned();
+        progress.push_back(ProgressOf(i));
     }
-    const int64_t now = scene_.NowMicroseconds();
-    if (movement != lastMovement_) {
-        lastMovement_ = movement;
-        lastMovementTime_ = now;
+    if (const auto finding = watch_.Look(progress, scene_.NowMicroseconds())) {
+        standstill_ = DescribeStandstill(*finding);
     }
-    return now - lastMovementTime_ < 1000 * PatienceMilliseconds;
+    return standstill_.empty();
+}
+
+std::string StreamRunner::DescribeStandstill(const ProgressWatch::Finding& finding) const {
+    const WaveStream& stream = *streams_[finding.Stream];
+    const std::optional<uint64_t> length = stream.FrameCount();
+    const unsigned out = stream.HeadersOut();
+    char time[32];
+    std::snprintf(time, sizeof time, "%.1f s", static_cast<double>(finding.Microseconds) / 1e6);
+    const std::string waited = out == 0   ? "more frames"
+                               : out == 1 ? "a header to come back"
+                                          : std::to_string(out) + " headers to come back";
+    return "device " + std::to_string(stream.Device()) + ": " +
+           (finding.Microseconds > 0 ? std::string("nothing moved for ") + time
+                                     : "it did not end in twice its length") +
+           ", at frame " + std::to_string(StatusOf(finding.Stream).Frames) +
+           (length ? " of " + std::to_string(*length) : "") + ", while it waited for " + waited;
 }
 
 void StreamRunner::ShowProgress() {
-    unsigned inFlight = 0;
-    for (size_t i = 0; i < streams_.size(); ++i) {
-        inFlight += StatusOf(i).BuffersInFlight;
+    if (!progress_.IsDue()) {
+        return;
     }
     const WaveStream& first = *streams_.front();
-    progress_.Show(StatusOf(0).Frames, first.FrameCount(), first.Format().nSamplesPerSec, inFlight);
+    const double rate = first.Format().nSamplesPerSec;
+    Progress progress;
+    progress.Seconds = static_cast<double>(StatusOf(0).Frames) / rate;
+    if (const std::optional<uint64_t> length = first.FrameCount()) {
+        progress.TotalSeconds = static_cast<double>(*length) / rate;
+    }
+    for (size_t i = 0; i < streams_.size(); ++i) {
+        progress.BuffersInFlight += StatusOf(i).BuffersInFlight;
+        streams_[i]->WatchLevel();
+        if (const std::optional<double> level = streams_[i]->TakeLevel()) {
+            progress.Decibels = std::max(progress.Decibels.value_or(*level), *level);
+        }
+    }
+    progress_.Show(progress);
 }
 
 void StreamRunner::Close() {
     progress_.Wipe();
+    std::vector<uint64_t> unused;
+    for (size_t i = 0; i < streams_.size(); ++i) {
+        unused.push_back(HeadersUnused(i));
+    }
     for (const auto& stream : streams_) {
         if (!stream->AllBack()) {
             stream->Stop();
@@ -194,11 +254,21 @@ void StreamRunner::Close() {
         WaitForFlushedBuffers();
     }
     for (size_t i = 0; i < streams_.size(); ++i) {
-        reports_.push_back({.Status = StatusOf(i), .HeadersReturned = streams_[i]->HeadersReturned()});
+        reports_.push_back({.Status = StatusOf(i),
+                            .FrameCount = streams_[i]->FrameCount(),
+                            .HeadersReturned = streams_[i]->HeadersReturned(),
+                            .HeadersUnused = unused[i]});
     }
     for (const auto& stream : streams_) {
         stream->Close();
     }
+    for (SideWork* work : sideWork_) {
+        work->Advance();
+    }
+}
+
+uint64_t StreamRunner::HeadersUnused(size_t stream) const {
+    return scene_.HasSimulator() ? streams_[stream]->HeadersUnused(StatusOf(stream).BuffersMoved) : 0;
 }
 
 // The card gives flushed buffers back at once, but on a thread of the driver.
@@ -220,13 +290,18 @@ unsigned StreamRunner::HeadersOut() const {
 }
 
 std::string StreamRunner::FirstProblem() const {
+    if (!standstill_.empty()) {
+        return standstill_;
+    }
     for (const auto& stream : streams_) {
         if (!stream->Problem().empty()) {
             return stream->Problem();
         }
     }
-    if (stalled_) {
-        return "the sound stood still before its end";
+    for (const SideWork* work : sideWork_) {
+        if (std::string problem = work->Problem(); !problem.empty()) {
+            return problem;
+        }
     }
     if (!reports_.empty() && options_.SuspendAt && !slept_ && !IsInterrupted()) {
         return "the sound had ended before it was time to suspend";

@@ -12,6 +12,8 @@
 #include "tools/command_error.h"
 #include "tools/machine/scene.h"
 #include "tools/streams/progress_line.h"
+#include "tools/streams/progress_watch.h"
+#include "tools/streams/side_work.h"
 #include "tools/streams/stream_options.h"
 #include "tools/streams/wave_stream.h"
 
@@ -39,7 +41,9 @@ public:
     // What a stream did, as its card saw it; what passed while the computer slept counts as idle.
     struct Report {
         StreamStatus Status;
-        unsigned HeadersReturned;  // before the device was closed
+        std::optional<uint64_t> FrameCount;  // that it was to move
+        uint64_t HeadersReturned;            // before the device was closed
+        uint64_t HeadersUnused;  // ... that the driver gave back though the card had not moved them
     };
 
     // Both arguments must outlive the object.
@@ -51,12 +55,15 @@ public:
     // Takes in an open stream with its buffers prepared. Streams start in the order they were added.
     void Add(std::unique_ptr<WaveStream> stream);
 
+    // Goes on with that, too, from here to the end of Close. It outlives this.
+    void Add(SideWork& work) { sideWork_.push_back(&work); }
+
     // With a pause after each stream but the last.
     void Start(DWORD pauseMilliseconds = 0);
 
-    // Returns when every stream is finished, when nothing moves any more, when something has gone wrong,
-    // or soon after the user has interrupted. On the way the computer sleeps once, if it shall. A stream
-    // that neither ends by itself nor has a count of frames is not waited for.
+    // Returns when every stream is finished, when one stands still or does not end, when something has gone
+    // wrong, or soon after the user has interrupted. On the way the computer sleeps once, if it shall. A
+    // stream that neither ends by itself nor has a count of frames is not waited for.
     void RunToTheEnd();
 
     // Stops what still runs, notes what the cards did, closes the devices.
@@ -65,12 +72,12 @@ public:
     // After Close, in the order of Add.
     const std::vector<Report>& Reports() const { return reports_; }
 
-    // The first thing that went wrong on the first stream that it did on; empty when all went well.
+    // The first thing that went wrong on the first stream or side work that it did on; empty when all went
+    // well.
     std::string FirstProblem() const;
 
 private:
     StreamStatus StatusOf(size_t stream) const;
-    bool IsFinished(size_t stream) const;
     bool AllFinished() const;
     unsigned HeadersOut() const;
     bool SleepIsDue() const;
@@ -79,7 +86,11 @@ private:
     std::optional<int64_t> TimeToNextMark() const;
     void Pause(DWORD milliseconds);
     void LetTimePass();
+    void DoSideWork();
     bool StillMoves();
+    StreamProgress ProgressOf(size_t stream) const;
+    std::string DescribeStandstill(const ProgressWatch::Finding& finding) const;
+    uint64_t HeadersUnused(size_t stream) const;
     void ShowProgress();
     void WaitForFlushedBuffers();
 
@@ -91,10 +102,10 @@ private:
     std::vector<StreamStatus> beforeSleep_;  // one for each stream
     std::vector<Report> reports_;
     ProgressLine progress_;
+    std::vector<SideWork*> sideWork_;
+    ProgressWatch watch_;
     bool slept_ = false;
-    bool stalled_ = false;
-    uint64_t lastMovement_ = 0;  // sum of frames and headers when something last moved
-    int64_t lastMovementTime_ = 0;
+    std::string standstill_;  // what stands still, or empty
 };
 
 }  // namespace kestvox

@@ -22,7 +22,16 @@ WaveInput::WaveInput(UINT device, const WAVEFORMATEX& format, HANDLE done, Sink 
                    reinterpret_cast<DWORD_PTR>(this), CALLBACK_FUNCTION);
     if (result != MMSYSERR_NOERROR) {
         handle_ = nullptr;
-        RefuseOpen(result, "recording ");
+        RefuseOpen(result, "recording ",
+                   {[device](const WAVEFORMATEX& asked) {
+                        return waveInOpen(nullptr, device, &asked, 0, 0, WAVE_FORMAT_QUERY) ==
+                               MMSYSERR_NOERROR;
+                    },
+                    [device](const WAVEFORMATEX& asked) {
+                        HWAVEIN handle = nullptr;
+                        return waveInOpen(&handle, device, &asked, 0, 0, CALLBACK_NULL) == MMSYSERR_NOERROR &&
+                               waveInClose(handle) == MMSYSERR_NOERROR;
+                    }});
     }
 }
 
@@ -58,8 +67,9 @@ void WaveInput::Start(bool) {
     Check("Start", waveInStart(handle_));
 }
 
+// Each buffer once, so that a driver that gives every one back at once does not keep the program here.
 void WaveInput::Refill() {
-    while (Problem().empty()) {
+    for (unsigned i = 0; i < BufferCount() && Problem().empty(); ++i) {
         Buffer& buffer = BufferAt(next_);
         if (!buffer.IsBack()) {
             return;
@@ -84,6 +94,8 @@ void WaveInput::Take(Buffer& buffer) {
     if (!taken_[index]) {
         taken_[index] = true;
         bytesTaken_ += buffer.Header.dwBytesRecorded;
+        emptyBack_ += buffer.Header.dwBytesRecorded == 0 && !stopped_ ? 1 : 0;
+        NoteLevel({buffer.Header.lpData, buffer.Header.dwBytesRecorded});
         sink_({buffer.Header.lpData, buffer.Header.dwBytesRecorded});
     }
 }
@@ -102,8 +114,10 @@ StreamStatus WaveInput::Status(const simulator::Simulator& cards) const {
     return {.StartFrame = status.Started ? std::optional(status.StartFrame) : std::nullopt,
             .Frames = status.FramesRecorded,
             .IdleFrames = status.FramesDropped,
+            .Gaps = status.Overruns,
             .BuffersInFlight = status.BuffersInFlight,
-            .MostInFlight = status.MostInFlight};
+            .MostInFlight = status.MostInFlight,
+            .BuffersMoved = status.BuffersFinished - status.BuffersFlushed};
 }
 
 MMRESULT WaveInput::PrepareHeader(WAVEHDR& header) {

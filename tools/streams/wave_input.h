@@ -30,14 +30,19 @@ public:
 
     // Records at least `frames` before it counts as finished; 0: for as long as it is let.
     void SetFrameCount(uint64_t frames);
+    static constexpr uint64_t Endless = uint64_t{1} << 40;  // frames: until there is another count
 
     uint64_t FramesTaken() const { return bytesTaken_ / Format().nBlockAlign; }
 
     const WAVEFORMATEX& Format() const override {
         return *reinterpret_cast<const WAVEFORMATEX*>(format_.data());
     }
-    uint64_t FrameCount() const override { return frameCount_; }
+    std::optional<uint64_t> FrameCount() const override {
+        return frameCount_ == 0 || frameCount_ >= Endless ? std::nullopt : std::optional(frameCount_);
+    }
     bool EndsByCount() const override { return frameCount_ != 0; }
+    uint64_t HeadersUnused(uint64_t) const override { return emptyBack_; }
+    bool IsFinished(uint64_t frames) const override { return frames >= frameCount_; }
     bool AllBack() const override { return stopped_; }  // until then there is more to record
     void QueueFirst(bool together) override;
     void Start(bool together) override;
@@ -61,6 +66,7 @@ private:
     HWAVEIN handle_ = nullptr;
     uint64_t frameCount_ = 0;
     uint64_t bytesTaken_ = 0;
+    uint64_t emptyBack_ = 0;   // headers that came back empty before the stop
     std::vector<bool> taken_;  // of each buffer: holds nothing that the sink has not been given
     unsigned next_ = 0;        // the buffer to take and to hand over next
     bool stopped_ = false;

@@ -3,16 +3,27 @@
 #include <algorithm>
 #include <utility>
 
+#include "tools/command_error.h"
+
 namespace kestvox {
 
-WaveOutput::WaveOutput(UINT device, const std::string& path, HANDLE done)
-    : WaveStream(device, "waveOut", done), file_(path) {
+WaveOutput::WaveOutput(UINT device, WavReader file, HANDLE done)
+    : WaveStream(device, "waveOut", done), file_(std::move(file)) {
     const MMRESULT result =
         waveOutOpen(&handle_, device, &file_.Format(), reinterpret_cast<DWORD_PTR>(&WaveOutput::OnMessage),
                     reinterpret_cast<DWORD_PTR>(this), CALLBACK_FUNCTION);
     if (result != MMSYSERR_NOERROR) {
         handle_ = nullptr;
-        RefuseOpen(result, path + ": ");
+        RefuseOpen(
+            result, file_.Path() + ": ",
+            {[device](const WAVEFORMATEX& format) {
+                 return waveOutOpen(nullptr, device, &format, 0, 0, WAVE_FORMAT_QUERY) == MMSYSERR_NOERROR;
+             },
+             [device](const WAVEFORMATEX& format) {
+                 HWAVEOUT handle = nullptr;
+                 return waveOutOpen(&handle, device, &format, 0, 0, CALLBACK_NULL) == MMSYSERR_NOERROR &&
+                        waveOutClose(handle) == MMSYSERR_NOERROR;
+             }});
     }
 }
 
@@ -35,11 +46,15 @@ void WaveOutput::SetVolume(WORD volume) {
 }
 
 void WaveOutput::PrepareBuffers(unsigned count, unsigned milliseconds, DWORD passes) {
-    const uint64_t frames = FramesIn(milliseconds);
-    const uint64_t needed = (file_.FrameCount() + frames - 1) / frames;
+    const std::optional<uint64_t> length = file_.FrameCount();
+    if (passes > 1 && !length) {
+        throw CommandError(file_.Path() + ": cannot be played as a loop, as its length is not known");
+    }
+    const uint64_t frames = std::min(FramesIn(milliseconds), length.value_or(UINT64_MAX));
+    const uint64_t needed = length ? (*length + frames - 1) / frames : count;
     passes_ = passes;
     AllocateBuffers(static_cast<unsigned>(passes > 1 ? needed : std::min<uint64_t>(count, needed)),
-                    static_cast<size_t>(std::min(frames, file_.FrameCount())) * Format().nBlockAlign);
+                    static_cast<size_t>(frames) * Format().nBlockAlign);
     if (passes > 1) {
         BufferAt(0).Header.dwFlags |= WHDR_BEGINLOOP;
         BufferAt(0).Header.dwLoops = passes;
@@ -61,20 +76,40 @@ void WaveOutput::Start(bool together) {
     }
 }
 
+// Each buffer once, so that a driver that gives every one back at once does not keep the program here.
 void WaveOutput::Refill() {
-    while (!allWritten_ && Problem().empty()) {
+    for (unsigned i = 0; i < BufferCount() && !allWritten_ && Problem().empty(); ++i) {
         Buffer& buffer = BufferAt(next_);
-        if (!buffer.IsBack()) {
-            return;
-        }
-        WAVEHDR& header = buffer.Header;
-        header.dwBufferLength = static_cast<DWORD>(file_.Read({header.lpData, BufferBytes()}));
-        if (!QueueBuffer("Write", buffer)) {
+        if (!buffer.IsBack() || !Fill(buffer) || !QueueBuffer("Write", buffer)) {
             return;
         }
         next_ = (next_ + 1) % BufferCount();
-        allWritten_ = file_.AtEnd();
     }
+}
+
+// False when there was nothing left, or the user has interrupted.
+bool WaveOutput::Fill(Buffer& buffer) {
+    WAVEHDR& header = buffer.Header;
+    try {
+        header.dwBufferLength = static_cast<DWORD>(file_.Read({header.lpData, BufferBytes()}));
+    } catch (const CommandError& error) {
+        NoteProblem(error.what());
+        return false;
+    }
+    allWritten_ = file_.AtEnd();
+    NoteLevel({header.lpData, header.dwBufferLength});
+    return header.dwBufferLength > 0;
+}
+
+// The card is through with a buffer before the driver gives its header back.
+uint64_t WaveOutput::HeadersUnused(uint64_t moved) const {
+    const uint64_t back = HeadersReturned() * passes_;
+    return back > moved ? back - moved : 0;
+}
+
+std::optional<uint64_t> WaveOutput::FrameCount() const {
+    const std::optional<uint64_t> length = file_.FrameCount();
+    return length ? std::optional(*length * passes_) : std::nullopt;
 }
 
 void WaveOutput::Stop() {
@@ -86,8 +121,10 @@ StreamStatus WaveOutput::Status(const simulator::Simulator& cards) const {
     return {.StartFrame = status.Started ? std::optional(status.StartFrame) : std::nullopt,
             .Frames = status.FramesPlayed,
             .IdleFrames = status.FramesSilent,
+            .Gaps = status.Underruns,
             .BuffersInFlight = status.BuffersInFlight,
-            .MostInFlight = status.MostInFlight};
+            .MostInFlight = status.MostInFlight,
+            .BuffersMoved = status.BuffersFinished - status.BuffersFlushed};
 }
 
 MMRESULT WaveOutput::PrepareHeader(WAVEHDR& header) {

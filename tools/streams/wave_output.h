@@ -7,15 +7,15 @@
 #include <cstdint>
 #include <string>
 
-#include "tools/files/wav_file.h"
+#include "tools/files/wav_reader.h"
 #include "tools/streams/wave_stream.h"
 
 namespace kestvox {
 
 class WaveOutput final : public WaveStream {
 public:
-    // Opens the device in the file's format. CommandError when the file or the device refuses.
-    WaveOutput(UINT device, const std::string& path, HANDLE done);
+    // Opens the device in the file's format. CommandError when the device refuses.
+    WaveOutput(UINT device, WavReader file, HANDLE done);
     // Stops and closes what is still open.
     ~WaveOutput() override;
 
@@ -23,12 +23,14 @@ public:
     void SetVolume(WORD volume);
 
     // `count` buffers of `milliseconds`, or, for more than one pass, the whole file in buffers of that
-    // length as one loop.
+    // length as one loop. CommandError for a loop of a file whose length is not known.
     void PrepareBuffers(unsigned count, unsigned milliseconds, DWORD passes);
 
     const WAVEFORMATEX& Format() const override { return file_.Format(); }
-    uint64_t FrameCount() const override { return file_.FrameCount() * passes_; }
+    std::optional<uint64_t> FrameCount() const override;
     bool EndsByCount() const override { return false; }
+    bool IsFinished(uint64_t) const override { return AllBack(); }
+    uint64_t HeadersUnused(uint64_t moved) const override;
     bool AllBack() const override { return allWritten_ && HeadersOut() == 0; }
     void QueueFirst(bool together) override;
     void Start(bool together) override;
@@ -39,6 +41,7 @@ public:
 private:
     static void CALLBACK OnMessage(HWAVEOUT handle, UINT message, DWORD_PTR instance, DWORD_PTR first,
                                    DWORD_PTR second);
+    bool Fill(Buffer& buffer);
     MMRESULT PrepareHeader(WAVEHDR& header) override;
     MMRESULT UnprepareHeader(WAVEHDR& header) override;
     MMRESULT HandOver(WAVEHDR& header) override;

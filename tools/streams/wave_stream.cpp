@@ -1,6 +1,9 @@
 #include "tools/streams/wave_stream.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <utility>
 
 #include "tools/command_error.h"
 #include "tools/files/wave_format.h"
@@ -63,8 +66,8 @@ void WaveStream::Close() {
     Check("Close", CloseDevice());
 }
 
-unsigned WaveStream::HeadersReturned() const {
-    unsigned returned = 0;
+uint64_t WaveStream::HeadersReturned() const {
+    uint64_t returned = 0;
     for (unsigned i = 0; i < bufferCount_; ++i) {
         returned += buffers_[i].Returns.load(std::memory_order_acquire);
     }
@@ -79,15 +82,16 @@ StreamStatus WaveStream::StatusByPosition() const {
     return {.StartFrame = {},
             .Frames = known ? time.u.sample : 0,
             .IdleFrames = 0,
+            .Gaps = {},
             .BuffersInFlight = out,
-            .MostInFlight = out};
+            .MostInFlight = out,
+            .BuffersMoved = 0};
 }
 
 unsigned WaveStream::HeadersOut() const {
     unsigned out = 0;
     for (unsigned i = 0; i < bufferCount_; ++i) {
-        const unsigned returns = buffers_[i].Returns.load(std::memory_order_acquire);
-        out += returns < buffers_[i].Writes ? buffers_[i].Writes - returns : 0;
+        out += buffers_[i].Returns.load(std::memory_order_acquire) < buffers_[i].Writes ? 1 : 0;
     }
     return out;
 }
@@ -97,9 +101,10 @@ const std::string& WaveStream::Problem() {
     return problem_;
 }
 
-void WaveStream::RefuseOpen(MMRESULT result, const std::string& what) const {
+void WaveStream::RefuseOpen(MMRESULT result, const std::string& what, const FormatQueries& queries) const {
+    const std::string more = result == WAVERR_BADFORMAT ? "; " + SayWhatIsAccepted(queries, Format()) : "";
     throw CommandError("device " + std::to_string(device_) + ": " + DescribeWaveError(result) + " (" + what +
-                       DescribeFormat(Format()) + ")");
+                       DescribeFormat(Format()) + ")" + more);
 }
 
 std::string WaveStream::Failure(const char* call, MMRESULT result) const {
@@ -126,6 +131,25 @@ void WaveStream::CheckReturns() {
                         ": a header came back more often than it was handed over");
         }
     }
+}
+
+// By the upper two bytes of each sample.
+void WaveStream::NoteLevel(std::span<const char> samples) {
+    const size_t size = Format().nChannels ? size_t{Format().nBlockAlign} / Format().nChannels : 0;
+    if (!watchesLevel_ || !IsWhole(Format()) || size < 1 || size > sizeof(int32_t)) {
+        return;
+    }
+    for (size_t at = 0; at + size <= samples.size(); at += size) {
+        uint32_t slot = 0;
+        std::memcpy(reinterpret_cast<char*>(&slot) + sizeof slot - size, &samples[at], size);
+        const auto value = static_cast<int32_t>(size == 1 ? slot ^ 0x80000000 : slot);
+        peak_ = std::max(peak_, std::abs(static_cast<double>(value)) / 2147483648.0);
+    }
+}
+
+std::optional<double> WaveStream::TakeLevel() {
+    const double peak = std::exchange(peak_, 0);
+    return peak > 0 ? std::optional(20 * std::log10(peak)) : std::nullopt;
 }
 
 void WaveStream::NoteProblem(const std::string& problem) {

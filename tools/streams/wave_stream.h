@@ -9,9 +9,11 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "simulator/simulator.h"
+#include "tools/streams/accepted_formats.h"
 
 namespace kestvox {
 
@@ -24,8 +26,10 @@ struct StreamStatus {
     std::optional<uint64_t> StartFrame;  // count of the group's clock; nothing: never started
     uint64_t Frames = 0;                 // moved between buffers and the card
     uint64_t IdleFrames = 0;             // that passed without a buffer
+    simulator::Gaps Gaps;                // ... where
     unsigned BuffersInFlight = 0;
     unsigned MostInFlight = 0;
+    uint64_t BuffersMoved = 0;  // to their end
 };
 
 // The driver's callback only counts a buffer back in and signals; all else runs on the owner's thread.
@@ -42,10 +46,15 @@ public:
     simulator::Port Port() const { return device_ % 2 ? simulator::Port::Digital : simulator::Port::Analog; }
     virtual const WAVEFORMATEX& Format() const = 0;
 
-    // Frames that the stream is to move; 0: as many as come.
-    virtual uint64_t FrameCount() const = 0;
+    // Frames that the stream is to move; nothing: as many as come.
+    virtual std::optional<uint64_t> FrameCount() const = 0;
     // Whether it has to be stopped when it has moved them, as it does not end by itself.
     virtual bool EndsByCount() const = 0;
+    // Whether there is nothing more to wait for when it has moved so many frames.
+    virtual bool IsFinished(uint64_t frames) const = 0;
+    // Headers that the driver gave back of itself though the card had not moved anything of them; `moved` is
+    // how many buffers it did move to their end.
+    virtual uint64_t HeadersUnused(uint64_t moved) const = 0;
     // Everything there is has been handed over and is back.
     virtual bool AllBack() const = 0;
 
@@ -62,8 +71,13 @@ public:
     virtual StreamStatus Status(const simulator::Simulator& cards) const = 0;
     // What can be known of it without the card: how far it is, and what it has of the buffers.
     StreamStatus StatusByPosition() const;
-    unsigned HeadersReturned() const;
+    uint64_t HeadersReturned() const;
     unsigned HeadersOut() const;  // handed over and not back yet
+
+    // From now on, the loudest sample handed over since the last TakeLevel: decibels, 0 is full scale.
+    // Nothing for silence, and where the samples are no plain numbers.
+    void WatchLevel() { watchesLevel_ = true; }
+    std::optional<double> TakeLevel();
 
     // The first thing that went wrong, or empty. One line, begins with the device.
     const std::string& Problem();
@@ -71,8 +85,8 @@ public:
 protected:
     struct Buffer {
         WAVEHDR Header{};
-        unsigned Writes = 0;
-        std::atomic<unsigned> Returns = 0;
+        uint64_t Writes = 0;
+        std::atomic<uint64_t> Returns = 0;
         bool IsBack() const { return Returns.load(std::memory_order_acquire) == Writes; }
     };
 
@@ -102,9 +116,12 @@ protected:
     // On a thread of the driver.
     void CountBack(DWORD_PTR header);
 
-    [[noreturn]] void RefuseOpen(MMRESULT result, const std::string& what) const;
+    // `what` begins what is said of the format.
+    [[noreturn]] void RefuseOpen(MMRESULT result, const std::string& what,
+                                 const FormatQueries& queries) const;
     void Require(const char* call, MMRESULT result) const;  // CommandError
     bool Check(const char* call, MMRESULT result);
+    void NoteLevel(std::span<const char> samples);
     void CheckReturns();
     void NoteProblem(const std::string& problem);
 
@@ -119,6 +136,8 @@ private:
     std::unique_ptr<Buffer[]> buffers_;
     unsigned bufferCount_ = 0;
     std::string problem_;
+    bool watchesLevel_ = false;
+    double peak_ = 0;  // 1 is full scale
 };
 
 }  // namespace kestvox

@@ -5,7 +5,9 @@
 #include <mmsystem.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <string>
 #include <vector>
 
 namespace {
@@ -200,7 +202,17 @@ void PlaySounds() {
     Step("sound: stopped", PlaySoundA(nullptr, nullptr, 0) &&
                                waveOutOpen(&device, 0, &Stereo, 0, 0, CALLBACK_NULL) == MMSYSERR_NOERROR &&
                                waveOutClose(device) == MMSYSERR_NOERROR);
-    DeleteFileA(path);
+    const std::string name(path, std::strlen(path) - 4);  // the file's, without the extension
+    MoveFileA(path, (name + ".wav").c_str());
+    Step("sound: a name that is no alias is a file's",
+         PlaySoundA(name.c_str(), nullptr, SND_ALIAS | SND_NODEFAULT) != FALSE);
+    Step("sound: a number is no pointer",
+         !sndPlaySoundA(MAKEINTRESOURCEA(SND_ALIAS_SYSTEMASTERISK), SND_ASYNC | SND_NODEFAULT) &&
+             !PlaySoundA(MAKEINTRESOURCEA(7), nullptr, SND_ALIAS_ID | SND_NODEFAULT));
+    Step("sound: the second of the calls",
+         GetProcAddress(GetModuleHandleA("winmm.dll"), MAKEINTRESOURCEA(2)) ==
+             GetProcAddress(GetModuleHandleA("winmm.dll"), "PlaySound"));
+    DeleteFileA((name + ".wav").c_str());
     Step("sound: no file", !PlaySoundA(path, nullptr, SND_FILENAME | SND_NODEFAULT));
 }
 
@@ -215,15 +227,47 @@ void SendToTheDriver() {
 
 void UseTheRest(HANDLE event) {
     Step("others: files go to the system", mmioStringToFOURCCA("wave", 0) == mmioFOURCC('w', 'a', 'v', 'e'));
-    Step("others: no mixer", mixerGetNumDevs() == 0);
+    HMIXER mixer = nullptr;
+    Step("others: no mixer", mixerGetNumDevs() == 0 && mixerOpen(&mixer, 0, 0, 0, 0) == MMSYSERR_BADDEVICEID);
+    Step("others: an MCI device plays on the cards",
+         mciSendStringA("open new type waveaudio alias sound", nullptr, 0, nullptr) == 0 &&
+             mciSendStringA("close sound", nullptr, 0, nullptr) == 0);
     const MMRESULT timer = timeSetEvent(1, 1, reinterpret_cast<LPTIMECALLBACK>(event), 0,
                                         TIME_ONESHOT | TIME_CALLBACK_EVENT_SET);
     Step("others: a timer event comes", timer != 0 && WaitForSingleObject(event, LongTime) == WAIT_OBJECT_0);
 }
 
+// Prints the first samples that arrive at an input. The exit status is 1 when it does not open.
+int RecordAndPrint(const char* device, const char* rate) {
+    constexpr DWORD Samples = 100;
+    const auto hertz = static_cast<DWORD>(std::strtoul(rate, nullptr, 10));
+    const WAVEFORMATEX mono = {WAVE_FORMAT_PCM, 1, hertz, 2 * hertz, 2, 16, 0};
+    HWAVEIN input = nullptr;
+    Buffer buffer(2 * Samples);
+    if (waveInOpen(&input, static_cast<UINT>(std::strtoul(device, nullptr, 10)), &mono, 0, 0,
+                   CALLBACK_NULL) != MMSYSERR_NOERROR) {
+        return 1;
+    }
+    waveInPrepareHeader(input, &buffer.Header, sizeof(WAVEHDR));
+    waveInAddBuffer(input, &buffer.Header, sizeof(WAVEHDR));
+    waveInStart(input);
+    while (!buffer.IsDone()) {
+        Sleep(1);
+        timeGetTime();
+    }
+    std::vector<short> samples(Samples);
+    std::memcpy(samples.data(), buffer.Bytes.data(), buffer.Bytes.size());
+    std::printf("recorded %d %d %d %d\n", samples[0], samples[1], samples[2], samples[3]);
+    waveInUnprepareHeader(input, &buffer.Header, sizeof(WAVEHDR));
+    return waveInClose(input) == MMSYSERR_NOERROR ? 0 : 1;
+}
+
 }  // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    if (argc == 4 && std::strcmp(argv[1], "record") == 0) {
+        return RecordAndPrint(argv[2], argv[3]);
+    }
     const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     LookAtDevices();
     PlayBuffers(event);

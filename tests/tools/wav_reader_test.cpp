@@ -1,4 +1,4 @@
-#include "tools/files/wav_file.h"
+#include "tools/files/wav_reader.h"
 
 #include <gtest/gtest.h>
 
@@ -22,7 +22,7 @@ std::string ReadAll(WavReader& reader, size_t atOnce) {
     return all;
 }
 
-TEST(WavFile, ReadsSamplesAmongOtherChunksOfOddLength) {
+TEST(WavReader, ReadsSamplesAmongOtherChunksOfOddLength) {
     const ScratchFolder folder;
     const std::string samples = NoiseBytes(100);
     WriteFile(folder.Path("a.wav"),
@@ -37,7 +37,7 @@ TEST(WavFile, ReadsSamplesAmongOtherChunksOfOddLength) {
 }
 
 // How much data there is when the header's sizes were never filled in, and when they were.
-TEST(WavFile, TakesTheLengthFromTheFileOnlyWhenTheWriterLeftItOpen) {
+TEST(WavReader, TakesTheLengthFromTheFileOnlyWhenTheWriterLeftItOpen) {
     struct Case {
         const char* What;
         uint32_t RiffSize;
@@ -66,7 +66,7 @@ TEST(WavFile, TakesTheLengthFromTheFileOnlyWhenTheWriterLeftItOpen) {
     }
 }
 
-TEST(WavFile, SaysWhatIsWrongWithABadFile) {
+TEST(WavReader, SaysWhatIsWrongWithABadFile) {
     const std::string good = WavFile({}, Noise(40));
     const std::string fmt = Chunk("fmt ", FormatBody({}));
     std::string noAlign = FormatBody({});

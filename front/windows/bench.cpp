@@ -1,0 +1,190 @@
+#include "front/windows/bench.h"
+
+#include <algorithm>
+#include <span>
+#include <utility>
+
+#include "front/windows/sleeper.h"
+#include "front/windows/sound_writer.h"
+#include "front/windows/text.h"
+
+namespace front {
+
+namespace {
+
+using simulator::Connector;
+using simulator::Port;
+
+Connector ConnectorOf(UINT device) {
+    return {device / 2, device % 2 ? Port::Digital : Port::Analog};
+}
+
+// "0a", as a user writes it.
+std::string NameOf(UINT device) {
+    return std::to_string(device / 2) + (device % 2 ? "d" : "a");
+}
+
+std::string Counted(uint64_t count, const char* what) {
+    return std::to_string(count) + " " + what;
+}
+
+}  // namespace
+
+Bench::Bench(Environment environment)
+    : environment_(std::move(environment)),
+      cards_({.Cards = environment_.Cards, .Time = environment_.Time}),
+      sleeper_(environment_.SuspendAt ? std::make_unique<Sleeper>(cards_, *environment_.SuspendAt)
+                                      : nullptr) {}
+
+Bench::~Bench() = default;
+
+std::unique_ptr<Bench> Bench::PutUp(Environment environment, std::string* why) {
+    std::unique_ptr<Bench> bench(new Bench(std::move(environment)));
+    if (!bench->BeginTrace(why) || !bench->PlugEverythingIn(why)) {
+        return nullptr;
+    }
+    for (const simulator::Fault& fault : bench->environment_.Faults) {
+        bench->cards_.AddFault(fault);
+    }
+    return bench;
+}
+
+bool Bench::BeginTrace(std::string* why) {
+    if (environment_.Trace.empty()) {
+        return true;
+    }
+    traceFile_.open(environment_.Trace.c_str(), std::ios::binary);
+    trace_.emplace(traceFile_);
+    cards_.SendTrace([this](const simulator::TraceEntry& entry) { trace_->Write(entry); });
+    *why = "cannot write " + Utf8(environment_.Trace);
+    return traceFile_.good();
+}
+
+// What is plugged into a connector later takes the place of what was there.
+bool Bench::PlugEverythingIn(std::string* why) {
+    const unsigned count = cards_.CardCount();
+    const auto isThere = [&](unsigned card, const char* variable) {
+        *why = std::string(variable) + " speaks of card " + std::to_string(card) +
+               ", and the cards end with " + std::to_string(count - 1);
+        return card < count;
+    };
+    for (const PluggedInput& input : environment_.Inputs) {
+        if (input.Where && !isThere(input.Where->Card, "KESTVOX_INPUT")) {
+            return false;
+        }
+        for (UINT device = 0; device < 2 * count; ++device) {
+            const Connector connector = ConnectorOf(device);
+            if (!input.Where ||
+                (input.Where->Card == connector.Card && input.Where->Port == connector.Port)) {
+                PlugIn(input, connector);
+            }
+        }
+    }
+    for (const auto& [output, input] : environment_.Cables) {
+        if (!isThere(std::max(output.Card, input.Card), "KESTVOX_CABLE")) {
+            return false;
+        }
+        cards_.PlugIn(input.Card, input.Port, simulator::InputSignal::Cable(output.Card, output.Port));
+    }
+    return true;
+}
+
+void Bench::PlugIn(const PluggedInput& input, Connector where) {
+    simulator::InputSignal signal = input.Signal;
+    if (where.Port == Port::Digital && input.FileRate != 0) {
+        signal = std::move(signal).At(input.FileRate);
+    }
+    cards_.PlugIn(where.Card, where.Port, std::move(signal));
+}
+
+void Bench::Opened(WaveDirection direction, UINT device) {
+    const auto [card, port] = ConnectorOf(device);
+    const std::lock_guard hold(lock_);
+    if (direction == WaveDirection::Out) {
+        outputs_[device] = BeginOutput(device);
+    }
+    if (sleeper_) {
+        sleeper_->Watch(direction, card, port);
+    }
+}
+
+void Bench::Closed(WaveDirection direction, UINT device) {
+    const std::lock_guard hold(lock_);
+    if (direction == WaveDirection::In) {
+        EndInput(device);
+    } else if (auto open = outputs_.extract(device)) {
+        EndOutput(device, open.mapped());
+    }
+}
+
+void Bench::EndInput(UINT device) {
+    const auto [card, port] = ConnectorOf(device);
+    const simulator::InputStatus status = cards_.Input(card, port);
+    TellDebugger("input " + NameOf(device) + ": " + Counted(status.FramesRecorded, "frames recorded, ") +
+                 Counted(status.FramesDropped, "dropped between them"));
+}
+
+Bench::Run Bench::BeginOutput(UINT device) {
+    const auto [card, port] = ConnectorOf(device);
+    Run run{.Name = NameOf(device) + "-" + std::to_string(++runs_[device]),
+            .Rate = cards_.SampleRate(card),
+            .Capture = nullptr};
+    if (!environment_.Capture.empty()) {
+        run.Capture = std::make_unique<SoundWriter>(CapturePath(run.Name), run.Rate);
+        cards_.SendHeard(card, port, [writer = run.Capture.get()](std::span<const simulator::Frame> frames) {
+            writer->Write(frames);
+        });
+    }
+    return run;
+}
+
+std::wstring Bench::CapturePath(const std::string& name) const {
+    std::wstring path = environment_.Capture;
+    return path.replace(path.find(L'*'), 1, Wide(name));
+}
+
+void Bench::EndOutput(UINT device, Run& run) {
+    const auto [card, port] = ConnectorOf(device);
+    const simulator::OutputStatus status = cards_.Output(card, port);
+    TellDebugger("output " + run.Name + ": " + Counted(status.FramesPlayed, "frames played at ") +
+                 Counted(run.Rate, "Hz, ") + Counted(status.FramesSilent, "silent between them"));
+    if (run.Capture) {
+        cards_.SendHeard(card, port, {});
+        if (!run.Capture->Finish()) {
+            TellDebugger("cannot write all of " + Utf8(CapturePath(run.Name)));
+        }
+    }
+}
+
+void Bench::Refused(WaveDirection direction, UINT device) {
+    const auto [card, port] = ConnectorOf(device);
+    if (direction == WaveDirection::In && port == Port::Digital && cards_.DigitalInput(card).Rate == 0) {
+        TellDebugger("input " + NameOf(device) +
+                     " has no signal: KESTVOX_INPUT or KESTVOX_CABLE plugs one in, and with the setting "
+                     "CheckClocks=0 the input opens without");
+    }
+}
+
+void Bench::Finish() {
+    const std::lock_guard hold(lock_);
+    for (auto& [device, run] : outputs_) {
+        EndOutput(device, run);
+    }
+    outputs_.clear();
+    EndTrace();
+}
+
+void Bench::EndTrace() {
+    if (!trace_) {
+        return;
+    }
+    cards_.SendTrace({});
+    trace_->Finish();
+    trace_.reset();
+    traceFile_.close();
+    if (!traceFile_) {
+        TellDebugger("cannot write all of " + Utf8(environment_.Trace));
+    }
+}
+
+}  // namespace front

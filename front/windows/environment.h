@@ -1,0 +1,34 @@
+// What the environment asks of the simulated cards of a program that does not put up cards itself.
+// docs/windows.md tells its users about the variables.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "simulator/connectors/scene_syntax.h"
+#include "simulator/simulator.h"
+
+namespace front {
+
+struct PluggedInput {
+    std::optional<simulator::Connector> Where;  // nothing: every input of every card
+    simulator::InputSignal Signal;
+    unsigned FileRate = 0;  // Hz, at which a digital input gets it; 0: the card's
+};
+
+struct Environment {
+    unsigned Cards = 0;  // 0: those that the machine has, one on a new machine
+    std::optional<simulator::TimeKind> Time;
+    std::vector<PluggedInput> Inputs;
+    std::vector<simulator::CableEnds> Cables;
+    std::vector<simulator::Fault> Faults;
+    std::wstring Capture;             // a file's path with one '*' in its name; empty: none
+    std::wstring Trace;               // a file's path; empty: none
+    std::optional<double> SuspendAt;  // seconds of the first stream
+};
+
+// False, and one line in `why`, when a value makes no sense.
+bool ReadEnvironment(Environment* environment, std::string* why);
+
+}  // namespace front

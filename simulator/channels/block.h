@@ -1,0 +1,16 @@
+// The unit in which samples are moved.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace simulator {
+
+// Frames of one card that are moved together.
+struct Block {
+    static constexpr size_t MostFrames = 512;
+    uint64_t From = 0;  // tick
+    size_t Frames = 0;
+};
+
+}  // namespace simulator

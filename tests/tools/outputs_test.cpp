@@ -1,0 +1,185 @@
+// Where the command writes to, and what comes of it when it cannot: real pipes, devices, limits and signals.
+#include <gtest/gtest.h>
+
+#include <signal.h>
+#include <sys/stat.h>
+#include <time.h>
+
+#include <algorithm>
+
+#include "tests/tools/command_runner.h"
+#include "tests/tools/scratch_folder.h"
+#include "tests/tools/wav_bytes.h"
+#include "tools/files/wav_reader.h"
+
+namespace {
+
+class Outputs : public testing::Test {
+protected:
+    Outputs() {
+        WriteFile(folder_.Path("in.wav"), WavFile({}, NoiseBytes(40000)));
+        EXPECT_EQ(Shell("$K play in.wav --time stepped --capture direct.wav").Status, 0);
+    }
+    CommandResult Shell(const std::string& line) { return RunShell(line, folder_.Path("")); }
+    uint64_t FramesOf(const std::string& name) {
+        return kestvox::WavReader(folder_.Path(name)).FrameCount().value();
+    }
+    void ExpectNothingUnfinished() { EXPECT_EQ(Shell("ls -a | grep part").Output, ""); }
+
+    const ScratchFolder folder_;
+};
+
+// Each line prints what it found, and ends well.
+TEST_F(Outputs, GoWhereTheyAreToldAndReplaceOnlyFiles) {
+    const struct {
+        const char* Line;
+        const char* Found;
+    } cases[] = {
+        {"echo old >o; chmod 640 o; $K play in.wav --time stepped --capture o >r; stat -c %a o; cmp o "
+         "direct.wav",
+         "640\n"},
+        {"mkdir d; echo old >d/t; ln -s d/t l; $K play in.wav --time stepped --capture l >r; readlink l; cmp "
+         "l direct.wav",
+         "d/t\n"},
+        {"ln -s new m; $K play in.wav --time stepped --capture m >r; readlink m; cmp new direct.wav",
+         "new\n"},
+        {"mkfifo p; cat p >got & $K play in.wav --time stepped --capture p >r; wait; stat -c %F p; "
+         "tail -c 320000 got | cmp - direct.wav -i 0:44",
+         "fifo\n"},
+        {"$K play in.wav --time stepped --capture /dev/null >r; stat -c %F /dev/null",
+         "character special file\n"},
+        {"$K play in.wav --time stepped --capture - 2>r | tail -c 320000 | cmp - direct.wav -i 0:44; "
+         "grep frames-played r",
+         "frames-played: 40000\n"},
+        {"$K play in.wav --time stepped --capture /dev/stdout 2>r >o; head -c 4 o", "RIFF"},
+        {"$K play in.wav --time stepped --trace - 2>r | python3 -m json.tool >/dev/null && echo json",
+         "json\n"},
+        {"cat in.wav | $K play - --time stepped --capture o >r; cmp o direct.wav", ""},
+        {"$K record a --input in.wav --time stepped >r; cat in.wav | $K record b --input - --time stepped "
+         ">r; cmp a b",
+         ""},
+        {"$K record - --input in.wav --time stepped 2>r | $K play - --time stepped | grep frames-played",
+         "frames-played: 40000\n"},
+        {"$K play in.wav --time stepped --json | python3 -c 'import json, sys; "
+         "print(json.load(sys.stdin)[\"streams\"][0][\"frames-played\"])'",
+         "40000\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.Line);
+        const CommandResult result = Shell(c.Line);
+        EXPECT_EQ(result.Status, 0);
+        EXPECT_EQ(result.Errors, "");
+        EXPECT_EQ(result.Output, c.Found);
+    }
+    ExpectNothingUnfinished();
+}
+
+// The system's reason on one line, status 1; what had fitted is whole.
+TEST_F(Outputs, EndTheRunWithTheFirstWriteThatFails) {
+    const struct {
+        const char* Line;
+        const char* Reason;
+        const char* Left;  // a WAV file, or nothing
+    } cases[] = {
+        {"$K play in.wav --time stepped --capture /dev/full",
+         "/dev/full: cannot write: No space left on device", ""},
+        {"$K play in.wav --time stepped --trace /dev/full",
+         "/dev/full: cannot write: No space left on device", ""},
+        {"$K record - --seconds 3600 --time stepped 2>e | "
+         "true; "
+         "grep kestvox e >&2; false",
+         "-: cannot write: Broken pipe", ""},
+        {"ulimit -f 200; $K record o --seconds 3600 --time stepped", "o: cannot write: File too large", "o"},
+        {"ulimit -f 200; $K play in.wav --time stepped --capture c", "c: cannot write: File too large", "c"},
+        {"$K devices >/dev/full", "cannot write: No space left on device", ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.Line);
+        const CommandResult result = Shell(c.Line);
+        EXPECT_EQ(result.Status, 1);
+        EXPECT_NE(result.Errors.find(c.Reason), std::string::npos) << result.Errors;
+        EXPECT_EQ(std::ranges::count(result.Errors, '\n'), 1) << result.Errors;
+        if (*c.Left != '\0') {
+            EXPECT_GT(FramesOf(c.Left), 10000u);
+        }
+    }
+    EXPECT_EQ(Shell("ulimit -f 100; $K play in.wav --buffer-ms 1 --time stepped --trace t >/dev/null 2>&1; "
+                    "python3 -m json.tool t >/dev/null")
+                  .Status,
+              0);
+    ExpectNothingUnfinished();
+}
+
+TEST_F(Outputs, AreKeptWhenASignalEndsTheRun) {
+    const std::pair<int, int> signals[] = {{SIGINT, 130}, {SIGTERM, 143}, {SIGHUP, 129}};
+    for (const auto& [signal, status] : signals) {
+        const std::string out = folder_.Path("out" + std::to_string(status));
+        const RunningCommand command({"record", out, "--input", "tone:100", "--seconds", "100000"});
+        struct stat file {};
+        while (stat((out + ".part").c_str(), &file) != 0 || file.st_size == 0) {
+            const timespec nap{.tv_sec = 0, .tv_nsec = 1000000};
+            nanosleep(&nap, nullptr);
+        }
+        command.Send(signal);
+        EXPECT_EQ(command.Wait(), status);
+        EXPECT_GT(kestvox::WavReader(out).FrameCount(), 0u);
+    }
+    ExpectNothingUnfinished();
+}
+
+// What was lost, one line for each, and status 1; none of it when it is tolerated.
+TEST_F(Outputs, SayWhatWasLost) {
+    const struct {
+        const char* Arguments;
+        const char* Errors;
+    } cases[] = {
+        {"play in.wav --fault QUEUE_BUFFER:3",
+         "kestvox: device 0: 2205 frames were not played\nkestvox: device 0: 1 header came back unplayed\n"},
+        {"play in.wav --fault QUEUE_BUFFER:99",
+         "kestvox: fault QUEUE_BUFFER:99 did not come: there were 19 of the kind\n"},
+        {"play in.wav --buffers 2 --fault completion:2:late=200000",
+         "kestvox: device 0: 1 underrun (6616 silent frames in all), the longest 6616 frames, the first at "
+         "frame "
+         "6615\n"},
+        {"record out.wav --seconds 0.5 --fault QUEUE_BUFFER:3",
+         "kestvox: device 0: 1 header came back unfilled\n"},
+        {"record out.wav --buffers 2 --seconds 1 --fault completion:2:late=200000",
+         "kestvox: device 0: 1 overrun (6613 dropped frames in all), the longest 6613 frames, the first at "
+         "frame "
+         "6624\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.Arguments);
+        const std::string line = std::string("$K ") + c.Arguments + " --time stepped";
+        const CommandResult result = Shell(line);
+        EXPECT_EQ(result.Status, 1);
+        EXPECT_EQ(result.Errors, c.Errors);
+        const CommandResult tolerated = Shell(line + " --tolerate");
+        EXPECT_EQ(tolerated.Status, 0);
+        EXPECT_EQ(tolerated.Errors, "");
+        // How often a stop and a reset ask for the position is the threads' affair.
+        const auto streams = [](const std::string& report) {
+            return report.substr(0, report.find("requests-sent"));
+        };
+        EXPECT_EQ(streams(tolerated.Output), streams(result.Output));
+    }
+}
+
+// Nobody waits for what does not come; what was recorded until then is kept.
+TEST_F(Outputs, OfARunThatStandsStillAreKept) {
+    const char* const cases[] = {
+        "loopback in.wav --out out.wav --fault completion:20:lost",
+        "record out.wav --fault completion:3:lost",
+        "loopback in.wav --out out.wav --fault completion:all:lost",
+    };
+    for (const char* arguments : cases) {
+        SCOPED_TRACE(arguments);
+        const CommandResult result = Shell(std::string("$K ") + arguments + " --time stepped");
+        EXPECT_EQ(result.Status, 1);
+        EXPECT_NE(result.Errors.find("while it waited for "), std::string::npos) << result.Errors;
+        EXPECT_EQ(std::ranges::count(result.Errors, '\n'), 1) << result.Errors;
+        EXPECT_EQ(Shell("head -c 4 out.wav").Output, "RIFF");
+    }
+}
+
+}  // namespace

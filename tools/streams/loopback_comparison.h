@@ -1,0 +1,40 @@
+// Compares what came back through a cable with what was played into it, as it comes.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "tools/files/wav_reader.h"
+
+namespace kestvox {
+
+class LoopbackComparison {
+public:
+    // `played` is the file from its beginning.
+    explicit LoopbackComparison(WavReader played) : played_(std::move(played)) {}
+
+    // The next recorded bytes, whole frames. `offset` is the frame of the recording at which the first played
+    // one must be, by the cards' clock; nothing while the playback has not begun.
+    void Take(std::span<const char> recorded, std::optional<int64_t> offset);
+
+    // There is no more: what has not come is lost. CommandError when the file can no longer be read.
+    void Finish();
+
+    std::optional<int64_t> Offset() const { return offset_; }  // frames; nothing: the playback never began
+    uint64_t SamplesLost() const { return samplesLost_; }
+
+private:
+    size_t FrameSize() const { return played_.Format().nBlockAlign; }
+    void Compare(std::span<const char> recorded);
+    void Drop(uint64_t frames);
+
+    WavReader played_;
+    std::optional<int64_t> offset_;
+    uint64_t framesTaken_ = 0;  // of the recording
+    uint64_t samplesLost_ = 0;
+    std::vector<char> part_;
+};
+
+}  // namespace kestvox
