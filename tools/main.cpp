@@ -44,6 +44,7 @@ struct CommandLine {
     std::string Time = "real";
     unsigned Card = 0;
     std::vector<std::string> Assignments;
+    ListenOptions Listen;
     ConfigureOptions Configure;
     std::string MachineAction;
     std::string MachineName;
@@ -219,6 +220,19 @@ CLI::App* AddLoopback(CLI::App& program, CommandLine& line) {
     return command;
 }
 
+CLI::App* AddListen(CLI::App& program, CommandLine& line) {
+    ListenOptions& listen = line.Listen;
+    CLI::App* command =
+        program.add_subcommand("listen", "Keep what another program on a named machine plays");
+    command->add_option("FILE", listen.File, "WAV file to write: 32-bit, stereo")->required()->type_name("");
+    AddDevice(*command, listen.Device, "Output device to listen to (default 0)");
+    command->add_option("--seconds", listen.Seconds, "How long (default: until that device is closed)")
+        ->type_name("S")
+        ->check(Within(ShortestSound, LongestSound));
+    AddSceneOptions(*command, line.Scene);
+    return command;
+}
+
 CLI::App* AddSettings(CLI::App& program, CommandLine& line) {
     CLI::App* command = program.add_subcommand("settings", "Show and change the stored settings of a card");
     AddMachineOption(*command, line.Scene);
@@ -293,6 +307,7 @@ int Run(int argc, char** argv) {
     const CLI::App* play = AddPlay(program, line);
     const CLI::App* record = AddRecord(program, line);
     const CLI::App* loopback = AddLoopback(program, line);
+    const CLI::App* listen = AddListen(program, line);
     const CLI::App* settings = AddSettings(program, line);
     const CLI::App* install = AddInstall(program, line);
     const CLI::App* remove = AddRemove(program, line);
@@ -323,6 +338,10 @@ int Run(int argc, char** argv) {
     if (configure->parsed()) {
         line.Configure.Scene = line.Scene;
         return Configure(line.Configure);
+    }
+    if (listen->parsed()) {
+        line.Listen.Scene = line.Scene;
+        return Listen(line.Listen);
     }
     line.Streams.Scene = line.Scene;
     line.Streams.Scene.Time =

@@ -40,7 +40,7 @@ void AudioLog::AddHeard(uint64_t from, std::span<const Frame> frames, size_t wit
         }
         if (withData > 0) {
             GiveHeldBack();
-            heardSink_(frames.first(withData));
+            Give(frames.first(withData));
         }
         HoldBack(frames.subspan(withData));
     }
@@ -65,13 +65,22 @@ void AudioLog::HoldBack(std::span<const Frame> frames) {
     }
 }
 
+void AudioLog::Give(std::span<const Frame> frames) {
+    if (heardSink_) {
+        heardSink_(frames);
+    }
+    for (Tap* tap : taps_) {
+        tap->Give(frames);
+    }
+}
+
 void AudioLog::GiveHeldBack() {
     while (heldSilence_ > 0) {
         const auto count = static_cast<size_t>(std::min<uint64_t>(heldSilence_, Silence.size()));
-        heardSink_(std::span(Silence).first(count));
+        Give(std::span(Silence).first(count));
         heldSilence_ -= count;
     }
-    held_.GiveTo(heardSink_);
+    held_.GiveTo([this](std::span<const Frame> frames) { Give(frames); });
     DropHeldBack();
 }
 

@@ -5,10 +5,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "simulator/channels/frame_sink.h"
 #include "simulator/channels/frame_store.h"
+#include "simulator/machine/tap.h"
 
 namespace simulator {
 
@@ -17,10 +19,12 @@ public:
     // From now on; an empty sink is nobody.
     void SendPlayed(FrameSink sink) { playedSink_ = std::move(sink); }
     void SendHeard(FrameSink sink);
+    // And to these listeners in other processes.
+    void SendHeardTo(std::vector<Tap*> taps) { taps_ = std::move(taps); }
     // For Played and Heard.
     void Keep();
 
-    bool WantsHeard() const { return static_cast<bool>(heardSink_); }
+    bool WantsHeard() const { return heardSink_ || !taps_.empty(); }
 
     void AddPlayed(std::span<const Frame> frames);
 
@@ -40,11 +44,13 @@ public:
 private:
     void HoldSilence(uint64_t count);
     void HoldBack(std::span<const Frame> frames);
+    void Give(std::span<const Frame> frames);
     void GiveHeldBack();
     void DropHeldBack();
 
     FrameSink playedSink_;
     FrameSink heardSink_;
+    std::vector<Tap*> taps_;
     FrameStore played_;  // what is kept
     FrameStore heard_;
     uint64_t heldSilence_ = 0;  // silent frames that are held back, before those of held_

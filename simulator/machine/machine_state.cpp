@@ -16,6 +16,12 @@ void ForgetDeadProcesses(MachineState& machine) {
             process = host::Process{};
         }
     }
+    for (Tap& tap : machine.Taps) {
+        if (tap.Listener.Id != 0 && !host::IsAlive(tap.Listener)) {
+            tap.Listener = host::Process{};
+            ++machine.TapChanges;
+        }
+    }
 }
 
 void MakeCards(MachineState& machine, unsigned cards) {

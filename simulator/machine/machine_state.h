@@ -16,6 +16,7 @@
 #include "simulator/clock/sample_clock.h"
 #include "simulator/machine/host.h"
 #include "simulator/machine/setup.h"
+#include "simulator/machine/tap.h"
 #include "simulator/requests/protocol.h"
 
 namespace simulator {
@@ -155,6 +156,7 @@ struct CardState {
 
 struct MachineState {
     static constexpr unsigned MaxProcesses = 64;
+    static constexpr unsigned MaxTaps = 4;
 
     bool InUse;  // set up by a simulator that is, or was, attached
     bool Stepped;
@@ -165,6 +167,8 @@ struct MachineState {
     uint32_t CardCount;
     std::array<CardState, MaxCards> Cards;
     std::array<host::Process, MaxProcesses> Processes;  // those that have a simulator; Id 0: free place
+    std::array<Tap, MaxTaps> Taps;
+    uint32_t TapChanges;  // counts them
 
     int64_t Now() const { return Stepped ? VirtualTime : host::Nanoseconds(); }
 };

@@ -1,6 +1,7 @@
 #include "simulator/machine/process_side.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "simulator/clock/clock_control.h"
 
@@ -110,8 +111,28 @@ size_t ProcessSide::MoveBlock(MachineState& machine, int64_t until, int64_t now)
     return count;
 }
 
+// What has been played until now is not for a listener who has just come.
+void ProcessSide::ConnectTaps(MachineState& machine) {
+    if (tapChanges_ == machine.TapChanges) {
+        return;
+    }
+    tapChanges_ = machine.TapChanges;
+    for (unsigned card = 0; card < MaxCards; ++card) {
+        for (const Port port : {Port::Analog, Port::Digital}) {
+            std::vector<Tap*> taps;
+            for (Tap& tap : machine.Taps) {
+                if (tap.Listener.Id != 0 && tap.Card == card && tap.Port == static_cast<uint32_t>(port)) {
+                    taps.push_back(&tap);
+                }
+            }
+            players_[card].Output(port).SendHeardTo(std::move(taps));
+        }
+    }
+}
+
 size_t ProcessSide::CatchUp(int64_t now) {
     MachineState& machine = Machine();
+    ConnectTaps(machine);
     SettleReceivers(machine, now);
     size_t count = 0;
     while (HasWork(machine, now)) {

@@ -64,6 +64,7 @@ public:
     TraceLog Trace;
 
 private:
+    void ConnectTaps(MachineState& machine);
     bool IsListenedTo(unsigned card, unsigned port) const;
     bool HasWork(const MachineState& machine, int64_t now) const;
     int64_t BlockEnd(const MachineState& machine, int64_t now) const;
@@ -73,7 +74,8 @@ private:
 
     std::array<CardPlayer, MaxCards> players_;
     Wiring wiring_{players_};
-    int64_t movedTo_ = 0;  // time
+    int64_t movedTo_ = 0;      // time
+    uint32_t tapChanges_ = 0;  // that have been followed
     std::vector<std::unique_ptr<OpenFile>> files_;
     uint32_t filesEverOpened_ = 0;
 };

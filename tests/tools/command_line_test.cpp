@@ -128,6 +128,8 @@ TEST(CommandLine, RefusesBadInputInOneLine) {
         {{"registers", "--card", "1"}, "there is no card 1"},
         {{"machine", "show", "absent"}, "there is no machine 'absent'"},
         {{"machine", "list", "absent"}, "takes no name"},
+        {{"listen", out}, "--machine names the machine"},
+        {{"listen", out, "--machine", "a b"}, "a name has letters"},
     };
     const size_t files = folder.FileCount();
     for (auto [arguments, why] : cases) {

@@ -182,4 +182,14 @@ TEST_F(Outputs, OfARunThatStandsStillAreKept) {
     }
 }
 
+// Another program plays, in real time, on a machine that the listener has put up.
+TEST_F(Outputs, AreHeardByAListener) {
+    const CommandResult heard = Shell(
+        "M=kestvox-test-$$; $K listen heard.wav --machine $M >report 2>notes & "
+        "until grep -q listening notes; do sleep 0.01; done; "
+        "$K play in.wav --machine $M --capture played.wav >r; wait $!; echo $?; "
+        "cmp heard.wav played.wav; grep frames report; $K machine remove $M");
+    EXPECT_EQ(heard.Output, "0\nframes-heard: 40000\nframes-lost: 0\n") << heard.Errors;
+}
+
 }  // namespace

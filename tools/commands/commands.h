@@ -44,6 +44,13 @@ struct LoopbackOptions : StreamOptions {
     bool Lock = false;  // lock the recording to the playback
 };
 
+struct ListenOptions {
+    SceneOptions Scene;
+    std::string File;
+    unsigned Device = 0;
+    std::optional<double> Seconds;  // nothing: until the output is closed
+};
+
 struct ConfigureOptions {
     SceneOptions Scene;
     bool Text = false;  // print the sheet's pages instead of showing them
@@ -57,6 +64,8 @@ int Configure(const ConfigureOptions& options);
 int Play(const PlayOptions& options);
 int Record(const RecordOptions& options);
 int Loopback(const LoopbackOptions& options);
+// Keeps what another program on the machine plays on one output.
+int Listen(const ListenOptions& options);
 // Without assignments shows every setting; with them stores them and shows those.
 int StoreAndShowSettings(const SceneOptions& options, unsigned card,
                          const std::vector<std::string>& assignments);

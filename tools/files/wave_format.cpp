@@ -114,6 +114,10 @@ WAVEFORMATEXTENSIBLE MakeFormat(const SampleEncoding& encoding, WORD channels, D
     return format;
 }
 
+WAVEFORMATEXTENSIBLE ConnectorFormat(DWORD rate) {
+    return MakeFormat({"32-bit PCM", WAVE_FORMAT_PCM, 32, 4, 0}, 2, rate);
+}
+
 std::string DescribeFormat(const WAVEFORMATEX& format) {
     const std::string channels = format.nChannels == 1   ? "mono"
                                  : format.nChannels == 2 ? "stereo"

@@ -24,6 +24,9 @@ std::span<const SampleEncoding> AllEncodings();
 // A complete format of that encoding; for all but WAVE_FORMAT_EXTENSIBLE only the Format member counts.
 WAVEFORMATEXTENSIBLE MakeFormat(const SampleEncoding& encoding, WORD channels, DWORD rate);
 
+// What a card's connector carries: 32-bit PCM, stereo.
+WAVEFORMATEXTENSIBLE ConnectorFormat(DWORD rate);
+
 // What the samples are, by the format's tag or that of its extension.
 bool IsWhole(const WAVEFORMATEX& format);
 bool IsFloat(const WAVEFORMATEX& format);

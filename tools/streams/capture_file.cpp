@@ -3,15 +3,11 @@
 #include "tools/files/wave_format.h"
 
 namespace kestvox {
-namespace {
 
-constexpr SampleEncoding Encoding{"32-bit PCM", WAVE_FORMAT_PCM, 32, 4, 0};
 static_assert(sizeof(simulator::Frame) == 8);
 
-}  // namespace
-
 void CaptureFile::Begin(Scene& scene, unsigned device, uint32_t rate) {
-    writer_.emplace(file_, MakeFormat(Encoding, 2, rate).Format);
+    writer_.emplace(file_, ConnectorFormat(rate).Format);
     if (device / 2 >= scene.CardCount()) {
         return;  // opening the device will tell
     }
