@@ -24,10 +24,11 @@ constexpr int SliderOf(size_t input) {
 
 class MonitorPageTest : public SheetTest {
 protected:
-    void StoreCodes(const Eight& codes) {
+    void StoreCodes(const Eight& codes, DWORD gain = 0) {
         DWORD block[17] = {sizeof block};
         for (size_t input = 0; input < codes.size(); ++input) {
             block[1 + input] = static_cast<DWORD>(codes[input]);
+            block[9 + input] = gain;
         }
         StoreBinary(0, TEXT("Monitor"), block, sizeof block);
     }
@@ -179,7 +180,7 @@ TEST_F(MonitorPageTest, WithoutAdvancedMonitoringEachPlaybackGoesItsOwnWay) {
     for (const auto& each : cases) {
         SCOPED_TRACE(static_cast<int>(&each - cases));
         StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
-        StoreCodes(stored);
+        StoreCodes(stored, 50);
         Reload();
         WavePlayer player;
         ASSERT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);

@@ -17,6 +17,7 @@ constexpr int32_t Bottom = std::numeric_limits<int32_t>::min();
 
 TEST(SimulatorMixer, AddsAtItsGainsAndSaturates) {
     Simulator sim({});
+    sim.KeepAudio();
     Prepare(0);
     const CardFile analog(0, AnalogOut);
     const CardFile digital(0, DigitalOut);
