@@ -113,17 +113,16 @@ int64_t Side::Begin(unsigned thread, Message message, unsigned stream, int64_t h
         actor.Thread.Begin(act);
         return 0;
     }
-    const auto came = std::make_shared<std::atomic<bool>>(false);
-    streams_[0]->OnNextDone([act, came] {
-        *came = true;
-        act();
-    });
-    actor.Thread.Begin([this, act, came] {
-        cards_->AdvanceToNextCompletion(NextHeader);
-        if (!*came) {  // the stream does not run any more
-            streams_[0]->OnNextDone(nullptr);
+    // By whoever comes first: there is no callback when the stream does not run any more.
+    const auto once = [act, sent = std::make_shared<std::atomic<bool>>(false)] {
+        if (!sent->exchange(true)) {
             act();
         }
+    };
+    streams_[0]->OnNextDone(once);
+    actor.Thread.Begin([this, once] {
+        cards_->AdvanceToNextCompletion(NextHeader);
+        once();
     });
     return 0;
 }

@@ -3,16 +3,36 @@
 #include <chrono>
 
 #ifndef _WIN32
-#include <pthread.h>
-#include <time.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
 #endif
 
 namespace interleaving {
 namespace {
 
 constexpr std::chrono::microseconds BetweenLooks(150);
-constexpr unsigned SleepingLooks = 6;  // in a row, after which a thread is taken to wait
-constexpr unsigned MostLooks = 200;
+constexpr unsigned QuietLooks = 6;  // in a row, after which a thread is taken to wait
+constexpr unsigned MostLooks = 400;
+
+// Whether another thread runs, or would if it had a processor. Windows does not say.
+bool AnyoneRuns() {
+#ifndef _WIN32
+    const std::string self = std::to_string(gettid());
+    std::error_code ended;
+    for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task", ended)) {
+        std::string line;
+        std::getline(std::ifstream(thread.path() / "stat"), line);
+        const size_t name = line.rfind(')');
+        if (thread.path().filename() != self && name != std::string::npos && line[name + 2] == 'R') {
+            return true;
+        }
+    }
+#endif
+    return false;
+}
 
 }  // namespace
 
@@ -35,29 +55,14 @@ void Worker::Await() {
 
 bool Worker::AwaitDoneOrWaiting() {
     std::unique_lock guard(lock_);
-    unsigned sleeping = 0;
-    int64_t before = TimeSpent();
-    for (unsigned look = 0; look < MostLooks && sleeping < SleepingLooks; ++look) {
+    unsigned quiet = 0;
+    for (unsigned look = 0; look < MostLooks && quiet < QuietLooks; ++look) {
         if (changed_.wait_for(guard, BetweenLooks, [this] { return !busy_; })) {
             return true;
         }
-        const int64_t spent = TimeSpent();
-        sleeping = spent == before ? sleeping + 1 : 0;
-        before = spent;
+        quiet = AnyoneRuns() ? 0 : quiet + 1;
     }
     return false;
-}
-
-int64_t Worker::TimeSpent() {
-#ifdef _WIN32
-    return -1;
-#else
-    clockid_t clock{};
-    timespec spent{};
-    pthread_getcpuclockid(thread_.native_handle(), &clock);
-    clock_gettime(clock, &spent);
-    return spent.tv_sec * 1000000000 + spent.tv_nsec;
-#endif
 }
 
 }  // namespace interleaving

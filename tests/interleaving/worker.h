@@ -18,14 +18,12 @@ public:
 
     void Begin(std::function<void()> work);
     void Await();
-    // True when the work is done, false when its thread has not run for a while, or looks again and again for
-    // something that does not come. A thread that is judged wrongly goes on all the same: the next step only
-    // comes a little early.
+    // True when the work is done, false when no thread of the process has had anything to do for a while, or
+    // one looks again and again for something that does not come. A thread that is judged wrongly goes on all
+    // the same: the next step only comes a little early.
     bool AwaitDoneOrWaiting();
 
 private:
-    int64_t TimeSpent();  // by the thread, running; -1: the system does not say
-
     std::mutex lock_;
     std::condition_variable changed_;
     bool busy_ = false;
