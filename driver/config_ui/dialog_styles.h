@@ -14,7 +14,6 @@
 #define BS_CENTER 0x300L
 #define BS_MULTILINE 0x2000L
 #define ES_RIGHT 0x2L
-#define ES_MULTILINE 0x4L
 #define ES_AUTOHSCROLL 0x80L
 #define ES_READONLY 0x800L
 #define CBS_DROPDOWNLIST 0x3L
@@ -39,7 +38,8 @@
     CONTROL text, -1, "Static", SS_CENTER | WS_GROUP, x, y, width, height
 #define SLIDER(id, x, y, width, height) \
     CONTROL "Slider1", id, "msctls_trackbar32", TBS_TOP | WS_TABSTOP, x, y, width, height
-// Its number ends at the right edge; on Windows NT 4.0 that needs an edit of several lines.
+// Its number ends at the right edge; Windows NT 4.0 begins a single line at the left. An edit of several
+// lines would keep Enter and Escape from the sheet.
 #define SLIDER_VALUE(id, x, y, width, height) \
-    CONTROL "", id, "Edit", ES_READONLY | ES_RIGHT | ES_MULTILINE | WS_BORDER, x, y, width, height
+    CONTROL "", id, "Edit", ES_READONLY | ES_RIGHT | WS_BORDER, x, y, width, height
 #define FIELD(id, x, y, width, height) CONTROL "", id, "Edit", ES_READONLY | WS_TABSTOP, x, y, width, height

@@ -146,6 +146,7 @@ void ShowSavedGains(CardRecord& card, HWND page) {
         const DWORD code = GainCodeOf(card.Settings.Monitor, input);
         if (reset && SourceOf(input).Playback) {
             PlaceSlider(page, input, code);
+            ShowGain(page, input, code);
         } else {
             MoveSlider(card, page, input, code, Hardware::Leave);
         }

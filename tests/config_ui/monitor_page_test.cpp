@@ -220,6 +220,15 @@ TEST_F(MonitorPageTest, WithoutAdvancedMonitoringEachPlaybackGoesItsOwnWay) {
     }
 }
 
+TEST_F(MonitorPageTest, ARouteThatIsResetToWhatItWasShowsItsGain) {
+    StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
+    Sheet& sheet = Open();
+    sheet.Show(0).Click(AdvancedMonitoring);
+    const SheetPage page = ShowPage(sheet);
+    EXPECT_EQ(page.Text(SliderOf(2) + 1), u" 0.0 dB");
+    EXPECT_EQ(page.Text(SliderOf(7) + 1), u" 0.0 dB");
+}
+
 TEST_F(MonitorPageTest, ACardThatIsGoneTakesNoGains) {
     Sheet& sheet = Open();
     WaveRecorder recorder;
