@@ -145,7 +145,7 @@ MMRESULT StartStream(StreamInstance* stream) {
 }
 
 MMRESULT PrepareOpening(StreamInstance* stream) {
-    return WakeUp(stream, stream->Sleeps, false);
+    return WakeUp(stream, 0, false);  // a new stream has not slept; a suspend may have come already
 }
 
 void SuspendStream(StreamInstance* stream) {

@@ -49,7 +49,8 @@ Participants CountParticipants(const Direction& direction, const CardRecord& mas
 void ForgetEndedRun(const Direction& direction, CardRecord& master) {
     const Participants streams = CountParticipants(direction, master);
     if (streams.Running == 0 && streams.Waking == 0) {
-        master.RunsBegun &= ~HoldBits(direction, master);
+        const LONG others = master.*direction.OtherRunningCount + master.*direction.OtherWakingCount;
+        master.RunsBegun &= others == 0 ? 0 : ~HoldBits(direction, master);
     }
 }
 
