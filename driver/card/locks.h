@@ -1,12 +1,10 @@
 // The driver's locks. A thread takes them in this order and never the other way round:
 //
 // - DriverMutex, between processes: each stream's queue, ledger and shadow buffers, and a whole completion
-// with
-//   its client callback, so it may be held for as long as a client likes.
+//   with its client callback, so it may be held for as long as a client likes.
 // - A stream's control: the starts, stops and power states of its port. Held over requests only.
 // - SequenceMutex, between processes: requests that belong together, as an index and its data, or the start
-// or
-//   stop of one stream among the others on its clock. Held over requests only.
+//   or stop of one stream among the others on its clock. Held over requests only.
 // - The stream list's lock: the list and the loans of devices. Held while they are looked at.
 //
 // So a thread that holds a stream's control, or what comes after it, neither takes DriverMutex nor calls the

@@ -62,7 +62,7 @@ void CountOpen(StreamInstance* stream) {
     if (open != 0) {
         ForgetPort(*stream->Card, direction, stream->Port, *stream->ClockMaster);
     }
-    // A suspend may have met the last stream in its close.
+    // A pause may have met the last stream in its close.
     StopPort(*stream->Card, direction, stream->Port, *stream->ClockMaster);
     open = 1;
     ++(stream->ClockMaster->*direction.OpenCount);

@@ -1,7 +1,7 @@
 // Which card's clock a stream runs on, and which streams are open on it, in the card table.
 //
-// The port's flag and the clock master's count change together, so that a process that dies leaves either
-// both or neither behind.
+// The port's flag and the clock master's count change side by side: only a process that dies between the two
+// leaves one without the other.
 //
 // While a process lives the kernel gives its channels to nobody else. So a port that is marked open and whose
 // channel can be had belonged to a process that died: whoever notices takes its flags and counts back.

@@ -16,7 +16,7 @@
 
 namespace kestvox {
 
-// All for a stream whose control is held.
+// All but ReleaseWaitingStarts for a stream whose control is held.
 
 // For a port that is not running yet, after its transfer was started: a start, or the wake-up of a port that
 // ResumePending says is to run, which is cleared. Failures change nothing else.
@@ -27,7 +27,8 @@ enum class StopCause {
     Sleep,  // the stream goes on after it: ResumePending is set
 };
 
-// For a running port that stops or pauses: takes it out of the run and puts the hold back.
+// For a running port that stops, pauses or falls asleep: it does not count as running any more, and the hold
+// is put back.
 void SynchronizedStop(StreamInstance* stream, StopCause cause);
 
 // For a port that is not awake: sets ResumePending, or clears it and lets those go that waited for it alone.
@@ -35,7 +36,7 @@ void NoteStart(StreamInstance* stream);
 void ForgetStart(StreamInstance* stream);
 
 // A stream of the direction has left the clock without having started: lets those go that waited for it
-// alone. No control needs to be held.
+// alone.
 void ReleaseWaitingStarts(const Direction& direction, CardRecord& master);
 
 }  // namespace kestvox
