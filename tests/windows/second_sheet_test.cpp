@@ -2,16 +2,28 @@
 #include <windows.h>
 #include <mmddk.h>
 
-#include <process.h>
-
 #include "tests/support/sheet_test.h"
 
 namespace {
 
 class SecondSheet : public SheetTest {
 protected:
-    static intptr_t AskForAnother() {
-        return _spawnl(_P_WAIT, "kestvox.exe", "kestvox.exe", "configure", nullptr);
+    // The program's exit status, when it has ended.
+    static DWORD Run(const WCHAR* command) {
+        WCHAR line[MAX_PATH];
+        lstrcpynW(line, command, MAX_PATH);
+        STARTUPINFOW start = {};
+        start.cb = sizeof start;
+        PROCESS_INFORMATION program = {};
+        if (!CreateProcessW(nullptr, line, nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &program)) {
+            return STILL_ACTIVE;
+        }
+        WaitForSingleObject(program.hProcess, INFINITE);
+        DWORD status = STILL_ACTIVE;
+        GetExitCodeProcess(program.hProcess, &status);
+        CloseHandle(program.hThread);
+        CloseHandle(program.hProcess);
+        return status;
     }
 
     static bool IsAbove(HWND window, HWND other) {
@@ -30,10 +42,14 @@ TEST_F(SecondSheet, BringsTheFirstToTheFront) {
                                      nullptr, nullptr, nullptr, nullptr);
     SetWindowPos(cover, HWND_TOP, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOMOVE);
     EXPECT_TRUE(IsAbove(cover, sheet.Window()));
-    EXPECT_EQ(AskForAnother(), 0);
+    EXPECT_EQ(Run(TEXT("kestvox.exe configure")), 0u);
     EXPECT_TRUE(IsAbove(sheet.Window(), cover));
-    EXPECT_TRUE(sheet.IsOpen());
     DestroyWindow(cover);
+
+    ShowWindow(sheet.Window(), SW_MINIMIZE);
+    EXPECT_EQ(Run(TEXT("kestvox.exe configure")), 0u);
+    EXPECT_FALSE(IsIconic(sheet.Window()));
+    EXPECT_TRUE(sheet.IsOpen());
 }
 
 }  // namespace
