@@ -16,7 +16,6 @@ namespace kestvox {
 inline constexpr int ExitSuccess = 0;
 inline constexpr int ExitFailed = 1;   // something went wrong on the way
 inline constexpr int ExitRefused = 2;  // CommandError
-inline constexpr int ExitInterrupted = 130;
 
 struct PlayOptions : StreamOptions {
     std::vector<std::string> Files;  // one for all devices, or one for each
