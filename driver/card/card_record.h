@@ -32,12 +32,14 @@ struct CardRecord {
     SharedWord InputOpen[PortCount];
     SharedWord InputRunning[PortCount];
     SharedWord InputResumePending[PortCount];
-    SharedWord InputCounted[PortCount];  // the port is in its clock master's running count
+    SharedWord InputCounted[PortCount];      // the port is in its clock master's running count
+    SharedWord InputClockMaster[PortCount];  // ... which is the card of that ordinal, while the port is open
     SharedWord OutputOpen[PortCount];
     SharedWord OutputRunning[PortCount];
     SharedWord OutputPaused[PortCount];
     SharedWord OutputResumePending[PortCount];
     SharedWord OutputCounted[PortCount];
+    SharedWord OutputClockMaster[PortCount];
     WCHAR WorkingName[NameLength];  // working copies, edited by the configuration sheet
     SharedWord WorkingClockSource;
     SharedWord WorkingAdvancedMonitoring;
@@ -54,10 +56,12 @@ struct CardRecord {
     WCHAR RegistryPath[PathLength];  // device key below HKEY_LOCAL_MACHINE; empty when unknown
     CardSettings Settings;
     SharedWord StartsWaiting;   // hold bits of directions with streams armed behind the start hold
+    SharedWord WakeUpsWaiting;  // ... some of which have woken up
     SharedWord RunsBegun;       // ... in whose run every open stream has been started
     SharedCount WakingOutputs;  // streams on this clock that sleep and are to run afterwards
     SharedCount WakingInputs;
     SharedCount InitCount;  // how often the card was initialised after its discovery
+    SharedWord ClockLost;   // it or a card that follows it was, since its group's clock was programmed
 };
 static_assert(std::is_standard_layout_v<CardRecord>);
 

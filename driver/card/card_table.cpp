@@ -6,6 +6,7 @@
 #include "card/card_identity.h"
 #include "card/init_card.h"
 #include "card/layers_above.h"
+#include "card/locks.h"
 #include "card/requests.h"
 #include "card/shared_section.h"
 
@@ -54,6 +55,8 @@ void ForgetRunState(CardRecord& card) {
     card.GroupRate = 0;
     card.SyncStart = 0;
     card.SyncWithOutput = 0;
+    card.StartsWaiting = 0;
+    card.WakeUpsWaiting = 0;
     card.RunsBegun = 0;
     card.WakingOutputs = 0;
     card.WakingInputs = 0;
@@ -141,6 +144,8 @@ MMRESULT CardEnable(DWORD ordinal) {
 }
 
 void SoftResetCards() {
+    MutexLock clocks(ClockMutex);
+    MutexLock starts(SequenceMutex);
     for (CardRecord* card = FirstCard(); card != nullptr; card = NextCard(card)) {
         CardHandle* handle = nullptr;
         if (OpenCardHandle(*card, ControlChannel, &handle) == MMSYSERR_NOERROR) {

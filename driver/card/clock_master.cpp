@@ -2,6 +2,7 @@
 
 #include "card/card_table.h"
 #include "card/init_card.h"
+#include "card/locks.h"
 
 namespace kestvox {
 
@@ -32,10 +33,11 @@ CardRecord& ResolveClockMaster(CardRecord& card) {
 }
 
 void InitCardAgain(CardHandle* handle, CardRecord& card) {
+    MutexLock clock(ClockMutex);
+    card.ClockLost = 1;
+    ClockMasterOf(card).ClockLost = 1;
     InitCard(handle, card);
     ++card.InitCount;
-    card.GroupRate = 0;
-    ClockMasterOf(card).GroupRate = 0;
 }
 
 }  // namespace kestvox

@@ -13,8 +13,8 @@ CardRecord& ClockMasterOf(CardRecord& card);
 // follow: the link for a follower; automatic for one that followed before.
 CardRecord& ResolveClockMaster(CardRecord& card);
 
-// Initialises a card that was in use before. Its clock is back at its initial rate, so the first stream that
-// is prepared on its group programs the clock in full; ports that were prepared before have to be prepared
+// Initialises a card that was in use before. Its clock is back at its initial rate: the first stream that is
+// prepared on its group programs the clock in full, and ports that were prepared before have to be prepared
 // again.
 void InitCardAgain(CardHandle* handle, CardRecord& card);
 

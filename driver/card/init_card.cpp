@@ -1,6 +1,7 @@
 #include "card/init_card.h"
 
 #include "card/channel_status.h"
+#include "card/locks.h"
 #include "card/registers.h"
 
 namespace kestvox {
@@ -73,6 +74,7 @@ void ClearIndirectRegisters(CardHandle* handle) {
 }  // namespace
 
 void InitCard(CardHandle* handle, CardRecord& card) {
+    MutexLock clock(ClockMutex);
     SelectInitialClock(handle, card);
     Unmute(handle, card_register::AnalogInputControl);
     Unmute(handle, card_register::DigitalInputControl);

@@ -5,8 +5,8 @@
 
 namespace kestvox {
 
-// Runs every step whatever the single accesses answer; takes about 0.2 s. Leaves the mixer silent and
-// the clock internal at 44100 Hz.
+// Runs every step whatever the single accesses answer; takes about 0.2 s, under ClockMutex. Leaves the mixer
+// silent and the clock internal at 44100 Hz.
 void InitCard(CardHandle* handle, CardRecord& card);
 
 }  // namespace kestvox

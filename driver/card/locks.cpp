@@ -6,6 +6,7 @@
 namespace kestvox {
 
 HANDLE DriverMutex = nullptr;
+HANDLE ClockMutex = nullptr;
 HANDLE SequenceMutex = nullptr;
 
 namespace {
@@ -53,12 +54,13 @@ BOOL OpenSharedMutexes() {
     if (DriverMutex == nullptr) {
         return FALSE;
     }
+    ClockMutex = CreateSharedMutex(TEXT("ZPH_Kestrelvox_Clock_Mutex"));
     SequenceMutex = CreateSharedMutex(TEXT("ZPH_Kestrelvox_Sequence_Mutex"));
     return TRUE;
 }
 
 void CloseSharedMutexes() {
-    for (HANDLE* mutex : {&SequenceMutex, &DriverMutex}) {
+    for (HANDLE* mutex : {&SequenceMutex, &ClockMutex, &DriverMutex}) {
         if (*mutex != nullptr) {
             CloseHandle(*mutex);
             *mutex = nullptr;

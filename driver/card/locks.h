@@ -2,6 +2,10 @@
 //
 // - DriverMutex, between processes: each stream's queue, ledger and shadow buffers, and a whole completion
 //   with its client callback, so it may be held for as long as a client likes.
+// - ClockMutex, between processes: the programming of a group's clock, from the look at its rate to the
+// rate's
+//   being noted, and the initialisation of a card. Held over requests and their waits, up to 0.7 s. A process
+//   that dies inside leaves no rate behind: the next one programs the clock anew.
 // - A stream's control: the starts, stops and power states of its port. Held over requests only.
 // - SequenceMutex, between processes: requests that belong together, as an index and its data, or the start
 //   or stop of one stream among the others on its clock. Held over requests only.
@@ -18,10 +22,11 @@ namespace kestvox {
 
 // This process's handles; null while the library is let go.
 extern HANDLE DriverMutex;
+extern HANDLE ClockMutex;
 extern HANDLE SequenceMutex;
 
 // Create or open the mutexes that all processes share, so that those of every user may. FALSE: DriverMutex
-// cannot be had. Without a SequenceMutex the sequences of several programs at one moment are not kept apart.
+// cannot be had. Without one of the others what several programs do at one moment is not kept apart.
 BOOL OpenSharedMutexes();
 void CloseSharedMutexes();
 

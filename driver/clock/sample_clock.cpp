@@ -1,5 +1,6 @@
 #include "clock/sample_clock.h"
 
+#include "card/locks.h"
 #include "card/registers.h"
 #include "clock/clock_run.h"
 
@@ -46,7 +47,20 @@ MMRESULT ProgramGroup(StreamInstance* stream, bool ignoreClockError) {
         }
     }
     run.Master->GroupRate = run.Rate->Hz;
+    run.Master->ClockLost = 0;
     return MMSYSERR_NOERROR;
+}
+
+// A stream that opens may find that another one has opened meanwhile, at another rate.
+MMRESULT BringGroupToRate(StreamInstance* stream, bool ignoreClockError) {
+    MutexLock oneAtATime(ClockMutex);
+    const CardRecord& master = *stream->ClockMaster;
+    const bool runs = master.GroupRate != 0;
+    const bool atItsRate = master.GroupRate == stream->Format.SampleRate;
+    if (runs && !atItsRate && !ignoreClockError) {
+        return WAVERR_BADFORMAT;
+    }
+    return atItsRate && master.ClockLost == 0 ? MMSYSERR_NOERROR : ProgramGroup(stream, ignoreClockError);
 }
 
 void ProgramPort(StreamInstance* stream) {
@@ -58,14 +72,11 @@ void ProgramPort(StreamInstance* stream) {
 }  // namespace
 
 MMRESULT ProgramSampleClock(StreamInstance* stream, bool ignoreClockError) {
-    if (stream->ClockMaster->GroupRate != stream->Format.SampleRate) {
-        const MMRESULT result = ProgramGroup(stream, ignoreClockError);
-        if (result != MMSYSERR_NOERROR) {
-            return result;
-        }
+    const MMRESULT result = BringGroupToRate(stream, ignoreClockError);
+    if (result == MMSYSERR_NOERROR) {
+        ProgramPort(stream);
     }
-    ProgramPort(stream);
-    return MMSYSERR_NOERROR;
+    return result;
 }
 
 }  // namespace kestvox

@@ -10,8 +10,10 @@
 
 namespace kestvox {
 
-// Called on the thread that opens or resumes the stream; takes no lock. A run that ends early leaves the
-// cards held and flagged as they are: the next run clears that up.
+// Called on the thread that opens or resumes the stream. Runs take turns, under ClockMutex. One that ends
+// early leaves the cards held and flagged as they are: the next run clears that up.
+//   WAVERR_BADFORMAT   the group has come to run at another rate since the open looked (without
+//                      `ignoreClockError`)
 //   MMSYSERR_ERROR     the external clock is not valid, or the incoming digital rate is another one
 //                      (both are logged; they end the run only while the master's CheckClocks is on
 //                      and `ignoreClockError` is not set: else the card goes on with its internal clock)

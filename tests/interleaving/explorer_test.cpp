@@ -51,10 +51,6 @@ bool MayFollow(const Act& held, const Act& other) {
     if (lets && (PartsOf(held.What).size() > 1 || PartsOf(other.What).size() > 1)) {
         return false;
     }
-    // A stream that is opened in the middle of a resume programs the clock at the same time.
-    if (held.What == Message::Resume && other.What == Message::Open) {
-        return false;
-    }
     return held.What != Message::Free || (IsOfDriver(other.What) && other.What != Message::SoftReset);
 }
 
@@ -91,10 +87,16 @@ void WakingUp(Explorer& explorer, const Setting&, Start from) {
 }
 
 void Opening(Explorer& explorer, const Setting& setting, Start from) {
-    const Acts open = ActsOf(1, {Message::Open});
+    const Acts open = ActsOf(1, {Message::Open, Message::OpenApart});
     const Acts others = ActsOf(setting, 0) + OfDriver;
     ExplorePairs(explorer, from, open, others + open);
     ExplorePairs(explorer, from, others, open);
+}
+
+void FirstOpens(Explorer& explorer, const Setting&, Start from) {
+    const Acts opens[] = {ActsOf(0, {Message::Open}), ActsOf(1, {Message::Open, Message::OpenApart})};
+    ExplorePairs(explorer, from, opens[0], opens[1]);
+    ExplorePairs(explorer, from, opens[1], opens[0]);
 }
 
 void InCallback(Explorer& explorer, const Setting& setting, Start from) {
@@ -143,6 +145,7 @@ const Sweep Sweeps[] = {
      {Start::Ready, Start::Playing, Start::Asleep}},
     {"WakingUp", WakingUp, {&TwoOutputs, &LinkedCards, &LockedInput}, {Start::Dozing}},
     {"Opening", Opening, {&TwoOutputs, &LinkedCards, &LockedInput}, {Start::Partly}},
+    {"FirstOpens", FirstOpens, {&TwoOutputs, &LinkedCards, &LockedInput}, {Start::Idle}},
     {"InCallback", InCallback, {&OneOutput, &OneInput, &TwoOutputs}, {Start::Ending}},
     {"LentDevice",
      LentDevice<Scene::Millisecond>,

@@ -10,15 +10,15 @@ struct Names {
 
 // In the order of Message.
 constexpr Names MessageNames[] = {
-    {"open", "open"},         {"write", "add"},     {"restart", "start"},         {"pause", "stop"},
-    {"break", "break"},       {"reset", "reset"},   {"close", "close"},           {"shut", "shut"},
-    {"position", "position"}, {"volume", "volume"}, {"write-three", "add-three"}, {"suspend", nullptr},
-    {"resume", nullptr},      {"free", nullptr},    {"soft-reset", nullptr},
+    {"open", "open"},     {"open-apart", "open-apart"}, {"write", "add"},     {"restart", "start"},
+    {"pause", "stop"},    {"break", "break"},           {"reset", "reset"},   {"close", "close"},
+    {"shut", "shut"},     {"position", "position"},     {"volume", "volume"}, {"write-three", "add-three"},
+    {"suspend", nullptr}, {"resume", nullptr},          {"free", nullptr},    {"soft-reset", nullptr},
 };
 
 // In the order of Start.
-constexpr const char* StartNames[] = {"fresh",  "ready",  "playing", "paused",
-                                      "asleep", "dozing", "partly",  "ending"};
+constexpr const char* StartNames[] = {"fresh",  "ready", "playing", "paused", "asleep",
+                                      "dozing", "idle",  "partly",  "ending"};
 
 }  // namespace
 

@@ -11,9 +11,10 @@ namespace interleaving {
 // Of a stream, up to WriteThree, or of the driver as a whole.
 enum class Message {
     Open,
-    Write,  // input: add
-    Start,  // output: restart
-    Stop,   // output: pause
+    OpenApart,  // at another rate
+    Write,      // input: add
+    Start,      // output: restart
+    Stop,       // output: pause
     Break,
     Reset,
     Close,
@@ -71,6 +72,7 @@ enum class Start {
     Paused,   // the same, paused or stopped
     Asleep,   // played, and suspended
     Dozing,   // suspended before they ran, and started since
+    Idle,     // nothing is open
     Partly,   // the first stream plays, the others are not open
     Ending,   // playing, and the first header is about to come back
 };

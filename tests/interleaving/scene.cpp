@@ -95,7 +95,7 @@ void Scene::Prepare(Start from) {
     for (Line& side : sides_) {
         side.Do<&Side::Renew>();
     }
-    const unsigned open = from == Start::Partly ? 1 : StreamCount();
+    const unsigned open = from == Start::Idle ? 0 : from == Start::Partly ? 1 : StreamCount();
     for (unsigned stream = 0; stream < open; ++stream) {
         if (OwnerOf(stream).Do<&Side::Open>(stream, Rate) != MMSYSERR_NOERROR) {
             Fault(stream, "cannot be opened to begin with");

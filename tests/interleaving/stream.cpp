@@ -30,6 +30,8 @@ MMRESULT Stream::Send(Message message) {
     switch (message) {
     case Message::Open:
         return Open(Rate);
+    case Message::OpenApart:
+        return Open(OtherRate);
     case Message::Write:
         return Write(LongHeader);
     case Message::Start:
