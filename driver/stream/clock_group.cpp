@@ -1,7 +1,6 @@
 #include "stream/clock_group.h"
 
 #include "card/card_table.h"
-#include "card/clock_master.h"
 #include "card/locks.h"
 #include "stream/stream_list.h"
 
@@ -11,28 +10,35 @@ namespace {
 
 constexpr const Direction* BothDirections[] = {&InputDirection, &OutputDirection};
 
+// Takes the port out of a count of the clock that it was opened on: its card may have another master by now.
+void LeaveCount(CardRecord& card, const Direction& direction, DWORD port, SharedCount CardRecord::*count) {
+    if (CardRecord* master = FindCard((card.*direction.PortClockMaster)[port]); master != nullptr) {
+        CountDown(master->*count);
+    }
+}
+
 // A port that runs need not be counted: its program may have died before its transfer was started.
-void StopPort(CardRecord& card, const Direction& direction, DWORD port, CardRecord& master) {
+void StopPort(CardRecord& card, const Direction& direction, DWORD port) {
     (card.*direction.PortRunning)[port] = 0;
     if (direction.PortPaused != nullptr) {
         (card.*direction.PortPaused)[port] = 0;
     }
     if ((card.*direction.PortCounted)[port].exchange(0) != 0) {
-        CountDown(master.*direction.RunningCount);
+        LeaveCount(card, direction, port, direction.RunningCount);
     }
     if ((card.*direction.PortResumePending)[port].exchange(0) != 0) {
-        CountDown(master.*direction.WakingCount);
+        LeaveCount(card, direction, port, direction.WakingCount);
     }
 }
 
 // A port whose channel is this process's for the moment, so that nobody else opens it meanwhile.
-void ForgetPort(CardRecord& card, const Direction& direction, DWORD port, CardRecord& master) {
-    StopPort(card, direction, port, master);
+void ForgetPort(CardRecord& card, const Direction& direction, DWORD port) {
+    StopPort(card, direction, port);
     (card.*direction.PortOpen)[port] = 0;
-    CountDown(master.*direction.OpenCount);
+    LeaveCount(card, direction, port, direction.OpenCount);
 }
 
-bool ForgetIfDead(CardRecord& card, const Direction& direction, DWORD port, CardRecord& master) {
+bool ForgetIfDead(CardRecord& card, const Direction& direction, DWORD port) {
     if ((card.*direction.PortOpen)[port] == 0 || IsOpenHere(card, direction, port)) {
         return false;
     }
@@ -42,7 +48,7 @@ bool ForgetIfDead(CardRecord& card, const Direction& direction, DWORD port, Card
     }
     const bool dead = (card.*direction.PortOpen)[port] != 0;  // else it was closed just now
     if (dead) {
-        ForgetPort(card, direction, port, master);
+        ForgetPort(card, direction, port);
     }
     CloseCardHandle(channel);
     return dead;
@@ -57,13 +63,15 @@ void CountDown(SharedCount& count) {
 }
 
 void CountOpen(StreamInstance* stream) {
+    MutexLock starts(SequenceMutex);
     const Direction& direction = *stream->Direction;
     SharedWord& open = stream->PortFlag(direction.PortOpen);
     if (open != 0) {
-        ForgetPort(*stream->Card, direction, stream->Port, *stream->ClockMaster);
+        ForgetPort(*stream->Card, direction, stream->Port);
     }
     // A pause may have met the last stream in its close.
-    StopPort(*stream->Card, direction, stream->Port, *stream->ClockMaster);
+    StopPort(*stream->Card, direction, stream->Port);
+    stream->PortFlag(direction.PortClockMaster) = stream->ClockMaster->Ordinal;
     open = 1;
     ++(stream->ClockMaster->*direction.OpenCount);
 }
@@ -77,12 +85,10 @@ void CountClosed(StreamInstance* stream) {
 BOOL ForgetDeadStreams(CardRecord& master) {
     bool any = false;
     for (CardRecord* card = FirstCard(); card != nullptr; card = NextCard(card)) {
-        if (&ClockMasterOf(*card) != &master) {
-            continue;
-        }
         for (const Direction* direction : BothDirections) {
             for (DWORD port = 0; port < PortCount; ++port) {
-                any = ForgetIfDead(*card, *direction, port, master) || any;
+                const bool onClock = (card->*direction->PortClockMaster)[port] == master.Ordinal;
+                any = (onClock && ForgetIfDead(*card, *direction, port)) || any;
             }
         }
     }
@@ -91,6 +97,7 @@ BOOL ForgetDeadStreams(CardRecord& master) {
 
 void ForgetIdleClock(CardRecord& master) {
     DriverLock lock;
+    MutexLock starts(SequenceMutex);
     if (master.OpenOutputs == 0 && master.OpenInputs == 0) {
         master.RunningOutputs = 0;
         master.RunningInputs = 0;
@@ -98,6 +105,7 @@ void ForgetIdleClock(CardRecord& master) {
         master.SyncStart = 0;
         master.SyncWithOutput = 0;
         master.StartsWaiting = 0;
+        master.WakeUpsWaiting = 0;
         master.RunsBegun = 0;
         master.WakingOutputs = 0;
         master.WakingInputs = 0;

@@ -15,7 +15,7 @@ namespace kestvox {
 // are zero already.
 void CountDown(SharedCount& count);
 
-// The stream has its channel. What a dead process left of the port is forgotten first.
+// The stream has its channel. What a dead process left of the port is forgotten first. Takes SequenceMutex.
 void CountOpen(StreamInstance* stream);
 
 // The stream is about to give its channel back. Counts down only what its port's open flag still says.
@@ -23,10 +23,10 @@ void CountClosed(StreamInstance* stream);
 
 // Looks at every port on the master's clock that is marked open by another process, and forgets those of dead
 // ones. TRUE when there was one. It asks the kernel for channels, so it is for when a stream would otherwise
-// be refused or wait. No lock is needed.
+// be refused or wait, or start in a run that only they are in. No lock is needed.
 BOOL ForgetDeadStreams(CardRecord& master);
 
-// Gives the clock up when no stream is left on it. Takes DriverMutex.
+// Gives the clock up when no stream is left on it. Takes DriverMutex, and then SequenceMutex.
 void ForgetIdleClock(CardRecord& master);
 
 }  // namespace kestvox

@@ -34,6 +34,7 @@ struct Direction {
     SharedWord (CardRecord::*PortPaused)[PortCount];  // null: the direction has no pause
     SharedWord (CardRecord::*PortResumePending)[PortCount];
     SharedWord (CardRecord::*PortCounted)[PortCount];  // ... in RunningCount
+    SharedWord (CardRecord::*PortClockMaster)[PortCount];
 
     // Whether the card's port takes the format, and what it comes to.
     BOOL(*AcceptFormat)

@@ -169,6 +169,7 @@ BOOL ForceCloseStream(StreamInstance* stream) {
         CardDetach(master.Ordinal);
     }
     CountClosed(stream);
+    ReleaseWaitingStarts(direction, master);
     CloseDevice(stream);
     // What the kernel did not give back at the reset is returned now.
     ReturnAllHeaders(stream);
@@ -176,7 +177,6 @@ BOOL ForceCloseStream(StreamInstance* stream) {
     if (stream->IsOpen != 0) {
         NotifyClient(stream, direction.CloseMessage, 0);
     }
-    ReleaseWaitingStarts(direction, master);
     ForgetIdleClock(master);
     stream->IsOpen = 0;
     ReleaseStream(stream);

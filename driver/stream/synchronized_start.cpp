@@ -45,6 +45,10 @@ Participants CountParticipants(const Direction& direction, const CardRecord& mas
     return all;
 }
 
+bool SomebodyIsCounted(const CardRecord& master) {
+    return master.RunningOutputs + master.RunningInputs + master.WakingOutputs + master.WakingInputs != 0;
+}
+
 // Before a stream is counted as started: when no other is, another run begins with it.
 void ForgetEndedRun(const Direction& direction, CardRecord& master) {
     const Participants streams = CountParticipants(direction, master);
@@ -69,24 +73,25 @@ bool TakeBackStart(StreamInstance* stream) {
     return noted;
 }
 
-enum class WaitFor {
-    Everyone,  // who is open
-    Waking,    // ... only who is to wake up, in a run that has begun
-};
-
-bool NobodyIsAwaited(const Direction& direction, CardRecord& master, WaitFor whom) {
+// Everybody who is open is awaited; by those that wake up in a run that has begun only who is to wake up,
+// too.
+bool NobodyIsAwaited(const Direction& direction, const CardRecord& master) {
     const Participants streams = CountParticipants(direction, master);
-    if (streams.Stopped == 0) {
+    const bool goesOn = (master.RunsBegun & master.WakeUpsWaiting & HoldBits(direction, master)) != 0;
+    return streams.Waking == 0 && (streams.Stopped == 0 || goesOn);
+}
+
+void NoteIfBegun(const Direction& direction, CardRecord& master) {
+    if (CountParticipants(direction, master).Stopped == 0) {
         master.RunsBegun |= HoldBits(direction, master);
     }
-    const bool hasBegun = (master.RunsBegun & direction.HoldBit) != 0;
-    return streams.Waking == 0 && (streams.Stopped == 0 || (hasBegun && whom == WaitFor::Waking));
 }
 
 // The hold is put back for those that join later.
 void ReleaseHold(const Direction& direction, CardRecord& master) {
     const DWORD bits = HoldBits(direction, master);
     master.StartsWaiting &= ~bits;
+    master.WakeUpsWaiting &= ~bits;
     ReleaseStartHold(master, bits);
     if (CountParticipants(direction, master).Stopped != 0) {
         SetStartHold(master, bits);
@@ -94,18 +99,13 @@ void ReleaseHold(const Direction& direction, CardRecord& master) {
 }
 
 // Nobody waits for the streams of a process that has died.
-void ReleaseUnlessAwaiting(const Direction& direction, CardRecord& master, WaitFor whom) {
-    if (NobodyIsAwaited(direction, master, whom) ||
-        (ForgetDeadStreams(master) && NobodyIsAwaited(direction, master, whom))) {
+void ReleaseUnlessAwaiting(const Direction& direction, CardRecord& master) {
+    const auto nobodyIsAwaited = [&] {
+        NoteIfBegun(direction, master);
+        return NobodyIsAwaited(direction, master);
+    };
+    if (nobodyIsAwaited() || (ForgetDeadStreams(master) && nobodyIsAwaited())) {
         ReleaseHold(direction, master);
-    }
-}
-
-// After somebody has gone for whom they may have waited. SequenceMutex is held.
-void ReleaseWaiting(const Direction& direction, CardRecord& master, WaitFor whom) {
-    const bool someoneWaits = (master.StartsWaiting & HoldBits(direction, master)) != 0;
-    if (someoneWaits && CountParticipants(direction, master).Running != 0) {
-        ReleaseUnlessAwaiting(direction, master, whom);
     }
 }
 
@@ -124,6 +124,9 @@ void SynchronizedStart(StreamInstance* stream) {
     const Direction& direction = *stream->Direction;
     CardRecord& master = *stream->ClockMaster;
     const bool wakesUp = TakeBackStart(stream);
+    if (SomebodyIsCounted(master)) {
+        ForgetDeadStreams(master);
+    }
     if (!wakesUp) {
         ForgetEndedRun(direction, master);
     }
@@ -144,7 +147,8 @@ void SynchronizedStart(StreamInstance* stream) {
     WritePort(stream->Device, port_register::Control, PortArm, PortArm);
     ArmChannel(stream->Device);
     master.StartsWaiting |= direction.HoldBit;
-    ReleaseUnlessAwaiting(direction, master, wakesUp ? WaitFor::Waking : WaitFor::Everyone);
+    master.WakeUpsWaiting |= wakesUp ? direction.HoldBit : 0;
+    ReleaseUnlessAwaiting(direction, master);
 }
 
 void NoteStart(StreamInstance* stream) {
@@ -158,13 +162,16 @@ void NoteStart(StreamInstance* stream) {
 void ForgetStart(StreamInstance* stream) {
     MutexLock starts(SequenceMutex);
     if (TakeBackStart(stream)) {
-        ReleaseWaiting(*stream->Direction, *stream->ClockMaster, WaitFor::Waking);
+        ReleaseWaitingStarts(*stream->Direction, *stream->ClockMaster);
     }
 }
 
 void ReleaseWaitingStarts(const Direction& direction, CardRecord& master) {
     MutexLock starts(SequenceMutex);
-    ReleaseWaiting(direction, master, WaitFor::Everyone);
+    const bool someoneWaits = (master.StartsWaiting & HoldBits(direction, master)) != 0;
+    if (someoneWaits && CountParticipants(direction, master).Running != 0) {
+        ReleaseUnlessAwaiting(direction, master);
+    }
 }
 
 void SynchronizedStop(StreamInstance* stream, StopCause cause) {

@@ -28,6 +28,7 @@ const Direction InputDirection = {
     .PortPaused = nullptr,
     .PortResumePending = &CardRecord::InputResumePending,
     .PortCounted = &CardRecord::InputCounted,
+    .PortClockMaster = &CardRecord::InputClockMaster,
     .AcceptFormat = AcceptInputFormat,
     .InitializeFields = [](StreamInstance*) {},
     .Prepare = PrepareInput,

@@ -27,6 +27,7 @@ const Direction OutputDirection = {
     .PortPaused = &CardRecord::OutputPaused,
     .PortResumePending = &CardRecord::OutputResumePending,
     .PortCounted = &CardRecord::OutputCounted,
+    .PortClockMaster = &CardRecord::OutputClockMaster,
     .AcceptFormat = AcceptOutputFormat,
     .InitializeFields = InitializeOutputFields,
     .Prepare = PrepareOutput,

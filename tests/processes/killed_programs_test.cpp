@@ -178,6 +178,36 @@ TEST_F(KilledProgramsTest, TheOthersGoOn) {
     }
 }
 
+// A dead program still counts as playing. The streams of the next one begin together all the same.
+TEST_F(KilledProgramsTest, TheNextBeginsARunOfItsOwn) {
+    Companion victim([](Companion& test) {
+        test.Hear();
+        const Program program;
+        WavePlayer player;
+        test.Tell(player.Open(0, Format44100));
+        test.Tell(player.Write(Pattern(4000)));
+        test.Hear();
+    });
+    DriverTest::Follow(1, 0);
+    Program program(2);
+    waveOutGetNumDevs();  // from now on the table is as the victim leaves it
+    ASSERT_EQ(victim.Ask(), NoError);
+    ASSERT_EQ(victim.Hear(), NoError);
+    victim.Kill();
+
+    WavePlayer players[2];
+    for (UINT device : {1u, 2u}) {
+        ASSERT_EQ(players[device - 1].Open(device, Format44100), MMSYSERR_NOERROR);
+    }
+    for (WavePlayer& player : players) {
+        EXPECT_EQ(player.Write(Pattern(4000)), MMSYSERR_NOERROR);
+        program.Cards.Advance(50 * Millisecond);
+    }
+    EXPECT_EQ(players[0].DoneCount() + players[1].DoneCount(), 2u);
+    EXPECT_EQ(program.Cards.Output(0, Port::Digital).StartFrame,
+              program.Cards.Output(1, Port::Analog).StartFrame);
+}
+
 // A program dies while it closes: the port is not open any more, and nothing counts it.
 TEST_F(KilledProgramsTest, AtAnyRequestOfAClose) {
     for (unsigned request = 1; request <= 14; request += Companion::RoundStep) {
