@@ -54,7 +54,10 @@ void ForgetEndedRun(const Direction& direction, CardRecord& master) {
     const Participants streams = CountParticipants(direction, master);
     if (streams.Running == 0 && streams.Waking == 0) {
         const LONG others = master.*direction.OtherRunningCount + master.*direction.OtherWakingCount;
-        master.RunsBegun &= others == 0 ? 0 : ~HoldBits(direction, master);
+        const DWORD kept = others == 0 ? 0 : ~HoldBits(direction, master);
+        for (SharedWord* words : {&master.RunsBegun, &master.StartsWaiting, &master.WakeUpsWaiting}) {
+            *words &= kept;
+        }
     }
 }
 
@@ -73,8 +76,7 @@ bool TakeBackStart(StreamInstance* stream) {
     return noted;
 }
 
-// Everybody who is open is awaited; by those that wake up in a run that has begun only who is to wake up,
-// too.
+// A start waits for every open stream. Those that wake up in a run that has begun wait for each other alone.
 bool NobodyIsAwaited(const Direction& direction, const CardRecord& master) {
     const Participants streams = CountParticipants(direction, master);
     const bool goesOn = (master.RunsBegun & master.WakeUpsWaiting & HoldBits(direction, master)) != 0;
