@@ -123,16 +123,16 @@ void Resynchronise(unsigned card) {
     Pulse(control, 17, 0x80, false, 1, 6028);
 }
 
-void Prepare(unsigned card, uint32_t rateCode) {
+void Prepare(unsigned card) {
     const CardFile control(card, ControlChannel);
-    control.WriteCard(32, rateCode, 0x77);
+    control.WriteCard(32, 0x03, 0x77);
     for (const uint32_t mute : {0u, 8u, 16u, 24u}) {
         control.WriteCard(mute, 0, 0x03);
     }
     for (uint32_t gain = 0; gain < 8; ++gain) {
         control.SetGain(gain, gain == 2 || gain == 7 ? 128 : 0);
     }
-    control.WriteCard(17, rateCode < 2 ? 0x0B : 0x03, 0x0F);
+    control.WriteCard(17, 0x03, 0x0F);
     Pulse(control, 25, 0x01, false, 1, 1);
     Pulse(control, 0, 0x10, true, 10000, 100000 + 789998);
     Resynchronise(card);

@@ -48,9 +48,9 @@ private:
     HANDLE handle_;
 };
 
-// Makes the card audible: internal clock at the rate of `rateCode`, connectors on, every gain 0 but
-// those of each playback into its own connector. Takes a second.
-void Prepare(unsigned card, uint32_t rateCode = 3);
+// Makes the card audible: internal clock at 44100 Hz, connectors on, every gain 0 but those of each playback
+// into its own connector. Takes a second.
+void Prepare(unsigned card);
 
 // Brings the card's converters in step with a clock that has changed. Takes a tenth of a second.
 void Resynchronise(unsigned card);
