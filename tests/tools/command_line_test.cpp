@@ -62,6 +62,13 @@ TEST(CommandLine, RefusesBadInputInOneLine) {
         {"play good.wav --follow 1", "two different card numbers"},
         {"play good.wav --cards 2 --follow 0=1 --follow 1=0", "in a circle"},
         {"play good.wav --fault nothing:1", "fault nothing:1: must be REQUEST:N"},
+        {"play good.wav --fault START_TRANSFER", "must be REQUEST:N"},
+        {"play good.wav --fault START_TRANSFER:0", "must be REQUEST:N"},
+        {"play good.wav --fault START_TRANSFER:1x", "must be REQUEST:N"},
+        {"play good.wav --fault GET_POSITION:1:late", "must be REQUEST:N"},
+        {"play good.wav --fault completion:1:fail", "must be REQUEST:N"},
+        {"play good.wav --fault completion:1:late=", "must be REQUEST:N"},
+        {"play good.wav --fault completion:1:lost=5", "must be REQUEST:N"},
         {"play good.wav --machine a/b", "machine 'a/b'"},
         {"play good.wav --suspend-at -1", "--suspend-at"},
         {"play good.wav --suspend-at nan", "--suspend-at: nan"},
@@ -173,14 +180,19 @@ TEST(CommandLine, KeepsSettingsAndRegistersOnANamedMachine) {
     const Words show = {"settings", "--machine", machine.Name};
     EXPECT_EQ(RunCommand(show).Values("ClockSource"), Words{"97 (automatic), default"});
 
-    const CommandResult change = RunCommand(
-        {"settings", "--machine", machine.Name, "Name=Desk", "clocksource=0", "Monitor=1,2,3,4,5,6,7,8"});
+    const CommandResult change =
+        RunCommand({"settings", "--machine", machine.Name, "Name=G\xC3\xA4nge \xF0\x9F\x8E\xB5",
+                    "clocksource=0", "Monitor=1,2,3,4,5,6,7,8"});
     ASSERT_EQ(change.Status, 0) << change.Errors;
     EXPECT_EQ(change.Errors, "");
-    EXPECT_EQ(change.Output, "Name: Desk\nClockSource: 0 (internal)\nMonitor: 1,2,3,4,5,6,7,8\n");
+    EXPECT_EQ(change.Output,
+              "Name: G\xC3\xA4nge \xF0\x9F\x8E\xB5\nClockSource: 0 (internal)\nMonitor: 1,2,3,4,5,6,7,8\n");
     RunCommand({"settings", "--machine", machine.Name, "Name=A longer name", "Left24=7"});
     const CommandResult shown = RunCommand(show);
-    EXPECT_EQ(shown.Values("Name"), Words{"Desk"}) << "a refused command stored something";
+    EXPECT_EQ(shown.Values("Name"), Words{"G\xC3\xA4nge \xF0\x9F\x8E\xB5"})
+        << "a refused command stored something";
+    EXPECT_EQ(RunCommand({"devices", "--machine", machine.Name}).Values("output 0"),
+              Words{"G\xC3\xA4nge \xF0\x9F\x8E\xB5 Analog"});
     EXPECT_EQ(shown.Values("ClockSource"), Words{"0 (internal)"});
     EXPECT_EQ(shown.Values("Left24").at(0).substr(0, 2), "1 ");
 

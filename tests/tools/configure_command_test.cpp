@@ -19,7 +19,8 @@ void ExpectParts(const std::string& text, std::initializer_list<const char*> par
 TEST(ConfigureCommand, PrintsEveryKindOfControlWithItsState) {
     const CommandResult result =
         RunCommand({"configure", "--cards", "2", "--follow", "1=0", "--set", "0:Professional=0", "--set",
-                    "0:DitherADC=1", "--set", "0:ClockSource=64", "--set", "1:Name=Booth"});
+                    "0:DitherADC=1", "--set", "0:ClockSource=64", "--set", "1:Name=Booth", "--set",
+                    "0:AdvancedMonitoring=1", "--set", "0:Monitor=128,0,50,1,0,77,0,123"});
     EXPECT_EQ(result.Status, 0) << result.Errors;
     ExpectParts(
         result.Output,
@@ -28,6 +29,9 @@ TEST(ConfigureCommand, PrintsEveryKindOfControlWithItsState) {
             "'Kestrelvox'\n",
             "  1024  radio    (*) 'Consumer mode'\n  1025  check    [ ] 'Copy protect'\n",
             "  1047  list     No dithering | *Type I | Type I Shaped | Type II | Type II Shaped\n",
+            "  1035  slider   64 of 18 to 83\n  1036  value    '-8.1 dB'\n",
+            "  1037  slider   19 of 18 to 83\n",
+            "  1041  slider   72 of 18 to 83\n",
             "\nMonitor: 'Booth'\n        group    'Analog Output Mixer'\n        label    'Analog Input'\n",
             "  1037  slider   18 of 18 to 83  (disabled)\n  1038  value    '-INF dB'  (disabled)\n",
             "\nVersion: 'Booth'\n        picture\n",

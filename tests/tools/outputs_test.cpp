@@ -102,6 +102,10 @@ TEST_F(Outputs, AreWhatTheOptionsSay) {
          "--fault "
          "completion:$fault --time stepped | grep headers-returned; done | sort -u",
          "headers-returned: 19\n"},
+        {"$K settings Name=$(printf x%049d 0) 2>r | wc -c", "57\n"},
+        {"$K play in.wav --fault QUEUE_BUFFER:3:pending --time stepped | grep unplayed; "
+         "($K play in.wav --fault any:30:die --time stepped >r; echo $?) 2>e",
+         "frames-unplayed: 0\nheaders-unplayed: 0\n137\n"},
     });
 }
 
