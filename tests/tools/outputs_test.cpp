@@ -109,6 +109,27 @@ TEST_F(Outputs, AreWhatTheOptionsSay) {
     });
 }
 
+// A locked recording begins with the playback; another one begins when it is started, a hundredth of a second
+// before.
+TEST_F(Outputs, OfALoopbackAreWhatIsPlayed) {
+    ExpectFound({
+        {"for device in 0 1 3; do for lock in '' --lock; do "
+         "$K loopback in.wav --device $device --cards 2 --follow 1=0 --out o $lock --time stepped | "
+         "grep 'offset\\|lost'; "
+         "cmp in.wav o -i 44:$(test \"$lock\" && echo 44 || echo 1808) -n 160000; done; done | sort -u",
+         "offset-frames: 0\noffset-frames: 441\nsamples-lost: 0\n"},
+        {"$K record byte.wav --format u8 --channels 1 --rate 8000 --input tone:100 --seconds 1 --time "
+         "stepped >r; "
+         "$K loopback byte.wav --out o --time stepped | grep 'offset\\|lost'; cmp byte.wav o -i 44:124 -n "
+         "8000",
+         "offset-frames: 80\nsamples-lost: 0\n"},
+        {"$K record wide.wav --format s32 --rate 48000 --input tone:100 --seconds 1 --time stepped >r; "
+         "$K loopback wide.wav --out o --time stepped | grep 'offset\\|lost'; cmp wide.wav o -i 44:3884 -n "
+         "384000",
+         "offset-frames: 480\nsamples-lost: 0\n"},
+    });
+}
+
 // The system's reason on one line, status 1; what had fitted is whole.
 TEST_F(Outputs, EndTheRunWithTheFirstWriteThatFails) {
     const struct {

@@ -1,4 +1,4 @@
-// What is played, recorded, and played into one's own input, sample for sample.
+// What is played and recorded, sample for sample.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -127,43 +127,6 @@ TEST(RecordCommand, RecordsATone) {
     for (size_t i = 1; i + 1 < samples.size(); ++i) {
         const double cosine = (static_cast<double>(samples[i + 1]) - samples[i - 1]) / slope;
         ASSERT_NEAR(std::hypot(samples[i], cosine), 0x40000000, 20) << i;
-    }
-}
-
-// A locked recording begins with the playback; another one begins when it is started, a hundredth of a
-// second before.
-TEST(LoopbackCommand, FindsEverySampleAtTheSamePlaceOnEveryRun) {
-    const struct {
-        const char* Device;
-        WavFormat Format;
-    } cases[] = {
-        {"0", {}},
-        {"1", {.Channels = 1, .Rate = 8000, .Bits = 8, .BytesPerSample = 1}},
-        {"3", {.Rate = 48000, .Bits = 32, .BytesPerSample = 4}},
-    };
-    const ScratchFolder folder;
-    for (const auto& c : cases) {
-        const std::string samples = NoiseBytes(7001, c.Format);
-        WriteFile(folder.Path("in.wav"), WavFile(c.Format, samples));
-        for (const bool lock : {false, true}) {
-            SCOPED_TRACE(std::string("device ") + c.Device + (lock ? ", locked" : ""));
-            Words words = {
-                "loopback", folder.Path("in.wav"), "--device", c.Device, "--cards", "2", "--follow", "1=0",
-                "--out",    folder.Path("out.wav")};
-            if (lock) {
-                words.emplace_back("--lock");
-            }
-            const size_t offset = lock ? 0 : c.Format.Rate / 100;
-            for (int run = 0; run < 2; ++run) {
-                const CommandResult result = RunStepped(words);
-                EXPECT_EQ(result.Status, 0) << result.Errors;
-                EXPECT_EQ(result.Values("offset-frames"), Words{std::to_string(offset)});
-                EXPECT_EQ(result.Values("samples-lost"), Words{"0"});
-                const std::string back = ReadSamples(folder.Path("out.wav"));
-                const size_t frameSize = size_t{c.Format.BytesPerSample} * c.Format.Channels;
-                EXPECT_TRUE(back.compare(offset * frameSize, samples.size(), samples) == 0);
-            }
-        }
     }
 }
 
