@@ -130,6 +130,21 @@ TEST_F(Outputs, OfALoopbackAreWhatIsPlayed) {
     });
 }
 
+// A sleep of a tenth of a second: nothing is lost that is played, and only what passed of a recording.
+TEST_F(Outputs, OutlastASleep) {
+    ExpectFound({
+        {"$K play in.wav --suspend-at 0.2 --time stepped --capture s | grep headers-returned; "
+         "slept=$(($(stat -c %s s) - $(stat -c %s direct.wav))); test $slept -ge 35280 && echo slept; "
+         "cmp direct.wav s -i 44 -n 70560; head -c $((70604 + slept)) s | tail -c $slept | tr -d '\\0'; "
+         "cmp direct.wav s -i 70604:$((70604 + slept))",
+         "headers-returned: 19\nslept\n"},
+        {"$K record o --input tone:100 --seconds 0.5 --suspend-at 0.2 --time stepped >r; "
+         "test $(sed -n 's/dropped-frames: //p' r) -ge 4410 && echo slept; "
+         "test $(stat -c %s o) -ge 88116 && echo kept",
+         "slept\nkept\n"},
+    });
+}
+
 // The system's reason on one line, status 1; what had fitted is whole.
 TEST_F(Outputs, EndTheRunWithTheFirstWriteThatFails) {
     const struct {
