@@ -13,6 +13,7 @@
 #include "tests/support/driver_test.h"
 #include "tests/support/system.h"
 #include "tests/support/wave_player.h"
+#include "tests/support/wave_sound.h"
 
 namespace {
 
@@ -132,6 +133,20 @@ TEST_F(StressTest, EverythingAtOnce) {
     }
     EXPECT_EQ(Cards().OpenFiles(), 0u);
     EXPECT_EQ(test_system::Usage(), usage);
+
+    // The cards are as good as new.
+    for (UINT device = 0; device < 4; ++device) {
+        Cards().ForgetAudio();
+        const WaveFormat format = PcmFormat(96000, 2, 16);
+        WavePlayer player;
+        ASSERT_EQ(player.Open(device, format), MMSYSERR_NOERROR) << device;
+        EXPECT_EQ(player.Write(Pattern(4000)), MMSYSERR_NOERROR);
+        Cards().Advance(20 * Millisecond);
+        EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
+        EXPECT_TRUE(Cards().Played(device / 2, static_cast<simulator::Port>(device % 2)) ==
+                    Sound(format, Pattern(4000)))
+            << device;
+    }
 }
 
 }  // namespace
