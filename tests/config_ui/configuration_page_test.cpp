@@ -178,16 +178,7 @@ TEST_F(ConfigurationPageTest, StoredOptionsThatExcludeEachOtherShowAsOff) {
     EXPECT_EQ(StoredNumber(u"Preemphasis"), 0u);
 }
 
-TEST_F(ConfigurationPageTest, NameHasAtMostFiftyCharacters) {
-    Sheet& sheet = Open();
-    sheet.Current().Type(IDC_NAME, std::u16string(60, u'n'));
-    EXPECT_EQ(sheet.Current().Text(IDC_NAME), std::u16string(50, u'n'));
-    sheet.Ok();
-    sheet.Closed();
-    EXPECT_EQ(StoredName(), TextValue(REG_SZ, std::u16string(50, u'n')));
-}
-
-TEST_F(TwoCardsConfiguration, ANameOfBlanksIsRefused) {
+TEST_F(TwoCardsConfiguration, ANameOfBlanksIsRefusedAndALongOneIsCut) {
     Sheet& sheet = Open();
     const SheetPage page = sheet.Current();
     for (const std::u16string name : {u"", u"   "}) {
@@ -202,10 +193,12 @@ TEST_F(TwoCardsConfiguration, ANameOfBlanksIsRefused) {
         ClockTreeUser(page.Window()).OnItsThread([&] { EXPECT_EQ(GetFocus(), page.Control(IDC_NAME)); });
         EXPECT_FALSE(StoredName().has_value());
     }
-    page.Type(IDC_NAME, u" B");
+    const std::u16string longest = u" " + std::u16string(49, u'n');
+    page.Type(IDC_NAME, longest + u"nnn");
+    EXPECT_EQ(page.Text(IDC_NAME), longest);
     sheet.Ok();
     sheet.Closed();
-    EXPECT_EQ(StoredName(), TextValue(REG_SZ, u" B"));
+    EXPECT_EQ(StoredName(), TextValue(REG_SZ, longest));
 }
 
 TEST_F(TwoCardsConfiguration, NewNameShowsInTheClockTreeBeforeApplyAndIsGoneAfterCancel) {

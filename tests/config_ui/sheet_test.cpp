@@ -16,16 +16,14 @@ namespace {
 using Texts = std::vector<std::u16string>;
 using test_system::HelpRequest;
 
-class SheetFrameTest : public SheetTest {
+template <unsigned Count>
+class SheetOf : public SheetTest {
 protected:
-    SheetFrameTest() : SheetTest(1) {}
-    explicit SheetFrameTest(unsigned cards) : SheetTest(cards) {}
+    SheetOf() : SheetTest(Count) {}
 };
-
-class SeveralCards : public SheetFrameTest {
-protected:
-    SeveralCards() : SheetFrameTest(2) {}
-};
+using SheetFrameTest = SheetOf<1>;
+using SeveralCards = SheetOf<2>;
+using AllCards = SheetOf<simulator::MaxCards>;
 
 TEST_F(SeveralCards, HaveTheirPagesOneAfterTheOther) {
     StoreText(0, TEXT("Name"), u"A");
@@ -49,18 +47,18 @@ TEST_F(SeveralCards, AnUnknownIdentityHasNoPage) {
               (Texts{u"Configuration: 'X'", u"Monitor: 'X'", u"Clocks + Sync", u"ASIO + EASI"}));
 }
 
-class AllCards : public SheetFrameTest {
-protected:
-    AllCards() : SheetFrameTest(simulator::MaxCards) {}
-};
-
 // As large as the sheet of one card, on the smallest screen that the system is used with, with all buttons in
-// it.
-TEST_F(AllCards, HaveASheetNoLargerThanThatOfOne) {
+// it and the tabs in one row.
+TEST_F(AllCards, HaveTheirPagesInASheetNoLargerThanThatOfOne) {
     for (unsigned card = 0; card < simulator::MaxCards; ++card) {
         StoreText(card, TEXT("Name"), std::u16string(50, u'W'));
     }
     const Sheet& sheet = Open();
+    EXPECT_EQ(sheet.Titles().size(), 50u);
+    EXPECT_EQ(sheet.Show(47).Text(IDC_SERIAL_NUMBER), u"01-20-12360");
+    EXPECT_NE(sheet.Show(49).Control(IDC_EASI_BUFFER), nullptr);
+    const auto tabs = reinterpret_cast<HWND>(SendMessageW(sheet.Window(), PSM_GETTABCONTROL, 0, 0));
+    EXPECT_EQ(GetWindowLongPtrW(tabs, GWL_STYLE) & TCS_MULTILINE, 0);
     RECT page = {};
     RECT frame = {};
     RECT inside = {};

@@ -7,15 +7,13 @@
 
 namespace {
 
-using simulator::Fault;
-using simulator::Port;
-
 constexpr size_t BufferSize = 4000;  // of 1000 frames, 23 ms
 
 class CompletionTest : public OutputTest {
 protected:
-    void Fail(Fault::Kind kind, unsigned nth, int64_t delay = 0) {
-        Cards().AddFault({.What = kind, .Code = Fault::Completion, .Nth = nth, .Delay = delay});
+    // "2:late=60000": of which completion, and what becomes of it.
+    void Fail(const std::string& fault) {
+        AddFault("completion:" + fault);
         tally::Add(tally::Faults, 1);
     }
 
@@ -41,8 +39,8 @@ protected:
 
 TEST_F(CompletionTest, OutOfOrder) {
     Open();
-    for (const auto& [nth, milliseconds] : {std::pair{2u, 60}, {5u, 90}, {6u, 30}}) {
-        Fail(Fault::Kind::Late, nth, milliseconds * Millisecond);
+    for (const char* fault : {"2:late=60000", "5:late=90000", "6:late=30000"}) {
+        Fail(fault);
     }
     Write(20);
     Cards().Advance(2 * Second);
@@ -56,8 +54,8 @@ TEST_F(CompletionTest, OutOfOrder) {
 // A client that hands each header in again meets the second completion of its last turn: whichever is
 // believed, a turn ends once.
 TEST_F(CompletionTest, DuplicateForAHeaderThatIsInTheCardAgain) {
-    for (const int64_t delay : {1 * Millisecond, 20 * Millisecond, 300 * Millisecond}) {
-        SCOPED_TRACE(delay);
+    for (const char* fault : {"all:again=1000", "all:again=20000", "all:again=300000"}) {
+        SCOPED_TRACE(fault);
         Open();
         unsigned turns = 6;
         player_.OnDone([&](WAVEHDR& header) {
@@ -66,7 +64,7 @@ TEST_F(CompletionTest, DuplicateForAHeaderThatIsInTheCardAgain) {
                 Always(player_.HandIn(header));
             }
         });
-        Fail(Fault::Kind::Again, 0, delay);
+        Fail(fault);
         Write(6, 400);
         Cards().Advance(10 * Second);
         EXPECT_EQ(turns, 300u);
@@ -82,15 +80,16 @@ TEST_F(CompletionTest, DuplicateForAHeaderThatIsInTheCardAgain) {
 // closes.
 TEST_F(CompletionTest, AfterTheReset) {
     struct Case {
-        int64_t Delay;
+        const char* Fault;
         int64_t Pause;  // between reset and close
         bool Known;     // they are waited for
     };
-    for (const Case& test : {Case{50 * Millisecond, 200 * Millisecond, true},
-                             Case{50 * Millisecond, 0, false}, Case{5 * Second, 100 * Millisecond, false}}) {
-        SCOPED_TRACE(testing::Message() << test.Delay << " " << test.Pause);
+    for (const Case& test :
+         {Case{"all:late=50000", 200 * Millisecond, true}, Case{"all:late=50000", 0, false},
+          Case{"all:late=5000000", 100 * Millisecond, false}}) {
+        SCOPED_TRACE(testing::Message() << test.Fault << " " << test.Pause);
         Open();
-        Fail(Fault::Kind::Late, 0, test.Delay);
+        Fail(test.Fault);
         Write(20);
         Cards().Advance(10 * Millisecond);
         Always(player_.Reset());
@@ -104,7 +103,7 @@ TEST_F(CompletionTest, AfterTheReset) {
 // Without a single one the device cannot be closed but after a reset, which brings everything back.
 TEST_F(CompletionTest, None) {
     Open();
-    Fail(Fault::Kind::Lost, 0);
+    Fail("all:lost");
     Write(20);
     Cards().Advance(Second);
     EXPECT_EQ(player_.DoneCount(), 0u);
@@ -137,7 +136,7 @@ TEST_F(CompletionTest, ThousandsAtOnce) {
     for (const unsigned failing : {0u, 1u, 2u}) {
         SCOPED_TRACE(testing::Message() << "allocation " << failing << " of their collection fails");
         Open(format);
-        Fail(Fault::Kind::Twice, 0);
+        Fail("all:twice");
         player_.OnDone([&](WAVEHDR& header) {
             if (header.dwUser != 0) {
                 return;
@@ -167,8 +166,7 @@ TEST_F(LateRecordingTest, HoldsWhatWasRecorded) {
     const WaveFormat format = PcmFormat(44100, 2, 16);
     const std::vector<simulator::Frame> signal = PlugIn(8000);
     Open(format);
-    Cards().AddFault(
-        {.What = Fault::Kind::Late, .Code = Fault::Completion, .Nth = 0, .Delay = 200 * Millisecond});
+    AddFault("completion:all:late=200000");
     Add(BufferSize, 8);
     Always(recorder_.Start());
     Cards().Advance(Second);

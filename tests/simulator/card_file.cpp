@@ -105,38 +105,27 @@ void CardFile::Start() const {
     EXPECT_EQ(Request(ArmChannel), ERROR_SUCCESS);
 }
 
-namespace {
-
-void Pulse(const CardFile& control, uint32_t index, uint32_t bit, bool high, uint32_t length,
-           uint32_t settle) {
-    control.WriteCard(index, high ? bit : 0, bit);
-    EXPECT_EQ(control.Send(Stall, length), ERROR_SUCCESS);
-    control.WriteCard(index, high ? 0 : bit, bit);
-    EXPECT_EQ(control.Send(Stall, settle), ERROR_SUCCESS);
+std::vector<Step> Initialisation() {
+    return {{32, 0x03, 0x77, 0},    {0, 0x10, 0x13, 10000}, {0, 0x00, 0x10, 100000}, {0, 0x04, 0x04, 1000},
+            {0, 0x00, 0x04, 92971}, {25, 0x00, 0x01, 1},    {25, 0x01, 0x01, 0},     {17, 0x02, 0x0E, 0},
+            {17, 0x00, 0x80, 1},    {17, 0x80, 0x80, 0},    {16, 0x00, 0x03, 0},     {24, 0x00, 0x03, 0},
+            {17, 0x00, 0x01, 0}};
 }
 
-}  // namespace
-
-void Resynchronise(unsigned card) {
+void Take(unsigned card, const std::vector<Step>& steps) {
     const CardFile control(card, ControlChannel);
-    Pulse(control, 0, 0x04, true, 1000, 92971);
-    Pulse(control, 17, 0x80, false, 1, 6028);
-}
-
-void Prepare(unsigned card, uint32_t rateCode) {
-    const CardFile control(card, ControlChannel);
-    control.WriteCard(32, rateCode, 0x77);
-    for (const uint32_t mute : {0u, 8u, 16u, 24u}) {
-        control.WriteCard(mute, 0, 0x03);
+    for (const Step& step : steps) {
+        control.WriteCard(step.Index, step.Value, step.Mask);
+        EXPECT_EQ(control.Send(Stall, step.Wait), ERROR_SUCCESS);
     }
+}
+
+void Prepare(unsigned card) {
+    Take(card, Initialisation());
+    const CardFile control(card, ControlChannel);
     for (uint32_t gain = 0; gain < 8; ++gain) {
         control.SetGain(gain, gain == 2 || gain == 7 ? 128 : 0);
     }
-    control.WriteCard(17, rateCode < 2 ? 0x0B : 0x03, 0x0F);
-    Pulse(control, 25, 0x01, false, 1, 1);
-    Pulse(control, 0, 0x10, true, 10000, 100000 + 789998);
-    Resynchronise(card);
-    control.WriteCard(17, 0x00, 0x01);
 }
 
 std::vector<Frame> Ramp(size_t frames) {

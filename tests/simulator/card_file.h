@@ -48,12 +48,16 @@ private:
     HANDLE handle_;
 };
 
-// Makes the card audible: internal clock at the rate of `rateCode`, connectors on, every gain 0 but
-// those of each playback into its own connector. Takes a second.
-void Prepare(unsigned card, uint32_t rateCode = 3);
+// A write to a card register, and the wait after it in microseconds.
+struct Step {
+    uint32_t Index, Value, Mask, Wait;
+};
+void Take(unsigned card, const std::vector<Step>& steps);
 
-// Brings the card's converters in step with a clock that has changed. Takes a tenth of a second.
-void Resynchronise(unsigned card);
+// Makes a card audible, on the internal clock at 44100 Hz, but for its gains.
+std::vector<Step> Initialisation();
+// The same, with every gain 0 but those of each playback into its own connector.
+void Prepare(unsigned card);
 
 // Frames that all differ, and their two samples.
 std::vector<simulator::Frame> Ramp(size_t frames);

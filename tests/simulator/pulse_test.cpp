@@ -15,11 +15,7 @@ constexpr uint32_t AnalogIn = 0;
 constexpr uint32_t AnalogOut = 2;
 constexpr uint32_t DigitalOut = 3;
 
-// A write to a card register, and the wait after it in microseconds.
-struct Step {
-    uint32_t Index, Value, Mask, Wait;
-};
-
+// Of an initialisation.
 enum StepNumber {
     CalibrateOn = 1,
     CalibrateOff,
@@ -31,13 +27,6 @@ enum StepNumber {
     ResyncOn,
     ResyncOff
 };
-
-std::vector<Step> Initialisation() {
-    return {{32, 0x03, 0x77, 0},    {0, 0x10, 0x13, 10000}, {0, 0x00, 0x10, 100000}, {0, 0x04, 0x04, 1000},
-            {0, 0x00, 0x04, 92971}, {25, 0x00, 0x01, 1},    {25, 0x01, 0x01, 0},     {17, 0x02, 0x0E, 0},
-            {17, 0x00, 0x80, 1},    {17, 0x80, 0x80, 0},    {16, 0x00, 0x03, 0},     {24, 0x00, 0x03, 0},
-            {17, 0x00, 0x01, 0}};
-}
 
 // Which connectors sound: analog input, analog output, digital output.
 std::string Sounding(Simulator& sim) {
@@ -67,11 +56,7 @@ std::string Sounding(Simulator& sim) {
 std::string SoundingAfter(const std::vector<Step>& steps) {
     Simulator sim({});
     sim.KeepAudio();
-    const CardFile control(0, ControlChannel);
-    for (const Step& step : steps) {
-        control.WriteCard(step.Index, step.Value, step.Mask);
-        control.Send(Stall, step.Wait);
-    }
+    Take(0, steps);
     return Sounding(sim);
 }
 
@@ -106,7 +91,7 @@ TEST(SimulatorPulse, AClockThatHasChangedSoundsAfterTheNextOnes) {
     Prepare(0);
     CardFile(0, ControlChannel).WriteCard(32, 0x02, 0x07);
     EXPECT_EQ(Sounding(sim), "---");
-    Resynchronise(0);
+    Take(0, {{0, 0x04, 0x04, 1000}, {0, 0x00, 0x04, 92971}, {17, 0x00, 0x80, 1}, {17, 0x80, 0x80, 0}});
     EXPECT_EQ(Sounding(sim), "iad");
 }
 

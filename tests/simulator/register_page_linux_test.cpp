@@ -1,9 +1,7 @@
 // docs/registers.md is written from the register table, and from what the driver does. To write it anew:
 // KESTVOX_WRITE_PAGES=1 build/host/bin/kestvox_tests --gtest_filter=RegisterPageTest.*
-#include <algorithm>
 #include <cstdlib>
 #include <fstream>
-#include <functional>
 #include <iterator>
 #include <map>
 
@@ -39,48 +37,38 @@ class RegisterPageTest : public OutputTest {
 protected:
     // "card 17" to the words for what the driver was asked when it wrote the register.
     std::map<std::string, std::string> Writes() {
-        WaveRecorder recorder;
-        WavePlayer digital;
-        const WaveFormat format = PcmFormat(48000, 2, 16);
-        const std::pair<const char*, std::function<void()>> steps[] = {
-            {"load", [] { waveOutGetNumDevs(); }},
-            {"open",
-             [&] {
-                 player_.Open(AnalogOut, format);
-                 digital.Open(DigitalOut, format);
-                 recorder.Open(DigitalOut, format);  // of the inputs it is the digital one
-             }},
-            {"start",
-             [&] {
-                 player_.Write(Pattern(4000));
-                 recorder.Add(4000);
-                 recorder.Start();
-                 Cards().Advance(Second / 100);
-             }},
-            {"stop",
-             [&] {
-                 player_.Reset();
-                 recorder.Reset();
-                 Cards().Advance(Second / 100);
-             }},
-            {"close",
-             [&] {
-                 player_.Shut();
-                 digital.Shut();
-                 recorder.Shut();
-             }},
-        };
         std::map<std::string, std::string> writes;
-        for (const auto& [word, act] : steps) {
-            Cards().ClearTrace();
-            act();
+        const auto note = [&](const std::string& word) {
             for (const std::string& line : TraceText()) {
                 if (line.starts_with("write ")) {
                     std::string& words = writes[line.substr(6, line.find(" =") - 6)];
-                    words += words.ends_with(word) ? "" : (words.empty() ? "" : ", ") + std::string(word);
+                    words += words.ends_with(word) ? "" : (words.empty() ? "" : ", ") + word;
                 }
             }
-        }
+            Cards().ClearTrace();
+        };
+        waveOutGetNumDevs();
+        note("load");
+        WavePlayer digital;
+        WaveRecorder recorder;
+        const WaveFormat format = PcmFormat(48000, 2, 16);
+        player_.Open(AnalogOut, format);
+        digital.Open(DigitalOut, format);
+        recorder.Open(DigitalOut, format);  // of the inputs it is the digital one
+        note("open");
+        player_.Write(Pattern(4000));
+        recorder.Add(4000);
+        recorder.Start();
+        Cards().Advance(Second / 100);
+        note("start");
+        player_.Reset();
+        recorder.Reset();
+        Cards().Advance(Second / 100);
+        note("stop");
+        player_.Shut();
+        digital.Shut();
+        recorder.Shut();
+        note("close");
         return writes;
     }
 };

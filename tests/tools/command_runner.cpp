@@ -1,11 +1,7 @@
 #include "tests/tools/command_runner.h"
 
-#include <sys/prctl.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
-#include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <sstream>
 
@@ -23,28 +19,11 @@ std::vector<std::string> CommandResult::Values(const std::string& key) const {
 }
 
 CommandResult RunCommand(const std::vector<std::string>& arguments) {
-    const ScratchFolder folder;
-    const std::string out = folder.Path("out");
-    const std::string err = folder.Path("err");
-    std::vector<const char*> words = {KESTVOX_COMMAND};
+    std::string line = "$K";
     for (const std::string& argument : arguments) {
-        words.push_back(argument.c_str());
+        line += " '" + argument + "'";
     }
-    words.push_back(nullptr);
-    const pid_t id = fork();
-    if (id == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);  // however the test ends
-        if (std::freopen(out.c_str(), "w", stdout) != nullptr &&
-            std::freopen(err.c_str(), "w", stderr) != nullptr) {
-            execv(words[0], const_cast<char**>(words.data()));
-        }
-        _exit(127);
-    }
-    int result = 0;
-    waitpid(id, &result, 0);
-    return {.Status = WIFEXITED(result) ? WEXITSTATUS(result) : -1,
-            .Output = ReadFile(out),
-            .Errors = ReadFile(err)};
+    return RunShell(line, ".");
 }
 
 CommandResult RunShell(const std::string& line, const std::string& folder) {
@@ -55,32 +34,4 @@ CommandResult RunShell(const std::string& line, const std::string& folder) {
     return {.Status = WIFEXITED(result) ? WEXITSTATUS(result) : -1,
             .Output = ReadFile(results.Path("out")),
             .Errors = ReadFile(results.Path("err"))};
-}
-
-RunningCommand::RunningCommand(const std::vector<std::string>& arguments) : process_(fork()) {
-    if (process_ == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        std::vector<char*> words = {const_cast<char*>(KESTVOX_COMMAND)};
-        for (const std::string& argument : arguments) {
-            words.push_back(const_cast<char*>(argument.c_str()));
-        }
-        words.push_back(nullptr);
-        if (!std::freopen("/dev/null", "w", stdout)) {
-            _exit(127);
-        }
-        execv(KESTVOX_COMMAND, words.data());
-        _exit(127);
-    }
-}
-
-void RunningCommand::Send(int signal) const {
-    if (process_ > 0) {
-        kill(process_, signal);
-    }
-}
-
-int RunningCommand::Wait() const {
-    int status = 0;
-    waitpid(process_, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }

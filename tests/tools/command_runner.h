@@ -13,19 +13,8 @@ struct CommandResult {
     std::vector<std::string> Values(const std::string& key) const;
 };
 
-// Each argument is one word.
+// Each argument is one word, without an apostrophe in it.
 CommandResult RunCommand(const std::vector<std::string>& arguments);
 
 // A line of the shell, run in that folder; $K is the command.
 CommandResult RunShell(const std::string& line, const std::string& folder);
-
-// The command while it runs.
-class RunningCommand {
-public:
-    RunningCommand(const std::vector<std::string>& arguments);
-    void Send(int signal) const;
-    int Wait() const;  // its exit status; -1: it was killed
-
-private:
-    int process_;
-};

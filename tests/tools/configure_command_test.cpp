@@ -10,52 +10,56 @@
 
 namespace {
 
+void ExpectParts(const std::string& text, std::initializer_list<const char*> parts) {
+    for (const char* part : parts) {
+        EXPECT_NE(text.find(part), std::string::npos) << part << " is not in\n" << text;
+    }
+}
+
 TEST(ConfigureCommand, PrintsEveryKindOfControlWithItsState) {
     const CommandResult result =
         RunCommand({"configure", "--cards", "2", "--follow", "1=0", "--set", "0:Professional=0", "--set",
-                    "0:DitherADC=1", "--set", "0:ClockSource=64", "--set", "1:Name=Booth"});
+                    "0:DitherADC=1", "--set", "0:ClockSource=64", "--set", "1:Name=Booth", "--set",
+                    "0:AdvancedMonitoring=1", "--set", "0:Monitor=128,0,50,1,0,77,0,123"});
     EXPECT_EQ(result.Status, 0) << result.Errors;
-    constexpr const char* Tree =
-        "  1001  tree\n               Sample Clock\n                 Kestrelvox (digital input clock)\n"
-        "                   Booth\n";
-    const char* lines[] = {
-        "Configuration: 'Kestrelvox'\n        group    'Kestrelvox name'\n  1002  edit     'Kestrelvox'\n",
-        "  1024  radio    (*) 'Consumer mode'\n  1025  check    [ ] 'Copy protect'\n",
-        "  1047  list     No dithering | *Type I | Type I Shaped | Type II | Type II Shaped\n",
-        "\nMonitor: 'Booth'\n        group    'Analog Output Mixer'\n        label    'Analog Input'\n",
-        "  1037  slider   18 of 18 to 83  (disabled)\n  1038  value    '-INF dB'  (disabled)\n",
-        "\nVersion: 'Booth'\n        picture\n",
-        Tree,
-        "  1051  value    '80 ms'\n",
-    };
-    for (const char* line : lines) {
-        EXPECT_NE(result.Output.find(line), std::string::npos) << line << "is not in\n" << result.Output;
-    }
+    ExpectParts(
+        result.Output,
+        {
+            "Configuration: 'Kestrelvox'\n        group    'Kestrelvox name'\n  1002  edit     "
+            "'Kestrelvox'\n",
+            "  1024  radio    (*) 'Consumer mode'\n  1025  check    [ ] 'Copy protect'\n",
+            "  1047  list     No dithering | *Type I | Type I Shaped | Type II | Type II Shaped\n",
+            "  1035  slider   64 of 18 to 83\n  1036  value    '-8.1 dB'\n",
+            "  1037  slider   19 of 18 to 83\n",
+            "  1041  slider   72 of 18 to 83\n",
+            "\nMonitor: 'Booth'\n        group    'Analog Output Mixer'\n        label    'Analog Input'\n",
+            "  1037  slider   18 of 18 to 83  (disabled)\n  1038  value    '-INF dB'  (disabled)\n",
+            "\nVersion: 'Booth'\n        picture\n",
+            "  1001  tree\n               Sample Clock\n                 Kestrelvox (digital input clock)\n"
+            "                   Booth\n",
+            "  1051  value    '80 ms'\n",
+        });
 }
 
 TEST(ConfigureCommand, TellsCardsOfOneNameApart) {
     const std::vector<std::string> scene = {"configure",      "--cards", "4",     "--set",     "1:Name=B",
                                             "--follow",       "2=0",     "--set", "3:Name=\"", "--set",
                                             "0:ClockSource=0"};
-    const CommandResult text = RunCommand(scene);
-    const char* lines[] = {"Configuration: 'Kestrelvox (card 0)'\n", "Version: 'Kestrelvox (card 2)'\n",
-                           "Monitor: 'B'\n",
-                           " Kestrelvox (card 0) (internal clock)\n                   Kestrelvox (card 2)\n"};
-    for (const char* line : lines) {
-        EXPECT_NE(text.Output.find(line), std::string::npos) << line << "is not in\n" << text.Output;
-    }
+    ExpectParts(
+        RunCommand(scene).Output,
+        {"Configuration: 'Kestrelvox (card 0)'\n", "Version: 'Kestrelvox (card 2)'\n", "Monitor: 'B'\n",
+         " Kestrelvox (card 0) (internal clock)\n                   Kestrelvox (card 2)\n"});
     std::vector<std::string> asJson = scene;
     asJson.emplace_back("--json");
     const CommandResult json = RunCommand(asJson);
-    const char* parts[] = {
-        R"({"title": "Monitor: 'Kestrelvox (card 2)'", "controls": [{"kind": "group", )",
-        R"json("text": "\" (automatic clock selection)", "items": [])json",
-        R"({"kind": "radio", "number": 1004, "text": "Left", "checked": true, "enabled": true})",
-        R"({"kind": "slider", "number": 1037, "position": 18, "lowest": 18, "highest": 83, "enabled": false})",
-    };
-    for (const char* part : parts) {
-        EXPECT_NE(json.Output.find(part), std::string::npos) << part << " is not in\n" << json.Output;
-    }
+    ExpectParts(
+        json.Output,
+        {
+            R"({"title": "Monitor: 'Kestrelvox (card 2)'", "controls": [{"kind": "group", )",
+            R"json("text": "\" (automatic clock selection)", "items": [])json",
+            R"({"kind": "radio", "number": 1004, "text": "Left", "checked": true, "enabled": true})",
+            R"({"kind": "slider", "number": 1037, "position": 18, "lowest": 18, "highest": 83, "enabled": false})",
+        });
     ScratchFolder folder;
     std::ofstream(folder.Path("sheet.json")) << json.Output;
     EXPECT_EQ(system(("python3 -m json.tool " + folder.Path("sheet.json") + " >/dev/null").c_str()), 0);

@@ -1,9 +1,6 @@
-// Where the command writes to, and what comes of it when it cannot: real pipes, devices, limits and signals.
+// What the command does for a line of the shell: where it writes to, and what comes of it when it cannot;
+// real pipes, devices, limits and signals.
 #include <gtest/gtest.h>
-
-#include <signal.h>
-#include <sys/stat.h>
-#include <time.h>
 
 #include <algorithm>
 
@@ -18,26 +15,39 @@ class Outputs : public testing::Test {
 protected:
     Outputs() {
         WriteFile(folder_.Path("in.wav"), WavFile({}, NoiseBytes(40000)));
+        WriteFile(folder_.Path("steady.wav"), WavFile({}, std::string(4000, '\x40')));
+        WriteFile(folder_.Path("odd.wav"), WavFile({.Rate = 12000}, NoiseBytes(100)));
         EXPECT_EQ(Shell("$K play in.wav --time stepped --capture direct.wav").Status, 0);
     }
     CommandResult Shell(const std::string& line) { return RunShell(line, folder_.Path("")); }
     uint64_t FramesOf(const std::string& name) {
         return kestvox::WavReader(folder_.Path(name)).FrameCount().value();
     }
+    // A line prints what it is to find, and ends well.
+    struct Case {
+        const char* Line;
+        const char* Found;
+    };
+    void ExpectFound(std::initializer_list<Case> cases) {
+        for (const Case& c : cases) {
+            SCOPED_TRACE(c.Line);
+            const CommandResult result = Shell(c.Line);
+            EXPECT_EQ(result.Status, 0);
+            EXPECT_EQ(result.Errors, "");
+            EXPECT_EQ(result.Output, c.Found);
+        }
+    }
     void ExpectNothingUnfinished() { EXPECT_EQ(Shell("ls -a | grep part").Output, ""); }
 
     const ScratchFolder folder_;
 };
 
-// Each line prints what it found, and ends well.
 TEST_F(Outputs, GoWhereTheyAreToldAndReplaceOnlyFiles) {
-    const struct {
-        const char* Line;
-        const char* Found;
-    } cases[] = {
+    ExpectFound({
         {"echo old >o; chmod 640 o; $K play in.wav --time stepped --capture o >r; stat -c %a o; cmp o "
          "direct.wav",
          "640\n"},
+        {"echo old >o; $K play odd.wav --time stepped --capture o 2>r; cat o", "old\n"},
         {"mkdir d; echo old >d/t; ln -s d/t l; $K play in.wav --time stepped --capture l >r; readlink l; cmp "
          "l direct.wav",
          "d/t\n"},
@@ -63,15 +73,76 @@ TEST_F(Outputs, GoWhereTheyAreToldAndReplaceOnlyFiles) {
         {"$K play in.wav --time stepped --json | python3 -c 'import json, sys; "
          "print(json.load(sys.stdin)[\"streams\"][0][\"frames-played\"])'",
          "40000\n"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.Line);
-        const CommandResult result = Shell(c.Line);
-        EXPECT_EQ(result.Status, 0);
-        EXPECT_EQ(result.Errors, "");
-        EXPECT_EQ(result.Output, c.Found);
-    }
+    });
     ExpectNothingUnfinished();
+}
+
+TEST_F(Outputs, AreWhatTheOptionsSay) {
+    ExpectFound({
+        // Both files through two devices each, of one clock group.
+        {"$K play in.wav --cards 2 --follow 1=0 --device 0,1 --device 2,3 --time stepped --capture g.wav | "
+         "grep start-frame | sort -u | wc -l; for n in 0 1 2 3; do cmp g-$n.wav direct.wav; done",
+         "1\n"},
+        {"for n in 1 2 3; do tail -c 320000 direct.wav; done >thrice; for length in 50 1000; do "
+         "$K play in.wav --loops 3 --buffer-ms $length --time stepped --capture l | grep headers-returned; "
+         "cmp thrice l -i 0:44; done",
+         "headers-returned: 19\nheaders-returned: 1\n"},
+        {"for volume in 32768 50%; do $K play steady.wav --volume $volume --time stepped --capture v >r; "
+         "od -An -tx4 -j44 -N4 v; done",
+         " 20200000\n 20200000\n"},
+        {"for dither in '0 --set DitherADC=1' '1 --device 1' 1 2 3 4; do $K record d --format u8 --rate 8000 "
+         "--dither $dither --time stepped >r; tail -c 80000 d | tr -d '\\200' >e; "
+         "test -s e && echo dithered; done; stat -c %s d",
+         "dithered\ndithered\ndithered\ndithered\n80044\n"},
+        {"for run in 1 2; do $K play in.wav --device 0,1 --time stepped --trace t >r$run; done; cmp r1 r2; "
+         "python3 -m json.tool t >/dev/null; for event in card.0 digital.out QUEUE_BUFFER.0 "
+         "stall.227.*dur.:227; do grep -q name.:.$event t && echo found; done",
+         "found\nfound\nfound\nfound\n"},
+        {"for fault in 3:late=2000000 10:late=2000000 3:twice 10:twice; do $K play in.wav --buffers 19 "
+         "--fault "
+         "completion:$fault --time stepped | grep headers-returned; done | sort -u",
+         "headers-returned: 19\n"},
+        {"$K settings Name=$(printf x%049d 0) 2>r | wc -c", "57\n"},
+        {"$K play in.wav --fault QUEUE_BUFFER:3:pending --time stepped | grep unplayed; "
+         "($K play in.wav --fault any:30:die --time stepped >r; echo $?) 2>e",
+         "frames-unplayed: 0\nheaders-unplayed: 0\n137\n"},
+    });
+}
+
+// A locked recording begins with the playback; another one begins when it is started, a hundredth of a second
+// before.
+TEST_F(Outputs, OfALoopbackAreWhatIsPlayed) {
+    ExpectFound({
+        {"for device in 0 1 3; do for lock in '' --lock; do "
+         "$K loopback in.wav --device $device --cards 2 --follow 1=0 --out o $lock --time stepped | "
+         "grep 'offset\\|lost'; "
+         "cmp in.wav o -i 44:$(test \"$lock\" && echo 44 || echo 1808) -n 160000; done; done | sort -u",
+         "offset-frames: 0\noffset-frames: 441\nsamples-lost: 0\n"},
+        {"$K record byte.wav --format u8 --channels 1 --rate 8000 --input tone:100 --seconds 1 --time "
+         "stepped >r; "
+         "$K loopback byte.wav --out o --time stepped | grep 'offset\\|lost'; cmp byte.wav o -i 44:124 -n "
+         "8000",
+         "offset-frames: 80\nsamples-lost: 0\n"},
+        {"$K record wide.wav --format s32 --rate 48000 --input tone:100 --seconds 1 --time stepped >r; "
+         "$K loopback wide.wav --out o --time stepped | grep 'offset\\|lost'; cmp wide.wav o -i 44:3884 -n "
+         "384000",
+         "offset-frames: 480\nsamples-lost: 0\n"},
+    });
+}
+
+// A sleep of a tenth of a second: nothing is lost that is played, and only what passed of a recording.
+TEST_F(Outputs, OutlastASleep) {
+    ExpectFound({
+        {"$K play in.wav --suspend-at 0.2 --time stepped --capture s | grep headers-returned; "
+         "slept=$(($(stat -c %s s) - $(stat -c %s direct.wav))); test $slept -ge 35280 && echo slept; "
+         "cmp direct.wav s -i 44 -n 70560; head -c $((70604 + slept)) s | tail -c $slept | tr -d '\\0'; "
+         "cmp direct.wav s -i 70604:$((70604 + slept))",
+         "headers-returned: 19\nslept\n"},
+        {"$K record o --input tone:100 --seconds 0.5 --suspend-at 0.2 --time stepped >r; "
+         "test $(sed -n 's/dropped-frames: //p' r) -ge 4410 && echo slept; "
+         "test $(stat -c %s o) -ge 88116 && echo kept",
+         "slept\nkept\n"},
+    });
 }
 
 // The system's reason on one line, status 1; what had fitted is whole.
@@ -110,19 +181,16 @@ TEST_F(Outputs, EndTheRunWithTheFirstWriteThatFails) {
     ExpectNothingUnfinished();
 }
 
+// The command takes the place of the shell that knows its number.
 TEST_F(Outputs, AreKeptWhenASignalEndsTheRun) {
-    const std::pair<int, int> signals[] = {{SIGINT, 130}, {SIGTERM, 143}, {SIGHUP, 129}};
+    const std::pair<const char*, int> signals[] = {{"INT", 130}, {"TERM", 143}, {"HUP", 129}};
     for (const auto& [signal, status] : signals) {
-        const std::string out = folder_.Path("out" + std::to_string(status));
-        const RunningCommand command({"record", out, "--input", "tone:100", "--seconds", "100000"});
-        struct stat file {};
-        while (stat((out + ".part").c_str(), &file) != 0 || file.st_size == 0) {
-            const timespec nap{.tv_sec = 0, .tv_nsec = 1000000};
-            nanosleep(&nap, nullptr);
-        }
-        command.Send(signal);
-        EXPECT_EQ(command.Wait(), status);
-        EXPECT_GT(kestvox::WavReader(out).FrameCount(), 0u);
+        SCOPED_TRACE(signal);
+        const std::string line =
+            std::string("(until test -s o.part; do sleep 0.01; done; kill -s ") + signal +
+            " $$) & exec env --default-signal $K record o --input tone:100 --seconds 100000";
+        EXPECT_EQ(Shell(line).Status, status);
+        EXPECT_GT(FramesOf("o"), 0u);
     }
     ExpectNothingUnfinished();
 }
@@ -147,6 +215,8 @@ TEST_F(Outputs, SayWhatWasLost) {
          "kestvox: device 0: 1 overrun (6613 dropped frames in all), the longest 6613 frames, the first at "
          "frame "
          "6624\n"},
+        {"loopback steady.wav --set Monitor=0,0,0,0,0,0,0,0",
+         "kestvox: 2000 samples did not come back as they were played\n"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.Arguments);
@@ -167,18 +237,26 @@ TEST_F(Outputs, SayWhatWasLost) {
 
 // Nobody waits for what does not come; what was recorded until then is kept.
 TEST_F(Outputs, OfARunThatStandsStillAreKept) {
-    const char* const cases[] = {
-        "loopback in.wav --out out.wav --fault completion:20:lost",
-        "record out.wav --fault completion:3:lost",
-        "loopback in.wav --out out.wav --fault completion:all:lost",
+    const struct {
+        const char* Arguments;
+        const char* Why;
+    } cases[] = {
+        {"loopback in.wav --out out.wav --fault completion:20:lost", "while it waited for "},
+        {"loopback in.wav --out out.wav --fault completion:all:lost", "while it waited for "},
+        {"record out.wav --fault completion:3:lost",
+         "kestvox: device 0: nothing moved for 9.0 s, at frame 22080 of 220512, while it waited for a header "
+         "to come back\n"},
+        {"play in.wav --fault completion:3:lost --capture out.wav",
+         "kestvox: device 0: nothing moved for 5.1 s, at frame 22050 of 40000, while it waited for a header "
+         "to come back\n"},
     };
-    for (const char* arguments : cases) {
+    for (const auto& [arguments, why] : cases) {
         SCOPED_TRACE(arguments);
         const CommandResult result = Shell(std::string("$K ") + arguments + " --time stepped");
         EXPECT_EQ(result.Status, 1);
-        EXPECT_NE(result.Errors.find("while it waited for "), std::string::npos) << result.Errors;
+        EXPECT_NE(result.Errors.find(why), std::string::npos) << result.Errors;
         EXPECT_EQ(std::ranges::count(result.Errors, '\n'), 1) << result.Errors;
-        EXPECT_EQ(Shell("head -c 4 out.wav").Output, "RIFF");
+        EXPECT_EQ(Shell("head -c 4 out.wav; rm out.wav").Output, "RIFF");
     }
 }
 
