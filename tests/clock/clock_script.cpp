@@ -36,6 +36,13 @@ Lines operator+(Lines first, const Lines& second) {
     return first;
 }
 
+Lines LinesOf(const std::string& card, Lines requests) {
+    for (std::string& request : requests) {
+        request = IsWait(request) ? request : card + request;
+    }
+    return requests;
+}
+
 Lines TimedLines(std::span<const simulator::TraceEntry> entries) {
     Lines lines;
     for (size_t i = 0; i < entries.size(); ++i) {
@@ -59,22 +66,17 @@ std::string Wait(unsigned first, unsigned second) {
 }
 
 ClockScript& ClockScript::Step(unsigned card, const Lines& requests) {
+    const std::string number = std::to_string(card) + " ";
     if (card == streamCard_) {
-        return Borrowed(card, requests);
+        lines_ = lines_ + LinesOf(number, requests);
+        return *this;
     }
-    const std::string number = std::to_string(card);
-    lines_.push_back(number + " BIND_HANDLE " + number + " control");
-    Borrowed(card, requests);
-    lines_.push_back(number + " RELEASE_CHANNEL");
-    return *this;
-}
-
-ClockScript& ClockScript::Borrowed(unsigned card, const Lines& requests) {
-    for (const std::string& request : requests) {
+    lines_.push_back(number + "BIND_HANDLE " + number + "control");
+    for (const std::string& request : requests) {  // a port's go to the stream's own card
         const bool port = request.starts_with("write port");
-        lines_.push_back(IsWait(request) ? request
-                                         : std::to_string(port ? streamCard_ : card) + " " + request);
+        lines_ = lines_ + LinesOf(port ? std::to_string(streamCard_) + " " : number, {request});
     }
+    lines_.push_back(number + "RELEASE_CHANNEL");
     return *this;
 }
 
@@ -109,10 +111,10 @@ void ClockTest::Load() {
     ASSERT_EQ(waveOutGetNumDevs(), Cards().CardCount() * 2);
 }
 
-Lines ClockTest::Run(WavePlayer& player, UINT device, const WaveFormat& format, MMRESULT result) {
+Lines ClockTest::Run(WavePlayer& player, UINT device, DWORD rate, MMRESULT result) {
     Load();
     Cards().ClearTrace();
-    EXPECT_EQ(player.Open(device, format), result);
+    EXPECT_EQ(player.Open(device, PcmFormat(rate, 2, 16)), result);
     Lines lines = TimedLines(Cards().Trace());
     const auto endsWith = [](const char* text) {
         return [text](const std::string& line) { return line.ends_with(text); };
@@ -129,10 +131,6 @@ Lines ClockTest::Run(WavePlayer& player, UINT device, const WaveFormat& format, 
         lines.erase(std::find_if(lines.begin(), lines.end(), endsWith("FLUSH_BUFFERS")), lines.end());
     }
     return lines;
-}
-
-Lines ClockTest::Run(WavePlayer& player, UINT device, DWORD rate, MMRESULT result) {
-    return Run(player, device, PcmFormat(rate, 2, 16), result);
 }
 
 std::vector<DWORD> ClockTest::Events() {

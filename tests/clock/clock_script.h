@@ -16,6 +16,7 @@
 using Lines = std::vector<std::string>;
 
 Lines operator+(Lines first, const Lines& second);
+Lines LinesOf(const std::string& card, Lines requests);  // each behind the card, as in "0 "
 
 Lines TimedLines(std::span<const simulator::TraceEntry> entries);
 
@@ -34,8 +35,6 @@ public:
 
     ClockScript& Step(unsigned card, const Lines& requests);
     ClockScript& Pass(const std::string& wait);
-    // Likewise, through the handle of another stream on that card.
-    ClockScript& Borrowed(unsigned card, const Lines& requests);
 
     const Lines& Expected() const { return lines_; }
 
@@ -59,7 +58,6 @@ protected:
 
     // Opens the device; the lines of the clock run on the way, without the claim of the channel before it
     // and what an open does after it.
-    Lines Run(WavePlayer& player, UINT device, const WaveFormat& format, MMRESULT result = MMSYSERR_NOERROR);
     Lines Run(WavePlayer& player, UINT device, DWORD rate, MMRESULT result = MMSYSERR_NOERROR);
 
     // Ids of the events in the machine's log.

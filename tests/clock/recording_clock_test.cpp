@@ -73,19 +73,6 @@ TEST_F(RecordingClockTest, AReceiverIsSwitchedOffUnlessTheCardRunsOnIt) {
     }
 }
 
-TEST_F(RecordingClockTest, WithoutASignalTheSettingDecides) {
-    for (const DWORD checkClocks : {1u, 0u}) {
-        UnloadDriver();
-        StoreSetting(0, TEXT("CheckClocks"), checkClocks);
-        WaveRecorder recorder;
-        EXPECT_EQ(recorder.Open(DigitalIn, Stereo()),
-                  static_cast<MMRESULT>(checkClocks != 0 ? MMSYSERR_ERROR : MMSYSERR_NOERROR));
-        EXPECT_EQ(Events().back(), ClockNotValidEvent);
-        EXPECT_EQ(Source(0), Internal);
-    }
-    EXPECT_EQ(Events().size(), 2u);
-}
-
 class LinkedRecordingClockTest : public ClockTest {
 protected:
     LinkedRecordingClockTest() : ClockTest(2) { Follow(1, 0); }

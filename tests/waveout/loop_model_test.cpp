@@ -152,19 +152,15 @@ protected:
             Play(1 + Draw(5));
         }
     }
-    // To the end of what is written; a loop that is still open is ended.
+    // To the end of what is written; a loop that is still open is ended. Then every header is back.
     void Finish() {
         if (model_.InLoop()) {
             Write(End, 0);
         }
         ASSERT_EQ(player_.Start(), MMSYSERR_NOERROR);
         Play(1000);
-        ExpectHeard(model_.Heard());
-    }
-    // Then every header is back.
-    void ExpectHeard(const std::vector<size_t>& buffers) {
         std::vector<BYTE> data;
-        for (const size_t buffer : buffers) {
+        for (const size_t buffer : model_.Heard()) {
             const std::vector<BYTE> one = Data(buffer);
             data.insert(data.end(), one.begin(), one.end());
         }
@@ -194,21 +190,6 @@ TEST_F(LoopModelTest, WhatIsHeardAndReturnedIsAsTheRulesOfLoopsSay) {
         ASSERT_EQ(player_.Close(), MMSYSERR_NOERROR);
         player_.Forget();
     }
-}
-
-TEST_F(LoopModelTest, ABreakFromInsideACallbackEndsTheNextLoop) {
-    Open(16);
-    player_.OnDone([this](WAVEHDR& header) {
-        if (header.dwUser == 0) {
-            EXPECT_EQ(waveOutBreakLoop(player_.Handle()), MMSYSERR_NOERROR);
-        }
-    });
-    Write(0, 0);
-    Write(Begin, 100);
-    Write(End, 0);
-    Write(0, 0);
-    Cards().Advance(Second);
-    ExpectHeard({0, 1, 2, 1, 2, 3});
 }
 
 }  // namespace

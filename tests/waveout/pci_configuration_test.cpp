@@ -67,32 +67,12 @@ TEST_F(PciConfigurationTest, WhatWasSavedIsWrittenBack) {
     EXPECT_EQ(player_.Position(), 1000u);
 }
 
-// The card is at its first rate again, so that the next stream programs the clock, whatever it was at before.
-TEST_F(PciConfigurationTest, TheRateFromBeforeIsForgotten) {
-    for (const DWORD rate : {48000u, 96000u}) {
-        SCOPED_TRACE(rate);
-        player_.Shut();
-        ASSERT_EQ(player_.Open(AnalogOut, PcmFormat(rate, 2, 16)), MMSYSERR_NOERROR);
-        EXPECT_EQ(Send(SavePci), MMSYSERR_NOERROR);
-        EXPECT_EQ(Send(RestorePci), MMSYSERR_NOERROR);
-        EXPECT_EQ(Cards().SampleRate(0), 44100u);
-        WavePlayer other;
-        ASSERT_EQ(other.Open(DigitalOut, PcmFormat(rate, 2, 16)), MMSYSERR_NOERROR);
-        EXPECT_EQ(Cards().SampleRate(0), rate);
-    }
-}
-
 TEST_F(PciConfigurationTest, AnotherCardInItsPlaceIsNotTouched) {
-    struct Case {
-        unsigned Offset;
-        size_t Requests;
-    };
-    for (const Case& test : {Case{0x02, 1}, {0x2E, 2}, {0x08, 3}}) {
-        SCOPED_TRACE(test.Offset);
+    for (const auto& [offset, requests] : {std::pair{0x02u, 1}, {0x2Eu, 2}, {0x08u, 3}}) {
+        SCOPED_TRACE(offset);
         Expect(SavePci, MMSYSERR_NOERROR, SaveRequests);
-        SetPci(test.Offset, {static_cast<uint8_t>(0xE0 + test.Offset)});
-        Expect(RestorePci, MMSYSERR_ERROR,
-               {RestoreRequests.begin(), RestoreRequests.begin() + static_cast<long>(test.Requests)});
+        SetPci(offset, {static_cast<uint8_t>(0xE0 + offset)});
+        Expect(RestorePci, MMSYSERR_ERROR, {RestoreRequests.begin(), RestoreRequests.begin() + requests});
     }
 }
 
