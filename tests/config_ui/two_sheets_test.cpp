@@ -7,6 +7,7 @@
 #include "config_ui/resource.h"
 #include "tests/support/clock_tree_user.h"
 #include "tests/support/sheet_test.h"
+#include "tests/support/text.h"
 
 namespace {
 
@@ -104,6 +105,34 @@ TEST_F(TwoSheetsTest, WhatBothChangeIsTheLaters) {
     EXPECT_EQ(ReadRegistry(ConfigKey(0), u"Master"),
               TextValue(REG_SZ, simulator::Simulator::RegistryPath(2)));
     EXPECT_EQ(ReadRegistry(ConfigKey(1), u"Master"), TextValue(REG_SZ, u""));
+}
+
+TEST_F(TwoSheetsTest, ABufferSizeThatIsNoneIsReplaced) {
+    const struct {
+        const char* What;
+        DWORD Type;
+        std::vector<BYTE> Data;
+        DWORD Stored;
+    } cases[] = {
+        {"a size", REG_BINARY, {200, 0, 0, 0}, 200},
+        {"a number", REG_DWORD, {200, 0, 0, 0}, 100},
+        {"too long", REG_BINARY, {200, 0, 0, 0, 0}, 100},
+        {"out of range", REG_BINARY, {1, 0, 0, 0}, 100},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.What);
+        Sheet& sheet = Open();
+        sheet.Show(u"ASIO + EASI").Slide(IDC_ASIO_BUFFER, 100);
+        sheet.Apply();
+        HKEY key = nullptr;
+        ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, Wide(BufferKey), &key), ERROR_SUCCESS);
+        RegSetValueExW(key, TEXT("AsioBufferSize"), 0, each.Type, each.Data.data(),
+                       static_cast<DWORD>(each.Data.size()));
+        RegCloseKey(key);
+        sheet.Ok();
+        sheet.Closed();
+        EXPECT_EQ(NumberIn(ReadRegistry(BufferKey, u"AsioBufferSize")), each.Stored);
+    }
 }
 
 // The working clock sources are everybody's: one that changes while it is looked at is shown as one of the
