@@ -107,6 +107,39 @@ TEST_F(TwoSheetsTest, WhatBothChangeIsTheLaters) {
     EXPECT_EQ(ReadRegistry(ConfigKey(1), u"Master"), TextValue(REG_SZ, u""));
 }
 
+TEST_F(TwoSheetsTest, AnOkStoresTheClockSourcesOfBoth) {
+    Tree(Open()).Command(u"A", u'D');
+    Sheet second(Library());
+    EXPECT_TRUE(Tree(second).Outline().starts_with(u"A (digital input clock)"));
+    Tree(second).Command(u"C", u'D');
+    second.Ok();
+    second.Closed();
+    EXPECT_EQ(StoredNumber(u"ClockSource", 0), 64u);
+    EXPECT_EQ(StoredNumber(u"ClockSource", 2), 64u);
+}
+
+// Whether the other sheet, which does not show the group, chooses before the group is stored or after.
+TEST_F(TwoSheetsTest, AMasterIsNotStoredAsAutomatic) {
+    for (const bool storedFirst : {false, true}) {
+        SCOPED_TRACE(storedFirst);
+        Sheet& choosing = Open();
+        Tree(choosing);
+        Sheet grouping(Library());
+        Tree(grouping).Drag(u"B", u"A");
+        if (storedFirst) {
+            grouping.Apply();
+        }
+        Tree(choosing).Command(u"A", u'A');
+        storedFirst ? choosing.Ok() : grouping.Ok();
+        EXPECT_EQ(StoredNumber(u"ClockSource", 0), 0u);
+        EXPECT_EQ(StoredNumber(u"ClockSource", 1), 32u);
+        Sheet& freeing = Open();
+        Tree(freeing).Command(u"B", u'S');
+        freeing.Ok();
+        freeing.Closed();
+    }
+}
+
 TEST_F(TwoSheetsTest, ABufferSizeThatIsNoneIsReplaced) {
     const struct {
         const char* What;
