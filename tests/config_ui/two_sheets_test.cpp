@@ -107,6 +107,31 @@ TEST_F(TwoSheetsTest, WhatBothChangeIsTheLaters) {
     EXPECT_EQ(ReadRegistry(ConfigKey(1), u"Master"), TextValue(REG_SZ, u""));
 }
 
+// Switched-off advanced monitoring is stored with its gains all the same.
+TEST_F(TwoSheetsTest, APageThatIsFirstShownPutsTheStoredGainsBack) {
+    constexpr int Input = IDC_FIRST_MIXER_SLIDER;
+    constexpr int Playback = IDC_FIRST_MIXER_SLIDER + 4;
+    StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
+    Sheet& first = Open();
+    first.Show(1).Slide(Playback, 50);
+    first.Apply();
+    first.Show(1).Slide(Input, 40);
+    first.Show(0).Click(IDC_ADVANCED_MONITORING);
+    Sheet second(Library());
+    EXPECT_EQ(second.Show(1).Position(Input), 83);
+    EXPECT_EQ(second.Show(1).Position(Playback), 50);
+    EXPECT_EQ(first.Show(1).Position(Input), 83);
+    second.Show(1).Slide(Input, 60);
+    first.Show(0);
+    EXPECT_EQ(first.Show(1).Position(Input), 60) << "from then on they are everybody's";
+    second.Cancel();
+    second.Closed();
+    first.Ok();
+    first.Closed();
+    EXPECT_EQ(StoredGainCode(0), 83u);
+    EXPECT_EQ(StoredGainCode(2), 83u);
+}
+
 TEST_F(TwoSheetsTest, AnOkStoresTheClockSourcesOfBoth) {
     Tree(Open()).Command(u"A", u'D');
     Sheet second(Library());
