@@ -6,7 +6,6 @@
 #include "tests/tools/command_runner.h"
 #include "tests/tools/scratch_folder.h"
 #include "tests/tools/wav_bytes.h"
-#include "tools/commands/commands.h"
 #include "tools/files/wav_reader.h"
 
 namespace {
