@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "front/conversion.h"
-#include "front/wave_device.h"
+#include "front/wave_driver.h"
 #include "front/wave_format.h"
 
 namespace front {

@@ -6,7 +6,6 @@
 #include "simulator/card/card_power.h"
 #include "simulator/card/register_file.h"
 #include "simulator/card/register_map.h"
-#include "simulator/channels/channel_run.h"
 #include "simulator/clock/clock_control.h"
 #include "simulator/clock/rate_measurement.h"
 #include "simulator/machine/claims.h"

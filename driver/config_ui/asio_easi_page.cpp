@@ -2,6 +2,7 @@
 #include <commctrl.h>
 
 #include <algorithm>
+#include <optional>
 
 #include "config_ui/page_label.h"
 #include "config_ui/pages.h"
@@ -47,12 +48,12 @@ constexpr UINT MillisecondsPerStep = 2;
 constexpr int TimeLength = 20;
 
 // Only a value that is exactly a number counts.
-DWORD ReadBufferSize(const SettingsKey& key, const WCHAR* name) {
+std::optional<DWORD> ReadBufferSize(const SettingsKey& key, const WCHAR* name) {
     DWORD size = 0;
     DWORD position = 0;
     if (!key.QuerySize(name, &size) || size != sizeof position ||
         !key.QueryBinary(name, &position, sizeof position)) {
-        return StandardBuffer;
+        return std::nullopt;
     }
     return position;
 }
@@ -95,7 +96,7 @@ INT_PTR OnInitDialog(HWND page) {
         const HWND slider = GetDlgItem(page, Settings[i].Slider);
         SetScale(slider);
         LabelSliderEnds(page, IDS_BUFFER_SHORTEST, IDS_BUFFER_LONGEST, Settings[i].GroupTop);
-        ShowBufferSize(page, slider, ReadBufferSize(key, Settings[i].Value));
+        ShowBufferSize(page, slider, ReadBufferSize(key, Settings[i].Value).value_or(StandardBuffer));
         if (state != nullptr) {
             state->Shown[i] = SliderPosition(slider);
         }
@@ -114,6 +115,11 @@ void Store(SettingsKey& key, const BufferSetting& setting, DWORD position) {
     key.SetValue(setting.Value, &position, sizeof position, REG_BINARY);
 }
 
+// What cannot have been stored by such a page does not count: it is replaced.
+bool IsSizeSavedElsewhere(DWORD position, DWORD shown, std::optional<DWORD> stored) {
+    return stored && *stored == PositionOf(*stored) && IsSavedElsewhere(position, shown, shown, *stored);
+}
+
 INT_PTR OnApply(HWND page) {
     SettingsKey key(HKEY_LOCAL_MACHINE);
     key.SetPath(KeyPath);
@@ -121,10 +127,10 @@ INT_PTR OnApply(HWND page) {
     for (size_t i = 0; i < std::size(Settings); ++i) {
         const HWND slider = GetDlgItem(page, Settings[i].Slider);
         const DWORD position = SliderPosition(slider);
-        const DWORD stored = ReadBufferSize(key, Settings[i].Value);
+        const std::optional<DWORD> stored = ReadBufferSize(key, Settings[i].Value);
         const DWORD shown = state != nullptr ? state->Shown[i] : position;
-        if (IsSavedElsewhere(position, shown, shown, PositionOf(stored))) {
-            ShowBufferSize(page, slider, stored);
+        if (IsSizeSavedElsewhere(position, shown, stored)) {
+            ShowBufferSize(page, slider, *stored);
         } else {
             Store(key, Settings[i], position);
         }

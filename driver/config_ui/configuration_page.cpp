@@ -183,8 +183,12 @@ INT_PTR OnCommand(HWND page, int control, UINT notification) {
 }
 
 // What switching advanced monitoring off did to the working gains outlasts the session as the switch does,
-// whether the Monitor page has been shown or not.
-void SavePlaybackRoutes(CardRecord& card) {
+// whether the Monitor page has been shown or not. While it is off, they are the standard ones: another sheet
+// may have put the stored gains back meanwhile.
+void SavePlaybackRoutes(CardRecord& card, bool advanced) {
+    if (!advanced) {
+        ResetPlaybackRoutes(card.WorkingMonitor);
+    }
     for (const PlaybackRoute& route : StandardRoutes) {
         SetGainCode(card.Settings.Monitor, route.Input, GainCodeOf(card.WorkingMonitor, route.Input));
     }
@@ -195,7 +199,7 @@ void Store(HWND page, CardRecord& card) {
     if (const auto* state = FindPageState<PageState>(page)) {
         options = MergeOptions(options, state->Shown, state->Loaded, ReadSavedOptions(card));
         if (state->RoutesReset) {
-            SavePlaybackRoutes(card);
+            SavePlaybackRoutes(card, IsChecked(page, IDC_ADVANCED_MONITORING));
         }
     }
     WriteSavedOptions(options, card);

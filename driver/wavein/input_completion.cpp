@@ -1,6 +1,5 @@
 #include <cstring>
 
-#include "card/locks.h"
 #include "card/requests.h"
 #include "format/conversion.h"
 #include "stream/header_queue.h"

@@ -6,7 +6,6 @@
 
 // Resources. A resource's type or name is a text, or a number in a pointer's guise.
 #define MAKEINTRESOURCEW(number) (reinterpret_cast<LPWSTR>(static_cast<ULONG_PTR>(static_cast<WORD>(number))))
-#define MAKEINTRESOURCE MAKEINTRESOURCEW
 #define IS_INTRESOURCE(name) ((reinterpret_cast<ULONG_PTR>(name) >> 16) == 0)
 #define RT_BITMAP MAKEINTRESOURCEW(2)
 #define RT_DIALOG MAKEINTRESOURCEW(5)

@@ -18,7 +18,7 @@ inline WORD ResourceNumber(LPCWSTR name) {
     return LOWORD(reinterpret_cast<ULONG_PTR>(name));
 }
 
-// Type and name are texts, or numbers made with MAKEINTRESOURCE; texts compare without regard to
+// Type and name are texts, or numbers made with MAKEINTRESOURCEW; texts compare without regard to
 // case. False, and the last error says why, when the handle or the resource does not exist. A module
 // handle of null is the program itself. Any thread.
 bool FindModuleResource(HMODULE module, LPCWSTR type, LPCWSTR name, Resource* resource);

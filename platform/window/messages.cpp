@@ -1,6 +1,5 @@
 // Posting, sending, getting and dispatching messages.
 #include "platform/window/gui_thread.h"
-#include "platform/window/machine_windows.h"
 #include "platform/window/window_object.h"
 
 namespace platform {

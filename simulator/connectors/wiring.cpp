@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "simulator/card/register_map.h"
-#include "simulator/clock/clock_source.h"
 #include "simulator/clock/converters.h"
 #include "simulator/clock/rate_measurement.h"
 #include "simulator/connectors/mixer.h"

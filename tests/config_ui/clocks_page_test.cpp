@@ -417,6 +417,9 @@ TEST_F(ClocksPageTest, AFreedCardOnWhichAStreamOpensStaysAsShown) {
     Tree().Command(u"B", u'D');
     WavePlayer player;
     Play(player, 1);
+    player.Shut();
+    Tree().Drag(u"B", ClockTreeUser::Root);
+    Play(player, 1);
     const char16_t* const freed = u"A int; C auto; D auto; B dig";
     EXPECT_EQ(Outline(), freed);
     EXPECT_TRUE(Tree().RightClick(u"B")[2].starts_with(u"*"));

@@ -7,6 +7,7 @@
 #include "config_ui/resource.h"
 #include "tests/support/clock_tree_user.h"
 #include "tests/support/sheet_test.h"
+#include "tests/support/text.h"
 
 namespace {
 
@@ -104,6 +105,92 @@ TEST_F(TwoSheetsTest, WhatBothChangeIsTheLaters) {
     EXPECT_EQ(ReadRegistry(ConfigKey(0), u"Master"),
               TextValue(REG_SZ, simulator::Simulator::RegistryPath(2)));
     EXPECT_EQ(ReadRegistry(ConfigKey(1), u"Master"), TextValue(REG_SZ, u""));
+}
+
+// Switched-off advanced monitoring is stored with its gains all the same.
+TEST_F(TwoSheetsTest, APageThatIsFirstShownPutsTheStoredGainsBack) {
+    constexpr int Input = IDC_FIRST_MIXER_SLIDER;
+    constexpr int Playback = IDC_FIRST_MIXER_SLIDER + 4;
+    StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
+    Sheet& first = Open();
+    first.Show(1).Slide(Playback, 50);
+    first.Apply();
+    first.Show(1).Slide(Input, 40);
+    first.Show(0).Click(IDC_ADVANCED_MONITORING);
+    Sheet second(Library());
+    EXPECT_EQ(second.Show(1).Position(Input), 83);
+    EXPECT_EQ(second.Show(1).Position(Playback), 50);
+    EXPECT_EQ(first.Show(1).Position(Input), 83);
+    second.Show(1).Slide(Input, 60);
+    first.Show(0);
+    EXPECT_EQ(first.Show(1).Position(Input), 60) << "from then on they are everybody's";
+    second.Cancel();
+    second.Closed();
+    first.Ok();
+    first.Closed();
+    EXPECT_EQ(StoredGainCode(0), 83u);
+    EXPECT_EQ(StoredGainCode(2), 83u);
+}
+
+TEST_F(TwoSheetsTest, AnOkStoresTheClockSourcesOfBoth) {
+    Tree(Open()).Command(u"A", u'D');
+    Sheet second(Library());
+    EXPECT_TRUE(Tree(second).Outline().starts_with(u"A (digital input clock)"));
+    Tree(second).Command(u"C", u'D');
+    second.Ok();
+    second.Closed();
+    EXPECT_EQ(StoredNumber(u"ClockSource", 0), 64u);
+    EXPECT_EQ(StoredNumber(u"ClockSource", 2), 64u);
+}
+
+// Whether the other sheet, which does not show the group, chooses before the group is stored or after.
+TEST_F(TwoSheetsTest, AMasterIsNotStoredAsAutomatic) {
+    for (const bool storedFirst : {false, true}) {
+        SCOPED_TRACE(storedFirst);
+        Sheet& choosing = Open();
+        Tree(choosing);
+        Sheet grouping(Library());
+        Tree(grouping).Drag(u"B", u"A");
+        if (storedFirst) {
+            grouping.Apply();
+        }
+        Tree(choosing).Command(u"A", u'A');
+        storedFirst ? choosing.Ok() : grouping.Ok();
+        EXPECT_EQ(StoredNumber(u"ClockSource", 0), 0u);
+        EXPECT_EQ(StoredNumber(u"ClockSource", 1), 32u);
+        Sheet& freeing = Open();
+        Tree(freeing).Command(u"B", u'S');
+        freeing.Ok();
+        freeing.Closed();
+    }
+}
+
+TEST_F(TwoSheetsTest, ABufferSizeThatIsNoneIsReplaced) {
+    const struct {
+        const char* What;
+        DWORD Type;
+        std::vector<BYTE> Data;
+        DWORD Stored;
+    } cases[] = {
+        {"a size", REG_BINARY, {200, 0, 0, 0}, 200},
+        {"a number", REG_DWORD, {200, 0, 0, 0}, 100},
+        {"too long", REG_BINARY, {200, 0, 0, 0, 0}, 100},
+        {"out of range", REG_BINARY, {1, 0, 0, 0}, 100},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.What);
+        Sheet& sheet = Open();
+        sheet.Show(u"ASIO + EASI").Slide(IDC_ASIO_BUFFER, 100);
+        sheet.Apply();
+        HKEY key = nullptr;
+        ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, Wide(BufferKey), &key), ERROR_SUCCESS);
+        RegSetValueExW(key, TEXT("AsioBufferSize"), 0, each.Type, each.Data.data(),
+                       static_cast<DWORD>(each.Data.size()));
+        RegCloseKey(key);
+        sheet.Ok();
+        sheet.Closed();
+        EXPECT_EQ(NumberIn(ReadRegistry(BufferKey, u"AsioBufferSize")), each.Stored);
+    }
 }
 
 // The working clock sources are everybody's: one that changes while it is looked at is shown as one of the

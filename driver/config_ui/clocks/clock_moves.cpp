@@ -1,7 +1,6 @@
 #include "config_ui/clocks/clock_moves.h"
 
 #include "config_ui/clocks/clock_choices.h"
-#include "config_ui/clocks/clock_rules.h"
 #include "config_ui/clocks/clock_tree.h"
 #include "config_ui/property_page.h"
 #include "config_ui/resource.h"
@@ -35,7 +34,7 @@ bool MayJoin(HWND page, HTREEITEM group) {
 void AdaptClockSource(HWND page, CardRecord& card, const CardRecord* master) {
     if (master != nullptr) {
         ChooseClockSource(page, card, LinkClock);
-    } else if (card.WorkingClockSource == LinkClock) {
+    } else if (ChosenClockSource(page, card) == LinkClock) {
         ChooseClockSource(page, card, AutomaticClock);
     }
 }

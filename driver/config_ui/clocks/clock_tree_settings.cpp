@@ -114,6 +114,31 @@ bool IsClockSavedElsewhere(HWND page, const TreeCard& each) {
                                  IsSavedElsewhere(each.Clock, choice->Shown, choice->Loaded, saved));
 }
 
+bool HasSavedSlaves(const CardRecord& master) {
+    CardRecord* card = FirstCard();
+    while (card != nullptr && MasterOf(*card) != &master) {
+        card = NextCard(card);
+    }
+    return card != nullptr;
+}
+
+// The working clock sources are everybody's: on another sheet, which does not show the group, a master can
+// have got the automatic clock selection. When no card was regrouped, the groups stay as they are saved.
+void GiveUpAutomaticClocks(HWND page, bool regrouped) {
+    const HWND tree = ClockTree(page);
+    ForEachCard(page, [page, tree, regrouped](const TreeCard& each) {
+        if (each.Clock.Source != AutomaticClock) {
+            return;
+        }
+        const bool leads =
+            regrouped ? HasSlaves(tree, FindTopLevelCard(tree, each.Card)) : HasSavedSlaves(each.Card);
+        if (leads) {
+            ChooseClockSource(page, each.Card, InternalClock);
+            InvalidateRect(tree, nullptr, TRUE);
+        }
+    });
+}
+
 void SaveClock(HWND page, const TreeCard& each) {
     CardRecord& card = each.Card;
     lstrcpynW(card.Settings.Master, each.Clock.Master != nullptr ? each.Clock.Master->RegistryPath : TEXT(""),
@@ -152,6 +177,7 @@ BOOL ApplyClockTree(HWND page) {
         return FALSE;
     }
     const bool regrouped = IsRegrouped(page);
+    GiveUpAutomaticClocks(page, regrouped);
     bool kept = false;
     ForEachCard(page, [page, regrouped, &kept](const TreeCard& each) {
         if (!regrouped && IsClockSavedElsewhere(page, each)) {
