@@ -11,6 +11,12 @@ constexpr size_t LineCount = Spectrum::BlockFrames / 2;
 constexpr double FullScale = 2147483648.0;
 constexpr double Floor = 1e-20;  // of a power: -200 dB
 
+// The library's own product also looks for infinities, which takes a third of the transform's time.
+std::complex<double> Product(const std::complex<double>& one, const std::complex<double>& other) {
+    return {one.real() * other.real() - one.imag() * other.imag(),
+            one.real() * other.imag() + one.imag() * other.real()};
+}
+
 }  // namespace
 
 Spectrum::Spectrum() : window_(BlockFrames), turns_(BlockFrames / 2), block_(BlockFrames), power_(LineCount) {
@@ -52,7 +58,7 @@ void Spectrum::Transform() {
             for (size_t i = 0; i < distance; ++i) {
                 std::complex<double>& low = block_[start + i];
                 std::complex<double>& high = block_[start + i + distance];
-                const std::complex<double> turned = high * turns_[i * step];
+                const std::complex<double> turned = Product(high, turns_[i * step]);
                 high = low - turned;
                 low += turned;
             }
