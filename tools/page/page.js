@@ -178,6 +178,23 @@ function showWave(place, stream, group) {
     });
 }
 
+// Sample by sample, around the first difference.
+function showCloseUp(place, stream) {
+    const closeUp = stream.wave["close-up"];
+    if (!closeUp) return;
+    const came = stream.kind === "playing" ? "played" : "recorded";
+    const scaled = (sample) => sample === null ? null : sample / 2 ** 31;
+    closeUp.came.forEach((samples, side) => {
+        const rows = samples.map((sample, at) =>
+            [closeUp.first + at, scaled(closeUp.asked[side][at]), scaled(sample)]);
+        const name = "Around the first difference" + (closeUp.came.length === 1 ? "" : ", " + SIDES[side]);
+        addChart(place, name, rows, ["asked", "came"], {
+            labels: ["frame", "asked for", came], connectSeparatedPoints: false, drawPoints: true, pointSize: 1.5,
+            digitsAfterDecimal: 6,
+        });
+    });
+}
+
 function showLevel(place, stream, group) {
     const wave = stream.wave;
     const width = wave["frames-per-column"];
@@ -222,6 +239,7 @@ function showStreams() {
         place.appendChild(element("h3", "Device " + stream.device + ", " + stream.kind + ": " + stream.format));
         place.appendChild(element("p", describeDifferences(stream.wave) + describeGaps(stream)));
         showWave(place, stream, group);
+        showCloseUp(place, stream);
         showLevel(place, stream, group);
         showSpectrum(place, stream);
         showInFlight(place, stream);

@@ -80,6 +80,7 @@ void WaveSummary::Add(uint64_t position, std::span<const Frame> asked, std::span
     askedSpectrum_.Add(asked);
     cameSpectrum_.Add(came);
     const size_t count = std::max(asked.size(), came.size());
+    size_t same = count;  // frames before the first that differs
     for (size_t at = 0; at < count;) {
         WaveColumn& column = columns_.At(position + at);
         const auto end = static_cast<size_t>(std::min<uint64_t>(count, at + columns_.RoomAt(position + at)));
@@ -95,8 +96,12 @@ void WaveSummary::Add(uint64_t position, std::span<const Frame> asked, std::span
             }
             if (compare && (asked.empty() || came.empty() || asked[at] != came[at])) {
                 NoteDifference(column, position + at);
+                same = std::min(same, at);
             }
         }
+    }
+    if (compare) {
+        closeUp_.Add(position, asked, came, same);
     }
 }
 
@@ -129,6 +134,7 @@ std::string WaveSummary::Json(unsigned channels, bool compared) const {
     text += ",\n\"level\": " + sides(Level);
     text += ",\n\"different\": " +
             list([](const WaveColumn& column) { return std::to_string(column.Differences); });
+    text += ",\n\"close-up\": " + closeUp_.Json(channels);
     text += ",\n\"asked-spectrum\": " + spectrum(askedSpectrum_);
     text += ",\n\"came-spectrum\": " + spectrum(cameSpectrum_);
     return text + "}";

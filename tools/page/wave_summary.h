@@ -10,6 +10,7 @@
 
 #include "simulator/channels/frame.h"
 #include "tools/page/bounded_columns.h"
+#include "tools/page/close_up.h"
 #include "tools/page/spectrum.h"
 
 namespace kestvox {
@@ -59,6 +60,7 @@ private:
     void NoteDifference(WaveColumn& column, uint64_t position);
 
     BoundedColumns<WaveColumn> columns_;
+    CloseUp closeUp_;
     Spectrum askedSpectrum_;
     Spectrum cameSpectrum_;
     uint64_t differences_ = 0;
