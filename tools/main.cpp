@@ -129,6 +129,8 @@ void AddStreamOptions(CLI::App& command, CommandLine& line) {
     command
         .add_option("--trace", line.Streams.Trace, "Keep every request to the cards, for a timeline viewer")
         ->type_name("OUT.json");
+    command.add_option("--report", line.Streams.Page, "Write a page about the run, for a browser")
+        ->type_name("OUT.html");
     AddRepeatable(command, "--fault", line.Scene.Faults, "Make a request or a completion go wrong")
         ->type_name("SPEC");
     command.add_flag("--tolerate", line.Streams.Tolerate, "Losses are reported and do not fail the command");

@@ -99,6 +99,7 @@ std::optional<uint64_t> KernelDriver::Begin(const OpenFile& file, const device::
     const host::MachineGuard guard;
     const auto* input = static_cast<const uint8_t*>(request.Input);
     return side_.Trace.Begin({.Microseconds = Machine().Now() / 1000,
+                              .Duration = 0,
                               .Process = host::CurrentProcess().Id,
                               .Thread = host::CurrentThreadId(),
                               .File = file.Number,
@@ -148,6 +149,7 @@ DWORD KernelDriver::Control(void* opened, device::Request& request) {
     int64_t stallFor = 0;
     bool dies = false;
     DWORD result = ERROR_SUCCESS;
+    int64_t ended = 0;
     {
         // Once the routine has been taken away, no call of it is on its way any more.
         std::unique_lock<host::Lock> hold;
@@ -156,13 +158,14 @@ DWORD KernelDriver::Control(void* opened, device::Request& request) {
         }
         const host::MachineGuard guard;
         result = Serve(file, request, &stallFor, &dies);
+        ended = number ? (Machine().Now() + stallFor) / 1000 : 0;
     }
     if (dies) {
         host::Die();
     }
     if (number) {
         const auto* output = static_cast<const uint8_t*>(request.Output);
-        side_.Trace.Finish(*number, {output, output ? request.BytesReturned : 0}, result);
+        side_.Trace.Finish(*number, {output, output ? request.BytesReturned : 0}, result, ended);
     }
     side_.Completions.Deliver();
     if (stallFor > 0) {

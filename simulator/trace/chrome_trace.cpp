@@ -19,17 +19,6 @@ const char* TrackName(uint32_t track) {
     return track < ChannelCount ? ChannelNames[track] : "control";
 }
 
-// A stall lasts as long as it says; of the others only the beginning is known.
-uint32_t DurationOf(const TraceEntry& entry) {
-    uint32_t microseconds = 0;
-    if (entry.Code == Stall && entry.Input.size() == sizeof microseconds) {
-        for (size_t byte = 0; byte < sizeof microseconds; ++byte) {
-            microseconds |= static_cast<uint32_t>(entry.Input[byte]) << (8 * byte);
-        }
-    }
-    return microseconds;
-}
-
 void WriteBytes(std::ostream& out, const std::vector<uint8_t>& bytes) {
     const std::ios_base::fmtflags flags = out.flags();
     out << std::hex << std::uppercase << std::setfill('0');
@@ -76,7 +65,7 @@ void ChromeTrace::Write(const TraceEntry& entry) {
     NextEvent() << "{\"ph\":\"X\",\"name\":\"" << entry.Text() << "\",\"cat\":\""
                 << (entry.Result == 0 ? "request" : "failed") << "\",\"pid\":" << entry.Card
                 << ",\"tid\":" << TrackOf(entry) << ",\"ts\":" << entry.Microseconds
-                << ",\"dur\":" << DurationOf(entry) << ",\"args\":{\"result\":" << entry.Result
+                << ",\"dur\":" << entry.Duration << ",\"args\":{\"result\":" << entry.Result
                 << ",\"file\":" << entry.File << ",\"process\":" << entry.Process
                 << ",\"thread\":" << entry.Thread << ",\"output\":\"";
     WriteBytes(out_, entry.Output);

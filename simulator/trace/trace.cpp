@@ -95,7 +95,7 @@ uint64_t TraceLog::Begin(TraceEntry entry) {
     return first_ + entries_.size() - 1;
 }
 
-void TraceLog::Finish(uint64_t number, std::span<const uint8_t> output, uint32_t result) {
+void TraceLog::Finish(uint64_t number, std::span<const uint8_t> output, uint32_t result, int64_t ended) {
     const std::lock_guard<host::Lock> guard(mutex_);
     if (number < first_) {
         return;  // dropped meanwhile
@@ -103,6 +103,7 @@ void TraceLog::Finish(uint64_t number, std::span<const uint8_t> output, uint32_t
     Entry& entry = entries_[static_cast<size_t>(number - first_)];
     entry.What.Output.assign(output.begin(), output.end());
     entry.What.Result = result;
+    entry.What.Duration = ended - entry.What.Microseconds;
     entry.Ended = true;
     GiveEnded();
 }

@@ -13,6 +13,7 @@ namespace simulator {
 
 struct TraceEntry {
     int64_t Microseconds;  // time at which the request was made
+    int64_t Duration;      // microseconds that it took of the cards' time, what it stalled for included
     uint32_t Process;
     uint64_t Thread;
     uint32_t File;  // number of the open file within the process, from 1

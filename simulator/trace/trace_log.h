@@ -25,7 +25,8 @@ public:
     bool WantsEntries() const { return wantsEntries_.load(std::memory_order_relaxed); }
     // Adds an entry, in the order of the requests' beginnings.
     uint64_t Begin(TraceEntry entry);
-    void Finish(uint64_t number, std::span<const uint8_t> output, uint32_t result);
+    // `ended` is the time in microseconds.
+    void Finish(uint64_t number, std::span<const uint8_t> output, uint32_t result, int64_t ended);
 
     uint64_t Requests() const { return count_.load(std::memory_order_relaxed); }
     std::vector<TraceEntry> Entries() const;

@@ -80,37 +80,44 @@ int Loopback(const LoopbackOptions& asked) {
         out = std::make_unique<RecordingFile>(options.Out, format.Format());
     }
 
-    return RunStreams("loopback", options, roles, [&](Scene& scene, StreamRunner& runner, Outcome& outcome) {
-        auto playing = std::make_unique<WaveOutput>(options.Device, std::move(file), runner.BufferBack());
-        WaveOutput& output = *playing;
-        output.PrepareBuffers(options.Buffers, options.BufferMilliseconds, 1);
-        scene.PlugIn(options.Device, simulator::InputSignal::Cable(output.Card(), output.Port()));
-        WaveInput* self = nullptr;
-        auto recording = std::make_unique<WaveInput>(
-            options.Device, format.Format(), runner.BufferBack(), [&](std::span<const char> bytes) {
-                comparison.Take(bytes, OffsetOf(output, *self, scene));
-                if (out) {
-                    out->Write(bytes);
-                }
-            });
-        WaveInput& input = *recording;
-        self = &input;
-        input.PrepareBuffers(RecordingBuffers(options), options.BufferMilliseconds);
-        runner.Add(std::move(recording));
-        runner.Add(std::move(playing));
-        if (out) {
-            runner.Add(*out);
-        }
-        RunBoth(runner, input, scene);
+    return RunStreams(
+        "loopback", options, roles, [&](Scene& scene, StreamRunner& runner, Outcome& outcome, RunPage* page) {
+            auto playing = std::make_unique<WaveOutput>(options.Device, std::move(file), runner.BufferBack());
+            WaveOutput& output = *playing;
+            output.PrepareBuffers(options.Buffers, options.BufferMilliseconds, 1);
+            scene.PlugIn(options.Device, simulator::InputSignal::Cable(output.Card(), output.Port()));
+            WaveInput* self = nullptr;
+            auto recording = std::make_unique<WaveInput>(
+                options.Device, format.Format(), runner.BufferBack(), [&](std::span<const char> bytes) {
+                    comparison.Take(bytes, OffsetOf(output, *self, scene));
+                    if (out) {
+                        out->Write(bytes);
+                    }
+                });
+            WaveInput& input = *recording;
+            self = &input;
+            if (page) {
+                page->Watch(output, false);
+                page->Watch(input, comparison);
+            }
+            input.PrepareBuffers(RecordingBuffers(options), options.BufferMilliseconds);
+            runner.Add(std::move(recording));
+            runner.Add(std::move(playing));
+            if (out) {
+                runner.Add(*out);
+            }
+            RunBoth(runner, input, scene);
 
-        if (out) {
-            out->Finish();
-        }
-        comparison.Finish();
-        AddStream(outcome, options.Device, StreamKind::Playing, runner.Reports()[1], scene.HasSimulator());
-        AddStream(outcome, options.Device, StreamKind::Recording, runner.Reports()[0], scene.HasSimulator());
-        AddComparison(outcome, comparison);
-    });
+            if (out) {
+                out->Finish();
+            }
+            comparison.Finish();
+            AddStream(outcome, options.Device, StreamKind::Playing, runner.Reports()[1],
+                      scene.HasSimulator());
+            AddStream(outcome, options.Device, StreamKind::Recording, runner.Reports()[0],
+                      scene.HasSimulator());
+            AddComparison(outcome, comparison);
+        });
 }
 
 }  // namespace kestvox

@@ -51,7 +51,8 @@ std::vector<WavReader> OpenFiles(const PlayOptions& options) {
 }
 
 // All devices are open before the first gets its buffers.
-void AddOutputs(const PlayOptions& options, std::vector<WavReader> files, StreamRunner& runner) {
+void AddOutputs(const PlayOptions& options, std::vector<WavReader> files, StreamRunner& runner,
+                RunPage* page) {
     std::vector<std::unique_ptr<WaveOutput>> outputs;
     for (size_t i = 0; i < options.Devices.size(); ++i) {
         outputs.push_back(
@@ -60,6 +61,9 @@ void AddOutputs(const PlayOptions& options, std::vector<WavReader> files, Stream
     for (auto& output : outputs) {
         if (options.Volume) {
             output->SetVolume(*options.Volume);
+        }
+        if (page) {
+            page->Watch(*output, options.Passes > 1);
         }
         output->PrepareBuffers(options.Buffers, options.BufferMilliseconds, options.Passes);
         runner.Add(std::move(output));
@@ -77,23 +81,24 @@ int Play(const PlayOptions& options) {
     for (const NamedFile& file : roles.Written) {
         captures.push_back(std::make_unique<CaptureFile>(file.Path));
     }
-    return RunStreams("play", options, roles, [&](Scene& scene, StreamRunner& runner, Outcome& outcome) {
-        for (size_t i = 0; i < captures.size(); ++i) {
-            captures[i]->Begin(scene, options.Devices[i], files[i].Format().nSamplesPerSec);
-            runner.Add(*captures[i]);
-        }
-        AddOutputs(options, std::move(files), runner);
-        runner.Start();
-        runner.RunToTheEnd();
-        runner.Close();
-        for (size_t i = 0; i < options.Devices.size(); ++i) {
-            AddStream(outcome, options.Devices[i], StreamKind::Playing, runner.Reports()[i],
-                      scene.HasSimulator());
-        }
-        for (const auto& capture : captures) {
-            capture->Finish();
-        }
-    });
+    return RunStreams("play", options, roles,
+                      [&](Scene& scene, StreamRunner& runner, Outcome& outcome, RunPage* page) {
+                          for (size_t i = 0; i < captures.size(); ++i) {
+                              captures[i]->Begin(scene, options.Devices[i], files[i].Format().nSamplesPerSec);
+                              runner.Add(*captures[i]);
+                          }
+                          AddOutputs(options, std::move(files), runner, page);
+                          runner.Start();
+                          runner.RunToTheEnd();
+                          runner.Close();
+                          for (size_t i = 0; i < options.Devices.size(); ++i) {
+                              AddStream(outcome, options.Devices[i], StreamKind::Playing, runner.Reports()[i],
+                                        scene.HasSimulator());
+                          }
+                          for (const auto& capture : captures) {
+                              capture->Finish();
+                          }
+                      });
 }
 
 WORD ParseVolume(const std::string& text) {

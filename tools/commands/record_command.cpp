@@ -144,30 +144,34 @@ int Record(const RecordOptions& asked) {
     RecordingFile file(options.File, format.Format);
     std::optional<EndOfPipe> end;
 
-    return RunStreams("record", options, roles, [&](Scene& scene, StreamRunner& runner, Outcome& outcome) {
-        scene.PlugIn(options.Device, std::move(signal));
-        auto owned = std::make_unique<WaveInput>(options.Device, format.Format, runner.BufferBack(),
-                                                 [&](std::span<const char> bytes) { file.Write(bytes); });
-        WaveInput& input = *owned;
-        input.PrepareBuffers(options.Buffers, options.BufferMilliseconds);
-        input.SetFrameCount(frames.value_or(WaveInput::Endless));
-        runner.Add(std::move(owned));
-        runner.Add(file);
-        if (feed) {
-            runner.Add(*feed);
-        }
-        if (!frames) {
-            runner.Add(end.emplace(*feed, input));
-        }
-        runner.Start();
-        runner.RunToTheEnd();
-        runner.Close();
+    return RunStreams(
+        "record", options, roles, [&](Scene& scene, StreamRunner& runner, Outcome& outcome, RunPage* page) {
+            scene.PlugIn(options.Device, std::move(signal));
+            auto owned = std::make_unique<WaveInput>(options.Device, format.Format, runner.BufferBack(),
+                                                     [&](std::span<const char> bytes) { file.Write(bytes); });
+            WaveInput& input = *owned;
+            if (page) {
+                page->Watch(input);
+            }
+            input.PrepareBuffers(options.Buffers, options.BufferMilliseconds);
+            input.SetFrameCount(frames.value_or(WaveInput::Endless));
+            runner.Add(std::move(owned));
+            runner.Add(file);
+            if (feed) {
+                runner.Add(*feed);
+            }
+            if (!frames) {
+                runner.Add(end.emplace(*feed, input));
+            }
+            runner.Start();
+            runner.RunToTheEnd();
+            runner.Close();
 
-        file.Finish();
-        StreamRunner::Report report = runner.Reports().front();
-        report.Status.Frames = input.FramesTaken();
-        AddStream(outcome, options.Device, StreamKind::Recording, report, scene.HasSimulator());
-    });
+            file.Finish();
+            StreamRunner::Report report = runner.Reports().front();
+            report.Status.Frames = input.FramesTaken();
+            AddStream(outcome, options.Device, StreamKind::Recording, report, scene.HasSimulator());
+        });
 }
 
 std::vector<std::string> RecordFormats() {

@@ -2,37 +2,9 @@
 
 #include <utility>
 
+#include "tools/system/json_text.h"
+
 namespace kestvox {
-namespace {
-
-std::string Quoted(const std::string& text) {
-    std::string quoted = "\"";
-    for (const char c : text) {
-        if (c == '"' || c == '\\') {
-            quoted += '\\';
-            quoted += c;
-        } else if (static_cast<unsigned char>(c) < ' ') {
-            char escape[8];
-            std::snprintf(escape, sizeof escape, "\\u%04X", static_cast<unsigned>(c));
-            quoted += escape;
-        } else {
-            quoted += c;
-        }
-    }
-    return quoted + "\"";
-}
-
-template <typename Items, typename Show>
-std::string List(const Items& items, Show show) {
-    std::string text;
-    for (const auto& item : items) {
-        text += (text.empty() ? "" : ", ") + show(item);
-    }
-    return text;
-}
-
-}  // namespace
-
 void Report::BeginStream() {
     ofStream_ = true;
     streams_.emplace_back();
@@ -62,18 +34,24 @@ void Report::PrintText(std::FILE* out) const {
     print(rest_);
 }
 
-void Report::PrintJson(std::FILE* out, const std::string& command, const std::string& problem,
-                       const std::vector<std::string>& losses, int status) const {
-    const auto member = [](const Line& line) { return Quoted(line.Key) + ": " + line.Json; };
-    const auto object = [&](const Lines& lines) { return "{" + List(lines, member) + "}"; };
-    std::string text = "{\"command\": " + Quoted(command);
-    text += ", \"streams\": [" + List(streams_, object) + "]";
+std::string Report::Json(const std::string& command, const std::string& problem,
+                         const std::vector<std::string>& losses, int status) const {
+    const auto member = [](const Line& line) { return QuotedJson(line.Key) + ": " + line.Json; };
+    const auto object = [&](const Lines& lines) {
+        std::string members;
+        for (const Line& line : lines) {
+            members += (members.empty() ? "" : ", ") + member(line);
+        }
+        return "{" + members + "}";
+    };
+    std::string text = "{\"command\": " + QuotedJson(command);
+    text += ", \"streams\": " + JsonList(streams_, object);
     for (const Line& line : rest_) {
         text += ", " + member(line);
     }
-    text += ", \"problem\": " + (problem.empty() ? "null" : Quoted(problem));
-    text += ", \"losses\": [" + List(losses, Quoted) + "]";
-    std::fprintf(out, "%s, \"status\": %d}\n", text.c_str(), status);
+    text += ", \"problem\": " + (problem.empty() ? "null" : QuotedJson(problem));
+    text += ", \"losses\": " + JsonList(losses, QuotedJson);
+    return text + ", \"status\": " + std::to_string(status) + "}";
 }
 
 }  // namespace kestvox

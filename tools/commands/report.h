@@ -26,10 +26,10 @@ public:
 
     void PrintText(std::FILE* out) const;
 
-    // In an object with "command", "streams", the keys that belong to no stream, "problem" (null: none),
+    // One object with "command", "streams", the keys that belong to no stream, "problem" (null: none),
     // "losses" and "status".
-    void PrintJson(std::FILE* out, const std::string& command, const std::string& problem,
-                   const std::vector<std::string>& losses, int status) const;
+    std::string Json(const std::string& command, const std::string& problem,
+                     const std::vector<std::string>& losses, int status) const;
 
 private:
     struct Line {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "tools/system/json_text.h"
 #include "tools/system/sheet_window.h"
 
 namespace kestvox {
@@ -216,36 +217,12 @@ std::string LineOf(const ControlText& control) {
     return line + LinesOfItems(control.Items, 0) + (control.Enabled ? "" : "  (disabled)");
 }
 
-std::string Quoted(const std::string& text) {
-    std::string quoted = "\"";
-    for (const char character : text) {
-        if (static_cast<unsigned char>(character) < ' ') {
-            char code[8];
-            std::snprintf(code, sizeof code, "\\u%04x", static_cast<unsigned>(character));
-            quoted += code;
-            continue;
-        }
-        quoted += character == '"' || character == '\\' ? "\\" : "";
-        quoted += character;
-    }
-    return quoted + "\"";
-}
-
-template <typename Element, typename Format>
-std::string JsonList(const std::vector<Element>& elements, Format format) {
-    std::string list;
-    for (const Element& element : elements) {
-        list += (list.empty() ? "" : ", ") + format(element);
-    }
-    return "[" + list + "]";
-}
-
 std::string JsonOfItem(const TreeItemText& item) {
-    return "{\"text\": " + Quoted(item.Text) + ", \"items\": " + JsonList(item.Items, JsonOfItem) + "}";
+    return "{\"text\": " + QuotedJson(item.Text) + ", \"items\": " + JsonList(item.Items, JsonOfItem) + "}";
 }
 
 std::string JsonOfControl(const ControlText& control) {
-    std::string json = "{\"kind\": " + Quoted(control.Kind);
+    std::string json = "{\"kind\": " + QuotedJson(control.Kind);
     const auto add = [&json](const char* name, const std::string& value) {
         json += std::string(", \"") + name + "\": " + value;
     };
@@ -253,7 +230,7 @@ std::string JsonOfControl(const ControlText& control) {
         add("number", std::to_string(control.Number));
     }
     if (control.Text) {
-        add("text", Quoted(*control.Text));
+        add("text", QuotedJson(*control.Text));
     }
     if (control.Checked) {
         add("checked", *control.Checked ? "true" : "false");
@@ -264,7 +241,7 @@ std::string JsonOfControl(const ControlText& control) {
         add("highest", std::to_string(control.Scale->Highest));
     }
     if (control.Entries) {
-        add("entries", JsonList(*control.Entries, Quoted));
+        add("entries", JsonList(*control.Entries, QuotedJson));
         add("chosen", control.Chosen < 0 ? "null" : std::to_string(control.Chosen));
     }
     if (!control.Items.empty()) {
@@ -313,8 +290,8 @@ std::string LinesOf(const PageText& page) {
 }
 
 std::string JsonOf(const PageText& page) {
-    return "{\"title\": " + Quoted(page.Title) + ", \"controls\": " + JsonList(page.Controls, JsonOfControl) +
-           "}";
+    return "{\"title\": " + QuotedJson(page.Title) +
+           ", \"controls\": " + JsonList(page.Controls, JsonOfControl) + "}";
 }
 
 HWND FindControl(HWND page, const WCHAR* className) {

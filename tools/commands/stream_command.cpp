@@ -58,7 +58,8 @@ void Print(const char* command, const StreamOptions& options, const FileRoles& f
            int status) {
     std::FILE* out = UsesStandardOutput(files) ? stderr : stdout;
     if (options.Json) {
-        outcome.Report.PrintJson(out, command, outcome.Problem, outcome.Losses, status);
+        std::fprintf(out, "%s\n",
+                     outcome.Report.Json(command, outcome.Problem, outcome.Losses, status).c_str());
     } else {
         outcome.Report.PrintText(out);
     }
@@ -71,10 +72,27 @@ void Print(const char* command, const StreamOptions& options, const FileRoles& f
     }
 }
 
-void AddTrace(FileRoles& files, const StreamOptions& options) {
+void AddCommonFiles(FileRoles& files, const StreamOptions& options) {
     if (!options.Trace.empty()) {
         files.Written.push_back({"--trace", options.Trace});
     }
+    if (!options.Page.empty()) {
+        files.Written.push_back({"--report", options.Page});
+    }
+}
+
+void SendRequests(Scene& scene, TraceFile* trace, RunPage* page) {
+    if (!trace && !page) {
+        return;
+    }
+    scene.Cards().SendTrace([=](const simulator::TraceEntry& entry) {
+        if (trace) {
+            trace->Take(entry);
+        }
+        if (page) {
+            page->Take(entry);
+        }
+    });
 }
 
 int StatusOf(const StreamOptions& options, const Outcome& outcome) {
@@ -83,6 +101,20 @@ int StatusOf(const StreamOptions& options, const Outcome& outcome) {
     }
     const bool failed = !outcome.Problem.empty() || (!outcome.Losses.empty() && !options.Tolerate);
     return failed ? ExitFailed : ExitSuccess;
+}
+
+// The exit status once the page is written, or could not be.
+int WritePage(RunPage& page, const char* command, const StreamOptions& options, Outcome& outcome,
+              int status) {
+    page.Finish({.Command = command,
+                 .Problem = outcome.Problem,
+                 .Losses = outcome.Losses,
+                 .Status = status,
+                 .Json = outcome.Report.Json(command, outcome.Problem, outcome.Losses, status)});
+    if (outcome.Problem.empty() && status <= ExitRefused) {
+        outcome.Problem = page.Problem();
+    }
+    return StatusOf(options, outcome);
 }
 
 }  // namespace
@@ -121,45 +153,58 @@ void AddStream(Outcome& outcome, unsigned number, StreamKind kind, const StreamR
 }
 
 void RequireDifferentFiles(FileRoles files, const StreamOptions& options) {
-    AddTrace(files, options);
+    AddCommonFiles(files, options);
     RequireDifferentFiles(files);
 }
 
 int RunStreams(const char* command, const StreamOptions& options, FileRoles files, const StreamWork& work) {
-    AddTrace(files, options);
+    AddCommonFiles(files, options);
     const InterruptGuard interrupts;
     const std::unique_ptr<TraceFile> trace =
         options.Trace.empty() ? nullptr : std::make_unique<TraceFile>(options.Trace);
+    const std::unique_ptr<RunPage> page =
+        options.Page.empty() ? nullptr : std::make_unique<RunPage>(options.Page);
     Outcome outcome;
     {
         Scene scene(options.Scene);
         if (options.SuspendAt) {
             scene.Cards();
         }
-        if (trace) {
-            trace->Begin(scene);
+        if (page) {
+            page->Begin(scene);
         }
+        SendRequests(scene, trace.get(), page.get());
         {
             StreamRunner runner(options, scene);
             if (trace) {
                 runner.Add(*trace);
             }
-            work(scene, runner, outcome);
+            if (page) {
+                runner.Add(*page);
+            }
+            work(scene, runner, outcome, page.get());
             outcome.Problem = runner.FirstProblem();
         }
         outcome.Report.EndStreams();
         AddUnreachedFaults(outcome, scene);
         if (scene.HasSimulator()) {
             outcome.Report.Add("requests-sent", scene.Cards().RequestCount());
+            scene.Cards().SendTrace({});
+        }
+        if (page) {
+            page->End();
         }
         if (trace) {
-            trace->Finish(scene);
+            trace->Finish();
             outcome.Problem = outcome.Problem.empty() ? trace->Problem() : outcome.Problem;
         }
     }
-    const int status = StatusOf(options, outcome);
+    int status = StatusOf(options, outcome);
     if (status > ExitRefused) {
         outcome.Problem.clear();
+    }
+    if (page) {
+        status = WritePage(*page, command, options, outcome, status);
     }
     Print(command, options, files, outcome, status);
     return status;

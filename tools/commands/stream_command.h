@@ -8,6 +8,7 @@
 #include "tools/commands/commands.h"
 #include "tools/commands/report.h"
 #include "tools/files/file_roles.h"
+#include "tools/page/run_page.h"
 #include "tools/streams/stream_runner.h"
 
 namespace kestvox {
@@ -26,10 +27,12 @@ enum class StreamKind { Playing, Recording };
 void AddStream(Outcome& outcome, unsigned device, StreamKind kind, const StreamRunner::Report& report,
                bool cardsAreSeen);
 
-// CommandError when two options name one file; `files` are those of the command, the trace not among them.
+// CommandError when two options name one file; `files` are those of the command, trace and page not among
+// them.
 void RequireDifferentFiles(FileRoles files, const StreamOptions& options);
 
-using StreamWork = std::function<void(Scene& scene, StreamRunner& runner, Outcome& outcome)>;
+// `page` is to watch the streams; null: no page is wanted.
+using StreamWork = std::function<void(Scene& scene, StreamRunner& runner, Outcome& outcome, RunPage* page)>;
 
 // Puts up the scene, lets `work` run its streams and tell of them, adds what the cards were asked, prints it
 // all, and answers the exit status. A loss fails the command unless losses are tolerated. The report goes to

@@ -1,10 +1,9 @@
 #include "tools/streams/input_feed.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstring>
 
 #include "tools/command_error.h"
+#include "tools/files/samples.h"
 #include "tools/files/wave_format.h"
 
 namespace kestvox {
@@ -14,39 +13,8 @@ using simulator::Frame;
 
 constexpr size_t FramesAtOnce = 4096;
 
-size_t SampleSize(const WAVEFORMATEX& format) {
-    return format.nChannels ? size_t{format.nBlockAlign} / format.nChannels : 0;
-}
-
-// Of fewer bytes than four: at the top. 8 bits are unsigned.
-int32_t WholeSample(const char* bytes, size_t size) {
-    uint32_t slot = 0;
-    std::memcpy(reinterpret_cast<char*>(&slot) + sizeof slot - size, bytes, size);
-    return static_cast<int32_t>(size == 1 ? slot ^ 0x80000000 : slot);
-}
-
-template <typename Float>
-int32_t FloatSample(const char* bytes) {
-    Float value;
-    std::memcpy(&value, bytes, sizeof value);
-    constexpr double FullScale = 2147483648.0;
-    const double scaled = std::isnan(value) ? 0 : std::nearbyint(static_cast<double>(value) * FullScale);
-    return static_cast<int32_t>(std::clamp(scaled, -FullScale, FullScale - 1));
-}
-
-int32_t SampleAt(const WAVEFORMATEX& format, const char* bytes) {
-    const size_t size = SampleSize(format);
-    if (!IsFloat(format)) {
-        return WholeSample(bytes, size);
-    }
-    return size == sizeof(float) ? FloatSample<float>(bytes) : FloatSample<double>(bytes);
-}
-
 bool CanBePluggedIn(const WAVEFORMATEX& format) {
-    const size_t size = SampleSize(format);
-    const bool isKnown = IsFloat(format) ? size == sizeof(float) || size == sizeof(double)
-                                         : IsWhole(format) && size >= 1 && size <= 4;
-    return isKnown && format.nChannels <= 2;
+    return (IsFloat(format) || IsWhole(format)) && HasKnownSamples(format);
 }
 
 }  // namespace
@@ -111,18 +79,16 @@ void InputFeed::ReadSome() {
     if (reader_.AtEnd() || !problem_.empty()) {
         return;
     }
-    const size_t frameSize = Format().nBlockAlign;
-    bytes_.resize(FramesAtOnce * frameSize);
+    bytes_.resize(FramesAtOnce * Format().nBlockAlign);
     try {
         bytes_.resize(reader_.Read(bytes_));
     } catch (const CommandError& error) {
         problem_ = error.what();
         return;
     }
-    for (size_t at = 0; at < bytes_.size(); at += frameSize) {
-        ahead_.push_back({SampleAt(Format(), &bytes_[at]),
-                          SampleAt(Format(), &bytes_[at + frameSize - SampleSize(Format())])});
-    }
+    std::vector<Frame> frames;
+    AppendFrames(Format(), bytes_, frames);
+    ahead_.insert(ahead_.end(), frames.begin(), frames.end());
 }
 
 }  // namespace kestvox

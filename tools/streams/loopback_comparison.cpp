@@ -28,6 +28,9 @@ void LoopbackComparison::Compare(std::span<const char> recorded) {
     part_.resize(recorded.size());
     const size_t count = played_.Read(part_);
     const size_t size = FrameSize() / played_.Format().nChannels;
+    if (observer_) {
+        observer_(std::span(part_).first(count), recorded.first(count));
+    }
     for (size_t at = 0; at < count; at += size) {
         samplesLost_ += std::memcmp(&recorded[at], &part_[at], size) == 0 ? 0 : 1;
     }
@@ -36,9 +39,13 @@ void LoopbackComparison::Compare(std::span<const char> recorded) {
 void LoopbackComparison::Drop(uint64_t frames) {
     while (frames > 0 && !played_.AtEnd()) {
         part_.resize(static_cast<size_t>(std::min(frames, FramesAtOnce)) * FrameSize());
-        const uint64_t dropped = played_.Read(part_) / FrameSize();
+        const size_t bytes = played_.Read(part_);
+        const uint64_t dropped = bytes / FrameSize();
         if (dropped == 0) {
             return;
+        }
+        if (observer_) {
+            observer_(std::span(part_).first(bytes), {});
         }
         samplesLost_ += dropped * played_.Format().nChannels;
         frames -= dropped;

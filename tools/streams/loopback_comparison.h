@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <vector>
@@ -14,6 +15,11 @@ class LoopbackComparison {
 public:
     // `played` is the file from its beginning.
     explicit LoopbackComparison(WavReader played) : played_(std::move(played)) {}
+
+    // Is given what was played and what was recorded of it, as many bytes of each; or nothing recorded, when
+    // that did not come.
+    using Observer = std::function<void(std::span<const char> played, std::span<const char> recorded)>;
+    void SendCompared(Observer observer) { observer_ = std::move(observer); }
 
     // The next recorded bytes, whole frames. `offset` is the frame of the recording at which the first played
     // one must be, by the cards' clock; nothing while the playback has not begun.
@@ -35,6 +41,7 @@ private:
     uint64_t framesTaken_ = 0;  // of the recording
     uint64_t samplesLost_ = 0;
     std::vector<char> part_;
+    Observer observer_;
 };
 
 }  // namespace kestvox

@@ -15,6 +15,7 @@ struct StreamOptions {
     unsigned BufferMilliseconds = 50;
     std::optional<double> SuspendAt;  // seconds of the first stream: the computer sleeps and wakes there
     std::string Trace;                // empty: none
+    std::string Page;                 // where to write a page about the run; empty: none
     bool Quiet = false;               // no progress line
     bool Json = false;                // the report as one JSON object
     bool Tolerate = false;            // a loss does not fail the command

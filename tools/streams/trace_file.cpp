@@ -11,11 +11,9 @@ constexpr size_t LongestEnd = 4096;  // of the file: its last events, and room f
 
 }  // namespace
 
-void TraceFile::Begin(Scene& scene) {
-    scene.Cards().SendTrace([this](const simulator::TraceEntry& entry) {
-        const std::lock_guard guard(mutex_);
-        waiting_.push_back(entry);
-    });
+void TraceFile::Take(const simulator::TraceEntry& entry) {
+    const std::lock_guard guard(mutex_);
+    waiting_.push_back(entry);
 }
 
 void TraceFile::Advance() {
@@ -36,8 +34,7 @@ void TraceFile::WriteText() {
     text_.str({});
 }
 
-void TraceFile::Finish(Scene& scene) {
-    scene.Cards().SendTrace({});
+void TraceFile::Finish() {
     Advance();
     file_.Flush();
     if (!file_.Problem().empty() && file_.IsRegular()) {

@@ -8,7 +8,6 @@
 
 #include "simulator/trace/trace.h"
 #include "tools/files/output_file.h"
-#include "tools/machine/scene.h"
 #include "tools/streams/side_work.h"
 
 namespace kestvox {
@@ -18,14 +17,15 @@ public:
     // CommandError when the file cannot be made.
     explicit TraceFile(const std::string& path) : file_(path), trace_(text_) {}
 
-    // From now on, until Finish; this outlives the scene. CommandError when the cards are not simulated.
-    void Begin(Scene& scene);
+    // The next request, on any thread.
+    void Take(const simulator::TraceEntry& entry);
 
     void Advance() override;
     std::string Problem() const override { return file_.Problem(); }
 
-    // Also when not all could be written: the file then ends after the last request that was.
-    void Finish(Scene& scene);
+    // There is no more. Also when not all could be written: the file then ends after the last request that
+    // was.
+    void Finish();
 
 private:
     void WriteText();

@@ -95,7 +95,7 @@ void WaveInput::Take(Buffer& buffer) {
         taken_[index] = true;
         bytesTaken_ += buffer.Header.dwBytesRecorded;
         emptyBack_ += buffer.Header.dwBytesRecorded == 0 && !stopped_ ? 1 : 0;
-        NoteLevel({buffer.Header.lpData, buffer.Header.dwBytesRecorded});
+        NoteSamples({buffer.Header.lpData, buffer.Header.dwBytesRecorded});
         sink_({buffer.Header.lpData, buffer.Header.dwBytesRecorded});
     }
 }

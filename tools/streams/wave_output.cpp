@@ -97,7 +97,7 @@ bool WaveOutput::Fill(Buffer& buffer) {
         return false;
     }
     allWritten_ = file_.AtEnd();
-    NoteLevel({header.lpData, header.dwBufferLength});
+    NoteSamples({header.lpData, header.dwBufferLength});
     return header.dwBufferLength > 0;
 }
 

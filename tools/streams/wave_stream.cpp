@@ -133,7 +133,13 @@ void WaveStream::CheckReturns() {
     }
 }
 
-// By the upper two bytes of each sample.
+void WaveStream::NoteSamples(std::span<const char> samples) {
+    NoteLevel(samples);
+    if (sampleSink_) {
+        sampleSink_(samples);
+    }
+}
+
 void WaveStream::NoteLevel(std::span<const char> samples) {
     const size_t size = Format().nChannels ? size_t{Format().nBlockAlign} / Format().nChannels : 0;
     if (!watchesLevel_ || !IsWhole(Format()) || size < 1 || size > sizeof(int32_t)) {

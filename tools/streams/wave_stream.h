@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -79,6 +80,11 @@ public:
     void WatchLevel() { watchesLevel_ = true; }
     std::optional<double> TakeLevel();
 
+    // Is given the bytes of each buffer on the owner's thread: before it is handed over to be played, or as
+    // it comes back recorded.
+    using SampleSink = std::function<void(std::span<const char>)>;
+    void SendSamples(SampleSink sink) { sampleSink_ = std::move(sink); }
+
     // The first thing that went wrong, or empty. One line, begins with the device.
     const std::string& Problem();
 
@@ -121,11 +127,12 @@ protected:
                                  const FormatQueries& queries) const;
     void Require(const char* call, MMRESULT result) const;  // CommandError
     bool Check(const char* call, MMRESULT result);
-    void NoteLevel(std::span<const char> samples);
+    void NoteSamples(std::span<const char> samples);
     void CheckReturns();
     void NoteProblem(const std::string& problem);
 
 private:
+    void NoteLevel(std::span<const char> samples);
     std::string Failure(const char* call, MMRESULT result) const;
 
     UINT device_;
@@ -136,6 +143,7 @@ private:
     std::unique_ptr<Buffer[]> buffers_;
     unsigned bufferCount_ = 0;
     std::string problem_;
+    SampleSink sampleSink_;
     bool watchesLevel_ = false;
     double peak_ = 0;  // 1 is full scale
 };

@@ -1,0 +1,161 @@
+// The page that --report writes. What a browser makes of it is script/check-report's business.
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <sstream>
+
+#include "tests/tools/command_runner.h"
+#include "tests/tools/scratch_folder.h"
+#include "tests/tools/wav_bytes.h"
+#include "tools/files/wave_format.h"
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+class ReportPage : public testing::Test {
+protected:
+    ReportPage() { WriteFile(folder_.Path("in.wav"), WavFile({}, NoiseBytes(20000))); }
+
+    // What the command printed; its page is in Page.
+    CommandResult Run(Words words) {
+        words.insert(words.end(), {"--time", "stepped", "--report", folder_.Path("out.html")});
+        CommandResult result = RunCommand(words);
+        page_ = ReadFile(folder_.Path("out.html"));
+        return result;
+    }
+    CommandResult Play(const Words& more) {
+        Words words = {"play", folder_.Path("in.wav")};
+        words.insert(words.end(), more.begin(), more.end());
+        return Run(words);
+    }
+    std::string Between(const std::string& begin, const std::string& end) const {
+        const size_t from = page_.find(begin) + begin.size();
+        return page_.substr(from, page_.find(end, from) - from);
+    }
+    std::string Losses() const { return Between("<section id=\"losses\"", "</section>"); }
+    std::string Watched() const { return Between("id=\"watched\">\n", "\n</script>"); }
+    // The numbers that stand behind a key in what was gathered, one for each time.
+    std::vector<uint64_t> Numbers(const std::string& key) const {
+        const std::string text = Watched();
+        const std::regex number("\"" + key + "\": (\\d+)");
+        std::vector<uint64_t> numbers;
+        for (std::sregex_iterator at(text.begin(), text.end(), number), end; at != end; ++at) {
+            numbers.push_back(std::stoull((*at)[1]));
+        }
+        return numbers;
+    }
+
+    const ScratchFolder folder_;
+    std::string page_;
+};
+
+TEST_F(ReportPage, HoldsTheObjectThatJsonPrintsAndNamesNothingElsewhere) {
+    const CommandResult result = Play({"--json", "--device", "0,1"});
+    EXPECT_EQ(result.Status, 0) << result.Errors;
+    EXPECT_EQ(Between("id=\"run\">\n", "</script>"), result.Output);
+    EXPECT_NE(Losses().find("Nothing was lost."), std::string::npos) << Losses();
+    EXPECT_EQ(Numbers("differences"), (std::vector<uint64_t>{0, 0}));
+    uint64_t requests = 0;
+    for (const uint64_t count : Numbers("count")) {
+        requests += count;
+    }
+    EXPECT_NE(result.Output.find("\"requests-sent\": " + std::to_string(requests) + ","), std::string::npos);
+    EXPECT_FALSE(std::regex_search(page_, std::regex("<[a-z]+ [^>]*(src|href) *=|url\\(|@import")));
+    EXPECT_NE(page_.find("default-src 'none'"), std::string::npos);
+}
+
+// A buffer of 2205 frames that the card never played, in the middle.
+TEST_F(ReportPage, SaysWhatWasLostAndShowsWhere) {
+    const CommandResult result = Play({"--fault", "QUEUE_BUFFER:3"});
+    EXPECT_EQ(result.Status, 1);
+    std::string line;
+    for (std::istringstream errors(result.Errors); std::getline(errors, line);) {
+        EXPECT_NE(Losses().find("<li>" + line.substr(std::string("kestvox: ").size()) + "</li>"),
+                  std::string::npos)
+            << line;
+    }
+    EXPECT_NE(result.Errors, "");
+    EXPECT_EQ(Losses().find("Nothing was lost."), std::string::npos);
+    EXPECT_EQ(Numbers("differences"), std::vector<uint64_t>{2205});
+    EXPECT_EQ(Numbers("first-difference"), std::vector<uint64_t>{2 * 2205});
+    EXPECT_NE(Play({"--fault", "QUEUE_BUFFER:3", "--tolerate"}).Status, 1);
+    EXPECT_NE(Losses().find("and tolerated"), std::string::npos) << Losses();
+    EXPECT_EQ(Play({"--fault", "completion:3:lost"}).Status, 1);
+    EXPECT_NE(Losses().find("nothing moved for 5.1 s"), std::string::npos) << Losses();
+}
+
+// Every encoding that a device takes is read as the driver reads it. A coded bit stream has no samples.
+TEST_F(ReportPage, FindsNoDifferenceInAnyEncoding) {
+    for (const kestvox::SampleEncoding& encoding : kestvox::AllEncodings()) {
+        if (encoding.ValidBits == 32) {
+            continue;  // no device takes it
+        }
+        SCOPED_TRACE(encoding.Name);
+        const WavFormat format{.Tag = encoding.Tag,
+                               .Bits = encoding.Bits,
+                               .BytesPerSample = encoding.BytesPerSample,
+                               .ValidBits = encoding.ValidBits};
+        WriteFile(folder_.Path("any.wav"), WavFile(format, NoiseBytes(5000, format)));
+        const CommandResult result = Run({"play", folder_.Path("any.wav"), "--device", "1"});
+        EXPECT_EQ(result.Status, 0) << result.Errors;
+        EXPECT_EQ(Numbers("differences"), std::vector<uint64_t>{0});
+        EXPECT_EQ(Watched().find("\"compared\": true") != std::string::npos,
+                  encoding.Tag != WAVE_FORMAT_DOLBY_AC3_SPDIF);
+    }
+}
+
+// The last of two buffers comes back late, and the card has nothing to play meanwhile.
+TEST_F(ReportPage, ShowsWhereTheCardHadNoBuffer) {
+    const CommandResult result = Play({"--buffers", "2", "--fault", "completion:4:late=200000"});
+    ASSERT_EQ(result.Values("underruns"), Words{"1"});
+    EXPECT_NE(Watched().find("\"gaps\": [{\"frame\": " + result.Values("first-underrun").at(0) +
+                             ", \"length\": " + result.Values("longest-underrun").at(0) + "}]"),
+              std::string::npos);
+    EXPECT_EQ(Numbers("differences"), std::vector<uint64_t>{0});
+}
+
+TEST_F(ReportPage, ComparesWhatComesBackThroughTheCable) {
+    const Words words = {"loopback", folder_.Path("in.wav"), "--lock"};
+    ASSERT_EQ(Run(words).Status, 0);
+    EXPECT_EQ(Numbers("differences"), (std::vector<uint64_t>{0, 0}));
+    EXPECT_NE(Watched().find("\"kind\": \"recording\""), std::string::npos);
+    EXPECT_EQ(Watched().find("\"compared\": false"), std::string::npos);
+}
+
+TEST_F(ReportPage, GoesWhereOtherOutputsGo) {
+    const struct {
+        const char* Line;
+        const char* Found;
+    } cases[] = {
+        {"$K play in.wav --time stepped --report - 2>r | head -1; grep frames-played r",
+         "<!DOCTYPE html>\nframes-played: 20000\n"},
+        {"$K play in.wav --time stepped --report in.wav 2>&1", "FILE and --report name the same file"},
+        {"$K play in.wav --time stepped --report a --trace a 2>&1",
+         "--trace and --report name the same file"},
+        {"$K play in.wav --time stepped --report /dev/full 2>&1 | grep full",
+         "kestvox: /dev/full: cannot write: No space left on device\n"},
+    };
+    for (const auto& c : cases) {
+        const CommandResult result = RunShell(c.Line, folder_.Path(""));
+        EXPECT_NE(result.Output.find(c.Found), std::string::npos) << c.Line << "\n" << result.Output;
+    }
+    EXPECT_EQ(ReadFile(folder_.Path("in.wav")), WavFile({}, NoiseBytes(20000)));
+}
+
+// Ten minutes, and a loop that plays as long.
+TEST_F(ReportPage, StaysSmallHoweverLongTheRunIs) {
+    const WavFormat format{.Channels = 1, .Rate = 8000, .Bits = 8, .BytesPerSample = 1};
+    WriteFile(folder_.Path("long.wav"), WavFile(format, NoiseBytes(600 * 8000, format)));
+    WriteFile(folder_.Path("short.wav"), WavFile(format, NoiseBytes(6 * 8000, format)));
+    for (const Words& words : {Words{"play", folder_.Path("long.wav"), "--buffer-ms", "500"},
+                               Words{"play", folder_.Path("short.wav"), "--loops", "100"}}) {
+        const CommandResult result = Run(words);
+        ASSERT_EQ(result.Status, 0) << result.Errors;
+        EXPECT_LT(page_.size(), 300000u);
+        EXPECT_EQ(Numbers("frames-per-column"), std::vector<uint64_t>{4096});
+        EXPECT_EQ(Numbers("differences"), std::vector<uint64_t>{0});
+    }
+}
+
+}  // namespace
