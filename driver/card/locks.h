@@ -2,10 +2,9 @@
 //
 // - DriverMutex, between processes: each stream's queue, ledger and shadow buffers, and a whole completion
 //   with its client callback, so it may be held for as long as a client likes.
-// - ClockMutex, between processes: the programming of a group's clock, from the look at its rate to the
-// rate's
-//   being noted, and the initialisation of a card. Held over requests and their waits, up to 0.7 s. A process
-//   that dies inside leaves no rate behind: the next one programs the clock anew.
+// - ClockMutex, between processes: the programming of a group's clock, from the look at its rate to the note
+//   of it, and the initialisation of a card. Held over requests and their waits, up to 0.7 s. A process that
+//   dies inside leaves no rate behind: the next one programs the clock anew.
 // - A stream's control: the starts, stops and power states of its port. Held over requests only.
 // - SequenceMutex, between processes: requests that belong together, as an index and its data, or the start
 //   or stop of one stream among the others on its clock. Held over requests only.
