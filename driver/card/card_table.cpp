@@ -49,17 +49,8 @@ void ForgetRunState(CardRecord& card) {
         card.OutputCounted[port] = 0;
     }
     card.OpenInputs = 0;
-    card.RunningInputs = 0;
     card.OpenOutputs = 0;
-    card.RunningOutputs = 0;
-    card.GroupRate = 0;
-    card.SyncStart = 0;
-    card.SyncWithOutput = 0;
-    card.StartsWaiting = 0;
-    card.WakeUpsWaiting = 0;
-    card.RunsBegun = 0;
-    card.WakingOutputs = 0;
-    card.WakingInputs = 0;
+    ForgetClock(card);
 }
 
 }  // namespace
@@ -141,6 +132,19 @@ MMRESULT CardEnable(DWORD ordinal) {
     }
     ++card->EnableCount;
     return MMSYSERR_NOERROR;
+}
+
+void ForgetClock(CardRecord& master) {
+    master.RunningInputs = 0;
+    master.RunningOutputs = 0;
+    master.WakingInputs = 0;
+    master.WakingOutputs = 0;
+    master.GroupRate = 0;
+    master.SyncStart = 0;
+    master.SyncWithOutput = 0;
+    master.StartsWaiting = 0;
+    master.WakeUpsWaiting = 0;
+    master.RunsBegun = 0;
 }
 
 void SoftResetCards() {

@@ -37,6 +37,9 @@ MMRESULT CardDetach(DWORD ordinal);
 // MMSYSERR_INVALHANDLE without a record, MMSYSERR_NODRIVER when its device cannot be opened.
 MMRESULT CardEnable(DWORD ordinal);
 
+// The rate of the card's clock, and the run of the streams on it, when none is left. Under SequenceMutex.
+void ForgetClock(CardRecord& master);
+
 // Soft-resets the kernel driver's state of every card and forgets every run state. Streams and handles
 // that applications hold are left as they are.
 void SoftResetCards();

@@ -99,16 +99,7 @@ void ForgetIdleClock(CardRecord& master) {
     DriverLock lock;
     MutexLock starts(SequenceMutex);
     if (master.OpenOutputs == 0 && master.OpenInputs == 0) {
-        master.RunningOutputs = 0;
-        master.RunningInputs = 0;
-        master.GroupRate = 0;
-        master.SyncStart = 0;
-        master.SyncWithOutput = 0;
-        master.StartsWaiting = 0;
-        master.WakeUpsWaiting = 0;
-        master.RunsBegun = 0;
-        master.WakingOutputs = 0;
-        master.WakingInputs = 0;
+        ForgetClock(master);
     }
 }
 
