@@ -14,6 +14,7 @@
 
 #include "tests/interleaving/stream.h"
 #include "tests/processes/companion.h"
+#include "tests/reliability/stride.h"
 #include "tests/support/driver_library.h"
 #include "tests/support/system.h"
 #include "tests/support/wave_player.h"
@@ -72,7 +73,8 @@ unsigned ClaimedOutputs(const simulator::Simulator& cards) {
 // Twenty programs let the driver go four times each, and then end.
 TEST(Unload, InTheMiddleOfEverything) {
     SharedMachine machine;
-    for (unsigned generation = 0; generation < Generations && !testing::Test::HasFailure(); ++generation) {
+    for (unsigned generation = 0; generation < Generations && !testing::Test::HasFailure();
+         generation += RoundStep) {
         SCOPED_TRACE(testing::Message() << "generation " << generation);
         machine.Renew();
         std::vector<std::unique_ptr<Companion>> programs;

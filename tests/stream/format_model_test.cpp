@@ -3,6 +3,7 @@
 #include <optional>
 #include <random>
 
+#include "tests/reliability/stride.h"
 #include "tests/support/driver_test.h"
 #include "tests/support/wave_player.h"
 #include "tests/support/wave_recorder.h"
@@ -121,7 +122,7 @@ TEST_F(FormatModelTest, QueryAndOpenAnswerAsTheRulesSay) {
         StoreSetting(0, TEXT("DitherADC"), setting.DitherADC);
         waveOutGetNumDevs();
         Cards().PlugIn(0, Port::Digital, simulator::InputSignal::Run({}));
-        for (int count = 0; count < 1000 && !HasFatalFailure(); ++count) {
+        for (int count = 0; count < 1000 && !HasFatalFailure(); count += RoundStep) {
             const WaveFormat format = Any();
             const WAVEFORMATEX& basic = format;
             for (const UINT device : {Analog, Digital}) {

@@ -4,6 +4,7 @@
 #include <random>
 
 #include "convert/capture.h"
+#include "tests/reliability/stride.h"
 #include "tests/support/input_test.h"
 
 namespace {
@@ -164,7 +165,7 @@ TEST_F(RecordedModelTest, EachBufferHoldsWhatTheCardRecordedIntoIt) {
         ExtensibleFormat(Rate, 1, 24, 24),
         ExtensibleFormat(Rate, 2, 32, 20),
     };
-    for (int round = 0; round < 96 && !HasFatalFailure(); ++round) {
+    for (int round = 0; round < 96 && !HasFatalFailure(); round += RoundStep) {
         dither_ = Draw(5);
         side_ = Draw(2) != 0 ? Justified::Left : Justified::Right;
         device_ = Draw(2);
