@@ -59,9 +59,11 @@ void ThreadObject::BecomeQuietLocked() {
         return;
     }
     busy_ = false;
-    const std::lock_guard hold(Busy().Lock);
-    --Busy().Count;
-    Busy().Fewer.notify_all();
+    {
+        const std::lock_guard hold(Busy().Lock);
+        --Busy().Count;
+    }
+    Busy().Fewer.notify_all();  // it needs the lock to go on
 }
 
 bool ThreadObject::IsBusy() {
