@@ -4,32 +4,17 @@
 
 #include "config_ui/resource.h"
 #include "tests/support/sheet_test.h"
-#include "tests/support/text.h"
 
 namespace {
 
-constexpr const char16_t* Key = u"Software\\Zephyr Harmonic Works\\Kestrelvox\\Configuration";
-
-class AsioEasiPageTest : public SheetTest {
-protected:
-    static void StoreSize(const WCHAR* name, DWORD type, const std::vector<BYTE>& data) {
-        HKEY key = nullptr;
-        ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, Wide(Key), &key), ERROR_SUCCESS);
-        RegSetValueExW(key, name, 0, type, data.data(), static_cast<DWORD>(data.size()));
-        RegCloseKey(key);
-    }
-
-    static std::optional<DWORD> StoredSize(const std::u16string& name) {
-        return NumberIn(ReadRegistry(Key, name));
-    }
-};
+using AsioEasiPageTest = SheetTest;
 
 TEST_F(AsioEasiPageTest, EachSliderHasItsOwnTimeAndValue) {
     Sheet& first = Open();
     const SheetPage page = first.Show(u"ASIO + EASI");
     EXPECT_EQ(page.Text(IDC_ASIO_BUFFER_TIME), u"80 ms");
     EXPECT_EQ(page.Text(IDC_EASI_BUFFER_TIME), u"80 ms");
-    EXPECT_FALSE(RegistryKeyExists(Key) || first.CanApply());
+    EXPECT_FALSE(RegistryKeyExists(CommonKey) || first.CanApply());
     page.Press(IDC_ASIO_BUFFER, VK_HOME);
     EXPECT_TRUE(first.CanApply());
     page.Slide(IDC_EASI_BUFFER, 123);
@@ -41,8 +26,8 @@ TEST_F(AsioEasiPageTest, EachSliderHasItsOwnTimeAndValue) {
     EXPECT_EQ(page.Text(IDC_EASI_BUFFER_TIME), u"1000 ms");
     first.Cancel();
     first.Closed();
-    EXPECT_EQ(StoredSize(u"AsioBufferSize"), 2u);
-    EXPECT_EQ(StoredSize(u"EasiBufferSize"), 123u) << "the last change is cancelled";
+    EXPECT_EQ(StoredBufferSize(u"AsioBufferSize"), 2u);
+    EXPECT_EQ(StoredBufferSize(u"EasiBufferSize"), 123u) << "the last change is cancelled";
     EXPECT_EQ(Open().Show(u"ASIO + EASI").Text(IDC_EASI_BUFFER_TIME), u"246 ms");
 }
 
@@ -79,12 +64,12 @@ TEST_F(AsioEasiPageTest, OnlyAFourByteBinaryValueCounts) {
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.What);
-        StoreSize(TEXT("AsioBufferSize"), each.Type, each.Data);
+        StoreBufferSize(TEXT("AsioBufferSize"), each.Type, each.Data);
         Sheet& sheet = Open();
         EXPECT_EQ(sheet.Show(u"ASIO + EASI").Position(IDC_ASIO_BUFFER), each.Position);
         sheet.Ok();
         sheet.Closed();
-        EXPECT_EQ(StoredSize(u"AsioBufferSize"), static_cast<DWORD>(each.Position));
+        EXPECT_EQ(StoredBufferSize(u"AsioBufferSize"), static_cast<DWORD>(each.Position));
     }
 }
 

@@ -103,9 +103,8 @@ protected:
     // The last page is the sheet's own, the others are the card's.
     std::optional<RegistryValue> Stored() {
         const PageWalk& walk = GetParam();
-        const std::u16string common = u"Software\\Zephyr Harmonic Works\\Kestrelvox\\Configuration";
         return walk.Stored == nullptr ? std::nullopt
-                                      : ReadRegistry(walk.Page == 4 ? common : ConfigKey(), walk.Stored);
+                                      : ReadRegistry(walk.Page == 4 ? CommonKey : ConfigKey(), walk.Stored);
     }
 };
 

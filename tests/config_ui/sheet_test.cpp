@@ -123,7 +123,7 @@ TEST_F(SheetFrameTest, PageThatWasNeverShownStoresNothing) {
     sheet.Ok();
     sheet.Closed();
     EXPECT_TRUE(RegistryKeyExists(ConfigKey()));
-    EXPECT_FALSE(RegistryKeyExists(u"Software\\Zephyr Harmonic Works\\Kestrelvox\\Configuration"));
+    EXPECT_FALSE(RegistryKeyExists(CommonKey));
 }
 
 TEST_F(SheetFrameTest, EachPageAndControlHasItsHelp) {

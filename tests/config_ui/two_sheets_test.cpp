@@ -7,11 +7,9 @@
 #include "config_ui/resource.h"
 #include "tests/support/clock_tree_user.h"
 #include "tests/support/sheet_test.h"
-#include "tests/support/text.h"
 
 namespace {
 
-constexpr const char16_t* BufferKey = u"Software\\Zephyr Harmonic Works\\Kestrelvox\\Configuration";
 constexpr const char16_t* Clocks = u"Clocks + Sync";
 
 class TwoSheetsTest : public SheetTest {
@@ -83,8 +81,8 @@ TEST_F(TwoSheetsTest, ALaterOkKeepsWhatTheOtherStored) {
     EXPECT_EQ(StoredNumber(u"ClockSource", 1), 64u);
     EXPECT_EQ(ReadRegistry(ConfigKey(2), u"Master"),
               TextValue(REG_SZ, simulator::Simulator::RegistryPath(1)));
-    EXPECT_EQ(NumberIn(ReadRegistry(BufferKey, u"AsioBufferSize")), 100u);
-    EXPECT_EQ(NumberIn(ReadRegistry(BufferKey, u"EasiBufferSize")), 200u);
+    EXPECT_EQ(StoredBufferSize(u"AsioBufferSize"), 100u);
+    EXPECT_EQ(StoredBufferSize(u"EasiBufferSize"), 200u);
 }
 
 TEST_F(TwoSheetsTest, WhatBothChangeIsTheLaters) {
@@ -182,14 +180,10 @@ TEST_F(TwoSheetsTest, ABufferSizeThatIsNoneIsReplaced) {
         Sheet& sheet = Open();
         sheet.Show(u"ASIO + EASI").Slide(IDC_ASIO_BUFFER, 100);
         sheet.Apply();
-        HKEY key = nullptr;
-        ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, Wide(BufferKey), &key), ERROR_SUCCESS);
-        RegSetValueExW(key, TEXT("AsioBufferSize"), 0, each.Type, each.Data.data(),
-                       static_cast<DWORD>(each.Data.size()));
-        RegCloseKey(key);
+        StoreBufferSize(TEXT("AsioBufferSize"), each.Type, each.Data);
         sheet.Ok();
         sheet.Closed();
-        EXPECT_EQ(NumberIn(ReadRegistry(BufferKey, u"AsioBufferSize")), each.Stored);
+        EXPECT_EQ(StoredBufferSize(u"AsioBufferSize"), each.Stored);
     }
 }
 

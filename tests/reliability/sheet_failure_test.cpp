@@ -118,7 +118,7 @@ protected:
                 Append(state, ConfigKey(card), name);
             }
         }
-        Append(state, u"Software\\Zephyr Harmonic Works\\Kestrelvox\\Configuration", u"AsioBufferSize");
+        Append(state, CommonKey, u"AsioBufferSize");
         return state;
     }
 

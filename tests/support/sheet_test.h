@@ -2,10 +2,13 @@
 #pragma once
 
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "tests/support/driver_test.h"
 #include "tests/support/registry.h"
 #include "tests/support/sheet.h"
+#include "tests/support/text.h"
 
 class SheetTest : public DriverTest {
 protected:
@@ -43,11 +46,26 @@ protected:
         return simulator::Simulator::RegistryPath(card) + u"\\Config";
     }
 
+    // Of what all cards share.
+    static constexpr const char16_t* CommonKey =
+        u"Software\\Zephyr Harmonic Works\\Kestrelvox\\Configuration";
+
+    static void StoreBufferSize(const WCHAR* name, DWORD type, const std::vector<BYTE>& data) {
+        HKEY key = nullptr;
+        ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, Wide(CommonKey), &key), ERROR_SUCCESS);
+        RegSetValueExW(key, name, 0, type, data.data(), static_cast<DWORD>(data.size()));
+        RegCloseKey(key);
+    }
+    static std::optional<DWORD> StoredBufferSize(const std::u16string& name) {
+        return NumberIn(ReadRegistry(CommonKey, name));
+    }
+
     // Nothing when it is not stored, or not as a number in four bytes.
     static std::optional<DWORD> StoredNumber(const std::u16string& name, unsigned card = 0) {
         return NumberIn(ReadRegistry(ConfigKey(card), name));
     }
 
+private:
     static std::optional<DWORD> NumberIn(const std::optional<RegistryValue>& value) {
         if (!value || value->Type != REG_BINARY || value->Bytes.size() != sizeof(DWORD)) {
             return std::nullopt;
@@ -55,7 +73,6 @@ protected:
         return *reinterpret_cast<const DWORD*>(value->Bytes.data());
     }
 
-private:
     std::optional<DriverLibrary> library_;
     std::optional<Sheet> sheet_;
 };
