@@ -27,6 +27,17 @@ std::string ReadWhole(const fs::path& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+// What is in a folder, as far as it can be told: another process may remove it meanwhile.
+std::vector<fs::path> EntriesOf(const fs::path& folder) {
+    std::vector<fs::path> entries;
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error); entry != fs::directory_iterator();
+         entry.increment(error)) {
+        entries.push_back(entry->path());
+    }
+    return entries;
+}
+
 }  // namespace
 
 bool JoinMachine(const std::string& name) {
@@ -44,14 +55,14 @@ bool DeleteMachine(const std::string& name) {
 // A process is on a machine when it has one of its regions in its memory.
 std::vector<NamedMachine> ListNamedMachines() {
     std::vector<NamedMachine> machines;
-    std::error_code error;
     const fs::path folder = "/dev/shm/kestvox-" + std::to_string(getuid());
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
-        NamedMachine machine{
-            .Name = entry.path().filename().string(), .Bytes = 0, .Regions = {}, .Users = {}};
-        for (const fs::directory_entry& region : fs::directory_iterator(entry.path(), error)) {
-            if (const std::string name = region.path().filename().string(); !name.starts_with('.')) {
-                machine.Bytes += region.file_size(error);
+    for (const fs::path& path : EntriesOf(folder)) {
+        NamedMachine machine{.Name = path.filename().string(), .Bytes = 0, .Regions = {}, .Users = {}};
+        for (const fs::path& region : EntriesOf(path)) {
+            std::error_code error;
+            const uintmax_t size = fs::file_size(region, error);
+            if (const std::string name = region.filename().string(); !error && !name.starts_with('.')) {
+                machine.Bytes += size;
                 machine.Regions.push_back(name);
             }
         }
@@ -59,15 +70,15 @@ std::vector<NamedMachine> ListNamedMachines() {
         machines.push_back(std::move(machine));
     }
     std::ranges::sort(machines, {}, &NamedMachine::Name);
-    for (const fs::directory_entry& process : fs::directory_iterator("/proc", error)) {
-        const std::string number = process.path().filename().string();
+    for (const fs::path& process : EntriesOf("/proc")) {
+        const std::string number = process.filename().string();
         if (number.find_first_not_of("0123456789") != std::string::npos) {
             continue;
         }
-        const std::string memory = ReadWhole(process.path() / "maps");
+        const std::string memory = ReadWhole(process / "maps");
         for (NamedMachine& machine : machines) {
             if (memory.find(folder.string() + "/" + machine.Name + "/") != std::string::npos) {
-                std::string program = ReadWhole(process.path() / "comm");
+                std::string program = ReadWhole(process / "comm");
                 program.erase(program.find_last_not_of('\n') + 1);
                 machine.Users.push_back({static_cast<unsigned>(std::stoul(number)), program});
             }
