@@ -8,7 +8,10 @@
 #include "simulator/machine/host.h"
 #include "tests/processes/companion.h"
 #include "tests/reliability/tally.h"
+#include "tests/support/clock_tree_user.h"
+#include "tests/support/driver_library.h"
 #include "tests/support/driver_test.h"
+#include "tests/support/sheet.h"
 #include "tests/support/text.h"
 #include "tests/support/wave_player.h"
 #include "tests/support/wave_recorder.h"
@@ -206,6 +209,38 @@ TEST_F(KilledProgramsTest, TheNextBeginsARunOfItsOwn) {
     EXPECT_EQ(players[0].DoneCount() + players[1].DoneCount(), 2u);
     EXPECT_EQ(program.Cards.Output(0, Port::Digital).StartFrame,
               program.Cards.Output(1, Port::Analog).StartFrame);
+}
+
+// The dead program's card has left its master since.
+TEST_F(KilledProgramsTest, AStreamLeavesTheClockThatItWasOpenedOn) {
+    Companion victim([](Companion& test) {
+        test.Hear();
+        const Program program;
+        WavePlayer player;
+        test.Tell(player.Open(2, Format44100));
+        test.Hear();
+    });
+    DriverTest::Follow(1, 0);
+    DriverTest::StoreText(0, TEXT("Name"), u"A");
+    DriverTest::StoreText(1, TEXT("Name"), u"B");
+    const Program program(2);
+    const DriverLibrary library;
+    ASSERT_EQ(victim.Ask(), NoError);
+    WavePlayer direct[2];
+    for (const UINT device : {1u, 3u}) {  // cards in direct mode may change their clocks
+        ASSERT_EQ(direct[device / 2].Open(device, Format44100), MMSYSERR_NOERROR);
+        ASSERT_EQ(waveOutMessage(direct[device / 2].Handle(), 0x4002, 0, 0), MMSYSERR_NOERROR);
+    }
+    Sheet sheet(library);
+    ClockTreeUser(sheet.Show(u"Clocks + Sync").Window()).Command(u"B", u'S');
+    sheet.Ok();
+    sheet.Closed();
+    for (WavePlayer& player : direct) {
+        player.Shut();
+    }
+    victim.Kill();
+    WavePlayer player;
+    EXPECT_EQ(player.Open(0, Format48000), MMSYSERR_NOERROR);
 }
 
 // A program dies while it closes: the port is not open any more, and nothing counts it.
