@@ -7,6 +7,7 @@
 #include "tests/support/system.h"
 #include "tests/support/text.h"
 #include "tests/support/wave_player.h"
+#include "tests/support/wave_recorder.h"
 
 namespace {
 
@@ -53,6 +54,14 @@ protected:
 
 TEST_F(LoadSettingsTest, TheFirstRunHasDefaultsAndWritesNothing) {
     EXPECT_EQ(Load(), Defaults);
+    Cards().SetDigitalInputRate(0, 44100);
+    WaveRecorder inputs[2];
+    for (const UINT device : {0u, 1u}) {
+        EXPECT_EQ(inputs[device].Open(device, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    }
+    for (const unsigned input : {0u, 1u, 4u, 5u}) {
+        EXPECT_EQ(Cards().MixerGain(0, input), input == 0 || input == 5 ? 128u : 0u) << input;
+    }
     EXPECT_EQ(LoadedName(), u"Kestrelvox Analog");
     EXPECT_FALSE(RegistryKeyExists(ConfigKey()));
     EXPECT_TRUE(test_system::MessageBoxes().empty());

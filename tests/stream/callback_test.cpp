@@ -20,6 +20,16 @@ protected:
         told(MM_WOM_CLOSE);
     }
 
+    // The next message of the calling thread, and the only one.
+    void ExpectMessage(UINT expected, HWND window) {
+        MSG message = {};
+        ASSERT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE));
+        EXPECT_EQ(message.message, expected);
+        EXPECT_EQ(message.hwnd, window);
+        EXPECT_EQ(message.lParam, expected == MM_WOM_DONE ? reinterpret_cast<LPARAM>(&header_) : 0);
+        EXPECT_FALSE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE));
+    }
+
     std::vector<BYTE> data_ = Pattern(4000);
     WAVEHDR header_ = {reinterpret_cast<LPSTR>(data_.data()), 4000, 0, 0, 0, 0, nullptr, 0};
 };
@@ -34,12 +44,16 @@ TEST_F(CallbackTest, Event) {
 TEST_F(CallbackTest, Thread) {
     MSG message = {};
     PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE);  // makes the thread's queue
-    Play(GetCurrentThreadId(), CALLBACK_THREAD, [&](UINT expected) {
-        ASSERT_TRUE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE));
-        EXPECT_EQ(message.message, expected);
-        EXPECT_EQ(message.lParam, expected == MM_WOM_DONE ? reinterpret_cast<LPARAM>(&header_) : 0);
-        EXPECT_FALSE(PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE));
-    });
+    Play(GetCurrentThreadId(), CALLBACK_THREAD, [this](UINT told) { ExpectMessage(told, nullptr); });
+}
+
+TEST_F(CallbackTest, Window) {
+    const HWND window =
+        CreateWindowExW(0, TEXT("#32770"), TEXT(""), 0, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+    ASSERT_NE(window, nullptr);
+    Play(reinterpret_cast<DWORD_PTR>(window), CALLBACK_WINDOW,
+         [&](UINT told) { ExpectMessage(told, window); });
+    DestroyWindow(window);
 }
 
 }  // namespace

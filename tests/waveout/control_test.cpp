@@ -131,10 +131,13 @@ TEST_F(OutputControlTest, AResetDoesNotReturnWhatIsWrittenMeanwhile) {
     ExpectEachReturnedOnce();
 }
 
-// A card that gives nothing back leaves the buffers to the close, whose callbacks are the last.
+// A card that gives nothing back leaves the buffers to the close, whose callbacks are the last, and the
+// memory that they were converted in.
 TEST_F(OutputControlTest, AWriteFromInsideACloseIsRefused) {
+    EXPECT_EQ(player_.Close(), Done);
+    Open(PcmFormat(44100, 2, 24));
     Fail(simulator::Fault::Completion, 0, simulator::Fault::Kind::Lost);
-    Write(3);
+    Write(3, 6000);
     EXPECT_EQ(player_.Reset(), Done);
     std::vector<MMRESULT> results;
     player_.OnDone([&](WAVEHDR& header) {
