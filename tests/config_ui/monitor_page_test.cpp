@@ -98,15 +98,21 @@ TEST_F(MonitorPageTest, EachPositionSaysWhatItsGainIs) {
     WaveRecorder recorder;
     ASSERT_EQ(recorder.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
     int before = 0;
+    int gains = 0;
+    int tenths = 0;
     for (int position = 19; position <= 83; ++position) {
         page.Slide(SliderOf(0), position);
         const int gain = CardGains()[0];
         EXPECT_GE(gain, before);
         before = gain;
         const std::u16string text = page.Text(SliderOf(0) + 1);
-        EXPECT_NEAR(std::stod(std::string(text.begin(), text.end())), 20 * std::log10(gain / 128.0), 0.15)
-            << position;
+        const double decibels = std::stod(std::string(text.begin(), text.end()));
+        EXPECT_NEAR(decibels, 20 * std::log10(gain / 128.0), 0.15) << position;
+        gains += gain;
+        tenths += static_cast<int>(std::lround(decibels * 10));
     }
+    EXPECT_EQ(gains, 2352) << "all of them: not every text is that of the nearest gain";
+    EXPECT_EQ(tenths, -11511);
 }
 
 // The open of a device takes what the sliders show; from then on they move the card's gains.
