@@ -105,9 +105,11 @@ bool ReadCapture(const std::string& value, Environment* environment) {
            IsFolder(FolderOf(environment->Capture));
 }
 
-bool ReadTrace(const std::string& value, Environment* environment) {
-    environment->Trace = Wide(value);
-    return IsFolder(FolderOf(environment->Trace)) && !IsFolder(environment->Trace);
+template <std::wstring Environment::*Path>
+bool ReadFilePath(const std::string& value, Environment* environment) {
+    std::wstring& path = environment->*Path;
+    path = Wide(value);
+    return IsFolder(FolderOf(path)) && !IsFolder(path);
 }
 
 bool ReadSuspendAt(const std::string& value, Environment* environment) {
@@ -133,7 +135,10 @@ constexpr Variable Variables[] = {
      "KESTVOX_FAULT must be faults as kestvox play --help tells, with ',' between"},
     {L"KESTVOX_CAPTURE", ReadCapture,
      "KESTVOX_CAPTURE must be a folder that is there, or a file in one with one '*' in its name"},
-    {L"KESTVOX_TRACE", ReadTrace, "KESTVOX_TRACE must be a file in a folder that is there"},
+    {L"KESTVOX_TRACE", ReadFilePath<&Environment::Trace>,
+     "KESTVOX_TRACE must be a file in a folder that is there"},
+    {L"KESTVOX_REPORT", ReadFilePath<&Environment::Report>,
+     "KESTVOX_REPORT must be a file in a folder that is there"},
     {L"KESTVOX_SUSPEND_AT", ReadSuspendAt, "KESTVOX_SUSPEND_AT must be a number of seconds"},
 };
 

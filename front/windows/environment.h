@@ -25,6 +25,7 @@ struct Environment {
     std::vector<simulator::Fault> Faults;
     std::wstring Capture;             // a file's path with one '*' in its name; empty: none
     std::wstring Trace;               // a file's path; empty: none
+    std::wstring Report;              // a file's path, for the page about the run; empty: none
     std::optional<double> SuspendAt;  // seconds of the first stream
 };
 

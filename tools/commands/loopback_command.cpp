@@ -54,8 +54,9 @@ void AddComparison(Outcome& outcome, const LoopbackComparison& comparison) {
     outcome.Report.Add("offset-frames", comparison.Offset());
     outcome.Report.Add("samples-lost", comparison.SamplesLost());
     if (const uint64_t lost = comparison.SamplesLost()) {
-        outcome.Losses.push_back(std::to_string(lost) + (lost == 1 ? " sample" : " samples") +
-                                 " did not come back as " + (lost == 1 ? "it was" : "they were") + " played");
+        outcome.Run.Losses.push_back(std::to_string(lost) + (lost == 1 ? " sample" : " samples") +
+                                     " did not come back as " + (lost == 1 ? "it was" : "they were") +
+                                     " played");
     }
 }
 
@@ -81,7 +82,8 @@ int Loopback(const LoopbackOptions& asked) {
     }
 
     return RunStreams(
-        "loopback", options, roles, [&](Scene& scene, StreamRunner& runner, Outcome& outcome, RunPage* page) {
+        "loopback", options, roles,
+        [&](Scene& scene, StreamRunner& runner, Outcome& outcome, PageFile* page) {
             auto playing = std::make_unique<WaveOutput>(options.Device, std::move(file), runner.BufferBack());
             WaveOutput& output = *playing;
             output.PrepareBuffers(options.Buffers, options.BufferMilliseconds, 1);

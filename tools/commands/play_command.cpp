@@ -52,7 +52,7 @@ std::vector<WavReader> OpenFiles(const PlayOptions& options) {
 
 // All devices are open before the first gets its buffers.
 void AddOutputs(const PlayOptions& options, std::vector<WavReader> files, StreamRunner& runner,
-                RunPage* page) {
+                PageFile* page) {
     std::vector<std::unique_ptr<WaveOutput>> outputs;
     for (size_t i = 0; i < options.Devices.size(); ++i) {
         outputs.push_back(
@@ -82,7 +82,7 @@ int Play(const PlayOptions& options) {
         captures.push_back(std::make_unique<CaptureFile>(file.Path));
     }
     return RunStreams("play", options, roles,
-                      [&](Scene& scene, StreamRunner& runner, Outcome& outcome, RunPage* page) {
+                      [&](Scene& scene, StreamRunner& runner, Outcome& outcome, PageFile* page) {
                           for (size_t i = 0; i < captures.size(); ++i) {
                               captures[i]->Begin(scene, options.Devices[i], files[i].Format().nSamplesPerSec);
                               runner.Add(*captures[i]);

@@ -6,11 +6,11 @@
 #include <memory>
 #include <utility>
 
+#include "report/wave_format.h"
 #include "tools/command_error.h"
 #include "tools/commands/commands.h"
 #include "tools/commands/stream_command.h"
 #include "tools/files/output_file.h"
-#include "tools/files/wave_format.h"
 #include "tools/streams/input_feed.h"
 #include "tools/streams/recording_file.h"
 #include "tools/streams/wave_input.h"
@@ -145,7 +145,7 @@ int Record(const RecordOptions& asked) {
     std::optional<EndOfPipe> end;
 
     return RunStreams(
-        "record", options, roles, [&](Scene& scene, StreamRunner& runner, Outcome& outcome, RunPage* page) {
+        "record", options, roles, [&](Scene& scene, StreamRunner& runner, Outcome& outcome, PageFile* page) {
             scene.PlugIn(options.Device, std::move(signal));
             auto owned = std::make_unique<WaveInput>(options.Device, format.Format, runner.BufferBack(),
                                                      [&](std::span<const char> bytes) { file.Write(bytes); });

@@ -5,8 +5,8 @@
 #include <cstring>
 #include <utility>
 
+#include "report/wave_format.h"
 #include "tools/command_error.h"
-#include "tools/files/wave_format.h"
 #include "tools/streams/wave_error.h"
 
 namespace kestvox {

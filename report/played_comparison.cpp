@@ -1,4 +1,4 @@
-#include "tools/page/played_comparison.h"
+#include "report/played_comparison.h"
 
 #include <algorithm>
 #include <utility>

@@ -7,8 +7,8 @@
 #include <span>
 #include <vector>
 
+#include "report/wave_summary.h"
 #include "simulator/channels/frame.h"
-#include "tools/page/wave_summary.h"
 
 namespace kestvox {
 

@@ -8,10 +8,10 @@
 #include <span>
 #include <string>
 
+#include "report/bounded_columns.h"
+#include "report/close_up.h"
+#include "report/spectrum.h"
 #include "simulator/channels/frame.h"
-#include "tools/page/bounded_columns.h"
-#include "tools/page/close_up.h"
-#include "tools/page/spectrum.h"
 
 namespace kestvox {
 

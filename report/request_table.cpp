@@ -1,9 +1,9 @@
-#include "tools/page/request_table.h"
+#include "report/request_table.h"
 
 #include <algorithm>
 
+#include "report/json_text.h"
 #include "simulator/requests/request_names.h"
-#include "tools/system/json_text.h"
 
 namespace kestvox {
 
