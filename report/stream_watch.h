@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -54,6 +55,10 @@ public:
     bool Advance();
     // The stream is closed. Nothing more comes of it, and another may take its device.
     void Close();
+    // After Close: the frames that are not as they were asked for; nothing: there is nothing to compare with.
+    std::optional<uint64_t> Differences() const {
+        return compares_ ? std::optional(wave_.Differences()) : std::nullopt;
+    }
     // Keeps what the pictures need in at most so many columns.
     void ReduceTo(size_t columns) { wave_.ReduceTo(columns); }
 

@@ -49,6 +49,8 @@ public:
     void AddMissing(uint64_t position, std::span<const simulator::Frame> asked);
     void AddUnasked(uint64_t position, std::span<const simulator::Frame> came);
 
+    uint64_t Differences() const { return differences_; }  // frames
+
     void ReduceTo(size_t columns) { columns_.ReduceTo(columns); }
 
     // A JSON object; `channels` is 1 or 2, `compared` whether there was something to compare with.

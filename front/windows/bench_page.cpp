@@ -83,10 +83,10 @@ void BenchPage::Closed(WaveDirection direction, UINT device) {
     if (found == open_.end()) {
         return;
     }
-    AddFacts(found->second, direction, device);
     if (found->second.Watch) {
         found->second.Watch->Close();
     }
+    AddFacts(found->second, direction, device);
     open_.erase(found);
 }
 
@@ -104,6 +104,7 @@ void BenchPage::AddFacts(const Stream& stream, WaveDirection direction, UINT dev
         report_.Add("silent-frames", status.FramesSilent);
         AddGaps(report_, outcome_.Losses, stream.Name, StreamKind::Playing, status.FramesSilent,
                 status.Underruns);
+        AddDifferences(stream);
     } else {
         const simulator::InputStatus status = cards_.Input(card, PortOf(device));
         report_.Add("frames-recorded", status.FramesRecorded);
@@ -113,6 +114,18 @@ void BenchPage::AddFacts(const Stream& stream, WaveDirection direction, UINT dev
                 status.Overruns);
     }
     report_.EndStreams();
+}
+
+void BenchPage::AddDifferences(const Stream& stream) {
+    const std::optional<uint64_t> differences = stream.Watch ? stream.Watch->Differences() : std::nullopt;
+    if (!differences) {
+        return;
+    }
+    report_.Add("frames-not-as-written", *differences);
+    if (*differences > 0) {
+        outcome_.Losses.push_back(stream.Name + ": " + kestvox::Counted(*differences, "frame") +
+                                  " did not come as written");
+    }
 }
 
 bool BenchPage::Finish() {

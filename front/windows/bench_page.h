@@ -41,6 +41,7 @@ private:
 
     void Queued(kestvox::StreamWatch& watch, const WAVEHDR& header);
     void AddFacts(const Stream& stream, WaveDirection direction, UINT device);
+    void AddDifferences(const Stream& stream);
 
     simulator::Simulator& cards_;
     std::ofstream file_;
