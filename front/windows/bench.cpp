@@ -91,13 +91,13 @@ void Bench::SendRequests() {
 // What is plugged into a connector later takes the place of what was there.
 bool Bench::PlugEverythingIn(std::string* why) {
     const unsigned count = cards_.CardCount();
-    const auto isThere = [&](unsigned card, const char* variable) {
-        *why = std::string(variable) + " speaks of card " + std::to_string(card) +
-               ", and the cards end with " + std::to_string(count - 1);
+    const auto isThere = [&](unsigned card, const std::string& source) {
+        *why = source + " speaks of card " + std::to_string(card) + ", and the cards end with " +
+               std::to_string(count - 1);
         return card < count;
     };
     for (const PluggedInput& input : environment_.Inputs) {
-        if (input.Where && !isThere(input.Where->Card, "KESTVOX_INPUT")) {
+        if (input.Where && !isThere(input.Where->Card, input.Source)) {
             return false;
         }
         for (UINT device = 0; device < 2 * count; ++device) {
@@ -108,8 +108,9 @@ bool Bench::PlugEverythingIn(std::string* why) {
             }
         }
     }
-    for (const auto& [output, input] : environment_.Cables) {
-        if (!isThere(std::max(output.Card, input.Card), "KESTVOX_CABLE")) {
+    for (const auto& [ends, source] : environment_.Cables) {
+        const auto& [output, input] = ends;
+        if (!isThere(std::max(output.Card, input.Card), source)) {
             return false;
         }
         cards_.PlugIn(input.Card, input.Port, simulator::InputSignal::Cable(output.Card, output.Port));

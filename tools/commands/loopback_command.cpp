@@ -6,6 +6,7 @@
 #include "tools/commands/commands.h"
 #include "tools/commands/stream_command.h"
 #include "tools/files/wav_reader.h"
+#include "tools/streams/capture_file.h"
 #include "tools/streams/loopback_comparison.h"
 #include "tools/streams/recording_file.h"
 #include "tools/streams/wave_input.h"
@@ -68,6 +69,9 @@ int Loopback(const LoopbackOptions& asked) {
     if (!options.Out.empty()) {
         roles.Written.push_back({"--out", options.Out});
     }
+    if (!options.CapturePattern.empty()) {
+        roles.Written.push_back({"--capture", CapturePathOfPattern(options.CapturePattern, options.Device)});
+    }
     RequireDifferentFiles(roles, options);
     WavReader file(options.File);
     if (file.IsPipe()) {
@@ -79,6 +83,10 @@ int Loopback(const LoopbackOptions& asked) {
     std::unique_ptr<RecordingFile> out;
     if (!options.Out.empty()) {
         out = std::make_unique<RecordingFile>(options.Out, format.Format());
+    }
+    std::optional<CaptureFile> capture;
+    if (!options.CapturePattern.empty()) {
+        capture.emplace(roles.Written.back().Path);
     }
 
     return RunStreams(
@@ -108,10 +116,17 @@ int Loopback(const LoopbackOptions& asked) {
             if (out) {
                 runner.Add(*out);
             }
+            if (capture) {
+                capture->Begin(scene, options.Device, format.Format().nSamplesPerSec);
+                runner.Add(*capture);
+            }
             RunBoth(runner, input, scene);
 
             if (out) {
                 out->Finish();
+            }
+            if (capture) {
+                capture->Finish();
             }
             comparison.Finish();
             AddStream(outcome, options.Device, StreamKind::Playing, runner.Reports()[1],

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "report/gap_report.h"
+#include "tools/streams/plugged_inputs.h"
 #include "tools/streams/trace_file.h"
 #include "tools/system/interrupt.h"
 #include "tools/system/message.h"
@@ -47,6 +48,14 @@ void Print(const StreamOptions& options, const FileRoles& files, const Outcome& 
 }
 
 void AddCommonFiles(FileRoles& files, const StreamOptions& options) {
+    if (!options.Setup.empty()) {
+        files.Read.push_back({"--setup", options.Setup});
+    }
+    for (const PluggedOption& input : options.Scene.Inputs) {
+        if (!simulator::ParseSignal(input.What)) {
+            files.Read.push_back({"--setup", input.What});
+        }
+    }
     if (!options.Trace.empty()) {
         files.Written.push_back({"--trace", options.Trace});
     }
@@ -133,6 +142,7 @@ int RunStreams(const char* command, const StreamOptions& options, FileRoles file
         options.Trace.empty() ? nullptr : std::make_unique<TraceFile>(options.Trace);
     const std::unique_ptr<PageFile> page =
         options.Page.empty() ? nullptr : std::make_unique<PageFile>(options.Page);
+    PluggedInputs inputs(options.Scene);
     Outcome outcome;
     outcome.Run.Command = command;
     {
@@ -152,6 +162,7 @@ int RunStreams(const char* command, const StreamOptions& options, FileRoles file
             if (page) {
                 runner.Add(*page);
             }
+            inputs.PlugIn(scene, runner);
             work(scene, runner, outcome, page.get());
             outcome.Run.Problem = runner.FirstProblem();
         }
