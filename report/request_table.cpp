@@ -8,6 +8,9 @@
 namespace kestvox {
 
 void RequestTable::Take(const simulator::TraceEntry& entry) {
+    if (entry.Code == simulator::TraceEntry::BufferFinished) {
+        return;
+    }
     Row& row = rows_[entry.Code];
     ++row.Count;
     row.Failed += entry.Result != 0 ? 1 : 0;

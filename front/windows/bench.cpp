@@ -80,6 +80,7 @@ void Bench::SendRequests() {
     }
     cards_.SendTrace([this](const simulator::TraceEntry& entry) {
         if (trace_) {
+            const std::lock_guard hold(traceLock_);
             trace_->Write(entry);
         }
         if (page_) {
@@ -147,9 +148,24 @@ void Bench::Closed(WaveDirection direction, UINT device) {
 
 void Bench::Header(host::HeaderEvent event, WaveDirection direction, UINT device, const WAVEHDR* header) {
     const std::lock_guard hold(lock_);
+    if (trace_) {
+        TraceHeader(event, direction, device, header);
+    }
     if (page_) {
         page_->Header(event, direction, device, header);
     }
+}
+
+void Bench::TraceHeader(host::HeaderEvent event, WaveDirection direction, UINT device,
+                        const WAVEHDR* header) {
+    using Kind = simulator::HeaderEvent::Kind;
+    constexpr Kind Kinds[] = {Kind::Queued, Kind::Refused, Kind::Returned};  // by host::HeaderEvent
+    const auto [card, port] = ConnectorOf(device);
+    const uint32_t channel =
+        direction == WaveDirection::Out ? simulator::OutputChannel(port) : simulator::InputChannel(port);
+    const int64_t now = cards_.NowMicroseconds();
+    const std::lock_guard hold(traceLock_);
+    trace_->Write(simulator::HeaderEvent{Kinds[static_cast<int>(event)], now, card, channel, header});
 }
 
 Bench::Run Bench::Begin(WaveDirection direction, UINT device) {

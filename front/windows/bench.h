@@ -40,7 +40,7 @@ public:
     void Refused(WaveDirection direction, UINT device);
 
     // Whether what becomes of headers is kept; if so, this is told of it.
-    bool WatchesHeaders() const { return page_ != nullptr; }
+    bool WatchesHeaders() const { return page_ || trace_; }
     void Header(host::HeaderEvent event, WaveDirection direction, UINT device, const WAVEHDR* header);
 
     // Ends the files that are being written: at the end of the process, or before the cards are taken away.
@@ -64,6 +64,7 @@ private:
     void End(WaveDirection direction, UINT device, Run& run);
     void EndOutput(UINT device, Run& run);
     void EndInput(UINT device, const Run& run);
+    void TraceHeader(host::HeaderEvent event, WaveDirection direction, UINT device, const WAVEHDR* header);
     void EndTrace();
     void EndPage();
 
@@ -73,6 +74,7 @@ private:
     std::ofstream traceFile_;
     std::optional<simulator::ChromeTrace> trace_;
     simulator::Simulator cards_;
+    std::mutex traceLock_;             // guards the trace; nothing is asked of the cards under it
     std::unique_ptr<BenchPage> page_;  // null: nobody asked for it
     std::mutex lock_;                  // guards the rest, and the page but for its requests
     using Key = std::pair<WaveDirection, UINT>;

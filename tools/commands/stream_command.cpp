@@ -158,6 +158,7 @@ int RunStreams(const char* command, const StreamOptions& options, FileRoles file
             StreamRunner runner(options, scene);
             if (trace) {
                 runner.Add(*trace);
+                runner.SendHeadersTo(*trace);
             }
             if (page) {
                 runner.Add(*page);
