@@ -26,6 +26,8 @@ void NoteRefused(WaveDirection direction, UINT device);
 enum class HeaderEvent { Queued, Refused, Returned };
 bool WatchesHeaders();
 void NoteHeader(HeaderEvent event, WaveDirection direction, UINT device, const WAVEHDR* header);
+// A reset has taken back what the driver had of the device's headers. This, too, comes only then.
+void NoteReset(WaveDirection direction, UINT device);
 
 // Whether a client may give this handle as the event of CALLBACK_EVENT.
 bool IsEvent(HANDLE handle);

@@ -24,6 +24,7 @@ bool WatchesHeaders() {
     return false;
 }
 void NoteHeader(HeaderEvent, WaveDirection, UINT, const WAVEHDR*) {}
+void NoteReset(WaveDirection, UINT) {}
 
 bool IsEvent(HANDLE handle) {
     const std::shared_ptr<platform::KernelObject> object = platform::FindObject(handle);

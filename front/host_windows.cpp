@@ -70,6 +70,12 @@ void NoteHeader(HeaderEvent event, WaveDirection direction, UINT device, const W
     }
 }
 
+void NoteReset(WaveDirection direction, UINT device) {
+    if (Bench* const bench = TheBench()) {
+        bench->Reset(direction, device);
+    }
+}
+
 // Every valid handle is accepted, because the system does not tell what kind of object it belongs to.
 bool IsEvent(HANDLE handle) {
     DWORD flags = 0;

@@ -157,10 +157,15 @@ MMRESULT SendWave(WaveDirection direction, WaveHandle handle, UINT message, DWOR
     if (!device) {
         return MMSYSERR_INVALHANDLE;
     }
-    if (device->Mapping && message == MessagesOf(direction).Reset) {
+    const bool resets = message == MessagesOf(direction).Reset;
+    if (device->Mapping && resets) {
         device->Mapping->Forget();
     }
-    return device->Send(driver, message, first, second);
+    const MMRESULT result = device->Send(driver, message, first, second);
+    if (device->Watch && resets) {
+        host::NoteReset(direction, device->Id);
+    }
+    return result;
 }
 
 namespace {

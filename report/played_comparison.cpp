@@ -35,6 +35,13 @@ void PlayedComparison::Finish() {
     }
 }
 
+void PlayedComparison::TakeBack() {
+    Compare(0);
+    buffers_.clear();
+    at_ = 0;
+    fits_ = true;
+}
+
 // All but the last `keep` frames, which are needed to tell where those before belong.
 void PlayedComparison::Compare(size_t keep) {
     size_t done = 0;

@@ -51,6 +51,11 @@ void StreamWatch::Ask(std::span<const char> bytes) {
     }
 }
 
+void StreamWatch::TakeBack() {
+    Advance();
+    comparison_.TakeBack();
+}
+
 void StreamWatch::AddRecorded(std::span<const char> bytes) {
     Advance();
     const std::vector<Frame> frames = FramesOf(bytes);

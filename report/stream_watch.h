@@ -43,6 +43,8 @@ public:
 
     // Playing: these bytes are about to be handed over.
     void Ask(std::span<const char> bytes);
+    // Playing: what has not been played of it is no longer asked for.
+    void TakeBack();
     // Playing: what was asked for does not tell what will be played.
     void GiveUpComparison() { compares_ = false; }
     // Recording: these bytes have come.

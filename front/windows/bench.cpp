@@ -156,6 +156,13 @@ void Bench::Header(host::HeaderEvent event, WaveDirection direction, UINT device
     }
 }
 
+void Bench::Reset(WaveDirection direction, UINT device) {
+    const std::lock_guard hold(lock_);
+    if (page_) {
+        page_->Reset(direction, device);
+    }
+}
+
 void Bench::TraceHeader(host::HeaderEvent event, WaveDirection direction, UINT device,
                         const WAVEHDR* header) {
     using Kind = simulator::HeaderEvent::Kind;

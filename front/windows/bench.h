@@ -42,6 +42,7 @@ public:
     // Whether what becomes of headers is kept; if so, this is told of it.
     bool WatchesHeaders() const { return page_ || trace_; }
     void Header(host::HeaderEvent event, WaveDirection direction, UINT device, const WAVEHDR* header);
+    void Reset(WaveDirection direction, UINT device);
 
     // Ends the files that are being written: at the end of the process, or before the cards are taken away.
     void Finish();

@@ -54,9 +54,13 @@ void BenchPage::Opened(WaveDirection direction, UINT device, const std::string& 
     }
 }
 
-void BenchPage::Header(host::HeaderEvent event, WaveDirection direction, UINT device, const WAVEHDR* header) {
+kestvox::StreamWatch* BenchPage::WatchOf(WaveDirection direction, UINT device) {
     const auto found = open_.find({direction, device});
-    kestvox::StreamWatch* const watch = found == open_.end() ? nullptr : found->second.Watch;
+    return found == open_.end() ? nullptr : found->second.Watch;
+}
+
+void BenchPage::Header(host::HeaderEvent event, WaveDirection direction, UINT device, const WAVEHDR* header) {
+    kestvox::StreamWatch* const watch = WatchOf(direction, device);
     if (!watch) {
         return;
     }
@@ -68,6 +72,13 @@ void BenchPage::Header(host::HeaderEvent event, WaveDirection direction, UINT de
         watch->GiveUpComparison();
     }
     page_.Advance();
+}
+
+void BenchPage::Reset(WaveDirection direction, UINT device) {
+    kestvox::StreamWatch* const watch = WatchOf(direction, device);
+    if (watch && direction == WaveDirection::Out) {
+        watch->TakeBack();
+    }
 }
 
 // How often a loop is played is known when it is over.

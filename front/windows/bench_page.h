@@ -26,6 +26,7 @@ public:
     // The stream of that name is open, and has not started.
     void Opened(WaveDirection direction, UINT device, const std::string& name, const WAVEFORMATEX& format);
     void Header(host::HeaderEvent event, WaveDirection direction, UINT device, const WAVEHDR* header);
+    void Reset(WaveDirection direction, UINT device);
     // The stream has been closed; what the cards say of it is still to be had.
     void Closed(WaveDirection direction, UINT device);
 
@@ -39,6 +40,8 @@ private:
     };
     using Key = std::pair<WaveDirection, UINT>;
 
+    // Null: the stream is not open, or has no picture.
+    kestvox::StreamWatch* WatchOf(WaveDirection direction, UINT device);
     void Queued(kestvox::StreamWatch& watch, const WAVEHDR& header);
     void AddFacts(const Stream& stream, WaveDirection direction, UINT device);
     void AddDifferences(const Stream& stream);
