@@ -17,7 +17,7 @@ constexpr int HighestStatusByItself = 2;  // above it: a signal
 // The text before the mark, and what takes the mark's place; the text is left with what follows.
 std::string Fill(std::string_view& text, std::string_view mark, const std::string& with) {
     const size_t at = text.find(mark);
-    const std::string filled = std::string(text.substr(0, at)) + with;
+    std::string filled = std::string(text.substr(0, at)) + with;
     text.remove_prefix(at + mark.size());
     return filled;
 }

@@ -30,7 +30,7 @@ protected:
     TraceOfARun() { WriteFile(folder_.Path("in.wav"), WavFile({}, NoiseBytes(44100))); }
 
     CommandResult Run(const std::string& words) {
-        const CommandResult result = RunShell(
+        CommandResult result = RunShell(
             "$K " + words + " --time stepped --buffers 5 --buffer-ms 100 --trace t.json", folder_.Path(""));
         events_.clear();
         std::istringstream lines(ReadFile(folder_.Path("t.json")));
