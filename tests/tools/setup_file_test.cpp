@@ -59,8 +59,8 @@ TEST_F(SetupFile, GivesWayToOptions) {
     EXPECT_EQ(result.Status, 0) << result.Errors;
     EXPECT_EQ(result.Output.substr(result.Output.size() - 2), "0\n") << "the tone was recorded";
     result = Shell("machine = from-file\n",
-                   "KESTVOX_MACHINE=from-environment-$$ $K play in.wav --setup scene "
-                   "--quiet >r; $K machine list | grep -c from-file");
+                   "M=from-environment-$$; KESTVOX_MACHINE=$M $K play in.wav --setup scene --quiet >r; "
+                   "$K machine list | grep -c from-file; $K machine remove $M");
     EXPECT_EQ(result.Output, "0\n") << "the environment's machine wins";
 }
 
