@@ -17,5 +17,5 @@ string(REPLACE "@SCRIPT@" "${script}" page "${page}")
 string(REPLACE "@LICENCE@" "${licence}" page "${page}")
 string(REPLACE "@CHARTS@" "${charts}" page "${page}")
 
-file(WRITE ${OUTPUT} "#include \"tools/page/page_template.h\"\n\nconst std::string_view kestvox::PageTemplate =\n"
+file(WRITE ${OUTPUT} "#include \"report/page_template.h\"\n\nconst std::string_view kestvox::PageTemplate =\n"
   "    R\"page(${page})page\";\n")

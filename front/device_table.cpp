@@ -3,6 +3,8 @@
 #include <mmddk.h>
 
 #include "front/format_mapping.h"
+#include "front/header_watch.h"
+#include "front/host.h"
 
 namespace front {
 
@@ -100,6 +102,22 @@ MMRESULT UnprepareForDriver(const WaveDriverUse& driver, const Device& device, W
     }
     SetFlags(*header, FlagsOf(*header) & ~DWORD{WHDR_PREPARED});
     return MMSYSERR_NOERROR;
+}
+
+// Whoever looks on hears of the header before it can come back.
+MMRESULT QueueForDriver(const WaveDriverUse& driver, const Device& device, WAVEHDR* header, UINT size) {
+    const auto note = [&](host::HeaderEvent event) {
+        if (device.Watch) {
+            host::NoteHeader(event, device.Direction, device.Id, header);
+        }
+    };
+    note(host::HeaderEvent::Queued);
+    const MMRESULT result =
+        device.Send(driver, MessagesOf(device.Direction).Queue, reinterpret_cast<DWORD_PTR>(header), size);
+    if (result != MMSYSERR_NOERROR) {
+        note(host::HeaderEvent::Refused);
+    }
+    return result;
 }
 
 }  // namespace front

@@ -16,6 +16,7 @@
 namespace front {
 
 class FormatMapping;
+class HeaderWatch;
 
 struct Device {
     WaveDirection Direction;
@@ -24,6 +25,7 @@ struct Device {
     DWORD_PTR User = 0;  // the driver's, from its open on
     std::atomic<bool> Closing{false};
     std::unique_ptr<FormatMapping> Mapping;  // null: the client's format is the device's
+    std::unique_ptr<HeaderWatch> Watch;      // null: nobody looks on
 
     Device(WaveDirection direction, UINT id, WaveHandle handle);
     ~Device();
@@ -65,5 +67,8 @@ void SetFlags(WAVEHDR& header, DWORD flags);
 // that answers MMSYSERR_NOTSUPPORTED leaves it to the front.
 MMRESULT PrepareForDriver(const WaveDriverUse& driver, const Device& device, WAVEHDR* header);
 MMRESULT UnprepareForDriver(const WaveDriverUse& driver, const Device& device, WAVEHDR* header);
+
+// Gives a prepared header to the driver; `size` is what the client says of it.
+MMRESULT QueueForDriver(const WaveDriverUse& driver, const Device& device, WAVEHDR* header, UINT size);
 
 }  // namespace front

@@ -125,9 +125,7 @@ MMRESULT FormatMapping::Send(const WaveDriverUse& driver, Buffer& buffer) {
     header.dwFlags = FlagsOf(*buffer.Outer) & Loops;
     header.dwLoops = buffer.Outer->dwLoops;
     const MMRESULT result = PrepareForDriver(driver, device_, &header);
-    return result != MMSYSERR_NOERROR ? result
-                                      : device_.Send(driver, MessagesOf(device_.Direction).Queue,
-                                                     reinterpret_cast<DWORD_PTR>(&header), sizeof header);
+    return result != MMSYSERR_NOERROR ? result : QueueForDriver(driver, device_, &header, sizeof header);
 }
 
 // One thread at a time hands over, so that headers come in the order of their conversion; what another thread

@@ -15,9 +15,19 @@ namespace front::host {
 HMODULE LoadDriverLibrary();
 void FreeDriverLibrary(HMODULE library);
 
-// A device has been opened, closed, or has refused to open, for whoever looks on.
-enum class DeviceEvent { Opened, Closed, Refused };
-void Note(DeviceEvent event, WaveDirection direction, UINT device);
+// For whoever looks on: a device has been opened, in the format that the driver has got, has been closed, or
+// has refused to open.
+void NoteOpened(WaveDirection direction, UINT device, const WAVEFORMATEX& format);
+void NoteClosed(WaveDirection direction, UINT device);
+void NoteRefused(WaveDirection direction, UINT device);
+
+// A header is about to be handed to the driver, has been refused by it, or has come back. Comes only while
+// somebody looks on at headers.
+enum class HeaderEvent { Queued, Refused, Returned };
+bool WatchesHeaders();
+void NoteHeader(HeaderEvent event, WaveDirection direction, UINT device, const WAVEHDR* header);
+// A reset has taken back what the driver had of the device's headers. This, too, comes only then.
+void NoteReset(WaveDirection direction, UINT device);
 
 // Whether a client may give this handle as the event of CALLBACK_EVENT.
 bool IsEvent(HANDLE handle);

@@ -16,7 +16,15 @@ void FreeDriverLibrary(HMODULE library) {
     FreeLibrary(library);
 }
 
-void Note(DeviceEvent, WaveDirection, UINT) {}
+void NoteOpened(WaveDirection, UINT, const WAVEFORMATEX&) {}
+void NoteClosed(WaveDirection, UINT) {}
+void NoteRefused(WaveDirection, UINT) {}
+
+bool WatchesHeaders() {
+    return false;
+}
+void NoteHeader(HeaderEvent, WaveDirection, UINT, const WAVEHDR*) {}
+void NoteReset(WaveDirection, UINT) {}
 
 bool IsEvent(HANDLE handle) {
     const std::shared_ptr<platform::KernelObject> object = platform::FindObject(handle);

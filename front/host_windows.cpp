@@ -42,10 +42,37 @@ void FreeDriverLibrary(HMODULE library) {
     TakeAwayCards();
 }
 
-void Note(DeviceEvent event, WaveDirection direction, UINT device) {
-    constexpr void (Bench::*Told[])(WaveDirection, UINT) = {&Bench::Opened, &Bench::Closed, &Bench::Refused};
+void NoteOpened(WaveDirection direction, UINT device, const WAVEFORMATEX& format) {
     if (Bench* const bench = TheBench()) {
-        (bench->*Told[static_cast<int>(event)])(direction, device);
+        bench->Opened(direction, device, format);
+    }
+}
+
+void NoteClosed(WaveDirection direction, UINT device) {
+    if (Bench* const bench = TheBench()) {
+        bench->Closed(direction, device);
+    }
+}
+
+void NoteRefused(WaveDirection direction, UINT device) {
+    if (Bench* const bench = TheBench()) {
+        bench->Refused(direction, device);
+    }
+}
+
+bool WatchesHeaders() {
+    return TheBench() && TheBench()->WatchesHeaders();
+}
+
+void NoteHeader(HeaderEvent event, WaveDirection direction, UINT device, const WAVEHDR* header) {
+    if (Bench* const bench = TheBench()) {
+        bench->Header(event, direction, device, header);
+    }
+}
+
+void NoteReset(WaveDirection direction, UINT device) {
+    if (Bench* const bench = TheBench()) {
+        bench->Reset(direction, device);
     }
 }
 

@@ -62,7 +62,7 @@ MMRESULT CloseWave(WaveDirection direction, WaveHandle handle) {
     const MMRESULT result = device->Send(driver, MessagesOf(direction).Close);
     if (result == MMSYSERR_NOERROR) {
         TheDevices().Remove(*device);
-        host::Note(host::DeviceEvent::Closed, direction, device->Id);
+        host::NoteClosed(direction, device->Id);
     } else {
         device->Closing = false;
     }
@@ -132,9 +132,8 @@ MMRESULT QueueWaveHeader(WaveDirection direction, WaveHandle handle, WAVEHDR* he
         return WAVERR_STILLPLAYING;
     }
     const WaveDriverUse driver;
-    return device->Mapping
-               ? device->Mapping->Queue(driver, header)
-               : device->Send(driver, MessagesOf(direction).Queue, reinterpret_cast<DWORD_PTR>(header), size);
+    return device->Mapping ? device->Mapping->Queue(driver, header)
+                           : QueueForDriver(driver, *device, header, size);
 }
 
 MMRESULT GetWavePosition(WaveDirection direction, WaveHandle handle, MMTIME* time, UINT size) {
@@ -158,10 +157,15 @@ MMRESULT SendWave(WaveDirection direction, WaveHandle handle, UINT message, DWOR
     if (!device) {
         return MMSYSERR_INVALHANDLE;
     }
-    if (device->Mapping && message == MessagesOf(direction).Reset) {
+    const bool resets = message == MessagesOf(direction).Reset;
+    if (device->Mapping && resets) {
         device->Mapping->Forget();
     }
-    return device->Send(driver, message, first, second);
+    const MMRESULT result = device->Send(driver, message, first, second);
+    if (device->Watch && resets) {
+        host::NoteReset(direction, device->Id);
+    }
+    return result;
 }
 
 namespace {

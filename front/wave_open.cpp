@@ -11,6 +11,7 @@
 #include "front/device_query.h"
 #include "front/device_table.h"
 #include "front/format_mapping.h"
+#include "front/header_watch.h"
 #include "front/host.h"
 #include "front/wave_device.h"
 
@@ -64,28 +65,37 @@ struct Attempt {
     const WaveOpenRequest& Request;
     WaveHandle* Handle;  // stays as it is when the open fails or only asks about the format
 
-    MMRESULT Finish(const Device& device, MMRESULT result) const {
+    // `request` is what the driver would be opened with if nobody looked on.
+    MMRESULT Open(Device& device, const WaveOpenRequest& request) const {
+        if (!host::WatchesHeaders()) {
+            return Finish(device, request, SendOpen(Driver, device, request));
+        }
+        device.Watch = std::make_unique<HeaderWatch>(device, request);
+        return Finish(device, request, SendOpen(Driver, device, device.Watch->DriverRequest()));
+    }
+
+    MMRESULT Finish(const Device& device, const WaveOpenRequest& request, MMRESULT result) const {
         if (result != MMSYSERR_NOERROR || (Request.Flags & WAVE_FORMAT_QUERY)) {
             TheDevices().Remove(device);
         } else {
             *Handle = device.Handle;
-            host::Note(host::DeviceEvent::Opened, Direction, device.Id);
+            host::NoteOpened(Direction, device.Id, *request.Format);
         }
         if (result != MMSYSERR_NOERROR && result != WAVERR_BADFORMAT) {
-            host::Note(host::DeviceEvent::Refused, Direction, device.Id);
+            host::NoteRefused(Direction, device.Id);
         }
         return result;
     }
 
     MMRESULT Directly(UINT id) const {
         const std::shared_ptr<Device> device = TheDevices().Add(Direction, id);
-        return Finish(*device, SendOpen(Driver, *device, Request));
+        return Open(*device, Request);
     }
 
     MMRESULT Converted(UINT id, const WaveFormat& format, std::unique_ptr<Conversion> conversion) const {
         const std::shared_ptr<Device> device = TheDevices().Add(Direction, id);
         device->Mapping = std::make_unique<FormatMapping>(*device, Request, format, std::move(conversion));
-        return Finish(*device, SendOpen(Driver, *device, device->Mapping->DriverRequest()));
+        return Open(*device, device->Mapping->DriverRequest());
     }
 
     MMRESULT WithConversion(UINT id) const {

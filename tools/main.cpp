@@ -4,13 +4,16 @@
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <new>
+#include <set>
 #include <sstream>
 #include <string>
 
 #include "kestvox_version.h"
+#include "tools/command_error.h"
 #include "tools/commands/commands.h"
 #include "tools/settings/settings_table.h"
 #include "tools/system/message.h"
@@ -116,6 +119,9 @@ void AddSceneOptions(CLI::App& command, SceneOptions& scene) {
 // What play, record and loopback have in common.
 void AddStreamOptions(CLI::App& command, CommandLine& line) {
     AddSceneOptions(command, line.Scene);
+    command
+        .add_option("--setup", line.Streams.Setup, "Take the scene from a file; options given as well win")
+        ->type_name("FILE");
     command.add_option("--time", line.Time, "In real time (default), or as fast as it goes")
         ->type_name("real|stepped")
         ->check(CLI::IsMember({"real", "stepped"}).description(""));
@@ -292,6 +298,55 @@ CLI::App* AddRemove(CLI::App& program, CommandLine& line) {
     return command;
 }
 
+// A line of the setup file is taken as the option of its name.
+void TakeAsOption(CLI::App& command, const simulator::SetupLine& setup,
+                  const std::vector<std::string>& values) {
+    CLI::Option* const option = command.get_option_no_throw("--" + setup.Key);
+    if (!option) {
+        throw CommandError(setup.Place + ": " + command.get_name() + " cannot do this: " + setup.Key);
+    }
+    try {
+        for (const std::string& value : values) {
+            option->add_result(value);
+        }
+        option->run_callback();
+    } catch (const CLI::ParseError& error) {
+        throw CommandError(setup.Place + ": " + error.what());
+    }
+}
+
+void TakeSetupLine(CLI::App& command, CommandLine& line, const simulator::SetupLine& setup) {
+    const auto append = [](auto& list, auto more) { list.insert(list.end(), more.begin(), more.end()); };
+    if (setup.Key == "input") {
+        append(line.Scene.Inputs, ParseInputs(setup));
+    } else if (setup.Key == "cable") {
+        append(line.Scene.Cables, ParseCables(setup));
+    } else if (setup.Key == "capture") {
+        line.Streams.CapturePattern = ParseCapturePattern(setup);
+    } else {
+        TakeAsOption(command, setup, setup.Key == "fault" ? ParseFaults(setup) : std::vector{setup.Value});
+    }
+}
+
+// What is given as an option wins, and so does the environment's machine.
+void TakeSetup(CLI::App& command, CommandLine& line) {
+    std::set<std::string> given;
+    for (const CLI::Option* option : command.get_options()) {
+        if (option->count() > 0) {
+            given.insert(option->get_single_name());
+        }
+    }
+    if (const char* const machine = std::getenv("KESTVOX_MACHINE"); machine && *machine) {
+        given.insert("machine");
+    }
+    given.erase("input");  // it is of one device, and the setup's are of all
+    for (const simulator::SetupLine& setup : ReadSetupFile(line.Streams.Setup)) {
+        if (!given.contains(setup.Key)) {
+            TakeSetupLine(command, line, setup);
+        }
+    }
+}
+
 int Refuse(const std::string& why) noexcept {
     PrintProblem(why);
     return ExitRefused;
@@ -334,6 +389,9 @@ int Run(int argc, char** argv) {
         return Refuse(error.what());
     }
 
+    if (!line.Streams.Setup.empty()) {
+        TakeSetup(*program.get_subcommands().front(), line);
+    }
     if (devices->parsed()) {
         return ListDevices(line.Scene);
     }

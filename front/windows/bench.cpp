@@ -4,6 +4,7 @@
 #include <span>
 #include <utility>
 
+#include "front/windows/bench_page.h"
 #include "front/windows/sleeper.h"
 #include "front/windows/sound_writer.h"
 #include "front/windows/text.h"
@@ -24,6 +25,10 @@ std::string NameOf(UINT device) {
     return std::to_string(device / 2) + (device % 2 ? "d" : "a");
 }
 
+std::string NameOf(WaveDirection direction) {
+    return direction == WaveDirection::Out ? "output " : "input ";
+}
+
 std::string Counted(uint64_t count, const char* what) {
     return std::to_string(count) + " " + what;
 }
@@ -40,9 +45,10 @@ Bench::~Bench() = default;
 
 std::unique_ptr<Bench> Bench::PutUp(Environment environment, std::string* why) {
     std::unique_ptr<Bench> bench(new Bench(std::move(environment)));
-    if (!bench->BeginTrace(why) || !bench->PlugEverythingIn(why)) {
+    if (!bench->BeginTrace(why) || !bench->BeginPage(why) || !bench->PlugEverythingIn(why)) {
         return nullptr;
     }
+    bench->SendRequests();
     for (const simulator::Fault& fault : bench->environment_.Faults) {
         bench->cards_.AddFault(fault);
     }
@@ -55,21 +61,44 @@ bool Bench::BeginTrace(std::string* why) {
     }
     traceFile_.open(environment_.Trace.c_str(), std::ios::binary);
     trace_.emplace(traceFile_);
-    cards_.SendTrace([this](const simulator::TraceEntry& entry) { trace_->Write(entry); });
     *why = "cannot write " + Utf8(environment_.Trace);
     return traceFile_.good();
+}
+
+bool Bench::BeginPage(std::string* why) {
+    if (environment_.Report.empty()) {
+        return true;
+    }
+    page_ = std::make_unique<BenchPage>(cards_, environment_.Report);
+    *why = "cannot write " + Utf8(environment_.Report);
+    return page_->CanBeWritten();
+}
+
+void Bench::SendRequests() {
+    if (!trace_ && !page_) {
+        return;
+    }
+    cards_.SendTrace([this](const simulator::TraceEntry& entry) {
+        if (trace_) {
+            const std::lock_guard hold(traceLock_);
+            trace_->Write(entry);
+        }
+        if (page_) {
+            page_->Take(entry);
+        }
+    });
 }
 
 // What is plugged into a connector later takes the place of what was there.
 bool Bench::PlugEverythingIn(std::string* why) {
     const unsigned count = cards_.CardCount();
-    const auto isThere = [&](unsigned card, const char* variable) {
-        *why = std::string(variable) + " speaks of card " + std::to_string(card) +
-               ", and the cards end with " + std::to_string(count - 1);
+    const auto isThere = [&](unsigned card, const std::string& source) {
+        *why = source + " speaks of card " + std::to_string(card) + ", and the cards end with " +
+               std::to_string(count - 1);
         return card < count;
     };
     for (const PluggedInput& input : environment_.Inputs) {
-        if (input.Where && !isThere(input.Where->Card, "KESTVOX_INPUT")) {
+        if (input.Where && !isThere(input.Where->Card, input.Source)) {
             return false;
         }
         for (UINT device = 0; device < 2 * count; ++device) {
@@ -80,8 +109,9 @@ bool Bench::PlugEverythingIn(std::string* why) {
             }
         }
     }
-    for (const auto& [output, input] : environment_.Cables) {
-        if (!isThere(std::max(output.Card, input.Card), "KESTVOX_CABLE")) {
+    for (const auto& [ends, source] : environment_.Cables) {
+        const auto& [output, input] = ends;
+        if (!isThere(std::max(output.Card, input.Card), source)) {
             return false;
         }
         cards_.PlugIn(input.Card, input.Port, simulator::InputSignal::Cable(output.Card, output.Port));
@@ -97,11 +127,12 @@ void Bench::PlugIn(const PluggedInput& input, Connector where) {
     cards_.PlugIn(where.Card, where.Port, std::move(signal));
 }
 
-void Bench::Opened(WaveDirection direction, UINT device) {
+void Bench::Opened(WaveDirection direction, UINT device, const WAVEFORMATEX& format) {
     const auto [card, port] = ConnectorOf(device);
     const std::lock_guard hold(lock_);
-    if (direction == WaveDirection::Out) {
-        outputs_[device] = BeginOutput(device);
+    const Run& run = open_[{direction, device}] = Begin(direction, device);
+    if (page_) {
+        page_->Opened(direction, device, NameOf(direction) + run.Name, format);
     }
     if (sleeper_) {
         sleeper_->Watch(direction, card, port);
@@ -110,37 +141,79 @@ void Bench::Opened(WaveDirection direction, UINT device) {
 
 void Bench::Closed(WaveDirection direction, UINT device) {
     const std::lock_guard hold(lock_);
-    if (direction == WaveDirection::In) {
-        EndInput(device);
-    } else if (auto open = outputs_.extract(device)) {
-        EndOutput(device, open.mapped());
+    if (auto open = open_.extract({direction, device})) {
+        End(direction, device, open.mapped());
     }
 }
 
-void Bench::EndInput(UINT device) {
-    const auto [card, port] = ConnectorOf(device);
-    const simulator::InputStatus status = cards_.Input(card, port);
-    TellDebugger("input " + NameOf(device) + ": " + Counted(status.FramesRecorded, "frames recorded, ") +
-                 Counted(status.FramesDropped, "dropped between them"));
+void Bench::Header(host::HeaderEvent event, WaveDirection direction, UINT device, const WAVEHDR* header) {
+    const std::lock_guard hold(lock_);
+    if (trace_) {
+        TraceHeader(event, direction, device, header);
+    }
+    if (page_) {
+        page_->Header(event, direction, device, header);
+    }
 }
 
-Bench::Run Bench::BeginOutput(UINT device) {
+void Bench::Reset(WaveDirection direction, UINT device) {
+    const std::lock_guard hold(lock_);
+    if (page_) {
+        page_->Reset(direction, device);
+    }
+}
+
+void Bench::TraceHeader(host::HeaderEvent event, WaveDirection direction, UINT device,
+                        const WAVEHDR* header) {
+    using Kind = simulator::HeaderEvent::Kind;
+    constexpr Kind Kinds[] = {Kind::Queued, Kind::Refused, Kind::Returned};  // by host::HeaderEvent
     const auto [card, port] = ConnectorOf(device);
-    Run run{.Name = NameOf(device) + "-" + std::to_string(++runs_[device]),
-            .Rate = cards_.SampleRate(card),
+    const uint32_t channel =
+        direction == WaveDirection::Out ? simulator::OutputChannel(port) : simulator::InputChannel(port);
+    const int64_t now = cards_.NowMicroseconds();
+    const std::lock_guard hold(traceLock_);
+    trace_->Write(simulator::HeaderEvent{Kinds[static_cast<int>(event)], now, card, channel, header});
+}
+
+Bench::Run Bench::Begin(WaveDirection direction, UINT device) {
+    Run run{.Name = NameOf(device) + "-" + std::to_string(++runs_[{direction, device}]),
+            .Rate = cards_.SampleRate(ConnectorOf(device).Card),
             .Capture = nullptr};
-    if (!environment_.Capture.empty()) {
-        run.Capture = std::make_unique<SoundWriter>(CapturePath(run.Name), run.Rate);
-        cards_.SendHeard(card, port, [writer = run.Capture.get()](std::span<const simulator::Frame> frames) {
-            writer->Write(frames);
-        });
+    if (direction == WaveDirection::Out && !environment_.Capture.empty()) {
+        BeginCapture(run, device);
     }
     return run;
+}
+
+void Bench::BeginCapture(Run& run, UINT device) {
+    const auto [card, port] = ConnectorOf(device);
+    run.Capture = std::make_unique<SoundWriter>(CapturePath(run.Name), run.Rate);
+    cards_.SendHeard(card, port, [writer = run.Capture.get()](std::span<const simulator::Frame> frames) {
+        writer->Write(frames);
+    });
+}
+
+void Bench::End(WaveDirection direction, UINT device, Run& run) {
+    if (direction == WaveDirection::Out) {
+        EndOutput(device, run);
+    } else {
+        EndInput(device, run);
+    }
+    if (page_) {
+        page_->Closed(direction, device);
+    }
 }
 
 std::wstring Bench::CapturePath(const std::string& name) const {
     std::wstring path = environment_.Capture;
     return path.replace(path.find(L'*'), 1, Wide(name));
+}
+
+void Bench::EndInput(UINT device, const Run& run) {
+    const auto [card, port] = ConnectorOf(device);
+    const simulator::InputStatus status = cards_.Input(card, port);
+    TellDebugger("input " + run.Name + ": " + Counted(status.FramesRecorded, "frames recorded, ") +
+                 Counted(status.FramesDropped, "dropped between them"));
 }
 
 void Bench::EndOutput(UINT device, Run& run) {
@@ -167,24 +240,32 @@ void Bench::Refused(WaveDirection direction, UINT device) {
 
 void Bench::Finish() {
     const std::lock_guard hold(lock_);
-    for (auto& [device, run] : outputs_) {
-        EndOutput(device, run);
+    for (auto& [key, run] : open_) {
+        End(key.first, key.second, run);
     }
-    outputs_.clear();
+    open_.clear();
+    cards_.SendTrace({});
     EndTrace();
+    EndPage();
 }
 
 void Bench::EndTrace() {
     if (!trace_) {
         return;
     }
-    cards_.SendTrace({});
     trace_->Finish();
     trace_.reset();
     traceFile_.close();
     if (!traceFile_) {
         TellDebugger("cannot write all of " + Utf8(environment_.Trace));
     }
+}
+
+void Bench::EndPage() {
+    if (page_ && !page_->Finish()) {
+        TellDebugger("cannot write all of " + Utf8(environment_.Report));
+    }
+    page_.reset();
 }
 
 }  // namespace front

@@ -4,11 +4,15 @@
 
 #include <charconv>
 #include <cmath>
+#include <fstream>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
 #include "front/windows/sound_frames.h"
 #include "front/windows/text.h"
+#include "simulator/attach.h"
+#include "simulator/connectors/scene_setup.h"
 
 namespace front {
 
@@ -35,13 +39,14 @@ bool ReadTime(const std::string& value, Environment* environment) {
     return stepped || lstrcmpiA(value.c_str(), "real") == 0;
 }
 
-// Without a connector before an equals sign it is for every input.
+bool ReadMachine(const std::string& value, Environment* environment) {
+    environment->Machine = value;
+    return simulator::UseMachine(value);
+}
+
 bool ReadInput(std::string_view text, PluggedInput* input) {
-    const size_t equals = text.find('=');
-    if (equals != std::string_view::npos) {
-        input->Where = simulator::ParseConnector(text.substr(0, equals));
-    }
-    const std::string_view what = input->Where ? text.substr(equals + 1) : text;
+    const auto [where, what] = simulator::ParsePlugged(text);
+    input->Where = where;
     if (std::optional<simulator::InputSignal> signal = simulator::ParseSignal(what)) {
         input->Signal = std::move(*signal);
         return true;
@@ -78,7 +83,10 @@ bool ReadList(const std::string& value, std::vector<Value>* values, const Parse&
 }
 
 bool ReadCables(const std::string& value, Environment* environment) {
-    return ReadList(value, &environment->Cables, simulator::ParseCable);
+    return ReadList(value, &environment->Cables, [](std::string_view text) {
+        const std::optional<simulator::CableEnds> ends = simulator::ParseCable(text);
+        return ends ? std::optional(PluggedCable{*ends, {}}) : std::nullopt;
+    });
 }
 
 bool ReadFaults(const std::string& value, Environment* environment) {
@@ -105,9 +113,11 @@ bool ReadCapture(const std::string& value, Environment* environment) {
            IsFolder(FolderOf(environment->Capture));
 }
 
-bool ReadTrace(const std::string& value, Environment* environment) {
-    environment->Trace = Wide(value);
-    return IsFolder(FolderOf(environment->Trace)) && !IsFolder(environment->Trace);
+template <std::wstring Environment::*Path>
+bool ReadFilePath(const std::string& value, Environment* environment) {
+    std::wstring& path = environment->*Path;
+    path = Wide(value);
+    return IsFolder(FolderOf(path)) && !IsFolder(path);
 }
 
 bool ReadSuspendAt(const std::string& value, Environment* environment) {
@@ -117,24 +127,27 @@ bool ReadSuspendAt(const std::string& value, Environment* environment) {
     return good;
 }
 
+// A variable of the environment, "KESTVOX_" and the name, or a key of the setup file.
 struct Variable {
     const WCHAR* Name;
+    const char* Key;
     Reader Read;
-    const char* Must;
+    const char* Must;  // be
 };
 constexpr Variable Variables[] = {
-    {L"KESTVOX_CARDS", ReadCards, "KESTVOX_CARDS must be a number from 1 to 16"},
-    {L"KESTVOX_TIME", ReadTime, "KESTVOX_TIME must be real or stepped"},
-    {L"KESTVOX_INPUT", ReadInputs,
-     "KESTVOX_INPUT must be silence, tone:HZ or a WAV file with PCM of one or two channels, for one input as "
-     "0a=..., for several with ';' between"},
-    {L"KESTVOX_CABLE", ReadCables, "KESTVOX_CABLE must be OUTPUT>INPUT,... as in 0a>0a,0d>1d"},
-    {L"KESTVOX_FAULT", ReadFaults,
-     "KESTVOX_FAULT must be faults as kestvox play --help tells, with ',' between"},
-    {L"KESTVOX_CAPTURE", ReadCapture,
-     "KESTVOX_CAPTURE must be a folder that is there, or a file in one with one '*' in its name"},
-    {L"KESTVOX_TRACE", ReadTrace, "KESTVOX_TRACE must be a file in a folder that is there"},
-    {L"KESTVOX_SUSPEND_AT", ReadSuspendAt, "KESTVOX_SUSPEND_AT must be a number of seconds"},
+    {L"KESTVOX_MACHINE", "machine", ReadMachine, "at most 64 letters, digits, '-' and '_'"},
+    {L"KESTVOX_CARDS", "cards", ReadCards, "a number from 1 to 16"},
+    {L"KESTVOX_TIME", "time", ReadTime, "real or stepped"},
+    {L"KESTVOX_INPUT", "input", ReadInputs,
+     "silence, tone:HZ or a WAV file with PCM of one or two channels, for one input as 0a=..., for several "
+     "with ';' between"},
+    {L"KESTVOX_CABLE", "cable", ReadCables, "OUTPUT>INPUT,... as in 0a>0a,0d>1d"},
+    {L"KESTVOX_FAULT", "fault", ReadFaults, "faults as kestvox play --help tells, with ',' between"},
+    {L"KESTVOX_CAPTURE", "capture", ReadCapture,
+     "a folder that is there, or a file in one with one '*' in its name"},
+    {L"KESTVOX_TRACE", "trace", ReadFilePath<&Environment::Trace>, "a file in a folder that is there"},
+    {L"KESTVOX_REPORT", "report", ReadFilePath<&Environment::Report>, "a file in a folder that is there"},
+    {L"KESTVOX_SUSPEND_AT", "suspend-at", ReadSuspendAt, "a number of seconds"},
 };
 
 // Empty when it is not set.
@@ -145,14 +158,58 @@ std::string ValueOf(const WCHAR* name) {
     return Utf8(value);
 }
 
+// Nothing, and one line in `why`, when the file cannot be read or has a line that makes no sense.
+std::optional<std::vector<simulator::SetupLine>> ReadSetup(const std::string& path, std::string* why) {
+    std::ifstream file(Wide(path).c_str(), std::ios::binary);
+    if (!file) {
+        *why = "KESTVOX_SETUP must be a file that can be read: " + path;
+        return std::nullopt;
+    }
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    return simulator::ParseSetup(text, path, why);
+}
+
+// Of those that have just been read.
+template <typename Plugged>
+void SetSource(std::vector<Plugged>& list, const std::string& source) {
+    for (Plugged& plugged : list) {
+        plugged.Source = plugged.Source.empty() ? source : plugged.Source;
+    }
+}
+
+bool ReadValue(const Variable& variable, const std::string& name, const std::string& value,
+               Environment* environment, std::string* why) {
+    *why = name + " must be " + variable.Must + ": " + value;
+    if (!variable.Read(value, environment)) {
+        return false;
+    }
+    SetSource(environment->Inputs, name);
+    SetSource(environment->Cables, name);
+    return true;
+}
+
 }  // namespace
 
+// What the environment says wins over the setup file.
 bool ReadEnvironment(Environment* environment, std::string* why) {
+    const std::string path = ValueOf(L"KESTVOX_SETUP");
+    std::optional<std::vector<simulator::SetupLine>> setup;
+    setup = path.empty() ? std::vector<simulator::SetupLine>{} : ReadSetup(path, why);
+    if (!setup) {
+        return false;
+    }
     for (const Variable& variable : Variables) {
-        const std::string value = ValueOf(variable.Name);
-        if (!value.empty() && !variable.Read(value, environment)) {
-            *why = std::string(variable.Must) + ": " + value;
-            return false;
+        if (const std::string value = ValueOf(variable.Name); !value.empty()) {
+            if (!ReadValue(variable, Utf8(variable.Name), value, environment, why)) {
+                return false;
+            }
+            continue;
+        }
+        for (const simulator::SetupLine& line : *setup) {
+            if (line.Key == variable.Key &&
+                !ReadValue(variable, line.Place + ": " + line.Key, line.Value, environment, why)) {
+                return false;
+            }
         }
     }
     return true;

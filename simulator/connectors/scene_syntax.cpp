@@ -46,6 +46,14 @@ std::optional<Connector> ParseConnector(std::string_view text) {
     return card ? std::optional(Connector{*card, last == 'd' ? Port::Digital : Port::Analog}) : std::nullopt;
 }
 
+PluggedText ParsePlugged(std::string_view text) {
+    const size_t equals = text.find('=');
+    const std::optional<Connector> where = equals == std::string_view::npos
+                                               ? std::nullopt
+                                               : ParseConnector(WithoutSpaces(text.substr(0, equals)));
+    return {where, where ? WithoutSpaces(text.substr(equals + 1)) : text};
+}
+
 std::optional<CableEnds> ParseCable(std::string_view text) {
     const size_t arrow = text.find('>');
     if (arrow == std::string_view::npos) {

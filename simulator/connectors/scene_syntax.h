@@ -20,6 +20,13 @@ struct Connector {
 };
 std::optional<Connector> ParseConnector(std::string_view text);
 
+// What is plugged into one input, "0a=WHAT", or without a connector into every one.
+struct PluggedText {
+    std::optional<Connector> Where;
+    std::string_view What;
+};
+PluggedText ParsePlugged(std::string_view text);
+
 // "OUTPUT>INPUT", as in "0a>1a".
 struct CableEnds {
     Connector Output;

@@ -29,10 +29,33 @@ OpenFile* ProcessSide::OwnerOf(unsigned card, unsigned channel) const {
     return nullptr;
 }
 
+namespace {
+
+TraceEntry FinishedEntry(const OpenFile& file, ULONG_PTR cookie, int64_t now) {
+    const auto* const bytes = reinterpret_cast<const uint8_t*>(&cookie);
+    return {.Microseconds = now / 1000,
+            .Duration = 0,
+            .Process = host::CurrentProcess().Id,
+            .Thread = host::CurrentThreadId(),
+            .File = file.Number,
+            .Card = file.Card,
+            .Channel = file.Channel,
+            .Code = TraceEntry::BufferFinished,
+            .Input = {bytes, bytes + sizeof cookie},
+            .Output = {},
+            .OutputLength = 0,
+            .Result = ERROR_SUCCESS};
+}
+
+}  // namespace
+
 void ProcessSide::Report(unsigned card, const std::vector<FinishedBuffer>& finished, int64_t now) {
     for (const FinishedBuffer& buffer : finished) {
         if (const OpenFile* file = OwnerOf(card, buffer.Channel)) {
             Completions.Add(file->Number, file->Completion, buffer.Cookie, now, Faults);
+            if (Trace.WantsEntries()) {
+                Trace.AddFinished(FinishedEntry(*file, buffer.Cookie, now));
+            }
         }
     }
 }

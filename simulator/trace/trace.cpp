@@ -108,6 +108,14 @@ void TraceLog::Finish(uint64_t number, std::span<const uint8_t> output, uint32_t
     GiveEnded();
 }
 
+void TraceLog::AddFinished(TraceEntry entry) {
+    const std::lock_guard<host::Lock> guard(mutex_);
+    if (sink_) {
+        entries_.push_back({std::move(entry), true});
+        GiveEnded();
+    }
+}
+
 void TraceLog::GiveEnded() {
     while (sink_ && !entries_.empty() && entries_.front().Ended) {
         sink_(entries_.front().What);

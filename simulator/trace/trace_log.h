@@ -28,6 +28,9 @@ public:
     // `ended` is the time in microseconds.
     void Finish(uint64_t number, std::span<const uint8_t> output, uint32_t result, int64_t ended);
 
+    // Adds an entry that is no request, for the sink alone.
+    void AddFinished(TraceEntry entry);
+
     uint64_t Requests() const { return count_.load(std::memory_order_relaxed); }
     std::vector<TraceEntry> Entries() const;
     void Clear();

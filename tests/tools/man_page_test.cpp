@@ -85,6 +85,25 @@ TEST(Completion, OffersCommandsOptionsAndChoices) {
     }
 }
 
+std::set<std::string> AllMatches(const std::string& text, const char* pattern) {
+    const std::regex regex(pattern);
+    std::set<std::string> words;
+    for (std::sregex_iterator at(text.begin(), text.end(), regex); at != std::sregex_iterator(); ++at) {
+        words.insert((*at)[1]);
+    }
+    return words;
+}
+
+// The code words in the first columns of the tables.
+std::set<std::string> ToldInTables(const std::string& text) {
+    std::string firstColumns;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        firstColumns += line.starts_with("| `") ? line.substr(0, line.find(" | ")) : "";
+    }
+    return AllMatches(firstColumns, "`([a-z-]+)`");
+}
+
 // Every key of the report, and no other.
 TEST(CommandPage, TellsEveryLineOfTheReport) {
     const ScratchFolder folder;
@@ -95,21 +114,19 @@ TEST(CommandPage, TellsEveryLineOfTheReport) {
             "$K $words --time stepped --json; done",
             folder.Path(""))
             .Output;
-    const auto found = [](const std::string& text, const char* pattern) {
-        const std::regex regex(pattern);
-        std::set<std::string> words;
-        for (std::sregex_iterator at(text.begin(), text.end(), regex); at != std::sregex_iterator(); ++at) {
-            words.insert((*at)[1]);
-        }
-        return words;
-    };
     const std::string page = ReadFile(KESTVOX_COMMAND_PAGE);
-    std::string firstColumns;
-    std::istringstream lines(page.substr(0, page.find("\n## How it ends")));
-    for (std::string line; std::getline(lines, line);) {
-        firstColumns += line.starts_with("| `") ? line.substr(0, line.find(" | ")) : "";
-    }
-    EXPECT_EQ(found(firstColumns, "`([a-z-]+)`"), found(reports, "\"([a-z-]+)\": "));
+    EXPECT_EQ(ToldInTables(page.substr(0, page.find("\n## How it ends"))),
+              AllMatches(reports, "\"([a-z-]+)\": "));
+}
+
+TEST(CommandPage, TellsEveryKeyOfTheSetupFile) {
+    const ScratchFolder folder;
+    const std::string refusal =
+        RunShell("echo 'x = 1' >scene; $K play in.wav --setup scene", folder.Path("")).Errors;
+    const std::string page = ReadFile(KESTVOX_COMMAND_PAGE);
+    const size_t begin = page.find("\n## The scene in a file");
+    EXPECT_EQ(ToldInTables(page.substr(begin, page.find("\n## ", begin + 1) - begin)),
+              AllMatches(refusal.substr(refusal.find("only")), "([a-z-]+)(?:,|\n)"));
 }
 
 }  // namespace

@@ -4,10 +4,10 @@
 #include <regex>
 #include <sstream>
 
+#include "report/wave_format.h"
 #include "tests/tools/command_runner.h"
 #include "tests/tools/scratch_folder.h"
 #include "tests/tools/wav_bytes.h"
-#include "tools/files/wave_format.h"
 
 namespace {
 

@@ -32,7 +32,7 @@ struct RecordOptions : StreamOptions {
     unsigned Channels = 0;           // 0: as many as that file has, or 2
     std::string Format = "s16";      // one of RecordFormats
     std::optional<double> Seconds;   // nothing: as long as the WAV file that is plugged in, or 5
-    std::string Input = "silence";   // or "tone:HZ", or a WAV file
+    std::string Input;               // "silence", "tone:HZ" or a WAV file; empty: as the scene has it
     std::optional<unsigned> Dither;  // stored as the card's setting
 };
 
@@ -85,5 +85,7 @@ WORD ParseVolume(const std::string& text);
 // The capture file of one of `count` devices: "out.wav" for one device, "out-3.wav" for device 3 of
 // several. CommandError for several into one pipe.
 std::string CapturePath(const std::string& path, unsigned device, size_t count);
+// The capture file of a device where the path has a '*' for its name: "0a-1" for what device 0 plays.
+std::string CapturePathOfPattern(const std::string& pattern, unsigned device);
 
 }  // namespace kestvox

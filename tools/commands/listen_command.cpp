@@ -2,13 +2,13 @@
 #include <cstdio>
 #include <optional>
 
+#include "report/report.h"
+#include "report/wave_format.h"
 #include "simulator/machine/listener.h"
 #include "tools/command_error.h"
 #include "tools/commands/commands.h"
-#include "tools/commands/report.h"
 #include "tools/files/output_file.h"
 #include "tools/files/wav_writer.h"
-#include "tools/files/wave_format.h"
 #include "tools/machine/host.h"
 #include "tools/machine/scene.h"
 #include "tools/system/interrupt.h"

@@ -6,6 +6,7 @@
 #include "tools/commands/commands.h"
 #include "tools/commands/stream_command.h"
 #include "tools/files/wav_reader.h"
+#include "tools/streams/capture_file.h"
 #include "tools/streams/loopback_comparison.h"
 #include "tools/streams/recording_file.h"
 #include "tools/streams/wave_input.h"
@@ -54,8 +55,9 @@ void AddComparison(Outcome& outcome, const LoopbackComparison& comparison) {
     outcome.Report.Add("offset-frames", comparison.Offset());
     outcome.Report.Add("samples-lost", comparison.SamplesLost());
     if (const uint64_t lost = comparison.SamplesLost()) {
-        outcome.Losses.push_back(std::to_string(lost) + (lost == 1 ? " sample" : " samples") +
-                                 " did not come back as " + (lost == 1 ? "it was" : "they were") + " played");
+        outcome.Run.Losses.push_back(std::to_string(lost) + (lost == 1 ? " sample" : " samples") +
+                                     " did not come back as " + (lost == 1 ? "it was" : "they were") +
+                                     " played");
     }
 }
 
@@ -66,6 +68,9 @@ int Loopback(const LoopbackOptions& asked) {
     FileRoles roles{.Read = {{"FILE", options.File}}, .Written = {}};
     if (!options.Out.empty()) {
         roles.Written.push_back({"--out", options.Out});
+    }
+    if (!options.CapturePattern.empty()) {
+        roles.Written.push_back({"--capture", CapturePathOfPattern(options.CapturePattern, options.Device)});
     }
     RequireDifferentFiles(roles, options);
     WavReader file(options.File);
@@ -79,9 +84,14 @@ int Loopback(const LoopbackOptions& asked) {
     if (!options.Out.empty()) {
         out = std::make_unique<RecordingFile>(options.Out, format.Format());
     }
+    std::optional<CaptureFile> capture;
+    if (!options.CapturePattern.empty()) {
+        capture.emplace(roles.Written.back().Path);
+    }
 
     return RunStreams(
-        "loopback", options, roles, [&](Scene& scene, StreamRunner& runner, Outcome& outcome, RunPage* page) {
+        "loopback", options, roles,
+        [&](Scene& scene, StreamRunner& runner, Outcome& outcome, PageFile* page) {
             auto playing = std::make_unique<WaveOutput>(options.Device, std::move(file), runner.BufferBack());
             WaveOutput& output = *playing;
             output.PrepareBuffers(options.Buffers, options.BufferMilliseconds, 1);
@@ -106,10 +116,17 @@ int Loopback(const LoopbackOptions& asked) {
             if (out) {
                 runner.Add(*out);
             }
+            if (capture) {
+                capture->Begin(scene, options.Device, format.Format().nSamplesPerSec);
+                runner.Add(*capture);
+            }
             RunBoth(runner, input, scene);
 
             if (out) {
                 out->Finish();
+            }
+            if (capture) {
+                capture->Finish();
             }
             comparison.Finish();
             AddStream(outcome, options.Device, StreamKind::Playing, runner.Reports()[1],

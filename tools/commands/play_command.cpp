@@ -26,14 +26,19 @@ const std::string& FileOf(const PlayOptions& options, size_t device) {
     return options.Files[options.Files.size() == 1 ? 0 : device];
 }
 
+std::string CaptureOf(const PlayOptions& options, unsigned device) {
+    return options.Capture.empty() ? CapturePathOfPattern(options.CapturePattern, device)
+                                   : CapturePath(options.Capture, device, options.Devices.size());
+}
+
 FileRoles RolesOf(const PlayOptions& options) {
     FileRoles roles;
     for (const std::string& file : options.Files) {
         roles.Read.push_back({"FILE", file});
     }
-    for (size_t i = 0; !options.Capture.empty() && i < options.Devices.size(); ++i) {
-        roles.Written.push_back(
-            {"--capture", CapturePath(options.Capture, options.Devices[i], options.Devices.size())});
+    const bool captures = !options.Capture.empty() || !options.CapturePattern.empty();
+    for (size_t i = 0; captures && i < options.Devices.size(); ++i) {
+        roles.Written.push_back({"--capture", CaptureOf(options, options.Devices[i])});
     }
     return roles;
 }
@@ -52,7 +57,7 @@ std::vector<WavReader> OpenFiles(const PlayOptions& options) {
 
 // All devices are open before the first gets its buffers.
 void AddOutputs(const PlayOptions& options, std::vector<WavReader> files, StreamRunner& runner,
-                RunPage* page) {
+                PageFile* page) {
     std::vector<std::unique_ptr<WaveOutput>> outputs;
     for (size_t i = 0; i < options.Devices.size(); ++i) {
         outputs.push_back(
@@ -82,7 +87,7 @@ int Play(const PlayOptions& options) {
         captures.push_back(std::make_unique<CaptureFile>(file.Path));
     }
     return RunStreams("play", options, roles,
-                      [&](Scene& scene, StreamRunner& runner, Outcome& outcome, RunPage* page) {
+                      [&](Scene& scene, StreamRunner& runner, Outcome& outcome, PageFile* page) {
                           for (size_t i = 0; i < captures.size(); ++i) {
                               captures[i]->Begin(scene, options.Devices[i], files[i].Format().nSamplesPerSec);
                               runner.Add(*captures[i]);
@@ -131,6 +136,11 @@ std::string CapturePath(const std::string& path, unsigned device, size_t count) 
     name += "-" + std::to_string(device);
     name += whole.extension();
     return (whole.parent_path() / name).string();
+}
+
+std::string CapturePathOfPattern(const std::string& pattern, unsigned device) {
+    std::string path = pattern;
+    return path.replace(path.find('*'), 1, std::to_string(device / 2) + (device % 2 ? "d-1" : "a-1"));
 }
 
 }  // namespace kestvox

@@ -6,12 +6,13 @@
 #include <memory>
 #include <utility>
 
+#include "report/wave_format.h"
 #include "tools/command_error.h"
 #include "tools/commands/commands.h"
 #include "tools/commands/stream_command.h"
 #include "tools/files/output_file.h"
-#include "tools/files/wave_format.h"
 #include "tools/streams/input_feed.h"
+#include "tools/streams/plugged_inputs.h"
 #include "tools/streams/recording_file.h"
 #include "tools/streams/wave_input.h"
 #include "tools/system/message.h"
@@ -58,7 +59,7 @@ simulator::InputSignal GeneratedSignal(const std::string& input) {
 }
 
 bool IsFile(const std::string& input) {
-    return input != Silence && !input.starts_with(TonePrefix);
+    return !input.empty() && input != Silence && !input.starts_with(TonePrefix);
 }
 
 void RequireRate(const InputFeed& feed, const RecordOptions& options) {
@@ -112,6 +113,14 @@ RecordOptions FilledIn(RecordOptions options, const InputFeed* feed) {
     return options;
 }
 
+// Without an option of its own the device has what the scene plugs into it.
+RecordOptions WithInputOfScene(RecordOptions options) {
+    if (options.Input.empty() && !HasCable(options.Scene, options.Device)) {
+        options.Input = PluggedIntoDevice(options.Scene, options.Device).value_or(Silence);
+    }
+    return options;
+}
+
 RecordOptions WithDitherStored(RecordOptions options) {
     if (options.Dither) {
         options.Scene.Settings.push_back(std::to_string(options.Device / 2) +
@@ -122,7 +131,8 @@ RecordOptions WithDitherStored(RecordOptions options) {
 
 }  // namespace
 
-int Record(const RecordOptions& asked) {
+int Record(const RecordOptions& given) {
+    const RecordOptions asked = WithInputOfScene(given);
     FileRoles roles{.Read = {}, .Written = {{"FILE", asked.File}}};
     if (IsFile(asked.Input)) {
         roles.Read.push_back({"--input", asked.Input});
@@ -139,14 +149,19 @@ int Record(const RecordOptions& asked) {
         }
         feed->SetReadAhead(ReadAheadFrames(options));
     }
-    simulator::InputSignal signal = feed ? feed->Signal() : GeneratedSignal(options.Input);
+    std::optional<simulator::InputSignal> signal;  // nothing: a cable is plugged in
+    if (!options.Input.empty()) {
+        signal = feed ? feed->Signal() : GeneratedSignal(options.Input);
+    }
     const std::optional<uint64_t> frames = FramesToRecord(options, feed.get());
     RecordingFile file(options.File, format.Format);
     std::optional<EndOfPipe> end;
 
     return RunStreams(
-        "record", options, roles, [&](Scene& scene, StreamRunner& runner, Outcome& outcome, RunPage* page) {
-            scene.PlugIn(options.Device, std::move(signal));
+        "record", options, roles, [&](Scene& scene, StreamRunner& runner, Outcome& outcome, PageFile* page) {
+            if (signal) {
+                scene.PlugIn(options.Device, std::move(*signal));
+            }
             auto owned = std::make_unique<WaveInput>(options.Device, format.Format, runner.BufferBack(),
                                                      [&](std::span<const char> bytes) { file.Write(bytes); });
             WaveInput& input = *owned;

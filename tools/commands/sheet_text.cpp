@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "tools/system/json_text.h"
+#include "report/json_text.h"
 #include "tools/system/sheet_window.h"
 
 namespace kestvox {

@@ -1,8 +1,11 @@
 #include "tools/commands/stream_command.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 
+#include "report/gap_report.h"
+#include "tools/streams/plugged_inputs.h"
 #include "tools/streams/trace_file.h"
 #include "tools/system/interrupt.h"
 #include "tools/system/message.h"
@@ -14,65 +17,45 @@ struct StreamWords {
     const char* Frames;
     const char* UnusedHeaders;
     const char* IdleFrames;
-    const char* Gaps;
-    const char* LongestGap;
-    const char* FirstGap;
     const char* CameBackUnused;  // in sentences
-    const char* GapSingular;
-    const char* IdleFramesInWords;
 };
 
 constexpr StreamWords Words[] = {
-    {"frames-played", "headers-unplayed", "silent-frames", "underruns", "longest-underrun", "first-underrun",
-     "unplayed", "underrun", "silent frames"},
-    {"frames-recorded", "headers-unfilled", "dropped-frames", "overruns", "longest-overrun", "first-overrun",
-     "unfilled", "overrun", "dropped frames"},
+    {"frames-played", "headers-unplayed", "silent-frames", "unplayed"},
+    {"frames-recorded", "headers-unfilled", "dropped-frames", "unfilled"},
 };
-
-std::string Count(uint64_t count, const std::string& what) {
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
-void AddGaps(Outcome& outcome, const std::string& device, const StreamWords& words,
-             const StreamStatus& status) {
-    const simulator::Gaps& gaps = status.Gaps;
-    const std::optional<uint64_t> first = gaps.Count != 0 ? std::optional(gaps.First) : std::nullopt;
-    outcome.Report.Add(words.Gaps, gaps.Count);
-    outcome.Report.Add(words.LongestGap, gaps.Longest);
-    outcome.Report.Add(words.FirstGap, first);
-    if (first) {
-        outcome.Losses.push_back(device + Count(gaps.Count, words.GapSingular) + " (" +
-                                 std::to_string(status.IdleFrames) + " " + words.IdleFramesInWords +
-                                 " in all), the longest " + Count(gaps.Longest, "frame") +
-                                 ", the first at frame " + std::to_string(*first));
-    }
-}
 
 void AddUnreachedFaults(Outcome& outcome, const Scene& scene) {
     for (const std::string& fault : scene.UnreachedFaults()) {
-        outcome.Losses.push_back(fault);
+        outcome.Run.Losses.push_back(fault);
     }
 }
 
-void Print(const char* command, const StreamOptions& options, const FileRoles& files, const Outcome& outcome,
-           int status) {
+void Print(const StreamOptions& options, const FileRoles& files, const Outcome& outcome) {
     std::FILE* out = UsesStandardOutput(files) ? stderr : stdout;
     if (options.Json) {
-        std::fprintf(out, "%s\n",
-                     outcome.Report.Json(command, outcome.Problem, outcome.Losses, status).c_str());
+        std::fprintf(out, "%s\n", outcome.Report.Json(outcome.Run).c_str());
     } else {
         outcome.Report.PrintText(out);
     }
-    if (!outcome.Problem.empty()) {
-        PrintProblem(outcome.Problem);
-    } else if (status == ExitFailed) {
-        for (const std::string& loss : outcome.Losses) {
+    if (!outcome.Run.Problem.empty()) {
+        PrintProblem(outcome.Run.Problem);
+    } else if (outcome.Run.Status == ExitFailed) {
+        for (const std::string& loss : outcome.Run.Losses) {
             PrintProblem(loss);
         }
     }
 }
 
 void AddCommonFiles(FileRoles& files, const StreamOptions& options) {
+    if (!options.Setup.empty()) {
+        files.Read.push_back({"--setup", options.Setup});
+    }
+    for (const PluggedOption& input : options.Scene.Inputs) {
+        if (!simulator::ParseSignal(input.What)) {
+            files.Read.push_back({"--setup", input.What});
+        }
+    }
     if (!options.Trace.empty()) {
         files.Written.push_back({"--trace", options.Trace});
     }
@@ -81,7 +64,7 @@ void AddCommonFiles(FileRoles& files, const StreamOptions& options) {
     }
 }
 
-void SendRequests(Scene& scene, TraceFile* trace, RunPage* page) {
+void SendRequests(Scene& scene, TraceFile* trace, PageFile* page) {
     if (!trace && !page) {
         return;
     }
@@ -99,22 +82,17 @@ int StatusOf(const StreamOptions& options, const Outcome& outcome) {
     if (IsInterrupted()) {
         return InterruptStatus();
     }
-    const bool failed = !outcome.Problem.empty() || (!outcome.Losses.empty() && !options.Tolerate);
+    const bool failed = !outcome.Run.Problem.empty() || (!outcome.Run.Losses.empty() && !options.Tolerate);
     return failed ? ExitFailed : ExitSuccess;
 }
 
-// The exit status once the page is written, or could not be.
-int WritePage(RunPage& page, const char* command, const StreamOptions& options, Outcome& outcome,
-              int status) {
-    page.Finish({.Command = command,
-                 .Problem = outcome.Problem,
-                 .Losses = outcome.Losses,
-                 .Status = status,
-                 .Json = outcome.Report.Json(command, outcome.Problem, outcome.Losses, status)});
-    if (outcome.Problem.empty() && status <= ExitRefused) {
-        outcome.Problem = page.Problem();
+// The exit status changes when the page cannot be written.
+void WritePage(PageFile& page, const StreamOptions& options, Outcome& outcome) {
+    page.Finish(outcome.Run, outcome.Report);
+    if (outcome.Run.Problem.empty() && outcome.Run.Status <= ExitRefused) {
+        outcome.Run.Problem = page.Problem();
     }
-    return StatusOf(options, outcome);
+    outcome.Run.Status = StatusOf(options, outcome);
 }
 
 }  // namespace
@@ -123,7 +101,7 @@ void AddStream(Outcome& outcome, unsigned number, StreamKind kind, const StreamR
                bool cardsAreSeen) {
     const StreamWords& words = Words[kind == StreamKind::Playing ? 0 : 1];
     const StreamStatus& status = report.Status;
-    const std::string device = "device " + std::to_string(number) + ": ";
+    const std::string device = "device " + std::to_string(number);
     kestvox::Report& lines = outcome.Report;
     lines.BeginStream();
     lines.Add("device", number);
@@ -132,23 +110,23 @@ void AddStream(Outcome& outcome, unsigned number, StreamKind kind, const StreamR
         const uint64_t left = *report.FrameCount - std::min(*report.FrameCount, status.Frames);
         lines.Add("frames-unplayed", left);
         if (left != 0) {
-            outcome.Losses.push_back(device + Count(left, "frame") + (left == 1 ? " was" : " were") +
-                                     " not played");
+            outcome.Run.Losses.push_back(device + ": " + Counted(left, "frame") +
+                                         (left == 1 ? " was" : " were") + " not played");
         }
     }
     lines.Add("headers-returned", report.HeadersReturned);
     if (cardsAreSeen) {
         lines.Add(words.UnusedHeaders, report.HeadersUnused);
         if (report.HeadersUnused != 0) {
-            outcome.Losses.push_back(device + Count(report.HeadersUnused, "header") + " came back " +
-                                     words.CameBackUnused);
+            outcome.Run.Losses.push_back(device + ": " + Counted(report.HeadersUnused, "header") +
+                                         " came back " + words.CameBackUnused);
         }
     }
     lines.Add("most-in-flight", status.MostInFlight);
     lines.Add("start-frame", status.StartFrame);
     lines.Add(words.IdleFrames, status.IdleFrames);
     if (cardsAreSeen) {
-        AddGaps(outcome, device, words, status);
+        AddGaps(lines, outcome.Run.Losses, device, kind, status.IdleFrames, status.Gaps);
     }
 }
 
@@ -162,9 +140,11 @@ int RunStreams(const char* command, const StreamOptions& options, FileRoles file
     const InterruptGuard interrupts;
     const std::unique_ptr<TraceFile> trace =
         options.Trace.empty() ? nullptr : std::make_unique<TraceFile>(options.Trace);
-    const std::unique_ptr<RunPage> page =
-        options.Page.empty() ? nullptr : std::make_unique<RunPage>(options.Page);
+    const std::unique_ptr<PageFile> page =
+        options.Page.empty() ? nullptr : std::make_unique<PageFile>(options.Page);
+    PluggedInputs inputs(options.Scene);
     Outcome outcome;
+    outcome.Run.Command = command;
     {
         Scene scene(options.Scene);
         if (options.SuspendAt) {
@@ -178,12 +158,14 @@ int RunStreams(const char* command, const StreamOptions& options, FileRoles file
             StreamRunner runner(options, scene);
             if (trace) {
                 runner.Add(*trace);
+                runner.SendHeadersTo(*trace);
             }
             if (page) {
                 runner.Add(*page);
             }
+            inputs.PlugIn(scene, runner);
             work(scene, runner, outcome, page.get());
-            outcome.Problem = runner.FirstProblem();
+            outcome.Run.Problem = runner.FirstProblem();
         }
         outcome.Report.EndStreams();
         AddUnreachedFaults(outcome, scene);
@@ -196,18 +178,18 @@ int RunStreams(const char* command, const StreamOptions& options, FileRoles file
         }
         if (trace) {
             trace->Finish();
-            outcome.Problem = outcome.Problem.empty() ? trace->Problem() : outcome.Problem;
+            outcome.Run.Problem = outcome.Run.Problem.empty() ? trace->Problem() : outcome.Run.Problem;
         }
     }
-    int status = StatusOf(options, outcome);
-    if (status > ExitRefused) {
-        outcome.Problem.clear();
+    outcome.Run.Status = StatusOf(options, outcome);
+    if (outcome.Run.Status > ExitRefused) {
+        outcome.Run.Problem.clear();
     }
     if (page) {
-        status = WritePage(*page, command, options, outcome, status);
+        WritePage(*page, options, outcome);
     }
-    Print(command, options, files, outcome, status);
-    return status;
+    Print(options, files, outcome);
+    return *outcome.Run.Status;
 }
 
 }  // namespace kestvox

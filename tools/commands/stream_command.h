@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "report/report.h"
 #include "tools/commands/commands.h"
-#include "tools/commands/report.h"
 #include "tools/files/file_roles.h"
-#include "tools/page/run_page.h"
+#include "tools/streams/page_file.h"
 #include "tools/streams/stream_runner.h"
 
 namespace kestvox {
@@ -16,12 +16,8 @@ namespace kestvox {
 // What came of the streams.
 struct Outcome {
     kestvox::Report Report;
-    std::string Problem;              // what ended the run before its time, or empty
-    std::vector<std::string> Losses;  // what was not played or recorded as asked, one line each
+    RunOutcome Run;
 };
-
-// Which way a stream goes, in the words of its report.
-enum class StreamKind { Playing, Recording };
 
 // Adds what the stream did, and what it lost.
 void AddStream(Outcome& outcome, unsigned device, StreamKind kind, const StreamRunner::Report& report,
@@ -32,7 +28,7 @@ void AddStream(Outcome& outcome, unsigned device, StreamKind kind, const StreamR
 void RequireDifferentFiles(FileRoles files, const StreamOptions& options);
 
 // `page` is to watch the streams; null: no page is wanted.
-using StreamWork = std::function<void(Scene& scene, StreamRunner& runner, Outcome& outcome, RunPage* page)>;
+using StreamWork = std::function<void(Scene& scene, StreamRunner& runner, Outcome& outcome, PageFile* page)>;
 
 // Puts up the scene, lets `work` run its streams and tell of them, adds what the cards were asked, prints it
 // all, and answers the exit status. A loss fails the command unless losses are tolerated. The report goes to

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "simulator/simulator.h"
+#include "tools/machine/setup_file.h"
 
 namespace kestvox {
 
@@ -18,6 +19,8 @@ struct SceneOptions {
     std::vector<std::string> Settings;        // [CARD:]NAME=VALUE
     std::vector<std::string> Follows;         // B=A: card B takes its clock from card A
     std::vector<std::string> Faults;
+    std::vector<PluggedOption> Inputs;  // of the setup file; a later one takes an earlier one's place
+    std::vector<CableOption> Cables;    // ... after the inputs
 };
 
 // Joins the machine of that name, or stays where it is when the name is empty. CommandError for a bad name.

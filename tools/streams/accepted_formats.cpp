@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "tools/files/wave_format.h"
+#include "report/wave_format.h"
 
 namespace kestvox {
 namespace {

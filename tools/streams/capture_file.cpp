@@ -1,6 +1,6 @@
 #include "tools/streams/capture_file.h"
 
-#include "tools/files/wave_format.h"
+#include "report/wave_format.h"
 
 namespace kestvox {
 

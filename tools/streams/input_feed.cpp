@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "report/samples.h"
+#include "report/wave_format.h"
 #include "tools/command_error.h"
-#include "tools/files/samples.h"
-#include "tools/files/wave_format.h"
 
 namespace kestvox {
 namespace {

@@ -51,6 +51,12 @@ StreamRunner::StreamRunner(const StreamOptions& options, Scene& scene)
              !stepped_ || !MachineIsShared()) {}
 
 void StreamRunner::Add(std::unique_ptr<WaveStream> stream) {
+    if (trace_) {
+        stream->SendHeaders([this, card = stream->Card(), channel = stream->Channel()](
+                                simulator::HeaderEvent::Kind what, const WAVEHDR& header) {
+            trace_->Take(simulator::HeaderEvent{what, scene_.NowMicroseconds(), card, channel, &header});
+        });
+    }
     streams_.push_back(std::move(stream));
     beforeSleep_.emplace_back();
 }

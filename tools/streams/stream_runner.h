@@ -15,6 +15,7 @@
 #include "tools/streams/progress_watch.h"
 #include "tools/streams/side_work.h"
 #include "tools/streams/stream_options.h"
+#include "tools/streams/trace_file.h"
 #include "tools/streams/wave_stream.h"
 
 namespace kestvox {
@@ -57,6 +58,9 @@ public:
 
     // Goes on with that, too, from here to the end of Close. It outlives this.
     void Add(SideWork& work) { sideWork_.push_back(&work); }
+
+    // Tells the trace of the headers of the streams that are added from now on. It outlives this.
+    void SendHeadersTo(TraceFile& trace) { trace_ = &trace; }
 
     // With a pause after each stream but the last.
     void Start(DWORD pauseMilliseconds = 0);
@@ -103,6 +107,7 @@ private:
     std::vector<Report> reports_;
     ProgressLine progress_;
     std::vector<SideWork*> sideWork_;
+    TraceFile* trace_ = nullptr;  // null: there is none
     ProgressWatch watch_;
     bool slept_ = false;
     std::string standstill_;  // what stands still, or empty

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace kestvox {
 namespace {
@@ -11,9 +12,9 @@ constexpr size_t LongestEnd = 4096;  // of the file: its last events, and room f
 
 }  // namespace
 
-void TraceFile::Take(const simulator::TraceEntry& entry) {
+void TraceFile::Append(Event event) {
     const std::lock_guard guard(mutex_);
-    waiting_.push_back(entry);
+    waiting_.push_back(std::move(event));
 }
 
 void TraceFile::Advance() {
@@ -21,8 +22,8 @@ void TraceFile::Advance() {
         const std::lock_guard guard(mutex_);
         taken_.swap(waiting_);
     }
-    for (const simulator::TraceEntry& entry : taken_) {
-        trace_.Write(entry);
+    for (const Event& taken : taken_) {
+        std::visit([this](const auto& event) { trace_.Write(event); }, taken);
         WriteText();
     }
     taken_.clear();

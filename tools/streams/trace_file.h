@@ -1,9 +1,10 @@
-// Every request to the cards, on its way into a file for a timeline viewer.
+// Every request to the cards, and what became of headers, on the way into a file for a timeline viewer.
 #pragma once
 
 #include <mutex>
 #include <sstream>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "simulator/trace/trace.h"
@@ -17,8 +18,9 @@ public:
     // CommandError when the file cannot be made.
     explicit TraceFile(const std::string& path) : file_(path), trace_(text_) {}
 
-    // The next request, on any thread.
-    void Take(const simulator::TraceEntry& entry);
+    // What comes next, on any thread.
+    void Take(const simulator::TraceEntry& entry) { Append(entry); }
+    void Take(const simulator::HeaderEvent& event) { Append(event); }
 
     void Advance() override;
     std::string Problem() const override { return file_.Problem(); }
@@ -28,6 +30,9 @@ public:
     void Finish();
 
 private:
+    using Event = std::variant<simulator::TraceEntry, simulator::HeaderEvent>;
+
+    void Append(Event event);
     void WriteText();
     void CutAfterLastEvent();
 
@@ -35,8 +40,8 @@ private:
     std::ostringstream text_;
     simulator::ChromeTrace trace_;
     std::mutex mutex_;
-    std::vector<simulator::TraceEntry> waiting_;
-    std::vector<simulator::TraceEntry> taken_;
+    std::vector<Event> waiting_;
+    std::vector<Event> taken_;
 };
 
 }  // namespace kestvox

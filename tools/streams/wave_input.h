@@ -34,6 +34,7 @@ public:
 
     uint64_t FramesTaken() const { return bytesTaken_ / Format().nBlockAlign; }
 
+    uint32_t Channel() const override { return simulator::InputChannel(Port()); }
     const WAVEFORMATEX& Format() const override {
         return *reinterpret_cast<const WAVEFORMATEX*>(format_.data());
     }

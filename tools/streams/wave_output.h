@@ -26,6 +26,7 @@ public:
     // length as one loop. CommandError for a loop of a file whose length is not known.
     void PrepareBuffers(unsigned count, unsigned milliseconds, DWORD passes);
 
+    uint32_t Channel() const override { return simulator::OutputChannel(Port()); }
     const WAVEFORMATEX& Format() const override { return file_.Format(); }
     std::optional<uint64_t> FrameCount() const override;
     bool EndsByCount() const override { return false; }

@@ -5,8 +5,8 @@
 #include <cstring>
 #include <utility>
 
+#include "report/wave_format.h"
 #include "tools/command_error.h"
-#include "tools/files/wave_format.h"
 #include "tools/streams/wave_error.h"
 
 namespace kestvox {
@@ -38,15 +38,24 @@ void WaveStream::AllocateBuffers(unsigned count, size_t bytes) {
 
 bool WaveStream::QueueBuffer(const char* call, Buffer& buffer) {
     ++buffer.Writes;
+    NoteHeader(simulator::HeaderEvent::Kind::Queued, buffer.Header);
     if (!Check(call, HandOver(buffer.Header))) {
         --buffer.Writes;
+        NoteHeader(simulator::HeaderEvent::Kind::Refused, buffer.Header);
         return false;
     }
     return true;
 }
 
+void WaveStream::NoteHeader(simulator::HeaderEvent::Kind what, const WAVEHDR& header) const {
+    if (headerSink_) {
+        headerSink_(what, header);
+    }
+}
+
 void WaveStream::CountBack(DWORD_PTR header) {
     auto* buffer = reinterpret_cast<Buffer*>(reinterpret_cast<const WAVEHDR*>(header)->dwUser);
+    NoteHeader(simulator::HeaderEvent::Kind::Returned, buffer->Header);
     buffer->Returns.fetch_add(1, std::memory_order_release);
     SetEvent(done_);
 }

@@ -45,6 +45,7 @@ public:
     // Each card has an analog and a digital device.
     unsigned Card() const { return device_ / 2; }
     simulator::Port Port() const { return device_ % 2 ? simulator::Port::Digital : simulator::Port::Analog; }
+    virtual uint32_t Channel() const = 0;  // of the card, as the requests count them
     virtual const WAVEFORMATEX& Format() const = 0;
 
     // Frames that the stream is to move; nothing: as many as come.
@@ -84,6 +85,10 @@ public:
     // it comes back recorded.
     using SampleSink = std::function<void(std::span<const char>)>;
     void SendSamples(SampleSink sink) { sampleSink_ = std::move(sink); }
+
+    // Is told of each header, on the thread that hands it over or on the driver's.
+    using HeaderSink = std::function<void(simulator::HeaderEvent::Kind, const WAVEHDR&)>;
+    void SendHeaders(HeaderSink sink) { headerSink_ = std::move(sink); }
 
     // The first thing that went wrong, or empty. One line, begins with the device.
     const std::string& Problem();
@@ -133,6 +138,7 @@ protected:
 
 private:
     void NoteLevel(std::span<const char> samples);
+    void NoteHeader(simulator::HeaderEvent::Kind what, const WAVEHDR& header) const;
     std::string Failure(const char* call, MMRESULT result) const;
 
     UINT device_;
@@ -144,6 +150,7 @@ private:
     unsigned bufferCount_ = 0;
     std::string problem_;
     SampleSink sampleSink_;
+    HeaderSink headerSink_;
     bool watchesLevel_ = false;
     double peak_ = 0;  // 1 is full scale
 };

@@ -1,6 +1,7 @@
-// What a command has to say at its end: lines "key: value", or one JSON object with the same keys.
+// What is to be said at the end of a run: lines "key: value", or one JSON object with the same keys.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <optional>
@@ -9,12 +10,24 @@
 
 namespace kestvox {
 
+// How a run came out.
+struct RunOutcome {
+    std::optional<std::string> Command;  // nothing: it is the run of another program
+    std::string Problem;                 // what ended the run before its time, or empty
+    std::vector<std::string> Losses;     // what was not played or recorded as asked, one line each
+    std::optional<int> Status;           // the exit status
+
+    bool IsGood() const { return Status.value_or(0) == 0 && Problem.empty() && Losses.empty(); }
+};
+
 class Report {
 public:
     // What is added from here on belongs to a stream of its own, until EndStreams.
     void BeginStream();
     void EndStreams() { ofStream_ = false; }
+    size_t StreamCount() const { return streams_.size(); }
 
+    void Add(const char* key, const std::string& text);
     void Add(const char* key, uint64_t value);
     void Add(const char* key, int64_t value);
     void Add(const char* key, unsigned value) { Add(key, uint64_t{value}); }
@@ -26,10 +39,9 @@ public:
 
     void PrintText(std::FILE* out) const;
 
-    // One object with "command", "streams", the keys that belong to no stream, "problem" (null: none),
-    // "losses" and "status".
-    std::string Json(const std::string& command, const std::string& problem,
-                     const std::vector<std::string>& losses, int status) const;
+    // One object with "streams", the keys that belong to no stream, "problem" (null: none) and "losses", and
+    // with "command" and "status" where the outcome has them.
+    std::string Json(const RunOutcome& outcome) const;
 
 private:
     struct Line {

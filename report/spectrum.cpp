@@ -1,4 +1,4 @@
-#include "tools/page/spectrum.h"
+#include "report/spectrum.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,13 +1,18 @@
-#include "tools/commands/report.h"
+#include "report/report.h"
 
 #include <utility>
 
-#include "tools/system/json_text.h"
+#include "report/json_text.h"
 
 namespace kestvox {
+
 void Report::BeginStream() {
     ofStream_ = true;
     streams_.emplace_back();
+}
+
+void Report::Add(const char* key, const std::string& text) {
+    AddLine(key, text, QuotedJson(text));
 }
 
 void Report::Add(const char* key, uint64_t value) {
@@ -34,8 +39,7 @@ void Report::PrintText(std::FILE* out) const {
     print(rest_);
 }
 
-std::string Report::Json(const std::string& command, const std::string& problem,
-                         const std::vector<std::string>& losses, int status) const {
+std::string Report::Json(const RunOutcome& outcome) const {
     const auto member = [](const Line& line) { return QuotedJson(line.Key) + ": " + line.Json; };
     const auto object = [&](const Lines& lines) {
         std::string members;
@@ -44,14 +48,14 @@ std::string Report::Json(const std::string& command, const std::string& problem,
         }
         return "{" + members + "}";
     };
-    std::string text = "{\"command\": " + QuotedJson(command);
-    text += ", \"streams\": " + JsonList(streams_, object);
+    std::string text = outcome.Command ? "{\"command\": " + QuotedJson(*outcome.Command) + ", " : "{";
+    text += "\"streams\": " + JsonList(streams_, object);
     for (const Line& line : rest_) {
         text += ", " + member(line);
     }
-    text += ", \"problem\": " + (problem.empty() ? "null" : QuotedJson(problem));
-    text += ", \"losses\": " + JsonList(losses, QuotedJson);
-    return text + ", \"status\": " + std::to_string(status) + "}";
+    text += ", \"problem\": " + (outcome.Problem.empty() ? "null" : QuotedJson(outcome.Problem));
+    text += ", \"losses\": " + JsonList(outcome.Losses, QuotedJson);
+    return text + (outcome.Status ? ", \"status\": " + std::to_string(*outcome.Status) : "") + "}";
 }
 
 }  // namespace kestvox

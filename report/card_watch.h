@@ -5,14 +5,14 @@
 #include <string>
 #include <vector>
 
-#include "tools/machine/scene.h"
+#include "simulator/simulator.h"
 
 namespace kestvox {
 
 class CardWatch {
 public:
-    // Before the driver has come. The scene outlives this.
-    explicit CardWatch(const Scene& scene);
+    // Before the driver has come. `cards` outlive this.
+    explicit CardWatch(const simulator::Simulator& cards);
 
     // While the streams run: the first time the registers are kept, and each time the clocks are looked at.
     void Look();
@@ -38,12 +38,11 @@ private:
         uint64_t ChangesLeftOut = 0;
     };
 
-    const simulator::Simulator& Cards() const { return scene_.Cards(); }
     static std::string JsonOfCard(const Card& card, size_t number);
     static std::string JsonOfClock(const Card& card);
     static std::string JsonOfRegisters(const Card& card);
 
-    const Scene& scene_;
+    const simulator::Simulator& simulator_;
     const int64_t begun_;  // microseconds
     std::vector<Card> cards_;
 };

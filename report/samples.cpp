@@ -1,11 +1,11 @@
-#include "tools/files/samples.h"
+#include "report/samples.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 
-#include "tools/files/wave_format.h"
+#include "report/wave_format.h"
 
 namespace kestvox {
 namespace {

@@ -1,6 +1,6 @@
-#include "tools/page/gap_list.h"
+#include "report/gap_list.h"
 
-#include "tools/system/json_text.h"
+#include "report/json_text.h"
 
 namespace kestvox {
 namespace {
@@ -9,17 +9,17 @@ constexpr size_t MostGaps = 100;
 
 }  // namespace
 
-void GapList::Look(const StreamStatus& status) {
-    if (status.Frames < frames_) {
+void GapList::Look(uint64_t frames, uint64_t idle, unsigned inFlight) {
+    if (frames < frames_) {
         before_ += frames_;
         idle_ = 0;
     }
-    if (status.IdleFrames > idle_ && gaps_.size() < MostGaps) {
-        gaps_.push_back({ranDry_, status.IdleFrames - idle_});
+    if (idle > idle_ && gaps_.size() < MostGaps) {
+        gaps_.push_back({ranDry_, idle - idle_});
     }
-    frames_ = status.Frames;
-    idle_ = status.IdleFrames;
-    if (status.BuffersInFlight == 0) {
+    frames_ = frames;
+    idle_ = idle;
+    if (inFlight == 0) {
         ranDry_ = before_ + frames_;
     }
 }

@@ -1,8 +1,8 @@
-#include "tools/page/card_watch.h"
+#include "report/card_watch.h"
 
 #include <algorithm>
 
-#include "tools/system/json_text.h"
+#include "report/json_text.h"
 
 namespace kestvox {
 namespace {
@@ -34,10 +34,10 @@ unsigned ClockField(const std::vector<RegisterView>& registers, const std::strin
 
 }  // namespace
 
-CardWatch::CardWatch(const Scene& scene) : scene_(scene), begun_(scene.NowMicroseconds()) {
-    cards_.resize(scene.CardCount());
+CardWatch::CardWatch(const simulator::Simulator& cards)
+    : simulator_(cards), begun_(cards.NowMicroseconds()), cards_(cards.CardCount()) {
     for (unsigned card = 0; card < cards_.size(); ++card) {
-        cards_[card].Before = Cards().Registers(card);
+        cards_[card].Before = simulator_.Registers(card);
     }
 }
 
@@ -45,14 +45,14 @@ void CardWatch::Look() {
     for (unsigned number = 0; number < cards_.size(); ++number) {
         Card& card = cards_[number];
         if (card.Running.empty()) {
-            card.Running = Cards().Registers(number);
+            card.Running = simulator_.Registers(number);
         }
-        const unsigned rate = Cards().SampleRate(number);
+        const unsigned rate = simulator_.SampleRate(number);
         if (!card.Changes.empty() && card.Changes.back().Rate == rate) {
             continue;
         }
         if (card.Changes.size() < MostClockChanges) {
-            card.Changes.push_back({(scene_.NowMicroseconds() - begun_) / 1000, rate});
+            card.Changes.push_back({(simulator_.NowMicroseconds() - begun_) / 1000, rate});
         } else {
             ++card.ChangesLeftOut;
         }
@@ -61,7 +61,7 @@ void CardWatch::Look() {
 
 void CardWatch::End() {
     for (unsigned card = 0; card < cards_.size(); ++card) {
-        cards_[card].After = Cards().Registers(card);
+        cards_[card].After = simulator_.Registers(card);
     }
 }
 

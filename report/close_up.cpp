@@ -1,8 +1,8 @@
-#include "tools/page/close_up.h"
+#include "report/close_up.h"
 
 #include <algorithm>
 
-#include "tools/system/json_text.h"
+#include "report/json_text.h"
 
 namespace kestvox {
 namespace {

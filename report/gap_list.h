@@ -5,15 +5,15 @@
 #include <string>
 #include <vector>
 
-#include "tools/streams/wave_stream.h"
-
 namespace kestvox {
 
 // By looking at the stream again and again, above all when buffers come back: a gap begins where the card had
 // none left.
 class GapList {
 public:
-    void Look(const StreamStatus& status);
+    // `frames` have been moved since the card began to count, `idle` have passed without a buffer, and so
+    // many buffers are in flight.
+    void Look(uint64_t frames, uint64_t idle, unsigned inFlight);
 
     // A JSON list of the first hundred, an object for each: "frame", the frames moved before it, and "length"
     // in frames.

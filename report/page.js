@@ -236,7 +236,7 @@ function showStreams() {
     const place = document.getElementById("streams");
     for (const stream of watched.streams) {
         const group = [];
-        place.appendChild(element("h3", "Device " + stream.device + ", " + stream.kind + ": " + stream.format));
+        place.appendChild(element("h3", stream.name + ", " + stream.kind + ": " + stream.format));
         place.appendChild(element("p", describeDifferences(stream.wave) + describeGaps(stream)));
         showWave(place, stream, group);
         showCloseUp(place, stream);

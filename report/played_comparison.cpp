@@ -1,4 +1,4 @@
-#include "tools/page/played_comparison.h"
+#include "report/played_comparison.h"
 
 #include <algorithm>
 #include <utility>
@@ -33,6 +33,13 @@ void PlayedComparison::Finish() {
     while (!repeats_ && !buffers_.empty()) {
         PassOverBuffer();
     }
+}
+
+void PlayedComparison::TakeBack() {
+    Compare(0);
+    buffers_.clear();
+    at_ = 0;
+    fits_ = true;
 }
 
 // All but the last `keep` frames, which are needed to tell where those before belong.

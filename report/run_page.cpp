@@ -1,10 +1,10 @@
-#include "tools/page/run_page.h"
+#include "report/run_page.h"
 
 #include <algorithm>
 #include <string_view>
 
-#include "tools/page/page_template.h"
-#include "tools/system/json_text.h"
+#include "report/json_text.h"
+#include "report/page_template.h"
 
 namespace kestvox {
 namespace {
@@ -17,7 +17,7 @@ constexpr int HighestStatusByItself = 2;  // above it: a signal
 // The text before the mark, and what takes the mark's place; the text is left with what follows.
 std::string Fill(std::string_view& text, std::string_view mark, const std::string& with) {
     const size_t at = text.find(mark);
-    const std::string filled = std::string(text.substr(0, at)) + with;
+    std::string filled = std::string(text.substr(0, at)) + with;
     text.remove_prefix(at + mark.size());
     return filled;
 }
@@ -42,19 +42,19 @@ std::string Paragraph(const std::string& text) {
     return "<p>" + Escaped(text) + "</p>\n";
 }
 
-std::string LossesInWords(const RunWords& words) {
+std::string LossesInWords(const RunOutcome& outcome) {
     std::string text;
-    if (words.Status > HighestStatusByItself) {
+    if (outcome.Status > HighestStatusByItself) {
         text += Paragraph("The run was told to end before its time.");
     }
-    if (!words.Problem.empty()) {
-        text += Paragraph("The run ended before its time: " + words.Problem);
+    if (!outcome.Problem.empty()) {
+        text += Paragraph("The run ended before its time: " + outcome.Problem);
     }
-    if (words.Losses.empty()) {
+    if (outcome.Losses.empty()) {
         return text.empty() ? Paragraph("Nothing was lost.") : text;
     }
-    text += Paragraph(words.Status == 0 ? "This was lost, and tolerated:" : "This was lost:") + "<ul>\n";
-    for (const std::string& loss : words.Losses) {
+    text += Paragraph(outcome.Status == 0 ? "This was lost, and tolerated:" : "This was lost:") + "<ul>\n";
+    for (const std::string& loss : outcome.Losses) {
         text += "<li>" + Escaped(loss) + "</li>\n";
     }
     return text + "</ul>\n";
@@ -62,9 +62,8 @@ std::string LossesInWords(const RunWords& words) {
 
 }  // namespace
 
-void RunPage::Begin(Scene& scene) {
-    scene_ = &scene;
-    cards_.emplace(scene);
+StreamWatch& RunPage::Watch(const WatchedStream& stream) {
+    return *streams_.emplace_back(std::make_unique<StreamWatch>(simulator_, stream));
 }
 
 void RunPage::Advance() {
@@ -73,7 +72,7 @@ void RunPage::Advance() {
         begun = stream->Advance() || begun;
     }
     if (begun) {
-        cards_->Look();
+        cards_.Look();
     }
 }
 
@@ -81,26 +80,26 @@ void RunPage::Advance() {
 void RunPage::End() {
     const size_t share = ColumnsOfAll / std::max<size_t>(1, streams_.size());
     for (const auto& stream : streams_) {
-        stream->End(std::clamp(share, FewestColumns, MostColumns));
+        stream->Close();
+        stream->ReduceTo(std::clamp(share, FewestColumns, MostColumns));
     }
-    cards_->End();
+    cards_.End();
 }
 
 std::string RunPage::WatchedJson() const {
     return "{\"streams\": " + JsonList(streams_, [](const auto& stream) { return stream->Json(); }) +
-           ",\n\"requests\": " + requests_.Json() + ",\n\"cards\": " + cards_->Json() + "}";
+           ",\n\"requests\": " + requests_.Json() + ",\n\"cards\": " + cards_.Json() + "}";
 }
 
-void RunPage::Finish(const RunWords& words) {
+std::string RunPage::Text(const std::string& title, const RunOutcome& outcome, const Report& report) const {
     std::string_view rest = PageTemplate;
-    std::string page = Fill(rest, "@COMMAND@", Escaped(words.Command));
-    page += Fill(rest, "@OUTCOME@", words.Status == 0 && words.Losses.empty() ? "good" : "bad");
-    page += Fill(rest, "@LOSSES@", LossesInWords(words));
-    page += Fill(rest, "@RUN@", InScript(words.Json));
+    std::string page = Fill(rest, "@TITLE@", Escaped(title));
+    page += Fill(rest, "@OUTCOME@", outcome.IsGood() ? "good" : "bad");
+    page += Fill(rest, "@LOSSES@", LossesInWords(outcome));
+    page += Fill(rest, "@RUN@", InScript(report.Json(outcome)));
     page += Fill(rest, "@WATCHED@", InScript(WatchedJson()));
     page += rest;
-    file_.Write(page);
-    file_.Commit();
+    return page;
 }
 
 }  // namespace kestvox

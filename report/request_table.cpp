@@ -1,13 +1,16 @@
-#include "tools/page/request_table.h"
+#include "report/request_table.h"
 
 #include <algorithm>
 
+#include "report/json_text.h"
 #include "simulator/requests/request_names.h"
-#include "tools/system/json_text.h"
 
 namespace kestvox {
 
 void RequestTable::Take(const simulator::TraceEntry& entry) {
+    if (entry.Code == simulator::TraceEntry::BufferFinished) {
+        return;
+    }
     Row& row = rows_[entry.Code];
     ++row.Count;
     row.Failed += entry.Result != 0 ? 1 : 0;

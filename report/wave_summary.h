@@ -8,10 +8,10 @@
 #include <span>
 #include <string>
 
+#include "report/bounded_columns.h"
+#include "report/close_up.h"
+#include "report/spectrum.h"
 #include "simulator/channels/frame.h"
-#include "tools/page/bounded_columns.h"
-#include "tools/page/close_up.h"
-#include "tools/page/spectrum.h"
 
 namespace kestvox {
 
@@ -48,6 +48,8 @@ public:
     // Frames of which only one came to be; all are differences.
     void AddMissing(uint64_t position, std::span<const simulator::Frame> asked);
     void AddUnasked(uint64_t position, std::span<const simulator::Frame> came);
+
+    uint64_t Differences() const { return differences_; }  // frames
 
     void ReduceTo(size_t columns) { columns_.ReduceTo(columns); }
 

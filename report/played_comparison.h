@@ -7,8 +7,8 @@
 #include <span>
 #include <vector>
 
+#include "report/wave_summary.h"
 #include "simulator/channels/frame.h"
-#include "tools/page/wave_summary.h"
 
 namespace kestvox {
 
@@ -23,6 +23,8 @@ public:
     void Ask(std::vector<simulator::Frame> frames);
     // The next frames that were played.
     void Play(std::span<const simulator::Frame> frames);
+    // What is left of the buffers has been taken back. What was played so far has been given to Play.
+    void TakeBack();
     // Nothing more is played. What is left of the buffers is missing, but for those of a loop.
     void Finish();
 

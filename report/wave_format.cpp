@@ -1,4 +1,4 @@
-#include "tools/files/wave_format.h"
+#include "report/wave_format.h"
 
 #include <algorithm>
 #include <cstdio>

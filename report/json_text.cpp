@@ -1,4 +1,4 @@
-#include "tools/system/json_text.h"
+#include "report/json_text.h"
 
 #include <cstdio>
 

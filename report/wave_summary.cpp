@@ -1,10 +1,10 @@
-#include "tools/page/wave_summary.h"
+#include "report/wave_summary.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 
-#include "tools/system/json_text.h"
+#include "report/json_text.h"
 
 namespace kestvox {
 namespace {
@@ -125,16 +125,17 @@ std::string WaveSummary::Json(unsigned channels, bool compared) const {
     const auto spectrum = [](const Spectrum& of) { return JsonList(of.Decibels(), Tenths); };
     std::string text = "{\"frames-per-column\": " + std::to_string(columns_.Width());
     text += ", \"compared\": " + std::string(compared ? "true" : "false");
-    text += ", \"differences\": " + std::to_string(differences_);
-    text += ", \"first-difference\": " + (firstDifference_ ? std::to_string(*firstDifference_) : "null");
+    text += ", \"differences\": " + std::to_string(compared ? differences_ : 0);
+    text += ", \"first-difference\": " +
+            (compared && firstDifference_ ? std::to_string(*firstDifference_) : "null");
     text += ",\n\"asked\": " +
             sides([](const WaveColumn& column, size_t side) { return Bounds(column.Asked[side]); });
     text += ",\n\"came\": " +
             sides([](const WaveColumn& column, size_t side) { return Bounds(column.Came[side]); });
     text += ",\n\"level\": " + sides(Level);
     text += ",\n\"different\": " +
-            list([](const WaveColumn& column) { return std::to_string(column.Differences); });
-    text += ",\n\"close-up\": " + closeUp_.Json(channels);
+            list([&](const WaveColumn& column) { return std::to_string(compared ? column.Differences : 0); });
+    text += ",\n\"close-up\": " + (compared ? closeUp_.Json(channels) : "null");
     text += ",\n\"asked-spectrum\": " + spectrum(askedSpectrum_);
     text += ",\n\"came-spectrum\": " + spectrum(cameSpectrum_);
     return text + "}";

@@ -1,0 +1,127 @@
+// The trace of a run, read back: what became of each header.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <regex>
+#include <sstream>
+
+#include "tests/tools/command_runner.h"
+#include "tests/tools/scratch_folder.h"
+#include "tests/tools/wav_bytes.h"
+
+namespace {
+
+// One event; its other members are not of interest.
+struct Event {
+    std::string Phase;
+    std::string Name;
+    int64_t Time;
+    std::string Line;
+};
+
+std::string Member(const std::string& line, const std::string& name) {
+    std::smatch found;
+    return std::regex_search(line, found, std::regex("\"" + name + "\":\"?([^\",}]*)")) ? found[1].str() : "";
+}
+
+class TraceOfARun : public testing::Test {
+protected:
+    TraceOfARun() { WriteFile(folder_.Path("in.wav"), WavFile({}, NoiseBytes(44100))); }
+
+    CommandResult Run(const std::string& words) {
+        CommandResult result = RunShell(
+            "$K " + words + " --time stepped --buffers 5 --buffer-ms 100 --trace t.json", folder_.Path(""));
+        events_.clear();
+        std::istringstream lines(ReadFile(folder_.Path("t.json")));
+        for (std::string line; std::getline(lines, line);) {
+            if (line.starts_with("{\"ph\"")) {
+                events_.push_back(
+                    {Member(line, "ph"), Member(line, "name"), std::stoll("0" + Member(line, "ts")), line});
+            }
+        }
+        return result;
+    }
+    // The bars of the header with that id, as "b NAME" and "e NAME", in the order of the file.
+    std::vector<std::string> LifeOf(const std::string& id) const {
+        std::vector<std::string> life;
+        for (const Event& event : events_) {
+            if (Member(event.Line, "id") == id) {
+                life.push_back(event.Phase + " " + event.Name);
+            }
+        }
+        return life;
+    }
+    int64_t TimeOf(const std::string& id, const std::string& phase, const std::string& name) const {
+        const auto found = std::ranges::find_if(events_, [&](const Event& event) {
+            return Member(event.Line, "id") == id && event.Phase == phase && event.Name == name;
+        });
+        return found == events_.end() ? -1 : found->Time;
+    }
+    std::vector<int64_t> Counts(const std::string& counter, const std::string& what) const {
+        std::vector<int64_t> counts;
+        for (const Event& event : events_) {
+            if (event.Phase == "C" && event.Name == counter) {
+                counts.push_back(std::stoll(Member(event.Line, what)));
+            }
+        }
+        return counts;
+    }
+
+    const ScratchFolder folder_;
+    std::vector<Event> events_;
+};
+
+using Life = std::vector<std::string>;
+
+Life WholeLife(const std::string& header) {
+    return {"b " + header,        "b BEGIN_BUFFER",      "e BEGIN_BUFFER",      "b MAP_BUFFER 17640",
+            "e MAP_BUFFER 17640", "b SET_BUFFER_COOKIE", "e SET_BUFFER_COOKIE", "b QUEUE_BUFFER 0",
+            "e QUEUE_BUFFER 0",   "b in the card",       "e in the card",       "e " + header};
+}
+
+// Channel 2 is the analog output. The third buffer is in the card while it and the two before it play.
+TEST_F(TraceOfARun, FollowsAHeaderByItsNumber) {
+    const CommandResult result = Run("play in.wav");
+    ASSERT_EQ(result.Status, 0) << result.Errors;
+    const std::string id = "0.2.3";
+    EXPECT_EQ(LifeOf(id), WholeLife("header 3"));
+    const int64_t begun = TimeOf(id, "b", "in the card");
+    EXPECT_EQ(TimeOf(id, "b", "header 3"), begun);
+    EXPECT_NEAR(static_cast<double>(TimeOf(id, "e", "in the card") - begun), 300000, 2);
+    EXPECT_EQ(TimeOf(id, "e", "header 3"), TimeOf(id, "e", "in the card"));
+    EXPECT_EQ(LifeOf("0.2.10"), WholeLife("header 10"));
+    EXPECT_TRUE(LifeOf("0.2.11").empty()) << "there are ten";
+
+    const std::vector<int64_t> inCard = Counts("analog out: headers", "in the card");
+    const std::vector<int64_t> withDriver = Counts("analog out: headers", "with the driver");
+    ASSERT_FALSE(inCard.empty());
+    EXPECT_EQ(std::to_string(std::ranges::max(inCard)), result.Values("most-in-flight").at(0));
+    EXPECT_EQ(std::ranges::max(withDriver), 5);
+    EXPECT_EQ(inCard.back(), 0);
+    EXPECT_EQ(withDriver.back(), 0);
+}
+
+// Headers that the card refuses or never tells of, and a loop, whose headers are in the card again and again.
+TEST_F(TraceOfARun, FollowsHeadersThatGoOtherWays) {
+    Run("play in.wav --fault QUEUE_BUFFER:3");
+    Life refused = WholeLife("header 3");
+    std::erase(refused, "b in the card");
+    std::erase(refused, "e in the card");
+    EXPECT_EQ(LifeOf("0.2.3"), refused);
+
+    ASSERT_EQ(Run("play in.wav --loops 3").Status, 0);
+    EXPECT_EQ(std::ranges::count(LifeOf("0.2.4"), "b in the card"), 3);
+    EXPECT_EQ(std::ranges::count(LifeOf("0.2.4"), "e in the card"), 3);
+    EXPECT_EQ(LifeOf("0.2.4").back(), "e header 4");
+
+    ASSERT_EQ(Run("record out.wav --device 1 --input tone:440 --seconds 1").Status, 0);
+    EXPECT_EQ(LifeOf("0.1.2").front(), "b header 2");
+    EXPECT_EQ(LifeOf("0.1.2").back(), "e header 2");
+    EXPECT_EQ(std::ranges::count(LifeOf("0.1.2"), "e in the card"), 1);
+    for (const char* what : {"in the card", "with the driver"}) {
+        EXPECT_EQ(Counts("digital in: headers", what).back(), 0);
+    }
+}
+
+}  // namespace
