@@ -200,7 +200,7 @@ TEST_F(TwoSheetsTest, ASourceThatChangesMeanwhileIsOneSource) {
     std::atomic<bool> done = false;
     std::thread changing([&] {
         while (!done) {
-            for (const WPARAM source : {64, 97, 0}) {
+            for (const WPARAM source : {WPARAM{64}, WPARAM{97}, WPARAM{0}}) {
                 SendMessageW(otherPage, WM_COMMAND, source, 0);
             }
         }
