@@ -47,29 +47,38 @@ TEST_F(AsioEasiPageTest, ScaleHasAMarkAtEachEndAndEachFifty) {
     }
 }
 
+// What counts for nothing is shown as the nearest that does, or as the default. What does not come from a
+// sheet is not kept as another sheet's choice, either.
 TEST_F(AsioEasiPageTest, OnlyAFourByteBinaryValueCounts) {
     const struct {
         const char* What;
         DWORD Type;
         std::vector<BYTE> Data;
-        int Position;
+        DWORD Position;
+        bool IsKept;
     } cases[] = {
-        {"as stored", REG_BINARY, {200, 0, 0, 0}, 200},
-        {"a number", REG_DWORD, {200, 0, 0, 0}, 40},
-        {"too long", REG_BINARY, {200, 0, 0, 0, 0}, 40},
-        {"too short", REG_BINARY, {200, 0}, 40},
-        {"below the range", REG_BINARY, {1, 0, 0, 0}, 2},
-        {"above it", REG_BINARY, {0, 2, 0, 0}, 500},
-        {"the largest number", REG_BINARY, {255, 255, 255, 255}, 500},
+        {"as stored", REG_BINARY, {200, 0, 0, 0}, 200, true},
+        {"a number", REG_DWORD, {200, 0, 0, 0}, 40, false},
+        {"too long", REG_BINARY, {200, 0, 0, 0, 0}, 40, false},
+        {"too short", REG_BINARY, {200, 0}, 40, false},
+        {"below the range", REG_BINARY, {1, 0, 0, 0}, 2, false},
+        {"above it", REG_BINARY, {0, 2, 0, 0}, 500, false},
+        {"the largest number", REG_BINARY, {255, 255, 255, 255}, 500, false},
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.What);
         StoreBufferSize(TEXT("AsioBufferSize"), each.Type, each.Data);
         Sheet& sheet = Open();
-        EXPECT_EQ(sheet.Show(u"ASIO + EASI").Position(IDC_ASIO_BUFFER), each.Position);
+        const SheetPage page = sheet.Show(u"ASIO + EASI");
+        EXPECT_EQ(page.Position(IDC_ASIO_BUFFER), static_cast<int>(each.Position));
+        sheet.Apply();
+        EXPECT_EQ(StoredBufferSize(u"AsioBufferSize"), each.Position);
+        page.Slide(IDC_ASIO_BUFFER, 100);
+        sheet.Apply();
+        StoreBufferSize(TEXT("AsioBufferSize"), each.Type, each.Data);
         sheet.Ok();
         sheet.Closed();
-        EXPECT_EQ(StoredBufferSize(u"AsioBufferSize"), static_cast<DWORD>(each.Position));
+        EXPECT_EQ(StoredBufferSize(u"AsioBufferSize"), each.IsKept ? each.Position : 100);
     }
 }
 

@@ -163,30 +163,6 @@ TEST_F(TwoSheetsTest, AMasterIsNotStoredAsAutomatic) {
     }
 }
 
-TEST_F(TwoSheetsTest, ABufferSizeThatIsNoneIsReplaced) {
-    const struct {
-        const char* What;
-        DWORD Type;
-        std::vector<BYTE> Data;
-        DWORD Stored;
-    } cases[] = {
-        {"a size", REG_BINARY, {200, 0, 0, 0}, 200},
-        {"a number", REG_DWORD, {200, 0, 0, 0}, 100},
-        {"too long", REG_BINARY, {200, 0, 0, 0, 0}, 100},
-        {"out of range", REG_BINARY, {1, 0, 0, 0}, 100},
-    };
-    for (const auto& each : cases) {
-        SCOPED_TRACE(each.What);
-        Sheet& sheet = Open();
-        sheet.Show(u"ASIO + EASI").Slide(IDC_ASIO_BUFFER, 100);
-        sheet.Apply();
-        StoreBufferSize(TEXT("AsioBufferSize"), each.Type, each.Data);
-        sheet.Ok();
-        sheet.Closed();
-        EXPECT_EQ(StoredBufferSize(u"AsioBufferSize"), each.Stored);
-    }
-}
-
 // The working clock sources are everybody's: one that changes while it is looked at is shown as one of the
 // two.
 TEST_F(TwoSheetsTest, ASourceThatChangesMeanwhileIsOneSource) {
