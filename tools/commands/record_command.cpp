@@ -11,6 +11,7 @@
 #include "tools/commands/stream_command.h"
 #include "tools/files/output_file.h"
 #include "tools/files/wave_format.h"
+#include "tools/streams/cable_feed.h"
 #include "tools/streams/input_feed.h"
 #include "tools/streams/recording_file.h"
 #include "tools/streams/wave_input.h"
@@ -25,6 +26,7 @@ constexpr unsigned DefaultChannels = 2;
 constexpr int32_t ToneAmplitude = 0x40000000;
 constexpr const char* Silence = "silence";
 constexpr const char* TonePrefix = "tone:";
+constexpr const char* CablePrefix = "cable:";
 
 constexpr SampleEncoding Formats[] = {
     {"u8", WAVE_FORMAT_PCM, 8, 1, 0},   {"s16", WAVE_FORMAT_PCM, 16, 2, 0},
@@ -57,8 +59,23 @@ simulator::InputSignal GeneratedSignal(const std::string& input) {
                             : ToneSignal(input, input.substr(std::string(TonePrefix).size()));
 }
 
+bool IsCable(const std::string& input) {
+    return input.starts_with(CablePrefix);
+}
+
 bool IsFile(const std::string& input) {
-    return input != Silence && !input.starts_with(TonePrefix);
+    return input != Silence && !input.starts_with(TonePrefix) && !IsCable(input);
+}
+
+// Another program's, at the other end of the cable.
+simulator::Connector OutputOf(const std::string& input) {
+    const auto output = simulator::ParseConnector(input.substr(std::string(CablePrefix).size()));
+    if (!output) {
+        throw CommandError(
+            "input " + input +
+            ": must be cable:OUTPUT, a card's number with a (analog) or d (digital): cable:0a");
+    }
+    return *output;
 }
 
 void RequireRate(const InputFeed& feed, const RecordOptions& options) {
@@ -69,19 +86,23 @@ void RequireRate(const InputFeed& feed, const RecordOptions& options) {
     }
 }
 
-// Nothing: as many as the pipe that is plugged in brings.
+// Nothing: as many as the pipe or the cable that is plugged in brings.
 std::optional<uint64_t> FramesToRecord(const RecordOptions& options, const InputFeed* feed) {
     if (!options.Seconds && feed) {
         return feed->FrameCount();
+    }
+    if (!options.Seconds && IsCable(options.Input)) {
+        return std::nullopt;
     }
     return std::max<uint64_t>(1,
                               static_cast<uint64_t>(options.Seconds.value_or(DefaultSeconds) * options.Rate));
 }
 
-// Ends a recording with the pipe that is plugged in.
-class EndOfPipe final : public SideWork {
+// Ends a recording with what is plugged in: a pipe, or a cable.
+template <typename Feed>
+class EndOfFeed final : public SideWork {
 public:
-    EndOfPipe(const InputFeed& feed, WaveInput& input) : feed_(feed), input_(input) {}
+    EndOfFeed(const Feed& feed, WaveInput& input) : feed_(feed), input_(input) {}
     void Advance() override {
         if (const std::optional<uint64_t> frames = feed_.FrameCount(); frames && !told_) {
             told_ = true;
@@ -91,7 +112,7 @@ public:
     std::string Problem() const override { return {}; }
 
 private:
-    const InputFeed& feed_;
+    const Feed& feed_;
     WaveInput& input_;
     bool told_ = false;
 };
@@ -139,13 +160,24 @@ int Record(const RecordOptions& asked) {
         }
         feed->SetReadAhead(ReadAheadFrames(options));
     }
-    simulator::InputSignal signal = feed ? feed->Signal() : GeneratedSignal(options.Input);
+    const std::optional<simulator::Connector> output =
+        IsCable(options.Input) ? std::optional(OutputOf(options.Input)) : std::nullopt;
+    simulator::InputSignal signal = feed     ? feed->Signal()
+                                    : output ? simulator::InputSignal::Silence()
+                                             : GeneratedSignal(options.Input);
     const std::optional<uint64_t> frames = FramesToRecord(options, feed.get());
     RecordingFile file(options.File, format.Format);
-    std::optional<EndOfPipe> end;
 
     return RunStreams(
         "record", options, roles, [&](Scene& scene, StreamRunner& runner, Outcome& outcome, RunPage* page) {
+            const CableFeed* cable = nullptr;
+            if (output) {
+                auto made =
+                    std::make_unique<CableFeed>(scene, *output, options.Rate, "input " + options.Input);
+                cable = made.get();
+                signal = made->Signal();
+                runner.Add(std::move(made));
+            }
             scene.PlugIn(options.Device, std::move(signal));
             auto owned = std::make_unique<WaveInput>(options.Device, format.Format, runner.BufferBack(),
                                                      [&](std::span<const char> bytes) { file.Write(bytes); });
@@ -160,8 +192,10 @@ int Record(const RecordOptions& asked) {
             if (feed) {
                 runner.Add(*feed);
             }
-            if (!frames) {
-                runner.Add(end.emplace(*feed, input));
+            if (!frames && feed) {
+                runner.Add(std::make_unique<EndOfFeed<InputFeed>>(*feed, input));
+            } else if (!frames) {
+                runner.Add(std::make_unique<EndOfFeed<CableFeed>>(*cable, input));
             }
             runner.Start();
             runner.RunToTheEnd();
@@ -171,6 +205,9 @@ int Record(const RecordOptions& asked) {
             StreamRunner::Report report = runner.Reports().front();
             report.Status.Frames = input.FramesTaken();
             AddStream(outcome, options.Device, StreamKind::Recording, report, scene.HasSimulator());
+            if (cable && !cable->Loss().empty()) {
+                outcome.Losses.push_back("device " + std::to_string(options.Device) + ": " + cable->Loss());
+            }
         });
 }
 

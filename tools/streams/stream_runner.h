@@ -57,6 +57,8 @@ public:
 
     // Goes on with that, too, from here to the end of Close. It outlives this.
     void Add(SideWork& work) { sideWork_.push_back(&work); }
+    // The same, of what is gone with this.
+    void Add(std::unique_ptr<SideWork> work);
 
     // With a pause after each stream but the last.
     void Start(DWORD pauseMilliseconds = 0);
@@ -102,6 +104,7 @@ private:
     std::vector<StreamStatus> beforeSleep_;  // one for each stream
     std::vector<Report> reports_;
     ProgressLine progress_;
+    std::vector<std::unique_ptr<SideWork>> ownWork_;
     std::vector<SideWork*> sideWork_;
     ProgressWatch watch_;
     bool slept_ = false;
