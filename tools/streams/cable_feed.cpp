@@ -72,7 +72,7 @@ std::string CableFeed::Loss() const {
     }
     return queue_->RanDry > 0 ? "the cable ran dry " + std::to_string(queue_->RanDry) +
                                     (queue_->RanDry == 1 ? " time" : " times") +
-                                    ", as the other program paused or its buffers are longer than a second"
+                                    ", as the other program paused or did not get to run for a second"
                               : "";
 }
 

@@ -16,9 +16,9 @@
 
 namespace kestvox {
 
-// The other program's card gives its frames in portions, as its buffers end. So the cable is a second
-// long: that much is waited for before the first frame goes on, and nothing is missing behind it as long as
-// no portion is longer.
+// The other program and this one get to run when the computer lets them. So the cable is a second long: that
+// much is waited for before the first frame goes on, and nothing is missing behind it as long as neither has
+// to wait longer.
 class CableFeed final : public SideWork {
 public:
     // The machine is shared and runs in real time, and the output is there; CommandError otherwise, which
