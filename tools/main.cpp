@@ -203,7 +203,7 @@ CLI::App* AddRecord(CLI::App& program, CommandLine& line) {
         ->type_name("S")
         ->check(Within(ShortestSound, LongestSound));
     command->add_option("--input", record.Input, "What is plugged in (default silence)")
-        ->type_name("IN.wav|tone:HZ|silence");
+        ->type_name("IN.wav|tone:HZ|cable:OUTPUT|silence");
     command->add_option("--dither", record.Dither, "Store the card's DitherADC setting first, 0 to 4")
         ->type_name("TYPE")
         ->check(Within(0u, MostDither));

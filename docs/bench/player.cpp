@@ -10,12 +10,19 @@
 
 constexpr DWORD Rate = 44100;
 constexpr DWORD Frames = Rate / 20;  // of a buffer
+constexpr DWORD Patience = 2000;     // ms
 
-void WaitFor(const volatile WAVEHDR& header) {
+// False: it does not come back.
+bool WaitFor(const volatile WAVEHDR& header) {
+    const DWORD begin = timeGetTime();
     while (!(header.dwFlags & WHDR_DONE)) {
+        if (timeGetTime() - begin > Patience) {  // which moves stepped time on
+            std::printf("a buffer has not come back\n");
+            return false;
+        }
         Sleep(1);
-        timeGetTime();  // moves stepped time on
     }
+    return true;
 }
 
 int main(int argc, char** argv) {
@@ -30,18 +37,25 @@ int main(int argc, char** argv) {
         samples[i] = static_cast<short>(16000 * std::sin(i * 440 * 6.283185307179586 / Rate));
     }
     std::vector<WAVEHDR> headers(argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 4);
+    bool good = true;
     for (DWORD played = 0; played < Rate; played += Frames) {
         WAVEHDR& header = headers[played / Frames % headers.size()];
         if (header.dwFlags & WHDR_PREPARED) {
-            WaitFor(header);
+            good = WaitFor(header);
+            if (!good) {
+                break;
+            }
             waveOutUnprepareHeader(device, &header, sizeof header);
         }
         header = {reinterpret_cast<LPSTR>(&samples[played]), 2 * Frames, 0, 0, 0, 0, nullptr, 0};
         waveOutPrepareHeader(device, &header, sizeof header);
         waveOutWrite(device, &header, sizeof header);
     }
-    for (const WAVEHDR& header : headers) {
-        WaitFor(header);
+    for (size_t i = 0; i < headers.size() && good; ++i) {
+        good = WaitFor(headers[i]);
     }
-    return waveOutClose(device) == MMSYSERR_NOERROR ? 0 : 1;
+    if (!good) {
+        waveOutReset(device);
+    }
+    return waveOutClose(device) == MMSYSERR_NOERROR && good ? 0 : 1;
 }

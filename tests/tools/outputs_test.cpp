@@ -270,4 +270,46 @@ TEST_F(Outputs, AreHeardByAListener) {
     EXPECT_EQ(heard.Output, "0\nframes-heard: 40000\nframes-lost: 0\n") << heard.Errors;
 }
 
+// A recording amid silence, which ends with the other program's stream; on the card that plays, and on one
+// with a clock of its own.
+TEST_F(Outputs, AreRecordedThroughACable) {
+    for (const auto& [device, output] : {std::pair("0", "1d"), {"1", "0a"}}) {
+        SCOPED_TRACE(device);
+        const std::string playing = output == std::string("1d") ? "3" : "0";
+        const CommandResult recorded = Shell(
+            "M=kestvox-test-$$; $K record o --machine $M --cards 2 --format s32 --device " +
+            std::string(device) + " --input cable:" + output +
+            " >report & until test -s o.part; do sleep 0.01; done; $K play in.wav --machine $M --device " +
+            playing + " --capture played.wav >r; wait $!; echo $?; $K machine remove $M");
+        EXPECT_EQ(recorded.Output, "0\n") << recorded.Errors;
+        const std::string all = ReadFile(folder_.Path("o")).substr(44);
+        const std::string sound = ReadFile(folder_.Path("played.wav")).substr(44);
+        const size_t begin = all.find(sound);
+        ASSERT_NE(begin, std::string::npos);
+        EXPECT_EQ(begin % 8, 0u);
+        EXPECT_EQ(all.find_first_not_of('\0') / 8, begin / 8);
+        EXPECT_EQ(all.find_last_not_of('\0') / 8, (begin + sound.size() - 1) / 8);
+    }
+}
+
+TEST_F(Outputs, OfACableNeedAnotherProgramInRealTime) {
+    const struct {
+        const char* Arguments;
+        const char* Why;
+    } cases[] = {
+        {"--input cable:0a", "--machine names the machine"},
+        {"--input cable:0x --machine m", "must be cable:OUTPUT"},
+        {"--input cable:5a --machine kestvox-test-cable", "there is no card 5"},
+        {"--input cable:0a --machine kestvox-test-cable --time stepped", "in real time only"},
+    };
+    for (const auto& [arguments, why] : cases) {
+        SCOPED_TRACE(arguments);
+        const CommandResult result = Shell(std::string("$K record o ") + arguments);
+        EXPECT_EQ(result.Status, 2);
+        EXPECT_NE(result.Errors.find(why), std::string::npos) << result.Errors;
+        EXPECT_EQ(Shell("ls o").Output, "");
+    }
+    Shell("$K machine remove kestvox-test-cable");
+}
+
 }  // namespace

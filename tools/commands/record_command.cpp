@@ -11,6 +11,7 @@
 #include "tools/commands/commands.h"
 #include "tools/commands/stream_command.h"
 #include "tools/files/output_file.h"
+#include "tools/streams/cable_feed.h"
 #include "tools/streams/input_feed.h"
 #include "tools/streams/plugged_inputs.h"
 #include "tools/streams/recording_file.h"
@@ -26,6 +27,7 @@ constexpr unsigned DefaultChannels = 2;
 constexpr int32_t ToneAmplitude = 0x40000000;
 constexpr const char* Silence = "silence";
 constexpr const char* TonePrefix = "tone:";
+constexpr const char* CablePrefix = "cable:";
 
 constexpr SampleEncoding Formats[] = {
     {"u8", WAVE_FORMAT_PCM, 8, 1, 0},   {"s16", WAVE_FORMAT_PCM, 16, 2, 0},
@@ -58,8 +60,23 @@ simulator::InputSignal GeneratedSignal(const std::string& input) {
                             : ToneSignal(input, input.substr(std::string(TonePrefix).size()));
 }
 
+bool IsCable(const std::string& input) {
+    return input.starts_with(CablePrefix);
+}
+
 bool IsFile(const std::string& input) {
-    return !input.empty() && input != Silence && !input.starts_with(TonePrefix);
+    return !input.empty() && input != Silence && !input.starts_with(TonePrefix) && !IsCable(input);
+}
+
+// Another program's, at the other end of the cable.
+simulator::Connector OutputOf(const std::string& input) {
+    const auto output = simulator::ParseConnector(input.substr(std::string(CablePrefix).size()));
+    if (!output) {
+        throw CommandError(
+            "input " + input +
+            ": must be cable:OUTPUT, a card's number with a (analog) or d (digital): cable:0a");
+    }
+    return *output;
 }
 
 void RequireRate(const InputFeed& feed, const RecordOptions& options) {
@@ -70,19 +87,23 @@ void RequireRate(const InputFeed& feed, const RecordOptions& options) {
     }
 }
 
-// Nothing: as many as the pipe that is plugged in brings.
+// Nothing: as many as the pipe or the cable that is plugged in brings.
 std::optional<uint64_t> FramesToRecord(const RecordOptions& options, const InputFeed* feed) {
     if (!options.Seconds && feed) {
         return feed->FrameCount();
+    }
+    if (!options.Seconds && IsCable(options.Input)) {
+        return std::nullopt;
     }
     return std::max<uint64_t>(1,
                               static_cast<uint64_t>(options.Seconds.value_or(DefaultSeconds) * options.Rate));
 }
 
-// Ends a recording with the pipe that is plugged in.
-class EndOfPipe final : public SideWork {
+// Ends a recording with what is plugged in: a pipe, or a cable.
+template <typename Feed>
+class EndOfFeed final : public SideWork {
 public:
-    EndOfPipe(const InputFeed& feed, WaveInput& input) : feed_(feed), input_(input) {}
+    EndOfFeed(const Feed& feed, WaveInput& input) : feed_(feed), input_(input) {}
     void Advance() override {
         if (const std::optional<uint64_t> frames = feed_.FrameCount(); frames && !told_) {
             told_ = true;
@@ -92,7 +113,7 @@ public:
     std::string Problem() const override { return {}; }
 
 private:
-    const InputFeed& feed_;
+    const Feed& feed_;
     WaveInput& input_;
     bool told_ = false;
 };
@@ -149,16 +170,25 @@ int Record(const RecordOptions& given) {
         }
         feed->SetReadAhead(ReadAheadFrames(options));
     }
+    const std::optional<simulator::Connector> output =
+        IsCable(options.Input) ? std::optional(OutputOf(options.Input)) : std::nullopt;
     std::optional<simulator::InputSignal> signal;  // nothing: a cable is plugged in
-    if (!options.Input.empty()) {
+    if (!options.Input.empty() && !output) {
         signal = feed ? feed->Signal() : GeneratedSignal(options.Input);
     }
     const std::optional<uint64_t> frames = FramesToRecord(options, feed.get());
     RecordingFile file(options.File, format.Format);
-    std::optional<EndOfPipe> end;
 
     return RunStreams(
         "record", options, roles, [&](Scene& scene, StreamRunner& runner, Outcome& outcome, PageFile* page) {
+            const CableFeed* cable = nullptr;
+            if (output) {
+                auto made =
+                    std::make_unique<CableFeed>(scene, *output, options.Rate, "input " + options.Input);
+                cable = made.get();
+                signal = made->Signal();
+                runner.Add(std::move(made));
+            }
             if (signal) {
                 scene.PlugIn(options.Device, std::move(*signal));
             }
@@ -175,8 +205,10 @@ int Record(const RecordOptions& given) {
             if (feed) {
                 runner.Add(*feed);
             }
-            if (!frames) {
-                runner.Add(end.emplace(*feed, input));
+            if (!frames && feed) {
+                runner.Add(std::make_unique<EndOfFeed<InputFeed>>(*feed, input));
+            } else if (!frames) {
+                runner.Add(std::make_unique<EndOfFeed<CableFeed>>(*cable, input));
             }
             runner.Start();
             runner.RunToTheEnd();
@@ -186,6 +218,10 @@ int Record(const RecordOptions& given) {
             StreamRunner::Report report = runner.Reports().front();
             report.Status.Frames = input.FramesTaken();
             AddStream(outcome, options.Device, StreamKind::Recording, report, scene.HasSimulator());
+            if (cable && !cable->Loss().empty()) {
+                outcome.Run.Losses.push_back("device " + std::to_string(options.Device) + ": " +
+                                             cable->Loss());
+            }
         });
 }
 

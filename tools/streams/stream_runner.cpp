@@ -61,6 +61,11 @@ void StreamRunner::Add(std::unique_ptr<WaveStream> stream) {
     beforeSleep_.emplace_back();
 }
 
+void StreamRunner::Add(std::unique_ptr<SideWork> work) {
+    Add(*work);
+    ownWork_.push_back(std::move(work));
+}
+
 // Several streams are all made ready before the first starts, so that those of one clock group can start
 // together.
 void StreamRunner::Start(DWORD pauseMilliseconds) {

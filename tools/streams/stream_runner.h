@@ -58,6 +58,8 @@ public:
 
     // Goes on with that, too, from here to the end of Close. It outlives this.
     void Add(SideWork& work) { sideWork_.push_back(&work); }
+    // The same, of what is gone with this.
+    void Add(std::unique_ptr<SideWork> work);
 
     // Tells the trace of the headers of the streams that are added from now on. It outlives this.
     void SendHeadersTo(TraceFile& trace) { trace_ = &trace; }
@@ -106,6 +108,7 @@ private:
     std::vector<StreamStatus> beforeSleep_;  // one for each stream
     std::vector<Report> reports_;
     ProgressLine progress_;
+    std::vector<std::unique_ptr<SideWork>> ownWork_;
     std::vector<SideWork*> sideWork_;
     TraceFile* trace_ = nullptr;  // null: there is none
     ProgressWatch watch_;

@@ -1,0 +1,53 @@
+// docs/registers.md shows what one register write does, with the driver as it is and with a fault in it. The
+// first half is run here as it stands on the page.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/tools/command_runner.h"
+#include "tests/tools/scratch_folder.h"
+
+namespace {
+
+// The indented lines below the heading: a text for each block.
+std::vector<std::string> BlocksBelow(const std::string& page, const std::string& heading) {
+    std::vector<std::string> blocks;
+    std::istringstream lines(page.substr(std::min(page.find(heading), page.size())));
+    bool inside = false;
+    for (std::string line; std::getline(lines, line); inside = line.starts_with("    ")) {
+        if (line.starts_with("    ")) {
+            if (!inside) {
+                blocks.emplace_back();
+            }
+            blocks.back() += line.substr(4) + "\n";
+        }
+    }
+    return blocks;
+}
+
+std::string Replaced(std::string text, const std::string& what, const std::string& with) {
+    for (size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += with.size()) {
+        text.replace(at, what.size(), with);
+    }
+    return text;
+}
+
+TEST(RegisterWalk, PrintsWhatThePageSays) {
+    const std::vector<std::string> blocks =
+        BlocksBelow(ReadFile(KESTVOX_REGISTERS_PAGE), "## Change one register write");
+    ASSERT_EQ(blocks.size(), 3u);
+    const std::string commands =
+        Replaced(Replaced(blocks[0], "kestvox ", "$K "), "--machine good", "--machine $M");
+    const ScratchFolder folder;
+    const CommandResult result =
+        RunShell("M=kestvox-test-$$\n" + commands + "$K machine remove $M", folder.Path(""));
+    EXPECT_EQ(result.Errors, "");
+    EXPECT_EQ(result.Output, blocks[1]);
+    EXPECT_NE(ReadFile(folder.Path("good.html")).find("\"differences\": 0,"), std::string::npos);
+    EXPECT_NE(blocks[1], blocks[2]);
+}
+
+}  // namespace
