@@ -1,6 +1,7 @@
 #include "simulator/card/register_file.h"
 
 #include <bit>
+#include <cstdio>
 
 namespace simulator {
 namespace {
@@ -26,10 +27,12 @@ uint8_t& PlaceOf(CardState& card, unsigned channel, const RegisterDefinition& de
     return Place(card, definition.File, channel, definition.Index);
 }
 
-RegisterView View(const char* file, const RegisterDefinition& definition, uint8_t value) {
+// Of the fields that the mask touches.
+RegisterView View(const char* file, const RegisterDefinition& definition, uint8_t value,
+                  uint8_t mask = 0xFF) {
     RegisterView view{file, definition.Index, definition.Name, value, {}};
     for (const FieldDefinition& field : definition.Fields) {
-        if (field.Name) {
+        if (field.Name && (field.Mask & mask) != 0) {
             view.Fields.push_back(
                 {field.Name, static_cast<unsigned>(value & field.Mask) >> std::countr_zero(field.Mask)});
         }
@@ -78,6 +81,27 @@ void ResetRegisters(CardState& card, bool softOnly) {
             }
         }
     }
+}
+
+std::string DescribeWrite(uint32_t channel, uint32_t index, uint8_t value, uint8_t mask) {
+    const RegisterFile file = channel == ControlChannel ? RegisterFile::Card : RegisterFile::Port;
+    const RegisterDefinition* definition = FindRegister(file, channel, index);
+    if (!definition) {
+        return "";
+    }
+    const RegisterView view = View("", *definition, value & mask, mask);
+    std::string text = view.Name;
+    if (definition->Fields[0].Name == nullptr) {
+        char number[8];
+        std::snprintf(number, sizeof number, ": %02X", static_cast<unsigned>(view.Value));
+        return text + number;
+    }
+    const char* separator = ": ";
+    for (const RegisterField& field : view.Fields) {
+        text += separator + field.Name + "=" + std::to_string(field.Value);
+        separator = ", ";
+    }
+    return text;
 }
 
 std::vector<RegisterView> ViewRegisters(MachineState& machine, unsigned card, int64_t now) {

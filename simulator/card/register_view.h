@@ -22,4 +22,9 @@ struct RegisterView {
     std::vector<RegisterField> Fields;
 };
 
+// What a write with that mask says, for example "clock select: rate code=2, source=0": the fields in the
+// mask, or the value of a register that has none. `channel` is that of a port's register, ControlChannel for
+// the card's. Empty when there is no such register.
+std::string DescribeWrite(uint32_t channel, uint32_t index, uint8_t value, uint8_t mask);
+
 }  // namespace simulator

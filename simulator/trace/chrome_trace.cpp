@@ -98,6 +98,7 @@ void ChromeTrace::Write(const TraceEntry& entry) {
     } else {
         WriteRequest(entry);
         FollowHandOver(entry);
+        FollowRun(entry);
     }
 }
 
@@ -109,7 +110,11 @@ void ChromeTrace::WriteRequest(const TraceEntry& entry) {
                 << ",\"file\":" << entry.File << ",\"process\":" << entry.Process
                 << ",\"thread\":" << entry.Thread << ",\"output\":\"";
     WriteBytes(out_, entry.Output);
-    out_ << "\"}}";
+    out_ << "\"";
+    if (const std::string meaning = entry.Meaning(); !meaning.empty()) {
+        out_ << ",\"means\":\"" << meaning << "\"";
+    }
+    out_ << "}}";
 }
 
 // Which header the first two requests are for is known with the third.
@@ -137,13 +142,31 @@ void ChromeTrace::FollowHandOver(const TraceEntry& entry) {
             WriteBar('e', track, header, request.Text(), request.Microseconds + request.Duration);
         }
         if (entry.Result == 0) {
-            const int64_t time = entry.Microseconds + entry.Duration;
-            channel.InCard[out->first].push_back(header);
-            WriteBar('b', track, header, "in the card", time);
-            WriteCounter(track, time);
+            BeginInCard(track, out->first, header, entry.Microseconds + entry.Duration);
         }
     }
     requests.clear();
+}
+
+void ChromeTrace::FollowRun(const TraceEntry& entry) {
+    if (entry.Code == ArmChannel || entry.Code == DisarmChannel) {
+        ChannelState& channel = channels_[{entry.Card, TrackOf(entry)}];
+        channel.Runs = entry.Code == ArmChannel;
+        channel.DrySince.reset();
+    }
+}
+
+void ChromeTrace::BeginInCard(Track track, uintptr_t cookie, uint64_t header, int64_t time) {
+    ChannelState& channel = channels_[track];
+    if (channel.DrySince && *channel.DrySince < time) {
+        NextEvent() << "{\"ph\":\"i\",\"s\":\"t\",\"name\":\"ran dry\",\"pid\":" << track.first
+                    << ",\"tid\":" << track.second << ",\"ts\":" << *channel.DrySince
+                    << ",\"args\":{\"microseconds\":" << time - *channel.DrySince << "}}";
+    }
+    channel.DrySince.reset();
+    channel.InCard[cookie].push_back(header);
+    WriteBar('b', track, header, "in the card", time);
+    WriteCounter(track, time);
 }
 
 void ChromeTrace::EndInCard(const TraceEntry& entry) {
@@ -151,6 +174,9 @@ void ChromeTrace::EndInCard(const TraceEntry& entry) {
     if (const uint64_t header = TakeFirst(channels_[track].InCard, CookieOf(entry))) {
         WriteBar('e', track, header, "in the card", entry.Microseconds);
         WriteCounter(track, entry.Microseconds);
+        if (ChannelState& channel = channels_[track]; channel.Runs && channel.InCard.empty()) {
+            channel.DrySince = entry.Microseconds;
+        }
     }
 }
 

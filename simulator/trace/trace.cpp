@@ -4,6 +4,7 @@
 #include <cstring>
 #include <utility>
 
+#include "simulator/card/register_view.h"
 #include "simulator/requests/protocol.h"
 #include "simulator/requests/request_names.h"
 #include "simulator/trace/trace_log.h"
@@ -72,6 +73,16 @@ std::string TraceEntry::Text() const {
     default:
         return name;
     }
+}
+
+std::string TraceEntry::Meaning() const {
+    if (Code != WriteRegister) {
+        return "";
+    }
+    const bool ofCard = Word(*this, offsetof(RegisterRequest, Space)) == 0;
+    return DescribeWrite(ofCard ? ControlChannel : Channel, Word(*this, offsetof(RegisterRequest, Register)),
+                         static_cast<uint8_t>(Word(*this, offsetof(RegisterRequest, Value))),
+                         static_cast<uint8_t>(Word(*this, offsetof(RegisterRequest, Mask))));
 }
 
 void TraceLog::Keep() {

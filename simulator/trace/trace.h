@@ -7,6 +7,7 @@
 #include <functional>
 #include <iosfwd>
 #include <map>
+#include <optional>
 #include <set>
 #include <span>
 #include <string>
@@ -40,6 +41,9 @@ struct TraceEntry {
     // data) are left out, so "SET_COMPLETION_ROUTINE" sets one and "SET_COMPLETION_ROUTINE 0" takes
     // it away. The result is not part of the text.
     std::string Text() const;
+
+    // What a register write says to the card, as DescribeWrite has it; empty for other requests.
+    std::string Meaning() const;
 };
 
 // A header of a client on its way to the driver and back.
@@ -63,7 +67,8 @@ using TraceSink = std::function<void(const TraceEntry&)>;
 
 // Chrome trace format: opens in a timeline viewer. One track for each card and channel has the requests. One
 // bar for each header, numbered from 1 on its channel, lasts from the call that brings it to the callback; in
-// it are the requests that hand its buffer over, and its time in the card.
+// it are the requests that hand its buffer over, and its time in the card. Where a channel that runs had no
+// buffer, and then got another, a mark says that it ran dry.
 class ChromeTrace {
 public:
     // Begins the file. `out` outlives the object.
@@ -80,12 +85,16 @@ private:
         uint64_t Headers = 0;  // so far
         std::map<uintptr_t, std::deque<uint64_t>> Out;
         std::map<uintptr_t, std::deque<uint64_t>> InCard;
+        bool Runs = false;                // is armed
+        std::optional<int64_t> DrySince;  // while it runs: the last buffer came to its end
     };
 
     std::ostream& NextEvent();
     void NameTrack(Track track);
     void WriteRequest(const TraceEntry& entry);
     void FollowHandOver(const TraceEntry& entry);
+    void FollowRun(const TraceEntry& entry);
+    void BeginInCard(Track track, uintptr_t cookie, uint64_t header, int64_t time);
     void EndInCard(const TraceEntry& entry);
     void WriteBar(char phase, Track track, uint64_t header, const std::string& name, int64_t time);
     void WriteCounter(Track track, int64_t time);

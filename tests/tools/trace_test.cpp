@@ -29,9 +29,10 @@ class TraceOfARun : public testing::Test {
 protected:
     TraceOfARun() { WriteFile(folder_.Path("in.wav"), WavFile({}, NoiseBytes(44100))); }
 
-    CommandResult Run(const std::string& words) {
-        CommandResult result = RunShell(
-            "$K " + words + " --time stepped --buffers 5 --buffer-ms 100 --trace t.json", folder_.Path(""));
+    CommandResult Run(const std::string& words, unsigned buffers = 5) {
+        CommandResult result = RunShell("$K " + words + " --time stepped --buffers " +
+                                            std::to_string(buffers) + " --buffer-ms 100 --trace t.json",
+                                        folder_.Path(""));
         events_.clear();
         std::istringstream lines(ReadFile(folder_.Path("t.json")));
         for (std::string line; std::getline(lines, line);) {
@@ -100,6 +101,33 @@ TEST_F(TraceOfARun, FollowsAHeaderByItsNumber) {
     EXPECT_EQ(std::ranges::max(withDriver), 5);
     EXPECT_EQ(inCard.back(), 0);
     EXPECT_EQ(withDriver.back(), 0);
+}
+
+// The fourth buffer comes back 200 ms late, and the other one is over by then.
+TEST_F(TraceOfARun, MarksWhereTheCardRanDry) {
+    const CommandResult result = Run("play in.wav --fault completion:4:late=200000", 2);
+    const auto isMark = [](const Event& event) { return event.Name == "ran dry"; };
+    EXPECT_EQ(std::to_string(std::ranges::count_if(events_, isMark)), result.Values("underruns").at(0));
+    const auto mark = std::ranges::find_if(events_, isMark);
+    ASSERT_NE(mark, events_.end());
+    EXPECT_EQ(mark->Phase, "i");
+    EXPECT_EQ(mark->Time, TimeOf("0.2.5", "e", "in the card"));
+    EXPECT_EQ(Member(mark->Line, "microseconds"), "100000");
+
+    Run("play in.wav");
+    EXPECT_EQ(std::ranges::count_if(events_, isMark), 0) << "the end of the sound is none";
+}
+
+TEST_F(TraceOfARun, SaysWhatAWriteMeans) {
+    Run("play in.wav");
+    std::map<std::string, std::string> meanings;
+    for (const Event& event : events_) {
+        meanings.insert({event.Name, Member(event.Line, "means")});
+    }
+    EXPECT_EQ(meanings["write card 17 = 01 / 01"], "clock control: hold=1");
+    EXPECT_EQ(meanings["write port 0 = 40 / C0"], "port control: sample format=1");
+    EXPECT_EQ(meanings["write card 2 = 80 / FF"], "mixer gain: 80");
+    EXPECT_EQ(meanings["QUEUE_BUFFER 0"], "");
 }
 
 // Headers that the card refuses or never tells of, and a loop, whose headers are in the card again and again.
