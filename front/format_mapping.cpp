@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "front/driver_callback.h"
+#include "front/client_callback.h"
 
 namespace front {
 
@@ -16,11 +16,9 @@ FormatMapping::FormatMapping(const Device& device, const WaveOpenRequest& reques
       conversion_(std::move(conversion)) {}
 
 WaveOpenRequest FormatMapping::DriverRequest() const {
-    WaveOpenRequest request = client_;
+    WaveOpenRequest request =
+        WithCallback(client_, reinterpret_cast<DWORD_PTR>(&FormatMapping::DriverCalls), this);
     request.Format = &deviceFormat_.Get();
-    request.Callback = reinterpret_cast<DWORD_PTR>(&FormatMapping::DriverCalls);
-    request.Instance = reinterpret_cast<DWORD_PTR>(this);
-    request.Flags = (client_.Flags & ~DWORD{CALLBACK_TYPEMASK}) | CALLBACK_FUNCTION;
     return request;
 }
 
@@ -35,8 +33,7 @@ void CALLBACK FormatMapping::DriverCalls(HDRVR, DWORD message, DWORD_PTR mapping
 }
 
 void FormatMapping::TellClient(DWORD message, DWORD_PTR first, DWORD_PTR second) const {
-    DriverCallback(client_.Callback, (client_.Flags & CALLBACK_TYPEMASK) >> 16,
-                   reinterpret_cast<HDRVR>(device_.Handle), message, client_.Instance, first, second);
+    front::TellClient(device_, client_, message, first, second);
 }
 
 // Once the client sees its header done, it may take the buffer away.
