@@ -7,13 +7,18 @@
 namespace interleaving {
 namespace {
 
-// What is played and recorded is of no interest: all headers share one piece of memory.
+// What is played is of no interest: all headers of outputs share one piece of memory.
 char* Sound() {
     static auto* const sound = new std::vector<char>(Stream::LongHeader);
     return sound->data();
 }
 
 }  // namespace
+
+Stream::Stream(const DriverLibrary& driver, const StreamPlan& plan)
+    : driver_(driver),
+      plan_(plan),
+      recorded_(plan.Output ? nullptr : std::make_unique_for_overwrite<char[]>(LongHeader)) {}
 
 MMRESULT Stream::Tell(UINT output, UINT input, DWORD_PTR first, DWORD_PTR second) {
     const DWORD_PTR user = user_;
@@ -100,7 +105,7 @@ MMRESULT Stream::Write(DWORD length, DWORD flags, DWORD loops) {
         header->Away = 1;
     }
     header->Wave = {};
-    header->Wave.lpData = Sound();
+    header->Wave.lpData = plan_.Output ? Sound() : recorded_.get();
     header->Wave.dwBufferLength = length;
     header->Wave.dwUser = reinterpret_cast<DWORD_PTR>(header);
     header->Wave.dwFlags = WHDR_PREPARED | flags;

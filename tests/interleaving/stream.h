@@ -20,7 +20,7 @@ inline constexpr DWORD OtherRate = 96000;
 
 class Stream {
 public:
-    Stream(const DriverLibrary& driver, const StreamPlan& plan) : driver_(driver), plan_(plan) {}
+    Stream(const DriverLibrary& driver, const StreamPlan& plan);
     Stream(const Stream&) = delete;
     Stream& operator=(const Stream&) = delete;
 
@@ -66,7 +66,8 @@ private:
     const StreamPlan plan_;
     std::atomic<DWORD_PTR> user_ = 0;
     std::atomic<bool> closing_ = false;
-    std::mutex lock_;  // of what follows
+    const std::unique_ptr<char[]> recorded_;  // what all headers of an input take, one over the other
+    std::mutex lock_;                         // of what follows
     std::vector<std::unique_ptr<Header>> headers_;
     std::function<void()> onNextDone_;
 };
