@@ -3,14 +3,14 @@
 
 // Where everything runs slower, one request or call in so many fails; which ones, the plain build covers.
 #if defined(__SANITIZE_THREAD__)
-inline constexpr unsigned Stride = 31;
+inline constexpr unsigned Stride = 61;
 #elif defined(__SANITIZE_ADDRESS__) || defined(_WIN32)
-inline constexpr unsigned Stride = 13;
+inline constexpr unsigned Stride = 23;
 #else
 inline constexpr unsigned Stride = 1;
 #endif
 
-// ... and a test with random steps makes a fourth of its rounds.
+// ... and a test with random steps, or with calls of one kind, makes a fourth of its rounds.
 inline constexpr int RoundStep = Stride == 1 ? 1 : 4;
 
 // Sweeps are made in pieces, each a test of its own of a second or two.
