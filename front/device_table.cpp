@@ -104,19 +104,19 @@ MMRESULT UnprepareForDriver(const WaveDriverUse& driver, const Device& device, W
     return MMSYSERR_NOERROR;
 }
 
-// Whoever looks on hears of the header before it can come back.
+// Whoever looks on hears of the header before it can come back. By the end of the call it may have done so,
+// and the device may be closed.
 MMRESULT QueueForDriver(const WaveDriverUse& driver, const Device& device, WAVEHDR* header, UINT size) {
-    const auto note = [&](host::HeaderEvent event) {
-        if (device.Watch) {
-            host::NoteHeader(event, device.Direction, device.Id, header);
+    const auto note = [isWatched = device.Watch != nullptr, direction = device.Direction, id = device.Id,
+                       header](host::HeaderEvent event) {
+        if (isWatched) {
+            host::NoteHeader(event, direction, id, header);
         }
     };
     note(host::HeaderEvent::Queued);
     const MMRESULT result =
         device.Send(driver, MessagesOf(device.Direction).Queue, reinterpret_cast<DWORD_PTR>(header), size);
-    if (result != MMSYSERR_NOERROR) {
-        note(host::HeaderEvent::Refused);
-    }
+    note(result == MMSYSERR_NOERROR ? host::HeaderEvent::Taken : host::HeaderEvent::Refused);
     return result;
 }
 

@@ -21,9 +21,9 @@ void NoteOpened(WaveDirection direction, UINT device, const WAVEFORMATEX& format
 void NoteClosed(WaveDirection direction, UINT device);
 void NoteRefused(WaveDirection direction, UINT device);
 
-// A header is about to be handed to the driver, has been refused by it, or has come back. Comes only while
-// somebody looks on at headers.
-enum class HeaderEvent { Queued, Refused, Returned };
+// A header is about to be handed to the driver, has been taken or refused by it, or has come back. Comes only
+// while somebody looks on at headers.
+enum class HeaderEvent { Queued, Taken, Refused, Returned };
 bool WatchesHeaders();
 void NoteHeader(HeaderEvent event, WaveDirection direction, UINT device, const WAVEHDR* header);
 // A reset has taken back what the driver had of the device's headers. This, too, comes only then.

@@ -25,6 +25,8 @@ Usage CurrentUsage();
 
 // How often this process has released a mutex.
 unsigned long MutexReleases();
+// How often a thread of this process has found a named mutex taken, and waited.
+unsigned long NamedMutexWaits();
 
 // Message boxes are not shown but recorded, and answered with the given button (IDOK at first).
 struct MessageBoxRecord {

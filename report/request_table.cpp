@@ -8,7 +8,7 @@
 namespace kestvox {
 
 void RequestTable::Take(const simulator::TraceEntry& entry) {
-    if (entry.Code == simulator::TraceEntry::BufferFinished) {
+    if (!entry.IsRequest()) {
         return;
     }
     Row& row = rows_[entry.Code];

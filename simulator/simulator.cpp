@@ -126,7 +126,10 @@ void Simulator::SetPresent(unsigned card, bool present) {
 }
 
 void Simulator::PowerCycle(unsigned card) {
-    impl_->With(card, [=](MachineState& machine, CardState&, int64_t now) { PowerUp(machine, card, now); });
+    impl_->With(card, [=, this](MachineState& machine, CardState&, int64_t now) {
+        PowerUp(machine, card, now);
+        impl_->Side.NotePowerCycle(card, now);
+    });
 }
 
 void Simulator::SetIdentityPage(unsigned card, std::span<const uint8_t, 128> page) {
@@ -361,6 +364,17 @@ unsigned Simulator::OpenFiles() const {
 }
 
 // --- trace and faults -----------------------------------------------------------------------------------
+
+HeaderEvent Simulator::NoteHeader(HeaderEvent::Kind what, unsigned card, uint32_t channel,
+                                  const void* header) const {
+    return {.What = what,
+            .Microseconds = NowMicroseconds(),
+            .Card = card,
+            .Channel = channel,
+            .Header = header,
+            .Process = host::CurrentProcess().Id,
+            .Thread = host::CurrentThreadId()};
+}
 
 uint64_t Simulator::RequestCount() const {
     return impl_->Side.Trace.Requests();

@@ -177,6 +177,8 @@ public:
     void KeepTrace();
     std::vector<TraceEntry> Trace() const;  // what was kept
     void ClearTrace();
+    // What becomes of a client's header now, by the calling thread, for whoever writes a trace.
+    HeaderEvent NoteHeader(HeaderEvent::Kind what, unsigned card, uint32_t channel, const void* header) const;
     // Answers a number for FaultStatus.
     unsigned AddFault(const Fault& fault);
     // Whether the fault has struck, and how many requests or completions it has matched.

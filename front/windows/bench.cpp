@@ -166,13 +166,15 @@ void Bench::Reset(WaveDirection direction, UINT device) {
 void Bench::TraceHeader(host::HeaderEvent event, WaveDirection direction, UINT device,
                         const WAVEHDR* header) {
     using Kind = simulator::HeaderEvent::Kind;
-    constexpr Kind Kinds[] = {Kind::Queued, Kind::Refused, Kind::Returned};  // by host::HeaderEvent
+    constexpr Kind Kinds[] = {Kind::Queued, Kind::Taken, Kind::Refused,
+                              Kind::Returned};  // by host::HeaderEvent
     const auto [card, port] = ConnectorOf(device);
     const uint32_t channel =
         direction == WaveDirection::Out ? simulator::OutputChannel(port) : simulator::InputChannel(port);
-    const int64_t now = cards_.NowMicroseconds();
+    const simulator::HeaderEvent noted =
+        cards_.NoteHeader(Kinds[static_cast<int>(event)], card, channel, header);
     const std::lock_guard hold(traceLock_);
-    trace_->Write(simulator::HeaderEvent{Kinds[static_cast<int>(event)], now, card, channel, header});
+    trace_->Write(noted);
 }
 
 Bench::Run Bench::Begin(WaveDirection direction, UINT device) {

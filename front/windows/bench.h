@@ -16,6 +16,7 @@
 #include "front/wave_driver.h"
 #include "front/windows/environment.h"
 #include "simulator/simulator.h"
+#include "simulator/trace/chrome_trace.h"
 #include "simulator/trace/trace.h"
 
 namespace front {

@@ -31,8 +31,14 @@ OpenFile* ProcessSide::OwnerOf(unsigned card, unsigned channel) const {
 
 namespace {
 
-TraceEntry FinishedEntry(const OpenFile& file, ULONG_PTR cookie, int64_t now) {
+std::vector<uint8_t> BytesOf(ULONG_PTR cookie) {
     const auto* const bytes = reinterpret_cast<const uint8_t*>(&cookie);
+    return {bytes, bytes + sizeof cookie};
+}
+
+}  // namespace
+
+TraceEntry EntryOf(const OpenFile& file, uint32_t code, int64_t now) {
     return {.Microseconds = now / 1000,
             .Duration = 0,
             .Process = host::CurrentProcess().Id,
@@ -40,21 +46,24 @@ TraceEntry FinishedEntry(const OpenFile& file, ULONG_PTR cookie, int64_t now) {
             .File = file.Number,
             .Card = file.Card,
             .Channel = file.Channel,
-            .Code = TraceEntry::BufferFinished,
-            .Input = {bytes, bytes + sizeof cookie},
+            .Code = code,
+            .Input = {},
             .Output = {},
             .OutputLength = 0,
-            .Result = ERROR_SUCCESS};
+            .Result = ERROR_SUCCESS,
+            .Struck = {}};
 }
-
-}  // namespace
 
 void ProcessSide::Report(unsigned card, const std::vector<FinishedBuffer>& finished, int64_t now) {
     for (const FinishedBuffer& buffer : finished) {
         if (const OpenFile* file = OwnerOf(card, buffer.Channel)) {
-            Completions.Add(file->Number, file->Completion, buffer.Cookie, now, Faults);
+            const std::optional<Fault::Kind> struck =
+                Completions.Add(file->Number, file->Completion, buffer.Cookie, now, Faults);
             if (Trace.WantsEntries()) {
-                Trace.AddFinished(FinishedEntry(*file, buffer.Cookie, now));
+                TraceEntry entry = EntryOf(*file, TraceEntry::BufferFinished, now);
+                entry.Input = BytesOf(buffer.Cookie);
+                entry.Struck = struck;
+                Trace.AddEvent(std::move(entry));
             }
         }
     }
@@ -172,6 +181,12 @@ void ProcessSide::Flush(OpenFile& file, int64_t now) {
     std::vector<FinishedBuffer> finished;
     players_[file.Card].Flush(Machine().Cards[file.Card], file.Channel, finished);
     Report(file.Card, finished, now);
+}
+
+void ProcessSide::NotePowerCycle(unsigned card, int64_t now) {
+    if (Trace.WantsEntries()) {
+        Trace.AddEvent(EntryOf({.Number = 0, .Card = card}, TraceEntry::PowerCycled, now));
+    }
 }
 
 void ProcessSide::GiveBackPartFilled(OpenFile& file, int64_t now) {

@@ -31,6 +31,9 @@ struct OpenFile {
     bool HasChannel() const { return Channel != ControlChannel; }
 };
 
+// Of that file, by the calling thread, without what is of one kind of request only.
+TraceEntry EntryOf(const OpenFile& file, uint32_t code, int64_t now);
+
 class ProcessSide {
 public:
     OpenFile* Open(unsigned card);
@@ -51,6 +54,9 @@ public:
     void FlushCard(unsigned card, int64_t now);
     // The file's input channel has been stopped: gives back the buffer that it was filling.
     void GiveBackPartFilled(OpenFile& file, int64_t now);
+
+    // For the trace: the card has lost its power and got it back.
+    void NotePowerCycle(unsigned card, int64_t now);
 
     // The next instant at which something happens by itself; Never when nothing is under way.
     int64_t NextEvent(int64_t now) const;

@@ -6,10 +6,10 @@
 
 namespace simulator {
 
-void CompletionQueue::Add(uint32_t file, const CompletionTarget& target, ULONG_PTR cookie, int64_t now,
-                          FaultList& faults) {
+std::optional<Fault::Kind> CompletionQueue::Add(uint32_t file, const CompletionTarget& target,
+                                                ULONG_PTR cookie, int64_t now, FaultList& faults) {
     if (!target.Routine) {
-        return;
+        return std::nullopt;
     }
     Call call{file, target, cookie, now};
     const std::optional<Fault> fault = faults.StrikeCompletion();
@@ -21,6 +21,7 @@ void CompletionQueue::Add(uint32_t file, const CompletionTarget& target, ULONG_P
         call.Due = now + fault->Delay * 1000;
         late_.push_back(call);
     }
+    return fault ? std::optional(kind) : std::nullopt;
 }
 
 int64_t CompletionQueue::NextLate() const {

@@ -24,8 +24,10 @@ struct CompletionTarget {
 // everything but Deliver and Hold.
 class CompletionQueue {
 public:
-    // A buffer of that file is finished. Nothing comes of it when the file has no routine.
-    void Add(uint32_t file, const CompletionTarget& target, ULONG_PTR cookie, int64_t now, FaultList& faults);
+    // A buffer of that file is finished. Nothing comes of it when the file has no routine. Answers the fault
+    // that struck its completion.
+    std::optional<Fault::Kind> Add(uint32_t file, const CompletionTarget& target, ULONG_PTR cookie,
+                                   int64_t now, FaultList& faults);
 
     // Late calls: when the next one is due, and moving those that are to where Deliver finds them. Ripen
     // answers how many there were.

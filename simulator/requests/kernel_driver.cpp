@@ -97,27 +97,20 @@ std::optional<uint64_t> KernelDriver::Begin(const OpenFile& file, const device::
         return std::nullopt;
     }
     const host::MachineGuard guard;
+    TraceEntry entry = EntryOf(file, request.Code, Machine().Now());
     const auto* input = static_cast<const uint8_t*>(request.Input);
-    return side_.Trace.Begin({.Microseconds = Machine().Now() / 1000,
-                              .Duration = 0,
-                              .Process = host::CurrentProcess().Id,
-                              .Thread = host::CurrentThreadId(),
-                              .File = file.Number,
-                              .Card = file.Card,
-                              .Channel = file.Channel,
-                              .Code = request.Code,
-                              .Input = {input, input + (input ? request.InputLength : 0)},
-                              .Output = {},
-                              .OutputLength = request.OutputLength,
-                              .Result = ERROR_SUCCESS});
+    entry.Input.assign(input, input + (input ? request.InputLength : 0));
+    entry.OutputLength = request.OutputLength;
+    return side_.Trace.Begin(std::move(entry));
 }
 
-DWORD KernelDriver::Serve(OpenFile& file, device::Request& request, int64_t* stallFor, bool* dies) {
+DWORD KernelDriver::Serve(OpenFile& file, device::Request& request, int64_t* stallFor,
+                          std::optional<Fault>* struck) {
     MachineState& machine = Machine();
     RequestCall call{side_, file, request, machine, machine.Now()};
     side_.CatchUp(call.Now);
 
-    const std::optional<Fault> fault = side_.Faults.Strike(request.Code);
+    const std::optional<Fault> fault = *struck = side_.Faults.Strike(request.Code);
     machine.Disturbed = machine.Disturbed || fault || !machine.Cards[file.Card].Present;
     if (fault && fault->What == Fault::Kind::Fail) {
         return fault->Error;
@@ -137,7 +130,6 @@ DWORD KernelDriver::Serve(OpenFile& file, device::Request& request, int64_t* sta
         result = definition->Handle(call);
     }
     *stallFor = call.StallFor + (machine.Stepped ? machine.RequestTime : 0);
-    *dies = fault && fault->What == Fault::Kind::Die;
     return result == ERROR_SUCCESS && fault ? AfterFault(*fault, request) : result;
 }
 
@@ -147,7 +139,7 @@ DWORD KernelDriver::Control(void* opened, device::Request& request) {
     OpenFile& file = *static_cast<OpenFile*>(opened);
     const std::optional<uint64_t> number = Begin(file, request);
     int64_t stallFor = 0;
-    bool dies = false;
+    std::optional<Fault> struck;
     DWORD result = ERROR_SUCCESS;
     int64_t ended = 0;
     {
@@ -157,15 +149,17 @@ DWORD KernelDriver::Control(void* opened, device::Request& request) {
             hold = side_.Completions.Hold();
         }
         const host::MachineGuard guard;
-        result = Serve(file, request, &stallFor, &dies);
+        result = Serve(file, request, &stallFor, &struck);
         ended = number ? (Machine().Now() + stallFor) / 1000 : 0;
     }
-    if (dies) {
+    if (struck && struck->What == Fault::Kind::Die) {
         host::Die();
     }
     if (number) {
         const auto* output = static_cast<const uint8_t*>(request.Output);
-        side_.Trace.Finish(*number, {output, output ? request.BytesReturned : 0}, result, ended);
+        side_.Trace.Finish(
+            *number, {output, output ? request.BytesReturned : 0},
+            {.At = ended, .Result = result, .Struck = struck ? std::optional(struck->What) : std::nullopt});
     }
     side_.Completions.Deliver();
     if (stallFor > 0) {

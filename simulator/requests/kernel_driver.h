@@ -20,7 +20,7 @@ public:
     DWORD Control(void* file, device::Request& request) override;
 
 private:
-    DWORD Serve(OpenFile& file, device::Request& request, int64_t* stallFor, bool* dies);
+    DWORD Serve(OpenFile& file, device::Request& request, int64_t* stallFor, std::optional<Fault>* struck);
     // The number that the trace has for it; nothing when the trace only counts.
     std::optional<uint64_t> Begin(const OpenFile& file, const device::Request& request);
 

@@ -1,20 +1,18 @@
+#include "simulator/trace/chrome_trace.h"
+
 #include <algorithm>
 #include <cstring>
 #include <iomanip>
-#include <ostream>
-#include <utility>
+#include <sstream>
 
 #include "simulator/requests/protocol.h"
-#include "simulator/trace/trace.h"
 
 namespace simulator {
 namespace {
 
 constexpr uint32_t ControlTrack = ChannelCount;
-
-uint32_t TrackOf(const TraceEntry& entry) {
-    return entry.Channel < ChannelCount ? entry.Channel : ControlTrack;
-}
+constexpr uint64_t FirstProgram =
+    1000000;  // group of a program, plus its number; the cards' groups are their numbers
 
 uintptr_t CookieOf(const TraceEntry& entry) {
     uintptr_t cookie = 0;
@@ -46,79 +44,74 @@ size_t CountAll(const std::map<uintptr_t, std::deque<uint64_t>>& numbers) {
     return count;
 }
 
-const char* TrackName(uint32_t track) {
-    return track < ChannelCount ? ChannelNames[track] : "control";
+std::string TrackName(uint64_t row) {
+    return row < ChannelCount ? ChannelNames[row] : "control";
 }
 
-void WriteBytes(std::ostream& out, const std::vector<uint8_t>& bytes) {
-    const std::ios_base::fmtflags flags = out.flags();
-    out << std::hex << std::uppercase << std::setfill('0');
-    for (const uint8_t byte : bytes) {
-        out << std::setw(2) << static_cast<unsigned>(byte);
+std::string NameOf(uint64_t header) {
+    return "header " + std::to_string(header);
+}
+
+// "0.2.3": the third header of the third channel of the first card.
+std::string IdOf(TimelineFile::Track track, uint64_t header) {
+    return std::to_string(track.Group) + "." + std::to_string(track.Row) + "." + std::to_string(header);
+}
+
+std::string ArgumentsOf(const TraceEntry& entry) {
+    std::ostringstream text;
+    text << "\"result\":" << entry.Result << ",\"file\":" << entry.File << ",\"process\":" << entry.Process
+         << ",\"thread\":" << entry.Thread << ",\"output\":\"" << std::hex << std::uppercase
+         << std::setfill('0');
+    for (const uint8_t byte : entry.Output) {
+        text << std::setw(2) << static_cast<unsigned>(byte);
     }
-    out.flags(flags);
+    text << "\"";
+    if (const std::string meaning = entry.Meaning(); !meaning.empty()) {
+        text << ",\"means\":\"" << meaning << "\"";
+    }
+    return text.str();
 }
 
 }  // namespace
 
-ChromeTrace::ChromeTrace(std::ostream& out) : out_(out) {
-    out_ << "{\"traceEvents\":[\n";
+ChromeTrace::Track ChromeTrace::CardTrack(unsigned card, uint32_t channel) {
+    const Track track{card, std::min(channel, ControlTrack)};
+    file_.Name(track, "card " + std::to_string(card), TrackName(track.Row));
+    return track;
 }
 
-void ChromeTrace::Finish() {
-    out_ << "\n],\"displayTimeUnit\":\"ms\"}\n";
-}
-
-// Every event is one line; all but the first begin with the comma that parts it from the one before.
-std::ostream& ChromeTrace::NextEvent() {
-    out_ << (first_ ? "" : ",\n");
-    first_ = false;
-    return out_;
-}
-
-// A card is named with its first track.
-void ChromeTrace::NameTrack(Track track) {
-    if (!named_.insert(track).second) {
-        return;
-    }
-    const auto isSameCard = [&](const Track& other) { return other.first == track.first; };
-    if (std::ranges::count_if(named_, isSameCard) == 1) {
-        NextEvent() << "{\"ph\":\"M\",\"name\":\"process_name\",\"pid\":" << track.first
-                    << ",\"args\":{\"name\":\"card " << track.first << "\"}}";
-    }
-    NextEvent() << "{\"ph\":\"M\",\"name\":\"thread_name\",\"pid\":" << track.first
-                << ",\"tid\":" << track.second << ",\"args\":{\"name\":\"" << TrackName(track.second)
-                << "\"}}";
+ChromeTrace::Track ChromeTrace::ThreadTrack(uint32_t process, uint64_t thread) {
+    const Track track{FirstProgram + process, thread};
+    file_.Name(track, "program " + std::to_string(process), "thread " + std::to_string(thread));
+    return track;
 }
 
 void ChromeTrace::Write(const TraceEntry& entry) {
-    NameTrack({entry.Card, TrackOf(entry)});
-    if (entry.Code == TraceEntry::BufferFinished) {
-        EndInCard(entry);
-    } else {
-        WriteRequest(entry);
-        FollowHandOver(entry);
-        FollowRun(entry);
+    const Track track = CardTrack(entry.Card, entry.Channel);
+    if (entry.Struck) {
+        file_.Mark(track, std::string("fault: ") + FaultName(*entry.Struck), entry.Microseconds, "");
+    }
+    switch (entry.Code) {
+    case TraceEntry::BufferFinished:
+        EndInCard(track, entry);
+        break;
+    case TraceEntry::PowerCycled:
+        file_.Mark(track, "lost its power", entry.Microseconds, "");
+        break;
+    default:
+        WriteRequest(track, entry);
+        FollowHandOver(track, entry);
+        FollowRun(track, entry);
     }
 }
 
-void ChromeTrace::WriteRequest(const TraceEntry& entry) {
-    NextEvent() << "{\"ph\":\"X\",\"name\":\"" << entry.Text() << "\",\"cat\":\""
-                << (entry.Result == 0 ? "request" : "failed") << "\",\"pid\":" << entry.Card
-                << ",\"tid\":" << TrackOf(entry) << ",\"ts\":" << entry.Microseconds
-                << ",\"dur\":" << entry.Duration << ",\"args\":{\"result\":" << entry.Result
-                << ",\"file\":" << entry.File << ",\"process\":" << entry.Process
-                << ",\"thread\":" << entry.Thread << ",\"output\":\"";
-    WriteBytes(out_, entry.Output);
-    out_ << "\"";
-    if (const std::string meaning = entry.Meaning(); !meaning.empty()) {
-        out_ << ",\"means\":\"" << meaning << "\"";
-    }
-    out_ << "}}";
+void ChromeTrace::WriteRequest(Track track, const TraceEntry& entry) {
+    file_.Span(track, entry.Text(), entry.Microseconds, entry.Duration,
+               entry.Result == 0 ? "request" : "failed", ArgumentsOf(entry));
 }
 
 // Which header the first two requests are for is known with the third.
-void ChromeTrace::FollowHandOver(const TraceEntry& entry) {
+void ChromeTrace::FollowHandOver(Track track, const TraceEntry& entry) {
     if (entry.Code != BeginBuffer && entry.Code != MapBuffer && entry.Code != SetBufferCookie &&
         entry.Code != QueueBuffer) {
         return;
@@ -131,16 +124,12 @@ void ChromeTrace::FollowHandOver(const TraceEntry& entry) {
     if (entry.Code != QueueBuffer) {
         return;
     }
-    const Track track{entry.Card, TrackOf(entry)};
     ChannelState& channel = channels_[track];
     const auto named = std::ranges::find(requests, SetBufferCookie, &TraceEntry::Code);
     const auto out = named == requests.end() ? channel.Out.end() : channel.Out.find(CookieOf(*named));
     if (out != channel.Out.end()) {
         const uint64_t header = out->second.back();
-        for (const TraceEntry& request : requests) {
-            WriteBar('b', track, header, request.Text(), request.Microseconds);
-            WriteBar('e', track, header, request.Text(), request.Microseconds + request.Duration);
-        }
+        WriteHandOver(track, header, requests);
         if (entry.Result == 0) {
             BeginInCard(track, out->first, header, entry.Microseconds + entry.Duration);
         }
@@ -148,9 +137,23 @@ void ChromeTrace::FollowHandOver(const TraceEntry& entry) {
     requests.clear();
 }
 
-void ChromeTrace::FollowRun(const TraceEntry& entry) {
+void ChromeTrace::WriteHandOver(Track track, uint64_t header, const std::vector<TraceEntry>& requests) {
+    const std::string id = IdOf(track, header);
+    for (const TraceEntry& request : requests) {
+        file_.BeginBar(track, id, request.Text(), request.Microseconds);
+        file_.EndBar(track, id, request.Text(), request.Microseconds + request.Duration);
+    }
+    const TraceEntry& first = requests.front();
+    const TraceEntry& last = requests.back();
+    const Track thread = ThreadTrack(last.Process, last.Thread);
+    file_.Span(thread, "hand over " + NameOf(header), first.Microseconds,
+               last.Microseconds + last.Duration - first.Microseconds, "header", "");
+    file_.Arrow(TimelineFile::Flow::Passes, thread, id, first.Microseconds);
+}
+
+void ChromeTrace::FollowRun(Track track, const TraceEntry& entry) {
     if (entry.Code == ArmChannel || entry.Code == DisarmChannel) {
-        ChannelState& channel = channels_[{entry.Card, TrackOf(entry)}];
+        ChannelState& channel = channels_[track];
         channel.Runs = entry.Code == ArmChannel;
         channel.DrySince.reset();
     }
@@ -159,56 +162,80 @@ void ChromeTrace::FollowRun(const TraceEntry& entry) {
 void ChromeTrace::BeginInCard(Track track, uintptr_t cookie, uint64_t header, int64_t time) {
     ChannelState& channel = channels_[track];
     if (channel.DrySince && *channel.DrySince < time) {
-        NextEvent() << "{\"ph\":\"i\",\"s\":\"t\",\"name\":\"ran dry\",\"pid\":" << track.first
-                    << ",\"tid\":" << track.second << ",\"ts\":" << *channel.DrySince
-                    << ",\"args\":{\"microseconds\":" << time - *channel.DrySince << "}}";
+        file_.Mark(track, "ran dry", *channel.DrySince,
+                   "\"microseconds\":" + std::to_string(time - *channel.DrySince));
     }
     channel.DrySince.reset();
     channel.InCard[cookie].push_back(header);
-    WriteBar('b', track, header, "in the card", time);
+    file_.BeginBar(track, IdOf(track, header), "in the card", time);
     WriteCounter(track, time);
 }
 
-void ChromeTrace::EndInCard(const TraceEntry& entry) {
-    const Track track{entry.Card, TrackOf(entry)};
-    if (const uint64_t header = TakeFirst(channels_[track].InCard, CookieOf(entry))) {
-        WriteBar('e', track, header, "in the card", entry.Microseconds);
+void ChromeTrace::EndInCard(Track track, const TraceEntry& entry) {
+    ChannelState& channel = channels_[track];
+    if (const uint64_t header = TakeFirst(channel.InCard, CookieOf(entry))) {
+        file_.EndBar(track, IdOf(track, header), "in the card", entry.Microseconds);
         WriteCounter(track, entry.Microseconds);
-        if (ChannelState& channel = channels_[track]; channel.Runs && channel.InCard.empty()) {
+        if (channel.Runs && channel.InCard.empty()) {
             channel.DrySince = entry.Microseconds;
         }
     }
 }
 
 void ChromeTrace::Write(const HeaderEvent& event) {
-    const Track track{event.Card, event.Channel};
-    NameTrack(track);
-    ChannelState& channel = channels_[track];
-    const auto address = reinterpret_cast<uintptr_t>(event.Header);
-    const bool queued = event.What == HeaderEvent::Kind::Queued;
-    if (queued) {
-        channel.Out[address].push_back(++channel.Headers);
-    }
-    const uint64_t header = queued ? channel.Headers : TakeFirst(channel.Out, address);
-    if (header != 0) {
-        WriteBar(queued ? 'b' : 'e', track, header, "header " + std::to_string(header), event.Microseconds);
-        WriteCounter(track, event.Microseconds);
+    const Track track = CardTrack(event.Card, event.Channel);
+    const Track thread = ThreadTrack(event.Process, event.Thread);
+    switch (event.What) {
+    case HeaderEvent::Kind::Queued:
+        BeginHeader(track, thread, event);
+        break;
+    case HeaderEvent::Kind::Taken:
+        file_.EndSpan(thread, event.Microseconds);
+        break;
+    case HeaderEvent::Kind::Refused:
+        file_.EndSpan(thread, event.Microseconds);
+        EndHeader(track, event);
+        break;
+    case HeaderEvent::Kind::Returned:
+        if (const uint64_t header = EndHeader(track, event)) {
+            file_.Span(thread, "callback of " + NameOf(header), event.Microseconds, 0, "header", "");
+            file_.Arrow(TimelineFile::Flow::Ends, thread, IdOf(track, header), event.Microseconds);
+        }
+        break;
     }
 }
 
-// Bars of one header have one id, so that a viewer draws them one inside the other.
-void ChromeTrace::WriteBar(char phase, Track track, uint64_t header, const std::string& name, int64_t time) {
-    NextEvent() << "{\"ph\":\"" << phase << "\",\"cat\":\"header\",\"id\":\"" << track.first << "."
-                << track.second << "." << header << "\",\"name\":\"" << name << "\",\"pid\":" << track.first
-                << ",\"tid\":" << track.second << ",\"ts\":" << time << "}";
+void ChromeTrace::BeginHeader(Track track, Track thread, const HeaderEvent& event) {
+    ChannelState& channel = channels_[track];
+    const uint64_t header = ++channel.Headers;
+    channel.Out[reinterpret_cast<uintptr_t>(event.Header)].push_back(header);
+    file_.BeginBar(track, IdOf(track, header), NameOf(header), event.Microseconds);
+    file_.BeginSpan(thread, "bring " + NameOf(header), event.Microseconds);
+    file_.Arrow(TimelineFile::Flow::Begins, thread, IdOf(track, header), event.Microseconds);
+    WriteCounter(track, event.Microseconds);
+}
+
+uint64_t ChromeTrace::EndHeader(Track track, const HeaderEvent& event) {
+    const uint64_t header = TakeFirst(channels_[track].Out, reinterpret_cast<uintptr_t>(event.Header));
+    if (header != 0) {
+        file_.EndBar(track, IdOf(track, header), NameOf(header), event.Microseconds);
+        WriteCounter(track, event.Microseconds);
+    }
+    return header;
+}
+
+void ChromeTrace::Write(const MutexWaits& waits) {
+    const Track track{FirstProgram + waits.Process, 0};
+    file_.Name(track, "program " + std::to_string(waits.Process), "mutexes");
+    file_.Counter(track, "waits for shared mutexes", waits.Microseconds,
+                  "\"waits\":" + std::to_string(waits.Count));
 }
 
 void ChromeTrace::WriteCounter(Track track, int64_t time) {
     const ChannelState& channel = channels_[track];
-    NextEvent() << "{\"ph\":\"C\",\"name\":\"" << TrackName(track.second)
-                << ": headers\",\"pid\":" << track.first << ",\"tid\":" << track.second << ",\"ts\":" << time
-                << ",\"args\":{\"with the driver\":" << CountAll(channel.Out)
-                << ",\"in the card\":" << CountAll(channel.InCard) << "}}";
+    file_.Counter(track, TrackName(track.Row) + ": headers", time,
+                  "\"with the driver\":" + std::to_string(CountAll(channel.Out)) +
+                      ",\"in the card\":" + std::to_string(CountAll(channel.InCard)));
 }
 
 }  // namespace simulator

@@ -109,6 +109,16 @@ std::string Alternatives(std::span<const KindRow> kinds) {
 
 }  // namespace
 
+const char* FaultName(Fault::Kind kind) {
+    for (const std::span<const KindRow> kinds : {std::span<const KindRow>(RequestKinds), {CompletionKinds}}) {
+        const auto row = std::ranges::find(kinds, kind, &KindRow::Kind);
+        if (row != kinds.end()) {
+            return row->Name;
+        }
+    }
+    return "";
+}
+
 std::string FaultSyntax() {
     const std::string any = AnyRequest;
     const std::string all = EveryTime;

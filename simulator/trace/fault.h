@@ -39,6 +39,9 @@ struct FaultStatus {
 // Letters may be of either case. Nothing when the text is not of the form that FaultSyntax tells.
 std::optional<Fault> ParseFault(std::string_view text);
 
+// As ParseFault reads it.
+const char* FaultName(Fault::Kind kind);
+
 // The forms that ParseFault takes, in two lines for a user to read.
 std::string FaultSyntax();
 

@@ -106,20 +106,21 @@ uint64_t TraceLog::Begin(TraceEntry entry) {
     return first_ + entries_.size() - 1;
 }
 
-void TraceLog::Finish(uint64_t number, std::span<const uint8_t> output, uint32_t result, int64_t ended) {
+void TraceLog::Finish(uint64_t number, std::span<const uint8_t> output, const End& end) {
     const std::lock_guard<host::Lock> guard(mutex_);
     if (number < first_) {
         return;  // dropped meanwhile
     }
     Entry& entry = entries_[static_cast<size_t>(number - first_)];
     entry.What.Output.assign(output.begin(), output.end());
-    entry.What.Result = result;
-    entry.What.Duration = ended - entry.What.Microseconds;
+    entry.What.Result = end.Result;
+    entry.What.Duration = end.At - entry.What.Microseconds;
+    entry.What.Struck = end.Struck;
     entry.Ended = true;
     GiveEnded();
 }
 
-void TraceLog::AddFinished(TraceEntry entry) {
+void TraceLog::AddEvent(TraceEntry entry) {
     const std::lock_guard<host::Lock> guard(mutex_);
     if (sink_) {
         entries_.push_back({std::move(entry), true});

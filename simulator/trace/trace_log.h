@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -25,11 +26,16 @@ public:
     bool WantsEntries() const { return wantsEntries_.load(std::memory_order_relaxed); }
     // Adds an entry, in the order of the requests' beginnings.
     uint64_t Begin(TraceEntry entry);
-    // `ended` is the time in microseconds.
-    void Finish(uint64_t number, std::span<const uint8_t> output, uint32_t result, int64_t ended);
+    // How a request ended: `At` is the time in microseconds.
+    struct End {
+        int64_t At;
+        uint32_t Result;
+        std::optional<Fault::Kind> Struck;
+    };
+    void Finish(uint64_t number, std::span<const uint8_t> output, const End& end);
 
     // Adds an entry that is no request, for the sink alone.
-    void AddFinished(TraceEntry entry);
+    void AddEvent(TraceEntry entry);
 
     uint64_t Requests() const { return count_.load(std::memory_order_relaxed); }
     std::vector<TraceEntry> Entries() const;

@@ -15,6 +15,7 @@
 #include <mutex>
 
 #include "platform/device.h"
+#include "platform/inspect.h"
 
 namespace {
 
@@ -57,6 +58,7 @@ private:
 TEST_F(Machine, MutexOfADeadProcessIsAbandonedOnce) {
     constexpr const WCHAR* Name = TEXT("kernel test machine mutex");
     const HANDLE mutex = CreateMutexW(nullptr, FALSE, Name);
+    const unsigned long waits = platform::NamedMutexWaits();
     for (const DWORD limit : {DWORD{0}, DWORD{60000}, DWORD{INFINITE}}) {
         const pid_t child = StartProcess([] {
             const HANDLE own = CreateMutexW(nullptr, FALSE, Name);
@@ -71,6 +73,7 @@ TEST_F(Machine, MutexOfADeadProcessIsAbandonedOnce) {
         EXPECT_EQ(WaitForSingleObject(mutex, limit), WAIT_OBJECT_0);
         EXPECT_TRUE(ReleaseMutex(mutex));
     }
+    EXPECT_EQ(platform::NamedMutexWaits() - waits, 3u) << "for the 3 ms only";
     CloseHandle(mutex);
 
     // It is gone with the last living process that uses it; this one had closed nothing.

@@ -47,7 +47,7 @@ protected:
     std::vector<std::string> LifeOf(const std::string& id) const {
         std::vector<std::string> life;
         for (const Event& event : events_) {
-            if (Member(event.Line, "id") == id) {
+            if (Member(event.Line, "id") == id && Member(event.Line, "cat") == "header") {
                 life.push_back(event.Phase + " " + event.Name);
             }
         }
@@ -116,6 +116,51 @@ TEST_F(TraceOfARun, MarksWhereTheCardRanDry) {
 
     Run("play in.wav");
     EXPECT_EQ(std::ranges::count_if(events_, isMark), 0) << "the end of the sound is none";
+}
+
+// The call is the client's thread's, and brings the buffer to the card; the callback is a thread's of the
+// driver.
+TEST_F(TraceOfARun, LeadsFromThreadToThread) {
+    ASSERT_EQ(Run("play in.wav").Status, 0);
+    std::vector<const Event*> arrows;
+    for (const Event& event : events_) {
+        if (Member(event.Line, "cat") == "flow" && Member(event.Line, "id") == "0.2.3") {
+            arrows.push_back(&event);
+        }
+    }
+    ASSERT_EQ(arrows.size(), 3u);
+    const char* const spans[] = {"bring header 3", "hand over header 3", "callback of header 3"};
+    for (size_t i = 0; i < arrows.size(); ++i) {
+        EXPECT_EQ(arrows[i]->Phase, std::string(1, "stf"[i]));
+        const auto span = std::ranges::find(events_, spans[i], &Event::Name);
+        ASSERT_NE(span, events_.end()) << spans[i];
+        EXPECT_EQ(span->Time, arrows[i]->Time) << spans[i];
+        for (const char* where : {"pid", "tid"}) {
+            EXPECT_EQ(Member(span->Line, where), Member(arrows[i]->Line, where)) << spans[i];
+        }
+    }
+    EXPECT_EQ(Member(arrows[1]->Line, "tid"), Member(arrows[0]->Line, "tid"));
+    EXPECT_NE(Member(arrows[2]->Line, "tid"), Member(arrows[0]->Line, "tid"));
+    const auto is = [](const char* phase) {
+        return [=](const Event& event) { return event.Phase == phase; };
+    };
+    EXPECT_EQ(std::ranges::count_if(events_, is("B")), std::ranges::count_if(events_, is("E")));
+}
+
+TEST_F(TraceOfARun, MarksFaultsAndSleeps) {
+    Run("play in.wav --fault QUEUE_BUFFER:3 --fault completion:4:late=1000 --suspend-at 0.5");
+    const auto marks = [&](const std::string& name) {
+        std::vector<std::string> tracks;
+        for (const Event& event : events_) {
+            if (event.Phase == "i" && event.Name == name) {
+                tracks.push_back(Member(event.Line, "pid") + "." + Member(event.Line, "tid"));
+            }
+        }
+        return tracks;
+    };
+    EXPECT_EQ(marks("fault: fail"), std::vector<std::string>{"0.2"});
+    EXPECT_EQ(marks("fault: late"), std::vector<std::string>{"0.2"});
+    EXPECT_EQ(marks("lost its power"), std::vector<std::string>{"0.4"}) << "of the card's own track";
 }
 
 TEST_F(TraceOfARun, SaysWhatAWriteMeans) {

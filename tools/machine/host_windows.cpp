@@ -30,6 +30,10 @@ bool MachineOutlivesProcess() {
     return true;
 }
 
+std::optional<uint64_t> SharedMutexWaits() {
+    return std::nullopt;
+}
+
 bool DeleteMachine(const std::string&) {
     return false;
 }

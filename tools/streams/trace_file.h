@@ -7,6 +7,7 @@
 #include <variant>
 #include <vector>
 
+#include "simulator/trace/chrome_trace.h"
 #include "simulator/trace/trace.h"
 #include "tools/files/output_file.h"
 #include "tools/streams/side_work.h"
@@ -21,6 +22,7 @@ public:
     // What comes next, on any thread.
     void Take(const simulator::TraceEntry& entry) { Append(entry); }
     void Take(const simulator::HeaderEvent& event) { Append(event); }
+    void Take(const simulator::MutexWaits& waits) { Append(waits); }
 
     void Advance() override;
     std::string Problem() const override { return file_.Problem(); }
@@ -30,7 +32,7 @@ public:
     void Finish();
 
 private:
-    using Event = std::variant<simulator::TraceEntry, simulator::HeaderEvent>;
+    using Event = std::variant<simulator::TraceEntry, simulator::HeaderEvent, simulator::MutexWaits>;
 
     void Append(Event event);
     void WriteText();

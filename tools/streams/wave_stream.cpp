@@ -44,6 +44,7 @@ bool WaveStream::QueueBuffer(const char* call, Buffer& buffer) {
         NoteHeader(simulator::HeaderEvent::Kind::Refused, buffer.Header);
         return false;
     }
+    NoteHeader(simulator::HeaderEvent::Kind::Taken, buffer.Header);
     return true;
 }
 

@@ -14,16 +14,14 @@ namespace {
 
 std::atomic<int> heldMutexes{0};
 std::atomic<unsigned long> releases{0};
+std::atomic<unsigned long> namedWaits{0};
 
 std::vector<HeldMutex>::iterator FindHeld(std::vector<HeldMutex>& held, const MutexCore* core) {
     return std::find_if(held.begin(), held.end(), [&](const HeldMutex& entry) { return entry.Core == core; });
 }
 
-int LockUntil(pthread_mutex_t* lock, Deadline deadline) {
-    const int result = pthread_mutex_trylock(lock);
-    if (result != EBUSY || deadline == AtOnce) {
-        return result;
-    }
+// When it is not free.
+int WaitUntil(pthread_mutex_t* lock, Deadline deadline) {
     if (deadline == Never) {
         return pthread_mutex_lock(lock);
     }
@@ -65,7 +63,11 @@ DWORD MutexObject::Acquire(Deadline deadline) {
         ++own->Count;
         return WAIT_OBJECT_0;
     }
-    const int result = LockUntil(&core_->Lock, deadline);
+    int result = pthread_mutex_trylock(&core_->Lock);
+    if (result == EBUSY && deadline != AtOnce) {
+        namedWaits.fetch_add(named_.Core ? 1 : 0, std::memory_order_relaxed);
+        result = WaitUntil(&core_->Lock, deadline);
+    }
     if (result == EBUSY || result == ETIMEDOUT) {
         return WAIT_TIMEOUT;
     }
@@ -117,6 +119,10 @@ int HeldMutexCount() {
 
 unsigned long MutexReleases() {
     return releases.load(std::memory_order_relaxed);
+}
+
+unsigned long NamedMutexWaits() {
+    return namedWaits.load(std::memory_order_relaxed);
 }
 
 }  // namespace platform
