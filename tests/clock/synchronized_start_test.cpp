@@ -311,7 +311,7 @@ TEST_F(StartOverASleepTest, WhoRanGoesOnWhateverBecomesOfTheOther) {
                     end(other);
                 }
                 if (when == When::BetweenTheWakeUps) {
-                    WakeWith([&end, other] { end(other); });
+                    WakeWith([&end, who = other] { end(who); });
                 } else {
                     Wake();
                 }
@@ -339,10 +339,10 @@ TEST_F(StartOverASleepTest, WhoWaitedBeforeItWaitsAfterIt) {
         for (const Earlier earlier : {Earlier::NoRun, Earlier::EndedBefore, Earlier::EndedDuring}) {
             SCOPED_TRACE(testing::Message() << waiting << " waits for " << missing << ", earlier run "
                                             << static_cast<int>(earlier));
-            const auto runAnew = [this, waiting, missing] {
-                Stop(missing);
-                Stop(waiting);
-                StartAgain(waiting);
+            const auto runAnew = [this, waits = waiting, misses = missing] {
+                Stop(misses);
+                Stop(waits);
+                StartAgain(waits);
             };
             Open({waiting, missing});
             Stop(missing);

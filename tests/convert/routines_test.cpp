@@ -92,12 +92,13 @@ TEST(RoutinesTest, ExpandEveryCode) {
         SCOPED_TRACE(set.Name);
         for (const auto& [table, sample] :
              {std::pair(&ALawTable, &ALawSample), std::pair(&MuLawTable, &MuLawSample)}) {
-            const Rule rule = [sample](BYTE* to, const BYTE* from, size_t, DitherState&) {
-                const auto value = static_cast<int16_t>(sample(*from));
+            const Rule rule = [decode = sample](BYTE* to, const BYTE* from, size_t, DitherState&) {
+                const auto value = static_cast<int16_t>(decode(*from));
                 memcpy(to, &value, sizeof value);
             };
-            const Convert convert = [&set, table](BYTE* to, const BYTE* from, size_t count, DitherState&) {
-                set.ExpandCompanded(reinterpret_cast<int16_t*>(to), from, *table, count);
+            const Convert convert = [&set, values = table](BYTE* to, const BYTE* from, size_t count,
+                                                           DitherState&) {
+                set.ExpandCompanded(reinterpret_cast<int16_t*>(to), from, *values, count);
             };
             for (size_t count = 0; count <= codes.size(); ++count) {
                 ExpectByRule({1, 2, 1, 2}, rule, convert, codes, count);

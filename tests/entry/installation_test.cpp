@@ -82,8 +82,8 @@ TEST_F(InstallationTest, TheLibraryCarriesTheTextOfEachEvent) {
         u"",
         u"The external sample clock source is not valid.\r\n",
         u"The master clock sample rate does not match the sample rate selected in your application.\r\n",
-        u"The incoming digital data sample rate does not match the sample rate selected in your "
-        u"application.\r\n",
+        (u"The incoming digital data sample rate does not match the sample rate selected in your "
+         u"application.\r\n"),
         u"The application tried to close the driver while it was still busy.\r\n",
         u"",
     };
