@@ -2,9 +2,9 @@
 #pragma once
 
 // Where everything runs slower, one request or call in so many fails; which ones, the plain build covers.
-#if defined(__SANITIZE_THREAD__)
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
 inline constexpr unsigned Stride = 61;
-#elif defined(__SANITIZE_ADDRESS__) || defined(_WIN32)
+#elif defined(_WIN32)
 inline constexpr unsigned Stride = 23;
 #else
 inline constexpr unsigned Stride = 1;
