@@ -13,7 +13,7 @@ struct Fault {
         Fail,   // the request fails and has no effect
         Pend,   // the request takes effect but is reported as pending
         Short,  // an answer comes back with one byte too few
-        Die,    // the process is killed when the request has taken effect
+        Die,    // the process is killed when the request has been served, whatever came of it
         Late,   // a completion: delivered `Delay` microseconds later
         Twice,  // a completion: delivered twice
         Again,  // a completion: delivered, and once more `Delay` microseconds later
