@@ -1,36 +1,30 @@
 #include "card/locks.h"
 
-#include <atomic>
-#include <initializer_list>
-
 namespace kestvox {
 
-HANDLE DriverMutex = nullptr;
-HANDLE ClockMutex = nullptr;
-HANDLE SequenceMutex = nullptr;
+SharedMutex DriverMutex = nullptr;
+SharedMutex ClockMutex = nullptr;
+SharedMutex SequenceMutex = nullptr;
 
 namespace {
 
 constexpr DWORD PatienceWhenLetGo = 5000;  // milliseconds
 constexpr DWORD KeptForThreads = 1000;     // ... of which waits for mutexes leave that much
 
-// The thread that lets the library go, if one does, and how long it may still wait.
-std::atomic<DWORD> LimitedThread = 0;
-DWORD PatienceLeft = 0;
+// The LimitedWaits of the calling thread.
+DWORD LimitSlot = TLS_OUT_OF_INDEXES;
 
 // Threads of this process that hold or wait for a mutex, each scope by itself.
 std::atomic<LONG> LockCount = 0;
 
-bool IsLimited() {
-    return GetCurrentThreadId() == LimitedThread;
+LimitedWaits* Limit() {
+    return LimitSlot != TLS_OUT_OF_INDEXES ? static_cast<LimitedWaits*>(TlsGetValue(LimitSlot)) : nullptr;
 }
 
 DWORD WaitForMutex(HANDLE mutex, DWORD milliseconds) {
-    DWORD patience = PatienceFor(milliseconds);
-    if (IsLimited()) {
-        const DWORD left = PatienceLeft > KeptForThreads ? PatienceLeft - KeptForThreads : 0;
-        patience = left < patience ? left : patience;
-    }
+    const LimitedWaits* limit = Limit();
+    const DWORD left = limit != nullptr ? limit->Left(KeptForThreads) : INFINITE;
+    const DWORD patience = left < milliseconds ? left : milliseconds;
     const DWORD result = WaitForSingleObject(mutex, patience);
     if (result == WAIT_TIMEOUT) {
         SpendPatience(patience);
@@ -38,7 +32,28 @@ DWORD WaitForMutex(HANDLE mutex, DWORD milliseconds) {
     return result;
 }
 
+// False: not so within the patience that the calling thread has left.
+bool AwaitLocks() {
+    while (LocksAreInUse()) {
+        if (PatienceFor(PatienceWhenLetGo) == 0) {
+            return false;
+        }
+        Sleep(1);
+        SpendPatience(1);
+    }
+    return true;
+}
+
 }  // namespace
+
+void InitializeLocks() {
+    LimitSlot = TlsAlloc();
+}
+
+void DeleteLocks() {
+    TlsFree(LimitSlot);
+    LimitSlot = TLS_OUT_OF_INDEXES;
+}
 
 HANDLE CreateSharedMutex(const WCHAR* name) {
     // A null access list lets every process of every user open the mutex.
@@ -60,10 +75,14 @@ BOOL OpenSharedMutexes() {
 }
 
 void CloseSharedMutexes() {
-    for (HANDLE* mutex : {&SequenceMutex, &ClockMutex, &DriverMutex}) {
-        if (*mutex != nullptr) {
-            CloseHandle(*mutex);
-            *mutex = nullptr;
+    // Who comes from here on finds none. Who has one counted itself before.
+    const HANDLE taken[] = {SequenceMutex.exchange(nullptr), ClockMutex.exchange(nullptr),
+                            DriverMutex.exchange(nullptr)};
+    if (AwaitLocks()) {
+        for (HANDLE mutex : taken) {
+            if (mutex != nullptr) {
+                CloseHandle(mutex);
+            }
         }
     }
 }
@@ -72,8 +91,18 @@ bool LocksAreInUse() {
     return LockCount != 0;
 }
 
-MutexLock::MutexLock(HANDLE mutex, DWORD milliseconds) : mutex_(mutex) {
+MutexLock::MutexLock(HANDLE mutex, DWORD milliseconds) {
     ++LockCount;
+    Take(mutex, milliseconds);
+}
+
+MutexLock::MutexLock(const SharedMutex& mutex, DWORD milliseconds) {
+    ++LockCount;  // before the handle is looked at: see CloseSharedMutexes
+    Take(mutex, milliseconds);
+}
+
+void MutexLock::Take(HANDLE mutex, DWORD milliseconds) {
+    mutex_ = mutex;
     result_ = mutex != nullptr ? WaitForMutex(mutex, milliseconds) : WAIT_FAILED;
 }
 
@@ -84,22 +113,30 @@ MutexLock::~MutexLock() {
     --LockCount;
 }
 
-LimitedWaits::LimitedWaits() {
-    PatienceLeft = PatienceWhenLetGo;
-    LimitedThread = GetCurrentThreadId();
+LimitedWaits::LimitedWaits() : left_(PatienceWhenLetGo) {
+    TlsSetValue(LimitSlot, this);
 }
 
 LimitedWaits::~LimitedWaits() {
-    LimitedThread = 0;
+    TlsSetValue(LimitSlot, nullptr);
+}
+
+DWORD LimitedWaits::Left(DWORD kept) const {
+    return left_ > kept ? left_ - kept : 0;
+}
+
+void LimitedWaits::Spend(DWORD milliseconds) {
+    left_ = Left(milliseconds);
 }
 
 DWORD PatienceFor(DWORD milliseconds) {
-    return IsLimited() && PatienceLeft < milliseconds ? PatienceLeft : milliseconds;
+    const LimitedWaits* limit = Limit();
+    return limit != nullptr && limit->Left() < milliseconds ? limit->Left() : milliseconds;
 }
 
 void SpendPatience(DWORD milliseconds) {
-    if (IsLimited()) {
-        PatienceLeft -= milliseconds < PatienceLeft ? milliseconds : PatienceLeft;
+    if (LimitedWaits* limit = Limit()) {
+        limit->Spend(milliseconds);
     }
 }
 

@@ -17,20 +17,29 @@
 
 #include <windows.h>
 
+#include <atomic>
+
 namespace kestvox {
 
 // This process's handles; null while the library is let go.
-extern HANDLE DriverMutex;
-extern HANDLE ClockMutex;
-extern HANDLE SequenceMutex;
+using SharedMutex = std::atomic<HANDLE>;
+extern SharedMutex DriverMutex;
+extern SharedMutex ClockMutex;
+extern SharedMutex SequenceMutex;
+
+// Once each, at process attach and detach. Without a thread-local slot no thread's waits are limited.
+void InitializeLocks();
+void DeleteLocks();
 
 // Create or open the mutexes that all processes share, so that those of every user may. FALSE: DriverMutex
 // cannot be had. Without one of the others what several programs do at one moment is not kept apart.
 BOOL OpenSharedMutexes();
+
+// A mutex whose handle is closed under its holder could not be given back, and would stay taken for all
+// programs: when a thread comes to one at the last moment and keeps it, the handles are left to the system.
 void CloseSharedMutexes();
 
-// Whether a thread of this process holds a mutex or waits for one. A mutex whose handle is closed under its
-// holder could not be given back, and would stay taken for all programs.
+// Whether a thread of this process holds a mutex or waits for one.
 bool LocksAreInUse();
 
 // A named mutex that processes of every user may share; null when it cannot be had.
@@ -40,6 +49,7 @@ HANDLE CreateSharedMutex(const WCHAR* name);
 class MutexLock {
 public:
     explicit MutexLock(HANDLE mutex, DWORD milliseconds = INFINITE);
+    explicit MutexLock(const SharedMutex& mutex, DWORD milliseconds = INFINITE);
     ~MutexLock();
     MutexLock(const MutexLock&) = delete;
     MutexLock& operator=(const MutexLock&) = delete;
@@ -48,6 +58,8 @@ public:
     bool TimedOut() const { return result_ == WAIT_TIMEOUT; }
 
 private:
+    void Take(HANDLE mutex, DWORD milliseconds);
+
     HANDLE mutex_;
     DWORD result_;
 };
@@ -68,6 +80,13 @@ public:
     ~LimitedWaits();
     LimitedWaits(const LimitedWaits&) = delete;
     LimitedWaits& operator=(const LimitedWaits&) = delete;
+
+    // Milliseconds that the thread may still wait, when so many are kept for something else.
+    DWORD Left(DWORD kept = 0) const;
+    void Spend(DWORD milliseconds);
+
+private:
+    DWORD left_;
 };
 
 // How much of a wait of so many milliseconds the calling thread may still do; and what it has waited for

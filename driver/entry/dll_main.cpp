@@ -61,6 +61,7 @@ bool ProcessEnds = false;
 BOOL AttachProcess(HMODULE module) {
     ModuleHandle = module;
     DisableThreadLibraryCalls(module);
+    InitializeLocks();
     InitializeStreamList();
     InitializeServiceThreads();
     const BOOL mutex = OpenSharedMutexes();
@@ -73,6 +74,7 @@ BOOL DetachProcess(bool processEnds) {
     ReleaseProcess();
     DeleteServiceThreads();
     DeleteStreamList();
+    DeleteLocks();
     return TRUE;
 }
 

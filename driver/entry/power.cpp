@@ -49,6 +49,7 @@ void BringBackCards(Wake wake) {
 }  // namespace
 
 void SuspendDriver() {
+    const LibraryUse library;
     for (CardRecord* card = FirstCard(); card != nullptr; card = NextCard(card)) {
         InitCounts[card->Ordinal] = card->InitCount.load();
     }

@@ -14,6 +14,8 @@ constexpr ULONG_PTR CardAlignment = 4;
 constexpr LONG LeastBuffersInFlight = 4;
 constexpr DWORD LongestFlush = 200;  // milliseconds
 
+const SharedMutex HeldAlready = nullptr;
+
 bool NeedsShadowBuffer(const StreamInstance* stream, const WAVEHDR* header) {
     return stream->Format.Conversion != NoConversion ||
            reinterpret_cast<ULONG_PTR>(header->lpData) % CardAlignment != 0;
@@ -179,7 +181,7 @@ void SubmitTaken(StreamInstance* stream, const TakenHeader& taken) {
 }
 
 // After a last header the turn ends without a look at the queue, unless a call has come since.
-TakenHeader ContinueTurn(StreamInstance* stream, const TakenHeader& taken, HANDLE mutex) {
+TakenHeader ContinueTurn(StreamInstance* stream, const TakenHeader& taken, const SharedMutex& mutex) {
     LONG calls = taken.Calls;
     if (taken.Last && stream->HandOver.Calls.compare_exchange_strong(calls, 0)) {
         return {};
@@ -188,8 +190,8 @@ TakenHeader ContinueTurn(StreamInstance* stream, const TakenHeader& taken, HANDL
     return TakeForCalls(stream);
 }
 
-// `mutex`: DriverMutex, or null when the caller holds it.
-void RunTurn(StreamInstance* stream, TakenHeader taken, HANDLE mutex) {
+// `mutex`: DriverMutex, or HeldAlready when the caller holds it.
+void RunTurn(StreamInstance* stream, TakenHeader taken, const SharedMutex& mutex) {
     for (; taken.Header != nullptr; taken = ContinueTurn(stream, taken, mutex)) {
         SubmitTaken(stream, taken);
     }
@@ -277,7 +279,7 @@ WAVEHDR* TakePendingHeader(StreamInstance* stream) {
 }
 
 void HandOver(StreamInstance* stream, HandOverCall call) {
-    const HANDLE mutex = call == HandOverCall::Completed ? nullptr : DriverMutex;
+    const SharedMutex& mutex = call == HandOverCall::Completed ? HeldAlready : DriverMutex;
     TakenHeader taken = {};
     {
         MutexLock lock(mutex);

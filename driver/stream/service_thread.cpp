@@ -199,7 +199,7 @@ void InitializeServiceThreads() {
 
 BOOL AwaitServiceThreads() {
     const DWORD patience = PatienceFor(LongestWait);
-    for (DWORD waited = 0; LiveThreads > 0 || StreamsInUse() > 0 || LocksAreInUse(); ++waited) {
+    for (DWORD waited = 0; LiveThreads > 0 || LibraryInUse() || LocksAreInUse(); ++waited) {
         if (waited >= patience) {
             return FALSE;
         }

@@ -24,8 +24,15 @@ StreamInstance* NewStream() {
     return stream;
 }
 
-StreamUse::StreamUse(StreamInstance* stream) : stream_(stream) {
+LibraryUse::LibraryUse() {
     ++UseCount;
+}
+
+LibraryUse::~LibraryUse() {
+    --UseCount;
+}
+
+StreamUse::StreamUse(StreamInstance* stream) : stream_(stream) {
     ++stream->References;
     ++stream->Handlers;
 }
@@ -33,11 +40,10 @@ StreamUse::StreamUse(StreamInstance* stream) : stream_(stream) {
 StreamUse::~StreamUse() {
     --stream_->Handlers;
     ReleaseStream(stream_);
-    --UseCount;
 }
 
-LONG StreamsInUse() {
-    return UseCount;
+bool LibraryInUse() {
+    return UseCount != 0;
 }
 
 // What the multimedia timer says is the cards' time when they are simulated: a wait that ends for nothing is

@@ -117,6 +117,15 @@ struct StreamInstance {
     DWORD BytesOf(DWORD frames) const { return frames * SampleSize() * Format.Channels; }
 };
 
+// Keeps the library's mutexes while an operation goes on that needs more than one of them.
+class LibraryUse {
+public:
+    LibraryUse();
+    ~LibraryUse();
+    LibraryUse(const LibraryUse&) = delete;
+    LibraryUse& operator=(const LibraryUse&) = delete;
+};
+
 // Keeps a stream's record, and its device handle, while a message or another operation on it is handled.
 class StreamUse {
 public:
@@ -126,11 +135,12 @@ public:
     StreamUse& operator=(const StreamUse&) = delete;
 
 private:
+    LibraryUse library_;
     StreamInstance* stream_;
 };
 
-// How many StreamUses there are in this process.
-LONG StreamsInUse();
+// Whether there are such uses in this process.
+bool LibraryInUse();
 
 // Waits in real time until `done(stream)` says yes, at most so many milliseconds; what it says at the end. It
 // is asked again whenever Progress is set, and every ten milliseconds. No lock may be held.

@@ -104,6 +104,7 @@ MMRESULT FinishOpening(StreamInstance* stream, DWORD closeCalls) {
 
 MMRESULT OpenStream(const Direction& direction, UINT device, DWORD_PTR* user, const WAVEOPENDESC* description,
                     DWORD flags) {
+    const LibraryUse library;
     const DWORD closeCalls = CloseStreamsCalls();
     const DWORD port = device & 1;
     if (user == nullptr || description == nullptr || description->lpFormat == nullptr) {
