@@ -5,10 +5,35 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
+#include <filesystem>
+#include <iterator>
+#include <thread>
 
 #include "platform/machine.h"
 #include "tests/processes/companion.h"
+
+namespace {
+
+bool HasOtherThreads() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}) > 1;
+}
+
+// A thread that says that it is over may still be giving back what it had. Where a fork finds it with a lock
+// of the sanitizer's, that stays taken in the new process.
+void AwaitOtherThreads() {
+#ifndef KESTVOX_SANITIZE_THREAD  // which has a thread of its own, and frees its locks
+    using std::chrono::steady_clock;
+    const auto end = steady_clock::now() + std::chrono::seconds(10);
+    while (HasOtherThreads() && steady_clock::now() < end) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    EXPECT_FALSE(HasOtherThreads()) << "a companion is made before there are other threads";
+#endif
+}
+
+}  // namespace
 
 void SharedMachine::Remove() const {
     platform::RemoveMachine(name_);
@@ -20,6 +45,7 @@ struct Companion::Process {
 };
 
 Companion::Companion(Script script) {
+    AwaitOtherThreads();
     int ends[2] = {-1, -1};
     EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
     const pid_t test = getpid();

@@ -10,7 +10,7 @@
 
 namespace {
 
-#if defined(__SANITIZE_THREAD__)
+#if defined(KESTVOX_SANITIZE_THREAD)
 constexpr unsigned Rounds = 1000 / Stride;
 #else
 constexpr unsigned Rounds = 1000;

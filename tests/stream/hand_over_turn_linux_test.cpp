@@ -18,8 +18,8 @@ protected:
 // The stop brings the buffer under way, and the client adds it again from its callback, while the stop is
 // still at its last request.
 TEST_F(HandOverTurnTest, ABufferAddedInTheMiddleOfAStopStartsNothing) {
-    WaveRecorder recorder;
     RequestGate gate;
+    WaveRecorder recorder;
     ASSERT_EQ(recorder.Open(0, PcmFormat(48000, 2, 16)), MMSYSERR_NOERROR);
     std::atomic<bool> added = false;
     recorder.OnDone([&](WAVEHDR& header) {

@@ -1,4 +1,5 @@
-// In front of the simulated cards: something else happens in the middle of a request of the driver's.
+// In front of the simulated cards: something else happens in the middle of a request of the driver's. What
+// opens a card through it goes before it does.
 #pragma once
 
 #include <functional>
