@@ -24,7 +24,6 @@ template <typename Float>
 int32_t FloatSample(const char* bytes) {
     Float value;
     std::memcpy(&value, bytes, sizeof value);
-    constexpr double FullScale = 2147483648.0;
     const double scaled = std::isnan(value) ? 0 : std::nearbyint(static_cast<double>(value) * FullScale);
     return static_cast<int32_t>(std::clamp(scaled, -FullScale, FullScale - 1));
 }

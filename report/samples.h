@@ -11,6 +11,8 @@
 
 namespace kestvox {
 
+constexpr double FullScale = 2147483648.0;  // of a sample as a connector has it, of 32 bits
+
 // Whether they are PCM, floating point or one of the two laws, in one or two channels.
 bool HasKnownSamples(const WAVEFORMATEX& format);
 

@@ -4,11 +4,12 @@
 #include <cmath>
 #include <numbers>
 
+#include "report/samples.h"
+
 namespace kestvox {
 namespace {
 
 constexpr size_t LineCount = Spectrum::BlockFrames / 2;
-constexpr double FullScale = 2147483648.0;
 constexpr double Floor = 1e-20;  // of a power: -200 dB
 
 // The library's own product also looks for infinities, which takes a third of the transform's time.

@@ -5,13 +5,12 @@
 #include <cstdio>
 
 #include "report/json_text.h"
+#include "report/samples.h"
 
 namespace kestvox {
 namespace {
 
 using simulator::Frame;
-
-constexpr double FullScale = 2147483648.0;
 
 std::string Tenths(double value) {
     char text[32];

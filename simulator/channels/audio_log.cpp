@@ -9,8 +9,6 @@
 namespace simulator {
 namespace {
 
-constexpr std::array<Frame, Block::MostFrames> Silence{};
-
 bool IsSilent(std::span<const Frame> frames) {
     return std::ranges::all_of(frames, [](const Frame& frame) { return frame == Frame{}; });
 }
@@ -76,8 +74,8 @@ void AudioLog::Give(std::span<const Frame> frames) {
 
 void AudioLog::GiveHeldBack() {
     while (heldSilence_ > 0) {
-        const auto count = static_cast<size_t>(std::min<uint64_t>(heldSilence_, Silence.size()));
-        Give(std::span(Silence).first(count));
+        const auto count = static_cast<size_t>(std::min<uint64_t>(heldSilence_, SilentFrames.size()));
+        Give(std::span(SilentFrames).first(count));
         heldSilence_ -= count;
     }
     held_.GiveTo([this](std::span<const Frame> frames) { Give(frames); });

@@ -1,8 +1,11 @@
 // The unit in which samples are moved.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+
+#include "simulator/channels/frame.h"
 
 namespace simulator {
 
@@ -12,5 +15,7 @@ struct Block {
     uint64_t From = 0;  // tick
     size_t Frames = 0;
 };
+
+inline constexpr std::array<Frame, Block::MostFrames> SilentFrames{};
 
 }  // namespace simulator

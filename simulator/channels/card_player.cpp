@@ -7,8 +7,6 @@
 namespace simulator {
 namespace {
 
-constexpr std::array<Frame, Block::MostFrames> Silence{};
-
 SampleLayout LayoutOf(const CardState& card, unsigned channel) {
     return SampleLayout::FromPortControl(card.PortFiles[channel][port_register::Control]);
 }
@@ -125,7 +123,7 @@ void CardPlayer::Record(CardState& card, unsigned port, const Frame* signal,
         return;
     }
     std::vector<QueuedBuffer> through;
-    const Frame* samples = signal ? signal : Silence.data();
+    const Frame* samples = signal ? signal : SilentFrames.data();
     const size_t frames =
         captures_[port].Write(LayoutOf(card, port), samples + due.Begin, due.End - due.Begin, through);
     Moved(card, port, due, frames, through, finished);
@@ -152,7 +150,7 @@ void CardPlayer::Listen(unsigned port, const Frame* signal) {
     AudioLog& log = outputs_[port];
     const Part& own = playedPart_[port];
     const size_t begin = log.Listening() ? 0 : own.Begin;
-    const Frame* samples = signal ? signal : Silence.data();
+    const Frame* samples = signal ? signal : SilentFrames.data();
     log.AddHeard(block_.From + begin, {samples + begin, samples + block_.Frames},
                  own.IsEmpty() ? 0 : own.End - begin);
 }

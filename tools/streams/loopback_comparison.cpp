@@ -6,7 +6,7 @@
 namespace kestvox {
 namespace {
 
-constexpr uint64_t FramesAtOnce = 65536;
+constexpr uint64_t MostPartFrames = 65536;
 
 }  // namespace
 
@@ -38,7 +38,7 @@ void LoopbackComparison::Compare(std::span<const char> recorded) {
 
 void LoopbackComparison::Drop(uint64_t frames) {
     while (frames > 0 && !played_.AtEnd()) {
-        part_.resize(static_cast<size_t>(std::min(frames, FramesAtOnce)) * FrameSize());
+        part_.resize(static_cast<size_t>(std::min(frames, MostPartFrames)) * FrameSize());
         const size_t bytes = played_.Read(part_);
         const uint64_t dropped = bytes / FrameSize();
         if (dropped == 0) {
