@@ -12,7 +12,7 @@ namespace {
 constexpr uintptr_t PageSize = 4096;  // or a part of it
 
 // Whether a jump out of the handler restores the mask of signals.
-#ifdef __SANITIZE_THREAD__
+#ifdef KESTVOX_SANITIZE_THREAD
 constexpr int SaveMask = 1;  // the sanitizer blocks every signal in a handler
 #else
 constexpr int SaveMask = 0;

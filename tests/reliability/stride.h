@@ -2,7 +2,7 @@
 #pragma once
 
 // Where everything runs slower, one request or call in so many fails; which ones, the plain build covers.
-#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+#if defined(KESTVOX_SANITIZE_THREAD) || defined(KESTVOX_SANITIZE_ADDRESS)
 inline constexpr unsigned Stride = 61;
 #elif defined(_WIN32)
 inline constexpr unsigned Stride = 23;

@@ -25,7 +25,7 @@ int WaitUntil(pthread_mutex_t* lock, Deadline deadline) {
     if (deadline == Never) {
         return pthread_mutex_lock(lock);
     }
-#ifdef __SANITIZE_THREAD__  // it learns of a lock whose owner has died only where the lock is tried
+#ifdef KESTVOX_SANITIZE_THREAD  // it learns of a lock whose owner has died only where the lock is tried
     int tried = EBUSY;
     while (tried == EBUSY && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
