@@ -61,6 +61,14 @@ public:
     void Ok() const { window_.Press(PSBTN_OK); }          // the sheet closes, when no page objects
     void Cancel() const { window_.Press(PSBTN_CANCEL); }  // ...
     LONG Closed() { return window_.Closed(); }            // the answer, once the sheet has been closed
+    LONG Accept() {                                       // OK, to that
+        Ok();
+        return Closed();
+    }
+    LONG Dismiss() {  // ... and Cancel
+        Cancel();
+        return Closed();
+    }
 
 private:
     kestvox::SheetWindow window_;

@@ -49,7 +49,9 @@ inline WAVEHDR* TakeHeader(DWORD bytes) {
 unsigned long MutexReleases();
 
 struct MessageBoxShown {
+    HWND Owner;
     std::u16string Text;
+    std::u16string Caption;  // as the system shows it when the caller gives none
     UINT Style;
 };
 std::vector<MessageBoxShown> MessageBoxes();

@@ -50,7 +50,7 @@ void GiveBackPage(void* page) {
 std::vector<MessageBoxShown> MessageBoxes() {
     std::vector<MessageBoxShown> shown;
     for (const platform::MessageBoxRecord& box : platform::MessageBoxes()) {
-        shown.push_back({box.Text, box.Style});
+        shown.push_back({box.Owner, box.Text, box.Caption, box.Style});
     }
     return shown;
 }
