@@ -1,6 +1,5 @@
 // Which clock a recording runs on.
 #include "tests/clock/clock_script.h"
-#include "tests/support/driver_library.h"
 #include "tests/support/wave_recorder.h"
 
 namespace {
@@ -45,19 +44,16 @@ TEST_F(RecordingClockTest, AnybodyElseRunsOnTheCardsOwnClock) {
     EXPECT_EQ(Source(0), Internal);
     ASSERT_EQ(digital.Open(DigitalIn, Stereo()), MMSYSERR_NOERROR);
     EXPECT_EQ(Source(0), Internal) << "it came second";
-    const DriverLibrary driver;
-    const auto sleepAndWakeUp = [&driver] {
-        driver.DriverProc(DRV_POWER, PWR_SUSPENDREQUEST);
-        driver.DriverProc(DRV_POWER, PWR_SUSPENDRESUME);
-    };
-    sleepAndWakeUp();
+    FallAsleep();
+    WakeUp();
     EXPECT_EQ(Source(0), Internal) << "but it is the first to wake up";
     digital.Shut();
     analog.Shut();
     ASSERT_EQ(player.Open(0, Stereo()), MMSYSERR_NOERROR);
     ASSERT_EQ(digital.Open(DigitalIn, Stereo()), MMSYSERR_NOERROR);
     EXPECT_EQ(Source(0), Internal) << "it is not alone";
-    sleepAndWakeUp();
+    FallAsleep();
+    WakeUp();
     EXPECT_EQ(Source(0), Internal) << "nor when it is the first to wake up";
 }
 

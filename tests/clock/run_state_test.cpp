@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "tests/clock/clock_script.h"
-#include "tests/support/driver_library.h"
 #include "tests/support/wave_sound.h"
 
 namespace {
@@ -33,7 +32,6 @@ protected:
         }
         return asked;
     }
-    static void WakeUp() { DriverLibrary().DriverProc(DRV_POWER, PWR_SUSPENDRESUME); }
 };
 
 TEST_F(RunStateTest, ARunThatFailedLeavesNothingToAnotherGroup) {

@@ -1,7 +1,5 @@
 // Streams of one clock start on one frame of it: outputs together, inputs together, and all of them when
 // recording is locked to playback.
-#include <mmddk.h>
-
 #include <algorithm>
 #include <functional>
 #include <map>
@@ -10,7 +8,6 @@
 
 #include "simulator/requests/request_hold.h"
 #include "tests/clock/clock_script.h"
-#include "tests/support/driver_library.h"
 #include "tests/support/wave_recorder.h"
 
 namespace {
@@ -96,13 +93,6 @@ protected:
     }
     bool Started(UINT stream) { return StartFrame(stream).has_value(); }
 
-    void Sleep() {
-        DriverLibrary().DriverProc(DRV_POWER, PWR_SUSPENDREQUEST);
-        Cards().PowerCycle(0);
-        Cards().PowerCycle(1);
-    }
-    void Wake() { DriverLibrary().DriverProc(DRV_POWER, PWR_SUSPENDRESUME); }
-
     // Starts the streams in that order: nobody before the last one, then all on one frame.
     void ExpectTogether(const std::vector<UINT>& order) {
         SCOPED_TRACE(testing::PrintToString(order));
@@ -176,8 +166,8 @@ TEST_F(SynchronizedStartTest, WhoRanAloneGoesOnAloneAfterASleep) {
     Start(0);
     Open({1});
     Stop(1);
-    Sleep();
-    Wake();
+    FallAsleep();
+    WakeUp();
     EXPECT_GT(GoesOn(0), 0);
 }
 
@@ -269,15 +259,15 @@ protected:
     // just before, tells when that is.
     void WakeWith(const std::function<void()>& act, unsigned later = 0) {
         Cards().ClearTrace();
-        Wake();
+        WakeUp();
         const Lines lines = TraceText();
         const auto last = std::find(lines.rbegin(), lines.rend(), "ACQUIRE_CHANNEL");
-        Sleep();
+        FallAsleep();
         simulator::RequestHold hold(static_cast<unsigned>(lines.rend() - last) + later,
                                     simulator::RequestHold::Where::Before);
         std::thread waking([this, &hold] {
             const simulator::RequestHold::Watch watch(hold);
-            Wake();
+            WakeUp();
         });
         EXPECT_EQ(hold.AwaitHeldOrEnded(), simulator::RequestHold::State::Held);
         act();
@@ -306,14 +296,14 @@ TEST_F(StartOverASleepTest, WhoRanGoesOnWhateverBecomesOfTheOther) {
                 if (when == When::Before) {
                     end(other);
                 }
-                Sleep();
+                FallAsleep();
                 if (when == When::During) {
                     end(other);
                 }
                 if (when == When::BetweenTheWakeUps) {
                     WakeWith([&end, who = other] { end(who); });
                 } else {
-                    Wake();
+                    WakeUp();
                 }
                 EXPECT_TRUE(Moves(stream));
                 Shut(stream);
@@ -328,7 +318,7 @@ TEST_F(StartOverASleepTest, WhoIsStoppedInItsWakeUpIsNotWaitedFor) {
     Open({1, 0});
     Start(0);
     Start(1);
-    Sleep();
+    FallAsleep();
     WakeWith([this] { Stop(1); }, 1);
     EXPECT_TRUE(Moves(0));
 }
@@ -353,11 +343,11 @@ TEST_F(StartOverASleepTest, WhoWaitedBeforeItWaitsAfterIt) {
             if (earlier == Earlier::EndedBefore) {
                 runAnew();
             }
-            Sleep();
+            FallAsleep();
             if (earlier == Earlier::EndedDuring) {
                 runAnew();
             }
-            Wake();
+            WakeUp();
             EXPECT_FALSE(Moves(waiting));
             StartAgain(missing);
             EXPECT_TRUE(Moves(waiting));
@@ -374,8 +364,8 @@ TEST_F(StartOverASleepTest, OthersJoinTogetherAfterIt) {
     }
     Stop(1);
     Stop(2);
-    Sleep();
-    Wake();
+    FallAsleep();
+    WakeUp();
     EXPECT_TRUE(Moves(0));
     StartAgain(1);
     EXPECT_FALSE(Moves(1)) << "waits for the third";

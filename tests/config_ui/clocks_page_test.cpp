@@ -281,9 +281,8 @@ TEST_F(ClocksPageTest, ACardThatHasGotAMasterWakesUpAtItsOpenStreamsRate) {
     ASSERT_EQ(player.Open(2, PcmFormat(96000, 2, 16)), MMSYSERR_NOERROR);
     Shown().Accept();
     ASSERT_EQ(Saved(), "0 32>0 97 97");
-    Library().DriverProc(DRV_POWER, PWR_SUSPENDREQUEST);
-    Cards().PowerCycle(1);
-    Library().DriverProc(DRV_POWER, PWR_SUSPENDRESUME);
+    FallAsleep();
+    WakeUp();
     EXPECT_EQ(Cards().SampleRate(1), 96000u);
 }
 

@@ -1,7 +1,10 @@
 #include "tests/support/driver_test.h"
 
+#include <mmddk.h>
+
 #include <algorithm>
 
+#include "tests/support/driver_library.h"
 #include "tests/support/system.h"
 #include "tests/support/text.h"
 
@@ -53,6 +56,25 @@ void DriverTest::StoreText(unsigned card, const WCHAR* name, const std::u16strin
 void DriverTest::Follow(unsigned follower, unsigned master) {
     StoreText(follower, TEXT("Master"), simulator::Simulator::RegistryPath(master));
     StoreSetting(follower, TEXT("ClockSource"), 32);
+}
+
+void DriverTest::SendPower(LPARAM event) {
+    EXPECT_EQ(DriverLibrary().DriverProc(DRV_POWER, event), 1);
+}
+
+void DriverTest::FallAsleep() {
+    SendPower(PWR_SUSPENDREQUEST);
+    LosePower();
+}
+
+void DriverTest::WakeUp() {
+    SendPower(PWR_SUSPENDRESUME);
+}
+
+void DriverTest::LosePower() {
+    for (unsigned card = 0; card < simulator_->CardCount(); ++card) {
+        simulator_->PowerCycle(card);
+    }
 }
 
 void DriverTest::AddFault(std::string_view fault) {

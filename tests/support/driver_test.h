@@ -42,6 +42,12 @@ protected:
     // As the last program of the machine does; the next wave call loads the driver again.
     void UnloadDriver();
 
+    // What the system tells the driver of a sleep of the computer (PWR_...).
+    static void SendPower(LPARAM event);
+    void FallAsleep();
+    static void WakeUp();
+    void LosePower();  // as all cards do in between
+
     // "NAME:N[:fail|pending|short]" and so on, as the simulator reads them.
     void AddFault(std::string_view fault);
     // The `nth` coming request of that code fails, or every one (0).
