@@ -1,9 +1,9 @@
 #include <sys/mman.h>
 
-#include "front/unload_driver.h"
 #include "platform/inspect.h"
 #include "platform/machine.h"
 #include "tests/support/system.h"
+#include "tools/machine/host.h"
 
 namespace test_system {
 
@@ -14,15 +14,11 @@ constexpr size_t PageSize = 4096;
 }  // namespace
 
 void FreshMachine() {
-    UnloadWaveDriver();
+    kestvox::UnloadWaveDriver();
     platform::UseMachine("");
     platform::ClearMessageBoxes();
     platform::AnswerMessageBoxes(IDOK);
     platform::ClearHelpRequests();
-}
-
-void UnloadWaveDriver() {
-    front::UnloadWaveDriver();
 }
 
 HMODULE LoadDriver() {

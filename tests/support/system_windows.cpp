@@ -134,7 +134,7 @@ constexpr const WCHAR* DriverKeys[] = {
 }  // namespace
 
 void FreshMachine() {
-    UnloadWaveDriver();
+    kestvox::UnloadWaveDriver();
     simulator::UseMachine("");
     for (const WCHAR* key : DriverKeys) {
         DeleteTree(HKEY_LOCAL_MACHINE, key);
@@ -145,10 +145,6 @@ void FreshMachine() {
     notebook.Events.clear();
     notebook.Sources.clear();
     notebook.Help.clear();
-}
-
-void UnloadWaveDriver() {
-    kestvox::UnloadWaveDriver();
 }
 
 HMODULE LoadDriver() {
