@@ -22,7 +22,7 @@ const Lines QuietFollower = {"write card 32 = 00 / 60", "write card 9 = 02 / 02"
 const Lines FollowerToLink = {"read card 32",    "write card 17 = 00 / 08", "READ_CLOCK_FAULT",
                               "read card 32",    "write card 32 = 20 / 60", "stall 227",
                               "READ_CLOCK_FAULT"};
-class OneCardClock : public ClockTest {};
+using OneCardClock = ClockTest;
 
 TEST_F(OneCardClock, EveryRateHasItsOwnCodeStatusAndWaits) {
     const struct {

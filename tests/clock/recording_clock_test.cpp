@@ -16,7 +16,10 @@ WaveFormat Stereo() {
     return PcmFormat(Rate, 2, 16);
 }
 
-class RecordingClockTest : public ClockTest {};
+class RecordingClockTest : public ClockTest {
+protected:
+    RecordingClockTest() : ClockTest(2) {}
+};
 
 TEST_F(RecordingClockTest, ADigitalRecordingAloneTakesItsSignalsClock) {
     WaveRecorder recorder;
@@ -69,12 +72,8 @@ TEST_F(RecordingClockTest, AReceiverIsSwitchedOffUnlessTheCardRunsOnIt) {
     }
 }
 
-class LinkedRecordingClockTest : public ClockTest {
-protected:
-    LinkedRecordingClockTest() : ClockTest(2) { Follow(1, 0); }
-};
-
-TEST_F(LinkedRecordingClockTest, InAGroupNobodyIsAlone) {
+TEST_F(RecordingClockTest, InAGroupNobodyIsAlone) {
+    Follow(1, 0);
     Cards().SetDigitalInputRate(1, Rate);
     WaveRecorder recorder;
     ASSERT_EQ(recorder.Open(2 + DigitalIn, Stereo()), MMSYSERR_NOERROR);
