@@ -6,8 +6,6 @@ namespace {
 
 using simulator::Port;
 
-constexpr unsigned Internal = 0;
-constexpr unsigned Digital = 0x40;
 constexpr UINT AnalogIn = 0;
 constexpr UINT DigitalIn = 1;
 constexpr DWORD Rate = 44100;
@@ -78,7 +76,7 @@ TEST_F(RecordingClockTest, InAGroupNobodyIsAlone) {
     WaveRecorder recorder;
     ASSERT_EQ(recorder.Open(2 + DigitalIn, Stereo()), MMSYSERR_NOERROR);
     EXPECT_EQ(Source(0), Internal);
-    EXPECT_EQ(Source(1), 0x20u);
+    EXPECT_EQ(Source(1), Link);
 }
 
 }  // namespace

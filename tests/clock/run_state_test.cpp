@@ -9,7 +9,6 @@ namespace {
 
 using simulator::Port;
 
-constexpr unsigned Link = 0x20;
 constexpr DWORD Rate = 44100;
 
 // Card 1 follows card 0, card 3 follows card 2.

@@ -123,11 +123,6 @@ protected:
 
 class SynchronizedStartTest : public StartTest {};
 
-TEST_F(SynchronizedStartTest, TwoPortsStartTogether) {
-    ExpectTogether({0, 1});
-    ExpectTogether({1, 0});
-}
-
 TEST_F(SynchronizedStartTest, AllPausedRestartTogether) {
     Open({0, 1});
     Start(0);
@@ -179,16 +174,6 @@ protected:
         StoreSetting(1, TEXT("CheckClocks"), 0);
     }
 };
-
-TEST_F(GroupStartTest, AFollowerAloneStartsThroughTheMastersHold) {
-    Open({2});
-    // The group stays synchronized although one stream is all there is.
-    Start(2);
-    EXPECT_TRUE(Started(2));
-    Stop(2);
-    StartAgain(2);
-    EXPECT_NEAR(GoesOn(2), TenthOfASecond, 1);
-}
 
 TEST_F(GroupStartTest, LockedToPlaybackAllBeginOnOneFrame) {
     LockToPlayback();
