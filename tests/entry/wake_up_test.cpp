@@ -299,39 +299,20 @@ TEST_F(WakeUpKindTest, OneAfterTheOtherStartsNobody) {
     ExpectComplete();
 }
 
-// --- what a client has set, and what the clock does ---------------------------------------------
-
-TEST_F(WakeUpTest, AVolumeOutlastsTheSleep) {
-    Open({0, 1});
-    waveOutSetVolume(players_[0].Handle(), 0x4000);
-    SleepForASecond();
-    waveOutSetVolume(players_[1].Handle(), 0x2000);
-    WakeUp();
-    EXPECT_EQ(Cards().MixerGain(0, 2), 32u);
-    EXPECT_EQ(Cards().MixerGain(1, 2), 16u) << "set during the sleep";
-    DWORD volume = 0;
-    EXPECT_EQ(waveOutGetVolume(players_[0].Handle(), &volume), MMSYSERR_NOERROR);
-    EXPECT_EQ(volume, 0x4000u);
-    EXPECT_EQ(players_[0].Close(), MMSYSERR_NOERROR);
-    Open({0});
-    EXPECT_EQ(Cards().MixerGain(0, 2), 128u) << "the next stream has the stored gain";
-}
-
-// An open would be refused for it, and a user told.
+// An open would be refused for it, for the clock's sake and for the input's, and a user told.
 TEST_F(WakeUpTest, WrongIncomingRateIsIgnored) {
-    StoreSetting(0, TEXT("ClockSource"), 64);
+    WaveRecorder recorder;
     Cards().SetDigitalInputRate(0, Rate);
-    Open({0});
-    Write(1000);
-    Cards().Advance(Second / 10);
+    ASSERT_EQ(recorder.Open(1, Format), MMSYSERR_NOERROR);
+    ASSERT_EQ(recorder.Add(4000), MMSYSERR_NOERROR);
+    ASSERT_EQ(recorder.Start(), MMSYSERR_NOERROR);
     SleepForASecond();
     Cards().SetDigitalInputRate(0, 44100);
     WakeUp();
     EXPECT_TRUE(test_system::EventLog().empty());
     EXPECT_EQ(Cards().SampleRate(0), 44100u) << "the card runs at what arrives";
-    EXPECT_NEAR(PlayOn()[0], 4410, 1);
-    Cards().SetDigitalInputRate(0, Rate);
-    EXPECT_NEAR(PlayOn()[0], 4800, 1);
+    Cards().Advance(Second / 10);
+    EXPECT_EQ(recorder.Counts(), std::vector<DWORD>{4000});
 }
 
 }  // namespace
