@@ -218,7 +218,7 @@ protected:
         FallAsleep();
         simulator::RequestHold hold(static_cast<unsigned>(lines.rend() - last) + later,
                                     simulator::RequestHold::Where::Before);
-        std::thread waking([this, &hold] {
+        std::thread waking([&hold] {
             const simulator::RequestHold::Watch watch(hold);
             WakeUp();
         });
