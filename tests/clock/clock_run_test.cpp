@@ -22,7 +22,7 @@ const Lines QuietFollower = {"write card 32 = 00 / 60", "write card 9 = 02 / 02"
 const Lines FollowerToLink = {"read card 32",    "write card 17 = 00 / 08", "READ_CLOCK_FAULT",
                               "read card 32",    "write card 32 = 20 / 60", "stall 227",
                               "READ_CLOCK_FAULT"};
-class OneCardClock : public ClockTest {};
+using OneCardClock = ClockTest;
 
 TEST_F(OneCardClock, EveryRateHasItsOwnCodeStatusAndWaits) {
     const struct {
@@ -89,7 +89,7 @@ TEST_F(TwoCardClock, OnlyWhatChangedIsResynchronised) {
         EXPECT_EQ(std::count(lines.begin(), lines.end(), "0 write port 0 = 04 / 04"), master + follower);
         EXPECT_EQ(std::count(lines.begin(), lines.end(), "stall 635"), follower == 0) << "the short wait";
         EXPECT_EQ(Cards().CardRegister(0, 32) & 0x70, 0x10);
-        EXPECT_EQ(Source(1), 0x20u);
+        EXPECT_EQ(Source(1), Link);
         EXPECT_EQ(Cards().SampleRate(1), rate);
         EXPECT_EQ(Cards().ClockFrame(0), Cards().ClockFrame(1));
         ASSERT_EQ(player.Close(), MMSYSERR_NOERROR);
@@ -116,11 +116,11 @@ TEST_F(TwoCardClock, AFollowerWithAnotherSourceIsGivenThatCode) {
     for (int run = 0; run < 2; ++run) {
         const Lines lines = Run(player, 0, 44100);
         EXPECT_EQ(std::count(lines.begin(), lines.end(), "1 write card 32 = 61 / 60"), 1) << run;
-        EXPECT_EQ(Source(1), 0x60u);
+        EXPECT_EQ(Source(1), Pll);
         ASSERT_EQ(player.Close(), MMSYSERR_NOERROR);
     }
     Run(player, 2, 44100);
-    EXPECT_EQ(Source(1), 0x20u) << "opening the follower itself puts it on the link";
+    EXPECT_EQ(Source(1), Link) << "opening the follower itself puts it on the link";
 }
 
 // Card 1 follows card 0, card 3 follows card 2.

@@ -63,6 +63,11 @@ protected:
     // Ids of the events in the machine's log.
     static std::vector<DWORD> Events();
 
+    static constexpr unsigned Internal = 0;  // of Source
+    static constexpr unsigned Link = 0x20;
+    static constexpr unsigned Digital = 0x40;
+    static constexpr unsigned Pll = 0x60;
+
     bool Held(unsigned card) { return (Cards().CardRegister(card, 17) & 0x01) != 0; }
     unsigned Source(unsigned card) { return Cards().CardRegister(card, 32) & 0x60; }
 };

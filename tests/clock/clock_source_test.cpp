@@ -11,10 +11,6 @@ bool Contains(const Lines& lines, const std::string& line) {
     return std::find(lines.begin(), lines.end(), line) != lines.end();
 }
 
-constexpr unsigned Link = 0x20;
-constexpr unsigned Digital = 0x40;
-constexpr unsigned Pll = 0x60;
-
 class ClockSourceTest : public ClockTest {
 protected:
     using ClockTest::ClockTest;

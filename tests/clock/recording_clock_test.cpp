@@ -1,14 +1,11 @@
 // Which clock a recording runs on.
 #include "tests/clock/clock_script.h"
-#include "tests/support/driver_library.h"
 #include "tests/support/wave_recorder.h"
 
 namespace {
 
 using simulator::Port;
 
-constexpr unsigned Internal = 0;
-constexpr unsigned Digital = 0x40;
 constexpr UINT AnalogIn = 0;
 constexpr UINT DigitalIn = 1;
 constexpr DWORD Rate = 44100;
@@ -17,7 +14,12 @@ WaveFormat Stereo() {
     return PcmFormat(Rate, 2, 16);
 }
 
-class RecordingClockTest : public ClockTest {};
+class RecordingClockTest : public ClockTest {
+protected:
+    RecordingClockTest() : ClockTest(2) {}
+
+    bool ReceiverIsOff() { return (Cards().InputRegister(0, Port::Digital, 1) & 1) != 0; }
+};
 
 TEST_F(RecordingClockTest, ADigitalRecordingAloneTakesItsSignalsClock) {
     WaveRecorder recorder;
@@ -32,6 +34,7 @@ TEST_F(RecordingClockTest, ADigitalRecordingAloneTakesItsSignalsClock) {
         EXPECT_EQ(Source(0), Digital);
         player.Shut();
         recorder.Shut();
+        EXPECT_FALSE(ReceiverIsOff()) << "the card runs on it";
     }
     EXPECT_EQ(Events(), std::vector<DWORD>{});
 }
@@ -45,45 +48,27 @@ TEST_F(RecordingClockTest, AnybodyElseRunsOnTheCardsOwnClock) {
     EXPECT_EQ(Source(0), Internal);
     ASSERT_EQ(digital.Open(DigitalIn, Stereo()), MMSYSERR_NOERROR);
     EXPECT_EQ(Source(0), Internal) << "it came second";
-    const DriverLibrary driver;
-    const auto sleepAndWakeUp = [&driver] {
-        driver.DriverProc(DRV_POWER, PWR_SUSPENDREQUEST);
-        driver.DriverProc(DRV_POWER, PWR_SUSPENDRESUME);
-    };
-    sleepAndWakeUp();
+    FallAsleep();
+    WakeUp();
     EXPECT_EQ(Source(0), Internal) << "but it is the first to wake up";
     digital.Shut();
+    EXPECT_TRUE(ReceiverIsOff());
     analog.Shut();
     ASSERT_EQ(player.Open(0, Stereo()), MMSYSERR_NOERROR);
     ASSERT_EQ(digital.Open(DigitalIn, Stereo()), MMSYSERR_NOERROR);
     EXPECT_EQ(Source(0), Internal) << "it is not alone";
-    sleepAndWakeUp();
+    FallAsleep();
+    WakeUp();
     EXPECT_EQ(Source(0), Internal) << "nor when it is the first to wake up";
 }
 
-TEST_F(RecordingClockTest, AReceiverIsSwitchedOffUnlessTheCardRunsOnIt) {
-    Cards().SetDigitalInputRate(0, Rate);
-    WaveRecorder digital;
-    WavePlayer player;
-    for (const unsigned off : {0u, 1u}) {
-        ASSERT_EQ(digital.Open(DigitalIn, Stereo()), MMSYSERR_NOERROR);
-        digital.Shut();
-        EXPECT_EQ(Cards().InputRegister(0, simulator::Port::Digital, 1) & 1u, off);
-        player.Open(0, Stereo());
-    }
-}
-
-class LinkedRecordingClockTest : public ClockTest {
-protected:
-    LinkedRecordingClockTest() : ClockTest(2) { Follow(1, 0); }
-};
-
-TEST_F(LinkedRecordingClockTest, InAGroupNobodyIsAlone) {
+TEST_F(RecordingClockTest, InAGroupNobodyIsAlone) {
+    Follow(1, 0);
     Cards().SetDigitalInputRate(1, Rate);
     WaveRecorder recorder;
     ASSERT_EQ(recorder.Open(2 + DigitalIn, Stereo()), MMSYSERR_NOERROR);
     EXPECT_EQ(Source(0), Internal);
-    EXPECT_EQ(Source(1), 0x20u);
+    EXPECT_EQ(Source(1), Link);
 }
 
 }  // namespace

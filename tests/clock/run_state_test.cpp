@@ -3,14 +3,12 @@
 #include <algorithm>
 
 #include "tests/clock/clock_script.h"
-#include "tests/support/driver_library.h"
 #include "tests/support/wave_sound.h"
 
 namespace {
 
 using simulator::Port;
 
-constexpr unsigned Link = 0x20;
 constexpr DWORD Rate = 44100;
 
 // Card 1 follows card 0, card 3 follows card 2.
@@ -33,7 +31,6 @@ protected:
         }
         return asked;
     }
-    static void WakeUp() { DriverLibrary().DriverProc(DRV_POWER, PWR_SUSPENDRESUME); }
 };
 
 TEST_F(RunStateTest, ARunThatFailedLeavesNothingToAnotherGroup) {

@@ -24,8 +24,7 @@ TEST_F(AsioEasiPageTest, EachSliderHasItsOwnTimeAndValue) {
     EXPECT_FALSE(first.CanApply());
     page.Press(IDC_EASI_BUFFER, VK_END);
     EXPECT_EQ(page.Text(IDC_EASI_BUFFER_TIME), u"1000 ms");
-    first.Cancel();
-    first.Closed();
+    first.Dismiss();
     EXPECT_EQ(StoredBufferSize(u"AsioBufferSize"), 2u);
     EXPECT_EQ(StoredBufferSize(u"EasiBufferSize"), 123u) << "the last change is cancelled";
     EXPECT_EQ(Open().Show(u"ASIO + EASI").Text(IDC_EASI_BUFFER_TIME), u"246 ms");
@@ -76,8 +75,7 @@ TEST_F(AsioEasiPageTest, OnlyAFourByteBinaryValueCounts) {
         page.Slide(IDC_ASIO_BUFFER, 100);
         sheet.Apply();
         StoreBufferSize(TEXT("AsioBufferSize"), each.Type, each.Data);
-        sheet.Ok();
-        sheet.Closed();
+        sheet.Accept();
         EXPECT_EQ(StoredBufferSize(u"AsioBufferSize"), each.IsKept ? each.Position : 100);
     }
 }

@@ -168,15 +168,13 @@ TEST_F(ConfigurationPageTest, StoredOptionsThatExcludeEachOtherShowAsOff) {
     StoreNumbers({1, 0, 1, 0, 1, 1, 1, 1, 1});
     Sheet& professional = Open();
     EXPECT_EQ(OutputOptions(professional.Current()), "[copy off], emphasis on");
-    professional.Ok();
-    professional.Closed();
+    professional.Accept();
     EXPECT_EQ(StoredNumber(u"CopyProtect"), 0u);
     EXPECT_EQ(StoredNumber(u"Preemphasis"), 1u);
 
     Sheet& consumer = Open();
     consumer.Current().Click(IDC_CONSUMER);
-    consumer.Ok();
-    consumer.Closed();
+    consumer.Accept();
     EXPECT_EQ(OutputOptions(Open().Current()), "copy off, [emphasis off]");
     EXPECT_EQ(StoredNumber(u"Preemphasis"), 0u);
 }
@@ -199,14 +197,12 @@ TEST_F(TwoCardsConfiguration, ANameOfBlanksIsRefusedAndALongOneIsCut) {
     const std::u16string longest = u" " + std::u16string(49, u'n');
     page.Type(IDC_NAME, longest + u"nnn");
     EXPECT_EQ(page.Text(IDC_NAME), longest);
-    sheet.Ok();
-    sheet.Closed();
+    sheet.Accept();
     EXPECT_EQ(StoredName(), TextValue(REG_SZ, longest));
 }
 
 TEST_F(TwoCardsConfiguration, NewNameShowsInTheClockTreeBeforeApplyAndIsGoneAfterCancel) {
-    StoreText(0, TEXT("Name"), u"A");
-    StoreText(1, TEXT("Name"), u"B");
+    NameCards();
     const std::u16string before = u"A (automatic clock selection); B (automatic clock selection)";
     const auto tree = [](const Sheet& sheet) {
         return ClockTreeUser(sheet.Show(u"Clocks + Sync").Window()).Outline();
@@ -220,8 +216,7 @@ TEST_F(TwoCardsConfiguration, NewNameShowsInTheClockTreeBeforeApplyAndIsGoneAfte
     EXPECT_EQ(StoredName(), TextValue(REG_SZ, u"A"));
 
     sheet.Show(u"Configuration: 'A'").Focus(IDC_NAME);  // still there when the sheet goes
-    sheet.Cancel();
-    sheet.Closed();
+    sheet.Dismiss();
     EXPECT_EQ(tree(Open()), before);
 }
 

@@ -78,8 +78,8 @@ TEST_F(DriverResetTest, AnOpenStreamsCardKeepsItsRateWhenItIsFreed) {
     Sheet& sheet = Open();
     ClockTreeUser(sheet.Show(u"Clocks + Sync").Window()).Command(u"B", u'S');
     sheet.Apply();
-    Library().DriverProc(DRV_POWER, PWR_SUSPENDREQUEST);
-    Library().DriverProc(DRV_POWER, PWR_SUSPENDRESUME);
+    FallAsleep();
+    WakeUp();
     EXPECT_EQ(Cards().SampleRate(1), 48000u);
     player.Shut();
 }

@@ -147,8 +147,7 @@ TEST_F(MonitorPageTest, OnlyOpenDevicesAreHeardAtOnce) {
         page.Slide(SliderOf(device.Inputs[0]), 82);
         EXPECT_EQ(TraceText().size(), 2u);
 
-        sheet.Cancel();
-        sheet.Closed();
+        sheet.Dismiss();
         for (const size_t input : device.Inputs) {
             expected[input] = DefaultGains[input];
         }
@@ -243,8 +242,7 @@ TEST_F(MonitorPageTest, ACardThatIsGoneTakesNoGains) {
     Cards().SetPresent(0, false);
     page.Slide(SliderOf(0), 18);
     EXPECT_EQ(page.Text(SliderOf(0) + 1), u"-INF dB");
-    sheet.Ok();
-    sheet.Closed();
+    sheet.Accept();
     ASSERT_FALSE(test_system::MessageBoxes().empty());
     EXPECT_EQ(test_system::MessageBoxes().back().Text,
               u"Could not save configuration information in registry");

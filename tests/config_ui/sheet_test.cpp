@@ -26,8 +26,7 @@ using SeveralCards = SheetOf<2>;
 using AllCards = SheetOf<simulator::MaxCards>;
 
 TEST_F(SeveralCards, HaveTheirPagesOneAfterTheOther) {
-    StoreText(0, TEXT("Name"), u"A");
-    StoreText(1, TEXT("Name"), u"B");
+    NameCards();
     const Sheet& sheet = Open();
     EXPECT_EQ(sheet.Titles(),
               (Texts{u"Configuration: 'A'", u"Monitor: 'A'", u"Version: 'A'", u"Configuration: 'B'",
@@ -99,29 +98,24 @@ TEST_F(SheetFrameTest, OpensWithNothingToApplyAndAnswersOkHoweverItCloses) {
     Sheet& cancelled = Open();
     EXPECT_EQ(cancelled.Current().Text(IDC_NAME), u"Kestrelvox");
     EXPECT_FALSE(cancelled.CanApply());
-    cancelled.Cancel();
-    EXPECT_EQ(cancelled.Closed(), DRVCNF_OK);
+    EXPECT_EQ(cancelled.Dismiss(), DRVCNF_OK);
 
     Sheet& unchanged = Open();
-    unchanged.Ok();
-    EXPECT_EQ(unchanged.Closed(), DRVCNF_OK);
+    EXPECT_EQ(unchanged.Accept(), DRVCNF_OK);
 
     Sheet& changed = Open();
     changed.Current().Click(IDC_NON_AUDIO);
-    changed.Ok();
-    EXPECT_EQ(changed.Closed(), DRVCNF_OK);
+    EXPECT_EQ(changed.Accept(), DRVCNF_OK);
 
     Sheet& restart = Open();
     SendMessageW(restart.Window(), PSM_RESTARTWINDOWS, 0, 0);
-    restart.Ok();
-    EXPECT_EQ(restart.Closed(), DRVCNF_RESTART);
+    EXPECT_EQ(restart.Accept(), DRVCNF_RESTART);
 }
 
 TEST_F(SheetFrameTest, PageThatWasNeverShownStoresNothing) {
     Sheet& sheet = Open();
     sheet.Current().Click(IDC_NON_AUDIO);
-    sheet.Ok();
-    sheet.Closed();
+    sheet.Accept();
     EXPECT_TRUE(RegistryKeyExists(ConfigKey()));
     EXPECT_FALSE(RegistryKeyExists(CommonKey));
 }
@@ -154,8 +148,7 @@ TEST_F(SheetFrameTest, EachPageAndControlHasItsHelp) {
     }
     const auto before = static_cast<ptrdiff_t>(test_system::HelpShown().size());
     sheet.Show(2).AskHelp(IDC_SERIAL_NUMBER);  // has none
-    sheet.Cancel();
-    sheet.Closed();
+    sheet.Dismiss();
     const std::vector<HelpRequest> shown = test_system::HelpShown();
     EXPECT_EQ(std::vector<HelpRequest>(shown.begin() + before, shown.end()),
               std::vector<HelpRequest>(5, HelpRequest{u"kestvox.hlp", HELP_QUIT, 0}));

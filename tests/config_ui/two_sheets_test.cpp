@@ -15,8 +15,8 @@ constexpr const char16_t* Clocks = u"Clocks + Sync";
 class TwoSheetsTest : public SheetTest {
 protected:
     TwoSheetsTest() : SheetTest(3) {
+        NameCards();
         for (unsigned card = 0; card < 3; ++card) {
-            StoreText(card, TEXT("Name"), std::u16string(1, static_cast<char16_t>(u'A' + card)));
             StoreSetting(card, TEXT("ClockSource"), 0);
         }
     }
@@ -51,8 +51,7 @@ TEST_F(TwoSheetsTest, ALaterOkKeepsWhatTheOtherStored) {
     Tree(earlier).Command(u"B", u'D');
     Tree(earlier).Drag(u"C", u"B");
     earlier.Show(u"ASIO + EASI").Slide(IDC_ASIO_BUFFER, 100);
-    earlier.Ok();
-    earlier.Closed();
+    earlier.Accept();
 
     later.Show(0).Click(IDC_RIGHT);
     later.Show(1).Slide(IDC_FIRST_MIXER_SLIDER + 2, 60);
@@ -66,8 +65,7 @@ TEST_F(TwoSheetsTest, ALaterOkKeepsWhatTheOtherStored) {
     EXPECT_EQ(shown.Text(IDC_NAME), u"New");
     EXPECT_TRUE(shown.IsChecked(IDC_COPY_PROTECT) && shown.IsEnabled(IDC_COPY_PROTECT));
     EXPECT_FALSE(shown.IsEnabled(IDC_PREEMPHASIS));
-    later.Ok();
-    later.Closed();
+    later.Accept();
 
     EXPECT_EQ(ReadRegistry(ConfigKey(), u"Name"), TextValue(REG_SZ, u"New"));
     EXPECT_EQ(StoredNumber(u"NonAudio"), 1u);
@@ -95,10 +93,8 @@ TEST_F(TwoSheetsTest, WhatBothChangeIsTheLaters) {
     later.Show(0).Type(IDC_NAME, u"Later");
     later.Show(0).Focus(IDC_LEFT);
     Tree(later).Drag(u"Later", u"C");
-    earlier.Ok();
-    earlier.Closed();
-    later.Ok();
-    later.Closed();
+    earlier.Accept();
+    later.Accept();
     EXPECT_EQ(ReadRegistry(ConfigKey(), u"Name"), TextValue(REG_SZ, u"Later"));
     EXPECT_EQ(ReadRegistry(ConfigKey(0), u"Master"),
               TextValue(REG_SZ, simulator::Simulator::RegistryPath(2)));
@@ -122,10 +118,8 @@ TEST_F(TwoSheetsTest, APageThatIsFirstShownPutsTheStoredGainsBack) {
     second.Show(1).Slide(Input, 60);
     first.Show(0);
     EXPECT_EQ(first.Show(1).Position(Input), 60) << "from then on they are everybody's";
-    second.Cancel();
-    second.Closed();
-    first.Ok();
-    first.Closed();
+    second.Dismiss();
+    first.Accept();
     EXPECT_EQ(StoredGainCode(0), 83u);
     EXPECT_EQ(StoredGainCode(2), 83u);
 }
@@ -135,8 +129,7 @@ TEST_F(TwoSheetsTest, AnOkStoresTheClockSourcesOfBoth) {
     Sheet second(Library());
     EXPECT_TRUE(Tree(second).Outline().starts_with(u"A (digital input clock)"));
     Tree(second).Command(u"C", u'D');
-    second.Ok();
-    second.Closed();
+    second.Accept();
     EXPECT_EQ(StoredNumber(u"ClockSource", 0), 64u);
     EXPECT_EQ(StoredNumber(u"ClockSource", 2), 64u);
 }
@@ -158,8 +151,7 @@ TEST_F(TwoSheetsTest, AMasterIsNotStoredAsAutomatic) {
         EXPECT_EQ(StoredNumber(u"ClockSource", 1), 32u);
         Sheet& freeing = Open();
         Tree(freeing).Command(u"B", u'S');
-        freeing.Ok();
-        freeing.Closed();
+        freeing.Accept();
     }
 }
 

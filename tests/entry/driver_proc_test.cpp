@@ -52,8 +52,10 @@ TEST_F(DriverProcTest, EveryMessageHasItsAnswer) {
         {DRV_EXITSESSION, 0, 0},
         {14, 0, 0},
         {16, 0, 0},
+        {DRV_POWER, 0, 1},
         {DRV_POWER, 1, 1},
         {DRV_POWER, 4, 1},
+        {DRV_POWER, -1, 1},
         {DRV_CLOSE, 0, 1},
         {DRV_DISABLE, 0, 1},
         {DRV_FREE, 0, 1},
@@ -64,24 +66,12 @@ TEST_F(DriverProcTest, EveryMessageHasItsAnswer) {
         {DRV_CONFIGURE, 0, DRVCNF_RESTART},
     };
     const DriverLibrary library;
+    Cards().ClearTrace();
     for (const auto& test : cases) {
         EXPECT_EQ(library.DriverProc(test.Message, test.Param1), test.Answer)
             << "message " << test.Message << ", " << test.Param1;
     }
-}
-
-TEST_F(DriverProcTest, OnlyPowerEventsOneToThreeReachTheCards) {
-    const DriverLibrary library;
-    for (const LPARAM event : {0, 4, -1}) {
-        Cards().ClearTrace();
-        library.DriverProc(DRV_POWER, event);
-        EXPECT_EQ(TraceText(), std::vector<std::string>{}) << event;
-    }
-    for (const LPARAM event : {2, 3}) {
-        Cards().PowerCycle(0);
-        library.DriverProc(DRV_POWER, event);
-        EXPECT_EQ(Cards().CardRegister(0, 32), 0x03) << "initialised again by " << event;
-    }
+    EXPECT_EQ(TraceText(), std::vector<std::string>{}) << "none of them is a card's affair";
 }
 
 // The library stays loaded between DRV_FREE and the next DRV_LOAD. Clients hear of their open, and never of a

@@ -21,32 +21,18 @@ using simulator::Port;
 constexpr DWORD Rate = 48000;
 const WaveFormat Format = PcmFormat(Rate, 2, 16);
 
-class PowerTest : public DriverTest {
+class WakeUpTest : public DriverTest {
 protected:
-    explicit PowerTest(unsigned cards = 2) : DriverTest(cards) {}
-
-    LRESULT SendPower(LPARAM event) { return DriverLibrary().DriverProc(DRV_POWER, event); }
-
-    void LosePower() {
-        for (unsigned card = 0; card < Cards().CardCount(); ++card) {
-            Cards().PowerCycle(card);
-        }
-    }
-    void Sleep() {
-        EXPECT_EQ(SendPower(PWR_SUSPENDREQUEST), 1);
-        LosePower();
-        Cards().Advance(Second);
-    }
-    void Wake(LPARAM event = PWR_SUSPENDRESUME) { EXPECT_EQ(SendPower(event), 1); }
-};
-
-class WakeUpTest : public PowerTest {
-protected:
-    using PowerTest::PowerTest;
+    explicit WakeUpTest(unsigned cards = 2) : DriverTest(cards) {}
 
     void TearDown() override {
         players_.clear();
-        PowerTest::TearDown();
+        DriverTest::TearDown();
+    }
+
+    void SleepForASecond() {
+        FallAsleep();
+        Cards().Advance(Second);
     }
 
     OutputStatus Status(unsigned card) { return Cards().Output(card, Port::Analog); }
@@ -92,7 +78,7 @@ protected:
 
     Lines Asked(LPARAM event) {
         Cards().ClearTrace();
-        EXPECT_EQ(SendPower(event), 1);
+        SendPower(event);
         return TimedLines(Cards().Trace());
     }
     // What initialised the card at its discovery.
@@ -140,9 +126,9 @@ TEST_F(LinkedWakeUpTest, TheRequestsOfASleepAndOfAWakeUp) {
 TEST_F(LinkedWakeUpTest, WhatIsWrittenDuringTheSleepStartsOnOneFrame) {
     Cards().SetRequestTime(30);
     Open({0, 1});
-    Sleep();
+    SleepForASecond();
     Write(200);
-    Wake();
+    WakeUp();
     Cards().Advance(Second);
     for (unsigned card = 0; card < 2; ++card) {
         EXPECT_EQ(Status(card).FramesPlayed, Rate / 5) << card;
@@ -182,13 +168,13 @@ TEST_F(MissingCardTest, TheOthersGoOnWithoutIt) {
             Open(order);
             Write(1000);
             ExpectPlaying(unused);
-            Sleep();
+            SleepForASecond();
             Cards().SetPresent(missing, false);
-            Wake();
+            WakeUp();
             ExpectPlaying(missing);
             Cards().SetPresent(missing, true);
-            Sleep();
-            Wake();
+            SleepForASecond();
+            WakeUp();
             ExpectPlaying(unused);
             players_.clear();
         }
@@ -264,7 +250,7 @@ protected:
 TEST_F(WakeUpKindTest, ACriticalOneLooksAtEachCard) {
     Begin();
     Cards().ClearTrace();
-    Wake(PWR_CRITICALRESUME);
+    SendPower(PWR_CRITICALRESUME);
     EXPECT_EQ(TraceText(), (Lines{"read card 17", "read card 17"}));
     ExpectRunning();
     for (unsigned card = 0; card < 2; ++card) {
@@ -272,14 +258,14 @@ TEST_F(WakeUpKindTest, ACriticalOneLooksAtEachCard) {
         EXPECT_EQ(Cards().Input(card, Port::Analog).FramesDropped, 0u);
     }
     Cards().PowerCycle(1);
-    Wake(PWR_CRITICALRESUME);
+    SendPower(PWR_CRITICALRESUME);
     ExpectRunning();
     EXPECT_EQ(Status(0).FramesSilent, 0u);
     EXPECT_EQ(Cards().Input(0, Port::Analog).FramesDropped, 0u);
-    Sleep();
-    Wake();
+    SleepForASecond();
+    WakeUp();
     LosePower();
-    Wake(PWR_CRITICALRESUME);
+    SendPower(PWR_CRITICALRESUME);
     ExpectRunning();
     ExpectComplete();
 }
@@ -288,20 +274,20 @@ TEST_F(WakeUpKindTest, ACriticalOneLooksAtEachCard) {
 // that, even though it was woken up running before. The others go on where they were.
 TEST_F(WakeUpKindTest, OneAfterTheOtherStartsNobody) {
     Begin();
-    Sleep();
+    SleepForASecond();
     PlugInAnotherSignal();
     recorders_[0].Stop();
-    Wake();
+    WakeUp();
     waveOutPause(players_[0].Handle());
     Cards().Advance(Second / 10);
     const size_t recorded = recorders_[0].Recorded().size();
-    Sleep();
+    SleepForASecond();
     const std::vector<BYTE> all = recorders_[1].Recorded();
     ASSERT_LE(all.size(), recording_.size());
     EXPECT_TRUE(std::equal(all.begin(), all.end(), recording_.begin()));
     for (int i = 0; i < 2; ++i) {
-        Wake();
-        Wake(PWR_CRITICALRESUME);
+        WakeUp();
+        SendPower(PWR_CRITICALRESUME);
         const std::vector<double> played = PlayOn();
         EXPECT_EQ(played[0], 0);
         EXPECT_NEAR(played[1], Rate / 10.0, 1);
@@ -313,39 +299,20 @@ TEST_F(WakeUpKindTest, OneAfterTheOtherStartsNobody) {
     ExpectComplete();
 }
 
-// --- what a client has set, and what the clock does ---------------------------------------------
-
-TEST_F(WakeUpTest, AVolumeOutlastsTheSleep) {
-    Open({0, 1});
-    waveOutSetVolume(players_[0].Handle(), 0x4000);
-    Sleep();
-    waveOutSetVolume(players_[1].Handle(), 0x2000);
-    Wake();
-    EXPECT_EQ(Cards().MixerGain(0, 2), 32u);
-    EXPECT_EQ(Cards().MixerGain(1, 2), 16u) << "set during the sleep";
-    DWORD volume = 0;
-    EXPECT_EQ(waveOutGetVolume(players_[0].Handle(), &volume), MMSYSERR_NOERROR);
-    EXPECT_EQ(volume, 0x4000u);
-    EXPECT_EQ(players_[0].Close(), MMSYSERR_NOERROR);
-    Open({0});
-    EXPECT_EQ(Cards().MixerGain(0, 2), 128u) << "the next stream has the stored gain";
-}
-
-// An open would be refused for it, and a user told.
+// An open would be refused for it, for the clock's sake and for the input's, and a user told.
 TEST_F(WakeUpTest, WrongIncomingRateIsIgnored) {
-    StoreSetting(0, TEXT("ClockSource"), 64);
+    WaveRecorder recorder;
     Cards().SetDigitalInputRate(0, Rate);
-    Open({0});
-    Write(1000);
-    Cards().Advance(Second / 10);
-    Sleep();
+    ASSERT_EQ(recorder.Open(1, Format), MMSYSERR_NOERROR);
+    ASSERT_EQ(recorder.Add(4000), MMSYSERR_NOERROR);
+    ASSERT_EQ(recorder.Start(), MMSYSERR_NOERROR);
+    SleepForASecond();
     Cards().SetDigitalInputRate(0, 44100);
-    Wake();
+    WakeUp();
     EXPECT_TRUE(test_system::EventLog().empty());
     EXPECT_EQ(Cards().SampleRate(0), 44100u) << "the card runs at what arrives";
-    EXPECT_NEAR(PlayOn()[0], 4410, 1);
-    Cards().SetDigitalInputRate(0, Rate);
-    EXPECT_NEAR(PlayOn()[0], 4800, 1);
+    Cards().Advance(Second / 10);
+    EXPECT_EQ(recorder.Counts(), std::vector<DWORD>{4000});
 }
 
 }  // namespace

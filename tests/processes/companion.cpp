@@ -25,5 +25,5 @@ Program::Program(unsigned cards)
 }
 
 Program::~Program() {
-    test_system::UnloadWaveDriver();
+    kestvox::UnloadWaveDriver();
 }

@@ -233,8 +233,7 @@ TEST_F(KilledProgramsTest, AStreamLeavesTheClockThatItWasOpenedOn) {
     }
     Sheet sheet(library);
     ClockTreeUser(sheet.Show(u"Clocks + Sync").Window()).Command(u"B", u'S');
-    sheet.Ok();
-    sheet.Closed();
+    sheet.Accept();
     for (WavePlayer& player : direct) {
         player.Shut();
     }

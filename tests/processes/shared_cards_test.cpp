@@ -6,9 +6,9 @@
 
 #include "tests/processes/companion.h"
 #include "tests/support/driver_test.h"
-#include "tests/support/system.h"
 #include "tests/support/text.h"
 #include "tests/support/wave_player.h"
+#include "tools/machine/host.h"
 
 namespace {
 
@@ -76,11 +76,11 @@ TEST_F(SharedCardsTest, ALaterProgramTakesTheTableAsItIs) {
     EXPECT_EQ(other.Ask(), 0) << "requests for a discovery that was made already";
 
     // The table lives until the last program has gone, not just the one that made it.
-    test_system::UnloadWaveDriver();
+    kestvox::UnloadWaveDriver();
     program->Cards.ClearTrace();
     EXPECT_EQ(NameOf(2), u"Studio Analog");
     EXPECT_TRUE(program->Cards.Trace().empty());
-    test_system::UnloadWaveDriver();
+    kestvox::UnloadWaveDriver();
     EXPECT_EQ(other.Ask(), Companion::Gone);
     EXPECT_EQ(NameOf(2), u"Elsewhere Analog");
 }

@@ -92,23 +92,6 @@ TEST_F(StreamFailureTest, AStartThatFailsLosesNothing) {
     }
 }
 
-// Streams of one clock start together; one that could not start must not confuse the count of those.
-TEST_F(StreamFailureTest, AStartThatFailedDoesNotPartLaterStreams) {
-    Open();
-    Fail("START_TRANSFER");
-    Write(1);
-    player_.Shut();
-    WavePlayer digital;
-    Open();
-    ASSERT_EQ(digital.Open(DigitalOut, format_), MMSYSERR_NOERROR);
-    Write(1);
-    Cards().Advance(Second / 100);
-    ASSERT_EQ(digital.Write(Pattern(4000)), MMSYSERR_NOERROR);
-    Cards().Advance(Second);
-    EXPECT_TRUE(Output().Started);
-    EXPECT_EQ(Output().StartFrame, Cards().Output(0, simulator::Port::Digital).StartFrame);
-}
-
 // A card that vanishes takes no header with it.
 TEST_F(StreamFailureTest, TheCardVanishes) {
     Open();

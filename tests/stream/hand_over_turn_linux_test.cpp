@@ -1,9 +1,6 @@
 // Somebody is in the middle of handing a buffer over when something else happens to the stream.
-#include <mmddk.h>
-
 #include <atomic>
 
-#include "tests/support/driver_library.h"
 #include "tests/support/output_test.h"
 #include "tests/support/request_gate_linux.h"
 #include "tests/support/wave_recorder.h"
@@ -45,21 +42,17 @@ TEST_F(HandOverTurnTest, ABufferAddedInTheMiddleOfAStopStartsNothing) {
 
 // The computer falls asleep: the kernel refuses the rest of the buffer's requests, and those of the next.
 TEST_F(HandOverTurnTest, ABufferThatASleepKeepsFromTheCardIsHeardAfterIt) {
-    const DriverLibrary driver;
     for (const char* request : {"BEGIN_BUFFER", "MAP_BUFFER", "SET_BUFFER_COOKIE", "QUEUE_BUFFER"}) {
         for (const unsigned before : {0u, 2u}) {
             SCOPED_TRACE(testing::Message() << request << ", " << before << " before it");
             RequestGate gate;
             Open();
             Write(before);
-            gate.Before(request, [&] {
-                driver.DriverProc(DRV_POWER, PWR_SUSPENDREQUEST);
-                Cards().PowerCycle(0);
-            });
+            gate.Before(request, [this] { FallAsleep(); });
             Write(3);
             EXPECT_TRUE(gate.Passed());
             EXPECT_EQ(player_.DoneCount(), 0u) << "nothing comes back unplayed";
-            driver.DriverProc(DRV_POWER, PWR_SUSPENDRESUME);
+            WakeUp();
             Cards().Advance(Second);
             EXPECT_TRUE(Played() == Sound(PcmFormat(44100, 2, 16), written_));
             CloseAndForget();

@@ -1,7 +1,6 @@
 #include "tests/support/clock_tree_user.h"
 
 #include "tests/support/text.h"
-#include "tests/support/window_visit.h"
 
 namespace {
 
@@ -71,24 +70,12 @@ std::u16string ClockTreeUser::Outline() const {
     return outline;
 }
 
-std::u16string ClockTreeUser::Selected() const {
-    return Text(TreeView_GetSelection(tree_));
-}
-
-std::u16string ClockTreeUser::Highlighted() const {
-    return Text(TreeView_GetDropHilight(tree_));
-}
-
 HTREEITEM ClockTreeUser::Find(const std::u16string& name) const {
     HTREEITEM item = TreeView_GetRoot(tree_);
     while (item != nullptr && Text(item) != name && !Text(item).starts_with(name + u" (")) {
         item = TreeView_GetNextItem(tree_, item, TVGN_NEXTVISIBLE);
     }
     return item;
-}
-
-void ClockTreeUser::Select(const std::u16string& item) const {
-    TreeView_SelectItem(tree_, Find(item));
 }
 
 POINT ClockTreeUser::PlaceInTree(const std::u16string& place) const {
@@ -109,10 +96,6 @@ POINT ClockTreeUser::OnScreen(const std::u16string& place) const {
     POINT point = PlaceInTree(place);
     ClientToScreen(tree_, &point);
     return point;
-}
-
-void ClockTreeUser::PostToTree(UINT message, WPARAM buttons, POINT place) const {
-    PostMessageW(tree_, message, buttons, MAKELPARAM(place.x, place.y));
 }
 
 // While a card is dragged, the page has the mouse.
@@ -148,11 +131,6 @@ void ClockTreeUser::Drop(const std::u16string& place) const {
         SendMouse(WM_MOUSEMOVE, place);
         SendMouse(WM_LBUTTONUP, place);
     });
-}
-
-void ClockTreeUser::Drag(const std::u16string& item, const std::u16string& place) const {
-    PickUp(item);
-    Drop(place);
 }
 
 // The page opens its menu at the real pointer, which its own thread places: what the display still has to
@@ -221,18 +199,4 @@ void ClockTreeUser::Choose(char16_t letter) const {
     }
     OnItsThread([] {});  // the menu has closed and posted its command
     OnItsThread([] {});
-}
-
-void ClockTreeUser::Command(const std::u16string& item, char16_t letter) const {
-    RightClick(item);
-    Choose(letter);
-}
-
-void ClockTreeUser::PressKey(WORD key) const {
-    PostMessageW(tree_, WM_KEYDOWN, key, 0);
-    OnItsThread([] {});
-}
-
-void ClockTreeUser::OnItsThread(const std::function<void()>& action) const {
-    VisitWindow(page_, action);
 }

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/window_visit.h"
+
 class ClockTreeUser {
 public:
     static constexpr const char16_t* Root = u"Sample Clock";
@@ -19,14 +21,18 @@ public:
     // "A (internal clock) [B, C]; D (automatic clock selection)": top-level cards with their slaves, in
     // the order of the tree. Items that are folded away are left out.
     std::u16string Outline() const;
-    std::u16string Selected() const;     // text of the item; empty when there is none
-    std::u16string Highlighted() const;  // where a card would be dropped
-    void Select(const std::u16string& item) const;
+    // The text of the selected item, and of that where a card would be dropped; empty when there is none.
+    std::u16string Selected() const { return Text(TreeView_GetSelection(tree_)); }
+    std::u16string Highlighted() const { return Text(TreeView_GetDropHilight(tree_)); }
+    void Select(const std::u16string& item) const { TreeView_SelectItem(tree_, Find(item)); }
 
     // A drag from press to release, or its three parts. The display's real pointer moves when it likes, and
     // the page that has the mouse hears of it: so a move and what is to be seen or done at that place are
     // one action on the page's thread, with no other message between them.
-    void Drag(const std::u16string& item, const std::u16string& place) const;
+    void Drag(const std::u16string& item, const std::u16string& place) const {
+        PickUp(item);
+        Drop(place);
+    }
     void PickUp(const std::u16string& item) const;
     std::u16string DragTo(const std::u16string& place) const;  // what is highlighted there
     void Drop(const std::u16string& place) const;
@@ -38,11 +44,18 @@ public:
     std::vector<std::u16string> ShiftF10() const;
     // The entry with that letter underlined; '\x1B' gives the menu up.
     void Choose(char16_t letter) const;
-    void Command(const std::u16string& item, char16_t letter) const;  // by its menu
+    // By the item's menu.
+    void Command(const std::u16string& item, char16_t letter) const {
+        RightClick(item);
+        Choose(letter);
+    }
 
-    void PressKey(WORD key) const;
+    void PressKey(WORD key) const {
+        PostMessageW(tree_, WM_KEYDOWN, key, 0);
+        OnItsThread([] {});
+    }
     // On the page's thread, when it has dealt with every message posted to it before.
-    void OnItsThread(const std::function<void()>& action) const;
+    void OnItsThread(const std::function<void()>& action) const { VisitWindow(page_, action); }
 
 private:
     std::u16string Text(HTREEITEM item) const;
@@ -51,7 +64,9 @@ private:
     POINT PlaceInTree(const std::u16string& place) const;
     POINT OnScreen(const std::u16string& place) const;
     void SendMouse(UINT message, const std::u16string& place) const;
-    void PostToTree(UINT message, WPARAM buttons, POINT place) const;
+    void PostToTree(UINT message, WPARAM buttons, POINT place) const {
+        PostMessageW(tree_, message, buttons, MAKELPARAM(place.x, place.y));
+    }
     void HoldShift(bool down) const;
     std::vector<std::u16string> OpenedMenu() const;
 

@@ -5,27 +5,42 @@
 #include <mmsystem.h>
 #include <mmddk.h>
 
+#include "tests/support/system.h"
+
 class DriverLibrary {
 public:
-    DriverLibrary();
-    ~DriverLibrary();
+    DriverLibrary() : module_(test_system::LoadDriver()) {}
+    ~DriverLibrary() {
+        if (module_ != nullptr) {
+            FreeLibrary(module_);
+        }
+    }
     DriverLibrary(const DriverLibrary&) = delete;
     DriverLibrary& operator=(const DriverLibrary&) = delete;
 
     bool IsLoaded() const { return module_ != nullptr; }
     HMODULE Module() const { return module_; }
 
-    LRESULT DriverProc(UINT message, LPARAM param1 = 0, LPARAM param2 = 0) const;
+    // A function that the library exports.
+    template <typename Function>
+    Function Entry(const char* name) const {
+        return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module_, name)));
+    }
+
+    LRESULT DriverProc(UINT message, LPARAM param1 = 0, LPARAM param2 = 0) const {
+        return Entry<DRIVERPROC>("DriverProc")(1, reinterpret_cast<HDRVR>(module_), message, param1, param2);
+    }
     MMRESULT WaveOut(UINT device, UINT message, DWORD_PTR user, DWORD_PTR param1 = 0,
-                     DWORD_PTR param2 = 0) const;
+                     DWORD_PTR param2 = 0) const {
+        return Entry<WaveMessage>("wodMessage")(device, message, user, param1, param2);
+    }
     MMRESULT WaveIn(UINT device, UINT message, DWORD_PTR user, DWORD_PTR param1 = 0,
-                    DWORD_PTR param2 = 0) const;
+                    DWORD_PTR param2 = 0) const {
+        return Entry<WaveMessage>("widMessage")(device, message, user, param1, param2);
+    }
 
 private:
     using WaveMessage = DWORD(WINAPI*)(UINT, UINT, DWORD_PTR, DWORD_PTR, DWORD_PTR);
 
     HMODULE module_;
-    DRIVERPROC driverProc_ = nullptr;
-    WaveMessage wodMessage_ = nullptr;
-    WaveMessage widMessage_ = nullptr;
 };

@@ -31,19 +31,11 @@ void DriverTest::TearDown() {
     simulator_.reset();
 }
 
-void DriverTest::UnloadDriver() {
-    test_system::UnloadWaveDriver();
-}
-
 void DriverTest::StoreBinary(unsigned card, const WCHAR* name, const void* data, DWORD size, DWORD type) {
     HKEY key = nullptr;
     ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, Wide(ConfigKey(card)), &key), ERROR_SUCCESS);
     EXPECT_EQ(RegSetValueExW(key, name, 0, type, static_cast<const BYTE*>(data), size), ERROR_SUCCESS);
     RegCloseKey(key);
-}
-
-void DriverTest::StoreSetting(unsigned card, const WCHAR* name, DWORD value) {
-    StoreBinary(card, name, &value, sizeof value);
 }
 
 void DriverTest::StoreText(unsigned card, const WCHAR* name, const std::u16string& text) {
@@ -55,16 +47,10 @@ void DriverTest::Follow(unsigned follower, unsigned master) {
     StoreSetting(follower, TEXT("ClockSource"), 32);
 }
 
-void DriverTest::AddFault(std::string_view fault) {
-    simulator_->AddFault(simulator::ParseFault(fault).value());
-}
-
-void DriverTest::Fail(uint32_t code, unsigned nth, simulator::Fault::Kind kind) {
-    simulator_->AddFault({.What = kind, .Code = code, .Nth = nth});
-}
-
-void DriverTest::Fail(std::string_view request, unsigned nth, simulator::Fault::Kind kind) {
-    Fail(simulator::RequestCode(request).value(), nth, kind);
+void DriverTest::LosePower() {
+    for (unsigned card = 0; card < simulator_->CardCount(); ++card) {
+        simulator_->PowerCycle(card);
+    }
 }
 
 std::vector<std::string> DriverTest::TraceText(std::initializer_list<std::string_view> without) {

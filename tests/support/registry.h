@@ -6,14 +6,28 @@
 #include <optional>
 #include <string>
 
+#include "tests/support/text.h"
 #include "tools/system/registry_value.h"
 
 using kestvox::RegistryValue;
 
-RegistryValue NumberValue(DWORD number);                          // REG_DWORD
-RegistryValue TextValue(DWORD type, const std::u16string& text);  // terminator included
+inline RegistryValue NumberValue(DWORD number) {  // REG_DWORD
+    const auto* bytes = reinterpret_cast<const uint8_t*>(&number);
+    return {.Type = REG_DWORD, .Bytes = {bytes, bytes + sizeof number}};
+}
+
+inline RegistryValue TextValue(DWORD type, const std::u16string& text) {  // terminator included
+    return RegistryValue::Text(type, Wide(text));
+}
 
 // Nothing when the key or the value is missing.
-std::optional<RegistryValue> ReadRegistry(const std::u16string& key, const std::u16string& name);
+inline std::optional<RegistryValue> ReadRegistry(const std::u16string& key, const std::u16string& name) {
+    return kestvox::ReadRegistryValue(Wide(key), Wide(name));
+}
 
-bool RegistryKeyExists(const std::u16string& key);
+inline bool RegistryKeyExists(const std::u16string& key) {
+    HKEY opened = nullptr;
+    const LONG result = RegOpenKeyExW(HKEY_LOCAL_MACHINE, Wide(key), 0, KEY_READ, &opened);
+    RegCloseKey(opened);
+    return result == ERROR_SUCCESS;
+}

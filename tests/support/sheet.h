@@ -3,12 +3,14 @@
 #pragma once
 
 #include <windows.h>
+#include <commctrl.h>
 #include <prsht.h>
 
 #include <string>
 #include <vector>
 
 #include "tests/support/driver_library.h"
+#include "tests/support/text.h"
 #include "tools/system/sheet_window.h"
 
 // One page as it is shown, and its controls by their numbers. What a user cannot do to a disabled control
@@ -20,14 +22,25 @@ public:
     HWND Window() const { return window_; }
     HWND Control(int id) const { return GetDlgItem(window_, id); }
 
-    bool IsEnabled(int id) const;
-    bool IsChecked(int id) const;
-    std::u16string Text(int id) const;
-    int Position(int id) const;                           // of a slider
-    int Chosen(int id) const;                             // entry of a list; CB_ERR: none
-    std::vector<std::u16string> Entries(int id) const;    // of a list
-    void Focus(int id) const;                             // as the Tab key does
-    void Click(int id) const;                             // a button of any kind
+    bool IsEnabled(int id) const { return IsWindowEnabled(Control(id)) != FALSE; }
+    bool IsChecked(int id) const { return Send(id, BM_GETCHECK) == BST_CHECKED; }
+    std::u16string Text(int id) const { return Utf16(kestvox::WindowText(Control(id)).c_str()); }
+    int Position(int id) const { return Send(id, TBM_GETPOS); }  // of a slider
+    int Chosen(int id) const { return Send(id, CB_GETCURSEL); }  // entry of a list; CB_ERR: none
+    std::vector<std::u16string> Entries(int id) const;           // of a list
+
+    // As the Tab key does.
+    void Focus(int id) const {
+        if (IsEnabled(id)) {
+            SendMessageW(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(id)), TRUE);
+        }
+    }
+    // A button of any kind.
+    void Click(int id) const {
+        if (IsEnabled(id)) {
+            Send(id, BM_CLICK);
+        }
+    }
     void Press(int id, WORD key) const;                   // a key, by its virtual code, in that control
     void Type(int id, const std::u16string& text) const;  // in place of what an edit shows
     void Choose(int id, int entry) const;                 // with the keys
@@ -35,6 +48,10 @@ public:
     void AskHelp(int id) const;                           // F1
 
 private:
+    int Send(int id, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const {
+        return static_cast<int>(SendMessageW(Control(id), message, wParam, lParam));
+    }
+
     HWND window_;
 };
 
@@ -49,10 +66,11 @@ public:
 
     HWND Window() const { return window_.Window(); }
     bool IsOpen() const { return window_.IsOpen(); }
-    bool CanApply() const;
+    bool CanApply() const { return IsWindowEnabled(GetDlgItem(Window(), ApplyButton)) != FALSE; }
     std::vector<std::u16string> Titles() const;
 
-    SheetPage Show(size_t page) const;  // by its place; selects its tab
+    // Selects the page's tab, by its place or its title.
+    SheetPage Show(size_t page) const { return SheetPage(window_.ShowPage(page)); }
     SheetPage Show(const std::u16string& title) const;
     SheetPage Current() const { return SheetPage(window_.CurrentPage()); }
 
@@ -61,7 +79,17 @@ public:
     void Ok() const { window_.Press(PSBTN_OK); }          // the sheet closes, when no page objects
     void Cancel() const { window_.Press(PSBTN_CANCEL); }  // ...
     LONG Closed() { return window_.Closed(); }            // the answer, once the sheet has been closed
+    LONG Accept() {                                       // OK, to that
+        Ok();
+        return Closed();
+    }
+    LONG Dismiss() {  // ... and Cancel
+        Cancel();
+        return Closed();
+    }
 
 private:
+    static constexpr int ApplyButton = 0x3021;  // of every sheet
+
     kestvox::SheetWindow window_;
 };

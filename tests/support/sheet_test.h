@@ -14,6 +14,13 @@ class SheetTest : public DriverTest {
 protected:
     explicit SheetTest(unsigned cards = 1) : DriverTest(cards) {}
 
+    // A, B and so on.
+    void NameCards() {
+        for (unsigned card = 0; card < Cards().CardCount(); ++card) {
+            StoreText(card, TEXT("Name"), std::u16string(1, static_cast<char16_t>(u'A' + card)));
+        }
+    }
+
     void TearDown() override {
         sheet_.reset();
         library_.reset();

@@ -13,17 +13,8 @@ namespace test_system {
 // box shown yet. The driver is unloaded: what it has taken is of the machine before.
 void FreshMachine();
 
-// Closes what the process has open, unloads the driver; the next wave call loads it afresh.
-void UnloadWaveDriver();
-
 // The driver library itself, loaded as a program would load it. FreeLibrary gives it back.
 HMODULE LoadDriver();
-
-// A function that the library exports.
-template <typename Function>
-Function DriverEntry(HMODULE driver, const char* name) {
-    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(driver, name)));
-}
 
 // What the process has taken and not given back, in words; equal before and after when nothing leaked.
 std::string Usage();
@@ -49,7 +40,9 @@ inline WAVEHDR* TakeHeader(DWORD bytes) {
 unsigned long MutexReleases();
 
 struct MessageBoxShown {
+    HWND Owner;
     std::u16string Text;
+    std::u16string Caption;  // as the system shows it when the caller gives none
     UINT Style;
 };
 std::vector<MessageBoxShown> MessageBoxes();

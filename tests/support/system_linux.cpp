@@ -1,9 +1,9 @@
 #include <sys/mman.h>
 
-#include "front/unload_driver.h"
 #include "platform/inspect.h"
 #include "platform/machine.h"
 #include "tests/support/system.h"
+#include "tools/machine/host.h"
 
 namespace test_system {
 
@@ -14,15 +14,11 @@ constexpr size_t PageSize = 4096;
 }  // namespace
 
 void FreshMachine() {
-    UnloadWaveDriver();
+    kestvox::UnloadWaveDriver();
     platform::UseMachine("");
     platform::ClearMessageBoxes();
     platform::AnswerMessageBoxes(IDOK);
     platform::ClearHelpRequests();
-}
-
-void UnloadWaveDriver() {
-    front::UnloadWaveDriver();
 }
 
 HMODULE LoadDriver() {
@@ -50,7 +46,7 @@ void GiveBackPage(void* page) {
 std::vector<MessageBoxShown> MessageBoxes() {
     std::vector<MessageBoxShown> shown;
     for (const platform::MessageBoxRecord& box : platform::MessageBoxes()) {
-        shown.push_back({box.Text, box.Style});
+        shown.push_back({box.Owner, box.Text, box.Caption, box.Style});
     }
     return shown;
 }

@@ -36,9 +36,9 @@ std::u16string TextOf(const WCHAR* text) {
     return text ? Utf16(text) : std::u16string();
 }
 
-int WINAPI ShowMessageBox(HWND, LPCWSTR text, LPCWSTR, UINT style) {
+int WINAPI ShowMessageBox(HWND owner, LPCWSTR text, LPCWSTR caption, UINT style) {
     const std::lock_guard guard(notebook.Lock);
-    notebook.Boxes.push_back({TextOf(text), style});
+    notebook.Boxes.push_back({owner, TextOf(text), caption ? Utf16(caption) : u"Error", style});
     return notebook.Answer;
 }
 
@@ -134,7 +134,7 @@ constexpr const WCHAR* DriverKeys[] = {
 }  // namespace
 
 void FreshMachine() {
-    UnloadWaveDriver();
+    kestvox::UnloadWaveDriver();
     simulator::UseMachine("");
     for (const WCHAR* key : DriverKeys) {
         DeleteTree(HKEY_LOCAL_MACHINE, key);
@@ -145,10 +145,6 @@ void FreshMachine() {
     notebook.Events.clear();
     notebook.Sources.clear();
     notebook.Help.clear();
-}
-
-void UnloadWaveDriver() {
-    kestvox::UnloadWaveDriver();
 }
 
 HMODULE LoadDriver() {

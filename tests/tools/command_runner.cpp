@@ -1,7 +1,10 @@
 #include "tests/tools/command_runner.h"
 
+#include <gtest/gtest.h>
+
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <sstream>
 
@@ -16,6 +19,13 @@ std::vector<std::string> CommandResult::Values(const std::string& key) const {
         }
     }
     return values;
+}
+
+void ExpectOneLine(const CommandResult& result, int status, const std::string& why) {
+    EXPECT_EQ(result.Status, status);
+    EXPECT_TRUE(result.Errors.starts_with("kestvox: ")) << result.Errors;
+    EXPECT_NE(result.Errors.find(why), std::string::npos) << result.Errors;
+    EXPECT_EQ(std::ranges::count(result.Errors, '\n'), 1) << result.Errors;
 }
 
 CommandResult RunCommand(const std::vector<std::string>& arguments) {

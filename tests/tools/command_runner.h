@@ -13,6 +13,9 @@ struct CommandResult {
     std::vector<std::string> Values(const std::string& key) const;
 };
 
+// It ended with that status, and one line on standard error begins with "kestvox: " and says why.
+void ExpectOneLine(const CommandResult& result, int status, const std::string& why);
+
 // Each argument is one word, without an apostrophe in it.
 CommandResult RunCommand(const std::vector<std::string>& arguments);
 

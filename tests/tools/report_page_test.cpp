@@ -123,26 +123,6 @@ TEST_F(ReportPage, ComparesWhatComesBackThroughTheCable) {
     EXPECT_EQ(Watched().find("\"compared\": false"), std::string::npos);
 }
 
-TEST_F(ReportPage, GoesWhereOtherOutputsGo) {
-    const struct {
-        const char* Line;
-        const char* Found;
-    } cases[] = {
-        {"$K play in.wav --time stepped --report - 2>r | head -1; grep frames-played r",
-         "<!DOCTYPE html>\nframes-played: 20000\n"},
-        {"$K play in.wav --time stepped --report in.wav 2>&1", "FILE and --report name the same file"},
-        {"$K play in.wav --time stepped --report a --trace a 2>&1",
-         "--trace and --report name the same file"},
-        {"$K play in.wav --time stepped --report /dev/full 2>&1 | grep full",
-         "kestvox: /dev/full: cannot write: No space left on device\n"},
-    };
-    for (const auto& c : cases) {
-        const CommandResult result = RunShell(c.Line, folder_.Path(""));
-        EXPECT_NE(result.Output.find(c.Found), std::string::npos) << c.Line << "\n" << result.Output;
-    }
-    EXPECT_EQ(ReadFile(folder_.Path("in.wav")), WavFile({}, NoiseBytes(20000)));
-}
-
 // Two and a half minutes, and a loop that plays as long.
 TEST_F(ReportPage, StaysSmallHoweverLongTheRunIs) {
     const WavFormat format{.Channels = 1, .Rate = 8000, .Bits = 8, .BytesPerSample = 1};

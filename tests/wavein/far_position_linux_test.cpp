@@ -4,7 +4,7 @@
 
 namespace {
 
-class FarPositionTest : public InputTest {};
+using FarPositionTest = InputTest;
 
 TEST_F(FarPositionTest, FullBuffersReportTheirWholeLength) {
     for (const DWORD frames : {0x1FFFFFFFu, 0x20000000u, 0x20000100u, 0x3FFFF000u}) {  // of four bytes

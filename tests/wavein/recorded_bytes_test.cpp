@@ -55,23 +55,6 @@ TEST_F(RecordedBytesTest, AClientThatComesLateLosesWhatPassed) {
     ExpectRecorded(Mono(), signal, 640, 640 + 2 * dropped);
 }
 
-TEST_F(RecordedBytesTest, ARefusedBufferComesBackEmpty) {
-    PlugIn(2000);
-    for (const char* request : {"BEGIN_BUFFER", "MAP_BUFFER", "SET_BUFFER_COOKIE", "QUEUE_BUFFER"}) {
-        SCOPED_TRACE(request);
-        Open(Mono());
-        recorder_.Start();
-        Fail(request);
-        Add(800);
-        Cards().Advance(1000);
-        EXPECT_EQ(recorder_.Counts(), Sizes{0});
-        Add(800);
-        AdvanceFrames(500, Rate);
-        EXPECT_EQ(recorder_.Counts(), (Sizes{0, 800}));
-        CloseAndForget();
-    }
-}
-
 // Whatever the memory held that it would have been recorded into.
 TEST_F(RecordedBytesTest, ABufferOfLessThanAWordComesBackEmptyAtOnce) {
     PlugIn(2000);

@@ -3,7 +3,7 @@
 
 namespace {
 
-class PlaybackTest : public OutputTest {};
+using PlaybackTest = OutputTest;
 
 // Cuts `data` into buffers of odd lengths at every alignment, each a multiple of `unit` bytes.
 void WriteInPieces(WavePlayer& player, const std::vector<BYTE>& data, size_t unit) {
