@@ -74,11 +74,11 @@ BOOL OpenSharedMutexes() {
     return TRUE;
 }
 
-void CloseSharedMutexes() {
+void CloseSharedMutexes(bool othersHaveEnded) {
     // Who comes from here on finds none. Who has one counted itself before.
     const HANDLE taken[] = {SequenceMutex.exchange(nullptr), ClockMutex.exchange(nullptr),
                             DriverMutex.exchange(nullptr)};
-    if (AwaitLocks()) {
+    if (othersHaveEnded || AwaitLocks()) {
         for (HANDLE mutex : taken) {
             if (mutex != nullptr) {
                 CloseHandle(mutex);

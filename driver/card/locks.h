@@ -37,7 +37,8 @@ BOOL OpenSharedMutexes();
 
 // A mutex whose handle is closed under its holder could not be given back, and would stay taken for all
 // programs: when a thread comes to one at the last moment and keeps it, the handles are left to the system.
-void CloseSharedMutexes();
+// Threads that have ended with their process do not count.
+void CloseSharedMutexes(bool othersHaveEnded);
 
 // Whether a thread of this process holds a mutex or waits for one.
 bool LocksAreInUse();

@@ -86,7 +86,7 @@ void ReleaseProcess() {
         CloseStreams(GetCurrentProcessId(), NoCard);
         // A thread that is still in the middle of something would leave a mutex taken for ever.
         if (ProcessEnds || AwaitServiceThreads()) {
-            CloseSharedMutexes();
+            CloseSharedMutexes(ProcessEnds);
         }
     }
 }
