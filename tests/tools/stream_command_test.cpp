@@ -1,4 +1,6 @@
 // What is played and recorded, sample for sample.
+#include "tools/commands/stream_command.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -58,6 +60,21 @@ TEST(PlayCommand, IsHeardSampleForSample) {
     }
     EXPECT_EQ(result.Values("frames-played"), Words(4, "5003"));
     EXPECT_EQ(result.Values("silent-frames"), Words(4, "0"));
+}
+
+// As when a register has another width than the samples.
+TEST(PlayCommand, TellsOfMoreFramesThanItGave) {
+    const auto losses = [](kestvox::StreamKind kind, uint64_t frames) {
+        kestvox::StreamRunner::Report report{};
+        report.FrameCount = 100;
+        report.Status.Frames = frames;
+        kestvox::Outcome outcome;
+        kestvox::AddStream(outcome, 3, kind, report, true);
+        return outcome.Run.Losses;
+    };
+    EXPECT_EQ(losses(kestvox::StreamKind::Playing, 100), Words{});
+    EXPECT_EQ(losses(kestvox::StreamKind::Playing, 101), Words{"device 3: 1 frame more than asked for"});
+    EXPECT_EQ(losses(kestvox::StreamKind::Recording, 101), Words{});
 }
 
 // The signal, then silence up to a length that a stop can keep.

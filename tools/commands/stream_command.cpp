@@ -95,6 +95,16 @@ void WritePage(PageFile& page, const StreamOptions& options, Outcome& outcome) {
     outcome.Run.Status = StatusOf(options, outcome);
 }
 
+// What the card played besides all that is in the file; the driver's own count cannot tell.
+void AddMoreThanAsked(std::vector<std::string>& losses, const std::string& device,
+                      const StreamRunner::Report& report) {
+    const uint64_t played = report.Status.Frames;
+    if (report.FrameCount && played > *report.FrameCount) {
+        losses.push_back(device + ": " + Counted(played - *report.FrameCount, "frame") +
+                         " more than asked for");
+    }
+}
+
 }  // namespace
 
 void AddStream(Outcome& outcome, unsigned number, StreamKind kind, const StreamRunner::Report& report,
@@ -126,6 +136,9 @@ void AddStream(Outcome& outcome, unsigned number, StreamKind kind, const StreamR
     lines.Add("start-frame", status.StartFrame);
     lines.Add(words.IdleFrames, status.IdleFrames);
     if (cardsAreSeen) {
+        if (kind == StreamKind::Playing) {
+            AddMoreThanAsked(outcome.Run.Losses, device, report);
+        }
         AddGaps(lines, outcome.Run.Losses, device, kind, status.IdleFrames, status.Gaps);
     }
 }
