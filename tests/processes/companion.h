@@ -67,14 +67,6 @@ public:
 
     static constexpr int64_t Gone = -1;
 
-    // Of a test's rounds, each with companions of its own, every how many is played: all where a process
-    // starts at once, fewer where that takes long.
-#ifdef _WIN32
-    static constexpr unsigned RoundStep = 3;
-#else
-    static constexpr unsigned RoundStep = 1;
-#endif
-
 private:
     struct Process;  // the other one, and the way to it
     friend struct StartedAnew;

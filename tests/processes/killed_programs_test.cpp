@@ -7,6 +7,7 @@
 
 #include "simulator/machine/host.h"
 #include "tests/processes/companion.h"
+#include "tests/reliability/stride.h"
 #include "tests/reliability/tally.h"
 #include "tests/support/clock_tree_user.h"
 #include "tests/support/driver_library.h"
@@ -148,7 +149,7 @@ TEST_F(KilledProgramsTest, TheOthersGoOn) {
     constexpr unsigned Rounds = 12;
     std::mt19937 random(20);
     const auto pick = [&random](unsigned most) { return static_cast<unsigned>(random() % most) + 1; };
-    for (unsigned round = 0; round < Rounds && !HasFailure(); round += Companion::RoundStep) {
+    for (unsigned round = 0; round < Rounds && !HasFailure(); round += RoundStep) {
         SCOPED_TRACE(testing::Message() << "round " << round);
         machine_.Renew();
         Companion survivor(Survive);
@@ -244,7 +245,7 @@ TEST_F(KilledProgramsTest, AStreamLeavesTheClockThatItWasOpenedOn) {
 
 // A program dies while it closes: the port is not open any more, and nothing counts it.
 TEST_F(KilledProgramsTest, AtAnyRequestOfAClose) {
-    for (unsigned request = 1; request <= 14; request += Companion::RoundStep) {
+    for (unsigned request = 1; request <= 14; request += RoundStep) {
         SCOPED_TRACE(request);
         machine_.Renew();
         Companion victim([](Companion& test) {
@@ -280,7 +281,7 @@ TEST_F(KilledProgramsTest, AtAnyRequestOfAClose) {
 
 // A program dies in the middle of the discovery while another one waits for its end.
 TEST_F(KilledProgramsTest, InTheDiscovery) {
-    for (unsigned request = 1; request <= 160; request += 13 * Companion::RoundStep) {
+    for (unsigned request = 1; request <= 160; request += 13 * RoundStep) {
         SCOPED_TRACE(request);
         machine_.Renew();
         Companion scene([](Companion& test) {
