@@ -265,6 +265,17 @@ TEST_F(ClocksPageTest, WhatIsSavedIsShown) {
     EXPECT_EQ(Told(), u"");
 }
 
+TEST_F(ClocksPageTest, AStreamRunsOnWhatIsStored) {
+    Follow(1, 0);
+    Open();
+    Tree().Command(u"B", u'S');
+    Tree().Command(u"A", u'D');
+    WavePlayer player;
+    Play(player, 0);
+    EXPECT_EQ(Cards().CardRegister(0, 32) & 0x60, 0) << "nothing is applied yet";
+    EXPECT_EQ(Cards().CardRegister(1, 32) & 0x60, 0x20);
+}
+
 // It was dragged before the stream was opened, and that is applied while the stream is open.
 TEST_F(ClocksPageTest, ACardThatHasGotAMasterWakesUpAtItsOpenStreamsRate) {
     Open();
