@@ -34,12 +34,12 @@ DWORD WaitForMutex(HANDLE mutex, DWORD milliseconds) {
 
 // False: not so within the patience that the calling thread has left.
 bool AwaitLocks() {
-    while (LocksAreInUse()) {
-        if (PatienceFor(PatienceWhenLetGo) == 0) {
+    const DWORD patience = PatienceFor(PatienceWhenLetGo);
+    for (DWORD waited = 0; LocksAreInUse(); ++waited) {
+        if (waited >= patience) {
             return false;
         }
         Sleep(1);
-        SpendPatience(1);
     }
     return true;
 }
