@@ -11,6 +11,9 @@
 
 namespace platform {
 
+// Nothing is drawn, but places depend on how wide a text is.
+constexpr int CharacterWidth = 6;
+
 // A control's state. Used only on the thread that made the window.
 class Control {
 public:

@@ -10,9 +10,8 @@ namespace platform {
 
 namespace {
 
-// Of a row of tabs, of the room around each tab's text, and of the frame around what the owner shows.
-constexpr int RowHeight = 18;
-constexpr int CharacterWidth = 6;
+// Of a tab, of the room around its text, and of the frame around what the owner shows.
+constexpr int TabHeight = 18;
 constexpr int TextInset = 6;
 constexpr int Frame = 4;
 
@@ -58,7 +57,7 @@ int TabControl::RowCount(int width) const {
 }
 
 void TabControl::FrameAround(RECT& area) const {
-    area = {area.left - Frame, area.top - Frame - RowHeight * RowCount(area.right - area.left),
+    area = {area.left - Frame, area.top - Frame - TabHeight * RowCount(area.right - area.left),
             area.right + Frame, area.bottom + Frame};
 }
 

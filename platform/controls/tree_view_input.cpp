@@ -14,7 +14,6 @@ namespace {
 constexpr int RowHeight = 16;
 constexpr int Indent = 19;
 constexpr int PictureWidth = 19;
-constexpr int CharacterWidth = 6;
 constexpr int DragDistance = 4;
 
 }  // namespace

@@ -15,13 +15,13 @@ struct Notes {
     std::array<std::set<const void*>, windows::ResourceKinds> Taken;
 };
 
-Notes& All() {
+Notes& TheNotes() {
     static Notes& all = *new Notes;
     return all;
 }
 
 std::set<const void*>& Of(windows::Resource kind) {
-    return All().Taken[static_cast<size_t>(kind)];
+    return TheNotes().Taken[static_cast<size_t>(kind)];
 }
 
 }  // namespace
@@ -34,14 +34,14 @@ void NoteTaken(Resource kind, const void* what) {
     }
     const DWORD error = GetLastError();  // tells a success from another: ERROR_ALREADY_EXISTS
     {
-        const std::lock_guard guard(All().Lock);
+        const std::lock_guard guard(TheNotes().Lock);
         Of(kind).insert(what);
     }
     SetLastError(error);
 }
 
 void NoteGivenBack(Resource kind, const void* what) {
-    const std::lock_guard guard(All().Lock);
+    const std::lock_guard guard(TheNotes().Lock);
     Of(kind).erase(what);
 }
 
@@ -49,7 +49,7 @@ void NoteGivenBack(Resource kind, const void* what) {
 
 Holdings CurrentHoldings() {
     using windows::Resource;
-    const std::lock_guard guard(All().Lock);
+    const std::lock_guard guard(TheNotes().Lock);
     return {Of(Resource::Handle).size(),      Of(Resource::RegistryKey).size(),
             Of(Resource::EventSource).size(), Of(Resource::GlobalBlock).size(),
             Of(Resource::HeapBlock).size(),   Of(Resource::UserObject).size()};

@@ -109,19 +109,19 @@ private:
 };
 
 // Never destroyed: threads of the driver may outlive every other object of the program.
-Receivers& All() {
+Receivers& AllReceivers() {
     static Receivers& all = *new Receivers;
     return all;
 }
 
 void CALLBACK DeliverKernelCall(ULONG_PTR routine, ULONG_PTR argument, ULONG_PTR receiver) {
     reinterpret_cast<device::ProcedureCall>(routine)(argument, 0, 0);
-    All().Returned(reinterpret_cast<Receiver*>(receiver));
+    AllReceivers().Returned(reinterpret_cast<Receiver*>(receiver));
 }
 
 void CALLBACK DeliverUserCall(ULONG_PTR routine, ULONG_PTR argument, ULONG_PTR receiver) {
     reinterpret_cast<PAPCFUNC>(routine)(argument);
-    All().Returned(reinterpret_cast<Receiver*>(receiver));
+    AllReceivers().Returned(reinterpret_cast<Receiver*>(receiver));
 }
 
 }  // namespace
@@ -132,7 +132,8 @@ DWORD WINAPI QueueUserCall(PAPCFUNC routine, HANDLE thread, ULONG_PTR data) {
     if (GetThreadId(thread) == 0) {
         return 0;
     }
-    if (!All().Queue(All().Find(thread), DeliverUserCall, reinterpret_cast<ULONG_PTR>(routine), data)) {
+    if (!AllReceivers().Queue(AllReceivers().Find(thread), DeliverUserCall,
+                              reinterpret_cast<ULONG_PTR>(routine), data)) {
         SetLastError(ERROR_GEN_FAILURE);
         return 0;
     }
@@ -141,20 +142,20 @@ DWORD WINAPI QueueUserCall(PAPCFUNC routine, HANDLE thread, ULONG_PTR data) {
 
 DWORD WINAPI WaitForObject(HANDLE object, DWORD milliseconds, BOOL alertable) {
     if (alertable) {
-        All().Waiting();
+        AllReceivers().Waiting();
     }
     return WaitForSingleObjectEx(object, milliseconds, alertable);
 }
 
 DWORD WINAPI SleepAlertably(DWORD milliseconds, BOOL alertable) {
     if (alertable) {
-        All().Waiting();
+        AllReceivers().Waiting();
     }
     return SleepEx(milliseconds, alertable);
 }
 
 void ForgetEndedThreads() {
-    All().ForgetEnded();
+    AllReceivers().ForgetEnded();
 }
 
 }  // namespace windows
@@ -162,7 +163,7 @@ void ForgetEndedThreads() {
 namespace host {
 
 Thread CurrentThread() {
-    return All().Find(GetCurrentThread());
+    return AllReceivers().Find(GetCurrentThread());
 }
 
 uint64_t CurrentThreadId() {
@@ -171,12 +172,12 @@ uint64_t CurrentThreadId() {
 
 void QueueCall(const Thread& thread, device::ProcedureCall routine, ULONG_PTR first) {
     // The call is lost when the thread has ended, as in a kernel.
-    All().Queue(std::static_pointer_cast<Receiver>(thread), DeliverKernelCall,
-                reinterpret_cast<ULONG_PTR>(routine), first);
+    AllReceivers().Queue(std::static_pointer_cast<Receiver>(thread), DeliverKernelCall,
+                         reinterpret_cast<ULONG_PTR>(routine), first);
 }
 
 bool WaitUntilQuiet(DWORD milliseconds) {
-    return All().WaitUntilQuiet(milliseconds);
+    return AllReceivers().WaitUntilQuiet(milliseconds);
 }
 
 }  // namespace host

@@ -9,15 +9,14 @@
 
 #include "tools/command_error.h"
 #include "tools/files/host.h"
+#include "tools/files/wav_sizes.h"
 #include "tools/system/interrupt.h"
 
 namespace kestvox {
 namespace {
 
 constexpr int StandardInput = 0;
-constexpr uint32_t UnknownSize = 0xFFFFFFFF;
 constexpr uint32_t LeastPretendedSize = 0x7FFF0000;  // that a writer into a pipe gives, not knowing better
-constexpr uint32_t SmallestFormat = 16;              // a format chunk without cbSize
 constexpr uint32_t LargestFormat = 4096;
 
 bool Is(const char (&id)[4], const char* name) {

@@ -2,11 +2,10 @@
 
 #include <algorithm>
 
+#include "tools/files/wav_sizes.h"
+
 namespace kestvox {
 namespace {
-
-constexpr uint32_t UnknownSize = 0xFFFFFFFF;
-constexpr uint32_t SmallestFormat = 16;
 
 template <typename T>
 std::span<const char> BytesOf(const T& value, size_t size = sizeof(T)) {
