@@ -1,5 +1,4 @@
 #include <signal.h>
-#include <sys/syscall.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -100,7 +99,7 @@ Thread CurrentThread() {
 }
 
 uint64_t CurrentThreadId() {
-    return static_cast<uint64_t>(syscall(SYS_gettid));
+    return GetCurrentThreadId();
 }
 
 void QueueCall(const Thread& thread, device::ProcedureCall routine, ULONG_PTR first) {

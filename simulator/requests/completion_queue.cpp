@@ -50,7 +50,7 @@ void CompletionQueue::Forget(uint32_t file) {
 
 void CompletionQueue::Deliver() {
     const std::unique_lock<host::Lock> hold = Hold();
-    std::deque<Call> calls;
+    std::vector<Call> calls;
     {
         const host::MachineGuard guard;
         calls.swap(ready_);

@@ -4,7 +4,6 @@
 #include <windows.h>
 
 #include <cstdint>
-#include <deque>
 #include <mutex>
 #include <vector>
 
@@ -34,6 +33,9 @@ public:
     int64_t NextLate() const;
     size_t Ripen(int64_t now);
 
+    // Whether Deliver would find a call. After a request that answers false, nothing that it set off is left.
+    bool HasReady() const { return !ready_.empty(); }
+
     // Drops what has not been delivered for the file.
     void Forget(uint32_t file);
 
@@ -54,7 +56,7 @@ private:
     };
 
     host::Lock delivering_;
-    std::deque<Call> ready_;
+    std::vector<Call> ready_;
     std::vector<Call> late_;
 };
 

@@ -142,6 +142,7 @@ DWORD KernelDriver::Control(void* opened, device::Request& request) {
     std::optional<Fault> struck;
     DWORD result = ERROR_SUCCESS;
     int64_t ended = 0;
+    bool finishedBuffers = false;
     {
         // Once the routine has been taken away, no call of it is on its way any more.
         std::unique_lock<host::Lock> hold;
@@ -151,6 +152,7 @@ DWORD KernelDriver::Control(void* opened, device::Request& request) {
         const host::MachineGuard guard;
         result = Serve(file, request, &stallFor, &struck);
         ended = number ? (Machine().Now() + stallFor) / 1000 : 0;
+        finishedBuffers = side_.Completions.HasReady();
     }
     if (struck && struck->What == Fault::Kind::Die) {
         host::Die();
@@ -161,7 +163,9 @@ DWORD KernelDriver::Control(void* opened, device::Request& request) {
             *number, {output, output ? request.BytesReturned : 0},
             {.At = ended, .Result = result, .Struck = struck ? std::optional(struck->What) : std::nullopt});
     }
-    side_.Completions.Deliver();
+    if (finishedBuffers) {
+        side_.Completions.Deliver();
+    }
     if (stallFor > 0) {
         timeline_.Stall(stallFor);
     }

@@ -1,24 +1,14 @@
 // User-mode procedure calls: queued to a thread by anyone, run by the thread when it waits alertably.
-#include <condition_variable>
-
 #include "platform/kernel/call_failure.h"
 #include "platform/kernel/thread_object.h"
+#include "platform/kernel/wait/futex.h"
 
 namespace platform {
 
 namespace {
 
-// The number of threads with calls queued or still at work on what they set off.
-struct BusyThreads {
-    std::mutex Lock;
-    std::condition_variable Fewer;
-    int Count = 0;
-};
-
-BusyThreads& Busy() {
-    static BusyThreads& busy = *new BusyThreads;
-    return busy;
-}
+std::atomic<int> busyThreads{0};    // with calls queued or still at work on what they set off
+std::atomic<int> quietAwaiters{0};  // threads in WaitUntilQuiet
 
 }  // namespace
 
@@ -41,8 +31,7 @@ bool ThreadObject::Queue(const QueuedCall& call) {
         calls_.push_back(call);
         if (!busy_) {
             busy_ = true;
-            const std::lock_guard hold(Busy().Lock);
-            ++Busy().Count;
+            ++busyThreads;
         }
         if (alertable_ != nullptr && alertable_->Claim(Waiter::CallQueued)) {
             claimed = alertable_;
@@ -59,11 +48,10 @@ void ThreadObject::BecomeQuietLocked() {
         return;
     }
     busy_ = false;
-    {
-        const std::lock_guard hold(Busy().Lock);
-        --Busy().Count;
+    const int left = --busyThreads;
+    if (left <= 1 && quietAwaiters != 0) {  // a busy thread that waits for the others leaves itself out
+        WakeAll(&busyThreads);
     }
-    Busy().Fewer.notify_all();  // it needs the lock to go on
 }
 
 bool ThreadObject::IsBusy() {
@@ -109,11 +97,15 @@ bool QueueProcedureCall(const ThreadReference& thread, device::ProcedureCall rou
 }
 
 bool WaitUntilQuiet(DWORD realMilliseconds) {
-    BusyThreads& busy = Busy();
+    const Deadline deadline = DeadlineAfter(realMilliseconds);
     const int own = CurrentThread().IsBusy() ? 1 : 0;  // no thread waits for itself
-    std::unique_lock guard(busy.Lock);
-    return busy.Fewer.wait_for(guard, std::chrono::milliseconds(realMilliseconds),
-                               [&] { return busy.Count <= own; });
+    ++quietAwaiters;
+    int busy = busyThreads;
+    while (busy > own && deadline != AtOnce && BlockWhileEqual(&busyThreads, busy, deadline)) {
+        busy = busyThreads;
+    }
+    --quietAwaiters;
+    return busyThreads <= own;
 }
 
 }  // namespace platform

@@ -1,40 +1,8 @@
 #include "platform/kernel/wait/waitable.h"
 
-#include <linux/futex.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <ctime>
+#include "platform/kernel/wait/futex.h"
 
 namespace platform {
-
-namespace {
-
-// Blocks while the word has this value. False at the deadline; true may also come without a change.
-bool BlockWhileEqual(std::atomic<int>* word, int value, Deadline deadline) {
-    const timespec until = deadline == Never ? timespec{} : HostTime(deadline.time_since_epoch());
-    const timespec* limit = deadline == Never ? nullptr : &until;
-    // The bit set form takes its limit as a point of the monotonic clock, so early wake-ups cost nothing.
-    const long result = syscall(SYS_futex, reinterpret_cast<int*>(word), FUTEX_WAIT_BITSET_PRIVATE, value,
-                                limit, nullptr, FUTEX_BITSET_MATCH_ANY);
-    return result == 0 || errno != ETIMEDOUT;
-}
-
-}  // namespace
-
-timespec HostTime(std::chrono::nanoseconds sinceEpoch) {
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(sinceEpoch);
-    return {seconds.count(), (sinceEpoch - seconds).count()};
-}
-
-Deadline DeadlineAfter(DWORD milliseconds) {
-    if (milliseconds == INFINITE) {
-        return Never;
-    }
-    return milliseconds == 0 ? AtOnce
-                             : std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-}
 
 bool Waiter::Claim(int outcome) {
     int expected = Waiting;
@@ -43,7 +11,7 @@ bool Waiter::Claim(int outcome) {
 
 // Only the address is used. A thread that waits for something else there by now looks again.
 void Waiter::Wake(Waiter* waiter) {
-    syscall(SYS_futex, reinterpret_cast<int*>(waiter), FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+    WakeOne(reinterpret_cast<std::atomic<int>*>(waiter));
 }
 
 int Waiter::Await(Deadline deadline) {

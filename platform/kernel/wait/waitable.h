@@ -2,20 +2,13 @@
 #pragma once
 
 #include <atomic>
-#include <chrono>
-#include <ctime>
 #include <mutex>
 #include <vector>
 
 #include "platform/kernel/handles.h"
+#include "platform/kernel/wait/deadline.h"
 
 namespace platform {
-
-using Deadline = std::chrono::steady_clock::time_point;
-constexpr Deadline Never = Deadline::max();
-constexpr Deadline AtOnce = Deadline::min();
-Deadline DeadlineAfter(DWORD milliseconds);  // INFINITE: Never, 0: AtOnce
-timespec HostTime(std::chrono::nanoseconds sinceEpoch);
 
 // One wait of one thread. Whoever ends the wait claims it; the first claim wins. Lives on the waiting
 // thread's stack: those who claim it hold the lock of the list it is on while they do, which that thread
