@@ -1,6 +1,4 @@
 #include <algorithm>
-#include <charconv>
-#include <cmath>
 #include <cstdio>
 #include <iterator>
 #include <memory>
@@ -24,7 +22,6 @@ namespace {
 constexpr double DefaultSeconds = 5;
 constexpr DWORD DefaultRate = 44100;
 constexpr unsigned DefaultChannels = 2;
-constexpr int32_t ToneAmplitude = 0x40000000;
 constexpr const char* Silence = "silence";
 constexpr const char* TonePrefix = "tone:";
 constexpr const char* CablePrefix = "cable:";
@@ -44,20 +41,13 @@ WAVEFORMATEXTENSIBLE RecordingFormat(const RecordOptions& options) {
     return MakeFormat(*encoding, static_cast<WORD>(options.Channels), options.Rate);
 }
 
-simulator::InputSignal ToneSignal(const std::string& input, const std::string& hertz) {
-    double value = 0;
-    const char* end = hertz.data() + hertz.size();
-    const auto [parsed, error] = std::from_chars(hertz.data(), end, value);
-    if (error != std::errc{} || parsed != end || !(value > 0) || !std::isfinite(value)) {
-        throw CommandError("input " + input + ": must be tone:HZ, with a frequency above 0");
-    }
-    return simulator::InputSignal::Tone(value, ToneAmplitude);
-}
-
 // What is plugged in, when that is no file.
 simulator::InputSignal GeneratedSignal(const std::string& input) {
-    return input == Silence ? simulator::InputSignal::Silence()
-                            : ToneSignal(input, input.substr(std::string(TonePrefix).size()));
+    std::optional<simulator::InputSignal> signal = simulator::ParseSignal(input);
+    if (!signal) {
+        throw CommandError("input " + input + ": must be tone:HZ, with a frequency above 0");
+    }
+    return std::move(*signal);
 }
 
 bool IsCable(const std::string& input) {
