@@ -97,11 +97,22 @@ void ChromeTrace::Write(const TraceEntry& entry) {
         break;
     case TraceEntry::PowerCycled:
         file_.Mark(track, "lost its power", entry.Microseconds, "");
+        asleepSince_.insert({entry.Card, entry.Microseconds});
         break;
     default:
+        EndSleep(entry);
         WriteRequest(track, entry);
         FollowHandOver(track, entry);
         FollowRun(track, entry);
+    }
+}
+
+// The driver comes back to the card.
+void ChromeTrace::EndSleep(const TraceEntry& entry) {
+    const auto asleep = asleepSince_.extract(entry.Card);
+    if (!asleep.empty()) {
+        file_.Span(CardTrack(entry.Card, ControlTrack), "asleep", asleep.mapped(),
+                   entry.Microseconds - asleep.mapped(), "sleep", "");
     }
 }
 

@@ -18,12 +18,10 @@ namespace simulator {
 // A card is a group of tracks, one for each channel and one for the control file:
 // - spans are the requests, as long as they took, with what a register write means;
 // - one bar for each header, numbered from 1 on its channel, lasts from the call that brings it to the
-// callback; in
-//   it are the requests that hand its buffer over, and its time in the card;
+//   callback; in it are the requests that hand its buffer over, and its time in the card;
 // - a counter tells how many headers the driver has, and how many are in the card;
-// - marks say where a channel that runs had no buffer and then got another, where a fault struck, and where
-// the
-//   card lost its power.
+// - marks say where a channel that runs had no buffer and then got another, where a fault struck, and
+//   where the card lost its power; from there it is asleep until the driver's next request to it.
 // A program is a group with a track for each of its threads: the call that brings a header, the hand-over to
 // the card and the callback are spans there, and an arrow leads from one to the next. A counter has the waits
 // for mutexes.
@@ -50,6 +48,7 @@ private:
 
     Track CardTrack(unsigned card, uint32_t channel);
     Track ThreadTrack(uint32_t process, uint64_t thread);
+    void EndSleep(const TraceEntry& entry);
     void WriteRequest(Track track, const TraceEntry& entry);
     void FollowHandOver(Track track, const TraceEntry& entry);
     void WriteHandOver(Track track, uint64_t header, const std::vector<TraceEntry>& requests);
@@ -62,6 +61,7 @@ private:
 
     TimelineFile file_;
     std::map<Track, ChannelState> channels_;
+    std::map<unsigned, int64_t> asleepSince_;  // of each card that has lost its power
     // Of each file of each process: the requests since the last buffer was begun.
     std::map<std::pair<uint32_t, uint32_t>, std::vector<TraceEntry>> handOvers_;
 };

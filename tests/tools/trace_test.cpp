@@ -161,6 +161,10 @@ TEST_F(TraceOfARun, MarksFaultsAndSleeps) {
     EXPECT_EQ(marks("fault: fail"), std::vector<std::string>{"0.2"});
     EXPECT_EQ(marks("fault: late"), std::vector<std::string>{"0.2"});
     EXPECT_EQ(marks("lost its power"), std::vector<std::string>{"0.4"}) << "of the card's own track";
+    const auto asleep = std::ranges::find(events_, "asleep", &Event::Name);
+    ASSERT_NE(asleep, events_.end());
+    EXPECT_EQ(Member(asleep->Line, "tid"), "4");
+    EXPECT_EQ(Member(asleep->Line, "dur"), "100000");
 }
 
 TEST_F(TraceOfARun, SaysWhatAWriteMeans) {
