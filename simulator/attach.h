@@ -29,9 +29,8 @@ bool HasSimulator();
 
 // Chooses the machine of the Simulators made from now on. All processes that give the same name share its
 // cards; with an empty name the cards are this process's alone. A name has at most 64 letters, digits, '-'
-// and
-// '_'. Until the first call the environment variable KESTVOX_MACHINE has the name. A machine lasts as long as
-// a process is on it. No Simulator may exist. False, and no change, when the name is bad.
+// and '_'. Until the first call the environment variable KESTVOX_MACHINE has the name. A machine lasts as
+// long as a process is on it. No Simulator may exist. False, and no change, when the name is bad.
 //
 // Registry, event log, the driver's mutexes and its shared data are the computer's whatever the machine:
 // programs that run at the same time should be on the same one.

@@ -1,6 +1,5 @@
 // A file that sets the scene: lines "key = value". Empty lines count for nothing, and neither does what
-// follows a
-// '#' at the beginning of a line or after a space.
+// follows a '#' at the beginning of a line or after a space.
 #pragma once
 
 #include <optional>
