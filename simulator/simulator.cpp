@@ -373,7 +373,8 @@ HeaderEvent Simulator::NoteHeader(HeaderEvent::Kind what, unsigned card, uint32_
             .Channel = channel,
             .Header = header,
             .Process = host::CurrentProcess().Id,
-            .Thread = host::CurrentThreadId()};
+            .Thread = host::CurrentThreadId(),
+            .MutexWaits = host::SharedMutexWaits()};
 }
 
 uint64_t Simulator::RequestCount() const {

@@ -85,6 +85,9 @@ using Thread = std::shared_ptr<void>;  // stays valid after the thread has ended
 Thread CurrentThread();
 uint64_t CurrentThreadId();
 
+// How often threads of this process have had to wait for a mutex that it shares with others, so far.
+uint64_t SharedMutexWaits();
+
 // Queues a procedure call with three arguments to the thread, as a kernel driver does. Never blocks.
 void QueueCall(const Thread& thread, device::ProcedureCall routine, ULONG_PTR first);
 

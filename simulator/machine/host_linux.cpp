@@ -5,6 +5,7 @@
 #include <mutex>
 
 #include "platform/device.h"
+#include "platform/inspect.h"
 #include "platform/machine.h"
 #include "platform/time_source.h"
 #include "simulator/machine/host.h"
@@ -100,6 +101,10 @@ Thread CurrentThread() {
 
 uint64_t CurrentThreadId() {
     return GetCurrentThreadId();
+}
+
+uint64_t SharedMutexWaits() {
+    return platform::NamedMutexWaits();
 }
 
 void QueueCall(const Thread& thread, device::ProcedureCall routine, ULONG_PTR first) {

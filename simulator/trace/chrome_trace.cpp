@@ -196,6 +196,7 @@ void ChromeTrace::EndInCard(Track track, const TraceEntry& entry) {
 void ChromeTrace::Write(const HeaderEvent& event) {
     const Track track = CardTrack(event.Card, event.Channel);
     const Track thread = ThreadTrack(event.Process, event.Thread);
+    WriteMutexWaits(event);
     switch (event.What) {
     case HeaderEvent::Kind::Queued:
         BeginHeader(track, thread, event);
@@ -235,11 +236,16 @@ uint64_t ChromeTrace::EndHeader(Track track, const HeaderEvent& event) {
     return header;
 }
 
-void ChromeTrace::Write(const MutexWaits& waits) {
-    const Track track{FirstProgram + waits.Process, 0};
-    file_.Name(track, "program " + std::to_string(waits.Process), "mutexes");
-    file_.Counter(track, "waits for shared mutexes", waits.Microseconds,
-                  "\"waits\":" + std::to_string(waits.Count));
+// Threads note their headers side by side, so a count may come after a greater one.
+void ChromeTrace::WriteMutexWaits(const HeaderEvent& event) {
+    uint64_t& written = mutexWaits_[event.Process];
+    if (event.MutexWaits > written) {
+        written = event.MutexWaits;
+        const Track track{FirstProgram + event.Process, 0};
+        file_.Name(track, "program " + std::to_string(event.Process), "mutexes");
+        file_.Counter(track, "waits for shared mutexes", event.Microseconds,
+                      "\"waits\":" + std::to_string(event.MutexWaits));
+    }
 }
 
 void ChromeTrace::WriteCounter(Track track, int64_t time) {

@@ -31,7 +31,6 @@ public:
     explicit ChromeTrace(std::ostream& out) : file_(out) {}
     void Write(const TraceEntry& entry);
     void Write(const HeaderEvent& event);
-    void Write(const MutexWaits& waits);
     void Finish() { file_.Finish(); }  // nothing may be written after it
 
 private:
@@ -58,10 +57,12 @@ private:
     void BeginHeader(Track track, Track thread, const HeaderEvent& event);
     uint64_t EndHeader(Track track, const HeaderEvent& event);  // its number; 0: it is not known
     void WriteCounter(Track track, int64_t time);
+    void WriteMutexWaits(const HeaderEvent& event);
 
     TimelineFile file_;
     std::map<Track, ChannelState> channels_;
     std::map<unsigned, int64_t> asleepSince_;  // of each card that has lost its power
+    std::map<uint32_t, uint64_t> mutexWaits_;  // of each program, as last written
     // Of each file of each process: the requests since the last buffer was begun.
     std::map<std::pair<uint32_t, uint32_t>, std::vector<TraceEntry>> handOvers_;
 };

@@ -60,13 +60,7 @@ struct HeaderEvent {
     const void* Header;  // its address, which is the cookie of its buffers, too
     uint32_t Process;
     uint64_t Thread;
-};
-
-// How often threads of a process have had to wait for a mutex that it shares with others, so far.
-struct MutexWaits {
-    int64_t Microseconds;
-    uint32_t Process;
-    uint64_t Count;
+    uint64_t MutexWaits;  // of all threads of the process so far, for a mutex that it shares with others
 };
 
 // Is given requests in the order of their beginnings, each when it and all before it have ended. It is called

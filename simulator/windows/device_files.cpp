@@ -8,6 +8,7 @@
 
 #include "simulator/attach.h"
 #include "simulator/machine/host.h"
+#include "simulator/windows/mutex_waits.h"
 #include "simulator/windows/procedure_calls.h"
 
 namespace simulator {
@@ -172,6 +173,7 @@ BOOL WINAPI ControlDevice(HANDLE device, DWORD code, LPVOID input, DWORD inputLe
 BOOL WINAPI CloseAnyHandle(HANDLE handle) {
     // Out of the list first: as soon as the handle is closed another file may get its number.
     Files().Take(handle);
+    ForgetMutex(handle);
     ForgetEndedThreads();
     return CloseHandle(handle);
 }

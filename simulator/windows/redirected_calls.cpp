@@ -13,6 +13,7 @@
 #include "simulator/machine/host.h"
 #include "simulator/windows/device_files.h"
 #include "simulator/windows/holdings.h"
+#include "simulator/windows/mutex_waits.h"
 #include "simulator/windows/procedure_calls.h"
 
 namespace simulator {
@@ -114,7 +115,7 @@ const auto& FailableCalls() {
         MakeFailable<2>("WaitForSingleObjectEx", windows::WaitForObject, WAIT_FAILED, ERROR_INVALID_HANDLE),
         MakeFailable<3>("CreateEventW", Takes<Resource::Handle, CreateEventW>::Call, nullptr,
                         ERROR_NOT_ENOUGH_MEMORY),
-        MakeFailable<4>("CreateMutexW", Takes<Resource::Handle, CreateMutexW>::Call, nullptr,
+        MakeFailable<4>("CreateMutexW", Takes<Resource::Handle, windows::CreateKnownMutex>::Call, nullptr,
                         ERROR_NOT_ENOUGH_MEMORY),
         MakeFailable<5>("CreateThread", Takes<Resource::Handle, CreateThread>::Call, nullptr,
                         ERROR_NOT_ENOUGH_MEMORY),
@@ -145,6 +146,7 @@ std::vector<windows::Redirection> AllRedirections() {
     using windows::Takes;
     std::vector<windows::Redirection> all = {
         {"DeviceIoControl", Address(windows::ControlDevice)},
+        {"WaitForSingleObject", Address(windows::WaitForOneObject)},
         {"SleepEx", Address(windows::SleepAlertably)},
         {"Sleep", Address(SleepOnTimer)},
         {"timeGetTime", Address(ReadTimer)},

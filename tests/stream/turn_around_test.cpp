@@ -1,4 +1,6 @@
 // What a buffer of a running stream costs: no memory, and few rounds of the mutex of all processes.
+#include <thread>
+
 #include "tests/support/driver_test.h"
 #include "tests/support/system.h"
 #include "tests/support/wave_player.h"
@@ -57,6 +59,28 @@ TEST_F(TurnAroundTest, TakesNoMemoryAndFewRounds) {
         ASSERT_EQ(recorder.Start(), MMSYSERR_NOERROR);
         ExpectLittleTaken(recorder);
     }
+}
+
+// As a trace has it beside each header.
+TEST_F(TurnAroundTest, TellsHowOftenTheMutexWasWaitedFor) {
+    using Kind = simulator::HeaderEvent::Kind;
+    const auto waits = [this] { return Cards().NoteHeader(Kind::Queued, 0, 2, nullptr).MutexWaits; };
+    WavePlayer player;
+    ASSERT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    const uint64_t before = waits();
+    ASSERT_EQ(player.Write(Pattern(1200)), MMSYSERR_NOERROR);
+    EXPECT_EQ(waits(), before) << "there was nobody to wait for";
+
+    const HANDLE mutex = CreateMutexW(nullptr, FALSE, TEXT("ZPH_Kestrelvox_Wave_Driver_Mutex"));
+    ASSERT_EQ(WaitForSingleObject(mutex, INFINITE), WAIT_OBJECT_0);
+    std::thread writer([&player] { EXPECT_EQ(player.Write(Pattern(1200)), MMSYSERR_NOERROR); });
+    while (waits() == before) {
+        std::this_thread::yield();
+    }
+    ReleaseMutex(mutex);
+    writer.join();
+    CloseHandle(mutex);
+    EXPECT_GT(waits(), before);
 }
 
 }  // namespace

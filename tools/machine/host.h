@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 
 namespace kestvox {
@@ -24,10 +23,6 @@ bool CardsAreSimulated();
 
 // Closes every wave device of the process and unloads the driver; the next wave call loads it again.
 void UnloadWaveDriver();
-
-// How often threads of this process have had to wait for a mutex that processes share. Nothing where the
-// system does not tell.
-std::optional<uint64_t> SharedMutexWaits();
 
 // Columns of the terminal that standard error goes to; 0: it is none.
 unsigned TerminalWidth();

@@ -11,7 +11,6 @@
 #include <utility>
 
 #include "front/unload_driver.h"
-#include "platform/inspect.h"
 #include "platform/machine.h"
 #include "tools/machine/host.h"
 #include "tools/machine/named_machines.h"
@@ -47,10 +46,6 @@ bool JoinMachine(const std::string& name) {
 
 bool MachineOutlivesProcess() {
     return !platform::MachineName().empty();
-}
-
-std::optional<uint64_t> SharedMutexWaits() {
-    return platform::NamedMutexWaits();
 }
 
 bool DeleteMachine(const std::string& name) {

@@ -30,10 +30,6 @@ bool MachineOutlivesProcess() {
     return true;
 }
 
-std::optional<uint64_t> SharedMutexWaits() {
-    return std::nullopt;
-}
-
 bool DeleteMachine(const std::string&) {
     return false;
 }

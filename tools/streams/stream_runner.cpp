@@ -54,21 +54,11 @@ void StreamRunner::Add(std::unique_ptr<WaveStream> stream) {
     if (trace_) {
         stream->SendHeaders([this, card = stream->Card(), channel = stream->Channel()](
                                 simulator::HeaderEvent::Kind what, const WAVEHDR& header) {
-            const simulator::HeaderEvent event = scene_.Cards().NoteHeader(what, card, channel, &header);
-            trace_->Take(event);
-            TraceMutexWaits(event);
+            trace_->Take(scene_.Cards().NoteHeader(what, card, channel, &header));
         });
     }
     streams_.push_back(std::move(stream));
     beforeSleep_.emplace_back();
-}
-
-// Beside what becomes of a header, when it has grown since the last one.
-void StreamRunner::TraceMutexWaits(const simulator::HeaderEvent& event) {
-    const std::optional<uint64_t> waits = SharedMutexWaits();
-    if (waits && tracedWaits_.exchange(*waits) != *waits) {
-        trace_->Take(simulator::MutexWaits{event.Microseconds, event.Process, *waits});
-    }
 }
 
 void StreamRunner::Add(std::unique_ptr<SideWork> work) {

@@ -3,7 +3,6 @@
 
 #include <windows.h>
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -84,7 +83,6 @@ public:
     std::string FirstProblem() const;
 
 private:
-    void TraceMutexWaits(const simulator::HeaderEvent& event);
     StreamStatus StatusOf(size_t stream) const;
     bool AllFinished() const;
     unsigned HeadersOut() const;
@@ -113,7 +111,6 @@ private:
     std::vector<std::unique_ptr<SideWork>> ownWork_;
     std::vector<SideWork*> sideWork_;
     TraceFile* trace_ = nullptr;  // null: there is none
-    std::atomic<uint64_t> tracedWaits_ = 0;
     ProgressWatch watch_;
     bool slept_ = false;
     std::string standstill_;  // what stands still, or empty

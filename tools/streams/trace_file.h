@@ -22,7 +22,6 @@ public:
     // What comes next, on any thread.
     void Take(const simulator::TraceEntry& entry) { Append(entry); }
     void Take(const simulator::HeaderEvent& event) { Append(event); }
-    void Take(const simulator::MutexWaits& waits) { Append(waits); }
 
     void Advance() override;
     std::string Problem() const override { return file_.Problem(); }
@@ -32,7 +31,7 @@ public:
     void Finish();
 
 private:
-    using Event = std::variant<simulator::TraceEntry, simulator::HeaderEvent, simulator::MutexWaits>;
+    using Event = std::variant<simulator::TraceEntry, simulator::HeaderEvent>;
 
     void Append(Event event);
     void WriteText();
