@@ -25,11 +25,6 @@ protected:
         Cards().SetRequestTime(30);
         StoreSetting(0, TEXT("CheckClocks"), 0);
     }
-    void TearDown() override {
-        players_.clear();
-        recorders_.clear();
-        ClockTest::TearDown();
-    }
     void LockToPlayback() { StoreSetting(0, TEXT("Punchin"), 0); }
 
     static bool IsInput(UINT stream) { return stream >= 4; }

@@ -366,7 +366,6 @@ TEST_F(ClocksPageTest, NothingChangesWhileAudioRuns) {
     Tree().Drag(u"C", u"A");
     EXPECT_EQ(Told(), u"");
     EXPECT_EQ(Outline(), u"A dig [C]; B auto; D auto");
-    player.Shut();
 }
 
 TEST_F(ClocksPageTest, TheDriverIsResetWhenTheUserInsists) {
@@ -426,7 +425,6 @@ TEST_F(ClocksPageTest, AFreedCardOnWhichAStreamOpensStaysAsShown) {
     Shown().Apply();
     EXPECT_EQ(Saved(), "0 64 97 97");
     EXPECT_EQ(Outline(), freed);
-    player.Shut();
 }
 
 WNDPROC treeProcedure = nullptr;

@@ -81,10 +81,6 @@ protected:
         return player.Open(device, PcmFormat(44100, 2, 16));
     }
     void Load() { library_ = std::make_unique<DriverLibrary>(); }
-    void TearDown() override {
-        library_.reset();
-        DriverTest::TearDown();
-    }
 
     std::unique_ptr<DriverLibrary> library_;
 };

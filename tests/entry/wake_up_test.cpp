@@ -25,11 +25,6 @@ class WakeUpTest : public DriverTest {
 protected:
     explicit WakeUpTest(unsigned cards = 2) : DriverTest(cards) {}
 
-    void TearDown() override {
-        players_.clear();
-        DriverTest::TearDown();
-    }
-
     void SleepForASecond() {
         FallAsleep();
         Cards().Advance(Second);
@@ -185,13 +180,6 @@ TEST_F(MissingCardTest, TheOthersGoOnWithoutIt) {
 
 class WakeUpKindTest : public WakeUpTest {
 protected:
-    void TearDown() override {
-        for (WaveRecorder& recorder : recorders_) {
-            recorder.Shut();
-        }
-        WakeUpTest::TearDown();
-    }
-
     // Both cards play and record.
     void Begin() {
         Open({0, 1});

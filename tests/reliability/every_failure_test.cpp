@@ -27,6 +27,7 @@ using simulator::TraceEntry;
 class EveryFailureTest : public DriverTest {
 protected:
     explicit EveryFailureTest(const Story& story) : DriverTest(2), story_(story) {}
+    ~EveryFailureTest() override { tally::Add(tally::Faults, faults_); }
 
     void SetUp() override {
         if (story_.Linked) {
@@ -35,11 +36,6 @@ protected:
             StoreSetting(0, TEXT("DitherADC"), 1);
         }
         Cards().SetDigitalInputRate(0, 44100);
-    }
-
-    void TearDown() override {
-        tally::Add(tally::Faults, faults_);
-        DriverTest::TearDown();
     }
 
     // Tells the story once, and then what must be so whatever failed in it.

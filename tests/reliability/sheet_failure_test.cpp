@@ -69,6 +69,7 @@ constexpr unsigned Pieces = 3;
 class SheetFailureTest : public SheetTest, public testing::WithParamInterface<std::tuple<Visit, unsigned>> {
 protected:
     SheetFailureTest() : SheetTest(CardCount) {}
+    ~SheetFailureTest() override { tally::Add(tally::Faults, faults_); }
 
     void SetUp() override {
         StoreText(0, TEXT("Name"), u"A");
@@ -84,12 +85,6 @@ protected:
         }
         ASSERT_NE(wanted_[0], wanted_[1]);
         usage_ = test_system::Usage();
-    }
-
-    void TearDown() override {
-        tally::Add(tally::Faults, faults_);
-        player_.Shut();
-        SheetTest::TearDown();
     }
 
     // Opens the sheet, changes what there is on the page, presses Apply and OK.

@@ -22,11 +22,6 @@ class CableTest : public InputTest {
 protected:
     CableTest() : InputTest(3) {}
 
-    void TearDown() override {
-        player_.Shut();
-        InputTest::TearDown();
-    }
-
     // A recorder and a player, of that many frames each.
     void OpenBoth(UINT input, const WaveFormat& recorded, UINT output, const WaveFormat& played) {
         Open(recorded, input);

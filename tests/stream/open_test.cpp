@@ -19,10 +19,6 @@ template <typename Client>
 class OpenTest : public DriverTest {
 protected:
     void SetUp() override { Cards().PlugIn(0, Port::Digital, simulator::InputSignal::Run({})); }
-    void TearDown() override {
-        client_.Shut();
-        DriverTest::TearDown();
-    }
 
     Client client_;
 };

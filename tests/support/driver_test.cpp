@@ -13,22 +13,20 @@ std::u16string ConfigKey(unsigned card) {
 
 }  // namespace
 
-DriverTest::DriverTest(unsigned cards, simulator::TimeKind time) {
+DriverTest::DriverTest(unsigned cards) {
     test_system::FreshMachine();
-    simulator_ = std::make_unique<simulator::Simulator>(simulator::Simulator::Options{cards, time, true});
+    simulator_ =
+        std::make_unique<simulator::Simulator>(simulator::Simulator::Options{.Cards = cards, .Strict = true});
     simulator_->KeepAudio();
     simulator_->KeepTrace();
     usage_ = test_system::Usage();
 }
 
-DriverTest::~DriverTest() = default;
-
-void DriverTest::TearDown() {
+DriverTest::~DriverTest() {
     test_system::ClearCallFailures();
     UnloadDriver();
     EXPECT_EQ(simulator_->OpenFiles(), 0u) << "device handles left open";
     EXPECT_EQ(test_system::Usage(), usage_);
-    simulator_.reset();
 }
 
 void DriverTest::StoreBinary(unsigned card, const WCHAR* name, const void* data, DWORD size, DWORD type) {

@@ -36,10 +36,10 @@ protected:
 
     // The cards are on the machine from the start; the first wave call loads the driver, so settings can
     // be stored before it.
-    explicit DriverTest(unsigned cards = 1, simulator::TimeKind time = simulator::TimeKind::Stepped);
+    explicit DriverTest(unsigned cards = 1);
+    // A test's own clients, libraries and sheets are gone by now: they are members of its class, or its
+    // locals.
     ~DriverTest() override;
-
-    void TearDown() override;
 
     simulator::Simulator& Cards() { return *simulator_; }
 

@@ -11,14 +11,6 @@ protected:
     static constexpr UINT AnalogOut = 0;  // devices of card 0
     static constexpr UINT DigitalOut = 1;
 
-    explicit OutputTest(unsigned cards = 1) : DriverTest(cards) {}
-
-    void TearDown() override {
-        player_.OnDone(nullptr);  // what it would act on is gone
-        player_.Shut();
-        DriverTest::TearDown();
-    }
-
     void Open(const WaveFormat& format = PcmFormat(44100, 2, 16), UINT device = AnalogOut) {
         ASSERT_EQ(player_.Open(device, format), MMSYSERR_NOERROR);
     }

@@ -12,19 +12,13 @@
 
 class SheetTest : public DriverTest {
 protected:
-    explicit SheetTest(unsigned cards = 1) : DriverTest(cards) {}
+    using DriverTest::DriverTest;
 
     // A, B and so on.
     void NameCards() {
         for (unsigned card = 0; card < Cards().CardCount(); ++card) {
             StoreText(card, TEXT("Name"), std::u16string(1, static_cast<char16_t>(u'A' + card)));
         }
-    }
-
-    void TearDown() override {
-        sheet_.reset();
-        library_.reset();
-        DriverTest::TearDown();
     }
 
     // Settings that are to be found must be stored before the first call.

@@ -76,7 +76,6 @@ TEST(ConfigureCommand, LeavesWhatAProgramSetOnTheCard) {
     const CommandResult result = RunCommand({"configure", "--machine", machine.Name()});
     EXPECT_EQ(result.Status, 0) << result.Errors;
     EXPECT_EQ(program.Cards.MixerGain(0, 2), before);
-    player.Shut();
 }
 
 }  // namespace
