@@ -13,9 +13,6 @@
 #include "tests/support/driver_test.h"
 #include "tests/support/wave_player.h"
 
-using Lines = std::vector<std::string>;
-
-Lines operator+(Lines first, const Lines& second);
 Lines LinesOf(const std::string& card, Lines requests);  // each behind the card, as in "0 "
 
 Lines TimedLines(std::span<const simulator::TraceEntry> entries);
@@ -59,9 +56,6 @@ protected:
     // Opens the device; the lines of the clock run on the way, without the claim of the channel before it
     // and what an open does after it.
     Lines Run(WavePlayer& player, UINT device, DWORD rate, MMRESULT result = MMSYSERR_NOERROR);
-
-    // Ids of the events in the machine's log.
-    static std::vector<DWORD> Events();
 
     static constexpr unsigned Internal = 0;  // of Source
     static constexpr unsigned Link = 0x20;

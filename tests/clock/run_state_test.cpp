@@ -3,11 +3,8 @@
 #include <algorithm>
 
 #include "tests/clock/clock_script.h"
-#include "tests/support/wave_sound.h"
 
 namespace {
-
-using simulator::Port;
 
 constexpr DWORD Rate = 44100;
 
@@ -51,16 +48,13 @@ TEST_F(RunStateTest, ACardThatWasInitialisedHangsOnNoLink) {
 }
 
 TEST_F(RunStateTest, AFollowerThatWasRestoredIsOnTheLinkAgainWithTheNextStream) {
-    constexpr UINT Save = 0x4000;
-    constexpr UINT Restore = 0x4001;
     WavePlayer first;
     Run(first, 2, Rate);
-    for (const UINT message : {Save, Restore}) {
+    for (const UINT message : {SavePci, RestorePci}) {
         EXPECT_EQ(waveOutMessage(first.Handle(), message, 0, 0), MMSYSERR_NOERROR);
     }
     EXPECT_EQ(Source(1), 0u);
-    WavePlayer second;
-    ASSERT_EQ(second.Open(3, PcmFormat(Rate, 2, 16)), MMSYSERR_NOERROR);
+    WavePlayer second(3, PcmFormat(Rate, 2, 16));
     EXPECT_EQ(Source(1), Link);
 }
 
@@ -82,8 +76,7 @@ TEST_F(RunStateTest, ADisabledCardFollowsAndIsNotInitialised) {
     Fail("BIND_HANDLE", 8);
     Fail("BIND_HANDLE", 9);
     EXPECT_EQ(waveOutGetNumDevs(), 6u);
-    WavePlayer player;
-    ASSERT_EQ(player.Open(0, PcmFormat(Rate, 2, 16)), MMSYSERR_NOERROR);
+    WavePlayer player(0, PcmFormat(Rate, 2, 16));
     EXPECT_EQ(Source(1), Link);
     const uint8_t muted = Cards().CardRegister(1, 16);
     WakeUp();

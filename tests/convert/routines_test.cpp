@@ -2,11 +2,7 @@
 // changing alignments, without a byte outside its buffers.
 #include "convert/routines.h"
 
-#include <gtest/gtest.h>
-
 #include <cstring>
-#include <functional>
-#include <vector>
 
 #include "tests/support/wave_player.h"
 #include "tests/support/wave_sound.h"

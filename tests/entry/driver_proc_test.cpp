@@ -1,11 +1,5 @@
 // The answers to installable-driver messages, and what a driver that is let go leaves behind.
-#include <string>
-#include <vector>
-
-#include "tests/support/driver_library.h"
 #include "tests/support/driver_test.h"
-#include "tests/support/system.h"
-#include "tests/support/wave_formats.h"
 
 namespace {
 
@@ -71,7 +65,7 @@ TEST_F(DriverProcTest, EveryMessageHasItsAnswer) {
         EXPECT_EQ(library.DriverProc(test.Message, test.Param1), test.Answer)
             << "message " << test.Message << ", " << test.Param1;
     }
-    EXPECT_EQ(TraceText(), std::vector<std::string>{}) << "none of them is a card's affair";
+    EXPECT_EQ(TraceText(), Lines{}) << "none of them is a card's affair";
 }
 
 // The library stays loaded between DRV_FREE and the next DRV_LOAD. Clients hear of their open, and never of a
@@ -93,7 +87,7 @@ TEST_F(DriverProcTest, FreeClosesTheStreamsAndLoadWorksAgain) {
             EXPECT_FALSE(MutexExists(TEXT("ZPH_Kestrelvox_Wave_Driver_Mutex")));
             Cards().ClearTrace();
             EXPECT_EQ(library.DriverProc(DRV_FREE), 1);
-            EXPECT_EQ(TraceText(), std::vector<std::string>{}) << "nothing is left for the second";
+            EXPECT_EQ(TraceText(), Lines{}) << "nothing is left for the second";
         }
         EXPECT_EQ(library.DriverProc(DRV_LOAD), 1);
         ASSERT_NE(OpenOutput(library, 0, &messages), 0u);

@@ -1,8 +1,5 @@
 // Programs that are killed in the middle of anything: the others go on, and whoever comes next finds every
 // port free, every clock at rest and nobody to wait for.
-#include <gtest/gtest.h>
-
-#include <memory>
 #include <random>
 
 #include "simulator/machine/host.h"
@@ -10,13 +7,8 @@
 #include "tests/reliability/stride.h"
 #include "tests/reliability/tally.h"
 #include "tests/support/clock_tree_user.h"
-#include "tests/support/driver_library.h"
 #include "tests/support/driver_test.h"
 #include "tests/support/sheet.h"
-#include "tests/support/text.h"
-#include "tests/support/wave_player.h"
-#include "tests/support/wave_recorder.h"
-#include "tests/support/wave_sound.h"
 
 namespace {
 
@@ -230,7 +222,7 @@ TEST_F(KilledProgramsTest, AStreamLeavesTheClockThatItWasOpenedOn) {
     WavePlayer direct[2];
     for (const UINT device : {1u, 3u}) {  // cards in direct mode may change their clocks
         ASSERT_EQ(direct[device / 2].Open(device, Format44100), MMSYSERR_NOERROR);
-        ASSERT_EQ(waveOutMessage(direct[device / 2].Handle(), 0x4002, 0, 0), MMSYSERR_NOERROR);
+        ASSERT_EQ(waveOutMessage(direct[device / 2].Handle(), DirectMode, 0, 0), MMSYSERR_NOERROR);
     }
     Sheet sheet(library);
     ClockTreeUser(sheet.Show(u"Clocks + Sync").Window()).Command(u"B", u'S');
@@ -239,8 +231,7 @@ TEST_F(KilledProgramsTest, AStreamLeavesTheClockThatItWasOpenedOn) {
         player.Shut();
     }
     victim.Kill();
-    WavePlayer player;
-    EXPECT_EQ(player.Open(0, Format48000), MMSYSERR_NOERROR);
+    WavePlayer player(0, Format48000);
 }
 
 // A program dies while it closes: the port is not open any more, and nothing counts it.
@@ -295,11 +286,8 @@ TEST_F(KilledProgramsTest, InTheDiscovery) {
             test.Hear();
             Program program;
             EXPECT_EQ(waveOutGetNumDevs(), 4u);
-            for (UINT device = 0; device < 4; device += 2) {
-                WAVEOUTCAPSW caps = {};
-                EXPECT_EQ(waveOutGetDevCapsW(device, &caps, sizeof caps), MMSYSERR_NOERROR);
-                EXPECT_EQ(Utf16(caps.szPname), device == 0 ? u"First Analog" : u"Second Analog");
-            }
+            EXPECT_EQ(DriverTest::DeviceName(0), u"First Analog");
+            EXPECT_EQ(DriverTest::DeviceName(2), u"Second Analog");
             test.Tell(0);
         });
         DriverTest::StoreText(0, TEXT("Name"), u"First");

@@ -1,6 +1,4 @@
 // Two programs of one desktop ask for the configuration sheet.
-#include <mmddk.h>
-
 #include <gtest/gtest.h>
 
 #include "tests/processes/companion.h"

@@ -1,7 +1,5 @@
 // Several threads on several streams, with fixed seeds and a fixed number of operations, while the computer
 // sleeps and wakes, and another port is opened and closed beside them.
-#include <mmddk.h>
-
 #include <atomic>
 #include <barrier>
 #include <random>
@@ -11,9 +9,6 @@
 #include "tests/reliability/answers.h"
 #include "tests/reliability/tally.h"
 #include "tests/support/driver_test.h"
-#include "tests/support/system.h"
-#include "tests/support/wave_player.h"
-#include "tests/support/wave_sound.h"
 
 namespace {
 

@@ -3,16 +3,12 @@
 
 #include "tests/simulator/card_file.h"
 #include "tests/support/input_test.h"
-#include "tests/support/wave_player.h"
 
 namespace {
 
 using simulator::Frame;
 using simulator::InputSignal;
-using simulator::Port;
 using simulator_tests::CardFile;
-
-constexpr UINT DigitalOut = 1;
 
 WaveFormat FullWidth(DWORD rate = 44100) {
     return PcmFormat(rate, 2, 32);

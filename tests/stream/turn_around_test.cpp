@@ -1,8 +1,5 @@
 // What a buffer of a running stream costs: no memory, and few rounds of the mutex of all processes.
 #include "tests/support/driver_test.h"
-#include "tests/support/system.h"
-#include "tests/support/wave_player.h"
-#include "tests/support/wave_recorder.h"
 
 namespace {
 

@@ -2,16 +2,10 @@
 
 #include <algorithm>
 
-#include "tests/support/system.h"
-#include "tests/support/text.h"
-
-namespace {
-
-std::u16string ConfigKey(unsigned card) {
-    return simulator::Simulator::RegistryPath(card) + u"\\Config";
+Lines operator+(Lines first, const Lines& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
 }
-
-}  // namespace
 
 DriverTest::DriverTest(unsigned cards) {
     test_system::FreshMachine();
@@ -29,15 +23,32 @@ DriverTest::~DriverTest() {
     EXPECT_EQ(test_system::Usage(), usage_);
 }
 
-void DriverTest::StoreBinary(unsigned card, const WCHAR* name, const void* data, DWORD size, DWORD type) {
-    HKEY key = nullptr;
-    ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, Wide(ConfigKey(card)), &key), ERROR_SUCCESS);
-    EXPECT_EQ(RegSetValueExW(key, name, 0, type, static_cast<const BYTE*>(data), size), ERROR_SUCCESS);
-    RegCloseKey(key);
+void DriverTest::StoreValue(const std::u16string& key, const WCHAR* name, const void* data, DWORD size,
+                            DWORD type) {
+    HKEY opened = nullptr;
+    ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, Wide(key), &opened), ERROR_SUCCESS);
+    EXPECT_EQ(RegSetValueExW(opened, name, 0, type, static_cast<const BYTE*>(data), size), ERROR_SUCCESS);
+    RegCloseKey(opened);
 }
 
 void DriverTest::StoreText(unsigned card, const WCHAR* name, const std::u16string& text) {
     StoreBinary(card, name, text.c_str(), static_cast<DWORD>((text.size() + 1) * sizeof(char16_t)), REG_SZ);
+}
+
+void DriverTest::StoreMonitor(const std::array<DWORD, 8>& codes, const std::array<DWORD, 8>& gains) {
+    DWORD block[17] = {sizeof block};
+    std::copy(codes.begin(), codes.end(), block + 1);
+    std::copy(gains.begin(), gains.end(), block + 9);
+    StoreBinary(0, TEXT("Monitor"), block, sizeof block);
+}
+
+std::u16string DriverTest::DeviceName(UINT device) {
+    WAVEOUTCAPSW output = {};
+    WAVEINCAPSW input = {};
+    waveOutGetDevCapsW(device, &output, sizeof output);
+    waveInGetDevCapsW(device, &input, sizeof input);
+    EXPECT_EQ(Utf16(output.szPname), Utf16(input.szPname));
+    return Utf16(output.szPname);
 }
 
 void DriverTest::Follow(unsigned follower, unsigned master) {
@@ -51,8 +62,8 @@ void DriverTest::LosePower() {
     }
 }
 
-std::vector<std::string> DriverTest::TraceText(std::initializer_list<std::string_view> without) {
-    std::vector<std::string> lines;
+Lines DriverTest::TraceText(std::initializer_list<std::string_view> without) {
+    Lines lines;
     for (const simulator::TraceEntry& entry : simulator_->Trace()) {
         const std::string text = entry.Text();
         const bool unwanted = std::any_of(without.begin(), without.end(), [&text](std::string_view start) {
@@ -63,4 +74,22 @@ std::vector<std::string> DriverTest::TraceText(std::initializer_list<std::string
         }
     }
     return lines;
+}
+
+std::array<DWORD, 8> DriverTest::MixerGains() {
+    std::array<DWORD, 8> gains = {};
+    for (unsigned input = 0; input < gains.size(); ++input) {
+        gains[input] = simulator_->MixerGain(0, input);
+    }
+    return gains;
+}
+
+std::vector<DWORD> DriverTest::Events() {
+    std::vector<DWORD> ids;
+    for (const test_system::LoggedEvent& event : test_system::EventLog()) {
+        EXPECT_EQ(event.Source, u"KESTVOX.DLL");
+        EXPECT_EQ(event.Type, EVENTLOG_WARNING_TYPE);
+        ids.push_back(event.Id);
+    }
+    return ids;
 }

@@ -59,6 +59,9 @@ struct HelpRequest {
     bool operator==(const HelpRequest&) const = default;
 };
 std::vector<HelpRequest> HelpShown();
+#ifdef _WIN32
+void OpenHelp(bool open);  // whether they are passed on to the system from now on; each is noted either way
+#endif
 
 struct LoggedEvent {
     std::u16string Source;

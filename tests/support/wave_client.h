@@ -45,6 +45,9 @@ template <typename Calls>
 class WaveClient {
 public:
     WaveClient() = default;
+    WaveClient(UINT device, const WaveFormat& format) {  // opens it
+        EXPECT_EQ(Open(device, format), MMSYSERR_NOERROR) << "device " << device;
+    }
     ~WaveClient() {
         OnDone(nullptr);  // what it would act on may be gone
         Shut();
