@@ -66,5 +66,14 @@ protected:
     unsigned Source(unsigned card) { return Cards().CardRegister(card, 32) & 0x60; }
 };
 
+// Card 1 follows card 0, card 3 follows card 2.
+class TwoGroupsTest : public ClockTest {
+protected:
+    TwoGroupsTest() : ClockTest(4) {
+        Follow(1, 0);
+        Follow(3, 2);
+    }
+};
+
 inline constexpr DWORD ClockNotValidEvent = 0x40070001;
 inline constexpr DWORD RateMismatchEvent = 0x40070002;

@@ -8,14 +8,8 @@ namespace {
 
 constexpr DWORD Rate = 44100;
 
-// Card 1 follows card 0, card 3 follows card 2.
-class RunStateTest : public ClockTest {
+class RunStateTest : public TwoGroupsTest {
 protected:
-    RunStateTest() : ClockTest(4) {
-        Follow(1, 0);
-        Follow(3, 2);
-    }
-
     // What a run asks of a card outside its group: whether it drives the link, and to stop if it does.
     static Lines Asked(const Lines& lines, unsigned card) {
         const std::string number = std::to_string(card) + " ";

@@ -174,16 +174,19 @@ TEST_F(KilledProgramsTest, TheOthersGoOn) {
     }
 }
 
+// Plays a buffer on the device that it hears of, until it is killed.
+void PlayOn(Companion& test) {
+    const auto device = static_cast<UINT>(test.Hear());
+    const Program program;
+    WavePlayer player;
+    test.Tell(player.Open(device, Format44100));
+    test.Tell(player.Write(Pattern(4000)));
+    test.Hear();
+}
+
 // A dead program still counts as playing. The streams of the next one begin together all the same.
 TEST_F(KilledProgramsTest, TheNextBeginsARunOfItsOwn) {
-    Companion victim([](Companion& test) {
-        test.Hear();
-        const Program program;
-        WavePlayer player;
-        test.Tell(player.Open(0, Format44100));
-        test.Tell(player.Write(Pattern(4000)));
-        test.Hear();
-    });
+    Companion victim(PlayOn);
     DriverTest::Follow(1, 0);
     Program program(2);
     waveOutGetNumDevs();  // from now on the table is as the victim leaves it
@@ -206,19 +209,14 @@ TEST_F(KilledProgramsTest, TheNextBeginsARunOfItsOwn) {
 
 // The dead program's card has left its master since.
 TEST_F(KilledProgramsTest, AStreamLeavesTheClockThatItWasOpenedOn) {
-    Companion victim([](Companion& test) {
-        test.Hear();
-        const Program program;
-        WavePlayer player;
-        test.Tell(player.Open(2, Format44100));
-        test.Hear();
-    });
+    Companion victim(PlayOn);
     DriverTest::Follow(1, 0);
     DriverTest::StoreText(0, TEXT("Name"), u"A");
     DriverTest::StoreText(1, TEXT("Name"), u"B");
     const Program program(2);
     const DriverLibrary library;
-    ASSERT_EQ(victim.Ask(), NoError);
+    ASSERT_EQ(victim.Ask(2), NoError);
+    ASSERT_EQ(victim.Hear(), NoError);
     WavePlayer direct[2];
     for (const UINT device : {1u, 3u}) {  // cards in direct mode may change their clocks
         ASSERT_EQ(direct[device / 2].Open(device, Format44100), MMSYSERR_NOERROR);

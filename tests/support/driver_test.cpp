@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tools/system/registry_value.h"
+
 Lines operator+(Lines first, const Lines& second) {
     first.insert(first.end(), second.begin(), second.end());
     return first;
@@ -25,10 +27,8 @@ DriverTest::~DriverTest() {
 
 void DriverTest::StoreValue(const std::u16string& key, const WCHAR* name, const void* data, DWORD size,
                             DWORD type) {
-    HKEY opened = nullptr;
-    ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, Wide(key), &opened), ERROR_SUCCESS);
-    EXPECT_EQ(RegSetValueExW(opened, name, 0, type, static_cast<const BYTE*>(data), size), ERROR_SUCCESS);
-    RegCloseKey(opened);
+    const auto* bytes = static_cast<const BYTE*>(data);
+    EXPECT_EQ(kestvox::WriteRegistryValue(Wide(key), name, {type, {bytes, bytes + size}}), ERROR_SUCCESS);
 }
 
 void DriverTest::StoreText(unsigned card, const WCHAR* name, const std::u16string& text) {
