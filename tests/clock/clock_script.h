@@ -11,7 +11,6 @@
 
 #include "simulator/trace/trace.h"
 #include "tests/support/driver_test.h"
-#include "tests/support/wave_player.h"
 
 Lines LinesOf(const std::string& card, Lines requests);  // each behind the card, as in "0 "
 

@@ -19,14 +19,8 @@ protected:
 
     // The driver's instance of a stream that tells every message to `messages`.
     static DWORD_PTR OpenOutput(const DriverLibrary& library, UINT device, int* messages) {
-        WaveFormat format = PcmFormat(44100, 2, 16);
-        WAVEOPENDESC description = {};
-        description.lpFormat = reinterpret_cast<LPWAVEFORMAT>(&format.Basic());
-        description.dwCallback = reinterpret_cast<DWORD_PTR>(&CountMessage);
-        description.dwInstance = reinterpret_cast<DWORD_PTR>(messages);
         DWORD_PTR user = 0;
-        EXPECT_EQ(library.WaveOut(device, WODM_OPEN, reinterpret_cast<DWORD_PTR>(&user),
-                                  reinterpret_cast<DWORD_PTR>(&description), CALLBACK_FUNCTION),
+        EXPECT_EQ(library.Open(true, device, PcmFormat(44100, 2, 16), CountMessage, messages, &user),
                   MMSYSERR_NOERROR);
         return user;
     }

@@ -93,3 +93,14 @@ std::vector<DWORD> DriverTest::Events() {
     }
     return ids;
 }
+
+void DriverTest::ExpectPlays(UINT device, const WaveFormat& format) {
+    Cards().ForgetAudio();
+    WavePlayer player(device, format);
+    const std::vector<BYTE> data = Pattern(6000);
+    EXPECT_EQ(player.Write(data), MMSYSERR_NOERROR);
+    Cards().Advance(20 * Millisecond);
+    EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
+    EXPECT_EQ(player.DoneCount(), 1u);
+    EXPECT_TRUE(Cards().Played(device / 2, static_cast<Port>(device % 2)) == Sound(format, data)) << device;
+}

@@ -100,6 +100,8 @@ protected:
     // start with one of the given words.
     Lines TraceText(std::initializer_list<std::string_view> without = {});
     std::array<DWORD, 8> MixerGains();  // of card 0
+    // A new client of that output plays what it should.
+    void ExpectPlays(UINT device, const WaveFormat& format);
 
     // Ids of the events in the machine's log, all of which are the driver's warnings.
     static std::vector<DWORD> Events();
