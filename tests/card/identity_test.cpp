@@ -4,7 +4,6 @@
 
 #include "config_ui/resource.h"
 #include "tests/support/sheet_test.h"
-#include "tests/support/wave_player.h"
 
 namespace {
 
@@ -62,7 +61,7 @@ TEST_F(IdentityTest, TheVersionIsReadOnlyBehindAPageWithARightSum) {
         }
         Cards().ClearTrace();
         EXPECT_EQ(waveOutGetNumDevs(), 2u) << "the card is there all the same";
-        std::vector<std::string> expected = {"READ_PCI_CONFIG 08 1", "READ_NVRAM_PAGE FF80"};
+        Lines expected = {"READ_PCI_CONFIG 08 1", "READ_NVRAM_PAGE FF80"};
         if (test.Accepted) {
             expected.emplace_back("READ_NVRAM_PAGE FF00");
         }

@@ -3,16 +3,12 @@
 
 #include "config_ui/resource.h"
 #include "tests/support/sheet_test.h"
-#include "tests/support/wave_player.h"
 
 namespace {
 
 using simulator::ChannelStatus;
 using simulator::InputSignal;
-using simulator::Port;
 
-constexpr UINT AnalogOut = 0;
-constexpr UINT DigitalOut = 1;
 constexpr WORD NonAudioTag = 0x0092;
 
 // Card 0 sends to card 1.
@@ -22,10 +18,7 @@ protected:
         Cards().PlugIn(1, Port::Digital, InputSignal::Cable(0, Port::Digital));
     }
     std::optional<ChannelStatus> Arriving() { return Cards().DigitalInput(1).Status; }
-    void OpenAndClose(UINT device, const WaveFormat& format) {
-        WavePlayer player;
-        ASSERT_EQ(player.Open(device, format), MMSYSERR_NOERROR);
-    }
+    void OpenAndClose(UINT device, const WaveFormat& format) { WavePlayer player(device, format); }
 };
 
 TEST_F(SentStatusTest, SettingsAndKindOfData) {

@@ -123,14 +123,7 @@ TEST_F(TwoCardClock, AFollowerWithAnotherSourceIsGivenThatCode) {
     EXPECT_EQ(Source(1), Link) << "opening the follower itself puts it on the link";
 }
 
-// Card 1 follows card 0, card 3 follows card 2.
-class TwoLinkClock : public ClockTest {
-protected:
-    TwoLinkClock() : ClockTest(4) {
-        Follow(1, 0);
-        Follow(3, 2);
-    }
-};
+using TwoLinkClock = TwoGroupsTest;
 
 TEST_F(TwoLinkClock, AGroupTakesTheLinkFromAnother) {
     WavePlayer player;

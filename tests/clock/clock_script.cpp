@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "tests/support/system.h"
-
 namespace {
 
 constexpr int64_t Tick = 1000;  // microseconds
@@ -30,11 +28,6 @@ unsigned TicksOf(unsigned microseconds) {
 }
 
 }  // namespace
-
-Lines operator+(Lines first, const Lines& second) {
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
-}
 
 Lines LinesOf(const std::string& card, Lines requests) {
     for (std::string& request : requests) {
@@ -131,13 +124,4 @@ Lines ClockTest::Run(WavePlayer& player, UINT device, DWORD rate, MMRESULT resul
         lines.erase(std::find_if(lines.begin(), lines.end(), endsWith("FLUSH_BUFFERS")), lines.end());
     }
     return lines;
-}
-
-std::vector<DWORD> ClockTest::Events() {
-    std::vector<DWORD> ids;
-    for (const test_system::LoggedEvent& event : test_system::EventLog()) {
-        EXPECT_EQ(event.Type, EVENTLOG_WARNING_TYPE);
-        ids.push_back(event.Id);
-    }
-    return ids;
 }

@@ -11,11 +11,7 @@
 
 #include "simulator/trace/trace.h"
 #include "tests/support/driver_test.h"
-#include "tests/support/wave_player.h"
 
-using Lines = std::vector<std::string>;
-
-Lines operator+(Lines first, const Lines& second);
 Lines LinesOf(const std::string& card, Lines requests);  // each behind the card, as in "0 "
 
 Lines TimedLines(std::span<const simulator::TraceEntry> entries);
@@ -60,9 +56,6 @@ protected:
     // and what an open does after it.
     Lines Run(WavePlayer& player, UINT device, DWORD rate, MMRESULT result = MMSYSERR_NOERROR);
 
-    // Ids of the events in the machine's log.
-    static std::vector<DWORD> Events();
-
     static constexpr unsigned Internal = 0;  // of Source
     static constexpr unsigned Link = 0x20;
     static constexpr unsigned Digital = 0x40;
@@ -70,6 +63,15 @@ protected:
 
     bool Held(unsigned card) { return (Cards().CardRegister(card, 17) & 0x01) != 0; }
     unsigned Source(unsigned card) { return Cards().CardRegister(card, 32) & 0x60; }
+};
+
+// Card 1 follows card 0, card 3 follows card 2.
+class TwoGroupsTest : public ClockTest {
+protected:
+    TwoGroupsTest() : ClockTest(4) {
+        Follow(1, 0);
+        Follow(3, 2);
+    }
 };
 
 inline constexpr DWORD ClockNotValidEvent = 0x40070001;

@@ -5,8 +5,6 @@
 
 namespace {
 
-using simulator::Port;
-
 bool Contains(const Lines& lines, const std::string& line) {
     return std::find(lines.begin(), lines.end(), line) != lines.end();
 }
@@ -205,10 +203,7 @@ TEST_F(FollowerClockTest, AFollowerPlaysAtTheMastersPace) {
     EXPECT_EQ(Cards().ClockFrame(1), Cards().ClockFrame(0));
 }
 
-class ClockMasterTest : public ClockTest {
-protected:
-    ClockMasterTest() : ClockTest(3) {}
-};
+using ClockMasterTest = WithCards<ClockTest, 3>;
 
 // Who is nobody's follower runs alone and, if it followed before, on the automatic source.
 TEST_F(ClockMasterTest, OnlyAPresentCardThatFollowsNobodyIsAMaster) {

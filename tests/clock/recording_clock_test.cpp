@@ -1,13 +1,8 @@
 // Which clock a recording runs on.
 #include "tests/clock/clock_script.h"
-#include "tests/support/wave_recorder.h"
 
 namespace {
 
-using simulator::Port;
-
-constexpr UINT AnalogIn = 0;
-constexpr UINT DigitalIn = 1;
 constexpr DWORD Rate = 44100;
 
 WaveFormat Stereo() {
@@ -29,8 +24,7 @@ TEST_F(RecordingClockTest, ADigitalRecordingAloneTakesItsSignalsClock) {
         EXPECT_EQ(Source(0), Digital);
         EXPECT_EQ(Cards().SampleRate(0), rate);
         // What else is opened meanwhile changes nothing.
-        WavePlayer player;
-        ASSERT_EQ(player.Open(0, PcmFormat(rate, 2, 16)), MMSYSERR_NOERROR);
+        WavePlayer player(0, PcmFormat(rate, 2, 16));
         EXPECT_EQ(Source(0), Digital);
         player.Shut();
         recorder.Shut();
@@ -42,9 +36,8 @@ TEST_F(RecordingClockTest, ADigitalRecordingAloneTakesItsSignalsClock) {
 TEST_F(RecordingClockTest, AnybodyElseRunsOnTheCardsOwnClock) {
     Cards().SetDigitalInputRate(0, Rate);
     WavePlayer player;
-    WaveRecorder analog;
     WaveRecorder digital;
-    ASSERT_EQ(analog.Open(AnalogIn, Stereo()), MMSYSERR_NOERROR);
+    WaveRecorder analog(AnalogIn, Stereo());
     EXPECT_EQ(Source(0), Internal);
     ASSERT_EQ(digital.Open(DigitalIn, Stereo()), MMSYSERR_NOERROR);
     EXPECT_EQ(Source(0), Internal) << "it came second";
@@ -65,8 +58,7 @@ TEST_F(RecordingClockTest, AnybodyElseRunsOnTheCardsOwnClock) {
 TEST_F(RecordingClockTest, InAGroupNobodyIsAlone) {
     Follow(1, 0);
     Cards().SetDigitalInputRate(1, Rate);
-    WaveRecorder recorder;
-    ASSERT_EQ(recorder.Open(2 + DigitalIn, Stereo()), MMSYSERR_NOERROR);
+    WaveRecorder recorder(2 + DigitalIn, Stereo());
     EXPECT_EQ(Source(0), Internal);
     EXPECT_EQ(Source(1), Link);
 }

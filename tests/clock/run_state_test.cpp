@@ -3,22 +3,13 @@
 #include <algorithm>
 
 #include "tests/clock/clock_script.h"
-#include "tests/support/wave_sound.h"
 
 namespace {
 
-using simulator::Port;
-
 constexpr DWORD Rate = 44100;
 
-// Card 1 follows card 0, card 3 follows card 2.
-class RunStateTest : public ClockTest {
+class RunStateTest : public TwoGroupsTest {
 protected:
-    RunStateTest() : ClockTest(4) {
-        Follow(1, 0);
-        Follow(3, 2);
-    }
-
     // What a run asks of a card outside its group: whether it drives the link, and to stop if it does.
     static Lines Asked(const Lines& lines, unsigned card) {
         const std::string number = std::to_string(card) + " ";
@@ -51,16 +42,13 @@ TEST_F(RunStateTest, ACardThatWasInitialisedHangsOnNoLink) {
 }
 
 TEST_F(RunStateTest, AFollowerThatWasRestoredIsOnTheLinkAgainWithTheNextStream) {
-    constexpr UINT Save = 0x4000;
-    constexpr UINT Restore = 0x4001;
     WavePlayer first;
     Run(first, 2, Rate);
-    for (const UINT message : {Save, Restore}) {
+    for (const UINT message : {SavePci, RestorePci}) {
         EXPECT_EQ(waveOutMessage(first.Handle(), message, 0, 0), MMSYSERR_NOERROR);
     }
     EXPECT_EQ(Source(1), 0u);
-    WavePlayer second;
-    ASSERT_EQ(second.Open(3, PcmFormat(Rate, 2, 16)), MMSYSERR_NOERROR);
+    WavePlayer second(3, PcmFormat(Rate, 2, 16));
     EXPECT_EQ(Source(1), Link);
 }
 
@@ -82,8 +70,7 @@ TEST_F(RunStateTest, ADisabledCardFollowsAndIsNotInitialised) {
     Fail("BIND_HANDLE", 8);
     Fail("BIND_HANDLE", 9);
     EXPECT_EQ(waveOutGetNumDevs(), 6u);
-    WavePlayer player;
-    ASSERT_EQ(player.Open(0, PcmFormat(Rate, 2, 16)), MMSYSERR_NOERROR);
+    WavePlayer player(0, PcmFormat(Rate, 2, 16));
     EXPECT_EQ(Source(1), Link);
     const uint8_t muted = Cards().CardRegister(1, 16);
     WakeUp();

@@ -1,20 +1,15 @@
 // Streams of one clock start on one frame of it: outputs together, inputs together, and all of them when
 // recording is locked to playback.
 #include <algorithm>
-#include <functional>
 #include <map>
 #include <optional>
 #include <thread>
 
 #include "simulator/requests/request_hold.h"
 #include "tests/clock/clock_script.h"
-#include "tests/support/wave_recorder.h"
 
 namespace {
 
-using simulator::Port;
-
-constexpr UINT DirectMode = 0x4002;
 constexpr unsigned TenthOfASecond = 4410;  // frames
 
 // Outputs are numbered 0 to 3, inputs 4 to 7, as devices of the two cards.
@@ -24,11 +19,6 @@ protected:
     StartTest() : ClockTest(2) {
         Cards().SetRequestTime(30);
         StoreSetting(0, TEXT("CheckClocks"), 0);
-    }
-    void TearDown() override {
-        players_.clear();
-        recorders_.clear();
-        ClockTest::TearDown();
     }
     void LockToPlayback() { StoreSetting(0, TEXT("Punchin"), 0); }
 

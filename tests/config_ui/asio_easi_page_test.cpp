@@ -1,7 +1,4 @@
 // The buffer sizes of the ASIO + EASI page: what is stored, shown, chosen and stored again.
-#include <windows.h>
-#include <commctrl.h>
-
 #include "config_ui/resource.h"
 #include "tests/support/sheet_test.h"
 
@@ -66,7 +63,11 @@ TEST_F(AsioEasiPageTest, OnlyAFourByteBinaryValueCounts) {
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.What);
-        StoreBufferSize(TEXT("AsioBufferSize"), each.Type, each.Data);
+        const auto store = [&each] {
+            StoreValue(CommonKey, TEXT("AsioBufferSize"), each.Data.data(),
+                       static_cast<DWORD>(each.Data.size()), each.Type);
+        };
+        store();
         Sheet& sheet = Open();
         const SheetPage page = sheet.Show(u"ASIO + EASI");
         EXPECT_EQ(page.Position(IDC_ASIO_BUFFER), static_cast<int>(each.Position));
@@ -74,7 +75,7 @@ TEST_F(AsioEasiPageTest, OnlyAFourByteBinaryValueCounts) {
         EXPECT_EQ(StoredBufferSize(u"AsioBufferSize"), each.Position);
         page.Slide(IDC_ASIO_BUFFER, 100);
         sheet.Apply();
-        StoreBufferSize(TEXT("AsioBufferSize"), each.Type, each.Data);
+        store();
         sheet.Accept();
         EXPECT_EQ(StoredBufferSize(u"AsioBufferSize"), each.IsKept ? each.Position : 100);
     }

@@ -1,16 +1,10 @@
 // The Clocks + Sync page: every card's clock source and place in the tree, as its user changes them, and
 // what is saved of it.
-#include <commctrl.h>
-#include <prsht.h>
-
 #include <optional>
-#include <string>
 
 #include "config_ui/resource.h"
 #include "tests/support/clock_tree_user.h"
 #include "tests/support/sheet_test.h"
-#include "tests/support/system.h"
-#include "tests/support/wave_player.h"
 
 namespace {
 
@@ -39,11 +33,10 @@ protected:
 
     // A new sheet; one that is open is cancelled first.
     void Open() {
-        sheet_ = &SheetTest::Open();
-        tree_.emplace(sheet_->Show(u"Clocks + Sync").Window());
+        SheetTest::Open();
+        tree_.emplace(Shown().Show(u"Clocks + Sync").Window());
     }
 
-    Sheet& Shown() { return *sheet_; }
     // A stream on the card, at 44100 Hz.
     static void Play(WavePlayer& player, UINT card) {
         ASSERT_EQ(player.Open(2 * card, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
@@ -99,7 +92,6 @@ protected:
     }
 
 private:
-    Sheet* sheet_ = nullptr;
     std::optional<ClockTreeUser> tree_;
     size_t boxesSeen_ = 0;
 };
@@ -280,8 +272,7 @@ TEST_F(ClocksPageTest, AStreamRunsOnWhatIsStored) {
 TEST_F(ClocksPageTest, ACardThatHasGotAMasterWakesUpAtItsOpenStreamsRate) {
     Open();
     Tree().Drag(u"B", u"A");
-    WavePlayer player;
-    ASSERT_EQ(player.Open(2, PcmFormat(96000, 2, 16)), MMSYSERR_NOERROR);
+    WavePlayer player(2, PcmFormat(96000, 2, 16));
     Shown().Accept();
     ASSERT_EQ(Saved(), "0 32>0 97 97");
     FallAsleep();
@@ -302,7 +293,7 @@ TEST_F(ClocksPageTest, AMasterThatNobodyFollowsAnyMoreStartsAtOnce) {
         Play(player, 0);
         Cards().ClearTrace();
         EXPECT_EQ(player.Write(Pattern(4000)), MMSYSERR_NOERROR);
-        const std::vector<std::string> lines = TraceText({"BEGIN", "MAP", "SET", "QUEUE", "START", "ARM"});
+        const Lines lines = TraceText({"BEGIN", "MAP", "SET", "QUEUE", "START", "ARM"});
         EXPECT_EQ(lines.empty(), !followed) << testing::PrintToString(lines);
     }
 }
@@ -362,11 +353,10 @@ TEST_F(ClocksPageTest, NothingChangesWhileAudioRuns) {
     // A source is the card's own affair, and direct mode does without the card's clock.
     Tree().Command(u"A", u'D');
     EXPECT_EQ(Told(), u"");
-    ASSERT_EQ(waveOutMessage(player.Handle(), 0x4002, 0, 0), MMSYSERR_NOERROR);
+    ASSERT_EQ(waveOutMessage(player.Handle(), DirectMode, 0, 0), MMSYSERR_NOERROR);
     Tree().Drag(u"C", u"A");
     EXPECT_EQ(Told(), u"");
     EXPECT_EQ(Outline(), u"A dig [C]; B auto; D auto");
-    player.Shut();
 }
 
 TEST_F(ClocksPageTest, TheDriverIsResetWhenTheUserInsists) {
@@ -426,7 +416,6 @@ TEST_F(ClocksPageTest, AFreedCardOnWhichAStreamOpensStaysAsShown) {
     Shown().Apply();
     EXPECT_EQ(Saved(), "0 64 97 97");
     EXPECT_EQ(Outline(), freed);
-    player.Shut();
 }
 
 WNDPROC treeProcedure = nullptr;
@@ -464,13 +453,8 @@ TEST_F(ClocksPageTest, TheTreeStaysOpen) {
     EXPECT_EQ(Outline(), before);
 }
 
-template <unsigned Count>
-class ClocksPageOf : public ClocksPageTest {
-protected:
-    ClocksPageOf() : ClocksPageTest(Count) {}
-};
-using OneCardTest = ClocksPageOf<1>;
-using SixteenCardsTest = ClocksPageOf<16>;
+using OneCardTest = WithCards<ClocksPageTest, 1>;
+using SixteenCardsTest = WithCards<ClocksPageTest, 16>;
 
 TEST_F(OneCardTest, ACardAloneIsNobodysMaster) {
     Open();

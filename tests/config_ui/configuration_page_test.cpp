@@ -1,19 +1,10 @@
 // The Configuration page: what it shows of the stored settings, what it stores, and what its options do to
 // each other and to the other pages before that.
-#include <windows.h>
-#include <commctrl.h>
-
 #include <array>
-#include <string>
-#include <vector>
 
 #include "config_ui/resource.h"
 #include "tests/support/clock_tree_user.h"
 #include "tests/support/sheet_test.h"
-#include "tests/support/system.h"
-#include "tests/support/text.h"
-#include "tests/support/wave_formats.h"
-#include "tests/support/wave_player.h"
 
 namespace {
 
@@ -31,7 +22,7 @@ constexpr const WCHAR* Numbers[] = {TEXT("Left24"),      TEXT("AdvancedMonitorin
 
 class ConfigurationPageTest : public SheetTest {
 protected:
-    explicit ConfigurationPageTest(unsigned cards = 1) : SheetTest(cards) {}
+    using SheetTest::SheetTest;
 
     static Controls Checked(const SheetPage& page) {
         Controls checked;
@@ -68,10 +59,7 @@ protected:
     }
 };
 
-class TwoCardsConfiguration : public ConfigurationPageTest {
-protected:
-    TwoCardsConfiguration() : ConfigurationPageTest(2) {}
-};
+using TwoCardsConfiguration = WithCards<ConfigurationPageTest, 2>;
 
 TEST_F(ConfigurationPageTest, ShowsTheDefaultsAndWhatIsStored) {
     const SheetPage defaults = Open().Current();

@@ -3,9 +3,6 @@
 
 #include "tests/support/clock_tree_user.h"
 #include "tests/support/sheet_test.h"
-#include "tests/support/system.h"
-#include "tests/support/wave_player.h"
-#include "tests/support/wave_recorder.h"
 
 namespace {
 
@@ -28,10 +25,9 @@ TEST_F(DriverResetTest, StreamsThatAreClosedLaterLeaveTheClockFree) {
         SCOPED_TRACE(rate);
         const WaveFormat after = PcmFormat(rate, 2, 16);
         WavePlayer players[2];
-        WaveRecorder recorder;
         ASSERT_EQ(players[0].Open(0, before), MMSYSERR_NOERROR);
         ASSERT_EQ(players[1].Open(2, before), MMSYSERR_NOERROR);
-        ASSERT_EQ(recorder.Open(0, before), MMSYSERR_NOERROR);
+        WaveRecorder recorder(0, before);
         ASSERT_EQ(players[0].Write(Pattern(40000)), MMSYSERR_NOERROR);
         ResetDriver();
         for (WavePlayer& player : players) {
@@ -57,11 +53,9 @@ TEST_F(DriverResetTest, StreamsThatAreClosedLaterLeaveTheClockFree) {
 
 // The stream that is closed after the reset is not the one that has its port's mark by then.
 TEST_F(DriverResetTest, ACloseCountsDownOnlyItsOwn) {
-    WavePlayer first;
-    WavePlayer second;
-    ASSERT_EQ(first.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    WavePlayer first(0, PcmFormat(44100, 2, 16));
     ResetDriver();
-    ASSERT_EQ(second.Open(1, PcmFormat(48000, 2, 16)), MMSYSERR_NOERROR);
+    const WavePlayer second(1, PcmFormat(48000, 2, 16));
     EXPECT_EQ(first.Close(), MMSYSERR_NOERROR);
     WavePlayer third;
     EXPECT_EQ(third.Open(0, PcmFormat(44100, 2, 16)), unsigned{WAVERR_BADFORMAT}) << "the second still runs";
@@ -72,8 +66,7 @@ TEST_F(DriverResetTest, ACloseCountsDownOnlyItsOwn) {
 TEST_F(DriverResetTest, AnOpenStreamsCardKeepsItsRateWhenItIsFreed) {
     StoreText(1, TEXT("Name"), u"B");
     Follow(1, 0);
-    WavePlayer player;
-    ASSERT_EQ(player.Open(2, PcmFormat(48000, 2, 16)), MMSYSERR_NOERROR);
+    WavePlayer player(2, PcmFormat(48000, 2, 16));
     ResetDriver();
     Sheet& sheet = Open();
     ClockTreeUser(sheet.Show(u"Clocks + Sync").Window()).Command(u"B", u'S');
@@ -81,7 +74,6 @@ TEST_F(DriverResetTest, AnOpenStreamsCardKeepsItsRateWhenItIsFreed) {
     FallAsleep();
     WakeUp();
     EXPECT_EQ(Cards().SampleRate(1), 48000u);
-    player.Shut();
 }
 
 }  // namespace

@@ -1,12 +1,8 @@
 // The Monitor page: eight gains on the screen, in the card while it plays and records, and in what is saved.
 #include <array>
 #include <cmath>
-#include <string>
 
 #include "tests/support/sheet_test.h"
-#include "tests/support/system.h"
-#include "tests/support/wave_player.h"
-#include "tests/support/wave_recorder.h"
 
 namespace {
 
@@ -14,7 +10,7 @@ constexpr int AdvancedMonitoring = 1003;
 
 // One number for each mixer input: analog and digital input, analog and digital playback into the analog
 // output, then the same into the digital one.
-using Eight = std::array<int, 8>;
+using Eight = std::array<DWORD, 8>;
 
 constexpr Eight DefaultGains = {128, 0, 128, 0, 0, 128, 0, 128};
 
@@ -24,22 +20,13 @@ constexpr int SliderOf(size_t input) {
 
 class MonitorPageTest : public SheetTest {
 protected:
-    void StoreCodes(const Eight& codes, DWORD gain = 0) {
-        DWORD block[17] = {sizeof block};
-        for (size_t input = 0; input < codes.size(); ++input) {
-            block[1 + input] = static_cast<DWORD>(codes[input]);
-            block[9 + input] = gain;
-        }
-        StoreBinary(0, TEXT("Monitor"), block, sizeof block);
-    }
-
     SheetPage OpenPage() { return ShowPage(Open()); }
     static SheetPage ShowPage(const Sheet& sheet) { return sheet.Show(u"Monitor: 'Kestrelvox'"); }
 
     static Eight Positions(const SheetPage& page) {
         Eight positions = {};
         for (size_t input = 0; input < positions.size(); ++input) {
-            positions[input] = page.Position(SliderOf(input));
+            positions[input] = static_cast<DWORD>(page.Position(SliderOf(input)));
         }
         return positions;
     }
@@ -49,32 +36,20 @@ protected:
         }
     }
 
-    Eight CardGains() {
-        Eight gains = {};
-        for (unsigned input = 0; input < gains.size(); ++input) {
-            gains[input] = static_cast<int>(Cards().MixerGain(0, input));
-        }
-        return gains;
-    }
-
-    // Words `first` and on of the saved block.
-    Eight SavedWords(size_t first) {
+    static Eight Saved(size_t first) {
         Eight words = {};
-        const std::optional<RegistryValue> block = ReadRegistry(ConfigKey(), u"Monitor");
-        if (block && block->Bytes.size() == 68) {
-            for (size_t i = 0; i < words.size(); ++i) {
-                words[i] = block->Bytes[4 * (first + i)];
-            }
+        for (unsigned input = 0; input < words.size(); ++input) {
+            words[input] = StoredMonitor(input, first);
         }
         return words;
     }
-    Eight SavedCodes() { return SavedWords(1); }
-    Eight SavedGains() { return SavedWords(9); }
+    static Eight SavedCodes() { return Saved(1); }
+    static Eight SavedGains() { return Saved(9); }
 };
 
 TEST_F(MonitorPageTest, AGainIsShownInDecibelsAndSavedAsACodeAndAGain) {
     StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
-    StoreCodes({0, 17, 200, 64, 19, 82, 18, static_cast<int>(0x80000000)});
+    StoreMonitor({0, 17, 200, 64, 19, 82, 18, 0x80000000}, {});
     Sheet& sheet = Open();
     const SheetPage page = ShowPage(sheet);
     EXPECT_EQ(Positions(page), (Eight{18, 18, 83, 64, 19, 82, 18, 83}));
@@ -95,14 +70,13 @@ TEST_F(MonitorPageTest, AGainIsShownInDecibelsAndSavedAsACodeAndAGain) {
 
 TEST_F(MonitorPageTest, EachPositionSaysWhatItsGainIs) {
     const SheetPage page = OpenPage();
-    WaveRecorder recorder;
-    ASSERT_EQ(recorder.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
-    int before = 0;
-    int gains = 0;
+    WaveRecorder recorder(0, PcmFormat(44100, 2, 16));
+    DWORD before = 0;
+    DWORD gains = 0;
     int tenths = 0;
     for (int position = 19; position <= 83; ++position) {
         page.Slide(SliderOf(0), position);
-        const int gain = CardGains()[0];
+        const DWORD gain = MixerGains()[0];
         EXPECT_GE(gain, before);
         before = gain;
         const std::u16string text = page.Text(SliderOf(0) + 1);
@@ -111,7 +85,7 @@ TEST_F(MonitorPageTest, EachPositionSaysWhatItsGainIs) {
         gains += gain;
         tenths += static_cast<int>(std::lround(decibels * 10));
     }
-    EXPECT_EQ(gains, 2352) << "all of them: not every text is that of the nearest gain";
+    EXPECT_EQ(gains, 2352u) << "all of them: not every text is that of the nearest gain";
     EXPECT_EQ(tenths, -11511);
 }
 
@@ -129,19 +103,19 @@ TEST_F(MonitorPageTest, OnlyOpenDevicesAreHeardAtOnce) {
         const SheetPage page = ShowPage(sheet);
         Cards().ClearTrace();
         SlideAll(page, 50);
-        EXPECT_EQ(TraceText(), std::vector<std::string>()) << "requests for devices that are not open";
+        EXPECT_EQ(TraceText(), Lines()) << "requests for devices that are not open";
 
         WavePlayer player;
         WaveRecorder recorder;
         const WaveFormat format = PcmFormat(44100, 2, 16);
         ASSERT_EQ(device.Input ? recorder.Open(device.Device, format) : player.Open(device.Device, format),
                   MMSYSERR_NOERROR);
-        Eight expected = CardGains();
+        Eight expected = MixerGains();
         SlideAll(page, 64);
         for (const size_t input : device.Inputs) {
             expected[input] = 50;
         }
-        EXPECT_EQ(CardGains(), expected);
+        EXPECT_EQ(MixerGains(), expected);
         // Through the device's own handle: what is selected, and its gain.
         Cards().ClearTrace();
         page.Slide(SliderOf(device.Inputs[0]), 82);
@@ -151,7 +125,7 @@ TEST_F(MonitorPageTest, OnlyOpenDevicesAreHeardAtOnce) {
         for (const size_t input : device.Inputs) {
             expected[input] = DefaultGains[input];
         }
-        EXPECT_EQ(CardGains(), expected);
+        EXPECT_EQ(MixerGains(), expected);
     }
 }
 
@@ -185,10 +159,9 @@ TEST_F(MonitorPageTest, WithoutAdvancedMonitoringEachPlaybackGoesItsOwnWay) {
     for (const auto& each : cases) {
         SCOPED_TRACE(static_cast<int>(&each - cases));
         StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
-        StoreCodes(stored, 50);
+        StoreMonitor(stored, {50, 50, 50, 50, 50, 50, 50, 50});
         Reload();
-        WavePlayer player;
-        ASSERT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+        WavePlayer player(0, PcmFormat(44100, 2, 16));
         Sheet& sheet = Open();
         if (each.MonitorFirst) {
             expectShown(ShowPage(sheet), stored, true);
@@ -196,14 +169,13 @@ TEST_F(MonitorPageTest, WithoutAdvancedMonitoringEachPlaybackGoesItsOwnWay) {
         for (unsigned click = 0; click < each.Clicks; ++click) {
             sheet.Show(0).Click(AdvancedMonitoring);
         }
-        WavePlayer digital;
-        ASSERT_EQ(digital.Open(1, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
-        EXPECT_EQ(CardGains()[3], 0);
-        EXPECT_EQ(CardGains()[7], 128);
+        WavePlayer digital(1, PcmFormat(44100, 2, 16));
+        EXPECT_EQ(MixerGains()[3], 0u);
+        EXPECT_EQ(MixerGains()[7], 128u);
         if (each.MonitorAfter) {
             expectShown(ShowPage(sheet), standard, each.Clicks == 2);
-            EXPECT_EQ(CardGains()[2], 128);
-            EXPECT_EQ(CardGains()[6], 0);
+            EXPECT_EQ(MixerGains()[2], 128u);
+            EXPECT_EQ(MixerGains()[6], 0u);
         }
         if (each.Ending == Applied) {
             sheet.Apply();
@@ -214,10 +186,10 @@ TEST_F(MonitorPageTest, WithoutAdvancedMonitoringEachPlaybackGoesItsOwnWay) {
         const bool kept = each.Ending == Cancelled;
         digital.Shut();
         ASSERT_EQ(digital.Open(1, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
-        EXPECT_EQ(CardGains()[7] == 128, !kept);
+        EXPECT_EQ(MixerGains()[7] == 128, !kept);
         if (each.MonitorFirst || each.MonitorAfter) {
-            EXPECT_EQ(CardGains()[2], kept ? 50 : 128);
-            EXPECT_EQ(CardGains()[6], kept ? 50 : 0);
+            EXPECT_EQ(MixerGains()[2], kept ? 50u : 128u);
+            EXPECT_EQ(MixerGains()[6], kept ? 50u : 0u);
             EXPECT_EQ(SavedCodes(), kept ? stored : standard);
         }
         EXPECT_EQ(Positions(ShowPage(Open())), kept ? stored : standard) << "the next time";
@@ -236,8 +208,7 @@ TEST_F(MonitorPageTest, ARouteThatIsResetToWhatItWasShowsItsGain) {
 
 TEST_F(MonitorPageTest, ACardThatIsGoneTakesNoGains) {
     Sheet& sheet = Open();
-    WaveRecorder recorder;
-    ASSERT_EQ(recorder.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    WaveRecorder recorder(0, PcmFormat(44100, 2, 16));
     const SheetPage page = ShowPage(sheet);
     Cards().SetPresent(0, false);
     page.Slide(SliderOf(0), 18);
@@ -246,7 +217,6 @@ TEST_F(MonitorPageTest, ACardThatIsGoneTakesNoGains) {
     ASSERT_FALSE(test_system::MessageBoxes().empty());
     EXPECT_EQ(test_system::MessageBoxes().back().Text,
               u"Could not save configuration information in registry");
-    recorder.Shut();
 }
 
 }  // namespace

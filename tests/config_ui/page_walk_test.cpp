@@ -1,14 +1,9 @@
 // Each page of the sheet under the keyboard, and its sliders under the mouse: by what is posted to the
 // control with the focus, as the system posts it.
-#include <commctrl.h>
-#include <mmddk.h>
-#include <prsht.h>
-
 #include <ostream>
 
 #include "config_ui/resource.h"
 #include "tests/support/sheet_test.h"
-#include "tests/support/system.h"
 #include "tests/support/window_visit.h"
 
 namespace {

@@ -1,29 +1,18 @@
 // The sheet as a whole: which pages it has, how it is asked for and what it answers, and its help.
 #include "tests/support/sheet_test.h"
 
-#include <windows.h>
-#include <commctrl.h>
-#include <mmddk.h>
-#include <prsht.h>
-
 #include <array>
 
 #include "config_ui/resource.h"
-#include "tests/support/system.h"
 
 namespace {
 
 using Texts = std::vector<std::u16string>;
 using test_system::HelpRequest;
 
-template <unsigned Count>
-class SheetOf : public SheetTest {
-protected:
-    SheetOf() : SheetTest(Count) {}
-};
-using SheetFrameTest = SheetOf<1>;
-using SeveralCards = SheetOf<2>;
-using AllCards = SheetOf<simulator::MaxCards>;
+using SheetFrameTest = WithCards<SheetTest, 1>;
+using SeveralCards = WithCards<SheetTest, 2>;
+using AllCards = WithCards<SheetTest, simulator::MaxCards>;
 
 TEST_F(SeveralCards, HaveTheirPagesOneAfterTheOther) {
     NameCards();

@@ -1,6 +1,4 @@
 // Two sheets at once: each stores what was changed on it, and shows one state of what both change.
-#include <windows.h>
-
 #include <atomic>
 #include <thread>
 
@@ -27,11 +25,6 @@ protected:
         }
     }
     static ClockTreeUser Tree(const Sheet& sheet) { return ClockTreeUser(sheet.Show(Clocks).Window()); }
-
-    static DWORD StoredGainCode(unsigned input) {
-        const std::optional<RegistryValue> block = ReadRegistry(ConfigKey(), u"Monitor");
-        return block && block->Bytes.size() == 68 ? block->Bytes[4 * (1 + input)] : 0;
-    }
 };
 
 TEST_F(TwoSheetsTest, ALaterOkKeepsWhatTheOtherStored) {
@@ -73,8 +66,8 @@ TEST_F(TwoSheetsTest, ALaterOkKeepsWhatTheOtherStored) {
     EXPECT_EQ(StoredNumber(u"CopyProtect"), 1u);
     EXPECT_EQ(StoredNumber(u"DitherADC"), 3u);
     EXPECT_EQ(StoredNumber(u"Left24"), 0u);
-    EXPECT_EQ(StoredGainCode(0), 50u);
-    EXPECT_EQ(StoredGainCode(1), 60u);
+    EXPECT_EQ(StoredMonitor(0), 50u);
+    EXPECT_EQ(StoredMonitor(1), 60u);
     EXPECT_EQ(StoredNumber(u"ClockSource", 0), 64u);
     EXPECT_EQ(StoredNumber(u"ClockSource", 1), 64u);
     EXPECT_EQ(ReadRegistry(ConfigKey(2), u"Master"),
@@ -120,8 +113,8 @@ TEST_F(TwoSheetsTest, APageThatIsFirstShownPutsTheStoredGainsBack) {
     EXPECT_EQ(first.Show(1).Position(Input), 60) << "from then on they are everybody's";
     second.Dismiss();
     first.Accept();
-    EXPECT_EQ(StoredGainCode(0), 83u);
-    EXPECT_EQ(StoredGainCode(2), 83u);
+    EXPECT_EQ(StoredMonitor(0), 83u);
+    EXPECT_EQ(StoredMonitor(2), 83u);
 }
 
 TEST_F(TwoSheetsTest, AnOkStoresTheClockSourcesOfBoth) {

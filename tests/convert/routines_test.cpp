@@ -2,11 +2,7 @@
 // changing alignments, without a byte outside its buffers.
 #include "convert/routines.h"
 
-#include <gtest/gtest.h>
-
 #include <cstring>
-#include <functional>
-#include <vector>
 
 #include "tests/support/wave_player.h"
 #include "tests/support/wave_sound.h"
@@ -84,16 +80,18 @@ std::vector<RoutineSet> Sets() {
 }
 
 TEST(RoutinesTest, ExpandEveryCode) {
+    const WaveFormat aLaw = TaggedFormat(WAVE_FORMAT_ALAW, 8000, 1, 8);
+    const WaveFormat muLaw = TaggedFormat(WAVE_FORMAT_MULAW, 8000, 1, 8);
     std::vector<BYTE> codes(256);
     for (size_t i = 0; i < codes.size(); ++i) {
         codes[i] = static_cast<BYTE>(i);
     }
     for (const RoutineSet& set : Sets()) {
         SCOPED_TRACE(set.Name);
-        for (const auto& [table, sample] :
-             {std::pair(&ALawTable, &ALawSample), std::pair(&MuLawTable, &MuLawSample)}) {
-            const Rule rule = [decode = sample](BYTE* to, const BYTE* from, size_t, DitherState&) {
-                const auto value = static_cast<int16_t>(decode(*from));
+        for (const auto& [table, law] : {std::pair(&ALawTable, aLaw), std::pair(&MuLawTable, muLaw)}) {
+            const std::vector<simulator::Frame> sound = Sound(law, codes);
+            const Rule rule = [&sound](BYTE* to, const BYTE* from, size_t, DitherState&) {
+                const auto value = static_cast<int16_t>(sound[*from].Left >> 16);
                 memcpy(to, &value, sizeof value);
             };
             const Convert convert = [&set, values = table](BYTE* to, const BYTE* from, size_t count,
@@ -105,10 +103,11 @@ TEST(RoutinesTest, ExpandEveryCode) {
             }
         }
     }
-    EXPECT_EQ(MuLawSample(0x00), -32124);
-    EXPECT_EQ(MuLawSample(0x7F), 0);
-    EXPECT_EQ(ALawSample(0xD5), 8);
-    EXPECT_EQ(ALawSample(0xAA), 32256);
+    const auto sample = [](const WaveFormat& law, BYTE code) { return Sound(law, {code})[0].Left >> 16; };
+    EXPECT_EQ(sample(muLaw, 0x00), -32124);
+    EXPECT_EQ(sample(muLaw, 0x7F), 0);
+    EXPECT_EQ(sample(aLaw, 0xD5), 8);
+    EXPECT_EQ(sample(aLaw, 0xAA), 32256);
 }
 
 TEST(RoutinesTest, ExpandAndPack24) {

@@ -1,7 +1,6 @@
 // The capabilities that the driver itself fills in, byte for byte.
 #include <cstring>
 
-#include "tests/support/driver_library.h"
 #include "tests/support/driver_test.h"
 
 namespace {

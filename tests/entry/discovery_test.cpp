@@ -1,28 +1,10 @@
 // Which cards the first load finds, what it asks them, and what the system then lists.
-#include <memory>
-#include <string>
-#include <vector>
-
-#include "tests/support/driver_library.h"
 #include "tests/support/driver_test.h"
-#include "tests/support/system.h"
-#include "tests/support/text.h"
-#include "tests/support/wave_player.h"
 
 namespace {
 
-// Of an output and of the input of that number; empty when there is none.
-std::u16string DeviceName(UINT device) {
-    WAVEOUTCAPSW output = {};
-    WAVEINCAPSW input = {};
-    waveOutGetDevCapsW(device, &output, sizeof output);
-    waveInGetDevCapsW(device, &input, sizeof input);
-    EXPECT_EQ(Utf16(output.szPname), Utf16(input.szPname));
-    return Utf16(output.szPname);
-}
-
 // Everything that the discovery asks of one card but the initialisation of its registers.
-std::vector<std::string> DiscoveryOf(unsigned card) {
+Lines DiscoveryOf(unsigned card) {
     const std::string bind = "BIND_HANDLE " + std::to_string(card) + " control";
     return {bind,
             "RELEASE_CHANNEL",  // is it there?
@@ -38,10 +20,7 @@ std::vector<std::string> DiscoveryOf(unsigned card) {
             "RELEASE_CHANNEL"};
 }
 
-class FullMachineTest : public DriverTest {
-protected:
-    FullMachineTest() : DriverTest(simulator::MaxCards) {}
-};
+using FullMachineTest = WithCards<DriverTest, simulator::MaxCards>;
 
 TEST_F(FullMachineTest, EveryCardIsAskedOnceAndGivesFourDevices) {
     const auto name = [](unsigned card) {
@@ -52,12 +31,11 @@ TEST_F(FullMachineTest, EveryCardIsAskedOnceAndGivesFourDevices) {
     }
     EXPECT_EQ(waveOutGetNumDevs(), 2 * simulator::MaxCards);
     EXPECT_EQ(waveInGetNumDevs(), 2 * simulator::MaxCards);
-    std::vector<std::string> expected;
+    Lines expected;
     for (unsigned card = 0; card < simulator::MaxCards; ++card) {
         EXPECT_EQ(DeviceName(2 * card), name(card) + u" Analog");
         EXPECT_EQ(DeviceName(2 * card + 1), name(card) + u" Digital");
-        const std::vector<std::string> requests = DiscoveryOf(card);
-        expected.insert(expected.end(), requests.begin(), requests.end());
+        expected = expected + DiscoveryOf(card);
     }
     EXPECT_EQ(TraceText({"write", "read", "stall"}), expected);
     EXPECT_EQ(Cards().OpenFiles(), 0u) << "the driver keeps no card open without a stream";
@@ -81,10 +59,6 @@ protected:
         return player.Open(device, PcmFormat(44100, 2, 16));
     }
     void Load() { library_ = std::make_unique<DriverLibrary>(); }
-    void TearDown() override {
-        library_.reset();
-        DriverTest::TearDown();
-    }
 
     std::unique_ptr<DriverLibrary> library_;
 };
@@ -102,8 +76,7 @@ TEST_F(DiscoveryTest, EndsAtTheFirstCardThatIsMissing) {
             EXPECT_EQ(Capabilities(device), device < 2 * missing ? MMSYSERR_NOERROR : MMSYSERR_BADDEVICEID)
                 << device;
         }
-        EXPECT_EQ(TraceText({"write", "read", "stall"}),
-                  missing == 0 ? std::vector<std::string>() : DiscoveryOf(0));
+        EXPECT_EQ(TraceText({"write", "read", "stall"}), missing == 0 ? Lines() : DiscoveryOf(0));
         library_.reset();
         Cards().SetPresent(missing, true);
     }

@@ -1,11 +1,5 @@
 // The answers to installable-driver messages, and what a driver that is let go leaves behind.
-#include <string>
-#include <vector>
-
-#include "tests/support/driver_library.h"
 #include "tests/support/driver_test.h"
-#include "tests/support/system.h"
-#include "tests/support/wave_formats.h"
 
 namespace {
 
@@ -25,14 +19,8 @@ protected:
 
     // The driver's instance of a stream that tells every message to `messages`.
     static DWORD_PTR OpenOutput(const DriverLibrary& library, UINT device, int* messages) {
-        WaveFormat format = PcmFormat(44100, 2, 16);
-        WAVEOPENDESC description = {};
-        description.lpFormat = reinterpret_cast<LPWAVEFORMAT>(&format.Basic());
-        description.dwCallback = reinterpret_cast<DWORD_PTR>(&CountMessage);
-        description.dwInstance = reinterpret_cast<DWORD_PTR>(messages);
         DWORD_PTR user = 0;
-        EXPECT_EQ(library.WaveOut(device, WODM_OPEN, reinterpret_cast<DWORD_PTR>(&user),
-                                  reinterpret_cast<DWORD_PTR>(&description), CALLBACK_FUNCTION),
+        EXPECT_EQ(library.Open(true, device, PcmFormat(44100, 2, 16), CountMessage, messages, &user),
                   MMSYSERR_NOERROR);
         return user;
     }
@@ -71,7 +59,7 @@ TEST_F(DriverProcTest, EveryMessageHasItsAnswer) {
         EXPECT_EQ(library.DriverProc(test.Message, test.Param1), test.Answer)
             << "message " << test.Message << ", " << test.Param1;
     }
-    EXPECT_EQ(TraceText(), std::vector<std::string>{}) << "none of them is a card's affair";
+    EXPECT_EQ(TraceText(), Lines{}) << "none of them is a card's affair";
 }
 
 // The library stays loaded between DRV_FREE and the next DRV_LOAD. Clients hear of their open, and never of a
@@ -93,7 +81,7 @@ TEST_F(DriverProcTest, FreeClosesTheStreamsAndLoadWorksAgain) {
             EXPECT_FALSE(MutexExists(TEXT("ZPH_Kestrelvox_Wave_Driver_Mutex")));
             Cards().ClearTrace();
             EXPECT_EQ(library.DriverProc(DRV_FREE), 1);
-            EXPECT_EQ(TraceText(), std::vector<std::string>{}) << "nothing is left for the second";
+            EXPECT_EQ(TraceText(), Lines{}) << "nothing is left for the second";
         }
         EXPECT_EQ(library.DriverProc(DRV_LOAD), 1);
         ASSERT_NE(OpenOutput(library, 0, &messages), 0u);

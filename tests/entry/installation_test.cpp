@@ -1,11 +1,6 @@
 // What installation and removal write into the registry, and the texts of the event log to which that points.
-#include <string>
-
-#include "tests/support/driver_library.h"
 #include "tests/support/driver_test.h"
 #include "tests/support/registry.h"
-#include "tests/support/system.h"
-#include "tests/support/text.h"
 
 namespace {
 

@@ -1,22 +1,13 @@
 // What a sleep and a wake-up of the computer ask of linked cards, and what streams find after wake-ups of
 // every kind.
-#include <mmddk.h>
-
 #include <algorithm>
 #include <map>
-#include <vector>
 
 #include "tests/clock/clock_script.h"
-#include "tests/support/driver_library.h"
-#include "tests/support/system.h"
-#include "tests/support/wave_player.h"
-#include "tests/support/wave_recorder.h"
-#include "tests/support/wave_sound.h"
 
 namespace {
 
 using simulator::OutputStatus;
-using simulator::Port;
 
 constexpr DWORD Rate = 48000;
 const WaveFormat Format = PcmFormat(Rate, 2, 16);
@@ -24,11 +15,6 @@ const WaveFormat Format = PcmFormat(Rate, 2, 16);
 class WakeUpTest : public DriverTest {
 protected:
     explicit WakeUpTest(unsigned cards = 2) : DriverTest(cards) {}
-
-    void TearDown() override {
-        players_.clear();
-        DriverTest::TearDown();
-    }
 
     void SleepForASecond() {
         FallAsleep();
@@ -185,13 +171,6 @@ TEST_F(MissingCardTest, TheOthersGoOnWithoutIt) {
 
 class WakeUpKindTest : public WakeUpTest {
 protected:
-    void TearDown() override {
-        for (WaveRecorder& recorder : recorders_) {
-            recorder.Shut();
-        }
-        WakeUpTest::TearDown();
-    }
-
     // Both cards play and record.
     void Begin() {
         Open({0, 1});
@@ -301,9 +280,8 @@ TEST_F(WakeUpKindTest, OneAfterTheOtherStartsNobody) {
 
 // An open would be refused for it, for the clock's sake and for the input's, and a user told.
 TEST_F(WakeUpTest, WrongIncomingRateIsIgnored) {
-    WaveRecorder recorder;
     Cards().SetDigitalInputRate(0, Rate);
-    ASSERT_EQ(recorder.Open(1, Format), MMSYSERR_NOERROR);
+    WaveRecorder recorder(1, Format);
     ASSERT_EQ(recorder.Add(4000), MMSYSERR_NOERROR);
     ASSERT_EQ(recorder.Start(), MMSYSERR_NOERROR);
     SleepForASecond();

@@ -1,11 +1,7 @@
 // Wave messages before they reach a stream: which need one, and which mean nothing.
-#include "tests/support/driver_library.h"
 #include "tests/support/output_test.h"
-#include "tests/support/wave_recorder.h"
 
 namespace {
-
-constexpr UINT DirectMode = 0x4002;
 
 using WaveDispatchTest = OutputTest;
 
@@ -18,18 +14,17 @@ TEST_F(WaveDispatchTest, WithoutAStreamEveryMessageIsInvalid) {
     for (UINT message = WIDM_CLOSE; message <= 70; ++message) {
         EXPECT_EQ(library.WaveIn(0, message, 0), MMSYSERR_INVALPARAM) << message;
     }
-    for (const UINT message : {0x4000u, 0x4001u, 0x4002u, 0u, 1u, 2u}) {
+    for (const UINT message : {SavePci, RestorePci, DirectMode, 0u, 1u, 2u}) {
         EXPECT_EQ(library.WaveOut(0, message, 0), MMSYSERR_INVALPARAM) << message;
         EXPECT_EQ(library.WaveIn(0, message, 0), MMSYSERR_INVALPARAM) << message;
     }
-    EXPECT_EQ(TraceText(), std::vector<std::string>{});
+    EXPECT_EQ(TraceText(), Lines{});
 }
 
 // Of the private messages an input knows direct mode only.
 TEST_F(WaveDispatchTest, UnknownMessagesAreNotSupported) {
-    WaveRecorder recorder;
-    ASSERT_EQ(player_.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
-    ASSERT_EQ(recorder.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    Open();
+    const WaveRecorder recorder(0, PcmFormat(44100, 2, 16));
     Cards().ClearTrace();
     for (const UINT message : {UINT{WODM_PREPARE}, UINT{WODM_UNPREPARE}, UINT{WODM_GETPITCH},
                                UINT{WODM_SETPITCH}, UINT{WODM_GETPLAYBACKRATE}, UINT{WODM_SETPLAYBACKRATE},
@@ -37,11 +32,11 @@ TEST_F(WaveDispatchTest, UnknownMessagesAreNotSupported) {
         EXPECT_EQ(Send(message), MMSYSERR_NOTSUPPORTED) << message;
     }
     for (const UINT message :
-         {UINT{WIDM_PREPARE}, UINT{WIDM_UNPREPARE}, 61u, UINT{WODM_PAUSE}, 0x4000u, 0x4001u, 0x4003u}) {
+         {UINT{WIDM_PREPARE}, UINT{WIDM_UNPREPARE}, 61u, UINT{WODM_PAUSE}, SavePci, RestorePci, 0x4003u}) {
         EXPECT_EQ(waveInMessage(recorder.Handle(), message, 0, 0), MMSYSERR_NOTSUPPORTED) << message;
     }
     EXPECT_EQ(waveInMessage(recorder.Handle(), DirectMode, 0, 0), MMSYSERR_NOERROR);
-    EXPECT_EQ(TraceText(), std::vector<std::string>{"write port 0 = C0 / C0"});
+    EXPECT_EQ(TraceText(), Lines{"write port 0 = C0 / C0"});
 }
 
 }  // namespace

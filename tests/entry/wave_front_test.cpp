@@ -1,8 +1,4 @@
 // The multimedia front between programs and the driver: what it answers itself, and what becomes of handles.
-#include <windows.h>
-#include <mmddk.h>
-#include <mmreg.h>
-
 #include "tests/support/output_test.h"
 
 namespace {

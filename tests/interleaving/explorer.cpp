@@ -154,7 +154,8 @@ void Explorer::RunHeld(const Script& script, const HoldPoint& point, const std::
 }
 
 void Explorer::Begin(const Script& script, size_t act, Message message, HoldPoint point) {
-    SideOf(script, act).Do<&Side::Begin>(act, message, script.Acts[act].Stream, point.Code());
+    SideOf(script, act)
+        .Do<&Side::Begin>(act, message, script.Acts[act].Stream, point.Nth, point.After, point.InCallback);
 }
 
 std::vector<int64_t> Explorer::SendInTurn(const Script& script, const std::vector<SingleMessage>& order,

@@ -1,11 +1,10 @@
 #include "tests/interleaving/scene.h"
 
 #include <algorithm>
-#include <chrono>
 #include <set>
-#include <thread>
 
 #include "tests/interleaving/card_view.h"
+#include "tests/support/wait.h"
 
 namespace interleaving {
 namespace {
@@ -43,15 +42,7 @@ bool Ends(const Act& act, unsigned stream, const Setting& setting) {
 
 // A stream that was closed from inside its callback is let go when the service thread comes to its end.
 bool BecomesFree(const StreamPlan& plan) {
-    constexpr std::chrono::seconds LongestWait(60);
-    const auto end = std::chrono::steady_clock::now() + LongestWait;
-    while (ChannelOf(plan).Owner.Id != 0) {
-        if (std::chrono::steady_clock::now() > end) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
+    return ComesTrue([&plan] { return ChannelOf(plan).Owner.Id == 0; });
 }
 
 }  // namespace
@@ -85,12 +76,6 @@ void Scene::TellOthers(unsigned program, bool held) {
     }
 }
 
-void Scene::SendAll(Message message) {
-    for (Line& side : sides_) {
-        side.Do<&Side::Send>(message, 0);
-    }
-}
-
 void Scene::Prepare(Start from) {
     for (Line& side : sides_) {
         side.Do<&Side::Renew>();
@@ -106,7 +91,9 @@ void Scene::Prepare(Start from) {
     }
     Advance(5 * Millisecond);
     if (IsAsleep(from)) {
-        SendAll(Message::Suspend);
+        for (Line& side : sides_) {
+            side.Do<&Side::Send>(Message::Suspend, 0);
+        }
         sides_[0].Do<&Side::PowerCycle>();
     }
     for (unsigned stream = 0; from == Start::Dozing && stream < open; ++stream) {

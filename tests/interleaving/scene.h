@@ -54,7 +54,6 @@ private:
     int64_t Send(Message message, unsigned stream) {
         return OwnerOf(stream).Do<&Side::Send>(message, stream);
     }
-    void SendAll(Message message);
     void Hand(unsigned stream, DWORD length = Stream::LongHeader, DWORD flags = 0, DWORD loops = 0) {
         OwnerOf(stream).Do<&Side::Hand>(stream, length, flags, loops);
     }

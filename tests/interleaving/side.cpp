@@ -1,11 +1,7 @@
 #include "tests/interleaving/side.h"
 
-#include <mmddk.h>
-
-#include "simulator/requests/protocol.h"
 #include "tests/simulator/card_file.h"
 #include "tests/support/driver_test.h"
-#include "tests/support/system.h"
 
 namespace interleaving {
 namespace {
@@ -101,15 +97,15 @@ int64_t Side::Free() {
     return answer;
 }
 
-int64_t Side::Begin(unsigned thread, Message message, unsigned stream, int64_t holdCode) {
+int64_t Side::Begin(unsigned thread, Message message, unsigned stream, unsigned nth, bool after,
+                    bool inCallback) {
     Actor& actor = actors_[thread];
-    const HoldPoint hold = HoldPoint::Of(holdCode);
-    actor.Hold.emplace(hold.Nth, hold.After ? RequestHold::Where::After : RequestHold::Where::Before);
+    actor.Hold.emplace(nth, after ? RequestHold::Where::After : RequestHold::Where::Before);
     const auto act = [this, &actor, message, stream] {
         const RequestHold::Watch watch(*actor.Hold);
         actor.Answer = Send(message, stream);
     };
-    if (!hold.InCallback) {
+    if (!inCallback) {
         actor.Thread.Begin(act);
         return 0;
     }

@@ -21,16 +21,11 @@ namespace interleaving {
 
 enum Leftover : int64_t { NothingLeft = 0, FilesOpen = 1, MemoryOrHandles = 2 };
 
-// Where an act is held, as one number.
+// Where an act is held.
 struct HoldPoint {
     unsigned Nth = 0;  // request; 0: nowhere
     bool After = false;
     bool InCallback = false;  // the act is done by the client's callback for the stream's next header
-
-    int64_t Code() const { return Nth * 4 + (After ? 2 : 0) + (InCallback ? 1 : 0); }
-    static HoldPoint Of(int64_t code) {
-        return {static_cast<unsigned>(code / 4), (code & 2) != 0, (code & 1) != 0};
-    }
 };
 
 // The steps. Each answers a number; those that tell of nothing answer 0.
@@ -49,7 +44,8 @@ public:
     }
 
     // An act, on a thread of its own.
-    int64_t Begin(unsigned thread, Message message, unsigned stream, int64_t holdCode);
+    int64_t Begin(unsigned thread, Message message, unsigned stream, unsigned nth, bool after,
+                  bool inCallback);
     int64_t AwaitHeld(unsigned thread);                                             // 1 held, 0 it has ended
     int64_t LetGo(unsigned thread);                                                 // ... that is held
     int64_t AwaitDoneOrWaiting(unsigned thread);                                    // 1 done, 0 waiting
@@ -103,7 +99,7 @@ public:
     static void Serve(Companion& test, Side& side);
 
 private:
-    using Numbers = std::array<int64_t, 4>;
+    using Numbers = std::array<int64_t, 6>;
     using Action = int64_t (*)(Side& side, const Numbers& arguments);
 
     template <auto Step>

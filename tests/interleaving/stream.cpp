@@ -67,17 +67,9 @@ MMRESULT Stream::Send(Message message) {
 }
 
 MMRESULT Stream::Open(DWORD rate, WORD bits) {
-    const WaveFormat format = PcmFormat(rate, 1, bits);
-    WAVEOPENDESC description = {};
-    description.lpFormat = reinterpret_cast<LPWAVEFORMAT>(const_cast<WAVEFORMATEX*>(format.Get()));
-    description.dwCallback = reinterpret_cast<DWORD_PTR>(&Stream::Callback);
-    description.dwInstance = reinterpret_cast<DWORD_PTR>(this);
     DWORD_PTR user = 0;
-    const auto place = reinterpret_cast<DWORD_PTR>(&user);
-    const auto told = reinterpret_cast<DWORD_PTR>(&description);
-    const MMRESULT result = plan_.Output
-                                ? driver_.WaveOut(plan_.Device(), WODM_OPEN, place, told, CALLBACK_FUNCTION)
-                                : driver_.WaveIn(plan_.Device(), WIDM_OPEN, place, told, CALLBACK_FUNCTION);
+    const MMRESULT result =
+        driver_.Open(plan_.Output, plan_.Device(), PcmFormat(rate, 1, bits), &Stream::Callback, this, &user);
     if (result == MMSYSERR_NOERROR) {
         user_ = user;
     }

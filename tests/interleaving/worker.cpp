@@ -36,28 +36,10 @@ bool AnyoneRuns() {
 
 }  // namespace
 
-void Worker::Begin(std::function<void()> work) {
-    Await();
-    busy_ = true;
-    thread_ = std::thread([this, work = std::move(work)] {
-        work();
-        const std::lock_guard guard(lock_);
-        busy_ = false;
-        changed_.notify_all();
-    });
-}
-
-void Worker::Await() {
-    if (thread_.joinable()) {
-        thread_.join();
-    }
-}
-
-bool Worker::AwaitDoneOrWaiting() {
-    std::unique_lock guard(lock_);
+bool Worker::AwaitDoneOrWaiting() const {
     unsigned quiet = 0;
     for (unsigned look = 0; look < MostLooks && quiet < QuietLooks; ++look) {
-        if (changed_.wait_for(guard, BetweenLooks, [this] { return !busy_; })) {
+        if (done_.wait_for(BetweenLooks) == std::future_status::ready) {
             return true;
         }
         quiet = AnyoneRuns() ? 0 : quiet + 1;

@@ -6,53 +6,19 @@
 
 #include <gtest/gtest.h>
 
-#include <signal.h>
 #include <sys/mman.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <functional>
 #include <mutex>
 
 #include "platform/device.h"
 #include "platform/inspect.h"
+#include "tests/processes/companion.h"
 
 namespace {
 
-// A machine with a name of this process's own.
 class Machine : public testing::Test {
-protected:
-    Machine() {
-        platform::RemoveMachine(name_);
-        platform::UseMachine(name_);
-    }
-    ~Machine() override {
-        platform::UseMachine("");
-        platform::RemoveMachine(name_);
-    }
-
-    // A child process that does something, says so, and waits to be killed.
-    static pid_t StartProcess(const std::function<void()>& act) {
-        int ready[2];
-        EXPECT_EQ(pipe(ready), 0);
-        const pid_t child = fork();
-        if (child == 0) {
-            act();
-            _exit(write(ready[1], "x", 1) == 1 ? pause() : 1);
-        }
-        char byte = 0;
-        EXPECT_EQ(read(ready[0], &byte, 1), 1);
-        close(ready[0]);
-        close(ready[1]);
-        return child;
-    }
-    static void KillProcess(pid_t child) {
-        kill(child, SIGKILL);
-        waitpid(child, nullptr, 0);
-    }
-
-private:
-    const std::string name_ = "test-" + std::to_string(getpid());
+    const SharedMachine machine_;
 };
 
 TEST_F(Machine, MutexOfADeadProcessIsAbandonedOnce) {
@@ -60,14 +26,16 @@ TEST_F(Machine, MutexOfADeadProcessIsAbandonedOnce) {
     const HANDLE mutex = CreateMutexW(nullptr, FALSE, Name);
     const unsigned long waits = platform::NamedMutexWaits();
     for (const DWORD limit : {DWORD{0}, DWORD{60000}, DWORD{INFINITE}}) {
-        const pid_t child = StartProcess([] {
+        Companion other([](Companion& test) {
             const HANDLE own = CreateMutexW(nullptr, FALSE, Name);
             WaitForSingleObject(own, INFINITE);
             WaitForSingleObject(own, INFINITE);
+            test.Ask();
         });
+        EXPECT_EQ(other.Hear(), 0);
         EXPECT_EQ(WaitForSingleObject(mutex, 0), static_cast<DWORD>(WAIT_TIMEOUT));
         EXPECT_EQ(WaitForSingleObject(mutex, 3), static_cast<DWORD>(WAIT_TIMEOUT));
-        KillProcess(child);
+        other.Kill();
         EXPECT_EQ(WaitForSingleObject(mutex, limit), WAIT_ABANDONED);
         EXPECT_TRUE(ReleaseMutex(mutex));
         EXPECT_EQ(WaitForSingleObject(mutex, limit), WAIT_OBJECT_0);
@@ -77,7 +45,12 @@ TEST_F(Machine, MutexOfADeadProcessIsAbandonedOnce) {
     CloseHandle(mutex);
 
     // It is gone with the last living process that uses it; this one had closed nothing.
-    KillProcess(StartProcess([] { CreateMutexW(nullptr, TRUE, Name); }));
+    Companion last([](Companion& test) {
+        CreateMutexW(nullptr, TRUE, Name);
+        test.Ask();
+    });
+    EXPECT_EQ(last.Hear(), 0);
+    last.Kill();
     const HANDLE fresh = CreateMutexW(nullptr, TRUE, Name);
     EXPECT_EQ(GetLastError(), DWORD{ERROR_SUCCESS});
     EXPECT_TRUE(ReleaseMutex(fresh));
@@ -93,10 +66,13 @@ const platform::MachineRegion<Counter> SharedCounter("test-counter");
 
 TEST_F(Machine, LockOfADeadProcessPassesOn) {
     SharedCounter->Value = 1;
-    KillProcess(StartProcess([] {
+    Companion other([](Companion& test) {
         SharedCounter->Lock.lock();
         SharedCounter->Value = 2;
-    }));
+        test.Ask();
+    });
+    EXPECT_EQ(other.Hear(), 0);
+    other.Kill();
     const std::lock_guard guard(SharedCounter->Lock);
     EXPECT_EQ(SharedCounter->Value, 2);
 }

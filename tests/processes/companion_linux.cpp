@@ -5,14 +5,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <iterator>
-#include <thread>
 
 #include "platform/machine.h"
 #include "tests/processes/companion.h"
+#include "tests/support/wait.h"
 
 namespace {
 
@@ -21,17 +20,12 @@ namespace {
 #ifdef KESTVOX_SANITIZE_THREAD
 void AwaitOtherThreads() {}  // it has a thread of its own, and frees its locks
 #else
-bool HasOtherThreads() {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}) > 1;
-}
-
 void AwaitOtherThreads() {
-    using std::chrono::steady_clock;
-    const auto end = steady_clock::now() + std::chrono::seconds(10);
-    while (HasOtherThreads() && steady_clock::now() < end) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    EXPECT_FALSE(HasOtherThreads()) << "a companion is made before there are other threads";
+    const auto count = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+    };
+    EXPECT_TRUE(ComesTrue([count] { return count() == 1; }))
+        << "a companion is made before other threads are";
 }
 #endif
 

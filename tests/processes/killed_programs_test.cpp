@@ -1,8 +1,5 @@
 // Programs that are killed in the middle of anything: the others go on, and whoever comes next finds every
 // port free, every clock at rest and nobody to wait for.
-#include <gtest/gtest.h>
-
-#include <memory>
 #include <random>
 
 #include "simulator/machine/host.h"
@@ -10,13 +7,8 @@
 #include "tests/reliability/stride.h"
 #include "tests/reliability/tally.h"
 #include "tests/support/clock_tree_user.h"
-#include "tests/support/driver_library.h"
 #include "tests/support/driver_test.h"
 #include "tests/support/sheet.h"
-#include "tests/support/text.h"
-#include "tests/support/wave_player.h"
-#include "tests/support/wave_recorder.h"
-#include "tests/support/wave_sound.h"
 
 namespace {
 
@@ -182,16 +174,19 @@ TEST_F(KilledProgramsTest, TheOthersGoOn) {
     }
 }
 
+// Plays a buffer on the device that it hears of, until it is killed.
+void PlayOn(Companion& test) {
+    const auto device = static_cast<UINT>(test.Hear());
+    const Program program;
+    WavePlayer player;
+    test.Tell(player.Open(device, Format44100));
+    test.Tell(player.Write(Pattern(4000)));
+    test.Hear();
+}
+
 // A dead program still counts as playing. The streams of the next one begin together all the same.
 TEST_F(KilledProgramsTest, TheNextBeginsARunOfItsOwn) {
-    Companion victim([](Companion& test) {
-        test.Hear();
-        const Program program;
-        WavePlayer player;
-        test.Tell(player.Open(0, Format44100));
-        test.Tell(player.Write(Pattern(4000)));
-        test.Hear();
-    });
+    Companion victim(PlayOn);
     DriverTest::Follow(1, 0);
     Program program(2);
     waveOutGetNumDevs();  // from now on the table is as the victim leaves it
@@ -214,23 +209,18 @@ TEST_F(KilledProgramsTest, TheNextBeginsARunOfItsOwn) {
 
 // The dead program's card has left its master since.
 TEST_F(KilledProgramsTest, AStreamLeavesTheClockThatItWasOpenedOn) {
-    Companion victim([](Companion& test) {
-        test.Hear();
-        const Program program;
-        WavePlayer player;
-        test.Tell(player.Open(2, Format44100));
-        test.Hear();
-    });
+    Companion victim(PlayOn);
     DriverTest::Follow(1, 0);
     DriverTest::StoreText(0, TEXT("Name"), u"A");
     DriverTest::StoreText(1, TEXT("Name"), u"B");
     const Program program(2);
     const DriverLibrary library;
-    ASSERT_EQ(victim.Ask(), NoError);
+    ASSERT_EQ(victim.Ask(2), NoError);
+    ASSERT_EQ(victim.Hear(), NoError);
     WavePlayer direct[2];
     for (const UINT device : {1u, 3u}) {  // cards in direct mode may change their clocks
         ASSERT_EQ(direct[device / 2].Open(device, Format44100), MMSYSERR_NOERROR);
-        ASSERT_EQ(waveOutMessage(direct[device / 2].Handle(), 0x4002, 0, 0), MMSYSERR_NOERROR);
+        ASSERT_EQ(waveOutMessage(direct[device / 2].Handle(), DirectMode, 0, 0), MMSYSERR_NOERROR);
     }
     Sheet sheet(library);
     ClockTreeUser(sheet.Show(u"Clocks + Sync").Window()).Command(u"B", u'S');
@@ -239,8 +229,7 @@ TEST_F(KilledProgramsTest, AStreamLeavesTheClockThatItWasOpenedOn) {
         player.Shut();
     }
     victim.Kill();
-    WavePlayer player;
-    EXPECT_EQ(player.Open(0, Format48000), MMSYSERR_NOERROR);
+    WavePlayer player(0, Format48000);
 }
 
 // A program dies while it closes: the port is not open any more, and nothing counts it.
@@ -295,11 +284,8 @@ TEST_F(KilledProgramsTest, InTheDiscovery) {
             test.Hear();
             Program program;
             EXPECT_EQ(waveOutGetNumDevs(), 4u);
-            for (UINT device = 0; device < 4; device += 2) {
-                WAVEOUTCAPSW caps = {};
-                EXPECT_EQ(waveOutGetDevCapsW(device, &caps, sizeof caps), MMSYSERR_NOERROR);
-                EXPECT_EQ(Utf16(caps.szPname), device == 0 ? u"First Analog" : u"Second Analog");
-            }
+            EXPECT_EQ(DriverTest::DeviceName(0), u"First Analog");
+            EXPECT_EQ(DriverTest::DeviceName(2), u"Second Analog");
             test.Tell(0);
         });
         DriverTest::StoreText(0, TEXT("Name"), u"First");

@@ -1,6 +1,4 @@
 // Two programs of one desktop ask for the configuration sheet.
-#include <mmddk.h>
-
 #include <gtest/gtest.h>
 
 #include "tests/processes/companion.h"
@@ -22,29 +20,28 @@ void ShowTheFirst(Companion& test) {
     EXPECT_FALSE(IsIconic(sheet.Window())) << "is brought back";
 }
 
-TEST(SheetOfAnotherProgram, ComesToTheFront) {
-    const SharedMachine machine;
-    Companion other(ShowTheFirst);
-    const Program program(1);
-    const DriverLibrary library;
-    ASSERT_EQ(other.Ask(), 1);
-    Sheet second(library, Sheet::Entry::Configure);
+class SheetOfAnotherProgram : public testing::Test {
+protected:
+    const SharedMachine machine_;
+    Companion other_{ShowTheFirst};
+    const Program program_{1};
+    const DriverLibrary library_;
+};
+
+TEST_F(SheetOfAnotherProgram, ComesToTheFront) {
+    ASSERT_EQ(other_.Ask(), 1);
+    Sheet second(library_, Sheet::Entry::Configure);
     EXPECT_EQ(second.Window(), nullptr);
     EXPECT_EQ(second.Closed(), DRVCNF_OK);
-    const Sheet withInformation(library);
+    const Sheet withInformation(library_);
     EXPECT_NE(withInformation.Window(), nullptr);
-    other.Tell(1);
+    other_.Tell(1);
 }
 
-TEST(SheetOfAnotherProgram, IsForgottenWhenThatIsKilled) {
-    const SharedMachine machine;
-    Companion other(ShowTheFirst);
-    const Program program(1);
-    const DriverLibrary library;
-    other.Tell(1);
-    ASSERT_EQ(other.Hear(), 1);
-    other.Kill();
-    const Sheet own(library, Sheet::Entry::Configure);
+TEST_F(SheetOfAnotherProgram, IsForgottenWhenThatIsKilled) {
+    ASSERT_EQ(other_.Ask(), 1);
+    other_.Kill();
+    const Sheet own(library_, Sheet::Entry::Configure);
     EXPECT_NE(own.Window(), nullptr);
 }
 

@@ -1,14 +1,9 @@
 // Two programs on one machine: they share the cards, what the driver knows of them, and their clocks.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <optional>
 
 #include "tests/processes/companion.h"
 #include "tests/support/driver_test.h"
-#include "tests/support/text.h"
-#include "tests/support/wave_player.h"
-#include "tools/machine/host.h"
 
 namespace {
 
@@ -18,12 +13,6 @@ class SharedCardsTest : public testing::Test {
 
 const WaveFormat Format44100 = PcmFormat(44100, 2, 16);
 const WaveFormat Format48000 = PcmFormat(48000, 2, 16);
-
-std::u16string NameOf(UINT device) {
-    WAVEOUTCAPSW caps = {};
-    waveOutGetDevCapsW(device, &caps, sizeof caps);
-    return Utf16(caps.szPname);
-}
 
 TEST_F(SharedCardsTest, APortHasOneOwnerAndAClockOneRate) {
     Companion other([](Companion& test) {
@@ -45,8 +34,7 @@ TEST_F(SharedCardsTest, APortHasOneOwnerAndAClockOneRate) {
     });
     DriverTest::Follow(1, 0);
     Program program(2);
-    WavePlayer player;
-    ASSERT_EQ(player.Open(0, Format44100), MMSYSERR_NOERROR);
+    WavePlayer player(0, Format44100);
     EXPECT_EQ(other.Ask(), static_cast<int64_t>(MMSYSERR_ALLOCATED));
     EXPECT_EQ(other.Hear(), static_cast<int64_t>(WAVERR_BADFORMAT)) << "the other port";
     EXPECT_EQ(other.Hear(), static_cast<int64_t>(WAVERR_BADFORMAT)) << "a follower";
@@ -64,7 +52,7 @@ TEST_F(SharedCardsTest, ALaterProgramTakesTheTableAsItIs) {
         test.Hear();
         Program program;
         EXPECT_EQ(waveOutGetNumDevs(), 4u);
-        EXPECT_EQ(NameOf(2), u"Studio Analog");
+        EXPECT_EQ(DriverTest::DeviceName(2), u"Studio Analog");
         test.Tell(static_cast<int64_t>(program.Cards.Trace().size()));
         test.Hear();
     });
@@ -78,11 +66,11 @@ TEST_F(SharedCardsTest, ALaterProgramTakesTheTableAsItIs) {
     // The table lives until the last program has gone, not just the one that made it.
     kestvox::UnloadWaveDriver();
     program->Cards.ClearTrace();
-    EXPECT_EQ(NameOf(2), u"Studio Analog");
+    EXPECT_EQ(DriverTest::DeviceName(2), u"Studio Analog");
     EXPECT_TRUE(program->Cards.Trace().empty());
     kestvox::UnloadWaveDriver();
     EXPECT_EQ(other.Ask(), Companion::Gone);
-    EXPECT_EQ(NameOf(2), u"Elsewhere Analog");
+    EXPECT_EQ(DriverTest::DeviceName(2), u"Elsewhere Analog");
 }
 
 // All load the driver at once: one discovers the cards, and the others wait for it.

@@ -1,11 +1,6 @@
 // Two programs that are told of the same sleep, each at its own moment.
-#include <mmddk.h>
-
 #include "tests/processes/companion.h"
-#include "tests/support/driver_library.h"
 #include "tests/support/driver_test.h"
-#include "tests/support/wave_player.h"
-#include "tests/support/wave_recorder.h"
 
 namespace {
 
@@ -64,8 +59,7 @@ TEST_P(SleepingProgramsTest, GoOnAtTheirRatesAndGains) {
         DriverTest::Follow(1, 0);
     }
     Program program(2);
-    WavePlayer player;
-    ASSERT_EQ(player.Open(0, Format), MMSYSERR_NOERROR);
+    WavePlayer player(0, Format);
     EXPECT_EQ(waveOutSetVolume(player.Handle(), 0x4000), MMSYSERR_NOERROR);
     other.Tell(test.Device);
     ASSERT_EQ(other.Hear(), NoError);

@@ -1,22 +1,13 @@
 // Programs that let the driver go, or end, in the middle of playing.
-#include <mmddk.h>
-
-#include <gtest/gtest.h>
-
 #include <array>
 #include <chrono>
 #include <cstdlib>
 #include <future>
-#include <memory>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "tests/interleaving/stream.h"
 #include "tests/processes/companion.h"
 #include "tests/reliability/stride.h"
-#include "tests/support/driver_library.h"
-#include "tests/support/system.h"
 #include "tests/support/wave_player.h"
 #include "tests/support/wave_recorder.h"
 

@@ -101,17 +101,6 @@ TEST_F(CompletionTest, AfterTheReset) {
     }
 }
 
-// Without a single one the device cannot be closed but after a reset, which brings everything back.
-TEST_F(CompletionTest, None) {
-    Open();
-    Fail("all:lost");
-    Write(20);
-    Cards().Advance(Second);
-    EXPECT_EQ(player_.DoneCount(), 0u);
-    EXPECT_EQ(player_.Close(), static_cast<MMRESULT>(WAVERR_STILLPLAYING));
-    ExpectTheEnd();
-}
-
 // A header whose memory the client has given away while the card had it: it is not touched any more, and the
 // others come back.
 TEST_F(CompletionTest, ForAHeaderThatTheClientHasFreed) {

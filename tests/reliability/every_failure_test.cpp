@@ -1,18 +1,12 @@
 // Whatever a story asks of the kernel or of the system fails once, each in its turn: the client gets its
 // headers back, nothing stays behind, and the next client finds everything as it should be.
-#include <mmddk.h>
-
 #include <algorithm>
-#include <functional>
 #include <ostream>
 #include <tuple>
 
 #include "tests/reliability/story.h"
 #include "tests/reliability/stride.h"
 #include "tests/reliability/tally.h"
-#include "tests/support/driver_test.h"
-#include "tests/support/system.h"
-#include "tests/support/wave_sound.h"
 
 static void PrintTo(const Story& story, std::ostream* out) {
     *out << story.Name;
@@ -24,9 +18,11 @@ using simulator::Fault;
 using simulator::Port;
 using simulator::TraceEntry;
 
-class EveryFailureTest : public DriverTest {
+// A story, and which of the requests or calls under it fail.
+class EveryFailureTest : public DriverTest, public testing::WithParamInterface<std::tuple<Story, unsigned>> {
 protected:
-    explicit EveryFailureTest(const Story& story) : DriverTest(2), story_(story) {}
+    EveryFailureTest() : DriverTest(2) {}
+    ~EveryFailureTest() override { tally::Add(tally::Faults, faults_); }
 
     void SetUp() override {
         if (story_.Linked) {
@@ -35,11 +31,6 @@ protected:
             StoreSetting(0, TEXT("DitherADC"), 1);
         }
         Cards().SetDigitalInputRate(0, 44100);
-    }
-
-    void TearDown() override {
-        tally::Add(tally::Faults, faults_);
-        DriverTest::TearDown();
     }
 
     // Tells the story once, and then what must be so whatever failed in it.
@@ -68,22 +59,11 @@ protected:
 
     // A new client plays and records what it should, at a rate of its own.
     void ExpectAllIsWell() {
-        Cards().ForgetAudio();
         const WaveFormat format = PcmFormat(96000, 2, 24);
-        const unsigned card = story_.Linked ? 1 : 0;
-        WavePlayer player;
-        ASSERT_EQ(player.Open(card * 2, format), MMSYSERR_NOERROR);
-        const std::vector<BYTE> data = Pattern(6000);
-        EXPECT_EQ(player.Write(data), MMSYSERR_NOERROR);
-        Cards().Advance(20000);
-        EXPECT_EQ(player.Close(), MMSYSERR_NOERROR);
-        EXPECT_EQ(player.DoneCount(), 1u);
-        EXPECT_TRUE(Cards().Played(card, Port::Analog) == Sound(format, data));
-
+        ExpectPlays(story_.Linked ? 2 : 0, format);
         const std::vector<simulator::Frame> signal = NoiseFrames(1024);
         Cards().PlugIn(0, Port::Analog, simulator::InputSignal::Run(signal));
-        WaveRecorder recorder;
-        ASSERT_EQ(recorder.Open(0, format), MMSYSERR_NOERROR);
+        WaveRecorder recorder(0, format);
         EXPECT_EQ(recorder.Add(1024 * 6), MMSYSERR_NOERROR);
         EXPECT_EQ(recorder.Start(), MMSYSERR_NOERROR);
         Cards().Advance(20000);
@@ -95,7 +75,7 @@ protected:
         ++faults_;
     }
 
-    const Story& story_;
+    const Story& story_ = std::get<0>(GetParam());
     std::vector<TraceEntry> told_;          // requests of the last telling
     std::vector<simulator::Frame> played_;  // ... what its output played
     bool unmet_ = false;                    // ... and whether the call that was to fail was never made
@@ -122,14 +102,7 @@ bool IsOfInitialisation(const TraceEntry& request, const std::vector<TraceEntry>
 
 constexpr unsigned Pieces = 8;
 
-template <typename... Parameters>
-class FailureTest : public EveryFailureTest,
-                    public testing::WithParamInterface<std::tuple<Story, Parameters...>> {
-protected:
-    FailureTest() : EveryFailureTest(std::get<0>(FailureTest::GetParam())) {}
-};
-
-class EveryRequestTest : public FailureTest<unsigned> {
+class EveryRequestTest : public EveryFailureTest {
 protected:
     // Each of so many requests fails in each way, while `tell` tells the story.
     void FailEach(size_t requests, const std::function<void(const Failure& failure, unsigned nth)>& tell) {
@@ -201,10 +174,10 @@ constexpr const char* Calls[] = {
     "RegSetValueExW", "RegQueryValueExW",      "TlsAlloc",      "RegisterEventSourceW",
 };
 
-class EveryCallTest : public FailureTest<const char*> {};
+using EveryCallTest = EveryFailureTest;
 
 TEST_P(EveryCallTest, FailsOnce) {
-    const char* call = std::get<1>(GetParam());
+    const char* call = Calls[std::get<1>(GetParam())];
     const std::string usage = test_system::Usage();
     for (unsigned nth = 1; !unmet_ && !HasFailure(); nth += RoundStep) {
         SCOPED_TRACE(testing::Message() << call << " " << nth << " fails");
@@ -222,6 +195,7 @@ const auto EachPiece = testing::Range(0u, Pieces);
 INSTANTIATE_TEST_SUITE_P(Each, EveryRequestTest, testing::Combine(All, EachPiece), Number);
 INSTANTIATE_TEST_SUITE_P(Each, DiscoveryFailureTest,
                          testing::Combine(testing::Values(Stories().front()), EachPiece), Number);
-INSTANTIATE_TEST_SUITE_P(Each, EveryCallTest, testing::Combine(All, testing::ValuesIn(Calls)), Number);
+INSTANTIATE_TEST_SUITE_P(Each, EveryCallTest,
+                         testing::Combine(All, testing::Range(0u, unsigned{std::size(Calls)})), Number);
 
 }  // namespace

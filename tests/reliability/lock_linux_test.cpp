@@ -3,7 +3,6 @@
 #include <thread>
 
 #include "tests/reliability/story.h"
-#include "tests/support/driver_test.h"
 #include "tests/support/request_gate_linux.h"
 
 namespace {
@@ -22,10 +21,7 @@ bool IsFree(const WCHAR* name) {
     return result == WAIT_OBJECT_0;
 }
 
-class DriverMutexTest : public DriverTest {
-protected:
-    DriverMutexTest() : DriverTest(2) {}
-};
+using DriverMutexTest = WithCards<DriverTest, 2>;
 
 TEST_F(DriverMutexTest, IsNotHeldOverTheRequestsOfMessages) {
     const DriverLibrary driver;  // no thread can end while the library is being loaded, or unloaded
@@ -33,12 +29,12 @@ TEST_F(DriverMutexTest, IsNotHeldOverTheRequestsOfMessages) {
     unsigned requests = 0;
     unsigned underMutex = 0;
     RequestGate gate;
-    gate.OnEach([&] {
+    gate.Before = [&](DWORD) {
         if (GetCurrentThreadId() == thread) {
             ++requests;
             underMutex += IsFree(TEXT("ZPH_Kestrelvox_Wave_Driver_Mutex")) ? 0 : 1;
         }
-    });
+    };
     for (const Story& story : Stories()) {
         Cast cast{.Cards = Cards(), .Driver = driver, .Output = {}, .Input = {}, .Follower = {}};
         story.Tell(cast);

@@ -1,14 +1,9 @@
 #include "tests/reliability/story.h"
 
-#include <mmddk.h>
-
 #include "tests/reliability/answers.h"
 
 namespace {
 
-constexpr UINT SavePci = 0x4000;
-constexpr UINT RestorePci = 0x4001;
-constexpr UINT DirectMode = 0x4002;
 constexpr int64_t Millisecond = 1000;
 
 // Four buffers in the card, the others wait.

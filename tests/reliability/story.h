@@ -4,10 +4,7 @@
 
 #include <span>
 
-#include "simulator/simulator.h"
-#include "tests/support/driver_library.h"
-#include "tests/support/wave_player.h"
-#include "tests/support/wave_recorder.h"
+#include "tests/support/driver_test.h"
 
 // Who takes part. Two cards; stepped time.
 struct Cast {

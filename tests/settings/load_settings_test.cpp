@@ -1,17 +1,8 @@
 // The stored settings of a card as they show in what the card is told: defaults, bad values, odd values.
-#include <string>
-#include <vector>
-
 #include "tests/support/driver_test.h"
 #include "tests/support/registry.h"
-#include "tests/support/system.h"
-#include "tests/support/text.h"
-#include "tests/support/wave_player.h"
-#include "tests/support/wave_recorder.h"
 
 namespace {
-
-using simulator::Port;
 
 // What one setting of each kind makes of the card when both outputs are open at 44100 Hz: the sample format
 // of 24-bit samples in 32-bit slots (3 left-justified, 2 right-justified), the first two bytes of the channel
@@ -24,10 +15,8 @@ class LoadSettingsTest : public DriverTest {
 protected:
     CardState Load() {
         UnloadDriver();
-        WavePlayer analog;
-        WavePlayer digital;
-        EXPECT_EQ(analog.Open(0, PcmFormat(44100, 2, 24, 4)), MMSYSERR_NOERROR);
-        EXPECT_EQ(digital.Open(1, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+        const WavePlayer analog(0, PcmFormat(44100, 2, 24, 4));
+        const WavePlayer digital(1, PcmFormat(44100, 2, 16));
         return {Cards().OutputRegister(0, Port::Analog, 0) / 0x40u,
                 Cards().IndirectRegister(0, 0),
                 Cards().IndirectRegister(0, 1),
@@ -40,14 +29,10 @@ protected:
 
     std::u16string LoadedName() {
         UnloadDriver();
-        WAVEOUTCAPSW capabilities = {};
-        waveOutGetDevCapsW(0, &capabilities, sizeof capabilities);
-        return Utf16(capabilities.szPname);
+        return DeviceName(0);
     }
 
-    static std::u16string ConfigKey() { return simulator::Simulator::RegistryPath(0) + u"\\Config"; }
-
-    static void StoreMonitor(const std::vector<DWORD>& words, DWORD type = REG_BINARY) {
+    static void StoreBlock(const std::vector<DWORD>& words, DWORD type = REG_BINARY) {
         StoreBinary(0, TEXT("Monitor"), words.data(), static_cast<DWORD>(words.size() * sizeof(DWORD)), type);
     }
 };
@@ -103,24 +88,24 @@ TEST_F(LoadSettingsTest, TheMonitorBlockIsTakenOnlyWithItsSizeInFront) {
     std::vector<DWORD> block = {68, 1, 2, 3, 4, 5, 6, 7, 8, 10, 11, 12, 13, 14, 15, 16, 17};
     CardState taken = {3, 0x41, 0x00, 12, 13, 16, 17, 0x00};
 
-    StoreMonitor(block);
+    StoreBlock(block);
     EXPECT_EQ(Load(), taken);
-    StoreMonitor(block, REG_DWORD);
+    StoreBlock(block, REG_DWORD);
     EXPECT_EQ(Load(), Defaults);
     for (const DWORD first : {0u, 67u, 69u, 0xFFFFFFFFu}) {
         block[0] = first;
-        StoreMonitor(block);
+        StoreBlock(block);
         EXPECT_EQ(Load(), Defaults) << first;
     }
     block[0] = 68;
     block.push_back(0);
-    StoreMonitor(block);
+    StoreBlock(block);
     EXPECT_EQ(Load(), Defaults) << "too long";
     block.resize(16);
-    StoreMonitor(block);
+    StoreBlock(block);
     taken[6] = 0;
     EXPECT_EQ(Load(), taken) << "what is missing of a short one is 0";
-    StoreMonitor({});
+    StoreBlock({});
     EXPECT_EQ(Load(), Defaults) << "without its first word it is none";
 }
 

@@ -3,16 +3,12 @@
 
 #include "tests/simulator/card_file.h"
 #include "tests/support/input_test.h"
-#include "tests/support/wave_player.h"
 
 namespace {
 
 using simulator::Frame;
 using simulator::InputSignal;
-using simulator::Port;
 using simulator_tests::CardFile;
-
-constexpr UINT DigitalOut = 1;
 
 WaveFormat FullWidth(DWORD rate = 44100) {
     return PcmFormat(rate, 2, 32);
@@ -21,11 +17,6 @@ WaveFormat FullWidth(DWORD rate = 44100) {
 class CableTest : public InputTest {
 protected:
     CableTest() : InputTest(3) {}
-
-    void TearDown() override {
-        player_.Shut();
-        InputTest::TearDown();
-    }
 
     // A recorder and a player, of that many frames each.
     void OpenBoth(UINT input, const WaveFormat& recorded, UINT output, const WaveFormat& played) {

@@ -13,6 +13,9 @@
 
 namespace simulator_tests {
 
+// Channels of a card besides simulator::ControlChannel.
+enum Channel : uint32_t { AnalogIn, DigitalIn, AnalogOut, DigitalOut };
+
 class CardFile {
 public:
     // Opens the card without binding the file.

@@ -10,8 +10,6 @@ namespace {
 
 using namespace simulator;
 
-constexpr uint32_t AnalogOut = 2;
-constexpr uint32_t DigitalOut = 3;
 constexpr int32_t Top = std::numeric_limits<int32_t>::max();
 constexpr int32_t Bottom = std::numeric_limits<int32_t>::min();
 

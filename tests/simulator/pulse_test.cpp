@@ -11,10 +11,6 @@ namespace {
 
 using namespace simulator;
 
-constexpr uint32_t AnalogIn = 0;
-constexpr uint32_t AnalogOut = 2;
-constexpr uint32_t DigitalOut = 3;
-
 // Of an initialisation.
 enum StepNumber {
     CalibrateOn = 1,

@@ -10,9 +10,6 @@ namespace {
 
 using namespace simulator;
 
-constexpr uint32_t DigitalIn = 1;
-constexpr uint32_t AnalogOut = 2;
-
 TEST(SimulatorRequest, BuffersOfAnyOtherSizeAreRefused) {
     Simulator sim({});
     const CardFile file(0, AnalogOut);

@@ -5,8 +5,6 @@
 
 #include "tests/reliability/stride.h"
 #include "tests/support/driver_test.h"
-#include "tests/support/system.h"
-#include "tests/support/wave_client.h"
 
 namespace {
 

@@ -81,7 +81,7 @@ TEST_F(StreamFailureTest, AStartThatFailsLosesNothing) {
         Write(3);
         Cards().Advance(Second);
         ExpectPlayed({});
-        const std::vector<std::string> lines = TraceText();
+        const Lines lines = TraceText();
         EXPECT_EQ(std::count(lines.begin(), lines.end(), "ARM_CHANNEL"), *request == 'A' ? 1 : 0);
         Cards().ClearFaults();
         EXPECT_EQ(player_.Stop(), MMSYSERR_NOERROR);

@@ -5,8 +5,6 @@
 
 #include "tests/reliability/stride.h"
 #include "tests/support/driver_test.h"
-#include "tests/support/wave_player.h"
-#include "tests/support/wave_recorder.h"
 
 namespace {
 
@@ -96,7 +94,7 @@ protected:
         const MMRESULT result = expected ? unsigned{MMSYSERR_NOERROR} : unsigned{WAVERR_BADFORMAT};
         Cards().ClearTrace();
         ASSERT_EQ(Calls::Open(nullptr, device, format.Get(), 0, 0, WAVE_FORMAT_QUERY), result);
-        ASSERT_EQ(TraceText(), std::vector<std::string>()) << "a question asks nothing of the card";
+        ASSERT_EQ(TraceText(), Lines()) << "a question asks nothing of the card";
         if (Draw(4) != 0) {
             return;
         }

@@ -1,9 +1,9 @@
 // Somebody is in the middle of handing a buffer over when something else happens to the stream.
 #include <atomic>
 
+#include "simulator/requests/protocol.h"
 #include "tests/support/output_test.h"
 #include "tests/support/request_gate_linux.h"
-#include "tests/support/wave_recorder.h"
 
 namespace {
 
@@ -16,8 +16,7 @@ protected:
 // still at its last request.
 TEST_F(HandOverTurnTest, ABufferAddedInTheMiddleOfAStopStartsNothing) {
     RequestGate gate;
-    WaveRecorder recorder;
-    ASSERT_EQ(recorder.Open(0, PcmFormat(48000, 2, 16)), MMSYSERR_NOERROR);
+    WaveRecorder recorder(0, PcmFormat(48000, 2, 16));
     std::atomic<bool> added = false;
     recorder.OnDone([&](WAVEHDR& header) {
         EXPECT_EQ(recorder.HandIn(header), MMSYSERR_NOERROR);
@@ -31,7 +30,11 @@ TEST_F(HandOverTurnTest, ABufferAddedInTheMiddleOfAStopStartsNothing) {
     Cards().Advance(4500);
     const DWORD position = recorder.Position();
     added = false;
-    gate.Answer("STOP_TRANSFER", [&added](void*) { added.wait(false); });
+    gate.After = [&added](DWORD code, void*) {
+        if (code == simulator::StopTransfer) {
+            added.wait(false);
+        }
+    };
     EXPECT_EQ(recorder.Stop(), MMSYSERR_NOERROR);
     EXPECT_EQ(recorder.Position(), position);
     Cards().Advance(Second);
@@ -48,9 +51,14 @@ TEST_F(HandOverTurnTest, ABufferThatASleepKeepsFromTheCardIsHeardAfterIt) {
             RequestGate gate;
             Open();
             Write(before);
-            gate.Before(request, [this] { FallAsleep(); });
+            bool slept = false;
+            gate.Before = [&](DWORD code) {
+                if (code == simulator::RequestCode(request) && !std::exchange(slept, true)) {
+                    FallAsleep();
+                }
+            };
             Write(3);
-            EXPECT_TRUE(gate.Passed());
+            EXPECT_TRUE(slept);
             EXPECT_EQ(player_.DoneCount(), 0u) << "nothing comes back unplayed";
             WakeUp();
             Cards().Advance(Second);

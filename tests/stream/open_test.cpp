@@ -1,12 +1,6 @@
 // Opens that are refused, and what they leave; in both directions. Which formats a device takes is told in
 // format_model_test.cpp.
-#include <mmddk.h>
-
-#include "tests/support/driver_library.h"
 #include "tests/support/driver_test.h"
-#include "tests/support/system.h"
-#include "tests/support/wave_player.h"
-#include "tests/support/wave_recorder.h"
 
 namespace {
 
@@ -19,10 +13,6 @@ template <typename Client>
 class OpenTest : public DriverTest {
 protected:
     void SetUp() override { Cards().PlugIn(0, Port::Digital, simulator::InputSignal::Run({})); }
-    void TearDown() override {
-        client_.Shut();
-        DriverTest::TearDown();
-    }
 
     Client client_;
 };

@@ -2,9 +2,6 @@
 #include <thread>
 
 #include "tests/support/driver_test.h"
-#include "tests/support/system.h"
-#include "tests/support/wave_player.h"
-#include "tests/support/wave_recorder.h"
 
 namespace {
 

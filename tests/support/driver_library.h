@@ -39,6 +39,19 @@ public:
         return Entry<WaveMessage>("widMessage")(device, message, user, param1, param2);
     }
 
+    // Opens a stream that tells `callback` of everything; `user` becomes the driver's name for it.
+    MMRESULT Open(bool output, UINT device, const WAVEFORMATEX& format, DRVCALLBACK* callback, void* client,
+                  DWORD_PTR* user) const {
+        WAVEOPENDESC description = {};
+        description.lpFormat = reinterpret_cast<LPWAVEFORMAT>(const_cast<WAVEFORMATEX*>(&format));
+        description.dwCallback = reinterpret_cast<DWORD_PTR>(callback);
+        description.dwInstance = reinterpret_cast<DWORD_PTR>(client);
+        const auto place = reinterpret_cast<DWORD_PTR>(user);
+        const auto told = reinterpret_cast<DWORD_PTR>(&description);
+        return output ? WaveOut(device, WODM_OPEN, place, told, CALLBACK_FUNCTION)
+                      : WaveIn(device, WIDM_OPEN, place, told, CALLBACK_FUNCTION);
+    }
+
 private:
     using WaveMessage = DWORD(WINAPI*)(UINT, UINT, DWORD_PTR, DWORD_PTR, DWORD_PTR);
 

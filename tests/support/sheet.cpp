@@ -1,7 +1,5 @@
 #include "tests/support/sheet.h"
 
-#include <mmddk.h>
-
 #include <algorithm>
 
 namespace {
@@ -88,5 +86,8 @@ std::vector<std::u16string> Sheet::Titles() const {
 
 SheetPage Sheet::Show(const std::u16string& title) const {
     const std::vector<std::u16string> titles = Titles();
-    return Show(static_cast<size_t>(std::find(titles.begin(), titles.end(), title) - titles.begin()));
+    const auto found = std::find_if(titles.begin(), titles.end(), [&title](const std::u16string& whole) {
+        return whole.starts_with(title);
+    });
+    return Show(static_cast<size_t>(found - titles.begin()));
 }

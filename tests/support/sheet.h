@@ -69,7 +69,7 @@ public:
     bool CanApply() const { return IsWindowEnabled(GetDlgItem(Window(), ApplyButton)) != FALSE; }
     std::vector<std::u16string> Titles() const;
 
-    // Selects the page's tab, by its place or its title.
+    // Selects the page's tab, by its place or by how its title begins.
     SheetPage Show(size_t page) const { return SheetPage(window_.ShowPage(page)); }
     SheetPage Show(const std::u16string& title) const;
     SheetPage Current() const { return SheetPage(window_.CurrentPage()); }

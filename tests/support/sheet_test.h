@@ -2,29 +2,20 @@
 #pragma once
 
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "tests/support/driver_test.h"
 #include "tests/support/registry.h"
 #include "tests/support/sheet.h"
-#include "tests/support/text.h"
 
 class SheetTest : public DriverTest {
 protected:
-    explicit SheetTest(unsigned cards = 1) : DriverTest(cards) {}
+    using DriverTest::DriverTest;
 
     // A, B and so on.
     void NameCards() {
         for (unsigned card = 0; card < Cards().CardCount(); ++card) {
             StoreText(card, TEXT("Name"), std::u16string(1, static_cast<char16_t>(u'A' + card)));
         }
-    }
-
-    void TearDown() override {
-        sheet_.reset();
-        library_.reset();
-        DriverTest::TearDown();
     }
 
     // Settings that are to be found must be stored before the first call.
@@ -42,6 +33,8 @@ protected:
         return *sheet_;
     }
 
+    Sheet& Shown() { return *sheet_; }
+
     // The driver reads what is stored anew.
     void Reload() {
         sheet_.reset();
@@ -49,20 +42,10 @@ protected:
         UnloadDriver();
     }
 
-    static std::u16string ConfigKey(unsigned card = 0) {
-        return simulator::Simulator::RegistryPath(card) + u"\\Config";
-    }
-
     // Of what all cards share.
     static constexpr const char16_t* CommonKey =
         u"Software\\Zephyr Harmonic Works\\Kestrelvox\\Configuration";
 
-    static void StoreBufferSize(const WCHAR* name, DWORD type, const std::vector<BYTE>& data) {
-        HKEY key = nullptr;
-        ASSERT_EQ(RegCreateKeyW(HKEY_LOCAL_MACHINE, Wide(CommonKey), &key), ERROR_SUCCESS);
-        RegSetValueExW(key, name, 0, type, data.data(), static_cast<DWORD>(data.size()));
-        RegCloseKey(key);
-    }
     static std::optional<DWORD> StoredBufferSize(const std::u16string& name) {
         return NumberIn(ReadRegistry(CommonKey, name));
     }
@@ -70,6 +53,12 @@ protected:
     // Nothing when it is not stored, or not as a number in four bytes.
     static std::optional<DWORD> StoredNumber(const std::u16string& name, unsigned card = 0) {
         return NumberIn(ReadRegistry(ConfigKey(card), name));
+    }
+
+    // The code of a mixer input of card 0, or with `first` 9 its gain; 0 when nothing is saved.
+    static DWORD StoredMonitor(unsigned input, size_t first = 1) {
+        const std::optional<RegistryValue> block = ReadRegistry(ConfigKey(), u"Monitor");
+        return block && block->Bytes.size() == 68 ? block->Bytes[4 * (first + input)] : 0;
     }
 
 private:

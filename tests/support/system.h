@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/wait.h"
+
 namespace test_system {
 
 // Joins a machine of nobody else's: empty registry and event log, no named objects, no cards, no message
@@ -20,7 +22,9 @@ HMODULE LoadDriver();
 std::string Usage();
 
 // Whether it comes to that: a thread that has left the driver ends a moment later.
-bool UsageComesTo(const std::string& usage);
+inline bool UsageComesTo(const std::string& usage) {
+    return ComesTrue([&usage] { return Usage() == usage; });
+}
 
 // A page of memory that can be touched until it is given back, and not after.
 void* TakePage();
@@ -59,6 +63,9 @@ struct HelpRequest {
     bool operator==(const HelpRequest&) const = default;
 };
 std::vector<HelpRequest> HelpShown();
+#ifdef _WIN32
+void OpenHelp(bool open);  // whether they are passed on to the system from now on; each is noted either way
+#endif
 
 struct LoggedEvent {
     std::u16string Source;

@@ -1,5 +1,3 @@
-#include <windows.h>
-#include <mmsystem.h>
 
 #include <atomic>
 #include <cstdio>
@@ -10,7 +8,6 @@
 
 #include "simulator/attach.h"
 #include "simulator/simulator.h"
-#include "tests/support/help_viewer.h"
 #include "tests/support/system.h"
 #include "tests/support/text.h"
 #include "tools/machine/host.h"

@@ -45,7 +45,14 @@ template <typename Calls>
 class WaveClient {
 public:
     WaveClient() = default;
-    ~WaveClient() { Shut(); }
+    WaveClient(UINT device, const WaveFormat& format) {  // opens it
+        EXPECT_EQ(Open(device, format), MMSYSERR_NOERROR) << "device " << device;
+    }
+    ~WaveClient() {
+        OnDone(nullptr);  // what it would act on may be gone
+        Shut();
+        ExpectGuardsIntact();
+    }
     WaveClient(const WaveClient&) = delete;
     WaveClient& operator=(const WaveClient&) = delete;
 
@@ -76,6 +83,7 @@ public:
         }
     }
     void Forget() {  // headers, counts and messages; while it is closed
+        ExpectGuardsIntact();
         std::lock_guard lock(mutex_);
         buffers_.clear();
         doneOrder_.clear();
@@ -120,19 +128,6 @@ public:
             const bool looksReturned = (Header(i).dwFlags & (WHDR_DONE | WHDR_INQUEUE)) == WHDR_DONE;
             EXPECT_EQ(looksReturned, taken) << "header " << i;
         }
-    }
-
-    bool GuardsIntact() {  // nothing was written outside a buffer
-        std::lock_guard lock(mutex_);
-        const auto untouched = [](const BYTE* begin, const BYTE* end) {
-            return std::all_of(begin, end, [](BYTE byte) { return byte == Untouched; });
-        };
-        return std::all_of(buffers_.begin(), buffers_.end(), [untouched](const auto& buffer) {
-            const BYTE* memory = buffer->Memory.data();
-            const BYTE* data = reinterpret_cast<const BYTE*>(buffer->Header.lpData);
-            return untouched(memory, data) &&
-                   untouched(data + buffer->Header.dwBufferLength, memory + buffer->Memory.size());
-        });
     }
 
 protected:
@@ -180,6 +175,20 @@ private:
         unsigned Done;
         bool Taken;  // by the driver, when it was new
     };
+
+    // Nothing was written outside a buffer.
+    void ExpectGuardsIntact() {
+        std::lock_guard lock(mutex_);
+        const auto untouched = [](const BYTE* begin, const BYTE* end) {
+            return std::all_of(begin, end, [](BYTE byte) { return byte == Untouched; });
+        };
+        for (const auto& buffer : buffers_) {
+            const BYTE* memory = buffer->Memory.data();
+            const BYTE* data = reinterpret_cast<const BYTE*>(buffer->Header.lpData);
+            EXPECT_TRUE(untouched(memory, data)) << "before header " << buffer->Header.dwUser;
+            EXPECT_TRUE(untouched(data + buffer->Header.dwBufferLength, memory + buffer->Memory.size()));
+        }
+    }
 
     static void CALLBACK Callback(typename Calls::Handle, UINT message, DWORD_PTR instance, DWORD_PTR param1,
                                   DWORD_PTR) {

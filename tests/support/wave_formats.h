@@ -5,6 +5,8 @@
 #include <mmsystem.h>
 #include <mmreg.h>
 
+#include "report/wave_format.h"
+
 struct WaveFormat {
     WAVEFORMATEXTENSIBLE Extensible;
 
@@ -13,9 +15,17 @@ struct WaveFormat {
     WAVEFORMATEX& Basic() { return Extensible.Format; }
 };
 
-// `containerBytes` 0: the fewest that hold `bits`.
-WaveFormat PcmFormat(DWORD rate, WORD channels, WORD bits, WORD containerBytes = 0);
-// WAVE_FORMAT_ALAW, WAVE_FORMAT_MULAW or any other tag with the layout of PCM.
-WaveFormat TaggedFormat(WORD tag, DWORD rate, WORD channels, WORD bits);
+// WAVE_FORMAT_ALAW, WAVE_FORMAT_MULAW or any other tag with the layout of PCM. `containerBytes` 0: the fewest
+// that hold `bits`. `validBits` is for WAVE_FORMAT_EXTENSIBLE.
+inline WaveFormat TaggedFormat(WORD tag, DWORD rate, WORD channels, WORD bits, WORD containerBytes = 0,
+                               WORD validBits = 0) {
+    const auto bytes = static_cast<WORD>(containerBytes != 0 ? containerBytes : (bits + 7) / 8);
+    return {kestvox::MakeFormat({"", tag, bits, bytes, validBits}, channels, rate)};
+}
+inline WaveFormat PcmFormat(DWORD rate, WORD channels, WORD bits, WORD containerBytes = 0) {
+    return TaggedFormat(WAVE_FORMAT_PCM, rate, channels, bits, containerBytes);
+}
 // WAVE_FORMAT_EXTENSIBLE with the PCM subformat.
-WaveFormat ExtensibleFormat(DWORD rate, WORD channels, WORD containerBits, WORD validBits);
+inline WaveFormat ExtensibleFormat(DWORD rate, WORD channels, WORD containerBits, WORD validBits) {
+    return TaggedFormat(WAVE_FORMAT_EXTENSIBLE, rate, channels, containerBits, 0, validBits);
+}

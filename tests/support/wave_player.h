@@ -7,6 +7,8 @@
 
 class WavePlayer : public WaveClient<WaveOutCalls> {
 public:
+    using WaveClient::WaveClient;
+
     // Writes a new header with a copy of the data at `misalignment` bytes from an 8-byte boundary.
     MMRESULT Write(const std::vector<BYTE>& data, DWORD flags = 0, DWORD loops = 0,
                    unsigned misalignment = 0) {

@@ -5,6 +5,8 @@
 
 class WaveRecorder : public WaveClient<WaveInCalls> {
 public:
+    using WaveClient::WaveClient;
+
     // Adds a new header with an untouched buffer of `size` bytes at `misalignment` bytes from an 8-byte
     // boundary.
     MMRESULT Add(size_t size, unsigned misalignment = 0) { return HandInNew(NewHeader(size, misalignment)); }

@@ -1,14 +1,11 @@
-// What a client's data ought to sound like, reckoned sample by sample from its format alone.
+// What a client's data ought to sound like, by its format alone: as the report reads it, which knows nothing
+// of the driver.
 #pragma once
 
 #include <vector>
 
 #include "simulator/simulator.h"
 #include "tests/support/wave_formats.h"
-
-// ITU-T G.711 decoding, scaled to 16 bits.
-int ALawSample(BYTE code);
-int MuLawSample(BYTE code);
 
 // The frames that `data` holds; what is left over of the last one is not heard. `side` is where a
 // plain sample of 20 to 32 bits stands in its 4-byte container.

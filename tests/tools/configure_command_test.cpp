@@ -1,6 +1,4 @@
 // `kestvox configure` where there is no screen: the sheet as text.
-#include <gtest/gtest.h>
-
 #include <fstream>
 
 #include "tests/processes/companion.h"
@@ -68,15 +66,13 @@ TEST(ConfigureCommand, TellsCardsOfOneNameApart) {
 TEST(ConfigureCommand, LeavesWhatAProgramSetOnTheCard) {
     const SharedMachine machine;
     Program program(1);
-    WavePlayer player;
-    ASSERT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    WavePlayer player(0, PcmFormat(44100, 2, 16));
     ASSERT_EQ(waveOutSetVolume(player.Handle(), 0x40004000), MMSYSERR_NOERROR);
     const unsigned before = program.Cards.MixerGain(0, 2);
     ASSERT_NE(before, 128u);
     const CommandResult result = RunCommand({"configure", "--machine", machine.Name()});
     EXPECT_EQ(result.Status, 0) << result.Errors;
     EXPECT_EQ(program.Cards.MixerGain(0, 2), before);
-    player.Shut();
 }
 
 }  // namespace

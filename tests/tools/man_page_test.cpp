@@ -5,8 +5,6 @@
 #include <regex>
 #include <set>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "tests/tools/command_runner.h"
 #include "tests/tools/scratch_folder.h"

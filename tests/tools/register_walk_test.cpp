@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "tests/tools/command_runner.h"
 #include "tests/tools/scratch_folder.h"

@@ -3,14 +3,8 @@
 #include "tests/support/wave_player.h"
 
 WaveFormat ProgramsFormat(const WavFormat& format) {
-    switch (format.Tag) {
-    case WAVE_FORMAT_PCM:
-        return PcmFormat(format.Rate, format.Channels, format.Bits, format.BytesPerSample);
-    case WAVE_FORMAT_EXTENSIBLE:
-        return ExtensibleFormat(format.Rate, format.Channels, format.Bits, format.ValidBits);
-    default:
-        return TaggedFormat(format.Tag, format.Rate, format.Channels, format.Bits);
-    }
+    return TaggedFormat(format.Tag, format.Rate, format.Channels, format.Bits, format.BytesPerSample,
+                        format.ValidBits);
 }
 
 std::string Little(uint32_t value, int bytes) {

@@ -1,4 +1,5 @@
 // A recording of many hours, whose buffers are far behind the card's position.
+#include "simulator/requests/protocol.h"
 #include "tests/support/input_test.h"
 #include "tests/support/request_gate_linux.h"
 
@@ -13,9 +14,11 @@ TEST_F(FarPositionTest, FullBuffersReportTheirWholeLength) {
         Open(PcmFormat(48000, 2, 16));
         Add(800, 4);
         recorder_.Start();
-        gate.Answer("GET_POSITION", [frames](void* position) { *static_cast<DWORD*>(position) += frames; });
+        gate.After = [frames](DWORD code, void* position) {
+            *static_cast<DWORD*>(position) += code == simulator::GetPosition ? frames : 0;
+        };
         AdvanceFrames(500, 48000);
-        gate.Answer("GET_POSITION", nullptr);
+        gate.After = nullptr;
         EXPECT_EQ(recorder_.Counts(), (std::vector<DWORD>{800, 800}));
         recorder_.Reset();
         EXPECT_EQ(recorder_.Counts(), (std::vector<DWORD>{800, 800, 384, 0}));

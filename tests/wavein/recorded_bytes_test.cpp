@@ -1,14 +1,11 @@
 // dwBytesRecorded when something is amiss, and direct mode. What a run leaves in its buffers
 // otherwise is told in recorded_model_test.cpp.
-#include <mmddk.h>
-
 #include <atomic>
 
 #include "tests/support/input_test.h"
 
 namespace {
 
-using simulator::Port;
 using Sizes = std::vector<DWORD>;
 
 constexpr DWORD Rate = 48000;
@@ -141,7 +138,7 @@ TEST_F(RecordedBytesTest, DirectModeBringsWholeSlots) {
     for (const DWORD dither : {0u, 1u}) {
         StoreSetting(0, TEXT("DitherADC"), dither);
         Open(PcmFormat(Rate, 2, 16));
-        EXPECT_EQ(waveInMessage(recorder_.Handle(), 0x4002, 0, 0), MMSYSERR_NOERROR);
+        EXPECT_EQ(waveInMessage(recorder_.Handle(), DirectMode, 0, 0), MMSYSERR_NOERROR);
         EXPECT_EQ(Cards().InputRegister(0, Port::Analog, 0) & 0xC0, 0xC0);
         const auto signal = PlugIn(1000);
         Cards().ClearTrace();

@@ -1,6 +1,4 @@
 // Pause, restart, reset, position and close.
-#include <mmddk.h>
-
 #include "tests/support/output_test.h"
 
 namespace {
@@ -47,11 +45,7 @@ TEST_F(OutputControlTest, ACloseWhilePlayingIsRefusedReportedAndHarmless) {
     Write(20);
     AdvanceFrames(1500);
     EXPECT_EQ(player_.Close(), unsigned{WAVERR_STILLPLAYING});
-    const std::vector<test_system::LoggedEvent> events = test_system::EventLog();
-    ASSERT_EQ(events.size(), 1u);
-    EXPECT_EQ(events[0].Source, u"KESTVOX.DLL");
-    EXPECT_EQ(events[0].Type, EVENTLOG_WARNING_TYPE);
-    EXPECT_EQ(events[0].Id, 0x40070004u);
+    EXPECT_EQ(Events(), std::vector<DWORD>{0x40070004});
     Write();
     Cards().Advance(Second);
     EXPECT_EQ(Played(), Sound(format_, written_));
@@ -73,13 +67,13 @@ TEST_F(OutputControlTest, OnlyAResetThatNothingFollowedLetsAStreamWithBuffersClo
     } cases[] = {
         {WODM_GETVOLUME, reinterpret_cast<DWORD_PTR>(&volume), true},
         {WODM_SETVOLUME, 0x8000, true},
-        {0x4002, 0, true},       // direct mode
+        {DirectMode, 0, true},
         {WODM_WRITE, 0, false},  // of no header at all
         {WODM_PAUSE, 0, false},
         {WODM_RESTART, 0, false},
         {WODM_BREAKLOOP, 0, false},
-        {0x4000, 0, false},  // save the PCI configuration
-        {0x4001, 0, false},  // ... and restore it
+        {SavePci, 0, false},
+        {RestorePci, 0, false},
     };
     EXPECT_EQ(player_.Close(), Done);
     for (const auto& test : cases) {

@@ -1,11 +1,7 @@
 // How written buffers reach the card: which requests, how many buffers at once, and what is refused.
-#include <mmddk.h>
-
 #include "tests/support/output_test.h"
 
 namespace {
-
-using Lines = std::vector<std::string>;
 
 class HandOverTest : public OutputTest {
 protected:
@@ -24,11 +20,10 @@ protected:
     }
 };
 
-Lines Buffer(size_t bytes, Lines after = {}) {
-    Lines lines = {"BEGIN_BUFFER", "MAP_BUFFER " + std::to_string(bytes), "SET_BUFFER_COOKIE",
-                   "QUEUE_BUFFER 0"};
-    lines.insert(lines.end(), after.begin(), after.end());
-    return lines;
+Lines Buffer(size_t bytes, const Lines& after = {}) {
+    return Lines{"BEGIN_BUFFER", "MAP_BUFFER " + std::to_string(bytes), "SET_BUFFER_COOKIE",
+                 "QUEUE_BUFFER 0"} +
+           after;
 }
 
 TEST_F(HandOverTest, InFlightRuleDecidesHowManyBuffersTheCardHas) {
@@ -64,8 +59,7 @@ TEST_F(HandOverTest, InFlightRuleDecidesHowManyBuffersTheCardHas) {
 
 // The clock is set already, for the other port.
 TEST_F(HandOverTest, TheRequestsOfOpenAndClose) {
-    WavePlayer digital;
-    ASSERT_EQ(digital.Open(DigitalOut, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    WavePlayer digital(DigitalOut, PcmFormat(44100, 2, 16));
     Cards().ClearTrace();
     ASSERT_EQ(player_.Open(AnalogOut, PcmFormat(44100, 1, 16)), MMSYSERR_NOERROR);
     EXPECT_EQ(Sent(), Lines({"BIND_HANDLE 0 2", "ACQUIRE_CHANNEL", "write port 0 = 40 / C0",

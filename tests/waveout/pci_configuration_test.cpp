@@ -3,11 +3,6 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
-constexpr UINT SavePci = 0x4000;
-constexpr UINT RestorePci = 0x4001;
-
 const Lines SaveRequests = {"READ_PCI_CONFIG 00 4", "READ_PCI_CONFIG 2C 4", "READ_PCI_CONFIG 08 4",
                             "READ_PCI_CONFIG 04 2", "READ_PCI_CONFIG 0D 1", "READ_PCI_CONFIG 10 4",
                             "READ_PCI_CONFIG 3C 1", "RELEASE_CHANNEL"};

@@ -56,24 +56,10 @@ TEST_F(PlaybackTest, EveryFormatIsHeardAsItIs) {
     }
 }
 
-std::vector<DWORD> MixerGains(simulator::Simulator& cards) {
-    std::vector<DWORD> gains(8);
-    for (unsigned i = 0; i < 8; ++i) {
-        gains[i] = cards.MixerGain(0, i);
-    }
-    return gains;
-}
-
 // Mixer inputs 2 and 6 are the analog playback's, 3 and 7 the digital one's. Stored gains are up while the
 // port is open; the volume is its left word, and the gain of the own output.
 TEST_F(PlaybackTest, GainsAndVolume) {
-    struct {
-        DWORD Size = 68;
-        DWORD Codes[8] = {};
-        DWORD Gains[8] = {1, 2, 100, 30, 5, 6, 70, 90};
-    } const stored;
-    static_assert(sizeof stored == 68);
-    StoreBinary(0, TEXT("Monitor"), &stored, sizeof stored);
+    StoreMonitor({}, {1, 2, 100, 30, 5, 6, 70, 90});
     struct Volume {
         DWORD Set;
         DWORD Gain;
@@ -87,24 +73,24 @@ TEST_F(PlaybackTest, GainsAndVolume) {
     };
     const struct {
         UINT Device;
-        std::vector<DWORD> Gains;
+        std::array<DWORD, 8> Gains;
         unsigned Own;
     } ports[] = {{AnalogOut, {0, 0, 100, 0, 0, 0, 70, 0}, 2}, {DigitalOut, {0, 0, 0, 30, 0, 0, 0, 90}, 7}};
     for (const auto& port : ports) {
         SCOPED_TRACE(port.Device);
         Open(PcmFormat(44100, 2, 16), port.Device);
-        std::vector<DWORD> gains = port.Gains;
-        EXPECT_EQ(MixerGains(Cards()), gains);
+        std::array<DWORD, 8> gains = port.Gains;
+        EXPECT_EQ(MixerGains(), gains);
         EXPECT_EQ(volume(), gains[port.Own] * 65535 / 128);
         for (const Volume& test : volumes) {
             SCOPED_TRACE(test.Set);
             EXPECT_EQ(waveOutSetVolume(player_.Handle(), test.Set), MMSYSERR_NOERROR);
             gains[port.Own] = test.Gain;
-            EXPECT_EQ(MixerGains(Cards()), gains);
+            EXPECT_EQ(MixerGains(), gains);
             EXPECT_EQ(volume(), test.Set & 0xFFFF);
         }
         EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
-        EXPECT_EQ(MixerGains(Cards()), std::vector<DWORD>(8));
+        EXPECT_EQ(MixerGains(), (std::array<DWORD, 8>{}));
     }
 }
 

@@ -1,12 +1,6 @@
 // The help file in the system's own viewer: every topic, by the number with which the sheet asks for it.
-#include <windows.h>
-
-#include <functional>
-
 #include "config_ui/resource.h"
-#include "tests/support/help_viewer.h"
 #include "tests/support/sheet_test.h"
-#include "tests/support/text.h"
 
 namespace {
 

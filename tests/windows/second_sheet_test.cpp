@@ -1,7 +1,4 @@
 // A second program of the desktop asks for the configuration sheet while one is open.
-#include <windows.h>
-#include <mmddk.h>
-
 #include "tests/support/sheet_test.h"
 
 namespace {

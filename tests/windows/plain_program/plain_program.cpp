@@ -29,6 +29,7 @@ struct Buffer {
         Header.lpData = Bytes.data();
         Header.dwBufferLength = bytes;
     }
+    Buffer(const Buffer&) = delete;  // its header knows where the bytes are
     std::vector<char> Bytes;
     WAVEHDR Header = {};
     bool IsDone() const { return (const_cast<const volatile DWORD&>(Header.dwFlags) & WHDR_DONE) != 0; }
@@ -43,6 +44,16 @@ bool WaitFor(HANDLE event, const Buffer& buffer) {
     return true;
 }
 
+// Makes the calls for one buffer after the other; whether all of them go well.
+template <typename Device, typename... Calls>
+bool ForEach(Buffer (&buffers)[3], Device device, Calls... calls) {
+    bool good = true;
+    for (Buffer& buffer : buffers) {
+        ((good = calls(device, &buffer.Header, sizeof(WAVEHDR)) == MMSYSERR_NOERROR && good), ...);
+    }
+    return good;
+}
+
 // --- playing -----------------------------------------------------------------------------------
 
 void Play(HANDLE event) {
@@ -51,13 +62,7 @@ void Play(HANDLE event) {
     Step("play: open", waveOutOpen(&device, 0, &Stereo, callback, 0, CALLBACK_EVENT) == MMSYSERR_NOERROR);
     const DWORD before = timeGetTime();
     Buffer buffers[] = {Buffer(BufferBytes), Buffer(BufferBytes), Buffer(100 * BufferBytes)};
-    bool written = true;
-    for (Buffer& buffer : buffers) {
-        buffer.Header.lpData = buffer.Bytes.data();
-        written = waveOutPrepareHeader(device, &buffer.Header, sizeof(WAVEHDR)) == MMSYSERR_NOERROR &&
-                  waveOutWrite(device, &buffer.Header, sizeof(WAVEHDR)) == MMSYSERR_NOERROR && written;
-    }
-    Step("play: write", written);
+    Step("play: write", ForEach(buffers, device, waveOutPrepareHeader, waveOutWrite));
     Step("play: two are back", WaitFor(event, buffers[0]) && WaitFor(event, buffers[1]));
     Step("play: took their time", timeGetTime() - before >= 2 * 100 - 2);
     MMTIME time = {};
@@ -68,12 +73,8 @@ void Play(HANDLE event) {
          waveOutUnprepareHeader(device, &buffers[2].Header, sizeof(WAVEHDR)) == WAVERR_STILLPLAYING &&
              waveOutClose(device) == WAVERR_STILLPLAYING);
     Step("play: reset", waveOutReset(device) == MMSYSERR_NOERROR && WaitFor(event, buffers[2]));
-    bool unprepared = true;
-    for (Buffer& buffer : buffers) {
-        unprepared =
-            waveOutUnprepareHeader(device, &buffer.Header, sizeof(WAVEHDR)) == MMSYSERR_NOERROR && unprepared;
-    }
-    Step("play: unprepare and close", unprepared && waveOutClose(device) == MMSYSERR_NOERROR);
+    Step("play: unprepare and close",
+         ForEach(buffers, device, waveOutUnprepareHeader) && waveOutClose(device) == MMSYSERR_NOERROR);
 }
 
 // --- recording ---------------------------------------------------------------------------------
@@ -83,13 +84,7 @@ void Record(HANDLE event) {
     const auto callback = reinterpret_cast<DWORD_PTR>(event);
     Step("record: open", waveInOpen(&device, 0, &Stereo, callback, 0, CALLBACK_EVENT) == MMSYSERR_NOERROR);
     Buffer buffers[] = {Buffer(BufferBytes), Buffer(BufferBytes), Buffer(100 * BufferBytes)};
-    bool added = true;
-    for (Buffer& buffer : buffers) {
-        buffer.Header.lpData = buffer.Bytes.data();
-        added = waveInPrepareHeader(device, &buffer.Header, sizeof(WAVEHDR)) == MMSYSERR_NOERROR &&
-                waveInAddBuffer(device, &buffer.Header, sizeof(WAVEHDR)) == MMSYSERR_NOERROR && added;
-    }
-    Step("record: add", added);
+    Step("record: add", ForEach(buffers, device, waveInPrepareHeader, waveInAddBuffer));
     Step("record: start", waveInStart(device) == MMSYSERR_NOERROR);
     Step("record: two are full", WaitFor(event, buffers[0]) && WaitFor(event, buffers[1]) &&
                                      buffers[0].Header.dwBytesRecorded == BufferBytes &&
@@ -100,12 +95,8 @@ void Record(HANDLE event) {
     Step("record: reset", waveInReset(device) == MMSYSERR_NOERROR);
     Step("record: the last one is back, not full",
          WaitFor(event, buffers[2]) && buffers[2].Header.dwBytesRecorded < 100 * BufferBytes);
-    bool unprepared = true;
-    for (Buffer& buffer : buffers) {
-        unprepared =
-            waveInUnprepareHeader(device, &buffer.Header, sizeof(WAVEHDR)) == MMSYSERR_NOERROR && unprepared;
-    }
-    Step("record: unprepare and close", unprepared && waveInClose(device) == MMSYSERR_NOERROR);
+    Step("record: unprepare and close",
+         ForEach(buffers, device, waveInUnprepareHeader) && waveInClose(device) == MMSYSERR_NOERROR);
 }
 
 // --- the rest of the multimedia system ---------------------------------------------------------

@@ -1,11 +1,14 @@
-#include "tests/support/system.h"
+// Waiting for what another thread or process does a moment later.
+#pragma once
 
 #include <chrono>
 #include <thread>
 
-bool test_system::UsageComesTo(const std::string& usage) {
+// Whether the condition comes true; a minute is long even for a busy machine.
+template <typename Condition>
+bool ComesTrue(Condition condition) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
-    while (Usage() != usage) {
+    while (!condition()) {
         if (std::chrono::steady_clock::now() > end) {
             return false;
         }
