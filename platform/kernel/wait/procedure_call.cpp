@@ -1,4 +1,6 @@
 // User-mode procedure calls: queued to a thread by anyone, run by the thread when it waits alertably.
+#include <thread>
+
 #include "platform/kernel/call_failure.h"
 #include "platform/kernel/thread_object.h"
 #include "platform/kernel/wait/futex.h"
@@ -8,7 +10,11 @@ namespace platform {
 namespace {
 
 std::atomic<int> busyThreads{0};    // with calls queued or still at work on what they set off
-std::atomic<int> quietAwaiters{0};  // threads in WaitUntilQuiet
+std::atomic<int> quietAwaiters{0};  // threads that sleep until there are fewer
+
+// A thread deals with one completion in less time than it takes to put another to sleep and to wake it: 20
+// minutes on one device pass in stepped time in three quarters of the time.
+constexpr int LooksBeforeSleep = 40;
 
 }  // namespace
 
@@ -99,6 +105,9 @@ bool QueueProcedureCall(const ThreadReference& thread, device::ProcedureCall rou
 bool WaitUntilQuiet(DWORD realMilliseconds) {
     const Deadline deadline = DeadlineAfter(realMilliseconds);
     const int own = CurrentThread().IsBusy() ? 1 : 0;  // no thread waits for itself
+    for (int look = 0; look < LooksBeforeSleep && busyThreads > own; ++look) {
+        std::this_thread::yield();
+    }
     ++quietAwaiters;
     int busy = busyThreads;
     while (busy > own && deadline != AtOnce && BlockWhileEqual(&busyThreads, busy, deadline)) {
