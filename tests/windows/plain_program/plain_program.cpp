@@ -220,11 +220,13 @@ int main(int argc, char** argv) {
     }
     const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     LookAtDevices();
+    // Early, so that the timer's thread has ended long before the process does: Wine may crash when both end
+    // at once.
+    UseTheRest(event);
     Play(event);
     Record(event);
     PlaySounds();
     SendToTheDriver();
-    UseTheRest(event);
     CloseHandle(event);
     return failures;
 }
