@@ -65,6 +65,21 @@ TEST_F(RecordedBytesTest, ABufferOfLessThanAWordComesBackEmptyAtOnce) {
     EXPECT_EQ(recorder_.Counts(), (Sizes{800, 0, 800}));
 }
 
+// It gets nothing of what is on its way to another, and takes nothing of it away.
+TEST_F(RecordedBytesTest, ABufferThatTheCardRefusesComesBackEmpty) {
+    const auto signal = PlugIn(1000);
+    Open(Mono());
+    Add(800);
+    Run(200);
+    Fail("QUEUE_BUFFER");
+    Add(800);
+    Cards().Advance(1);
+    EXPECT_EQ(recorder_.Counts(), Sizes{0});
+    AdvanceFrames(300, Rate);
+    EXPECT_EQ(recorder_.Counts(), (Sizes{0, 800}));
+    ExpectRecorded(Mono(), signal);
+}
+
 // A header that comes back during the reset can be recorded into at once.
 TEST_F(RecordedBytesTest, WhatIsAddedDuringAResetIsForTheNextStart) {
     std::atomic<unsigned> calls = 0;
