@@ -1,6 +1,4 @@
 // User-mode procedure calls: queued to a thread by anyone, run by the thread when it waits alertably.
-#include <thread>
-
 #include "platform/kernel/call_failure.h"
 #include "platform/kernel/thread_object.h"
 #include "platform/kernel/wait/futex.h"
@@ -12,9 +10,10 @@ namespace {
 std::atomic<int> busyThreads{0};    // with calls queued or still at work on what they set off
 std::atomic<int> quietAwaiters{0};  // threads that sleep until there are fewer
 
-// A thread deals with one completion in less time than it takes to put another to sleep and to wake it: 20
-// minutes on one device pass in stepped time in three quarters of the time.
-constexpr int LooksBeforeSleep = 40;
+// In which a thread deals with one completion: less than it takes to put another to sleep and to wake it. 20
+// minutes on one device pass in stepped time in three quarters of the time. Giving way meanwhile would make
+// whoever waits the last in the row of a busy computer.
+constexpr auto CompletionTime = std::chrono::microseconds(20);
 
 }  // namespace
 
@@ -105,8 +104,8 @@ bool QueueProcedureCall(const ThreadReference& thread, device::ProcedureCall rou
 bool WaitUntilQuiet(DWORD realMilliseconds) {
     const Deadline deadline = DeadlineAfter(realMilliseconds);
     const int own = CurrentThread().IsBusy() ? 1 : 0;  // no thread waits for itself
-    for (int look = 0; look < LooksBeforeSleep && busyThreads > own; ++look) {
-        std::this_thread::yield();
+    const Deadline sleepFrom = std::chrono::steady_clock::now() + CompletionTime;
+    while (busyThreads > own && std::chrono::steady_clock::now() < sleepFrom) {
     }
     ++quietAwaiters;
     int busy = busyThreads;
