@@ -39,7 +39,9 @@ MMRESULT AcceptHeader(StreamInstance* stream, WAVEHDR* header, DWORD resets, Hel
     }
     header->reserved = reinterpret_cast<DWORD_PTR>(stream);
     header->dwFlags = (header->dwFlags & ~static_cast<DWORD>(WHDR_DONE)) | WHDR_INQUEUE;
-    stream->Direction->MarkHeader(stream, header);
+    if (stream->ResetCount == resets) {  // else it goes back at once
+        stream->Direction->MarkHeader(stream, header);
+    }
     HeldHeader* held = stream->Held.Accept(header, header->dwBufferLength, resets);
     if (held == nullptr) {
         return MMSYSERR_NOMEM;
@@ -119,6 +121,7 @@ HeldHeader* NextToSubmit(StreamInstance* stream) {
 TakenHeader TakeForCalls(StreamInstance* stream) {
     HandOverTurn& turn = stream->HandOver;
     const HandOverWork work = turn.Work;
+    const DWORD sleeps = stream->Sleeps;  // before it is seen to be awake
     const HeldHeader* held = Any(work) && TakesHeaders(stream) ? NextToSubmit(stream) : nullptr;
     if (held == nullptr) {
         turn.Work = {};
@@ -137,7 +140,7 @@ TakenHeader TakeForCalls(StreamInstance* stream) {
             .Data = held->Shadow != nullptr ? held->Shadow->Data : held->Header->lpData,
             .Length = stream->Direction->WholeWords ? length & ~static_cast<DWORD>(3) : length,
             .Resets = stream->ResetCount,
-            .Sleeps = stream->Sleeps,
+            .Sleeps = sleeps,
             .Calls = turn.Calls,
             .Last = last,
             .StartAlways = work.Completed};
@@ -308,8 +311,9 @@ void AwaitFlushedHeaders(StreamInstance* stream) {
     }
 }
 
-BOOL FinishReset(StreamInstance* stream) {
+BOOL FinishReset(StreamInstance* stream, DWORD* resets) {
     DriverLock lock;
+    *resets = stream->ResetCount;
     stream->JustReset = 1;
     return --stream->Resetting == 0 && stream->PendingHeaders != nullptr;
 }

@@ -47,11 +47,11 @@ void HandOver(StreamInstance* stream, HandOverCall call);
 // the time before it. EmptyQueue unlinks those that are queued, and the ledger still has them.
 // AwaitFlushedHeaders waits until those in the card are back with the client, at most 200 ms; no lock may be
 // held, and on a service thread, which others may be waiting for, it does nothing. FinishReset answers TRUE
-// when the client has handed in more meanwhile: that is still queued. A client may reset again from inside
-// the callbacks of a reset: only the outermost one finishes.
+// when the client has handed in more meanwhile, which is still queued, and the stream's number of resets by
+// then. A client may reset again from inside the callbacks of a reset: only the outermost one finishes.
 void BeginReset(StreamInstance* stream);
 void EmptyQueue(StreamInstance* stream);
 void AwaitFlushedHeaders(StreamInstance* stream);
-BOOL FinishReset(StreamInstance* stream);
+BOOL FinishReset(StreamInstance* stream, DWORD* resets);
 
 }  // namespace kestvox

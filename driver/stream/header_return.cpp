@@ -47,8 +47,11 @@ void CountCompleted(StreamInstance* stream, HeldHeader* held) {
     stream->InFlightBytes -= static_cast<LONG>(held->Bytes);
 }
 
-// It leaves the chain that an active loop may walk again, too.
+// It leaves the queue, where a loop may have put it once more, and the chain that the loop may walk again.
 void ForgetHeader(StreamInstance* stream, HeldHeader* held) {
+    if (stream->PendingHeaders == held->Header) {
+        stream->PendingHeaders = held->Header->lpNext;
+    }
     HeldHeader* before = stream->LoopStart != nullptr ? held->Older : nullptr;
     if (before != nullptr && before->Header->lpNext == held->Header) {
         before->Header->lpNext = held->Header->lpNext;

@@ -73,6 +73,7 @@ MMRESULT StopInput(StreamInstance* stream) {
 }
 
 MMRESULT ResetInput(StreamInstance* stream) {
+    DWORD resets = 0;
     BeginReset(stream);
     StopPort(stream);
     FlushBuffers(stream->Device);
@@ -80,7 +81,7 @@ MMRESULT ResetInput(StreamInstance* stream) {
     ReturnIdleHeaders(stream);
     AwaitFlushedHeaders(stream);
     FreeShadowBuffers(stream);
-    if (FinishReset(stream)) {
+    if (FinishReset(stream, &resets)) {
         HandOver(stream, HandOverCall::Written);  // what was added meanwhile was not handed over then
     }
     return MMSYSERR_NOERROR;

@@ -21,7 +21,8 @@ void OutputBufferDone(StreamInstance* stream, HeldHeader* held) {
     WAVEHDR* header = held->Header;
     CountPass(header);
     CountCompleted(stream, held);
-    if (header->dwLoops == 0 && held->InFlight == 0) {  // no completion is to come
+    const bool noPassLeft = header->dwLoops == 0 || held->Resets != stream->ResetCount;
+    if (noPassLeft && held->InFlight == 0) {  // no completion is to come
         ForgetHeader(stream, held);
         ReturnHeader(stream, header);
         if (stream->IsOpen == 0) {

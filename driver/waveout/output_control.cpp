@@ -1,5 +1,6 @@
 #include "card/card_identity.h"
 #include "card/clock_master.h"
+#include "card/locks.h"
 #include "card/registers.h"
 #include "card/requests.h"
 #include "stream/header_queue.h"
@@ -37,8 +38,10 @@ void StopPort(StreamInstance* stream) {
 }
 
 // What is written from now on is in no loop that was begun before.
-void ForgetUnwrittenLoop(StreamInstance* stream) {
+void BeginOutputReset(StreamInstance* stream) {
     DriverLock lock;
+    BeginReset(stream);
+    GiveUpPasses(stream);
     stream->QueuedLoopCount = 0;
 }
 
@@ -64,10 +67,8 @@ MMRESULT PauseOutput(StreamInstance* stream) {
 }
 
 MMRESULT ResetOutput(StreamInstance* stream) {
-    BeginReset(stream);
-    const DWORD resets = stream->ResetCount;
-    ForgetUnwrittenLoop(stream);
-    LeaveLoop(stream);
+    DWORD resets = 0;
+    BeginOutputReset(stream);
     StopPort(stream);
     FlushBuffers(stream->Device);
     EmptyQueue(stream);
@@ -76,7 +77,7 @@ MMRESULT ResetOutput(StreamInstance* stream) {
     AwaitFlushedHeaders(stream);
     FreeShadowBuffers(stream);
     StopPort(stream);
-    if (FinishReset(stream)) {
+    if (FinishReset(stream, &resets)) {
         HandOver(stream, HandOverCall::Written);
         StartPort(stream, resets, StartCause::Headers);
     }

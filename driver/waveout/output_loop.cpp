@@ -20,15 +20,26 @@ void MarkSpent(StreamInstance* stream, const WAVEHDR* header) {
     }
 }
 
-// Shortens what the headers of the active loop still expect by the passes that are given up. The walk meets
-// only headers that are held: one that goes back to the client leaves the chain. When the loop's end was not
-// accepted it also meets headers from after the loop, which expect no pass. DriverMutex held.
+DWORD Without(DWORD passes, DWORD loops, DWORD least) {
+    return loops > passes + least ? loops - passes : least;
+}
+
+}  // namespace
+
+// The walk meets only headers that are held: one that goes back to the client leaves the chain. When the
+// loop's end was not accepted it also meets headers from after the loop, which expect no pass, or those of
+// another loop. One that is still to be handed over has a pass before it in any case.
 void GiveUpPasses(StreamInstance* stream) {
+    if (stream->LoopStart == nullptr || stream->LoopPassesLeft <= 1) {
+        return;
+    }
     const DWORD passes = stream->LoopPassesLeft - 1;
     const WAVEHDR* last = nullptr;
+    DWORD least = 0;
     for (WAVEHDR* header = stream->LoopStart; header != nullptr && last == nullptr; header = header->lpNext) {
+        least = header == stream->PendingHeaders ? 1 : least;
         if (header->dwLoops != 0) {
-            header->dwLoops -= header->dwLoops < passes ? header->dwLoops : passes;
+            header->dwLoops = Without(passes, header->dwLoops, least);
             if (header->dwLoops == 0) {
                 MarkSpent(stream, header);
             }
@@ -42,8 +53,6 @@ void GiveUpPasses(StreamInstance* stream) {
     }
     stream->LoopPassesLeft = 1;
 }
-
-}  // namespace
 
 void StampLoop(StreamInstance* stream, WAVEHDR* header) {
     if (Has(header, WHDR_BEGINLOOP) && stream->QueuedLoopCount == 0) {
@@ -81,19 +90,12 @@ WAVEHDR* TakeNextOutput(StreamInstance* stream) {
 
 MMRESULT BreakOutputLoop(StreamInstance* stream) {
     stream->JustReset = 0;
-    LeaveLoop(stream);
-    return MMSYSERR_NOERROR;
-}
-
-void LeaveLoop(StreamInstance* stream) {
     {
         DriverLock lock;
-        if (stream->LoopStart == nullptr || stream->LoopPassesLeft <= 1) {
-            return;
-        }
         GiveUpPasses(stream);
     }
     ReturnSpentHeaders(stream);
+    return MMSYSERR_NOERROR;
 }
 
 }  // namespace kestvox

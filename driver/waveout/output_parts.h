@@ -27,7 +27,9 @@ MMRESULT FillOutputBuffer(StreamInstance* stream, HeldHeader* held);
 // written, or stand outside. DriverMutex held.
 void StampLoop(StreamInstance* stream, WAVEHDR* header);
 
-// Ends the active loop with the current pass and returns the headers that have no pass left.
-void LeaveLoop(StreamInstance* stream);
+// Ends the active loop, if there is one, with the pass that is being handed over: shortens what its headers
+// still expect by the passes that are given up, and marks those that expect nothing any more as spent.
+// DriverMutex held.
+void GiveUpPasses(StreamInstance* stream);
 
 }  // namespace kestvox

@@ -1,4 +1,6 @@
 // Pause, restart, reset, position and close.
+#include <utility>
+
 #include "tests/support/output_test.h"
 
 namespace {
@@ -121,6 +123,27 @@ TEST_F(OutputControlTest, AResetDoesNotReturnWhatIsWrittenMeanwhile) {
     EXPECT_GT(player_.HeaderCount(), 20u);
     EXPECT_EQ(player_.DoneCount(), 20u);
     Cards().Advance(Second);
+    EXPECT_EQ(Played(), Sound(format_, written_));
+    ExpectEachReturnedOnce();
+}
+
+// A reset inside a reset's callback, and what is written after it, is not the last that the port hears.
+TEST_F(OutputControlTest, WhatIsWrittenAfterAResetInsideAResetIsPlayed) {
+    const DWORD resettingThread = GetCurrentThreadId();
+    Write(20);
+    AdvanceFrames(500);
+    Cards().ForgetAudio();
+    written_.clear();
+    bool again = false;
+    player_.OnDone([&](WAVEHDR&) {
+        if (GetCurrentThreadId() == resettingThread && !std::exchange(again, true)) {
+            EXPECT_EQ(player_.Reset(), Done);
+            Write();
+        }
+    });
+    EXPECT_EQ(player_.Reset(), Done);
+    Cards().Advance(Second);
+    EXPECT_FALSE(written_.empty());
     EXPECT_EQ(Played(), Sound(format_, written_));
     ExpectEachReturnedOnce();
 }

@@ -14,8 +14,11 @@ enum class Then { Break, AnotherEnd, AnotherLoop, Reset };
 
 class UnfinishedLoopTest : public OutputTest {
 protected:
+    // Claims no byte rate, so that exactly four buffers are in the card.
     void Open() {
-        ASSERT_EQ(waveOutOpen(&device_, AnalogOut, PcmFormat(44100, 2, 24).Get(),
+        WaveFormat format = PcmFormat(44100, 2, 24);
+        format.Basic().nAvgBytesPerSec = 0;
+        ASSERT_EQ(waveOutOpen(&device_, AnalogOut, format.Get(),
                               reinterpret_cast<DWORD_PTR>(&UnfinishedLoopTest::Receive),
                               reinterpret_cast<DWORD_PTR>(this), CALLBACK_FUNCTION),
                   MMSYSERR_NOERROR);
@@ -33,9 +36,10 @@ protected:
         held_.insert(header);
         EXPECT_EQ(waveOutWrite(device_, header, sizeof *header), MMSYSERR_NOERROR);
     }
-    void WriteRefusedEnd() {
+    void WriteRefused(DWORD flags, DWORD loops = 0) {
         WAVEHDR* header = test_system::TakeHeader(Bytes + 1);
-        header->dwFlags |= End;
+        header->dwFlags |= flags;
+        header->dwLoops = loops;
         EXPECT_EQ(waveOutWrite(device_, header, sizeof *header), unsigned{MMSYSERR_INVALPARAM});
         test_system::GiveBackPage(header);
     }
@@ -61,7 +65,7 @@ TEST_F(UnfinishedLoopTest, ReturnedHeadersAreNotTouchedAgain) {
         Open();
         Write(Begin, 3);
         WAVEHDR* const beginning = *held_.begin();
-        WriteRefusedEnd();
+        WriteRefused(End);
         Write();
         Write();
         Cards().Advance(Second);
@@ -81,6 +85,48 @@ TEST_F(UnfinishedLoopTest, ReturnedHeadersAreNotTouchedAgain) {
         }
         Close();
     }
+}
+
+// The loop does not end, and so what expects no pass, or fewer, may come back while it is queued once more.
+TEST_F(UnfinishedLoopTest, ReturnedHeadersLeaveTheQueue) {
+    Open();
+    Write(Begin, 3);
+    Write();
+    Write();
+    WriteRefused(End);
+    Write(End);
+    Cards().Advance(Second);
+    EXPECT_EQ(held_.size(), 3u);
+    Close();
+    for (const Then then : {Then::Break, Then::Reset}) {
+        SCOPED_TRACE(static_cast<int>(then));
+        Open();
+        Write(Begin, 10);
+        WriteRefused(End);
+        for (int i = 0; i < 3; ++i) {
+            Write();
+        }
+        Write(Begin, 2);  // waits with what follows it
+        Write(End);
+        Write();
+        EXPECT_EQ(held_.size(), 7u);
+        EXPECT_EQ(then == Then::Break ? waveOutBreakLoop(device_) : waveOutReset(device_), MMSYSERR_NOERROR);
+        Cards().Advance(Second);
+        EXPECT_TRUE(held_.empty()) << held_.size() << " did not come back";
+        Close();
+    }
+}
+
+// Passes that belong to no loop: its beginning was refused.
+TEST_F(UnfinishedLoopTest, AResetBringsEverythingBackHoweverLateTheCardIs) {
+    AddFault("completion:all:late=50000");
+    Open();
+    WriteRefused(Begin, 3);
+    Write();
+    EXPECT_EQ(waveOutReset(device_), MMSYSERR_NOERROR);
+    Cards().Advance(Second);
+    EXPECT_TRUE(held_.empty());
+    Close();
 }
 
 }  // namespace
