@@ -10,9 +10,6 @@ namespace {
 // The most that a full buffer may have been given beyond a stop's whole units, in bytes of any layout.
 constexpr DWORD TransferUnit = 32;
 
-// In place of a number of resets: the next run has not begun.
-constexpr DWORD NotBegun = 0xFFFFFFFF;
-
 DWORD Smaller(DWORD a, DWORD b) {
     return a < b ? a : b;
 }
@@ -20,22 +17,36 @@ DWORD Smaller(DWORD a, DWORD b) {
 }  // namespace
 
 void RecordedRuns::Begin(DWORD resets) {
+    if (At(ended_).Resets != NotBegun) {
+        End(NoPosition);
+    }
     At(ended_).Resets = resets;
 }
 
 void RecordedRuns::End(DWORD frames) {
+    Run& run = At(ended_);
     if (ended_ - served_ < MostEnded) {
-        At(ended_).StopPosition = frames;
+        run.StopPosition = frames;
         At(ended_ + 1).Resets = NotBegun;
         ++ended_;
-    } else if (frames != NoPosition) {
-        At(ended_ - 1).StopPosition += frames;
+        return;
     }
+    Run& last = At(ended_ - 1);
+    if (last.Resets != run.Resets || last.StopPosition == NoPosition) {
+        last.Resets = run.Resets.load();
+        last.StopPosition = frames;
+    } else if (frames != NoPosition) {
+        last.StopPosition += frames;
+    }
+    run.Resets = NotBegun;
 }
 
 // Of a position in the run that is being served. A stop counts whole transfer units, a full buffer every
 // byte: so a little more may have been delivered.
 DWORD RecordedRuns::Remaining(const StreamInstance* stream, DWORD frames) const {
+    if (frames == 0) {
+        return 0;  // also when the card has been reset in the middle of the run
+    }
     const DWORD bytes = stream->BytesOf(frames);
     return bytesDelivered_ - bytes < TransferUnit ? 0 : bytes - bytesDelivered_;
 }

@@ -19,7 +19,7 @@ struct HeldHeader;
 
 class RecordedRuns {
 public:
-    // A run starts, after so many resets of the stream.
+    // A run starts, after so many resets of the stream. One that the card has ended by itself is over.
     void Begin(DWORD resets);
 
     // It has stopped at a position in frames, whole transfer units; NoPosition: the card does not tell, and
@@ -31,11 +31,15 @@ public:
     DWORD TakeShare(const StreamInstance* stream, const HeldHeader& held, DWORD capacity);
 
 private:
-    // Runs that have ended and are not wholly given back. When there are more, the last two count as one.
+    // Runs that have ended and are not wholly given back. When there are more, the last two count as one, or
+    // after a reset in between as the last.
     static constexpr DWORD MostEnded = 31;
 
+    // In place of a number of resets: the run has not begun.
+    static constexpr DWORD NotBegun = 0xFFFFFFFF;
+
     struct Run {
-        SharedWord Resets;
+        SharedWord Resets = NotBegun;
         SharedWord StopPosition;
     };
 

@@ -51,6 +51,23 @@ TEST_F(DriverResetTest, StreamsThatAreClosedLaterLeaveTheClockFree) {
     }
 }
 
+// Nobody has stopped the recording, and the next one begins with nothing.
+TEST_F(DriverResetTest, ARecordingBeginsAnew) {
+    WaveRecorder recorder(0, PcmFormat(44100, 1, 16));
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_EQ(recorder.Add(800), MMSYSERR_NOERROR);
+    }
+    ASSERT_EQ(recorder.Start(), MMSYSERR_NOERROR);
+    Cards().Advance(Second / 80);
+    EXPECT_EQ(recorder.Counts(), std::vector<DWORD>{800});
+    ResetDriver();
+    EXPECT_EQ(recorder.Start(), MMSYSERR_NOERROR);
+    recorder.Stop();
+    recorder.Reset();
+    Cards().Advance(Second / 80);
+    EXPECT_EQ(recorder.Counts(), (std::vector<DWORD>{800, 0, 0}));
+}
+
 // The stream that is closed after the reset is not the one that has its port's mark by then.
 TEST_F(DriverResetTest, ACloseCountsDownOnlyItsOwn) {
     WavePlayer first(0, PcmFormat(44100, 2, 16));

@@ -100,6 +100,22 @@ TEST_F(RecordedBytesTest, WhatIsAddedDuringAResetIsForTheNextStart) {
     ExpectRecorded(Mono(), signal, before);
 }
 
+// More runs than are kept apart, of which no buffer tells.
+TEST_F(RecordedBytesTest, ARunAfterManyResetsKeepsItsBytes) {
+    Open(Mono());
+    for (int i = 0; i < 40; ++i) {
+        recorder_.Start();
+        Reset();
+    }
+    const auto signal = PlugIn(1000);
+    Add(800);
+    Run(200);
+    recorder_.Stop();
+    Reset();
+    EXPECT_EQ(recorder_.Counts(), Sizes{384}) << "whole transfer units of 400";
+    ExpectRecorded(Mono(), signal);
+}
+
 // Neither what still waited in the queue, nor the leave to close with buffers in the card. Another buffer
 // comes meanwhile.
 TEST_F(RecordedBytesTest, AResetLeavesNothingToWhatFollows) {
