@@ -83,6 +83,7 @@ void CountClosed(StreamInstance* stream) {
 }
 
 BOOL ForgetDeadStreams(CardRecord& master) {
+    MutexLock starts(SequenceMutex);  // so that nobody is refused a channel that is being looked at
     bool any = false;
     for (CardRecord* card = FirstCard(); card != nullptr; card = NextCard(card)) {
         for (const Direction* direction : BothDirections) {

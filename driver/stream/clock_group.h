@@ -23,7 +23,7 @@ void CountClosed(StreamInstance* stream);
 
 // Looks at every port on the master's clock that is marked open by another process, and forgets those of dead
 // ones. TRUE when there was one. It asks the kernel for channels, so it is for when a stream would otherwise
-// be refused or wait, or start in a run that only they are in. No lock is needed.
+// be refused or wait, or start in a run that only they are in. Takes SequenceMutex.
 BOOL ForgetDeadStreams(CardRecord& master);
 
 // Gives the clock up when no stream is left on it. Takes DriverMutex, and then SequenceMutex.

@@ -22,13 +22,19 @@ void FillClient(StreamInstance* stream, const WAVEOPENDESC& description, DWORD f
     stream->WaveHandle = reinterpret_cast<DWORD_PTR>(description.hWave);
 }
 
+// Not while another program looks whether the last one that had the channel has died.
+MMRESULT ClaimChannel(const CardRecord& card, DWORD channel, CardHandle** device) {
+    MutexLock starts(SequenceMutex);
+    return OpenCardHandle(card, channel, device);
+}
+
 // A stream with its channel claimed; null and the reason when that cannot be had.
 MMRESULT ClaimStream(const Direction& direction, CardRecord& card, DWORD port, StreamInstance** claimed) {
     StreamInstance* stream = NewStream();
     if (stream == nullptr) {
         return MMSYSERR_NOMEM;
     }
-    MMRESULT result = OpenCardHandle(card, direction.FirstChannel + port, &stream->Device);
+    MMRESULT result = ClaimChannel(card, direction.FirstChannel + port, &stream->Device);
     if (result == MMSYSERR_NOERROR) {
         stream->Control = CreateMutexW(nullptr, FALSE, nullptr);
         stream->Progress = CreateEventW(nullptr, FALSE, FALSE, nullptr);

@@ -3,6 +3,8 @@
 #include <random>
 
 #include "simulator/machine/host.h"
+#include "simulator/requests/request_hold.h"
+#include "tests/interleaving/worker.h"
 #include "tests/processes/companion.h"
 #include "tests/reliability/stride.h"
 #include "tests/reliability/tally.h"
@@ -14,6 +16,7 @@ namespace {
 
 using simulator::Fault;
 using simulator::Port;
+using simulator::RequestHold;
 using simulator::host::Die;
 
 constexpr int64_t Millisecond = 1000;
@@ -230,6 +233,35 @@ TEST_F(KilledProgramsTest, AStreamLeavesTheClockThatItWasOpenedOn) {
     }
     victim.Kill();
     WavePlayer player(0, Format48000);
+}
+
+// A thread looks whether the program is dead, and has its channel for the moment.
+TEST_F(KilledProgramsTest, ADeadOnesPortIsFreeAtOnce) {
+    constexpr unsigned HasTheChannel = 3;  // the request that gives it back again
+    Companion victim(PlayOn);
+    const Program program(1);
+    waveOutGetNumDevs();
+    ASSERT_EQ(victim.Ask(0), NoError);
+    ASSERT_EQ(victim.Hear(), NoError);
+    victim.Kill();
+
+    WavePlayer players[2];
+    MMRESULT results[2] = {};
+    RequestHold hold(HasTheChannel, RequestHold::Where::Before);
+    interleaving::Worker looking;
+    interleaving::Worker opening;
+    looking.Begin([&] {
+        const RequestHold::Watch watch(hold);
+        results[1] = players[1].Open(1, Format48000);
+    });
+    EXPECT_EQ(hold.AwaitHeldOrEnded(), RequestHold::State::Held);
+    opening.Begin([&] { results[0] = players[0].Open(0, Format48000); });
+    opening.AwaitDoneOrWaiting();
+    hold.LetGo();
+    looking.Await();
+    opening.Await();
+    EXPECT_EQ(results[0], MMSYSERR_NOERROR);
+    EXPECT_EQ(results[1], MMSYSERR_NOERROR);
 }
 
 // A program dies while it closes: the port is not open any more, and nothing counts it.
