@@ -36,8 +36,12 @@ void EnumerateCards() {
 }
 
 // Once on a machine, by the first process that loads the library: two that load it at the same moment must
-// not both discover the cards. Without the mutex the discovery runs all the same.
+// not both discover the cards. Without the mutex the discovery runs all the same. Later ones do not wait: a
+// resume holds the mutex, too, for as long as another program's client likes.
 void DiscoverOnce() {
+    if (FirstLoadDone()) {
+        return;
+    }
     HANDLE discovery = CreateSharedMutex(DiscoveryMutexName);
     const DWORD wait = WaitForSingleObject(discovery, INFINITE);
     if (!FirstLoadDone()) {
@@ -51,8 +55,6 @@ void DiscoverOnce() {
         ReleaseMutex(discovery);
         CloseHandle(discovery);
     }
-    // Until somebody answers: no other program waits for that.
-    ShowUnreadSettings();
 }
 
 // The other threads of a process that ends are gone already: nobody is waited for.
@@ -66,6 +68,7 @@ BOOL AttachProcess(HMODULE module) {
     InitializeServiceThreads();
     const BOOL mutex = OpenSharedMutexes();
     DiscoverOnce();
+    ShowUnreadSettings();  // until somebody answers: no other program waits for that
     return mutex;
 }
 

@@ -1,5 +1,7 @@
 // Two programs on one machine: they share the cards, what the driver knows of them, and their clocks.
 #include <algorithm>
+#include <chrono>
+#include <future>
 #include <optional>
 
 #include "tests/processes/companion.h"
@@ -45,6 +47,23 @@ TEST_F(SharedCardsTest, APortHasOneOwnerAndAClockOneRate) {
     EXPECT_EQ(player.Open(0, Format48000), static_cast<MMRESULT>(WAVERR_BADFORMAT)) << "the other one runs";
     EXPECT_EQ(other.Ask(), NoError);
     EXPECT_EQ(other.Hear(), NoError) << "the rate is free again";
+}
+
+// A program that resumes keeps the discovery's mutex for as long as the client of another one likes.
+TEST_F(SharedCardsTest, ALaterProgramDoesNotWaitForADiscovery) {
+    Companion other([](Companion& test) {
+        test.Hear();
+        const Program program;
+        test.Tell(waveOutGetNumDevs());
+    });
+    const Program program(1);
+    waveOutGetNumDevs();
+    const HANDLE discovery = CreateMutexW(nullptr, TRUE, TEXT("ZPH_Kestrelvox_Discovery_Mutex"));
+    auto answer = std::async(std::launch::async, [&other] { return other.Ask(); });
+    EXPECT_EQ(answer.wait_for(std::chrono::minutes(1)), std::future_status::ready);
+    ReleaseMutex(discovery);
+    CloseHandle(discovery);
+    EXPECT_EQ(answer.get(), 2);
 }
 
 TEST_F(SharedCardsTest, ALaterProgramTakesTheTableAsItIs) {
