@@ -86,6 +86,7 @@ BOOL DetachProcess(bool processEnds) {
 void ReleaseProcess() {
     if (DriverMutex != nullptr) {
         const LimitedWaits limited;
+        EndLibraryLife();  // what opens from here on is not closed
         CloseStreams(GetCurrentProcessId(), NoCard);
         // A thread that is still in the middle of something would leave a mutex taken for ever.
         if (ProcessEnds || AwaitServiceThreads()) {
@@ -95,8 +96,8 @@ void ReleaseProcess() {
 }
 
 void UseAgain() {
-    if (DriverMutex == nullptr) {
-        OpenSharedMutexes();
+    if (DriverMutex != nullptr || OpenSharedMutexes()) {
+        BeginLibraryLife();
     }
 }
 

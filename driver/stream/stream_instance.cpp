@@ -14,6 +14,9 @@ constexpr DWORD LongestNap = 10;  // milliseconds
 
 SharedCount UseCount = 0;
 
+// Odd between two lives of the library.
+SharedWord Life = 0;
+
 }  // namespace
 
 StreamInstance* NewStream() {
@@ -24,12 +27,28 @@ StreamInstance* NewStream() {
     return stream;
 }
 
+void BeginLibraryLife() {
+    if ((Life & 1) != 0) {
+        ++Life;
+    }
+}
+
+void EndLibraryLife() {
+    Life |= 1;
+}
+
+// Counts before it looks: whoever ends the life meanwhile waits for it, or is noticed.
 LibraryUse::LibraryUse() {
     ++UseCount;
+    life_ = Life;
 }
 
 LibraryUse::~LibraryUse() {
     --UseCount;
+}
+
+bool LibraryUse::IsOfThisLife() const {
+    return (life_ & 1) == 0 && life_ == Life;
 }
 
 StreamUse::StreamUse(StreamInstance* stream) : stream_(stream) {

@@ -117,6 +117,11 @@ struct StreamInstance {
     DWORD BytesOf(DWORD frames) const { return frames * SampleSize() * Format.Channels; }
 };
 
+// The library's lives in its process, each from DRV_LOAD to DRV_FREE. The first begins by itself; one that
+// has begun or ended already stays so.
+void BeginLibraryLife();
+void EndLibraryLife();
+
 // Keeps the library's mutexes while an operation goes on that needs more than one of them.
 class LibraryUse {
 public:
@@ -124,6 +129,12 @@ public:
     ~LibraryUse();
     LibraryUse(const LibraryUse&) = delete;
     LibraryUse& operator=(const LibraryUse&) = delete;
+
+    // Whether it began in a life of the library that has not ended since.
+    bool IsOfThisLife() const;
+
+private:
+    DWORD life_;
 };
 
 // Keeps a stream's record, and its device handle, while a message or another operation on it is handled.
@@ -135,7 +146,7 @@ public:
     StreamUse& operator=(const StreamUse&) = delete;
 
 private:
-    LibraryUse library_;
+    const LibraryUse library_;
     StreamInstance* stream_;
 };
 

@@ -12,7 +12,6 @@ namespace {
 StreamInstance* Head = nullptr;
 CRITICAL_SECTION ListLock;
 SharedCount WalkCount = 0;
-SharedWord CloseCalls = 0;
 
 constexpr DWORD LongestLoan = 5000;  // milliseconds
 
@@ -135,12 +134,7 @@ BOOL WithdrawDevice(StreamInstance* stream) {
                          [](StreamInstance* lender) { return lender->Loans == 0; });
 }
 
-DWORD CloseStreamsCalls() {
-    return CloseCalls;
-}
-
 void CloseStreams(DWORD processId, DWORD ordinal) {
-    ++CloseCalls;
     const auto matches = [=](const StreamInstance& stream) {
         return stream.Closing == 0 && stream.Opening == 0 &&
                (processId == 0 || stream.OwnerProcessId == processId) &&

@@ -26,12 +26,8 @@ bool IsOpenHere(const CardRecord& card, const Direction& direction, DWORD port);
 BOOL WithdrawDevice(StreamInstance* stream);
 
 // Resets and closes every stream of a process (0: any) on a card (NoCard: any), without telling the
-// clients. A stream that its client is closing already is left to it.
+// clients. A stream that is being closed already, or opened, is left to whoever does that.
 void CloseStreams(DWORD processId, DWORD ordinal);
-
-// How often CloseStreams has been called: an open that has begun before and ends after it closes its stream
-// again.
-DWORD CloseStreamsCalls();
 
 // Suspends or resumes every stream, in list order (stream_control.h).
 void SuspendStreams();

@@ -89,14 +89,14 @@ void CloseDevice(StreamInstance* stream) {
 
 // From the preparation of the port to the open stream. The library may be let go meanwhile: then the stream
 // is closed here, not there.
-MMRESULT FinishOpening(StreamInstance* stream, DWORD closeCalls) {
+MMRESULT FinishOpening(StreamInstance* stream, const LibraryUse& library) {
     MMRESULT result = PrepareOpening(stream);
     if (result == MMSYSERR_NOERROR) {
         StartServiceThread(stream);
         stream->IsOpen = 1;
     }
     stream->Opening = 0;
-    if (CloseStreamsCalls() != closeCalls && result == MMSYSERR_NOERROR) {
+    if (!library.IsOfThisLife() && result == MMSYSERR_NOERROR) {
         stream->OpenFlags = 0;
         result = MMSYSERR_NODRIVER;
     }
@@ -111,7 +111,9 @@ MMRESULT FinishOpening(StreamInstance* stream, DWORD closeCalls) {
 MMRESULT OpenStream(const Direction& direction, UINT device, DWORD_PTR* user, const WAVEOPENDESC* description,
                     DWORD flags) {
     const LibraryUse library;
-    const DWORD closeCalls = CloseStreamsCalls();
+    if (!library.IsOfThisLife()) {
+        return MMSYSERR_NODRIVER;
+    }
     const DWORD port = device & 1;
     if (user == nullptr || description == nullptr || description->lpFormat == nullptr) {
         return MMSYSERR_INVALPARAM;
@@ -148,7 +150,7 @@ MMRESULT OpenStream(const Direction& direction, UINT device, DWORD_PTR* user, co
     direction.InitializeFields(stream);
     StreamUse use(stream);
     AddStream(stream);
-    result = FinishOpening(stream, closeCalls);
+    result = FinishOpening(stream, library);
     if (result == MMSYSERR_NOERROR) {
         *user = reinterpret_cast<DWORD_PTR>(stream);
         NotifyClient(stream, direction.OpenMessage, 0);

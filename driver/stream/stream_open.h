@@ -18,7 +18,7 @@ namespace kestvox {
 //   WAVERR_BADFORMAT       the port does not take the format, or its clock runs at another rate
 //   MMSYSERR_NOMEM         no memory
 //   MMSYSERR_ALLOCATED     the port is open already, in this process or another
-//   MMSYSERR_NODRIVER      a card's device cannot be opened
+//   MMSYSERR_NODRIVER      a card's device cannot be opened, or the library is let go
 //   MMSYSERR_ERROR         the clock is not valid or its rate not right; the hardware is not to be had
 MMRESULT OpenStream(const Direction& direction, UINT device, DWORD_PTR* user, const WAVEOPENDESC* description,
                     DWORD flags);

@@ -18,10 +18,11 @@ protected:
     }
 
     // The driver's instance of a stream that tells every message to `messages`.
-    static DWORD_PTR OpenOutput(const DriverLibrary& library, UINT device, int* messages) {
+    static DWORD_PTR OpenOutput(const DriverLibrary& library, UINT device, int* messages,
+                                MMRESULT expected = MMSYSERR_NOERROR) {
         DWORD_PTR user = 0;
         EXPECT_EQ(library.Open(true, device, PcmFormat(44100, 2, 16), CountMessage, messages, &user),
-                  MMSYSERR_NOERROR);
+                  expected);
         return user;
     }
 };
@@ -81,8 +82,12 @@ TEST_F(DriverProcTest, FreeClosesTheStreamsAndLoadWorksAgain) {
             EXPECT_FALSE(MutexExists(TEXT("ZPH_Kestrelvox_Wave_Driver_Mutex")));
             Cards().ClearTrace();
             EXPECT_EQ(library.DriverProc(DRV_FREE), 1);
-            EXPECT_EQ(TraceText(), Lines{}) << "nothing is left for the second";
+            EXPECT_EQ(OpenOutput(library, 0, &messages, MMSYSERR_NODRIVER), 0u);
+            EXPECT_EQ(TraceText(), Lines{}) << "nothing is left for the second, and nothing opens";
         }
+        test_system::FailCall("CreateMutexW", 1);
+        EXPECT_EQ(library.DriverProc(DRV_LOAD), 1);
+        EXPECT_EQ(OpenOutput(library, 0, &messages, MMSYSERR_NODRIVER), 0u) << "not without the mutex";
         EXPECT_EQ(library.DriverProc(DRV_LOAD), 1);
         ASSERT_NE(OpenOutput(library, 0, &messages), 0u);
     }
