@@ -1,5 +1,7 @@
 #include "stream/stream_control.h"
 
+#include <utility>
+
 #include "card/registers.h"
 #include "card/requests.h"
 #include "stream/clock_group.h"
@@ -41,32 +43,29 @@ void FallAsleep(StreamInstance* stream) {
     ReleaseChannel(stream->Device);
 }
 
-// Whether the card has not been initialised since.
-bool IsPreparedForCard(const StreamInstance* stream) {
-    return stream->PreparedInit == static_cast<DWORD>(stream->Card->InitCount);
+// Whether neither the card nor the master of its clock has been initialised since.
+bool IsPreparedForCards(const StreamInstance* stream) {
+    return stream->PreparedInit == static_cast<DWORD>(stream->Card->InitCount) &&
+           stream->ClockMaster->ClockLost == 0;
 }
 
-// TRUE: the calling thread is to prepare the port, in the sleep of that number.
+// TRUE: the calling thread is to prepare the port, in the sleep of that number. A thread that is at it
+// already begins anew for this sleep, too.
 bool BeginWakingUp(StreamInstance* stream, DWORD* sleeps) {
     ControlLock control(stream);
     if (stream->Closing != 0) {
         return false;
     }
-    if (stream->Power == Awake && !IsPreparedForCard(stream)) {
+    if (stream->Power == Awake && !IsPreparedForCards(stream)) {
         FallAsleep(stream);
     }
     if (stream->Power != Asleep) {
-        return false;  // somebody prepares the port, and begins anew if the card has been initialised since
+        return false;
     }
-    *sleeps = stream->Sleeps;
     stream->Power = Preparing;
     AcquireChannel(stream->Device);
-    return true;
-}
-
-// Whether the port is still in the sleep that the preparation belongs to, and its stream not closing.
-bool GoesOn(const StreamInstance* stream, DWORD sleeps) {
-    return stream->Closing == 0 && stream->Sleeps == sleeps;
+    *sleeps = stream->Sleeps;
+    return !std::exchange(stream->BeingPrepared, true);
 }
 
 // The port is prepared. FALSE: it has fallen asleep again, or its stream is closing and gave up what the
@@ -76,40 +75,47 @@ bool TakeHeadersAgain(StreamInstance* stream, DWORD sleeps) {
     if (stream->Closing != 0) {
         stream->Direction->CleanUp(stream);
     }
-    if (!GoesOn(stream, sleeps)) {
+    if (stream->Closing != 0 || stream->Sleeps != sleeps) {
         return false;
     }
     stream->Power = Prepared;
     return true;
 }
 
-// FALSE: the card was initialised after the port was prepared.
-bool FinishWakingUp(StreamInstance* stream, DWORD sleeps) {
+// FALSE: the port is to be prepared anew. It has slept meanwhile, and `*sleeps` becomes that sleep's number,
+// or a card has been initialised.
+bool FinishWakingUp(StreamInstance* stream, DWORD* sleeps) {
     ControlLock control(stream);
-    if (!GoesOn(stream, sleeps)) {
+    if (stream->Closing != 0 || stream->Power == Asleep) {
+        stream->BeingPrepared = false;
         return true;
     }
-    if (!IsPreparedForCard(stream)) {
+    if (stream->Sleeps != *sleeps || !IsPreparedForCards(stream)) {
+        *sleeps = stream->Sleeps;
         stream->Power = Preparing;
         return false;
     }
     stream->Power = Awake;
+    stream->BeingPrepared = false;
     if (stream->ResumePending() != 0) {
         StartAwakePort(stream, StartCause::WakeUp);
     }
     return true;
 }
 
-// From the port's preparation to its being awake: again and again while the card is initialised meanwhile.
+// From the port's preparation to its being awake, or asleep once more: again and again while its cards are
+// initialised or it sleeps meanwhile. One that fails is an open's.
 MMRESULT WakeUp(StreamInstance* stream, DWORD sleeps, bool ignoreClockError) {
     for (;;) {
         stream->PreparedInit = static_cast<DWORD>(stream->Card->InitCount);
         const MMRESULT result = stream->Direction->Prepare(stream, ignoreClockError);
-        if (result != MMSYSERR_NOERROR || !TakeHeadersAgain(stream, sleeps)) {
+        if (result != MMSYSERR_NOERROR) {
             return result;
         }
-        HandOver(stream, HandOverCall::Written);
-        if (FinishWakingUp(stream, sleeps)) {
+        if (TakeHeadersAgain(stream, sleeps)) {
+            HandOver(stream, HandOverCall::Written);
+        }
+        if (FinishWakingUp(stream, &sleeps)) {
             return MMSYSERR_NOERROR;
         }
     }
@@ -157,7 +163,7 @@ void SuspendStream(StreamInstance* stream) {
 
 void SuspendUnprepared(StreamInstance* stream) {
     ControlLock control(stream);
-    if (stream->Closing == 0 && stream->Power == Awake && !IsPreparedForCard(stream)) {
+    if (stream->Closing == 0 && stream->Power == Awake && !IsPreparedForCards(stream)) {
         FallAsleep(stream);
     }
 }

@@ -40,12 +40,13 @@ MMRESULT PrepareOpening(StreamInstance* stream);
 // Stops the port and gives its channel up while the computer sleeps. Headers stay queued.
 void SuspendStream(StreamInstance* stream);
 
-// The same for a port that is awake although its card has been initialised since it was prepared. All such
-// ports fall asleep before the first one wakes, so that they start together again.
+// The same for a port that is awake although its card, or the master of its clock, has been initialised since
+// it was prepared. All such ports fall asleep before the first one wakes, so that they start together again.
 void SuspendUnprepared(StreamInstance* stream);
 
 // Takes the channel back, prepares the port whatever its clock says, hands over what has waited, and starts
-// the port when it ran before or its client has asked for it since.
+// the port when it ran before or its client has asked for it since. When another thread is preparing the
+// port, as its open, that one does all of it.
 void ResumeStream(StreamInstance* stream);
 
 // Where the stream is. Fills `*time` with bytes of the client's layout when it asks for TIME_BYTES (modulo

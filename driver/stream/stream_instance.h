@@ -84,6 +84,7 @@ struct StreamInstance {
     SharedWord Power;         // PortPower
     SharedWord Sleeps;        // how often Power has become Asleep
     SharedWord PreparedInit;  // the card's InitCount when the port was last prepared
+    bool BeingPrepared;       // by one thread; the stream's control
     PciConfiguration SavedPciConfig;
 
     HANDLE ServiceThread;

@@ -146,6 +146,7 @@ MMRESULT OpenStream(const Direction& direction, UINT device, DWORD_PTR* user, co
     FillClient(stream, *description, flags);
     stream->Format = format;
     stream->Power = Preparing;
+    stream->BeingPrepared = true;
     stream->Opening = 1;
     direction.InitializeFields(stream);
     StreamUse use(stream);

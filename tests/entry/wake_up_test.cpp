@@ -124,6 +124,18 @@ TEST_F(LinkedWakeUpTest, WhatIsWrittenDuringTheSleepStartsOnOneFrame) {
     }
 }
 
+// Nothing tells the follower's stream but the master, which runs at its initial rate again and drives no
+// link.
+TEST_F(LinkedWakeUpTest, AFollowersStreamGoesOnWhenTheMasterAloneHasLostItsPower) {
+    Open({1});
+    Write(1000);
+    Cards().PowerCycle(0);
+    SendPower(PWR_CRITICALRESUME);
+    EXPECT_NEAR(PlayOn()[1], Rate / 10, 1);
+    EXPECT_EQ(Cards().SampleRate(0), Rate);
+    EXPECT_EQ(Cards().ClockFrame(0), Cards().ClockFrame(1));
+}
+
 // One of three is gone when the computer wakes up, and there again after the next sleep.
 class MissingCardTest : public WakeUpTest {
 protected:

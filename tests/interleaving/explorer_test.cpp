@@ -86,17 +86,24 @@ void WakingUp(Explorer& explorer, const Setting&, Start from) {
     }
 }
 
+// The computer sleeps and wakes up meanwhile.
+void OpenOverASleep(Explorer& explorer, Start from) {
+    explorer.Explore({from, {{Message::Open, 1}, {Message::Suspend, 0}, {Message::Resume, 0}}});
+}
+
 void Opening(Explorer& explorer, const Setting& setting, Start from) {
     const Acts open = ActsOf(1, {Message::Open, Message::OpenApart});
     const Acts others = ActsOf(setting, 0) + OfDriver;
     ExplorePairs(explorer, from, open, others + open);
     ExplorePairs(explorer, from, others, open);
+    OpenOverASleep(explorer, from);
 }
 
 void FirstOpens(Explorer& explorer, const Setting&, Start from) {
     const Acts opens[] = {ActsOf(0, {Message::Open}), ActsOf(1, {Message::Open, Message::OpenApart})};
     ExplorePairs(explorer, from, opens[0], opens[1]);
     ExplorePairs(explorer, from, opens[1], opens[0]);
+    OpenOverASleep(explorer, from);
 }
 
 void InCallback(Explorer& explorer, const Setting& setting, Start from) {
