@@ -33,6 +33,17 @@ constexpr ClockStep FullRun[] = {
     Settle,              // until they run
 };
 
+// A stream that was closed meanwhile leaves no rate behind: nobody may be on the clock any more, or others
+// may be waiting to program theirs. One that is closed later gives the clock up itself.
+void NoteRate(const ClockRun& run) {
+    MutexLock starts(SequenceMutex);
+    const bool closed = run.Stream->Closing != 0;
+    if (!closed) {
+        run.Master->GroupRate = run.Rate->Hz;
+    }
+    run.Master->ClockLost = closed;
+}
+
 MMRESULT ProgramGroup(StreamInstance* stream, bool ignoreClockError) {
     ClockRun run = {};
     run.Stream = stream;
@@ -46,14 +57,16 @@ MMRESULT ProgramGroup(StreamInstance* stream, bool ignoreClockError) {
             return result;
         }
     }
-    run.Master->GroupRate = run.Rate->Hz;
-    run.Master->ClockLost = 0;
+    NoteRate(run);
     return MMSYSERR_NOERROR;
 }
 
 // A stream that opens may find that another one has opened meanwhile, at another rate.
 MMRESULT BringGroupToRate(StreamInstance* stream, bool ignoreClockError) {
     MutexLock oneAtATime(ClockMutex);
+    if (stream->Closing != 0) {
+        return MMSYSERR_INVALHANDLE;
+    }
     const CardRecord& master = *stream->ClockMaster;
     const bool runs = master.GroupRate != 0;
     const bool atItsRate = master.GroupRate == stream->Format.SampleRate;

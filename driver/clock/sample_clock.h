@@ -18,6 +18,7 @@ namespace kestvox {
 //                      (both are logged; they end the run only while the master's CheckClocks is on
 //                      and `ignoreClockError` is not set: else the card goes on with its internal clock)
 //   MMSYSERR_NODRIVER  a card of the group cannot be opened
+//   MMSYSERR_INVALHANDLE  the stream has been closed meanwhile
 MMRESULT ProgramSampleClock(StreamInstance* stream, bool ignoreClockError);
 
 }  // namespace kestvox

@@ -4,7 +4,6 @@
 
 #include "card/registers.h"
 #include "card/requests.h"
-#include "stream/clock_group.h"
 #include "stream/header_queue.h"
 #include "stream/synchronized_start.h"
 
@@ -170,12 +169,8 @@ void SuspendUnprepared(StreamInstance* stream) {
 
 void ResumeStream(StreamInstance* stream) {
     DWORD sleeps = 0;
-    if (!BeginWakingUp(stream, &sleeps)) {
-        return;
-    }
-    WakeUp(stream, sleeps, true);
-    if (stream->Closing != 0) {
-        ForgetIdleClock(*stream->ClockMaster);  // the preparation may have programmed it after the close
+    if (BeginWakingUp(stream, &sleeps)) {
+        WakeUp(stream, sleeps, true);
     }
 }
 
