@@ -3,6 +3,7 @@
 #include "card/locks.h"
 #include "card/registers.h"
 #include "clock/clock_run.h"
+#include "stream/stream_control.h"
 
 namespace kestvox {
 
@@ -76,7 +77,9 @@ MMRESULT BringGroupToRate(StreamInstance* stream, bool ignoreClockError) {
     return atItsRate && master.ClockLost == 0 ? MMSYSERR_NOERROR : ProgramGroup(stream, ignoreClockError);
 }
 
+// Under the stream's control, so that its direct mode is not lost.
 void ProgramPort(StreamInstance* stream) {
+    ControlLock control(stream);
     const DWORD format = static_cast<DWORD>(stream->SampleFormat()) << PortFormatShift;
     WritePort(stream->Device, port_register::Control, format, PortFormatMask);
     WritePort(stream->Device, port_register::Control, stream->Format.Channels == 1 ? PortMono : 0, PortMono);

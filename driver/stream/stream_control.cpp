@@ -192,6 +192,7 @@ MMRESULT GetStreamPosition(StreamInstance* stream, MMTIME* time, DWORD size) {
 }
 
 MMRESULT SetDirectMode(StreamInstance* stream) {
+    ControlLock control(stream);
     stream->DirectMode = 1;
     WritePort(stream->Device, port_register::Control, SlotLeft << PortFormatShift, PortFormatMask);
     return MMSYSERR_NOERROR;

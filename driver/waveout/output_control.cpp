@@ -115,6 +115,7 @@ DWORD GainOfVolume(DWORD volume) {
 
 MMRESULT SetOutputVolume(StreamInstance* stream, DWORD volume) {
     const DWORD left = LOWORD(volume);
+    ControlLock control(stream);
     stream->Volume = left;
     stream->VolumeIsSet = 1;
     SetMixerGain(stream->Device, OwnPlaybackGain(stream->Port), GainOfVolume(left));

@@ -2,6 +2,7 @@
 #include "card/registers.h"
 #include "clock/sample_clock.h"
 #include "format/wave_format.h"
+#include "stream/stream_control.h"
 #include "stream/synchronized_start.h"
 #include "waveout/output_parts.h"
 
@@ -23,6 +24,13 @@ void SetStoredGains(StreamInstance* stream, bool audible) {
     }
 }
 
+void RestoreVolume(StreamInstance* stream) {
+    ControlLock control(stream);
+    if (stream->VolumeIsSet != 0) {
+        SetMixerGain(stream->Device, OwnPlaybackGain(stream->Port), GainOfVolume(stream->Volume));
+    }
+}
+
 }  // namespace
 
 DWORD OwnPlaybackGain(DWORD port) {
@@ -41,9 +49,7 @@ MMRESULT PrepareOutput(StreamInstance* stream, bool ignoreClockError) {
     }
     DisarmChannel(stream->Device);
     SetStoredGains(stream, true);
-    if (stream->VolumeIsSet != 0) {
-        SetMixerGain(stream->Device, OwnPlaybackGain(stream->Port), GainOfVolume(stream->Volume));
-    }
+    RestoreVolume(stream);
     return MMSYSERR_NOERROR;
 }
 

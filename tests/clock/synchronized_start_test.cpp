@@ -129,6 +129,19 @@ TEST_F(SynchronizedStartTest, TheOthersPlayOnWhenOneIsClosed) {
     EXPECT_TRUE(Started(1)) << "the only one missing";
 }
 
+// The one that waits is still counted when the other is stopped.
+TEST_F(SynchronizedStartTest, WhoseTransferFailedStartsTogetherWhenItIsStartedAgain) {
+    Open({0, 1});
+    Fail("START_TRANSFER");
+    Start(0);
+    Start(1);
+    Stop(0);
+    EXPECT_FALSE(Started(1));
+    StartAgain(0);
+    EXPECT_TRUE(Started(0) && Started(1));
+    EXPECT_EQ(StartFrame(0), StartFrame(1));
+}
+
 // It began before there were others.
 TEST_F(SynchronizedStartTest, WhoRanAloneGoesOnAloneAfterASleep) {
     Open({0});
@@ -262,7 +275,7 @@ TEST_F(StartOverASleepTest, WhoIsStoppedInItsWakeUpIsNotWaitedFor) {
     Start(0);
     Start(1);
     FallAsleep();
-    WakeWith([this] { Stop(1); }, 1);
+    WakeWith([this] { Stop(1); }, 3);  // not in the middle of a step that a stop waits for
     EXPECT_TRUE(Moves(0));
 }
 

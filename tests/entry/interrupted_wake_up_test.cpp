@@ -58,4 +58,11 @@ TEST_F(InterruptedWakeUpTest, AClosedStreamLeavesNoRateBehind) {
     EXPECT_EQ(Cards().SampleRate(1), 44100u);
 }
 
+TEST_F(InterruptedWakeUpTest, DirectModeIsKept) {
+    const WavePlayer player(0, PcmFormat(48000, 2, 16));
+    ActBefore(0, "write port 0 = 40 / C0",
+              [&player] { EXPECT_EQ(waveOutMessage(player.Handle(), DirectMode, 0, 0), MMSYSERR_NOERROR); });
+    EXPECT_EQ(Cards().OutputRegister(0, Port::Analog, 0) & 0xC0, 0xC0);
+}
+
 }  // namespace
