@@ -1,7 +1,8 @@
 // The cards of the machine, the same list for every process that has the library loaded.
 //
 // Records are appended at discovery (and when an open refers to a clock master) and never removed or
-// moved, so a pointer to one stays good as long as the library is loaded. No lock is taken here.
+// moved, so a pointer to one stays good as long as the library is loaded. No lock is taken here, but for what
+// initialises or resets cards.
 #pragma once
 
 #include <windows.h>

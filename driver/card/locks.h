@@ -1,5 +1,6 @@
 // The driver's locks. A thread takes them in this order and never the other way round:
 //
+// - The discovery's mutex (entry/module.h), between processes: the discovery of the cards, or a whole resume.
 // - DriverMutex, between processes: each stream's queue, ledger and shadow buffers, and a whole completion
 //   with its client callback, so it may be held for as long as a client likes.
 // - ClockMutex, between processes: the programming of a group's clock, from the look at its rate to the note

@@ -1,8 +1,8 @@
 // The card's registers as far as the driver uses them, the routines that take several accesses, and the waits
 // between them.
 //
-// No lock is taken: a sequence of an index and a data access relies on running from one place at a time
-// for a card. Unless it says otherwise, a routine stops at its first failing access and answers FALSE.
+// An index and the access to what is behind it are kept together by SequenceMutex; no other lock is taken.
+// Unless it says otherwise, a routine stops at its first failing access and answers FALSE.
 #pragma once
 
 #include "card/rates.h"
