@@ -1,13 +1,10 @@
 // The trace of a run, read back: what became of each header.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <map>
 #include <regex>
 #include <sstream>
 
-#include "tests/tools/command_runner.h"
-#include "tests/tools/scratch_folder.h"
+#include "tests/tools/command_test.h"
 #include "tests/tools/wav_bytes.h"
 
 namespace {
@@ -25,16 +22,15 @@ std::string Member(const std::string& line, const std::string& name) {
     return std::regex_search(line, found, std::regex("\"" + name + "\":\"?([^\",}]*)")) ? found[1].str() : "";
 }
 
-class TraceOfARun : public testing::Test {
+class TraceOfARun : public CommandTest {
 protected:
-    TraceOfARun() { WriteFile(folder_.Path("in.wav"), WavFile({}, NoiseBytes(44100))); }
+    TraceOfARun() { Write("in.wav", NoiseFile(44100)); }
 
     CommandResult Run(const std::string& words, unsigned buffers = 5) {
-        CommandResult result = RunShell("$K " + words + " --time stepped --buffers " +
-                                            std::to_string(buffers) + " --buffer-ms 100 --trace t.json",
-                                        folder_.Path(""));
+        CommandResult result = Shell("$K " + words + " --time stepped --buffers " + std::to_string(buffers) +
+                                     " --buffer-ms 100 --trace t.json");
         events_.clear();
-        std::istringstream lines(ReadFile(folder_.Path("t.json")));
+        std::istringstream lines(Read("t.json"));
         for (std::string line; std::getline(lines, line);) {
             if (line.starts_with("{\"ph\"")) {
                 events_.push_back(
@@ -43,21 +39,29 @@ protected:
         }
         return result;
     }
-    // The bars of the header with that id, as "b NAME" and "e NAME", in the order of the file.
+    // Those of a category about the header with that id, in the order of the file.
+    std::vector<Event> Of(const std::string& category, const std::string& id) const {
+        std::vector<Event> found;
+        std::ranges::copy_if(events_, std::back_inserter(found), [&](const Event& event) {
+            return Member(event.Line, "id") == id && Member(event.Line, "cat") == category;
+        });
+        return found;
+    }
+    // The header's bars, as "b NAME" and "e NAME".
     std::vector<std::string> LifeOf(const std::string& id) const {
         std::vector<std::string> life;
-        for (const Event& event : events_) {
-            if (Member(event.Line, "id") == id && Member(event.Line, "cat") == "header") {
-                life.push_back(event.Phase + " " + event.Name);
-            }
+        for (const Event& event : Of("header", id)) {
+            life.push_back(event.Phase + " " + event.Name);
         }
         return life;
     }
     int64_t TimeOf(const std::string& id, const std::string& phase, const std::string& name) const {
-        const auto found = std::ranges::find_if(events_, [&](const Event& event) {
-            return Member(event.Line, "id") == id && event.Phase == phase && event.Name == name;
-        });
-        return found == events_.end() ? -1 : found->Time;
+        for (const Event& event : Of("header", id)) {
+            if (event.Phase == phase && event.Name == name) {
+                return event.Time;
+            }
+        }
+        return -1;
     }
     std::vector<int64_t> Counts(const std::string& counter, const std::string& what) const {
         std::vector<int64_t> counts;
@@ -69,7 +73,6 @@ protected:
         return counts;
     }
 
-    const ScratchFolder folder_;
     std::vector<Event> events_;
 };
 
@@ -122,25 +125,20 @@ TEST_F(TraceOfARun, MarksWhereTheCardRanDry) {
 // driver.
 TEST_F(TraceOfARun, LeadsFromThreadToThread) {
     ASSERT_EQ(Run("play in.wav").Status, 0);
-    std::vector<const Event*> arrows;
-    for (const Event& event : events_) {
-        if (Member(event.Line, "cat") == "flow" && Member(event.Line, "id") == "0.2.3") {
-            arrows.push_back(&event);
-        }
-    }
+    const std::vector<Event> arrows = Of("flow", "0.2.3");
     ASSERT_EQ(arrows.size(), 3u);
     const char* const spans[] = {"bring header 3", "hand over header 3", "callback of header 3"};
     for (size_t i = 0; i < arrows.size(); ++i) {
-        EXPECT_EQ(arrows[i]->Phase, std::string(1, "stf"[i]));
+        EXPECT_EQ(arrows[i].Phase, std::string(1, "stf"[i]));
         const auto span = std::ranges::find(events_, spans[i], &Event::Name);
         ASSERT_NE(span, events_.end()) << spans[i];
-        EXPECT_EQ(span->Time, arrows[i]->Time) << spans[i];
+        EXPECT_EQ(span->Time, arrows[i].Time) << spans[i];
         for (const char* where : {"pid", "tid"}) {
-            EXPECT_EQ(Member(span->Line, where), Member(arrows[i]->Line, where)) << spans[i];
+            EXPECT_EQ(Member(span->Line, where), Member(arrows[i].Line, where)) << spans[i];
         }
     }
-    EXPECT_EQ(Member(arrows[1]->Line, "tid"), Member(arrows[0]->Line, "tid"));
-    EXPECT_NE(Member(arrows[2]->Line, "tid"), Member(arrows[0]->Line, "tid"));
+    EXPECT_EQ(Member(arrows[1].Line, "tid"), Member(arrows[0].Line, "tid"));
+    EXPECT_NE(Member(arrows[2].Line, "tid"), Member(arrows[0].Line, "tid"));
     const auto is = [](const char* phase) {
         return [=](const Event& event) { return event.Phase == phase; };
     };
