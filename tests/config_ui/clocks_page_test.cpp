@@ -60,7 +60,7 @@ protected:
     // The messages shown since the last call, one after the other.
     std::u16string Told() {
         std::u16string told;
-        const std::vector<test_system::MessageBoxShown> boxes = test_system::MessageBoxes();
+        const std::vector<platform::MessageBoxRecord> boxes = test_system::MessageBoxes();
         for (; boxesSeen_ < boxes.size(); ++boxesSeen_) {
             told += boxes[boxesSeen_].Text;
         }
@@ -68,7 +68,7 @@ protected:
     }
     // The last of them.
     void ExpectBox(const char16_t* caption, UINT style, HWND owner) {
-        const test_system::MessageBoxShown box = test_system::MessageBoxes().back();
+        const platform::MessageBoxRecord box = test_system::MessageBoxes().back();
         EXPECT_EQ(box.Caption, caption);
         EXPECT_EQ(box.Style, style);
         EXPECT_EQ(box.Owner, owner);

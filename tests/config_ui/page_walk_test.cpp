@@ -117,13 +117,13 @@ TEST_P(PageWalkTest, ByKeys) {
     for (const Press& press : presses) {
         EXPECT_EQ(AfterKey(page, press.Key), press.Focus) << "press " << &press - presses.data();
     }
-    const size_t before = test_system::HelpShown().size();
+    const size_t before = HelpShown().size();
     PostMessageW(page.Control(walk.First), HelpKey, 0, 0);
     Focused(page);
-    const std::vector<test_system::HelpRequest> shown = test_system::HelpShown();
+    const std::vector<HelpCall> shown = HelpShown();
     ASSERT_EQ(shown.size(), before + (walk.Help != 0 ? 1 : 0));
     if (walk.Help != 0) {
-        EXPECT_EQ(shown.back(), (test_system::HelpRequest{u"kestvox.hlp", HELP_CONTEXTPOPUP, walk.Help}));
+        EXPECT_EQ(shown.back(), (HelpCall{u"kestvox.hlp", HELP_CONTEXTPOPUP, walk.Help}));
     }
 }
 

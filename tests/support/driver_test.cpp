@@ -86,7 +86,7 @@ std::array<DWORD, 8> DriverTest::MixerGains() {
 
 std::vector<DWORD> DriverTest::Events() {
     std::vector<DWORD> ids;
-    for (const test_system::LoggedEvent& event : test_system::EventLog()) {
+    for (const platform::EventRecord& event : test_system::EventLog()) {
         EXPECT_EQ(event.Source, u"KESTVOX.DLL");
         EXPECT_EQ(event.Type, EVENTLOG_WARNING_TYPE);
         ids.push_back(event.Id);

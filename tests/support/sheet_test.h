@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <tuple>
 
 #include "tests/support/driver_test.h"
 #include "tests/support/registry.h"
@@ -59,6 +60,16 @@ protected:
     static DWORD StoredMonitor(unsigned input, size_t first = 1) {
         const std::optional<RegistryValue> block = ReadRegistry(ConfigKey(), u"Monitor");
         return block && block->Bytes.size() == 68 ? block->Bytes[4 * (first + input)] : 0;
+    }
+
+    // The calls of WinHelpW: file, command and number of each.
+    using HelpCall = std::tuple<std::u16string, UINT, ULONG_PTR>;
+    static std::vector<HelpCall> HelpShown() {
+        std::vector<HelpCall> shown;
+        for (const platform::HelpRequest& request : test_system::HelpRequests()) {
+            shown.emplace_back(request.File, request.Command, request.Data);
+        }
+        return shown;
     }
 
 private:
