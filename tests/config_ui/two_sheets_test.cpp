@@ -66,8 +66,8 @@ TEST_F(TwoSheetsTest, ALaterOkKeepsWhatTheOtherStored) {
     EXPECT_EQ(StoredNumber(u"CopyProtect"), 1u);
     EXPECT_EQ(StoredNumber(u"DitherADC"), 3u);
     EXPECT_EQ(StoredNumber(u"Left24"), 0u);
-    EXPECT_EQ(StoredMonitor(0), 50u);
-    EXPECT_EQ(StoredMonitor(1), 60u);
+    EXPECT_EQ(StoredMonitor().Codes[0], 50u);
+    EXPECT_EQ(StoredMonitor().Codes[1], 60u);
     EXPECT_EQ(StoredNumber(u"ClockSource", 0), 64u);
     EXPECT_EQ(StoredNumber(u"ClockSource", 1), 64u);
     EXPECT_EQ(ReadRegistry(ConfigKey(2), u"Master"),
@@ -113,8 +113,8 @@ TEST_F(TwoSheetsTest, APageThatIsFirstShownPutsTheStoredGainsBack) {
     EXPECT_EQ(first.Show(1).Position(Input), 60) << "from then on they are everybody's";
     second.Dismiss();
     first.Accept();
-    EXPECT_EQ(StoredMonitor(0), 83u);
-    EXPECT_EQ(StoredMonitor(2), 83u);
+    EXPECT_EQ(StoredMonitor().Codes[0], 83u);
+    EXPECT_EQ(StoredMonitor().Codes[2], 83u);
 }
 
 TEST_F(TwoSheetsTest, AnOkStoresTheClockSourcesOfBoth) {

@@ -35,13 +35,6 @@ void DriverTest::StoreText(unsigned card, const WCHAR* name, const std::u16strin
     StoreBinary(card, name, text.c_str(), static_cast<DWORD>((text.size() + 1) * sizeof(char16_t)), REG_SZ);
 }
 
-void DriverTest::StoreMonitor(const std::array<DWORD, 8>& codes, const std::array<DWORD, 8>& gains) {
-    DWORD block[17] = {sizeof block};
-    std::copy(codes.begin(), codes.end(), block + 1);
-    std::copy(gains.begin(), gains.end(), block + 9);
-    StoreBinary(0, TEXT("Monitor"), block, sizeof block);
-}
-
 std::u16string DriverTest::DeviceName(UINT device) {
     WAVEOUTCAPSW output = {};
     WAVEINCAPSW input = {};

@@ -1,6 +1,7 @@
 // The configuration sheet of a fresh machine's cards, and what the user's choices come to.
 #pragma once
 
+#include <cstring>
 #include <optional>
 #include <tuple>
 
@@ -56,10 +57,14 @@ protected:
         return NumberIn(ReadRegistry(ConfigKey(card), name));
     }
 
-    // The code of a mixer input of card 0, or with `first` 9 its gain; 0 when nothing is saved.
-    static DWORD StoredMonitor(unsigned input, size_t first = 1) {
+    // Zeros when nothing is saved.
+    static Monitor StoredMonitor() {
+        Monitor monitor = {};
         const std::optional<RegistryValue> block = ReadRegistry(ConfigKey(), u"Monitor");
-        return block && block->Bytes.size() == 68 ? block->Bytes[4 * (first + input)] : 0;
+        if (block && block->Bytes.size() == sizeof monitor) {
+            memcpy(&monitor, block->Bytes.data(), sizeof monitor);
+        }
+        return monitor;
     }
 
     // The calls of WinHelpW: file, command and number of each.
