@@ -24,12 +24,6 @@ std::string PlainPage() {
     return page;
 }
 
-// What the page has between a heading and the next one.
-std::string SectionOf(const std::string& page, const std::string& heading) {
-    const size_t begin = page.find(heading);
-    return begin == std::string::npos ? "" : page.substr(begin, page.find("\n.S", begin + 1) - begin);
-}
-
 // The first word of every row of a list in the help.
 std::vector<std::string> Listed(const std::string& help, const std::string& list) {
     std::vector<std::string> found;
@@ -51,7 +45,9 @@ TEST_F(ManPage, TellsEveryOptionOfEveryCommand) {
     ASSERT_GE(commands.size(), 9u);
     for (const std::string& command : commands) {
         SCOPED_TRACE(command);
-        const std::string section = SectionOf(page, "\n.SS \"kestvox " + command + " ");
+        const size_t begin = page.find("\n.SS \"kestvox " + command + " ");
+        ASSERT_NE(begin, std::string::npos);
+        const std::string section = page.substr(begin, page.find("\n.S", begin + 1) - begin);
         const std::vector<std::string> options = Listed(Shell("$K " + command + " --help").Output, "Options");
         ASSERT_GE(options.size(), 1u);
         for (const std::string& option : options) {
