@@ -95,9 +95,9 @@ TEST_F(ConfigurationPageTest, ApplyStoresWhatIsShownAndNothingBefore) {
     EXPECT_EQ(StoredNumbers(), (std::vector<std::optional<DWORD>>{0, 1, 0, 4, 0, 0, 1, 0, 1}));
     EXPECT_EQ(StoredName(), TextValue(REG_SZ, u"Studio"));
     EXPECT_EQ(StoredNumber(u"ClockSource"), 97u) << "settings of other pages are stored along";
-    const DWORD gains[] = {68, 83, 0, 83, 0, 0, 83, 0, 83, 128, 0, 128, 0, 0, 128, 0, 128};
-    const auto* bytes = reinterpret_cast<const BYTE*>(gains);
-    EXPECT_EQ(ReadRegistry(ConfigKey(), u"Monitor")->Bytes, std::vector<BYTE>(bytes, bytes + sizeof gains));
+    EXPECT_EQ(StoredMonitor().Size, 68u);
+    EXPECT_EQ(StoredMonitor().Codes, (std::array<DWORD, 8>{83, 0, 83, 0, 0, 83, 0, 83}));
+    EXPECT_EQ(StoredMonitor().Gains, (std::array<DWORD, 8>{128, 0, 128, 0, 0, 128, 0, 128}));
     EXPECT_EQ(sheet.Titles()[0], u"Configuration: 'Kestrelvox'") << "titles are fixed while it is open";
     EXPECT_EQ(Open().Titles()[0], u"Configuration: 'Studio'");
 }

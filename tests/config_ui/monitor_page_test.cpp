@@ -35,16 +35,6 @@ protected:
             page.Slide(SliderOf(input), position);
         }
     }
-
-    static Eight Saved(size_t first) {
-        Eight words = {};
-        for (unsigned input = 0; input < words.size(); ++input) {
-            words[input] = StoredMonitor(input, first);
-        }
-        return words;
-    }
-    static Eight SavedCodes() { return Saved(1); }
-    static Eight SavedGains() { return Saved(9); }
 };
 
 TEST_F(MonitorPageTest, AGainIsShownInDecibelsAndSavedAsACodeAndAGain) {
@@ -64,8 +54,8 @@ TEST_F(MonitorPageTest, AGainIsShownInDecibelsAndSavedAsACodeAndAGain) {
     EXPECT_EQ(page.Text(SliderOf(3) + 1), u"-24.0 dB");
     EXPECT_TRUE(sheet.CanApply());
     sheet.Apply();
-    EXPECT_EQ(SavedCodes(), (Eight{18, 18, 83, 39, 19, 82, 18, 83}));
-    EXPECT_EQ(SavedGains(), (Eight{0, 0, 128, 8, 1, 123, 0, 128}));
+    EXPECT_EQ(StoredMonitor().Codes, (Eight{18, 18, 83, 39, 19, 82, 18, 83}));
+    EXPECT_EQ(StoredMonitor().Gains, (Eight{0, 0, 128, 8, 1, 123, 0, 128}));
 }
 
 TEST_F(MonitorPageTest, EachPositionSaysWhatItsGainIs) {
@@ -190,7 +180,7 @@ TEST_F(MonitorPageTest, WithoutAdvancedMonitoringEachPlaybackGoesItsOwnWay) {
         if (each.MonitorFirst || each.MonitorAfter) {
             EXPECT_EQ(MixerGains()[2], kept ? 50u : 128u);
             EXPECT_EQ(MixerGains()[6], kept ? 50u : 0u);
-            EXPECT_EQ(SavedCodes(), kept ? stored : standard);
+            EXPECT_EQ(StoredMonitor().Codes, kept ? stored : standard);
         }
         EXPECT_EQ(Positions(ShowPage(Open())), kept ? stored : standard) << "the next time";
         player.Shut();

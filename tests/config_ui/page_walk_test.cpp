@@ -68,30 +68,20 @@ const PageWalk Walks[] = {
     {"BufferSizes", 4, Sizes, false, IDC_ASIO_BUFFER, 920, IDC_ASIO_BUFFER, VK_END, u"AsioBufferSize"},
 };
 
-class KeyTest : public SheetTest {
-protected:
-    static HWND Focused(const SheetPage& page) {
-        HWND focused = nullptr;
-        VisitWindow(page.Window(), [&focused] { focused = GetFocus(); });
-        return focused;
-    }
+HWND Focused(const SheetPage& page) {
+    HWND focused = nullptr;
+    VisitWindow(page.Window(), [&focused] { focused = GetFocus(); });
+    return focused;
+}
 
-    static int AfterKey(const SheetPage& page, WORD key) {
-        const HWND focused = Focused(page);
-        PostMessageW(focused, WM_KEYDOWN, key, 0);
-        PostMessageW(focused, WM_KEYUP, key, 0);
-        return GetDlgCtrlID(Focused(page));
-    }
+int AfterKey(const SheetPage& page, WORD key) {
+    const HWND focused = Focused(page);
+    PostMessageW(focused, WM_KEYDOWN, key, 0);
+    PostMessageW(focused, WM_KEYUP, key, 0);
+    return GetDlgCtrlID(Focused(page));
+}
 
-    // With a key that ends the sheet.
-    static void End(Sheet& sheet, const SheetPage& page, WORD key) {
-        PostMessageW(Focused(page), WM_KEYDOWN, key, 0);
-        PostMessageW(sheet.Window(), WM_NULL, 0, 0);
-        EXPECT_EQ(sheet.Closed(), DRVCNF_OK);
-    }
-};
-
-class PageWalkTest : public KeyTest, public testing::WithParamInterface<PageWalk> {
+class PageWalkTest : public SheetTest, public testing::WithParamInterface<PageWalk> {
 protected:
     PageWalkTest() { StoreSetting(0, TEXT("AdvancedMonitoring"), 1); }
 
@@ -117,13 +107,13 @@ TEST_P(PageWalkTest, ByKeys) {
     for (const Press& press : presses) {
         EXPECT_EQ(AfterKey(page, press.Key), press.Focus) << "press " << &press - presses.data();
     }
-    const size_t before = test_system::HelpShown().size();
+    const size_t before = HelpShown().size();
     PostMessageW(page.Control(walk.First), HelpKey, 0, 0);
     Focused(page);
-    const std::vector<test_system::HelpRequest> shown = test_system::HelpShown();
+    const std::vector<HelpCall> shown = HelpShown();
     ASSERT_EQ(shown.size(), before + (walk.Help != 0 ? 1 : 0));
     if (walk.Help != 0) {
-        EXPECT_EQ(shown.back(), (test_system::HelpRequest{u"kestvox.hlp", HELP_CONTEXTPOPUP, walk.Help}));
+        EXPECT_EQ(shown.back(), (HelpCall{u"kestvox.hlp", HELP_CONTEXTPOPUP, walk.Help}));
     }
 }
 
@@ -136,12 +126,16 @@ TEST_P(PageWalkTest, EnterStoresWhatEscapeDoesNot) {
         page.Focus(walk.Changed);
         EXPECT_EQ(AfterKey(page, walk.Arrow), walk.Changed);
         EXPECT_EQ(sheet.CanApply(), walk.Stored != nullptr);
-        End(sheet, page, key);
+        PostMessageW(Focused(page), WM_KEYDOWN, key, 0);  // which ends the sheet
+        PostMessageW(sheet.Window(), WM_NULL, 0, 0);
+        EXPECT_EQ(sheet.Closed(), DRVCNF_OK);
         EXPECT_EQ(Stored() != untouched, walk.Stored != nullptr && key == VK_RETURN);
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(, PageWalkTest, testing::ValuesIn(Walks), testing::PrintToStringParamName());
+
+using KeyTest = SheetTest;
 
 TEST_F(KeyTest, GoFromPageToPage) {
     Sheet& sheet = Open();
@@ -160,24 +154,23 @@ TEST_F(KeyTest, GoFromPageToPage) {
     EXPECT_EQ(shown(), 3);
 }
 
-// A slider follows the mouse that has its thumb, and stays where it is let go.
-class SliderDragTest : public SheetTest {
-protected:
-    // To the right by that many pixels.
-    static void Drag(const SheetPage& page, int slider, int pixels) {
-        const HWND control = page.Control(slider);
-        VisitWindow(page.Window(), [&] {
-            RECT thumb = {};
-            SendMessageW(control, TBM_GETTHUMBRECT, 0, reinterpret_cast<LPARAM>(&thumb));
-            const int x = (thumb.left + thumb.right) / 2;
-            const int y = (thumb.top + thumb.bottom) / 2;
-            SendMessageW(control, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(x, y));
-            SendMessageW(control, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(x + pixels, y));
-            SendMessageW(control, WM_LBUTTONUP, 0, MAKELPARAM(x + pixels, y));
-            SendMessageW(control, WM_MOUSEMOVE, 0, MAKELPARAM(x, y));
-        });
-    }
-};
+// Drags the slider's thumb to the right by that many pixels. It follows the mouse that has it, and stays
+// where it is let go.
+void Drag(const SheetPage& page, int slider, int pixels) {
+    const HWND control = page.Control(slider);
+    VisitWindow(page.Window(), [&] {
+        RECT thumb = {};
+        SendMessageW(control, TBM_GETTHUMBRECT, 0, reinterpret_cast<LPARAM>(&thumb));
+        const int x = (thumb.left + thumb.right) / 2;
+        const int y = (thumb.top + thumb.bottom) / 2;
+        SendMessageW(control, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(x, y));
+        SendMessageW(control, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(x + pixels, y));
+        SendMessageW(control, WM_LBUTTONUP, 0, MAKELPARAM(x + pixels, y));
+        SendMessageW(control, WM_MOUSEMOVE, 0, MAKELPARAM(x, y));
+    });
+}
+
+using SliderDragTest = SheetTest;
 
 TEST_F(SliderDragTest, OfAMonitorGainAndOfABufferSize) {
     const struct {

@@ -8,7 +8,6 @@
 namespace {
 
 using Texts = std::vector<std::u16string>;
-using test_system::HelpRequest;
 
 using SheetFrameTest = WithCards<SheetTest, 1>;
 using SeveralCards = WithCards<SheetTest, 2>;
@@ -95,18 +94,12 @@ TEST_F(SheetFrameTest, OpensWithNothingToApplyAndAnswersOkHoweverItCloses) {
     Sheet& changed = Open();
     changed.Current().Click(IDC_NON_AUDIO);
     EXPECT_EQ(changed.Accept(), DRVCNF_OK);
+    EXPECT_TRUE(RegistryKeyExists(ConfigKey()));
+    EXPECT_FALSE(RegistryKeyExists(CommonKey)) << "stored by a page that was never shown";
 
     Sheet& restart = Open();
     SendMessageW(restart.Window(), PSM_RESTARTWINDOWS, 0, 0);
     EXPECT_EQ(restart.Accept(), DRVCNF_RESTART);
-}
-
-TEST_F(SheetFrameTest, PageThatWasNeverShownStoresNothing) {
-    Sheet& sheet = Open();
-    sheet.Current().Click(IDC_NON_AUDIO);
-    sheet.Accept();
-    EXPECT_TRUE(RegistryKeyExists(ConfigKey()));
-    EXPECT_FALSE(RegistryKeyExists(CommonKey));
 }
 
 TEST_F(SheetFrameTest, EachPageAndControlHasItsHelp) {
@@ -127,20 +120,19 @@ TEST_F(SheetFrameTest, EachPageAndControlHasItsHelp) {
     for (size_t page = 0; page < std::size(pages); ++page) {
         sheet.Show(page);
         sheet.Help();
-        EXPECT_EQ(test_system::HelpShown().back(),
-                  (HelpRequest{u"kestvox.hlp>window", HELP_CONTEXT, pages[page]}));
+        EXPECT_EQ(HelpShown().back(), (HelpCall{u"kestvox.hlp>window", HELP_CONTEXT, pages[page]}));
     }
     for (const auto& [page, control, context] : controls) {
         sheet.Show(page).AskHelp(control);
-        EXPECT_EQ(test_system::HelpShown().back(), (HelpRequest{u"kestvox.hlp", HELP_CONTEXTPOPUP, context}))
+        EXPECT_EQ(HelpShown().back(), (HelpCall{u"kestvox.hlp", HELP_CONTEXTPOPUP, context}))
             << "control " << control;
     }
-    const auto before = static_cast<ptrdiff_t>(test_system::HelpShown().size());
+    const auto before = static_cast<ptrdiff_t>(HelpShown().size());
     sheet.Show(2).AskHelp(IDC_SERIAL_NUMBER);  // has none
     sheet.Dismiss();
-    const std::vector<HelpRequest> shown = test_system::HelpShown();
-    EXPECT_EQ(std::vector<HelpRequest>(shown.begin() + before, shown.end()),
-              std::vector<HelpRequest>(5, HelpRequest{u"kestvox.hlp", HELP_QUIT, 0}));
+    const std::vector<HelpCall> shown = HelpShown();
+    EXPECT_EQ(std::vector<HelpCall>(shown.begin() + before, shown.end()),
+              std::vector<HelpCall>(5, HelpCall{u"kestvox.hlp", HELP_QUIT, 0}));
 }
 
 }  // namespace

@@ -66,8 +66,8 @@ TEST_F(TwoSheetsTest, ALaterOkKeepsWhatTheOtherStored) {
     EXPECT_EQ(StoredNumber(u"CopyProtect"), 1u);
     EXPECT_EQ(StoredNumber(u"DitherADC"), 3u);
     EXPECT_EQ(StoredNumber(u"Left24"), 0u);
-    EXPECT_EQ(StoredMonitor(0), 50u);
-    EXPECT_EQ(StoredMonitor(1), 60u);
+    EXPECT_EQ(StoredMonitor().Codes[0], 50u);
+    EXPECT_EQ(StoredMonitor().Codes[1], 60u);
     EXPECT_EQ(StoredNumber(u"ClockSource", 0), 64u);
     EXPECT_EQ(StoredNumber(u"ClockSource", 1), 64u);
     EXPECT_EQ(ReadRegistry(ConfigKey(2), u"Master"),
@@ -79,14 +79,18 @@ TEST_F(TwoSheetsTest, ALaterOkKeepsWhatTheOtherStored) {
 TEST_F(TwoSheetsTest, WhatBothChangeIsTheLaters) {
     Sheet& later = Open();
     ShowAll(later);
+    Tree(later).Command(u"C", u'D');
     Sheet earlier(Library());
     earlier.Show(0).Type(IDC_NAME, u"Earlier");
     earlier.Show(0).Focus(IDC_LEFT);  // a name is taken when its field is left
     Tree(earlier).Drag(u"B", u"Earlier");
     later.Show(0).Type(IDC_NAME, u"Later");
     later.Show(0).Focus(IDC_LEFT);
+    Tree(later).Command(u"Later", u'D');
+    EXPECT_EQ(Tree(earlier).Outline(), u"C (digital input clock); Later (digital input clock) [B]");
     Tree(later).Drag(u"Later", u"C");
     earlier.Accept();
+    EXPECT_EQ(StoredNumber(u"ClockSource", 2), 64u) << "an OK stores the clock sources of both";
     later.Accept();
     EXPECT_EQ(ReadRegistry(ConfigKey(), u"Name"), TextValue(REG_SZ, u"Later"));
     EXPECT_EQ(ReadRegistry(ConfigKey(0), u"Master"),
@@ -113,18 +117,8 @@ TEST_F(TwoSheetsTest, APageThatIsFirstShownPutsTheStoredGainsBack) {
     EXPECT_EQ(first.Show(1).Position(Input), 60) << "from then on they are everybody's";
     second.Dismiss();
     first.Accept();
-    EXPECT_EQ(StoredMonitor(0), 83u);
-    EXPECT_EQ(StoredMonitor(2), 83u);
-}
-
-TEST_F(TwoSheetsTest, AnOkStoresTheClockSourcesOfBoth) {
-    Tree(Open()).Command(u"A", u'D');
-    Sheet second(Library());
-    EXPECT_TRUE(Tree(second).Outline().starts_with(u"A (digital input clock)"));
-    Tree(second).Command(u"C", u'D');
-    second.Accept();
-    EXPECT_EQ(StoredNumber(u"ClockSource", 0), 64u);
-    EXPECT_EQ(StoredNumber(u"ClockSource", 2), 64u);
+    EXPECT_EQ(StoredMonitor().Codes[0], 83u);
+    EXPECT_EQ(StoredMonitor().Codes[2], 83u);
 }
 
 // Whether the other sheet, which does not show the group, chooses before the group is stored or after.

@@ -138,7 +138,7 @@ TEST_F(LoadSettingsTest, ACardWithoutItsKeyIsReportedAndHasNoSettings) {
     StoreSetting(0, TEXT("Left24"), 1);
     AddFault("GET_REGISTRY_PATH:1");
     EXPECT_EQ(Load(), (CardState{2, 0x04, 0x81, 0, 0, 0, 0, 0x00}));
-    const std::vector<test_system::MessageBoxShown> boxes = test_system::MessageBoxes();
+    const std::vector<platform::MessageBoxRecord> boxes = test_system::MessageBoxes();
     ASSERT_EQ(boxes.size(), 1u);
     EXPECT_EQ(boxes[0].Text, u"Could not determine device's registry key");
     EXPECT_EQ(boxes[0].Style, 0x1010u);

@@ -1,6 +1,7 @@
 #include "tests/support/clock_tree_user.h"
 
 #include "tests/support/text.h"
+#include "tools/system/sheet_window.h"
 
 namespace {
 
@@ -9,9 +10,7 @@ constexpr int LongestText = 256;
 constexpr UINT GetMenuOfWindow = 0x01E1;  // to the window of an open menu
 
 BOOL CALLBACK FindMenu(HWND window, LPARAM found) {
-    WCHAR name[LongestText] = {};
-    GetClassNameW(window, name, LongestText);
-    if (Utf16(name) != u"#32768" || !IsWindowVisible(window)) {
+    if (Utf16(kestvox::WindowClass(window).c_str()) != u"#32768" || !IsWindowVisible(window)) {
         return TRUE;
     }
     *reinterpret_cast<HWND*>(found) = window;
@@ -46,28 +45,19 @@ std::u16string ClockTreeUser::Text(HTREEITEM item) const {
     return Utf16(request.pszText);
 }
 
-std::u16string ClockTreeUser::Line(HTREEITEM item) const {
-    std::u16string slaves;
-    TVITEMW request = {};
-    request.mask = TVIF_STATE;
-    request.hItem = item;
-    request.stateMask = TVIS_EXPANDED;
-    TreeView_GetItem(tree_, &request);
-    const bool open = (request.state & TVIS_EXPANDED) != 0;
-    for (HTREEITEM slave = open ? TreeView_GetChild(tree_, item) : nullptr; slave != nullptr;
-         slave = TreeView_GetNextSibling(tree_, slave)) {
-        slaves += (slaves.empty() ? u"" : u", ") + Line(slave);
+std::u16string ClockTreeUser::Row(HTREEITEM item, const char16_t* between) const {
+    std::u16string row;
+    for (; item != nullptr; item = TreeView_GetNextSibling(tree_, item)) {
+        TVITEMW request = {};
+        request.mask = TVIF_STATE;
+        request.hItem = item;
+        request.stateMask = TVIS_EXPANDED;
+        TreeView_GetItem(tree_, &request);
+        const bool open = (request.state & TVIS_EXPANDED) != 0;
+        const std::u16string slaves = open ? Row(TreeView_GetChild(tree_, item), u", ") : u"";
+        row += (row.empty() ? u"" : between) + Text(item) + (slaves.empty() ? u"" : u" [" + slaves + u"]");
     }
-    return slaves.empty() ? Text(item) : Text(item) + u" [" + slaves + u"]";
-}
-
-std::u16string ClockTreeUser::Outline() const {
-    std::u16string outline;
-    for (HTREEITEM card = TreeView_GetChild(tree_, TreeView_GetRoot(tree_)); card != nullptr;
-         card = TreeView_GetNextSibling(tree_, card)) {
-        outline += (outline.empty() ? u"" : u"; ") + Line(card);
-    }
-    return outline;
+    return row;
 }
 
 HTREEITEM ClockTreeUser::Find(const std::u16string& name) const {

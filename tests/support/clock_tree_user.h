@@ -20,7 +20,7 @@ public:
 
     // "A (internal clock) [B, C]; D (automatic clock selection)": top-level cards with their slaves, in
     // the order of the tree. Items that are folded away are left out.
-    std::u16string Outline() const;
+    std::u16string Outline() const { return Row(TreeView_GetChild(tree_, TreeView_GetRoot(tree_)), u"; "); }
     // The text of the selected item, and of that where a card would be dropped; empty when there is none.
     std::u16string Selected() const { return Text(TreeView_GetSelection(tree_)); }
     std::u16string Highlighted() const { return Text(TreeView_GetDropHilight(tree_)); }
@@ -59,7 +59,8 @@ public:
 
 private:
     std::u16string Text(HTREEITEM item) const;
-    std::u16string Line(HTREEITEM item) const;  // with its slaves
+    // The item and what follows it beside it, each with its slaves.
+    std::u16string Row(HTREEITEM item, const char16_t* between) const;
     HTREEITEM Find(const std::u16string& name) const;
     POINT PlaceInTree(const std::u16string& place) const;
     POINT OnScreen(const std::u16string& place) const;

@@ -35,13 +35,6 @@ void DriverTest::StoreText(unsigned card, const WCHAR* name, const std::u16strin
     StoreBinary(card, name, text.c_str(), static_cast<DWORD>((text.size() + 1) * sizeof(char16_t)), REG_SZ);
 }
 
-void DriverTest::StoreMonitor(const std::array<DWORD, 8>& codes, const std::array<DWORD, 8>& gains) {
-    DWORD block[17] = {sizeof block};
-    std::copy(codes.begin(), codes.end(), block + 1);
-    std::copy(gains.begin(), gains.end(), block + 9);
-    StoreBinary(0, TEXT("Monitor"), block, sizeof block);
-}
-
 std::u16string DriverTest::DeviceName(UINT device) {
     WAVEOUTCAPSW output = {};
     WAVEINCAPSW input = {};
@@ -86,7 +79,7 @@ std::array<DWORD, 8> DriverTest::MixerGains() {
 
 std::vector<DWORD> DriverTest::Events() {
     std::vector<DWORD> ids;
-    for (const test_system::LoggedEvent& event : test_system::EventLog()) {
+    for (const platform::EventRecord& event : test_system::EventLog()) {
         EXPECT_EQ(event.Source, u"KESTVOX.DLL");
         EXPECT_EQ(event.Type, EVENTLOG_WARNING_TYPE);
         ids.push_back(event.Id);

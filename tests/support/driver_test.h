@@ -45,8 +45,16 @@ public:
     }
     static void StoreValue(const std::u16string& key, const WCHAR* name, const void* data, DWORD size,
                            DWORD type = REG_BINARY);
-    // Codes and gains of the mixer inputs of card 0.
-    static void StoreMonitor(const std::array<DWORD, 8>& codes, const std::array<DWORD, 8>& gains);
+    // Codes and gains of the mixer inputs of card 0, and how they are stored.
+    struct Monitor {
+        DWORD Size;
+        std::array<DWORD, 8> Codes;
+        std::array<DWORD, 8> Gains;
+    };
+    static void StoreMonitor(const std::array<DWORD, 8>& codes, const std::array<DWORD, 8>& gains) {
+        const Monitor monitor = {sizeof monitor, codes, gains};
+        StoreBinary(0, TEXT("Monitor"), &monitor, sizeof monitor);
+    }
 
     // Of an output and of the input of that number; empty when there is none.
     static std::u16string DeviceName(UINT device);

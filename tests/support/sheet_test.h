@@ -1,7 +1,9 @@
 // The configuration sheet of a fresh machine's cards, and what the user's choices come to.
 #pragma once
 
+#include <cstring>
 #include <optional>
+#include <tuple>
 
 #include "tests/support/driver_test.h"
 #include "tests/support/registry.h"
@@ -55,10 +57,24 @@ protected:
         return NumberIn(ReadRegistry(ConfigKey(card), name));
     }
 
-    // The code of a mixer input of card 0, or with `first` 9 its gain; 0 when nothing is saved.
-    static DWORD StoredMonitor(unsigned input, size_t first = 1) {
+    // Zeros when nothing is saved.
+    static Monitor StoredMonitor() {
+        Monitor monitor = {};
         const std::optional<RegistryValue> block = ReadRegistry(ConfigKey(), u"Monitor");
-        return block && block->Bytes.size() == 68 ? block->Bytes[4 * (first + input)] : 0;
+        if (block && block->Bytes.size() == sizeof monitor) {
+            memcpy(&monitor, block->Bytes.data(), sizeof monitor);
+        }
+        return monitor;
+    }
+
+    // The calls of WinHelpW: file, command and number of each.
+    using HelpCall = std::tuple<std::u16string, UINT, ULONG_PTR>;
+    static std::vector<HelpCall> HelpShown() {
+        std::vector<HelpCall> shown;
+        for (const platform::HelpRequest& request : test_system::HelpRequests()) {
+            shown.emplace_back(request.File, request.Command, request.Data);
+        }
+        return shown;
     }
 
 private:

@@ -1,12 +1,13 @@
-// What tests ask of the system that no Windows call tells. One implementation for each host.
+// What tests ask of the system that no Windows call tells. One implementation for each host; what the layer
+// in place of Windows tells of itself, system_windows.cpp tells of Windows.
 #pragma once
 
 #include <windows.h>
 #include <mmsystem.h>
 
 #include <string>
-#include <vector>
 
+#include "platform/inspect.h"
 #include "tests/support/wait.h"
 
 namespace test_system {
@@ -40,43 +41,16 @@ inline WAVEHDR* TakeHeader(DWORD bytes) {
     return header;
 }
 
-// How often the driver has released a mutex.
-unsigned long MutexReleases();
-
-struct MessageBoxShown {
-    HWND Owner;
-    std::u16string Text;
-    std::u16string Caption;  // as the system shows it when the caller gives none
-    UINT Style;
-};
-std::vector<MessageBoxShown> MessageBoxes();
-
-// The button that message boxes are answered with from now on; IDOK at first.
-void AnswerMessageBoxes(int button);
-
-// The calls of WinHelpW since the machine is fresh.
-struct HelpRequest {
-    std::u16string File;
-    UINT Command;
-    ULONG_PTR Data;
-
-    bool operator==(const HelpRequest&) const = default;
-};
-std::vector<HelpRequest> HelpShown();
+using platform::AnswerMessageBoxes;
+using platform::CallFailuresAreWaiting;
+using platform::ClearCallFailures;
+using platform::EventLog;
+using platform::FailCall;
+using platform::HelpRequests;
+using platform::MessageBoxes;
+using platform::MutexReleases;
 #ifdef _WIN32
-void OpenHelp(bool open);  // whether they are passed on to the system from now on; each is noted either way
+void OpenHelp(bool open);  // whether requests go on to the system from now on; each is noted either way
 #endif
-
-struct LoggedEvent {
-    std::u16string Source;
-    WORD Type;
-    DWORD Id;
-};
-std::vector<LoggedEvent> EventLog();
-
-// The n-th coming call (1 = the next) of a system function fails.
-void FailCall(const char* function, unsigned nth);
-bool CallFailuresAreWaiting();  // for a call that has not come yet
-void ClearCallFailures();
 
 }  // namespace test_system

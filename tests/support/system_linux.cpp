@@ -1,17 +1,12 @@
 #include <sys/mman.h>
 
-#include "platform/inspect.h"
 #include "platform/machine.h"
 #include "tests/support/system.h"
 #include "tools/machine/host.h"
 
 namespace test_system {
 
-namespace {
-
 constexpr size_t PageSize = 4096;
-
-}  // namespace
 
 void FreshMachine() {
     kestvox::UnloadWaveDriver();
@@ -41,50 +36,6 @@ void* TakePage() {
 
 void GiveBackPage(void* page) {
     munmap(page, PageSize);
-}
-
-std::vector<MessageBoxShown> MessageBoxes() {
-    std::vector<MessageBoxShown> shown;
-    for (const platform::MessageBoxRecord& box : platform::MessageBoxes()) {
-        shown.push_back({box.Owner, box.Text, box.Caption, box.Style});
-    }
-    return shown;
-}
-
-void AnswerMessageBoxes(int button) {
-    platform::AnswerMessageBoxes(button);
-}
-
-std::vector<HelpRequest> HelpShown() {
-    std::vector<HelpRequest> shown;
-    for (const platform::HelpRequest& request : platform::HelpRequests()) {
-        shown.push_back({request.File, request.Command, request.Data});
-    }
-    return shown;
-}
-
-std::vector<LoggedEvent> EventLog() {
-    std::vector<LoggedEvent> events;
-    for (const platform::EventRecord& event : platform::EventLog()) {
-        events.push_back({event.Source, event.Type, event.Id});
-    }
-    return events;
-}
-
-void FailCall(const char* function, unsigned nth) {
-    platform::FailCall(function, nth);
-}
-
-unsigned long MutexReleases() {
-    return platform::MutexReleases();
-}
-
-bool CallFailuresAreWaiting() {
-    return platform::CallFailuresAreWaiting();
-}
-
-void ClearCallFailures() {
-    platform::ClearCallFailures();
 }
 
 }  // namespace test_system

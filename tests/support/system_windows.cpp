@@ -19,11 +19,11 @@ namespace {
 struct Notebook {
     std::mutex Lock;
     int Answer = IDOK;
-    std::vector<MessageBoxShown> Boxes;
-    std::vector<LoggedEvent> Events;
+    std::vector<platform::MessageBoxRecord> Boxes;
+    std::vector<platform::EventRecord> Events;
     std::map<HANDLE, std::u16string> Sources;  // all that were ever opened
     size_t OpenSources = 0;
-    std::vector<HelpRequest> Help;
+    std::vector<platform::HelpRequest> Help;
     bool OpensHelp = false;
 };
 Notebook notebook;
@@ -41,7 +41,7 @@ int WINAPI ShowMessageBox(HWND owner, LPCWSTR text, LPCWSTR caption, UINT style)
 BOOL WINAPI ShowHelp(HWND window, LPCWSTR file, UINT command, ULONG_PTR data) {
     {
         const std::lock_guard guard(notebook.Lock);
-        notebook.Help.push_back({TextOf(file), command, data});
+        notebook.Help.push_back({window, TextOf(file), command, data});
         if (!notebook.OpensHelp) {
             return TRUE;
         }
@@ -60,13 +60,13 @@ HANDLE WINAPI OpenSource(LPCWSTR, LPCWSTR name) {
     return handle;
 }
 
-BOOL WINAPI Report(HANDLE source, WORD type, WORD, DWORD id, PSID, WORD, DWORD, LPCWSTR*, LPVOID) {
+BOOL WINAPI Report(HANDLE source, WORD type, WORD category, DWORD id, PSID, WORD, DWORD, LPCWSTR*, LPVOID) {
     const std::lock_guard guard(notebook.Lock);
     if (!notebook.Sources.contains(source)) {
         SetLastError(ERROR_INVALID_HANDLE);
         return FALSE;
     }
-    notebook.Events.push_back({notebook.Sources[source], type, id});
+    notebook.Events.push_back({notebook.Sources[source], type, category, id});
     return TRUE;
 }
 
@@ -105,20 +105,6 @@ struct Attachment {
 };
 const Attachment AttachmentOfTests;
 
-// NT has no call that deletes a key with all that is in it.
-void DeleteTree(HKEY parent, const WCHAR* name) {
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(parent, name, 0, KEY_ALL_ACCESS, &key) != ERROR_SUCCESS) {
-        return;
-    }
-    WCHAR child[256];
-    while (RegEnumKeyW(key, 0, child, 256) == ERROR_SUCCESS) {
-        DeleteTree(key, child);
-    }
-    RegCloseKey(key);
-    RegDeleteKeyW(parent, name);
-}
-
 // What installation and settings leave.
 constexpr const WCHAR* DriverKeys[] = {
     TEXT("System\\CurrentControlSet\\Services\\Kestrelvox"),
@@ -133,7 +119,7 @@ void FreshMachine() {
     kestvox::UnloadWaveDriver();
     simulator::UseMachine("");
     for (const WCHAR* key : DriverKeys) {
-        DeleteTree(HKEY_LOCAL_MACHINE, key);
+        RegDeleteTreeW(HKEY_LOCAL_MACHINE, key);
     }
     const std::lock_guard guard(notebook.Lock);
     notebook.Answer = IDOK;
@@ -165,27 +151,38 @@ void GiveBackPage(void* page) {
     VirtualFree(page, 0, MEM_RELEASE);
 }
 
-void AnswerMessageBoxes(int button) {
-    const std::lock_guard guard(notebook.Lock);
-    notebook.Answer = button;
-}
-
-std::vector<HelpRequest> HelpShown() {
-    const std::lock_guard guard(notebook.Lock);
-    return notebook.Help;
-}
-
 void OpenHelp(bool open) {
     const std::lock_guard guard(notebook.Lock);
     notebook.OpensHelp = open;
 }
 
-std::vector<MessageBoxShown> MessageBoxes() {
+}  // namespace test_system
+
+// As the layer in place of Windows has them on Linux.
+namespace platform {
+
+using test_system::notebook;
+
+unsigned long MutexReleases() {
+    return test_system::mutexReleases.load(std::memory_order_relaxed);
+}
+
+void AnswerMessageBoxes(int button) {
+    const std::lock_guard guard(notebook.Lock);
+    notebook.Answer = button;
+}
+
+std::vector<MessageBoxRecord> MessageBoxes() {
     const std::lock_guard guard(notebook.Lock);
     return notebook.Boxes;
 }
 
-std::vector<LoggedEvent> EventLog() {
+std::vector<HelpRequest> HelpRequests() {
+    const std::lock_guard guard(notebook.Lock);
+    return notebook.Help;
+}
+
+std::vector<EventRecord> EventLog() {
     const std::lock_guard guard(notebook.Lock);
     return notebook.Events;
 }
@@ -197,10 +194,6 @@ void FailCall(const char* function, unsigned nth) {
     }
 }
 
-unsigned long MutexReleases() {
-    return mutexReleases.load(std::memory_order_relaxed);
-}
-
 bool CallFailuresAreWaiting() {
     return simulator::CallFailuresAreWaiting();
 }
@@ -209,4 +202,4 @@ void ClearCallFailures() {
     simulator::ClearCallFailures();
 }
 
-}  // namespace test_system
+}  // namespace platform

@@ -1,41 +1,30 @@
-#include <gtest/gtest.h>
-
+// What the command refuses, and what it does besides playing and recording.
 #include "platform/machine.h"
-#include "tests/tools/command_runner.h"
-#include "tests/tools/scratch_folder.h"
+#include "tests/tools/command_test.h"
 #include "tests/tools/wav_bytes.h"
 
 namespace {
 
 using Words = std::vector<std::string>;
 
-// A machine of a name that no other test uses, removed at the end.
-class NamedMachine {
-public:
-    NamedMachine() : Name("kestvox-test-" + std::to_string(platform::CurrentProcess().Id)) {}
-    ~NamedMachine() { platform::RemoveMachine(Name); }
-    const std::string Name;
+// $M is a machine of a name that no other test uses, removed at the end.
+class CommandLine : public CommandTest {
+protected:
+    ~CommandLine() override { platform::RemoveMachine(machine_); }
+    CommandResult Run(const std::string& words) const { return Shell("M=" + machine_ + "; $K " + words); }
+
+    const std::string machine_ = "kestvox-test-" + std::to_string(platform::CurrentProcess().Id);
 };
 
 // One line on standard error that names what was wrong, status 2, nothing said and nothing left behind.
-TEST(CommandLine, RefusesBadInputInOneLine) {
-    const ScratchFolder folder;
-    const NamedMachine machine;
-    const std::pair<const char*, std::string> inputs[] = {
-        {"good.wav", WavFile({}, NoiseBytes(1000))},
-        {"odd.wav", WavFile({.Rate = 12000}, NoiseBytes(1000))},
-        {"fast.wav", WavFile({.Rate = 48000}, NoiseBytes(1000))},
-        {"real.wav", WavFile({.Tag = 3, .Bits = 32, .BytesPerSample = 4}, NoiseBytes(1000))},
-        {"law.wav", WavFile({.Tag = 6, .Bits = 8, .BytesPerSample = 1}, NoiseBytes(1000))},
-        {"text.wav", "some text that is long enough for a header of a WAV file"},
-    };
-    for (const auto& [name, bytes] : inputs) {
-        WriteFile(folder.Path(name), bytes);
-    }
-    const struct {
-        const char* Arguments;
-        const char* Why;
-    } cases[] = {
+TEST_F(CommandLine, RefusesBadInputInOneLine) {
+    Write("good.wav", NoiseFile(1000));
+    Write("odd.wav", NoiseFile(1000, PcmFormat(12000, 2, 16)));
+    Write("fast.wav", NoiseFile(1000, PcmFormat(48000, 2, 16)));
+    Write("real.wav", NoiseFile(1000, TaggedFormat(3, 44100, 2, 32)));
+    Write("law.wav", NoiseFile(1000, TaggedFormat(WAVE_FORMAT_ALAW, 44100, 2, 8)));
+    Write("text.wav", "some text that is long enough for a header of a WAV file");
+    const std::pair<const char*, const char*> cases[] = {
         {"pla", "no command 'pla'"},
         {"play", "FILE"},
         {"play ''", "FILE: an empty value"},
@@ -133,16 +122,16 @@ TEST(CommandLine, RefusesBadInputInOneLine) {
     };
     for (const auto& [arguments, why] : cases) {
         SCOPED_TRACE(arguments);
-        const CommandResult result = RunShell("M=" + machine.Name + "; $K " + arguments, folder.Path(""));
+        const CommandResult result = Run(arguments);
         ExpectOneLine(result, 2, why);
         EXPECT_EQ(result.Output, "");
-        EXPECT_EQ(folder.FileCount(), std::size(inputs));
+        EXPECT_EQ(Shell("ls -A").Output, "fast.wav\ngood.wav\nlaw.wav\nodd.wav\nreal.wav\ntext.wav\n");
     }
-    EXPECT_EQ(ReadFile(folder.Path("good.wav")), inputs[0].second);
+    EXPECT_EQ(Read("good.wav"), NoiseFile(1000));
 }
 
-TEST(CommandLine, ListsEveryDeviceByTheNameOfItsCard) {
-    const CommandResult result = RunCommand({"devices", "--cards", "2", "--set", "1:Name=Annex"});
+TEST_F(CommandLine, ListsEveryDeviceByTheNameOfItsCard) {
+    const CommandResult result = Run("devices --cards 2 --set 1:Name=Annex");
     ASSERT_EQ(result.Status, 0) << result.Errors;
     for (const char* direction : {"output ", "input "}) {
         EXPECT_EQ(result.Values(std::string(direction) + "0"), Words{"Kestrelvox Analog"});
@@ -155,11 +144,9 @@ TEST(CommandLine, ListsEveryDeviceByTheNameOfItsCard) {
               std::string::npos);
 }
 
-TEST(CommandLine, InstallsTheDriverAndTakesItOut) {
-    const NamedMachine machine;
-    const auto run = [&](const char* command) { return RunCommand({command, "--machine", machine.Name}); };
+TEST_F(CommandLine, InstallsTheDriverAndTakesItOut) {
     for (int time = 1; time <= 2; ++time) {
-        const CommandResult installed = run("install");
+        const CommandResult installed = Run("install --machine $M");
         ASSERT_EQ(installed.Status, 0) << installed.Errors;
         EXPECT_EQ(installed.Values("    Start"), Words{"REG_DWORD 1"});
         EXPECT_EQ(installed.Values("    ImagePath"),
@@ -169,53 +156,48 @@ TEST(CommandLine, InstallsTheDriverAndTakesItOut) {
         EXPECT_EQ(installed.Values("    kestvox.dll"), Words{"REG_SZ Kestrelvox"});
         EXPECT_EQ(installed.Values("restart-needed"), Words{"yes"});
     }
-    const CommandResult removed = run("remove");
+    const CommandResult removed = Run("remove --machine $M");
     EXPECT_EQ(removed.Values("    Start"), Words{"REG_DWORD 4"});
     EXPECT_EQ(removed.Values("    TypesSupported").size(), 2u) << "only the service is disabled";
     EXPECT_EQ(removed.Values("    wave"), Words{});
     EXPECT_EQ(removed.Values("    kestvox.dll"), Words{});
-    EXPECT_EQ(run("remove").Errors, "kestvox: the driver is not installed\n");
+    EXPECT_EQ(Run("remove --machine $M").Errors, "kestvox: the driver is not installed\n");
 }
 
-TEST(CommandLine, KeepsSettingsAndRegistersOnANamedMachine) {
-    const NamedMachine machine;
-    const ScratchFolder folder;
-    const Words show = {"settings", "--machine", machine.Name};
-    EXPECT_EQ(RunCommand(show).Values("ClockSource"), Words{"97 (automatic), default"});
+TEST_F(CommandLine, KeepsSettingsAndRegistersOnANamedMachine) {
+    const char* const show = "settings --machine $M";
+    EXPECT_EQ(Run(show).Values("ClockSource"), Words{"97 (automatic), default"});
 
     const CommandResult change =
-        RunCommand({"settings", "--machine", machine.Name, "Name=G\xC3\xA4nge \xF0\x9F\x8E\xB5",
-                    "clocksource=0", "Monitor=1,2,3,4,5,6,7,8"});
+        Run("settings --machine $M 'Name=G\xC3\xA4nge \xF0\x9F\x8E\xB5' clocksource=0 "
+            "Monitor=1,2,3,4,5,6,7,8");
     ASSERT_EQ(change.Status, 0) << change.Errors;
     EXPECT_EQ(change.Errors, "");
     EXPECT_EQ(change.Output,
               "Name: G\xC3\xA4nge \xF0\x9F\x8E\xB5\nClockSource: 0 (internal)\nMonitor: 1,2,3,4,5,6,7,8\n");
-    RunCommand({"settings", "--machine", machine.Name, "Name=A longer name", "Left24=7"});
-    const CommandResult shown = RunCommand(show);
+    Run("settings --machine $M 'Name=A longer name' Left24=7");
+    const CommandResult shown = Run(show);
     EXPECT_EQ(shown.Values("Name"), Words{"G\xC3\xA4nge \xF0\x9F\x8E\xB5"})
         << "a refused command stored something";
-    EXPECT_EQ(RunCommand({"devices", "--machine", machine.Name}).Values("output 0"),
-              Words{"G\xC3\xA4nge \xF0\x9F\x8E\xB5 Analog"});
+    EXPECT_EQ(Run("devices --machine $M").Values("output 0"), Words{"G\xC3\xA4nge \xF0\x9F\x8E\xB5 Analog"});
     EXPECT_EQ(shown.Values("ClockSource"), Words{"0 (internal)"});
     EXPECT_EQ(shown.Values("Left24").at(0).substr(0, 2), "1 ");
 
-    WriteFile(folder.Path("in.wav"), WavFile({.Rate = 96000}, NoiseBytes(100)));
-    ASSERT_EQ(
-        RunCommand({"play", folder.Path("in.wav"), "--machine", machine.Name, "--time", "stepped"}).Status,
-        0);
-    const CommandResult registers = RunCommand({"registers", "--machine", machine.Name});
+    Write("in.wav", NoiseFile(100, PcmFormat(96000, 2, 16)));
+    ASSERT_EQ(Run("play in.wav --machine $M --time stepped").Status, 0);
+    const CommandResult registers = Run("registers --machine $M");
     EXPECT_EQ(registers.Status, 0);
     // Rate code 0 and the internal clock; link driver off.
     EXPECT_NE(registers.Output.find("card 32        00"), std::string::npos) << registers.Output;
     EXPECT_NE(registers.Output.find("analog out 0"), std::string::npos);
 
-    const CommandResult machines = RunCommand({"machine", "show", machine.Name});
-    EXPECT_EQ(machines.Values("machine"), Words{machine.Name});
+    const CommandResult machines = Run("machine show $M");
+    EXPECT_EQ(machines.Values("machine"), Words{machine_});
     EXPECT_EQ(machines.Values("process"), Words{});
     EXPECT_FALSE(machines.Values("region").empty());
-    const CommandResult gone = RunCommand({"machine", "remove", machine.Name});
+    const CommandResult gone = Run("machine remove $M");
     EXPECT_EQ(gone.Status, 0) << gone.Errors;
-    EXPECT_EQ(RunCommand({"machine", "remove", machine.Name}).Status, 2) << "it is gone";
+    EXPECT_EQ(Run("machine remove $M").Status, 2) << "it is gone";
 }
 
 }  // namespace

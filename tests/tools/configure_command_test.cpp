@@ -1,12 +1,11 @@
 // `kestvox configure` where there is no screen: the sheet as text.
-#include <fstream>
-
 #include "tests/processes/companion.h"
 #include "tests/support/wave_player.h"
-#include "tests/tools/command_runner.h"
-#include "tests/tools/scratch_folder.h"
+#include "tests/tools/command_test.h"
 
 namespace {
+
+using ConfigureCommand = CommandTest;
 
 void ExpectParts(const std::string& text, std::initializer_list<const char*> parts) {
     for (const char* part : parts) {
@@ -14,11 +13,11 @@ void ExpectParts(const std::string& text, std::initializer_list<const char*> par
     }
 }
 
-TEST(ConfigureCommand, PrintsEveryKindOfControlWithItsState) {
-    const CommandResult result =
-        RunCommand({"configure", "--cards", "2", "--follow", "1=0", "--set", "0:Professional=0", "--set",
-                    "0:DitherADC=1", "--set", "0:ClockSource=64", "--set", "1:Name=Booth", "--set",
-                    "0:AdvancedMonitoring=1", "--set", "0:Monitor=128,0,50,1,0,77,0,123"});
+TEST_F(ConfigureCommand, PrintsEveryKindOfControlWithItsState) {
+    const CommandResult result = Shell(
+        "$K configure --cards 2 --follow 1=0 --set 0:Professional=0 --set 0:DitherADC=1 "
+        "--set 0:ClockSource=64 --set 1:Name=Booth --set 0:AdvancedMonitoring=1 "
+        "--set 0:Monitor=128,0,50,1,0,77,0,123");
     EXPECT_EQ(result.Status, 0) << result.Errors;
     ExpectParts(
         result.Output,
@@ -39,38 +38,32 @@ TEST(ConfigureCommand, PrintsEveryKindOfControlWithItsState) {
         });
 }
 
-TEST(ConfigureCommand, TellsCardsOfOneNameApart) {
-    const std::vector<std::string> scene = {"configure",      "--cards", "4",     "--set",     "1:Name=B",
-                                            "--follow",       "2=0",     "--set", "3:Name=\"", "--set",
-                                            "0:ClockSource=0"};
+TEST_F(ConfigureCommand, TellsCardsOfOneNameApart) {
+    const std::string command =
+        "$K configure --cards 4 --set 1:Name=B --follow 2=0 --set '3:Name=\"' --set 0:ClockSource=0";
     ExpectParts(
-        RunCommand(scene).Output,
+        Shell(command).Output,
         {"Configuration: 'Kestrelvox (card 0)'\n", "Version: 'Kestrelvox (card 2)'\n", "Monitor: 'B'\n",
          " Kestrelvox (card 0) (internal clock)\n                   Kestrelvox (card 2)\n"});
-    std::vector<std::string> asJson = scene;
-    asJson.emplace_back("--json");
-    const CommandResult json = RunCommand(asJson);
     ExpectParts(
-        json.Output,
+        Shell(command + " --json | tee sheet.json").Output,
         {
             R"({"title": "Monitor: 'Kestrelvox (card 2)'", "controls": [{"kind": "group", )",
             R"json("text": "\" (automatic clock selection)", "items": [])json",
             R"({"kind": "radio", "number": 1004, "text": "Left", "checked": true, "enabled": true})",
             R"({"kind": "slider", "number": 1037, "position": 18, "lowest": 18, "highest": 83, "enabled": false})",
         });
-    ScratchFolder folder;
-    std::ofstream(folder.Path("sheet.json")) << json.Output;
-    EXPECT_EQ(system(("python3 -m json.tool " + folder.Path("sheet.json") + " >/dev/null").c_str()), 0);
+    EXPECT_EQ(Shell("python3 -m json.tool sheet.json >/dev/null").Status, 0);
 }
 
-TEST(ConfigureCommand, LeavesWhatAProgramSetOnTheCard) {
+TEST_F(ConfigureCommand, LeavesWhatAProgramSetOnTheCard) {
     const SharedMachine machine;
     Program program(1);
     WavePlayer player(0, PcmFormat(44100, 2, 16));
     ASSERT_EQ(waveOutSetVolume(player.Handle(), 0x40004000), MMSYSERR_NOERROR);
     const unsigned before = program.Cards.MixerGain(0, 2);
     ASSERT_NE(before, 128u);
-    const CommandResult result = RunCommand({"configure", "--machine", machine.Name()});
+    const CommandResult result = Shell("$K configure --machine " + machine.Name());
     EXPECT_EQ(result.Status, 0) << result.Errors;
     EXPECT_EQ(program.Cards.MixerGain(0, 2), before);
 }

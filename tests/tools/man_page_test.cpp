@@ -1,16 +1,17 @@
 // What is made from, or written of, what the command says of itself.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <regex>
 #include <set>
 #include <sstream>
 
-#include "tests/tools/command_runner.h"
-#include "tests/tools/scratch_folder.h"
+#include "tests/tools/command_test.h"
 #include "tests/tools/wav_bytes.h"
 
 namespace {
+
+using ManPage = CommandTest;
+using Completion = CommandTest;
+using CommandPage = CommandTest;
 
 // The page without its escapes and changes of font.
 std::string PlainPage() {
@@ -21,12 +22,6 @@ std::string PlainPage() {
         }
     }
     return page;
-}
-
-// What the page has between a heading and the next one.
-std::string SectionOf(const std::string& page, const std::string& heading) {
-    const size_t begin = page.find(heading);
-    return begin == std::string::npos ? "" : page.substr(begin, page.find("\n.S", begin + 1) - begin);
 }
 
 // The first word of every row of a list in the help.
@@ -44,14 +39,16 @@ std::vector<std::string> Listed(const std::string& help, const std::string& list
     return found;
 }
 
-TEST(ManPage, TellsEveryOptionOfEveryCommand) {
+TEST_F(ManPage, TellsEveryOptionOfEveryCommand) {
     const std::string page = PlainPage();
-    const std::vector<std::string> commands = Listed(RunCommand({"--help"}).Output, "Subcommands");
+    const std::vector<std::string> commands = Listed(Shell("$K --help").Output, "Subcommands");
     ASSERT_GE(commands.size(), 9u);
     for (const std::string& command : commands) {
         SCOPED_TRACE(command);
-        const std::string section = SectionOf(page, "\n.SS \"kestvox " + command + " ");
-        const std::vector<std::string> options = Listed(RunCommand({command, "--help"}).Output, "Options");
+        const size_t begin = page.find("\n.SS \"kestvox " + command + " ");
+        ASSERT_NE(begin, std::string::npos);
+        const std::string section = page.substr(begin, page.find("\n.S", begin + 1) - begin);
+        const std::vector<std::string> options = Listed(Shell("$K " + command + " --help").Output, "Options");
         ASSERT_GE(options.size(), 1u);
         for (const std::string& option : options) {
             const std::string name = option == "-h,--help" ? "-h, --help" : option;
@@ -65,21 +62,20 @@ TEST(ManPage, TellsEveryOptionOfEveryCommand) {
     EXPECT_EQ(page.find('@'), std::string::npos) << "something is not filled in";
 }
 
-TEST(Completion, OffersCommandsOptionsAndChoices) {
-    const auto offered = [](const std::string& words) {
-        return RunShell("bash -c 'source " KESTVOX_COMPLETION "; COMP_WORDS=(kestvox " + words +
-                            "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _kestvox; echo ${COMPREPLY[@]}'",
-                        ".")
+TEST_F(Completion, OffersCommandsOptionsAndChoices) {
+    const auto offered = [this](const std::string& words) {
+        return Shell("bash -c 'source " KESTVOX_COMPLETION "; COMP_WORDS=(kestvox " + words +
+                     "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _kestvox; echo ${COMPREPLY[@]}'")
             .Output;
     };
     EXPECT_EQ(offered("loop"), "loopback\n");
     EXPECT_EQ(offered("play --time s"), "stepped\n");
-    for (const char* command : {"play", "record", "settings"}) {
+    for (const std::string command : {"play", "record", "settings"}) {
         std::string options;
-        for (const std::string& option : Listed(RunCommand({command, "--help"}).Output, "Options")) {
+        for (const std::string& option : Listed(Shell("$K " + command + " --help").Output, "Options")) {
             options += (options.empty() ? "" : " ") + option.substr(option.find("--"));
         }
-        EXPECT_EQ(offered(std::string(command) + " --"), options + "\n");
+        EXPECT_EQ(offered(command + " --"), options + "\n");
     }
 }
 
@@ -103,24 +99,20 @@ std::set<std::string> ToldInTables(const std::string& text) {
 }
 
 // Every key of the report, and no other.
-TEST(CommandPage, TellsEveryLineOfTheReport) {
-    const ScratchFolder folder;
-    WriteFile(folder.Path("in.wav"), WavFile({}, NoiseBytes(1000)));
+TEST_F(CommandPage, TellsEveryLineOfTheReport) {
+    Write("in.wav", NoiseFile(1000));
     const std::string reports =
-        RunShell(
+        Shell(
             "for words in 'play in.wav' 'record out.wav --seconds 0.01' 'loopback in.wav'; do "
-            "$K $words --time stepped --json; done",
-            folder.Path(""))
+            "$K $words --time stepped --json; done")
             .Output;
     const std::string page = ReadFile(KESTVOX_COMMAND_PAGE);
     EXPECT_EQ(ToldInTables(page.substr(0, page.find("\n## How it ends"))),
               AllMatches(reports, "\"([a-z-]+)\": "));
 }
 
-TEST(CommandPage, TellsEveryKeyOfTheSetupFile) {
-    const ScratchFolder folder;
-    const std::string refusal =
-        RunShell("echo 'x = 1' >scene; $K play in.wav --setup scene", folder.Path("")).Errors;
+TEST_F(CommandPage, TellsEveryKeyOfTheSetupFile) {
+    const std::string refusal = Shell("echo 'x = 1' >scene; $K play in.wav --setup scene").Errors;
     const std::string page = ReadFile(KESTVOX_COMMAND_PAGE);
     const size_t begin = page.find("\n## The scene in a file");
     EXPECT_EQ(ToldInTables(page.substr(begin, page.find("\n## ", begin + 1) - begin)),

@@ -1,43 +1,31 @@
 // What the command does for a line of the shell: where it writes to, and what comes of it when it cannot;
 // real pipes, devices, limits and signals.
-#include <gtest/gtest.h>
-
-#include "tests/tools/command_runner.h"
-#include "tests/tools/scratch_folder.h"
+#include "tests/tools/command_test.h"
 #include "tests/tools/wav_bytes.h"
 #include "tools/files/wav_reader.h"
 
 namespace {
 
-class Outputs : public testing::Test {
+class Outputs : public CommandTest {
 protected:
     Outputs() {
-        WriteFile(folder_.Path("in.wav"), WavFile({}, NoiseBytes(40000)));
-        WriteFile(folder_.Path("steady.wav"), WavFile({}, std::string(4000, '\x40')));
-        WriteFile(folder_.Path("odd.wav"), WavFile({.Rate = 12000}, NoiseBytes(100)));
+        Write("in.wav", NoiseFile(40000));
+        Write("steady.wav", WavFile(Usual, std::string(4000, '\x40')));
+        Write("odd.wav", NoiseFile(100, PcmFormat(12000, 2, 16)));
         EXPECT_EQ(Shell("$K play in.wav --time stepped --capture direct.wav").Status, 0);
     }
-    CommandResult Shell(const std::string& line) { return RunShell(line, folder_.Path("")); }
-    uint64_t FramesOf(const std::string& name) {
-        return kestvox::WavReader(folder_.Path(name)).FrameCount().value();
-    }
+    uint64_t FramesOf(const std::string& name) { return kestvox::WavReader(Path(name)).FrameCount().value(); }
     // A line prints what it is to find, and ends well.
-    struct Case {
-        const char* Line;
-        const char* Found;
-    };
-    void ExpectFound(std::initializer_list<Case> cases) {
-        for (const Case& c : cases) {
-            SCOPED_TRACE(c.Line);
-            const CommandResult result = Shell(c.Line);
+    void ExpectFound(std::initializer_list<std::pair<const char*, const char*>> cases) {
+        for (const auto& [line, found] : cases) {
+            SCOPED_TRACE(line);
+            const CommandResult result = Shell(line);
             EXPECT_EQ(result.Status, 0);
             EXPECT_EQ(result.Errors, "");
-            EXPECT_EQ(result.Output, c.Found);
+            EXPECT_EQ(result.Output, found);
         }
     }
     void ExpectNothingUnfinished() { EXPECT_EQ(Shell("ls -a | grep part").Output, ""); }
-
-    const ScratchFolder folder_;
 };
 
 TEST_F(Outputs, GoWhereTheyAreToldAndReplaceOnlyFiles) {
@@ -196,10 +184,7 @@ TEST_F(Outputs, AreKeptWhenASignalEndsTheRun) {
 
 // What was lost, one line for each, and status 1; none of it when it is tolerated.
 TEST_F(Outputs, SayWhatWasLost) {
-    const struct {
-        const char* Arguments;
-        const char* Errors;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"play in.wav --fault QUEUE_BUFFER:3",
          "kestvox: device 0: 2205 frames were not played\nkestvox: device 0: 1 header came back unplayed\n"},
         {"play in.wav --fault QUEUE_BUFFER:99",
@@ -217,12 +202,12 @@ TEST_F(Outputs, SayWhatWasLost) {
         {"loopback steady.wav --set Monitor=0,0,0,0,0,0,0,0",
          "kestvox: 2000 samples did not come back as they were played\n"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.Arguments);
-        const std::string line = std::string("$K ") + c.Arguments + " --time stepped";
+    for (const auto& [arguments, errors] : cases) {
+        SCOPED_TRACE(arguments);
+        const std::string line = std::string("$K ") + arguments + " --time stepped";
         const CommandResult result = Shell(line);
         EXPECT_EQ(result.Status, 1);
-        EXPECT_EQ(result.Errors, c.Errors);
+        EXPECT_EQ(result.Errors, errors);
         const CommandResult tolerated = Shell(line + " --tolerate");
         EXPECT_EQ(tolerated.Status, 0);
         EXPECT_EQ(tolerated.Errors, "");
@@ -236,10 +221,7 @@ TEST_F(Outputs, SayWhatWasLost) {
 
 // Nobody waits for what does not come; what was recorded until then is kept.
 TEST_F(Outputs, OfARunThatStandsStillAreKept) {
-    const struct {
-        const char* Arguments;
-        const char* Why;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"loopback in.wav --out out.wav --fault completion:20:lost", "while it waited for "},
         {"loopback in.wav --out out.wav --fault completion:all:lost", "while it waited for "},
         {"record out.wav --fault completion:3:lost",
@@ -278,8 +260,8 @@ TEST_F(Outputs, AreRecordedThroughACable) {
             " >report & until test -s o.part; do sleep 0.01; done; $K play in.wav --machine $M --device " +
             playing + " --capture played.wav >r; wait $!; echo $?; $K machine remove $M");
         EXPECT_EQ(recorded.Output, "0\n") << recorded.Errors;
-        const std::string all = ReadFile(folder_.Path("o")).substr(44);
-        const std::string sound = ReadFile(folder_.Path("played.wav")).substr(44);
+        const std::string all = Read("o").substr(44);
+        const std::string sound = Read("played.wav").substr(44);
         const size_t begin = all.find_first_not_of('\0') - sound.find_first_not_of('\0');
         EXPECT_EQ(begin % 8, 0u);
         EXPECT_EQ(all.find_last_not_of('\0') / 8, (begin + sound.size() - 1) / 8);

@@ -1,12 +1,9 @@
 // docs/registers.md shows what one register write does, with the driver as it is and with a fault in it. The
 // first half is run here as it stands on the page.
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <sstream>
 
-#include "tests/tools/command_runner.h"
-#include "tests/tools/scratch_folder.h"
+#include "tests/tools/command_test.h"
 
 namespace {
 
@@ -33,18 +30,18 @@ std::string Replaced(std::string text, const std::string& what, const std::strin
     return text;
 }
 
-TEST(RegisterWalk, PrintsWhatThePageSays) {
+using RegisterWalk = CommandTest;
+
+TEST_F(RegisterWalk, PrintsWhatThePageSays) {
     const std::vector<std::string> blocks =
         BlocksBelow(ReadFile(KESTVOX_REGISTERS_PAGE), "## Change one register write");
     ASSERT_EQ(blocks.size(), 3u);
     const std::string commands =
         Replaced(Replaced(blocks[0], "kestvox ", "$K "), "--machine good", "--machine $M");
-    const ScratchFolder folder;
-    const CommandResult result =
-        RunShell("M=kestvox-test-$$\n" + commands + "$K machine remove $M", folder.Path(""));
+    const CommandResult result = Shell("M=kestvox-test-$$\n" + commands + "$K machine remove $M");
     EXPECT_EQ(result.Errors, "");
     EXPECT_EQ(result.Output, blocks[1]);
-    EXPECT_NE(ReadFile(folder.Path("good.html")).find("\"differences\": 0,"), std::string::npos);
+    EXPECT_NE(Read("good.html").find("\"differences\": 0,"), std::string::npos);
     EXPECT_NE(blocks[1], blocks[2]);
 }
 

@@ -1,33 +1,21 @@
 // The page that --report writes. What a browser makes of it is script/check-report's business.
-#include <gtest/gtest.h>
-
 #include <regex>
 #include <sstream>
 
-#include "report/wave_format.h"
-#include "tests/tools/command_runner.h"
-#include "tests/tools/scratch_folder.h"
+#include "tests/tools/command_test.h"
 #include "tests/tools/wav_bytes.h"
 
 namespace {
 
-using Words = std::vector<std::string>;
-
-class ReportPage : public testing::Test {
+class ReportPage : public CommandTest {
 protected:
-    ReportPage() { WriteFile(folder_.Path("in.wav"), WavFile({}, NoiseBytes(20000))); }
+    ReportPage() { Write("in.wav", NoiseFile(20000)); }
 
-    // What the command printed; its page is in Page.
-    CommandResult Run(Words words) {
-        words.insert(words.end(), {"--time", "stepped", "--report", folder_.Path("out.html")});
-        CommandResult result = RunCommand(words);
-        page_ = ReadFile(folder_.Path("out.html"));
+    // What the command printed; its page is in page_.
+    CommandResult Run(const std::string& words) {
+        CommandResult result = Shell("$K " + words + " --time stepped --report out.html");
+        page_ = Read("out.html");
         return result;
-    }
-    CommandResult Play(const Words& more) {
-        Words words = {"play", folder_.Path("in.wav")};
-        words.insert(words.end(), more.begin(), more.end());
-        return Run(words);
     }
     std::string Between(const std::string& begin, const std::string& end) const {
         const size_t from = page_.find(begin) + begin.size();
@@ -46,12 +34,11 @@ protected:
         return numbers;
     }
 
-    const ScratchFolder folder_;
     std::string page_;
 };
 
 TEST_F(ReportPage, HoldsTheObjectThatJsonPrintsAndNamesNothingElsewhere) {
-    const CommandResult result = Play({"--json", "--device", "0,1"});
+    const CommandResult result = Run("play in.wav --json --device 0,1");
     EXPECT_EQ(result.Status, 0) << result.Errors;
     EXPECT_EQ(Between("id=\"run\">\n", "</script>"), result.Output);
     EXPECT_NE(Losses().find("Nothing was lost."), std::string::npos) << Losses();
@@ -67,7 +54,7 @@ TEST_F(ReportPage, HoldsTheObjectThatJsonPrintsAndNamesNothingElsewhere) {
 
 // A buffer of 2205 frames that the card never played, in the middle.
 TEST_F(ReportPage, SaysWhatWasLostAndShowsWhere) {
-    const CommandResult result = Play({"--fault", "QUEUE_BUFFER:3"});
+    const CommandResult result = Run("play in.wav --fault QUEUE_BUFFER:3");
     EXPECT_EQ(result.Status, 1);
     std::string line;
     for (std::istringstream errors(result.Errors); std::getline(errors, line);) {
@@ -79,9 +66,9 @@ TEST_F(ReportPage, SaysWhatWasLostAndShowsWhere) {
     EXPECT_EQ(Losses().find("Nothing was lost."), std::string::npos);
     EXPECT_EQ(Numbers("differences"), std::vector<uint64_t>{2205});
     EXPECT_EQ(Numbers("first-difference"), std::vector<uint64_t>{2 * 2205});
-    EXPECT_NE(Play({"--fault", "QUEUE_BUFFER:3", "--tolerate"}).Status, 1);
+    EXPECT_NE(Run("play in.wav --fault QUEUE_BUFFER:3 --tolerate").Status, 1);
     EXPECT_NE(Losses().find("and tolerated"), std::string::npos) << Losses();
-    EXPECT_EQ(Play({"--fault", "completion:3:lost"}).Status, 1);
+    EXPECT_EQ(Run("play in.wav --fault completion:3:lost").Status, 1);
     EXPECT_NE(Losses().find("nothing moved for 5.1 s"), std::string::npos) << Losses();
 }
 
@@ -92,12 +79,8 @@ TEST_F(ReportPage, FindsNoDifferenceInAnyEncoding) {
             continue;  // no device takes it
         }
         SCOPED_TRACE(encoding.Name);
-        const WavFormat format{.Tag = encoding.Tag,
-                               .Bits = encoding.Bits,
-                               .BytesPerSample = encoding.BytesPerSample,
-                               .ValidBits = encoding.ValidBits};
-        WriteFile(folder_.Path("any.wav"), WavFile(format, NoiseBytes(5000, format)));
-        const CommandResult result = Run({"play", folder_.Path("any.wav"), "--device", "1"});
+        Write("any.wav", NoiseFile(5000, {kestvox::MakeFormat(encoding, 2, 44100)}));
+        const CommandResult result = Run("play any.wav --device 1");
         EXPECT_EQ(result.Status, 0) << result.Errors;
         EXPECT_EQ(Numbers("differences"), std::vector<uint64_t>{0});
         EXPECT_EQ(Watched().find("\"compared\": true") != std::string::npos,
@@ -107,8 +90,8 @@ TEST_F(ReportPage, FindsNoDifferenceInAnyEncoding) {
 
 // The last of two buffers comes back late, and the card has nothing to play meanwhile.
 TEST_F(ReportPage, ShowsWhereTheCardHadNoBuffer) {
-    const CommandResult result = Play({"--buffers", "2", "--fault", "completion:4:late=200000"});
-    ASSERT_EQ(result.Values("underruns"), Words{"1"});
+    const CommandResult result = Run("play in.wav --buffers 2 --fault completion:4:late=200000");
+    ASSERT_EQ(result.Values("underruns"), std::vector<std::string>{"1"});
     EXPECT_NE(Watched().find("\"gaps\": [{\"frame\": " + result.Values("first-underrun").at(0) +
                              ", \"length\": " + result.Values("longest-underrun").at(0) + "}]"),
               std::string::npos);
@@ -116,8 +99,7 @@ TEST_F(ReportPage, ShowsWhereTheCardHadNoBuffer) {
 }
 
 TEST_F(ReportPage, ComparesWhatComesBackThroughTheCable) {
-    const Words words = {"loopback", folder_.Path("in.wav"), "--lock"};
-    ASSERT_EQ(Run(words).Status, 0);
+    ASSERT_EQ(Run("loopback in.wav --lock").Status, 0);
     EXPECT_EQ(Numbers("differences"), (std::vector<uint64_t>{0, 0}));
     EXPECT_NE(Watched().find("\"kind\": \"recording\""), std::string::npos);
     EXPECT_EQ(Watched().find("\"compared\": false"), std::string::npos);
@@ -125,11 +107,9 @@ TEST_F(ReportPage, ComparesWhatComesBackThroughTheCable) {
 
 // Half a minute, and a loop that plays as long.
 TEST_F(ReportPage, StaysSmallHoweverLongTheRunIs) {
-    const WavFormat format{.Channels = 1, .Rate = 8000, .Bits = 8, .BytesPerSample = 1};
-    WriteFile(folder_.Path("long.wav"), WavFile(format, NoiseBytes(30 * 8000, format)));
-    WriteFile(folder_.Path("short.wav"), WavFile(format, NoiseBytes(10000, format)));
-    for (const Words& words : {Words{"play", folder_.Path("long.wav"), "--buffer-ms", "500"},
-                               Words{"play", folder_.Path("short.wav"), "--loops", "24"}}) {
+    Write("long.wav", NoiseFile(30 * 8000, PcmFormat(8000, 1, 8)));
+    Write("short.wav", NoiseFile(10000, PcmFormat(8000, 1, 8)));
+    for (const char* words : {"play long.wav --buffer-ms 500", "play short.wav --loops 24"}) {
         const CommandResult result = Run(words);
         ASSERT_EQ(result.Status, 0) << result.Errors;
         EXPECT_LT(page_.size(), 300000u);

@@ -1,26 +1,19 @@
 // The file of --setup: what it says is done, options win over it, and what makes no sense is refused by its
 // line.
-#include <gtest/gtest.h>
-
-#include "simulator/connectors/scene_setup.h"
-#include "tests/tools/command_runner.h"
-#include "tests/tools/scratch_folder.h"
+#include "tests/tools/command_test.h"
 #include "tests/tools/wav_bytes.h"
 #include "tools/files/wav_reader.h"
 
 namespace {
 
-class SetupFile : public testing::Test {
+class SetupFile : public CommandTest {
 protected:
-    SetupFile() {
-        WriteFile(folder_.Path("in.wav"), WavFile({.Channels = 1}, NoiseBytes(6016, {.Channels = 1})));
-    }
+    SetupFile() { Write("in.wav", NoiseFile(6016, PcmFormat(44100, 1, 16))); }
     // With the text as the file "scene".
     CommandResult Shell(const std::string& setup, const std::string& line) {
-        WriteFile(folder_.Path("scene"), setup);
-        return RunShell(line, folder_.Path(""));
+        Write("scene", setup);
+        return CommandTest::Shell(line);
     }
-    const ScratchFolder folder_;
 };
 
 TEST_F(SetupFile, SetsTheSceneOfEveryCommandThatRunsStreams) {
@@ -30,10 +23,10 @@ TEST_F(SetupFile, SetsTheSceneOfEveryCommandThatRunsStreams) {
         "capture = heard-*.wav\ntrace = t.json\nreport = p.html\n";
     CommandResult result = Shell(scene, "$K play in.wav --setup scene --device 0,2");
     EXPECT_EQ(result.Status, 0) << result.Errors;
-    EXPECT_EQ(kestvox::WavReader(folder_.Path("heard-0a-1.wav")).FrameCount(), 6016u);
-    EXPECT_EQ(kestvox::WavReader(folder_.Path("heard-1a-1.wav")).FrameCount(), 6016u);
-    EXPECT_NE(ReadFile(folder_.Path("t.json")).find("card 1"), std::string::npos);
-    EXPECT_NE(ReadFile(folder_.Path("p.html")).find("<html"), std::string::npos);
+    EXPECT_EQ(kestvox::WavReader(Path("heard-0a-1.wav")).FrameCount(), 6016u);
+    EXPECT_EQ(kestvox::WavReader(Path("heard-1a-1.wav")).FrameCount(), 6016u);
+    EXPECT_NE(Read("t.json").find("card 1"), std::string::npos);
+    EXPECT_NE(Read("p.html").find("<html"), std::string::npos);
 
     // A recording takes what is plugged into its device, with its form, as it does from --input.
     result = Shell(scene, "$K record out.wav --setup scene && cmp in.wav out.wav && echo same");
@@ -66,10 +59,7 @@ TEST_F(SetupFile, GivesWayToOptions) {
 
 // One line that names the file's, and status 2.
 TEST_F(SetupFile, IsRefusedByTheLineThatMakesNoSense) {
-    const struct {
-        const char* Text;
-        const char* Why;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"cards\n", "scene:1: a line must be KEY = VALUE"},
         {"\n# x\ncard = 1\n",
          "scene:3: there is no key 'card', only cards, machine, time, input, cable, fault, "
@@ -92,11 +82,11 @@ TEST_F(SetupFile, IsRefusedByTheLineThatMakesNoSense) {
          "its name: no/*.wav"},
         {"suspend-at = never\n", "scene:1: --suspend-at: never is not a number from 0 to 100000"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.Text);
-        const CommandResult result = Shell(c.Text, "$K play in.wav --setup scene; echo $?");
+    for (const auto& [text, why] : cases) {
+        SCOPED_TRACE(text);
+        const CommandResult result = Shell(text, "$K play in.wav --setup scene; echo $?");
         EXPECT_EQ(result.Output, "2\n");
-        EXPECT_EQ(result.Errors, std::string("kestvox: ") + c.Why + "\n");
+        EXPECT_EQ(result.Errors, std::string("kestvox: ") + why + "\n");
     }
     const char* const play = "$K play in.wav --setup scene";
     ExpectOneLine(Shell("trace = scene\n", play), 2, "name the same file");

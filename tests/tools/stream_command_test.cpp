@@ -1,29 +1,21 @@
 // What is played and recorded, sample for sample.
 #include "tools/commands/stream_command.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <cstring>
 #include <numbers>
 
+#include "tests/support/wave_player.h"
 #include "tests/support/wave_sound.h"
-#include "tests/tools/command_runner.h"
-#include "tests/tools/scratch_folder.h"
+#include "tests/tools/command_test.h"
 #include "tests/tools/wav_bytes.h"
 
 namespace {
 
 using simulator::Frame;
 using Words = std::vector<std::string>;
-
-constexpr WavFormat FullWidth{.Bits = 32, .BytesPerSample = 4};
-
-CommandResult RunStepped(const Words& more) {
-    Words words = more;
-    words.insert(words.end(), {"--time", "stepped"});
-    return RunCommand(words);
-}
+using PlayCommand = CommandTest;
+using RecordCommand = CommandTest;
 
 std::string BytesOf(const std::vector<Frame>& frames) {
     return {reinterpret_cast<const char*>(frames.data()), frames.size() * sizeof(Frame)};
@@ -31,39 +23,30 @@ std::string BytesOf(const std::vector<Frame>& frames) {
 
 // A file for each device, one format of each kind; what the driver makes of all the others is its own tests'
 // business.
-TEST(PlayCommand, IsHeardSampleForSample) {
-    const struct {
-        const char* Capture;
-        WavFormat Format;
-    } cases[] = {
-        {"out-0.wav", {.Channels = 1, .Rate = 8000, .Bits = 8, .BytesPerSample = 1}},
-        {"out-3.wav", {.Tag = WAVE_FORMAT_MULAW, .Rate = 11025, .Bits = 8, .BytesPerSample = 1}},
-        {"out-4.wav", {.Rate = 96000, .Bits = 24, .BytesPerSample = 3}},
-        {"out-7.wav", {.Tag = WAVE_FORMAT_EXTENSIBLE, .Bits = 32, .BytesPerSample = 4, .ValidBits = 24}},
+TEST_F(PlayCommand, IsHeardSampleForSample) {
+    const std::pair<const char*, WaveFormat> cases[] = {
+        {"0.wav", PcmFormat(8000, 1, 8)},
+        {"3.wav", TaggedFormat(WAVE_FORMAT_MULAW, 11025, 2, 8)},
+        {"4.wav", PcmFormat(96000, 2, 24)},
+        {"7.wav", ExtensibleFormat(44100, 2, 32, 24)},
     };
-    const ScratchFolder folder;
-    Words words = {"play",     "--cards",   "4",
-                   "--device", "0,3,4,7",   "--buffer-ms",
-                   "13",       "--capture", folder.Path("out.wav")};
-    for (const auto& c : cases) {
-        words.push_back(folder.Path(std::to_string(c.Format.Rate) + ".wav"));
-        WriteFile(words.back(), WavFile(c.Format, NoiseBytes(5003, c.Format)));
+    for (const auto& [file, format] : cases) {
+        Write(file, NoiseFile(5003, format));
     }
-    const CommandResult result = RunStepped(words);
+    const CommandResult result = Shell(
+        "$K play [0347].wav --cards 4 --device 0,3,4,7 --buffer-ms 13 --capture out.wav --time stepped");
     ASSERT_EQ(result.Status, 0) << result.Errors;
-    for (const auto& [capture, format] : cases) {
-        const std::string samples = NoiseBytes(5003, format);
-        const std::vector<Frame> heard = Sound(ProgramsFormat(format), {samples.begin(), samples.end()});
-        WavFormat captured = FullWidth;
-        captured.Rate = format.Rate;
-        EXPECT_TRUE(ReadFile(folder.Path(capture)) == WavFile(captured, BytesOf(heard))) << capture;
+    for (const auto& [file, format] : cases) {
+        const std::vector<Frame> heard = Sound(format, Pattern(5003 * format.Get()->nBlockAlign));
+        const WaveFormat captured = PcmFormat(format.Get()->nSamplesPerSec, 2, 32);
+        EXPECT_TRUE(Read(std::string("out-") + file) == WavFile(captured, BytesOf(heard))) << file;
     }
     EXPECT_EQ(result.Values("frames-played"), Words(4, "5003"));
     EXPECT_EQ(result.Values("silent-frames"), Words(4, "0"));
 }
 
 // As when a register has another width than the samples.
-TEST(PlayCommand, TellsOfMoreFramesThanItGave) {
+TEST_F(PlayCommand, TellsOfMoreFramesThanItGave) {
     const auto losses = [](kestvox::StreamKind kind, uint64_t frames) {
         kestvox::StreamRunner::Report report{};
         report.FrameCount = 100;
@@ -78,51 +61,43 @@ TEST(PlayCommand, TellsOfMoreFramesThanItGave) {
 }
 
 // The signal, then silence up to a length that a stop can keep.
-TEST(RecordCommand, WritesWhatIsPluggedInInEveryFormat) {
+TEST_F(RecordCommand, WritesWhatIsPluggedInInEveryFormat) {
     const struct {
-        const char* Name;
-        const char* Device;
-        WavFormat Format;
+        const char* Options;
+        WaveFormat Format;
     } cases[] = {
-        {"u8", "0", {.Channels = 1, .Rate = 8000, .Bits = 8, .BytesPerSample = 1}},
-        {"s16", "0", {.Rate = 96000}},
-        {"s20", "0", {.Bits = 20, .BytesPerSample = 3}},
-        {"s24", "1", {.Channels = 1, .Rate = 88200, .Bits = 24, .BytesPerSample = 3}},
-        {"s24in32", "0", {.Tag = 0xFFFE, .Rate = 32000, .Bits = 32, .BytesPerSample = 4, .ValidBits = 24}},
-        {"s32", "1", {.Bits = 32, .BytesPerSample = 4}},
+        {"--format u8 --rate 8000 --channels 1", PcmFormat(8000, 1, 8)},
+        {"--format s16 --rate 96000 --channels 2", PcmFormat(96000, 2, 16)},
+        {"--format s20 --rate 44100 --channels 2", PcmFormat(44100, 2, 20)},
+        {"--format s24 --rate 88200 --channels 1 --device 1", PcmFormat(88200, 1, 24)},
+        {"--format s24in32 --rate 32000 --channels 2", ExtensibleFormat(32000, 2, 32, 24)},
+        {"--format s32 --rate 44100 --channels 2 --device 1", PcmFormat(44100, 2, 32)},
     };
     constexpr size_t Frames = 5003;
     constexpr size_t Recorded = 5024;
-    const ScratchFolder folder;
-    for (const auto& c : cases) {
-        SCOPED_TRACE(std::string(c.Name) + " on device " + c.Device);
-        WavFormat plugged = FullWidth;
-        plugged.Rate = c.Format.Rate;
-        const std::string signal = NoiseBytes(Frames, plugged);
-        WriteFile(folder.Path("in.wav"), WavFile(plugged, signal));
+    for (const auto& [options, format] : cases) {
+        SCOPED_TRACE(options);
+        std::vector<Frame> signal = NoiseFrames(Frames);
+        Write("in.wav", WavFile(PcmFormat(format.Get()->nSamplesPerSec, 2, 32), BytesOf(signal)));
         const CommandResult result =
-            RunStepped({"record", folder.Path("out.wav"), "--device", c.Device, "--format", c.Name, "--rate",
-                        std::to_string(c.Format.Rate), "--channels", std::to_string(c.Format.Channels),
-                        "--input", folder.Path("in.wav"), "--buffer-ms", "13"});
+            Shell(std::string("$K record out.wav --input in.wav --buffer-ms 13 --time stepped ") + options);
         ASSERT_EQ(result.Status, 0) << result.Errors;
-        std::vector<Frame> heard = Sound(ProgramsFormat(plugged), {signal.begin(), signal.end()});
-        heard.resize(Recorded);
-        const std::vector<BYTE> client = ClientBytes(ProgramsFormat(c.Format), heard);
-        EXPECT_TRUE(ReadFile(folder.Path("out.wav")) == WavFile(c.Format, {client.begin(), client.end()}));
+        signal.resize(Recorded);
+        const std::vector<BYTE> client = ClientBytes(format, signal);
+        EXPECT_TRUE(Read("out.wav") == WavFile(format, {client.begin(), client.end()}));
         EXPECT_EQ(result.Values("frames-recorded"), Words{std::to_string(Recorded)});
         EXPECT_EQ(result.Values("dropped-frames"), Words{"0"});
     }
 }
 
 // The length is asked for, or that of the signal, or five seconds.
-TEST(RecordCommand, RecordsATone) {
-    const ScratchFolder folder;
-    const CommandResult result =
-        RunStepped({"record", folder.Path("out.wav"), "--rate", "48000", "--channels", "1", "--format", "s32",
-                    "--seconds", "0.1", "--input", "tone:1000"});
+TEST_F(RecordCommand, RecordsATone) {
+    const CommandResult result = Shell(
+        "$K record out.wav --rate 48000 --channels 1 --format s32 --seconds 0.1 --input tone:1000 "
+        "--time stepped");
     ASSERT_EQ(result.Status, 0) << result.Errors;
     constexpr size_t HeaderSize = 44;
-    const std::string file = ReadFile(folder.Path("out.wav"));
+    const std::string file = Read("out.wav");
     std::vector<int32_t> samples(4800);
     ASSERT_EQ(file.size(), HeaderSize + samples.size() * 4);
     std::memcpy(samples.data(), &file[HeaderSize], samples.size() * 4);

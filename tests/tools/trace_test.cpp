@@ -1,13 +1,9 @@
 // The trace of a run, read back: what became of each header.
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <map>
 #include <regex>
 #include <sstream>
 
-#include "tests/tools/command_runner.h"
-#include "tests/tools/scratch_folder.h"
+#include "tests/tools/command_test.h"
 #include "tests/tools/wav_bytes.h"
 
 namespace {
@@ -25,16 +21,15 @@ std::string Member(const std::string& line, const std::string& name) {
     return std::regex_search(line, found, std::regex("\"" + name + "\":\"?([^\",}]*)")) ? found[1].str() : "";
 }
 
-class TraceOfARun : public testing::Test {
+class TraceOfARun : public CommandTest {
 protected:
-    TraceOfARun() { WriteFile(folder_.Path("in.wav"), WavFile({}, NoiseBytes(44100))); }
+    TraceOfARun() { Write("in.wav", NoiseFile(44100)); }
 
     CommandResult Run(const std::string& words, unsigned buffers = 5) {
-        CommandResult result = RunShell("$K " + words + " --time stepped --buffers " +
-                                            std::to_string(buffers) + " --buffer-ms 100 --trace t.json",
-                                        folder_.Path(""));
+        CommandResult result = Shell("$K " + words + " --time stepped --buffers " + std::to_string(buffers) +
+                                     " --buffer-ms 100 --trace t.json");
         events_.clear();
-        std::istringstream lines(ReadFile(folder_.Path("t.json")));
+        std::istringstream lines(Read("t.json"));
         for (std::string line; std::getline(lines, line);) {
             if (line.starts_with("{\"ph\"")) {
                 events_.push_back(
@@ -43,33 +38,45 @@ protected:
         }
         return result;
     }
-    // The bars of the header with that id, as "b NAME" and "e NAME", in the order of the file.
+    // Those of a name, or those of a category about the header with that id, in the order of the file.
+    std::vector<Event> Named(const std::string& name) const {
+        std::vector<Event> found;
+        std::ranges::copy_if(events_, std::back_inserter(found),
+                             [&](const Event& event) { return event.Name == name; });
+        return found;
+    }
+    std::vector<Event> Of(const std::string& category, const std::string& id) const {
+        std::vector<Event> found;
+        std::ranges::copy_if(events_, std::back_inserter(found), [&](const Event& event) {
+            return Member(event.Line, "id") == id && Member(event.Line, "cat") == category;
+        });
+        return found;
+    }
+    // The header's bars, as "b NAME" and "e NAME".
     std::vector<std::string> LifeOf(const std::string& id) const {
         std::vector<std::string> life;
-        for (const Event& event : events_) {
-            if (Member(event.Line, "id") == id && Member(event.Line, "cat") == "header") {
-                life.push_back(event.Phase + " " + event.Name);
-            }
+        for (const Event& event : Of("header", id)) {
+            life.push_back(event.Phase + " " + event.Name);
         }
         return life;
     }
     int64_t TimeOf(const std::string& id, const std::string& phase, const std::string& name) const {
-        const auto found = std::ranges::find_if(events_, [&](const Event& event) {
-            return Member(event.Line, "id") == id && event.Phase == phase && event.Name == name;
-        });
-        return found == events_.end() ? -1 : found->Time;
+        for (const Event& event : Of("header", id)) {
+            if (event.Phase == phase && event.Name == name) {
+                return event.Time;
+            }
+        }
+        return -1;
     }
     std::vector<int64_t> Counts(const std::string& counter, const std::string& what) const {
         std::vector<int64_t> counts;
-        for (const Event& event : events_) {
-            if (event.Phase == "C" && event.Name == counter) {
-                counts.push_back(std::stoll(Member(event.Line, what)));
-            }
+        for (const Event& event : Named(counter)) {
+            EXPECT_EQ(event.Phase, "C");
+            counts.push_back(std::stoll(Member(event.Line, what)));
         }
         return counts;
     }
 
-    const ScratchFolder folder_;
     std::vector<Event> events_;
 };
 
@@ -106,77 +113,63 @@ TEST_F(TraceOfARun, FollowsAHeaderByItsNumber) {
 // The fourth buffer comes back 200 ms late, and the other one is over by then.
 TEST_F(TraceOfARun, MarksWhereTheCardRanDry) {
     const CommandResult result = Run("play in.wav --fault completion:4:late=200000", 2);
-    const auto isMark = [](const Event& event) { return event.Name == "ran dry"; };
-    EXPECT_EQ(std::to_string(std::ranges::count_if(events_, isMark)), result.Values("underruns").at(0));
-    const auto mark = std::ranges::find_if(events_, isMark);
-    ASSERT_NE(mark, events_.end());
-    EXPECT_EQ(mark->Phase, "i");
-    EXPECT_EQ(mark->Time, TimeOf("0.2.5", "e", "in the card"));
-    EXPECT_EQ(Member(mark->Line, "microseconds"), "100000");
+    const std::vector<Event> marks = Named("ran dry");
+    EXPECT_EQ(std::to_string(marks.size()), result.Values("underruns").at(0));
+    ASSERT_FALSE(marks.empty());
+    EXPECT_EQ(marks[0].Phase, "i");
+    EXPECT_EQ(marks[0].Time, TimeOf("0.2.5", "e", "in the card"));
+    EXPECT_EQ(Member(marks[0].Line, "microseconds"), "100000");
 
     Run("play in.wav");
-    EXPECT_EQ(std::ranges::count_if(events_, isMark), 0) << "the end of the sound is none";
+    EXPECT_TRUE(Named("ran dry").empty()) << "the end of the sound is none";
 }
 
 // The call is the client's thread's, and brings the buffer to the card; the callback is a thread's of the
 // driver.
 TEST_F(TraceOfARun, LeadsFromThreadToThread) {
     ASSERT_EQ(Run("play in.wav").Status, 0);
-    std::vector<const Event*> arrows;
-    for (const Event& event : events_) {
-        if (Member(event.Line, "cat") == "flow" && Member(event.Line, "id") == "0.2.3") {
-            arrows.push_back(&event);
-        }
-    }
+    const std::vector<Event> arrows = Of("flow", "0.2.3");
     ASSERT_EQ(arrows.size(), 3u);
     const char* const spans[] = {"bring header 3", "hand over header 3", "callback of header 3"};
     for (size_t i = 0; i < arrows.size(); ++i) {
-        EXPECT_EQ(arrows[i]->Phase, std::string(1, "stf"[i]));
-        const auto span = std::ranges::find(events_, spans[i], &Event::Name);
-        ASSERT_NE(span, events_.end()) << spans[i];
-        EXPECT_EQ(span->Time, arrows[i]->Time) << spans[i];
+        EXPECT_EQ(arrows[i].Phase, std::string(1, "stf"[i]));
+        const Event span = Named(spans[i]).at(0);
+        EXPECT_EQ(span.Time, arrows[i].Time) << spans[i];
         for (const char* where : {"pid", "tid"}) {
-            EXPECT_EQ(Member(span->Line, where), Member(arrows[i]->Line, where)) << spans[i];
+            EXPECT_EQ(Member(span.Line, where), Member(arrows[i].Line, where)) << spans[i];
         }
     }
-    EXPECT_EQ(Member(arrows[1]->Line, "tid"), Member(arrows[0]->Line, "tid"));
-    EXPECT_NE(Member(arrows[2]->Line, "tid"), Member(arrows[0]->Line, "tid"));
-    const auto is = [](const char* phase) {
-        return [=](const Event& event) { return event.Phase == phase; };
-    };
-    EXPECT_EQ(std::ranges::count_if(events_, is("B")), std::ranges::count_if(events_, is("E")));
+    EXPECT_EQ(Member(arrows[1].Line, "tid"), Member(arrows[0].Line, "tid"));
+    EXPECT_NE(Member(arrows[2].Line, "tid"), Member(arrows[0].Line, "tid"));
+    EXPECT_EQ(std::ranges::count(events_, "B", &Event::Phase),
+              std::ranges::count(events_, "E", &Event::Phase));
 }
 
 TEST_F(TraceOfARun, MarksFaultsAndSleeps) {
     Run("play in.wav --fault QUEUE_BUFFER:3 --fault completion:4:late=1000 --suspend-at 0.5");
     const auto marks = [&](const std::string& name) {
         std::vector<std::string> tracks;
-        for (const Event& event : events_) {
-            if (event.Phase == "i" && event.Name == name) {
-                tracks.push_back(Member(event.Line, "pid") + "." + Member(event.Line, "tid"));
-            }
+        for (const Event& event : Named(name)) {
+            EXPECT_EQ(event.Phase, "i");
+            tracks.push_back(Member(event.Line, "pid") + "." + Member(event.Line, "tid"));
         }
         return tracks;
     };
     EXPECT_EQ(marks("fault: fail"), std::vector<std::string>{"0.2"});
     EXPECT_EQ(marks("fault: late"), std::vector<std::string>{"0.2"});
     EXPECT_EQ(marks("lost its power"), std::vector<std::string>{"0.4"}) << "of the card's own track";
-    const auto asleep = std::ranges::find(events_, "asleep", &Event::Name);
-    ASSERT_NE(asleep, events_.end());
-    EXPECT_EQ(Member(asleep->Line, "tid"), "4");
-    EXPECT_EQ(Member(asleep->Line, "dur"), "100000");
+    const Event asleep = Named("asleep").at(0);
+    EXPECT_EQ(Member(asleep.Line, "tid"), "4");
+    EXPECT_EQ(Member(asleep.Line, "dur"), "100000");
 }
 
 TEST_F(TraceOfARun, SaysWhatAWriteMeans) {
     Run("play in.wav");
-    std::map<std::string, std::string> meanings;
-    for (const Event& event : events_) {
-        meanings.insert({event.Name, Member(event.Line, "means")});
-    }
-    EXPECT_EQ(meanings["write card 17 = 01 / 01"], "clock control: hold=1");
-    EXPECT_EQ(meanings["write port 0 = 40 / C0"], "port control: sample format=1");
-    EXPECT_EQ(meanings["write card 2 = 80 / FF"], "mixer gain: 80");
-    EXPECT_EQ(meanings["QUEUE_BUFFER 0"], "");
+    const auto meaning = [this](const char* write) { return Member(Named(write).at(0).Line, "means"); };
+    EXPECT_EQ(meaning("write card 17 = 01 / 01"), "clock control: hold=1");
+    EXPECT_EQ(meaning("write port 0 = 40 / C0"), "port control: sample format=1");
+    EXPECT_EQ(meaning("write card 2 = 80 / FF"), "mixer gain: 80");
+    EXPECT_EQ(meaning("QUEUE_BUFFER 0"), "");
 }
 
 // Headers that the card refuses or never tells of, and a loop, whose headers are in the card again and again.

@@ -1,10 +1,6 @@
 #include "tools/files/wav_reader.h"
 
-#include <gtest/gtest.h>
-
-#include <sstream>
-
-#include "tests/tools/scratch_folder.h"
+#include "tests/tools/command_test.h"
 #include "tests/tools/wav_bytes.h"
 #include "tools/command_error.h"
 
@@ -12,6 +8,8 @@ namespace {
 
 using kestvox::CommandError;
 using kestvox::WavReader;
+
+using WavReaderTest = CommandTest;
 
 std::string ReadAll(WavReader& reader, size_t atOnce) {
     std::string all;
@@ -22,13 +20,11 @@ std::string ReadAll(WavReader& reader, size_t atOnce) {
     return all;
 }
 
-TEST(WavReader, ReadsSamplesAmongOtherChunksOfOddLength) {
-    const ScratchFolder folder;
-    const std::string samples = NoiseBytes(100);
-    WriteFile(folder.Path("a.wav"),
-              Riff(Chunk("LIST", "odd") + Chunk("fmt ", FormatBody({})) + Chunk("fact", "12345") +
-                   Chunk("data", samples) + Chunk("LIST", "end")));
-    WavReader reader(folder.Path("a.wav"));
+TEST_F(WavReaderTest, ReadsSamplesAmongOtherChunksOfOddLength) {
+    const std::string samples = Noise(400);
+    Write("a.wav", Riff(Chunk("LIST", "odd") + Chunk("fmt ", FormatBody()) + Chunk("fact", "12345") +
+                        Chunk("data", samples) + Chunk("LIST", "end")));
+    WavReader reader(Path("a.wav"));
     EXPECT_EQ(reader.Format().nSamplesPerSec, 44100u);
     EXPECT_EQ(reader.Format().cbSize, 0);
     EXPECT_EQ(reader.FrameCount(), 100u);
@@ -37,45 +33,38 @@ TEST(WavReader, ReadsSamplesAmongOtherChunksOfOddLength) {
 }
 
 // How much data there is when the header's sizes were never filled in, and when they were.
-TEST(WavReader, TakesTheLengthFromTheFileOnlyWhenTheWriterLeftItOpen) {
-    struct Case {
+TEST_F(WavReaderTest, TakesTheLengthFromTheFileOnlyWhenTheWriterLeftItOpen) {
+    constexpr uint32_t HeaderOnly = 36;
+    const struct {
         const char* What;
         uint32_t RiffSize;
         uint32_t DataSize;
-        uint64_t Frames;
+    } cases[] = {
+        {"both all ones", 0xFFFFFFFF, 0xFFFFFFFF},
+        {"data all ones", HeaderOnly + 43, 0xFFFFFFFF},
+        {"both zero", 0, 0},
+        {"header written first, never again", HeaderOnly, 0},
+        {"RIFF all ones", 0xFFFFFFFF, 0},
+        {"both right", HeaderOnly + 40, 40},
+        {"last frame incomplete", HeaderOnly + 43, 43},
     };
-    constexpr uint32_t HeaderOnly = 36;
-    constexpr Case Cases[] = {
-        {"both all ones", 0xFFFFFFFF, 0xFFFFFFFF, 10},
-        {"data all ones", HeaderOnly + 43, 0xFFFFFFFF, 10},
-        {"both zero", 0, 0, 10},
-        {"header written first, never again", HeaderOnly, 0, 10},
-        {"RIFF all ones", 0xFFFFFFFF, 0, 10},
-        {"both right", HeaderOnly + 40, 40, 10},
-        {"last frame incomplete", HeaderOnly + 43, 43, 10},
-    };
-    const ScratchFolder folder;
-    for (const Case& c : Cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.What);
-        WriteFile(folder.Path("a.wav"), "RIFF" + Little(c.RiffSize, 4) + "WAVE" +
-                                            Chunk("fmt ", FormatBody({})) + "data" + Little(c.DataSize, 4) +
-                                            Noise(43));
-        WavReader reader(folder.Path("a.wav"));
-        EXPECT_EQ(reader.FrameCount(), c.Frames);
+        Write("a.wav", "RIFF" + Little(c.RiffSize, 4) + "WAVE" + Chunk("fmt ", FormatBody()) + "data" +
+                           Little(c.DataSize, 4) + Noise(43));
+        WavReader reader(Path("a.wav"));
+        EXPECT_EQ(reader.FrameCount(), 10u);
         EXPECT_EQ(ReadAll(reader, 1000), Noise(43).substr(0, 40));
     }
 }
 
-TEST(WavReader, SaysWhatIsWrongWithABadFile) {
-    const std::string good = WavFile({}, Noise(40));
-    const std::string fmt = Chunk("fmt ", FormatBody({}));
-    std::string noAlign = FormatBody({});
+TEST_F(WavReaderTest, SaysWhatIsWrongWithABadFile) {
+    const std::string good = NoiseFile(10);
+    const std::string fmt = Chunk("fmt ", FormatBody());
+    std::string noAlign = FormatBody();
     noAlign.replace(12, 2, Little(0, 2));
-    std::string shortExtension = FormatBody({.Tag = 0xFFFE, .ValidBits = 16}).substr(0, 30);
-    const struct {
-        std::string Bytes;
-        const char* Why;
-    } cases[] = {
+    std::string shortExtension = FormatBody(ExtensibleFormat(44100, 2, 16, 16)).substr(0, 30);
+    const std::pair<std::string, const char*> cases[] = {
         {"", "not a WAV file"},
         {"RIFF", "not a WAV file"},
         {"RIFX" + good.substr(4), "not a WAV file"},
@@ -83,7 +72,7 @@ TEST(WavReader, SaysWhatIsWrongWithABadFile) {
         {Riff(""), "no format chunk"},
         {Riff(fmt), "no data chunk"},
         {Riff(Chunk("data", Noise(40)) + fmt), "before its format"},
-        {Riff(Chunk("fmt ", FormatBody({}).substr(0, 14)) + Chunk("data", Noise(40))), "length of 14"},
+        {Riff(Chunk("fmt ", FormatBody().substr(0, 14)) + Chunk("data", Noise(40))), "length of 14"},
         {Riff(Chunk("fmt ", noAlign) + Chunk("data", Noise(40))), "no block alignment"},
         {Riff(Chunk("fmt ", shortExtension) + Chunk("data", Noise(40))), "shorter than it says"},
         {good.substr(0, good.size() - 1), "truncated: 39 of 40 bytes"},
@@ -92,23 +81,21 @@ TEST(WavReader, SaysWhatIsWrongWithABadFile) {
         {Riff(fmt + Chunk("data", "") + Chunk("LIST", Noise(8))), "no samples"},
         {Riff(fmt + Chunk("data", "abc")), "no samples"},
     };
-    const ScratchFolder folder;
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.Why);
-        const std::string path = folder.Path("bad.wav");
-        WriteFile(path, c.Bytes);
+    for (const auto& [bytes, why] : cases) {
+        SCOPED_TRACE(why);
+        Write("bad.wav", bytes);
         try {
-            const WavReader reader(path);
+            const WavReader reader(Path("bad.wav"));
             ADD_FAILURE() << "was read";
         } catch (const CommandError& error) {
             const std::string text = error.what();
-            EXPECT_NE(text.find(c.Why), std::string::npos) << text;
-            EXPECT_EQ(text.find(path + ": "), 0u) << text;
+            EXPECT_NE(text.find(why), std::string::npos) << text;
+            EXPECT_TRUE(text.starts_with(Path("bad.wav") + ": ")) << text;
             EXPECT_EQ(text.find('\n'), std::string::npos);
         }
     }
-    EXPECT_THROW(WavReader(folder.Path("absent.wav")), CommandError);
-    EXPECT_THROW(WavReader(folder.Path("")), CommandError);
+    EXPECT_THROW(WavReader(Path("absent.wav")), CommandError);
+    EXPECT_THROW(WavReader(Path("")), CommandError);
 }
 
 }  // namespace

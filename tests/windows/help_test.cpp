@@ -1,17 +1,16 @@
 // The help file in the system's own viewer: every topic, by the number with which the sheet asks for it.
+#include <filesystem>
+
 #include "config_ui/resource.h"
 #include "tests/support/sheet_test.h"
 
 namespace {
 
-constexpr ULONGLONG LongestWait = 60000;  // ms, before something that does not come is a failure
 constexpr WCHAR File[] = TEXT("kestvox.hlp");
 
 // A window of the viewer shows its text in a control of this class, one for each window.
 BOOL CALLBACK AddText(HWND window, LPARAM texts) {
-    WCHAR name[64] = {};
-    GetClassNameW(window, name, 64);
-    if (Utf16(name).starts_with(u"RichEdit") && IsWindowVisible(window)) {
+    if (kestvox::WindowClass(window).starts_with(TEXT("RichEdit")) && IsWindowVisible(window)) {
         WCHAR text[1024] = {};
         DWORD_PTR length = 0;
         SendMessageTimeoutW(window, WM_GETTEXT, 1024, reinterpret_cast<LPARAM>(text), SMTO_NORMAL, 5000,
@@ -41,32 +40,18 @@ class HelpFile : public SheetTest {
 protected:
     // The viewer looks for the file in the folder in which it is started.
     HelpFile() {
-        GetCurrentDirectoryW(MAX_PATH, folder_);
         WCHAR program[MAX_PATH];
         GetModuleFileNameW(nullptr, program, MAX_PATH);
-        WCHAR* end = program + lstrlenW(program);
-        while (*end != '\\') {
-            --end;
-        }
-        *end = 0;
-        SetCurrentDirectoryW(program);
+        std::filesystem::current_path(std::filesystem::path(program).parent_path());
         test_system::OpenHelp(true);
     }
     ~HelpFile() override {
         test_system::OpenHelp(false);
-        SetCurrentDirectoryW(folder_);
-    }
-
-    static void Await(const std::u16string& title, const std::u16string& part) {
-        const ULONGLONG end = GetTickCount64() + LongestWait;
-        while (!IsShown(title, part)) {
-            ASSERT_LT(GetTickCount64(), end) << testing::PrintToString(title);
-            Sleep(50);
-        }
+        std::filesystem::current_path(folder_);
     }
 
 private:
-    WCHAR folder_[MAX_PATH] = {};
+    const std::filesystem::path folder_ = std::filesystem::current_path();
 };
 
 TEST_F(HelpFile, EveryTopicIsShownByItsNumber) {
@@ -97,7 +82,8 @@ TEST_F(HelpFile, EveryTopicIsShownByItsNumber) {
     };
     for (const auto& topic : topics) {
         WinHelpW(nullptr, File, HELP_CONTEXT, topic.Number);
-        Await(topic.Title, topic.Part);
+        ASSERT_TRUE(ComesTrue([&] { return IsShown(topic.Title, topic.Part); }))
+            << testing::PrintToString(topic.Title);
     }
     WinHelpW(nullptr, File, HELP_QUIT, 0);
 }

@@ -143,7 +143,7 @@ TEST_F(PlayingMapper, AResetLeavesNothingBehind) {
     EXPECT_EQ(Played(), Sound(PcmFormat(32000, 1, 16), Converted(Speech, PcmFormat(32000, 1, 16), data)));
 }
 
-class RecordingMapper : public InputTest {};
+using RecordingMapper = InputTest;
 
 TEST_F(RecordingMapper, SpeechIsRecordedAtTwiceItsRate) {
     const WaveFormat device = PcmFormat(32000, 1, 16);

@@ -115,36 +115,30 @@ void LookAtDevices() {
          waveOutGetErrorTextA(WAVERR_BADFORMAT, text, sizeof text) == MMSYSERR_NOERROR && text[0] != '\0');
 }
 
-std::vector<char> WaveFile() {
-    const DWORD sizes[] = {36 + BufferBytes, 16, BufferBytes};
-    std::vector<char> file;
-    const auto add = [&file](const void* bytes, size_t count) {
-        file.insert(file.end(), static_cast<const char*>(bytes), static_cast<const char*>(bytes) + count);
-    };
-    add("RIFF", 4);
-    add(&sizes[0], 4);
-    add("WAVEfmt ", 8);
-    add(&sizes[1], 4);
-    add(&Stereo, 16);
-    add("data", 4);
-    add(&sizes[2], 4);
-    file.resize(file.size() + BufferBytes);
-    return file;
-}
+struct WaveFile {  // byte for byte
+    char Riff[4] = {'R', 'I', 'F', 'F'};
+    DWORD Size = 36 + BufferBytes;
+    char Wave[8] = {'W', 'A', 'V', 'E', 'f', 'm', 't', ' '};
+    DWORD FormatSize = sizeof(PCMWAVEFORMAT);
+    PCMWAVEFORMAT Format = {{WAVE_FORMAT_PCM, 2, 44100, 176400, 4}, 16};
+    char Data[4] = {'d', 'a', 't', 'a'};
+    DWORD DataSize = BufferBytes;
+    char Samples[BufferBytes] = {};
+};
 
 void PlaySounds() {
-    const std::vector<char> file = WaveFile();
+    const WaveFile file;
     char folder[MAX_PATH] = {};
     char path[MAX_PATH] = {};
     GetTempPathA(MAX_PATH, folder);
     GetTempFileNameA(folder, "kv", 0, path);
     FILE* const out = std::fopen(path, "wb");
-    const bool stored = out && std::fwrite(file.data(), file.size(), 1, out) == 1 && std::fclose(out) == 0;
+    const bool stored = out && std::fwrite(&file, sizeof file, 1, out) == 1 && std::fclose(out) == 0;
     const DWORD before = timeGetTime();
     Step("sound: a file, to its end",
          stored && PlaySoundA(path, nullptr, SND_FILENAME | SND_SYNC) && timeGetTime() - before >= 100 - 2);
     Step("sound: from memory, on and on",
-         sndPlaySoundA(file.data(), SND_MEMORY | SND_ASYNC | SND_LOOP) != FALSE);
+         sndPlaySoundA(reinterpret_cast<LPCSTR>(&file), SND_MEMORY | SND_ASYNC | SND_LOOP) != FALSE);
     Step("sound: not over another", !PlaySoundA(path, nullptr, SND_FILENAME | SND_ASYNC | SND_NOSTOP));
     HWAVEOUT device = nullptr;
     Step("sound: the device is taken",
