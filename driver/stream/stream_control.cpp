@@ -42,10 +42,14 @@ void FallAsleep(StreamInstance* stream) {
     ReleaseChannel(stream->Device);
 }
 
-// Whether neither the card nor the master of its clock has been initialised since.
+// How often the card and the master of its clock have been initialised, together.
+DWORD InitsOf(const StreamInstance* stream) {
+    return static_cast<DWORD>(stream->Card->InitCount) + static_cast<DWORD>(stream->ClockMaster->InitCount);
+}
+
+// Whether neither of them has been since.
 bool IsPreparedForCards(const StreamInstance* stream) {
-    return stream->PreparedInit == static_cast<DWORD>(stream->Card->InitCount) &&
-           stream->ClockMaster->ClockLost == 0;
+    return stream->PreparedInits == InitsOf(stream);
 }
 
 // TRUE: the calling thread is to prepare the port, in the sleep of that number. A thread that is at it
@@ -106,7 +110,7 @@ bool FinishWakingUp(StreamInstance* stream, DWORD* sleeps) {
 // initialised or it sleeps meanwhile. One that fails is an open's.
 MMRESULT WakeUp(StreamInstance* stream, DWORD sleeps, bool ignoreClockError) {
     for (;;) {
-        stream->PreparedInit = static_cast<DWORD>(stream->Card->InitCount);
+        stream->PreparedInits = InitsOf(stream);
         const MMRESULT result = stream->Direction->Prepare(stream, ignoreClockError);
         if (result != MMSYSERR_NOERROR) {
             return result;

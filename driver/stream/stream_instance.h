@@ -78,13 +78,13 @@ struct StreamInstance {
 
     SharedWord Resetting;  // resets under way: a client may reset inside the callback of a reset
     SharedWord IsOpen;
-    SharedWord Opening;       // only the thread that opens it closes it
-    SharedWord Closing;       // the client can act on the stream no more
-    SharedWord JustReset;     // set by a reset, cleared by the message that acts on the stream next
-    SharedWord Power;         // PortPower
-    SharedWord Sleeps;        // how often Power has become Asleep
-    SharedWord PreparedInit;  // the card's InitCount when the port was last prepared
-    bool BeingPrepared;       // by one thread; the stream's control
+    SharedWord Opening;        // only the thread that opens it closes it
+    SharedWord Closing;        // the client can act on the stream no more
+    SharedWord JustReset;      // set by a reset, cleared by the message that acts on the stream next
+    SharedWord Power;          // PortPower
+    SharedWord Sleeps;         // how often Power has become Asleep
+    SharedWord PreparedInits;  // InitCount of card and clock master when the port was last prepared
+    bool BeingPrepared;        // by one thread; the stream's control
     PciConfiguration SavedPciConfig;
 
     HANDLE ServiceThread;
