@@ -2,7 +2,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <future>
-#include <thread>
 
 #include "tests/interleaving/stream.h"
 #include "tests/processes/companion.h"
