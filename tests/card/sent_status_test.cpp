@@ -9,8 +9,6 @@ namespace {
 using simulator::ChannelStatus;
 using simulator::InputSignal;
 
-constexpr WORD NonAudioTag = 0x0092;
-
 // Card 0 sends to card 1.
 class SentStatusTest : public SheetTest {
 protected:
@@ -30,10 +28,10 @@ TEST_F(SentStatusTest, SettingsAndKindOfData) {
     } cases[] = {
         {1, 0, 0, 0, WAVE_FORMAT_PCM, {true, false, false, false, 48000}, 0x00},
         {7, 4, 0, 2, WAVE_FORMAT_PCM, {true, true, false, true, 48000}, 0x00},  // any value but 0 is a yes
-        {1, 0, 0, 1, NonAudioTag, {true, true, false, true, 48000}, 0x00},
+        {1, 0, 0, 1, WAVE_FORMAT_DOLBY_AC3_SPDIF, {true, true, false, true, 48000}, 0x00},
         {0, 0, 0, 0, WAVE_FORMAT_PCM, {false, false, true, false, 48000}, 0x81},
         {0, 0, 1, 1, WAVE_FORMAT_PCM, {false, false, false, true, 48000}, 0x01},
-        {0, 0, 1, 1, NonAudioTag, {false, true, false, false, 48000}, 0x01},
+        {0, 0, 1, 1, WAVE_FORMAT_DOLBY_AC3_SPDIF, {false, true, false, false, 48000}, 0x01},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(&test - cases);

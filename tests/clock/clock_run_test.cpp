@@ -12,7 +12,8 @@ const Lines KeepInternalClock = {
     "write card 9 = 02 / 02", "write card 9 = 01 / 01", "READ_CLOCK_FAULT", "read card 32", "stall 227",
     "READ_CLOCK_FAULT"};
 const Lines Port16BitStereo = {"write port 0 = 40 / C0", "write port 0 = 00 / 20"};
-const Lines StatusRate44100 = StatusRate("41", "00");
+const Lines Professional = {"write card 25 = 02 / 02"};
+const Lines StatusRate44100 = Professional + StatusRate(0x41, 0);
 
 const Lines DriveLink = {"write card 32 = 10 / 10"};
 const Lines ReadClock = {"read card 32"};
@@ -30,17 +31,16 @@ TEST_F(OneCardClock, EveryRateHasItsOwnCodeStatusAndWaits) {
         const char* Code;
         const char* Speed;
         unsigned Settle, Lock, Plain, Resync;  // microseconds: 1052, 10, 28 and 4100 periods
-        const char* Status0;
-        const char* Status4;
+        unsigned Status0, Status4;
     } cases[] = {
-        {96000, "00", "08", 10959, 105, 292, 42709, "01", "10"},
-        {88200, "01", "08", 11928, 114, 318, 46486, "01", "50"},
-        {48000, "02", "00", 21917, 209, 584, 85417, "81", "00"},
-        {44100, "03", "00", 23855, 227, 635, 92971, "41", "00"},
-        {32000, "04", "00", 32876, 313, 876, 128126, "C1", "00"},
-        {22050, "05", "00", 47710, 454, 1270, 185942, "01", "48"},
-        {8000, "06", "00", 131501, 1251, 3501, 512501, "01", "00"},
-        {11025, "07", "00", 95420, 908, 2540, 371883, "01", "00"},
+        {96000, "00", "08", 10959, 105, 292, 42709, 0x01, 0x10},
+        {88200, "01", "08", 11928, 114, 318, 46486, 0x01, 0x50},
+        {48000, "02", "00", 21917, 209, 584, 85417, 0x81, 0x00},
+        {44100, "03", "00", 23855, 227, 635, 92971, 0x41, 0x00},
+        {32000, "04", "00", 32876, 313, 876, 128126, 0xC1, 0x00},
+        {22050, "05", "00", 47710, 454, 1270, 185942, 0x01, 0x48},
+        {8000, "06", "00", 131501, 1251, 3501, 512501, 0x01, 0x00},
+        {11025, "07", "00", 95420, 908, 2540, 371883, 0x01, 0x00},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.Rate);
@@ -56,7 +56,7 @@ TEST_F(OneCardClock, EveryRateHasItsOwnCodeStatusAndWaits) {
                 .Step(0, HoldCard)
                 .Pass(Wait(c.Settle))
                 .Step(0, ReadClock + rate + speed + lock)
-                .Step(0, resync + StatusRate(c.Status0, c.Status4))
+                .Step(0, resync + Professional + StatusRate(c.Status0, c.Status4))
                 .Pass(wait)
                 .Step(0, ReleaseCard)
                 .Pass(Wait(c.Settle))

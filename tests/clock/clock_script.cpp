@@ -1,6 +1,7 @@
 #include "tests/clock/clock_script.h"
 
 #include <algorithm>
+#include <cstdio>
 
 namespace {
 
@@ -83,21 +84,16 @@ Lines ResyncPulse() {
             "write card 17 = 00 / 80", "stall 1",  "write card 17 = 80 / 80"};
 }
 
-Lines StatusRate(const char* byte0, const char* byte4) {
-    const auto data = [](const char* byte) { return std::string("write card 26 = ") + byte + " / FF"; };
-    return {"write card 25 = 02 / 02",
-            "write card 27 = 00 / 0F",
-            "read card 26",
-            data(byte0),
-            "write card 27 = 02 / 0F",
-            "read card 26",
-            data("2C"),
-            "write card 27 = 03 / 0F",
-            "read card 26",
-            data("00"),
-            "write card 27 = 04 / 0F",
-            "read card 26",
-            data(byte4)};
+Lines StatusByte(unsigned index, unsigned byte) {
+    char select[32];
+    char write[32];
+    std::snprintf(select, sizeof select, "write card 27 = %02X / 0F", index);
+    std::snprintf(write, sizeof write, "write card 26 = %02X / FF", byte);
+    return {select, "read card 26", write};
+}
+
+Lines StatusRate(unsigned byte0, unsigned byte4) {
+    return StatusByte(0, byte0) + StatusByte(2, 0x2C) + StatusByte(3, 0) + StatusByte(4, byte4);
 }
 
 void ClockTest::Load() {

@@ -41,9 +41,10 @@ private:
 
 // The pulses that resynchronise a card.
 Lines ResyncPulse();
-// The rate in the channel status of the digital output, professional format: byte 0 as the card holds it
-// afterwards, byte 4.
-Lines StatusRate(const char* byte0, const char* byte4);
+// A byte of the digital output's channel status, as the card holds it afterwards.
+Lines StatusByte(unsigned index, unsigned byte);
+// Those of the rate, in professional format.
+Lines StatusRate(unsigned byte0, unsigned byte4);
 
 class ClockTest : public DriverTest {
 protected:

@@ -5,9 +5,7 @@ namespace {
 
 constexpr DWORD Rate = 44100;
 
-WaveFormat Stereo() {
-    return PcmFormat(Rate, 2, 16);
-}
+const WaveFormat Stereo = PcmFormat(Rate, 2, 16);
 
 class RecordingClockTest : public ClockTest {
 protected:
@@ -37,9 +35,9 @@ TEST_F(RecordingClockTest, AnybodyElseRunsOnTheCardsOwnClock) {
     Cards().SetDigitalInputRate(0, Rate);
     WavePlayer player;
     WaveRecorder digital;
-    WaveRecorder analog(AnalogIn, Stereo());
+    WaveRecorder analog(AnalogIn, Stereo);
     EXPECT_EQ(Source(0), Internal);
-    ASSERT_EQ(digital.Open(DigitalIn, Stereo()), MMSYSERR_NOERROR);
+    ASSERT_EQ(digital.Open(DigitalIn, Stereo), MMSYSERR_NOERROR);
     EXPECT_EQ(Source(0), Internal) << "it came second";
     FallAsleep();
     WakeUp();
@@ -47,8 +45,8 @@ TEST_F(RecordingClockTest, AnybodyElseRunsOnTheCardsOwnClock) {
     digital.Shut();
     EXPECT_TRUE(ReceiverIsOff());
     analog.Shut();
-    ASSERT_EQ(player.Open(0, Stereo()), MMSYSERR_NOERROR);
-    ASSERT_EQ(digital.Open(DigitalIn, Stereo()), MMSYSERR_NOERROR);
+    ASSERT_EQ(player.Open(0, Stereo), MMSYSERR_NOERROR);
+    ASSERT_EQ(digital.Open(DigitalIn, Stereo), MMSYSERR_NOERROR);
     EXPECT_EQ(Source(0), Internal) << "it is not alone";
     FallAsleep();
     WakeUp();
@@ -58,7 +56,7 @@ TEST_F(RecordingClockTest, AnybodyElseRunsOnTheCardsOwnClock) {
 TEST_F(RecordingClockTest, InAGroupNobodyIsAlone) {
     Follow(1, 0);
     Cards().SetDigitalInputRate(1, Rate);
-    WaveRecorder recorder(2 + DigitalIn, Stereo());
+    WaveRecorder recorder(2 + DigitalIn, Stereo);
     EXPECT_EQ(Source(0), Internal);
     EXPECT_EQ(Source(1), Link);
 }

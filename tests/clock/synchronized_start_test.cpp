@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <map>
 #include <optional>
-#include <thread>
 
-#include "simulator/requests/request_hold.h"
 #include "tests/clock/clock_script.h"
 
 namespace {
@@ -142,17 +140,6 @@ TEST_F(SynchronizedStartTest, WhoseTransferFailedStartsTogetherWhenItIsStartedAg
     EXPECT_EQ(StartFrame(0), StartFrame(1));
 }
 
-// It began before there were others.
-TEST_F(SynchronizedStartTest, WhoRanAloneGoesOnAloneAfterASleep) {
-    Open({0});
-    Start(0);
-    Open({1});
-    Stop(1);
-    FallAsleep();
-    WakeUp();
-    EXPECT_GT(GoesOn(0), 0);
-}
-
 // Card 1 follows card 0.
 class GroupStartTest : public StartTest {
 protected:
@@ -205,78 +192,43 @@ TEST_F(GroupStartTest, AWaitingRecordingIsNotForgotten) {
     EXPECT_TRUE(Started(4));
 }
 
-// --- over a sleep of the computer -----------------------------------------------------------------------
+// --- over a sleep of the computer; what comes in the middle of a wake-up is the interleavings' to try ------
 
 class StartOverASleepTest : public GroupStartTest {
 protected:
     StartOverASleepTest() { LockToPlayback(); }
 
-    // Acts before the wake-up that comes last takes its channel, or so many requests later. Another wake-up,
-    // just before, tells when that is.
-    void WakeWith(const std::function<void()>& act, unsigned later = 0) {
-        Cards().ClearTrace();
-        WakeUp();
-        const Lines lines = TraceText();
-        const auto last = std::find(lines.rbegin(), lines.rend(), "ACQUIRE_CHANNEL");
-        FallAsleep();
-        simulator::RequestHold hold(static_cast<unsigned>(lines.rend() - last) + later,
-                                    simulator::RequestHold::Where::Before);
-        std::thread waking([&hold] {
-            const simulator::RequestHold::Watch watch(hold);
-            WakeUp();
-        });
-        EXPECT_EQ(hold.AwaitHeldOrEnded(), simulator::RequestHold::State::Held);
-        act();
-        hold.LetGo();
-        waking.join();
-    }
-
     bool Moves(UINT stream) { return GoesOn(stream) > 0; }
 };
 
 TEST_F(StartOverASleepTest, WhoRanGoesOnWhateverBecomesOfTheOther) {
-    enum class When { Before, During, BetweenTheWakeUps };
     const std::function<void(UINT)> ends[] = {
         [this](UINT stream) { Stop(stream); },
         [this](UINT stream) { With(stream, [](auto& client) { client.Reset(); }); },
         [this](UINT stream) { Shut(stream); }};
     for (const auto& [other, stream] :
          {std::pair{0u, 1u}, {1u, 0u}, {2u, 0u}, {4u, 5u}, {4u, 0u}, {0u, 4u}}) {
-        for (const When when : {When::Before, When::During, When::BetweenTheWakeUps}) {
+        for (const bool asleep : {false, true}) {
             for (const auto& end : ends) {
-                SCOPED_TRACE(testing::Message() << other << " ends, " << stream << " goes on, "
-                                                << static_cast<int>(when) << ", " << &end - ends);
+                SCOPED_TRACE(testing::Message() << other << " ends, " << stream << " goes on, " << asleep
+                                                << ", " << &end - ends);
                 Open({stream, other});
                 Start(stream);
                 Start(other);
-                if (when == When::Before) {
+                if (!asleep) {
                     end(other);
                 }
                 FallAsleep();
-                if (when == When::During) {
+                if (asleep) {
                     end(other);
                 }
-                if (when == When::BetweenTheWakeUps) {
-                    WakeWith([&end, who = other] { end(who); });
-                } else {
-                    WakeUp();
-                }
+                WakeUp();
                 EXPECT_TRUE(Moves(stream));
                 Shut(stream);
                 Shut(other);
             }
         }
     }
-}
-
-// The first one, which was opened last, is awake and waits for it.
-TEST_F(StartOverASleepTest, WhoIsStoppedInItsWakeUpIsNotWaitedFor) {
-    Open({1, 0});
-    Start(0);
-    Start(1);
-    FallAsleep();
-    WakeWith([this] { Stop(1); }, 3);  // not in the middle of a step that a stop waits for
-    EXPECT_TRUE(Moves(0));
 }
 
 TEST_F(StartOverASleepTest, WhoWaitedBeforeItWaitsAfterIt) {

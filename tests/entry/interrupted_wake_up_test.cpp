@@ -1,13 +1,13 @@
 // What another thread does in the middle of a wake-up.
 #include <algorithm>
+#include <chrono>
+#include <future>
 
 #include "simulator/requests/request_hold.h"
-#include "tests/interleaving/worker.h"
 #include "tests/support/driver_test.h"
 
 namespace {
 
-using interleaving::Worker;
 using simulator::RequestHold;
 using simulator::TraceEntry;
 
@@ -29,18 +29,16 @@ protected:
         ASSERT_NE(after, trace.begin());
         FallAsleep();
         RequestHold hold(static_cast<unsigned>(after - trace.begin()), RequestHold::Where::Before);
-        Worker waking;
-        waking.Begin([&hold] {
+        const auto waking = std::async(std::launch::async, [&hold] {
             const RequestHold::Watch watch(hold);
             WakeUp();
         });
         EXPECT_EQ(hold.AwaitHeldOrEnded(), RequestHold::State::Held);
-        Worker acting;
-        acting.Begin(act);
-        acting.AwaitDoneOrWaiting();
+        const auto acting = std::async(std::launch::async, act);
+        acting.wait_for(std::chrono::milliseconds(100));
         hold.LetGo();
-        acting.Await();
-        waking.Await();
+        acting.wait();
+        waking.wait();
     }
 };
 

@@ -45,11 +45,6 @@ ChannelState ChannelOf(const StreamPlan& plan) {
     return Machine().Cards[plan.Card].Channels[plan.Channel()];
 }
 
-unsigned OwnGain(const StreamPlan& plan) {
-    const MachineGuard guard;
-    return Machine().Cards[plan.Card].MixerFile[GainsOfOutput[plan.Port][plan.Port]];
-}
-
 std::string DescribeCards(const Setting& setting, bool buffers) {
     const MachineGuard guard;
     std::string text;

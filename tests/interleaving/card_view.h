@@ -9,7 +9,6 @@
 namespace interleaving {
 
 simulator::ChannelState ChannelOf(const StreamPlan& plan);
-unsigned OwnGain(const StreamPlan& plan);  // of an output, into its own connector
 
 // For each stream: whether its channel is started, armed and held, at which rate and gains, and with
 // `buffers` how many it has. Nothing that depends on when it is asked, and nothing of ports that nobody has

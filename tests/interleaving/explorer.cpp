@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <map>
 
 #include "tests/reliability/tally.h"
 
@@ -109,26 +108,13 @@ void Explorer::Prepare(const Script& script, const std::string& recipe) {
 
 // The messages of all acts one after the other, in every order that keeps those of an act in theirs. The
 // first order is that of the script.
-std::vector<std::vector<Explorer::SingleMessage>> Explorer::Orders(const Script& script) {
-    std::vector<size_t> order;
+std::vector<std::string> Explorer::SerialOutcomes(const Script& script, unsigned* requests) {
+    std::vector<size_t> order;  // for each message its act
     for (size_t i = 0; i < script.Acts.size(); ++i) {
         order.insert(order.end(), PartsOf(script.Acts[i].What).size(), i);
     }
-    std::vector<std::vector<SingleMessage>> all;
-    do {
-        std::vector<SingleMessage> messages;
-        std::map<size_t, size_t> sent;
-        for (const size_t act : order) {
-            messages.push_back({act, PartsOf(script.Acts[act].What)[sent[act]++]});
-        }
-        all.push_back(messages);
-    } while (std::next_permutation(order.begin(), order.end()));
-    return all;
-}
-
-std::vector<std::string> Explorer::SerialOutcomes(const Script& script, unsigned* requests) {
     std::vector<std::string> outcomes;
-    for (const std::vector<SingleMessage>& order : Orders(script)) {
+    do {
         const std::string recipe =
             Recipe(script, outcomes.empty() ? ", one after the other" : ", in another order");
         Prepare(script, recipe);
@@ -136,7 +122,7 @@ std::vector<std::string> Explorer::SerialOutcomes(const Script& script, unsigned
         if (!Verdict(recipe, outcomes.back(), outcomes)) {
             return {};
         }
-    }
+    } while (std::next_permutation(order.begin(), order.end()));
     return outcomes;
 }
 
@@ -158,12 +144,14 @@ void Explorer::Begin(const Script& script, size_t act, Message message, HoldPoin
         .Do<&Side::Begin>(act, message, script.Acts[act].Stream, point.Nth, point.After, point.InCallback);
 }
 
-std::vector<int64_t> Explorer::SendInTurn(const Script& script, const std::vector<SingleMessage>& order,
+std::vector<int64_t> Explorer::SendInTurn(const Script& script, const std::vector<size_t>& order,
                                           unsigned* requests) {
     std::vector<int64_t> answers(script.Acts.size());
+    std::vector<size_t> sent(script.Acts.size());
     unsigned counted = 0;
     bool first = true;
-    for (const auto& [act, message] : order) {
+    for (const size_t act : order) {
+        const Message message = PartsOf(script.Acts[act].What)[sent[act]++];
         Begin(script, act, message, {.InCallback = std::exchange(first, false) && script.InCallback == act});
         answers[act] = SideOf(script, act).Do<&Side::Await>(act);
         if (act == 0) {

@@ -38,20 +38,13 @@ public:
     void Explore(const Script& script);
 
 private:
-    // One of the messages that an act consists of.
-    struct SingleMessage {
-        size_t Act;
-        Message What;
-    };
-    static std::vector<std::vector<SingleMessage>> Orders(const Script& script);
-
     void Prepare(const Script& script, const std::string& recipe);
     std::string Recipe(const Script& script, const std::string& place) const;
     std::vector<std::string> SerialOutcomes(const Script& script, unsigned* requests);
     void RunHeld(const Script& script, const HoldPoint& point, const std::vector<std::string>& serial);
 
     void Begin(const Script& script, size_t act, Message message, HoldPoint point);
-    std::vector<int64_t> SendInTurn(const Script& script, const std::vector<SingleMessage>& order,
+    std::vector<int64_t> SendInTurn(const Script& script, const std::vector<size_t>& order,
                                     unsigned* requests);
     std::vector<int64_t> SendHeld(const Script& script, const HoldPoint& point, bool* met);
     std::string Outcome(const Script& script, const std::vector<int64_t>& answers);

@@ -54,11 +54,11 @@ void Scene::Join() {
 }
 
 bool Scene::Leave() {
-    int64_t left = NothingLeft;
+    bool nothingLeft = true;
     for (Line& side : sides_) {
-        left |= side.Do<&Side::Leave>();
+        nothingLeft &= side.Do<&Side::Leave>() != 0;
     }
-    return left == NothingLeft;
+    return nothingLeft;
 }
 
 // A program sees by itself how far the clock has been moved by another.
@@ -144,7 +144,7 @@ std::string Scene::Outcome(Start from, const std::vector<Act>& acts) {
     bool softReset = false;
     for (const Act& act : acts) {
         softReset |= act.What == Message::SoftReset;
-        if (act.What == Message::Free && sides_[act.Program].Do<&Side::Reload>() != NothingLeft) {
+        if (act.What == Message::Free && sides_[act.Program].Do<&Side::Reload>() == 0) {
             Fault("the driver left something behind when it was let go");
         }
     }
@@ -158,9 +158,9 @@ std::string Scene::Outcome(Start from, const std::vector<Act>& acts) {
         Fault("what was started during the sleep began apart after it");
     }
     ExpectUndisturbed(from, acts);
-    ExpectRestart();
+    ExpectStart(false);
     ExpectAllBack();
-    ExpectFreshStart();
+    ExpectStart(true);
     ExpectEnd();
     ExpectAnotherRate();
     return outcome;
@@ -188,22 +188,14 @@ std::string Scene::Snapshot(bool buffers) {
     return firstFrames.size() > 1 ? text + BeganApart : text;
 }
 
-// Whether a stream of that program has been suspended.
-bool Scene::HasReleased(unsigned program) {
-    for (unsigned stream = 0; stream < StreamCount(); ++stream) {
-        const StreamPlan& plan = setting_.Streams[stream];
-        if (plan.Program == program && IsOpen(stream) && !ChannelOf(plan).Acquired) {
-            return true;
-        }
-    }
-    return false;
-}
-
 // A sleep that has begun for one program comes to all, and so does its end; a soft reset is followed by one.
 std::string Scene::WakeUp(Start from, bool softReset, bool buffers) {
-    std::vector<bool> released;
-    for (unsigned program = 0; program < sides_.size(); ++program) {
-        released.push_back(HasReleased(program));
+    std::vector<bool> released(sides_.size());  // programs with a stream that has been suspended
+    for (unsigned stream = 0; stream < StreamCount(); ++stream) {
+        const StreamPlan& plan = setting_.Streams[stream];
+        if (IsOpen(stream) && !ChannelOf(plan).Acquired) {
+            released[plan.Program] = true;
+        }
     }
     const bool nobody = std::find(released.begin(), released.end(), true) == released.end();
     if (nobody && !softReset) {
@@ -226,19 +218,6 @@ std::string Scene::WakeUp(Start from, bool softReset, bool buffers) {
     return "\n    woken up:" + Snapshot(buffers);
 }
 
-// Answers the frames that each moves then.
-std::vector<uint64_t> Scene::StartAll(bool handMore) {
-    for (unsigned stream = 0; stream < StreamCount(); ++stream) {
-        if (IsOpen(stream)) {
-            if (handMore || OwnerOf(stream).Do<&Side::Away>(stream) == 0) {
-                Hand(stream);
-            }
-            Send(Message::Start, stream);
-        }
-    }
-    return MovedIn(Moment);
-}
-
 // Whatever becomes of the others of its clock.
 void Scene::ExpectUndisturbed(Start from, const std::vector<Act>& acts) {
     const std::vector<uint64_t> moved = MovedIn(Moment);
@@ -251,15 +230,27 @@ void Scene::ExpectUndisturbed(Start from, const std::vector<Act>& acts) {
     }
 }
 
-void Scene::ExpectRestart() {
-    const std::vector<uint64_t> moved = StartAll(false);
+void Scene::ExpectStart(bool afresh) {
     for (unsigned stream = 0; stream < StreamCount(); ++stream) {
-        if (IsOpen(stream) && moved[stream] == 0) {
-            Fault(stream, "is silent, though all have been started");
+        if (IsOpen(stream)) {
+            if (afresh || OwnerOf(stream).Do<&Side::Away>(stream) == 0) {
+                Hand(stream);
+            }
+            Send(Message::Start, stream);
         }
-        if (IsOpen(stream) && setting_.Streams[stream].Output && OwnGain(setting_.Streams[stream]) == 0) {
-            Fault(stream, "plays with a gain of 0");
+    }
+    const std::vector<uint64_t> moved = MovedIn(Moment);
+    std::set<uint64_t> counts;
+    for (unsigned stream = 0; stream < StreamCount(); ++stream) {
+        if (IsOpen(stream)) {
+            counts.insert(moved[stream]);
+            if (moved[stream] == 0) {
+                Fault(stream, "is silent, though all have been started");
+            }
         }
+    }
+    if (afresh && counts.size() > 1) {
+        Fault("the streams do not start on one frame after a reset");
     }
 }
 
@@ -274,19 +265,6 @@ void Scene::ExpectAllBack() {
         if (const int64_t away = OwnerOf(stream).Do<&Side::Away>(stream); away != 0) {
             Fault(stream, "has kept " + std::to_string(away) + " headers over a reset");
         }
-    }
-}
-
-void Scene::ExpectFreshStart() {
-    const std::vector<uint64_t> moved = StartAll(true);
-    std::set<uint64_t> counts;
-    for (unsigned stream = 0; stream < StreamCount(); ++stream) {
-        if (IsOpen(stream)) {
-            counts.insert(moved[stream]);
-        }
-    }
-    if (counts.contains(0) || counts.size() > 1) {
-        Fault("the streams do not start on one frame after a reset");
     }
 }
 
@@ -307,12 +285,8 @@ void Scene::ExpectEnd() {
         }
     }
     for (Line& side : sides_) {
-        const int64_t left = side.Do<&Side::Leftovers>();
-        if ((left & FilesOpen) != 0) {
-            Fault("device files are left open");
-        }
-        if ((left & MemoryOrHandles) != 0) {
-            Fault("memory, handles or threads are left");
+        if (side.Do<&Side::HasNothingLeft>() == 0) {
+            Fault("device files, memory, handles or threads are left");
         }
     }
 }

@@ -34,11 +34,9 @@ private:
     void PrepareStream(unsigned stream, Start from);
     std::string Snapshot(bool buffers);
     std::string WakeUp(Start from, bool softReset, bool buffers);
-    std::vector<uint64_t> StartAll(bool handMore);
     void ExpectUndisturbed(Start from, const std::vector<Act>& acts);
-    void ExpectRestart();
+    void ExpectStart(bool afresh);  // of all that are open; afresh, after a reset, on one frame
     void ExpectAllBack();
-    void ExpectFreshStart();
     void ExpectEnd();
     void ExpectAnotherRate();
 
@@ -47,7 +45,6 @@ private:
         Fault("stream " + std::to_string(stream) + " " + what);
     }
     std::vector<uint64_t> MovedIn(int64_t microseconds);
-    bool HasReleased(unsigned program);
     unsigned StreamCount() const { return static_cast<unsigned>(setting_.Streams.size()); }
     Line& OwnerOf(unsigned stream) { return sides_[setting_.Streams[stream].Program]; }
     bool IsOpen(unsigned stream) { return OwnerOf(stream).Do<&Side::IsOpen>(stream) != 0; }

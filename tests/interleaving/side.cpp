@@ -1,5 +1,14 @@
 #include "tests/interleaving/side.h"
 
+#include <chrono>
+
+#ifndef _WIN32
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#endif
+
 #include "tests/simulator/card_file.h"
 #include "tests/support/driver_test.h"
 
@@ -10,9 +19,30 @@ using simulator::RequestHold;
 
 constexpr int64_t NextHeader = 20000000;  // microseconds, within which it comes back
 
+constexpr std::chrono::microseconds BetweenLooks(150);
+constexpr unsigned QuietLooks = 6;  // in a row, after which a thread is taken to wait
+constexpr unsigned MostLooks = 400;
+
+// Whether another thread runs, or would if it had a processor. Windows does not say.
+bool AnyoneRuns() {
+#ifndef _WIN32
+    const std::string self = std::to_string(gettid());
+    std::error_code ended;
+    for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task", ended)) {
+        std::string line;
+        std::getline(std::ifstream(thread.path() / "stat"), line);
+        const size_t name = line.rfind(')');
+        if (thread.path().filename() != self && name != std::string::npos && line[name + 2] == 'R') {
+            return true;
+        }
+    }
+#endif
+    return false;
+}
+
 }  // namespace
 
-int64_t Side::Join(bool shared) {
+void Side::Join(bool shared) {
     if (!shared) {
         test_system::FreshMachine();
     }
@@ -27,7 +57,6 @@ int64_t Side::Join(bool shared) {
     }
     unloaded_ = test_system::Usage();
     Load();
-    return 0;
 }
 
 void Side::Load() {
@@ -36,37 +65,35 @@ void Side::Load() {
     freed_ = false;
 }
 
-int64_t Side::Unload() {
+bool Side::Unload() {
     for (const auto& stream : streams_) {
         stream->Forget();
     }
     driver_.reset();
-    return LeftoversOver(unloaded_);
+    return IsBackTo(unloaded_);
 }
 
-int64_t Side::Leave() {
-    const int64_t left = Unload();
+bool Side::Leave() {
+    const bool nothingLeft = Unload();
     cards_.reset();
-    return left;
+    return nothingLeft;
 }
 
-int64_t Side::Reload() {
-    const int64_t left = Unload();
+bool Side::Reload() {
+    const bool nothingLeft = Unload();
     Load();
-    return left;
+    return nothingLeft;
 }
 
-int64_t Side::LeftoversOver(const std::string& usage) {
-    return (cards_->OpenFiles() != 0 ? FilesOpen : NothingLeft) +
-           (test_system::UsageComesTo(usage) ? NothingLeft : MemoryOrHandles);
+bool Side::IsBackTo(const std::string& usage) {
+    return cards_->OpenFiles() == 0 && test_system::UsageComesTo(usage);
 }
 
-int64_t Side::Renew() {
+void Side::Renew() {
     streams_.clear();
     for (const StreamPlan& plan : setting_.Streams) {
         streams_.push_back(std::make_unique<Stream>(*driver_, plan));
     }
-    return 0;
 }
 
 int64_t Side::Send(Message message, unsigned stream) {
@@ -97,8 +124,8 @@ int64_t Side::Free() {
     return answer;
 }
 
-int64_t Side::Begin(unsigned thread, Message message, unsigned stream, unsigned nth, bool after,
-                    bool inCallback) {
+void Side::Begin(unsigned thread, Message message, unsigned stream, unsigned nth, bool after,
+                 bool inCallback) {
     Actor& actor = actors_[thread];
     actor.Hold.emplace(nth, after ? RequestHold::Where::After : RequestHold::Where::Before);
     const auto act = [this, &actor, message, stream] {
@@ -106,8 +133,8 @@ int64_t Side::Begin(unsigned thread, Message message, unsigned stream, unsigned 
         actor.Answer = Send(message, stream);
     };
     if (!inCallback) {
-        actor.Thread.Begin(act);
-        return 0;
+        actor.Thread = std::async(std::launch::async, act);
+        return;
     }
     // By whoever comes first: there is no callback when the stream does not run any more.
     const auto once = [act, sent = std::make_shared<std::atomic<bool>>(false)] {
@@ -116,50 +143,44 @@ int64_t Side::Begin(unsigned thread, Message message, unsigned stream, unsigned 
         }
     };
     streams_[0]->OnNextDone(once);
-    actor.Thread.Begin([this, once] {
+    actor.Thread = std::async(std::launch::async, [this, once] {
         cards_->AdvanceToNextCompletion(NextHeader);
         once();
     });
-    return 0;
 }
 
-int64_t Side::AwaitHeld(unsigned thread) {
-    return actors_[thread].Hold->AwaitHeldOrEnded() == RequestHold::State::Held ? 1 : 0;
+bool Side::AwaitHeld(unsigned thread) {
+    return actors_[thread].Hold->AwaitHeldOrEnded() == RequestHold::State::Held;
 }
 
-int64_t Side::LetGo(unsigned thread) {
-    actors_[thread].Hold->LetGo();
-    return 0;
-}
-
-int64_t Side::AwaitDoneOrWaiting(unsigned thread) {
-    return actors_[thread].Thread.AwaitDoneOrWaiting() ? 1 : 0;
+bool Side::AwaitDoneOrWaiting(unsigned thread) {
+    unsigned quiet = 0;
+    for (unsigned look = 0; look < MostLooks && quiet < QuietLooks; ++look) {
+        if (actors_[thread].Thread.wait_for(BetweenLooks) == std::future_status::ready) {
+            return true;
+        }
+        quiet = AnyoneRuns() ? 0 : quiet + 1;
+    }
+    return false;
 }
 
 int64_t Side::Await(unsigned thread) {
-    actors_[thread].Thread.Await();
+    actors_[thread].Thread.wait();
     actors_[thread].Hold->AwaitHeldOrEnded();
     return actors_[thread].Answer;
 }
 
-int64_t Side::Advance(int64_t microseconds) {
-    cards_->Advance(microseconds);
-    return 0;
-}
-
-int64_t Side::PowerCycle() {
+void Side::PowerCycle() {
     for (unsigned card = 0; card < setting_.Cards; ++card) {
         cards_->PowerCycle(card);
     }
-    return 0;
 }
 
-int64_t Side::Elsewhere(bool held) {
+void Side::Elsewhere(bool held) {
     elsewhere_.reset();
     if (held) {
         elsewhere_.emplace();
     }
-    return 0;
 }
 
 // A companion is a fork of the test, so an action is where it is there.

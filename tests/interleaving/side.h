@@ -4,9 +4,11 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <future>
 #include <memory>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -14,12 +16,9 @@
 #include "simulator/simulator.h"
 #include "tests/interleaving/message.h"
 #include "tests/interleaving/stream.h"
-#include "tests/interleaving/worker.h"
 #include "tests/processes/companion.h"
 
 namespace interleaving {
-
-enum Leftover : int64_t { NothingLeft = 0, FilesOpen = 1, MemoryOrHandles = 2 };
 
 // Where an act is held.
 struct HoldPoint {
@@ -28,49 +27,51 @@ struct HoldPoint {
     bool InCallback = false;  // the act is done by the client's callback for the stream's next header
 };
 
-// The steps. Each answers a number; those that tell of nothing answer 0.
+// The steps. What they take and answer are numbers.
 class Side {
 public:
     explicit Side(const Setting& setting) : setting_(setting) {}
 
-    int64_t Join(bool shared);  // the cards, and the driver loaded; on a machine of other programs, too
-    int64_t Leave();            // unloads; answers what was left behind
-    int64_t Reload();           // after DRV_FREE: Leave, and the driver loaded anew
-    int64_t Renew();            // the streams are as if they had never been
+    void Join(bool shared);  // the cards, and the driver loaded; on a machine of other programs, too
+    bool Leave();            // unloads; whether nothing was left behind
+    bool Reload();           // after DRV_FREE: Leave, and the driver loaded anew
+    void Renew();            // the streams are as if they had never been
     int64_t Send(Message message, unsigned stream);
-    int64_t Open(unsigned stream, DWORD rate) { return streams_[stream]->Open(rate); }
-    int64_t Hand(unsigned stream, DWORD length, DWORD flags, DWORD loops) {
+    MMRESULT Open(unsigned stream, DWORD rate) { return streams_[stream]->Open(rate); }
+    MMRESULT Hand(unsigned stream, DWORD length, DWORD flags, DWORD loops) {
         return streams_[stream]->Write(length, flags, loops);
     }
 
     // An act, on a thread of its own.
-    int64_t Begin(unsigned thread, Message message, unsigned stream, unsigned nth, bool after,
-                  bool inCallback);
-    int64_t AwaitHeld(unsigned thread);                                             // 1 held, 0 it has ended
-    int64_t LetGo(unsigned thread);                                                 // ... that is held
-    int64_t AwaitDoneOrWaiting(unsigned thread);                                    // 1 done, 0 waiting
-    int64_t Await(unsigned thread);                                                 // its answer
-    int64_t Requests(unsigned thread) { return actors_[thread].Hold->Requests(); }  // that it made
+    void Begin(unsigned thread, Message message, unsigned stream, unsigned nth, bool after, bool inCallback);
+    bool AwaitHeld(unsigned thread);  // false: the thread has ended
+    void LetGo(unsigned thread) { actors_[thread].Hold->LetGo(); }
+    // True when the act is done, false when no thread of the process has had anything to do for a while, or
+    // one looks again and again for something that does not come. A thread that is judged wrongly goes on all
+    // the same: the next step only comes a little early.
+    bool AwaitDoneOrWaiting(unsigned thread);
+    int64_t Await(unsigned thread);                                                  // its answer
+    unsigned Requests(unsigned thread) { return actors_[thread].Hold->Requests(); }  // that it made
 
-    int64_t IsOpen(unsigned stream) { return streams_[stream]->IsOpen() ? 1 : 0; }
-    int64_t Away(unsigned stream) { return streams_[stream]->Away(); }                // headers
-    int64_t Misreturned(unsigned stream) { return streams_[stream]->Misreturned(); }  // headers
-    int64_t Advance(int64_t microseconds);
-    int64_t PowerCycle();  // every card, as the computer sleeps
-    int64_t Leftovers() { return LeftoversOver(loaded_); }
-    int64_t Elsewhere(bool held);  // whether a thread of another program is held
+    bool IsOpen(unsigned stream) { return streams_[stream]->IsOpen(); }
+    unsigned Away(unsigned stream) { return streams_[stream]->Away(); }                // headers
+    unsigned Misreturned(unsigned stream) { return streams_[stream]->Misreturned(); }  // headers
+    void Advance(int64_t microseconds) { cards_->Advance(microseconds); }
+    void PowerCycle();  // every card, as the computer sleeps
+    bool HasNothingLeft() { return IsBackTo(loaded_); }
+    void Elsewhere(bool held);  // whether a thread of another program is held
 
 private:
     // A thread, and the act that is under way on it.
     struct Actor {
         std::optional<simulator::RequestHold> Hold;
         std::atomic<int64_t> Answer = 0;
-        Worker Thread;
+        std::future<void> Thread;
     };
 
     void Load();
-    int64_t Unload();
-    int64_t LeftoversOver(const std::string& usage);
+    bool Unload();
+    bool IsBackTo(const std::string& usage);
     int64_t Free();
 
     const Setting setting_;
@@ -84,7 +85,7 @@ private:
     std::array<Actor, 3> actors_;
 };
 
-// The way to a side: line.Do<&Side::Open>(stream, rate).
+// The way to a side: line.Do<&Side::Open>(stream, rate). A step without an answer answers 0.
 class Line {
 public:
     explicit Line(Side& here) : side_(&here) {}
@@ -106,12 +107,17 @@ private:
     static int64_t Call(Side& side, const Numbers& arguments) {
         return Apply(side, Step, arguments);
     }
-    template <typename... Parameters>
-    static int64_t Apply(Side& side, int64_t (Side::*step)(Parameters...), const Numbers& arguments) {
+    template <typename Result, typename... Parameters>
+    static int64_t Apply(Side& side, Result (Side::*step)(Parameters...), const Numbers& arguments) {
         const auto run = [&]<size_t... Places>(std::index_sequence<Places...>) {
             return (side.*step)(static_cast<Parameters>(arguments[Places])...);
         };
-        return run(std::index_sequence_for<Parameters...>());
+        if constexpr (std::is_void_v<Result>) {
+            run(std::index_sequence_for<Parameters...>());
+            return 0;
+        } else {
+            return static_cast<int64_t>(run(std::index_sequence_for<Parameters...>()));
+        }
     }
     int64_t Run(Action action, const Numbers& arguments);
 

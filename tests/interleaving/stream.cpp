@@ -7,11 +7,8 @@
 namespace interleaving {
 namespace {
 
-// What is played is of no interest: all headers of outputs share one piece of memory.
-char* Sound() {
-    static auto* const sound = new std::vector<char>(Stream::LongHeader);
-    return sound->data();
-}
+// What is played is of no interest: all headers of outputs share it.
+alignas(4) char sound[Stream::LongHeader];
 
 }  // namespace
 
@@ -97,7 +94,7 @@ MMRESULT Stream::Write(DWORD length, DWORD flags, DWORD loops) {
         header->Away = 1;
     }
     header->Wave = {};
-    header->Wave.lpData = plan_.Output ? Sound() : recorded_.get();
+    header->Wave.lpData = plan_.Output ? sound : recorded_.get();
     header->Wave.dwBufferLength = length;
     header->Wave.dwUser = reinterpret_cast<DWORD_PTR>(header);
     header->Wave.dwFlags = WHDR_PREPARED | flags;

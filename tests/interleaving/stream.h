@@ -21,8 +21,6 @@ inline constexpr DWORD OtherRate = 96000;
 class Stream {
 public:
     Stream(const DriverLibrary& driver, const StreamPlan& plan);
-    Stream(const Stream&) = delete;
-    Stream& operator=(const Stream&) = delete;
 
     bool IsOpen() const { return user_ != 0; }
 

@@ -37,8 +37,6 @@ class Program {
 public:
     explicit Program(unsigned cards = 0);
     ~Program();
-    Program(const Program&) = delete;
-    Program& operator=(const Program&) = delete;
 
     simulator::Simulator Cards;
 };
@@ -54,8 +52,6 @@ public:
     explicit Companion(Script script);
     // The companion has come to the end of its script, or a failure is noted.
     ~Companion();
-    Companion(const Companion&) = delete;
-    Companion& operator=(const Companion&) = delete;
 
     void Tell(int64_t number);
     int64_t Hear();  // Gone when there is nobody to tell anything any more

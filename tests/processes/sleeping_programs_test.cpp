@@ -12,9 +12,7 @@ const WaveFormat Format = PcmFormat(Rate, 2, 16);
 // What a companion is asked besides power events.
 constexpr int64_t HowFar = 100;
 
-std::vector<BYTE> Sound() {
-    return std::vector<BYTE>(Rate * 4 * 3);
-}
+const std::vector<BYTE> Silence(Rate * 4 * 3);  // three seconds
 
 void SendPower(LPARAM event) {
     DriverLibrary().DriverProc(DRV_POWER, event);
@@ -27,7 +25,7 @@ void OtherProgram(Companion& test) {
     WavePlayer player;
     test.Tell(player.Open(device, Format));
     test.Tell(waveOutSetVolume(player.Handle(), 0x2000));
-    test.Tell(player.Write(Sound()));
+    test.Tell(player.Write(Silence));
     for (int64_t word = test.Hear(); word != Companion::Gone; word = test.Hear()) {
         if (word == HowFar) {
             const auto port = device % 2 == 0 ? Port::Analog : Port::Digital;
@@ -65,7 +63,7 @@ TEST_P(SleepingProgramsTest, GoOnAtTheirRatesAndGains) {
     ASSERT_EQ(other.Hear(), NoError);
     ASSERT_EQ(other.Hear(), NoError);
     ASSERT_EQ(other.Hear(), NoError);
-    ASSERT_EQ(player.Write(Sound()), MMSYSERR_NOERROR);
+    ASSERT_EQ(player.Write(Silence), MMSYSERR_NOERROR);
 
     const auto otherPower = [&other](LPARAM event) { EXPECT_EQ(other.Ask(event), 0); };
     const auto wake = [&](bool othersTurn) {

@@ -188,14 +188,13 @@ TEST_P(EveryCallTest, FailsOnce) {
     }
 }
 
-constexpr auto Number = [](const auto& told) { return std::to_string(told.index); };
 const auto All = testing::ValuesIn(Stories().begin(), Stories().end());
 const auto EachPiece = testing::Range(0u, Pieces);
+const auto EachCall = testing::Range(0u, unsigned{std::size(Calls)});
 
-INSTANTIATE_TEST_SUITE_P(Each, EveryRequestTest, testing::Combine(All, EachPiece), Number);
+INSTANTIATE_TEST_SUITE_P(Each, EveryRequestTest, testing::Combine(All, EachPiece));
 INSTANTIATE_TEST_SUITE_P(Each, DiscoveryFailureTest,
-                         testing::Combine(testing::Values(Stories().front()), EachPiece), Number);
-INSTANTIATE_TEST_SUITE_P(Each, EveryCallTest,
-                         testing::Combine(All, testing::Range(0u, unsigned{std::size(Calls)})), Number);
+                         testing::Combine(testing::Values(Stories().front()), EachPiece));
+INSTANTIATE_TEST_SUITE_P(Each, EveryCallTest, testing::Combine(All, EachCall));
 
 }  // namespace

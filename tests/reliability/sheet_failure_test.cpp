@@ -69,8 +69,7 @@ protected:
     ~SheetFailureTest() override { tally::Add(tally::Faults, faults_); }
 
     void SetUp() override {
-        StoreText(0, TEXT("Name"), u"A");
-        StoreText(1, TEXT("Name"), u"B");
+        NameCards();
         StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
         Library();
         if (visit_.Playing) {
@@ -98,13 +97,18 @@ protected:
     // What is stored, and what the card plays at.
     std::string State() {
         std::string state = std::to_string(Cards().MixerGain(0, PlaybackGain));
+        const auto append = [&state](const std::u16string& key, const std::u16string& name) {
+            const auto value = ReadRegistry(key, name);
+            state += " " + testing::PrintToString(name) + "=";
+            state += value ? testing::PrintToString(value->Bytes) : "";
+        };
         for (unsigned card = 0; card < CardCount; ++card) {
             for (const char16_t* name :
                  {u"Name", u"Professional", u"CheckClocks", u"Monitor", u"ClockSource", u"Master"}) {
-                Append(state, ConfigKey(card), name);
+                append(ConfigKey(card), name);
             }
         }
-        Append(state, CommonKey, u"AsioBufferSize");
+        append(CommonKey, u"AsioBufferSize");
         return state;
     }
 
@@ -126,13 +130,6 @@ protected:
     unsigned faults_ = 0;
 
 private:
-    static void Append(std::string& state, const std::u16string& key, const std::u16string& name) {
-        state += " " + testing::PrintToString(name) + "=";
-        if (const auto value = ReadRegistry(key, name)) {
-            state += testing::PrintToString(value->Bytes);
-        }
-    }
-
     std::string wanted_[2];  // for each choice
     std::string usage_;
 };

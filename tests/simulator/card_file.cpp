@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 namespace simulator_tests {
 
 using namespace simulator;
@@ -18,12 +16,9 @@ std::span<const uint8_t> BytesOf(const T& value) {
 }  // namespace
 
 CardFile::CardFile(unsigned card) {
-    std::u16string path = u"\\\\.\\Kestrelvox";
-    for (const char digit : std::to_string(card)) {
-        path.push_back(static_cast<char16_t>(digit));
-    }
-    handle_ = CreateFileW(reinterpret_cast<const WCHAR*>(path.c_str()), 0, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                          nullptr, OPEN_EXISTING, 0, nullptr);
+    WCHAR path[32];
+    wsprintfW(path, TEXT("\\\\.\\Kestrelvox%u"), card);
+    handle_ = CreateFileW(path, 0, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
     EXPECT_NE(handle_, INVALID_HANDLE_VALUE);
 }
 
@@ -34,15 +29,11 @@ CardFile::CardFile(unsigned card, uint32_t channel) : CardFile(card) {
     }
 }
 
-DWORD CardFile::Request(uint32_t code, std::span<const uint8_t> input, std::span<uint8_t> output,
-                        DWORD* returned) const {
-    DWORD bytes = 0;
+DWORD CardFile::Request(uint32_t code, std::span<const uint8_t> input, std::span<uint8_t> output) const {
+    DWORD returned = 0;
     const BOOL done =
         DeviceIoControl(handle_, code, const_cast<uint8_t*>(input.data()), static_cast<DWORD>(input.size()),
-                        output.data(), static_cast<DWORD>(output.size()), &bytes, nullptr);
-    if (returned) {
-        *returned = bytes;
-    }
+                        output.data(), static_cast<DWORD>(output.size()), &returned, nullptr);
     return done ? ERROR_SUCCESS : GetLastError();
 }
 
@@ -50,14 +41,10 @@ DWORD CardFile::Send(uint32_t code, uint32_t word) const {
     return Request(code, BytesOf(word));
 }
 
-uint32_t CardFile::Ask(uint32_t code) const {
-    uint8_t bytes[4] = {};
-    DWORD returned = 0;
-    EXPECT_EQ(Request(code, {}, bytes, &returned), ERROR_SUCCESS);
-    EXPECT_EQ(returned, 4u);
-    uint32_t word = 0;
-    std::memcpy(&word, bytes, sizeof word);
-    return word;
+bool CardFile::ReadClockFault() const {
+    uint8_t fault[4] = {};
+    EXPECT_EQ(Request(simulator::ReadClockFault, {}, fault), ERROR_SUCCESS);
+    return fault[0] != 0;
 }
 
 DWORD CardFile::Bind(uint32_t ordinal, uint32_t channel) const {
@@ -68,12 +55,9 @@ DWORD CardFile::WriteRegister(uint32_t space, uint32_t index, uint32_t value, ui
     return Request(simulator::WriteRegister, BytesOf(RegisterRequest{index, 8, space, value, mask}));
 }
 
-DWORD CardFile::ReadRegister(uint32_t space, uint32_t index, uint32_t* value) const {
-    uint8_t bytes[4] = {};
-    const DWORD result =
-        Request(simulator::ReadRegister, BytesOf(RegisterRequest{index, 8, space, 0, 0}), bytes);
-    std::memcpy(value, bytes, sizeof *value);
-    return result;
+DWORD CardFile::ReadRegister(uint32_t space, uint32_t index) const {
+    uint8_t value[4] = {};
+    return Request(simulator::ReadRegister, BytesOf(RegisterRequest{index, 8, space, 0, 0}), value);
 }
 
 void CardFile::WriteCard(uint32_t index, uint32_t value, uint32_t mask) const {
@@ -89,15 +73,14 @@ void CardFile::SetGain(uint32_t index, uint32_t gain) const {
     WriteCard(2, gain);
 }
 
-DWORD CardFile::Queue(void* data, size_t length, ULONG_PTR cookie) const {
-    DWORD result = Request(BeginBuffer);
-    if (result == ERROR_SUCCESS) {
-        result = Request(MapBuffer, {}, {static_cast<uint8_t*>(data), length});
-    }
-    if (result == ERROR_SUCCESS) {
-        result = Request(SetBufferCookie, BytesOf(cookie));
-    }
-    return result == ERROR_SUCCESS ? Send(QueueBuffer, 0) : result;
+void CardFile::Queue(std::vector<Frame>& frames) const {
+    constexpr ULONG_PTR Cookie = 1;
+    const std::span<Frame> all(frames);
+    EXPECT_EQ(Request(BeginBuffer), ERROR_SUCCESS);
+    EXPECT_EQ(Request(MapBuffer, {}, {reinterpret_cast<uint8_t*>(all.data()), all.size_bytes()}),
+              ERROR_SUCCESS);
+    EXPECT_EQ(Request(SetBufferCookie, BytesOf(Cookie)), ERROR_SUCCESS);
+    EXPECT_EQ(Send(QueueBuffer, 0), ERROR_SUCCESS);
 }
 
 void CardFile::Start() const {

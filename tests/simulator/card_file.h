@@ -26,26 +26,20 @@ public:
     CardFile(const CardFile&) = delete;
     CardFile& operator=(const CardFile&) = delete;
 
-    // The request's result as a system error code. `returned` gets the number of bytes.
-    DWORD Request(uint32_t code, std::span<const uint8_t> input = {}, std::span<uint8_t> output = {},
-                  DWORD* returned = nullptr) const;
+    // The request's result as a system error code.
+    DWORD Request(uint32_t code, std::span<const uint8_t> input = {}, std::span<uint8_t> output = {}) const;
     DWORD Send(uint32_t code, uint32_t word) const;
-    uint32_t Ask(uint32_t code) const;  // a request that answers 4 bytes; a failure fails the test
-
     DWORD Bind(uint32_t ordinal, uint32_t channel) const;
     DWORD WriteRegister(uint32_t space, uint32_t index, uint32_t value, uint32_t mask) const;
-    DWORD ReadRegister(uint32_t space, uint32_t index, uint32_t* value) const;
-    void WriteCard(uint32_t index, uint32_t value, uint32_t mask = 0xFF) const;  // must succeed
+    DWORD ReadRegister(uint32_t space, uint32_t index) const;
+
+    // These must succeed.
+    void WriteCard(uint32_t index, uint32_t value, uint32_t mask = 0xFF) const;
     void WritePort(uint32_t index, uint32_t value, uint32_t mask = 0xFF) const;
     void SetGain(uint32_t index, uint32_t gain) const;
-
-    // The four requests that hand over a buffer; the first that fails decides.
-    DWORD Queue(void* data, size_t length, ULONG_PTR cookie) const;
-    template <typename T>
-    DWORD Queue(std::vector<T>& samples, ULONG_PTR cookie) const {
-        return Queue(samples.data(), samples.size() * sizeof(T), cookie);
-    }
-    void Start() const;  // transfer on and armed
+    bool ReadClockFault() const;
+    void Queue(std::vector<simulator::Frame>& frames) const;  // a buffer to play, or to record into
+    void Start() const;                                       // transfer on and armed
 
 private:
     HANDLE handle_;

@@ -23,7 +23,7 @@ TEST(SimulatorMixer, AddsAtItsGainsAndSaturates) {
     std::vector<Frame> quiet(400, Frame{1000, -129});
     for (const CardFile* file : {&analog, &digital}) {
         file->WritePort(0, 0xC0);
-        ASSERT_EQ(file->Queue(file == &analog ? loud : quiet, 1), ERROR_SUCCESS);
+        file->Queue(file == &analog ? loud : quiet);
         file->Start();
     }
 

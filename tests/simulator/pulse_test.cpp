@@ -37,16 +37,15 @@ std::string Sounding(Simulator& sim) {
     std::vector<Frame> played = Ramp(200);
     for (const CardFile* file : {&in, &analog, &digital}) {
         file->WritePort(0, 0xC0);
-        EXPECT_EQ(file->Queue(file == &in ? recorded : played, 1), ERROR_SUCCESS);
+        file->Queue(file == &in ? recorded : played);
         file->Start();
     }
     sim.Advance(20000);
-    const auto sounds = [](const std::vector<Frame>& frames) {
-        return std::find_if(frames.begin(), frames.end(), [](const Frame& f) { return f.Left != 0; }) !=
-               frames.end();
+    const auto letter = [](char connector, const std::vector<Frame>& frames) {
+        return std::ranges::any_of(frames, [](const Frame& f) { return f.Left != 0; }) ? connector : '-';
     };
-    return std::string(sounds(recorded) ? "i" : "-") + (sounds(sim.Heard(0, Port::Analog)) ? "a" : "-") +
-           (sounds(sim.Heard(0, Port::Digital)) ? "d" : "-");
+    return {letter('i', recorded), letter('a', sim.Heard(0, Port::Analog)),
+            letter('d', sim.Heard(0, Port::Digital))};
 }
 
 std::string SoundingAfter(const std::vector<Step>& steps) {
@@ -97,11 +96,9 @@ TEST(SimulatorPulse, ConvertersThatAPortHasRestartedHaveToSettle) {
     Prepare(0);
     {
         const CardFile file(0, AnalogOut);
-        const Step pulses[] = {{0, 0x04, 0x04, 1000}, {0, 0x00, 0x04, 0}};
-        for (const Step& step : pulses) {
-            file.WritePort(step.Index, step.Value, step.Mask);
-            file.Send(Stall, step.Wait);
-        }
+        file.WritePort(0, 0x04, 0x04);
+        file.Send(Stall, 1000);
+        file.WritePort(0, 0x00, 0x04);
         file.WriteCard(17, 0x00, 0x80);
         file.Send(Stall, 1);
         file.WriteCard(17, 0x80, 0x80);
@@ -123,10 +120,9 @@ TEST(SimulatorRuleDeathTest, EachIsNamed) {
     file.WriteCard(9, 0x80, 0x80);
     sim.Advance(100);
     file.WriteCard(9, 0x00, 0x80);
-    uint32_t value = 0;
-    EXPECT_DEATH(file.ReadRegister(0, 10, &value), "reads a measurement that is not finished");
+    EXPECT_DEATH(file.ReadRegister(0, 10), "reads a measurement that is not finished");
     std::vector<Frame> samples = Ramp(4000);
-    ASSERT_EQ(file.Queue(samples, 1), ERROR_SUCCESS);
+    file.Queue(samples);
     file.Start();
     sim.Advance(10000);
     EXPECT_DEATH(file.WriteCard(32, 0x02, 0x07), "changes the clock while samples move");

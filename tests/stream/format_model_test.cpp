@@ -89,8 +89,9 @@ protected:
         return format;
     }
 
-    template <typename Calls, typename Client>
-    void Check(Client& client, const WaveFormat& format, UINT device, std::optional<int> expected) {
+    template <typename Calls>
+    void Check(WaveClient<Calls>& client, const WaveFormat& format, UINT device,
+               std::optional<int> expected) {
         const MMRESULT result = expected ? unsigned{MMSYSERR_NOERROR} : unsigned{WAVERR_BADFORMAT};
         Cards().ClearTrace();
         ASSERT_EQ(Calls::Open(nullptr, device, format.Get(), 0, 0, WAVE_FORMAT_QUERY), result);
@@ -129,8 +130,8 @@ TEST_F(FormatModelTest, QueryAndOpenAnswerAsTheRulesSay) {
                              << basic.wBitsPerSample << " (" << format.Extensible.Samples.wValidBitsPerSample
                              << ") in " << basic.nBlockAlign << ", " << basic.nSamplesPerSec << " Hz, "
                              << basic.cbSize << " more, device " << device);
-                Check<WaveOutCalls>(player, format, device, Model(format, false, device, setting));
-                Check<WaveInCalls>(recorder, format, device, Model(format, true, device, setting));
+                Check(player, format, device, Model(format, false, device, setting));
+                Check(recorder, format, device, Model(format, true, device, setting));
             }
         }
         UnloadDriver();

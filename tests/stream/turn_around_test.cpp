@@ -62,8 +62,7 @@ TEST_F(TurnAroundTest, TakesNoMemoryAndFewRounds) {
 TEST_F(TurnAroundTest, TellsHowOftenTheMutexWasWaitedFor) {
     using Kind = simulator::HeaderEvent::Kind;
     const auto waits = [this] { return Cards().NoteHeader(Kind::Queued, 0, 2, nullptr).MutexWaits; };
-    WavePlayer player;
-    ASSERT_EQ(player.Open(0, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
+    WavePlayer player(0, PcmFormat(44100, 2, 16));
     const uint64_t before = waits();
     ASSERT_EQ(player.Write(Pattern(1200)), MMSYSERR_NOERROR);
     EXPECT_EQ(waits(), before) << "there was nobody to wait for";

@@ -80,8 +80,7 @@ TEST_F(OutputControlTest, OnlyAResetThatNothingFollowedLetsAStreamWithBuffersClo
     EXPECT_EQ(player_.Close(), Done);
     for (const auto& test : cases) {
         SCOPED_TRACE(test.Message);
-        WavePlayer player;
-        ASSERT_EQ(player.Open(AnalogOut, format_), Done);
+        WavePlayer player(AnalogOut, format_);
         ASSERT_EQ(player.Write(Pattern(4000)), Done);
         EXPECT_EQ(player.Reset(), Done);
         player.Position();

@@ -141,10 +141,9 @@ TEST_F(HandOverTest, HeadersThatAreRefusedLeaveNoTrace) {
     EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
 }
 
-// A shadow buffer that cannot be resized is replaced.
-TEST_F(HandOverTest, OnlyANewBufferNeedsMemory) {
-    const WaveFormat format = TaggedFormat(WAVE_FORMAT_ALAW, 8000, 1, 8);
-    Open(format);
+// A shadow buffer that cannot be resized is replaced. A reset gives back what conversions have taken.
+TEST_F(HandOverTest, OnlyANewBufferNeedsMemoryAndAResetGivesItBack) {
+    Open(TaggedFormat(WAVE_FORMAT_ALAW, 8000, 1, 8));
     Write(200);
     Cards().Advance(Second);
     for (const char* call : {"GlobalReAlloc", "GlobalLock"}) {
@@ -158,6 +157,14 @@ TEST_F(HandOverTest, OnlyANewBufferNeedsMemory) {
     test_system::FailCall("GlobalAlloc", 1);
     EXPECT_EQ(player_.Write(Pattern(120), 0, 0), MMSYSERR_NOERROR);
     EXPECT_EQ(player_.Write(Pattern(120), 0, 0), MMSYSERR_NOMEM) << "the other one is in the card";
+
+    EXPECT_EQ(player_.Reset(), MMSYSERR_NOERROR);
+    const std::string usage = test_system::Usage();
+    for (unsigned i = 0; i < 20; ++i) {
+        Write(80);
+    }
+    EXPECT_EQ(player_.Reset(), MMSYSERR_NOERROR);
+    EXPECT_EQ(test_system::Usage(), usage);
 }
 
 // The card reads plain samples from the client's memory, unless it cannot read at that address.
@@ -175,19 +182,6 @@ TEST_F(HandOverTest, OnlyMisalignedBuffersAreCopied) {
         Cards().Advance(Second);
         EXPECT_EQ(Played(), Sound(format, misalignment % 4 == 0 ? later : Pattern(400)));
     }
-}
-
-TEST_F(HandOverTest, AResetGivesTheMemoryOfConversionsBack) {
-    Open(TaggedFormat(WAVE_FORMAT_MULAW, 8000, 1, 8));
-    Write(80);
-    Cards().Advance(Second);
-    EXPECT_EQ(player_.Reset(), MMSYSERR_NOERROR);
-    const std::string usage = test_system::Usage();
-    for (unsigned i = 0; i < 20; ++i) {
-        Write(80);
-    }
-    EXPECT_EQ(player_.Reset(), MMSYSERR_NOERROR);
-    EXPECT_EQ(test_system::Usage(), usage);
 }
 
 }  // namespace
