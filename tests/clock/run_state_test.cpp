@@ -78,6 +78,30 @@ TEST_F(RunStateTest, ADisabledCardFollowsAndIsNotInitialised) {
     EXPECT_NE(muted & 0x03, 0);
 }
 
+TEST_F(RunStateTest, ADisabledMasterLeadsNobody) {
+    Fail("BIND_HANDLE", 4);
+    Fail("BIND_HANDLE", 5);
+    EXPECT_EQ(waveOutGetNumDevs(), 6u);
+    const WavePlayer player(2, PcmFormat(Rate, 2, 16));
+    EXPECT_EQ(Source(1), Internal);
+}
+
+// A sleep ends with what there is: the card's own clock, and no hold.
+TEST_F(RunStateTest, AClockThatFailsDuringASleepStopsNobody) {
+    StoreSetting(0, TEXT("ClockSource"), Pll);
+    WavePlayer player(2, PcmFormat(Rate, 2, 16));
+    ASSERT_EQ(player.Write(Pattern(40000)), MMSYSERR_NOERROR);
+    for (const auto& [card, source] : {std::pair{0u, Pll}, {1u, Link}}) {
+        SCOPED_TRACE(card);
+        FallAsleep();
+        Cards().SetClockBroken(card, source, true);
+        WakeUp();
+        EXPECT_EQ(Source(card), Internal);
+        EXPECT_FALSE(Held(0) || Held(1));
+        Cards().SetClockBroken(card, source, false);
+    }
+}
+
 TEST_F(RunStateTest, ACardThatCannotBeOpenedEndsTheRunAtWhicheverStep) {
     const auto opens = [](const Lines& lines) {
         return std::count_if(lines.begin(), lines.end(),

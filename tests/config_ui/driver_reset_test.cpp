@@ -79,6 +79,33 @@ TEST_F(DriverResetTest, ACloseCountsDownOnlyItsOwn) {
     EXPECT_EQ(Cards().SampleRate(0), 48000u);
 }
 
+// What it played with is gone, and the next write starts it, even when it was paused.
+TEST_F(DriverResetTest, AnOpenStreamCanBeStartedAnew) {
+    for (const bool paused : {false, true}) {
+        WavePlayer player(0, PcmFormat(44100, 2, 16));
+        ASSERT_EQ(player.Write(Pattern(40000)), MMSYSERR_NOERROR);
+        if (paused) {
+            player.Stop();
+        }
+        ResetDriver();
+        const uint64_t before = Cards().Output(0, simulator::Port::Analog).FramesPlayed;
+        ASSERT_EQ(player.Write(Pattern(40000)), MMSYSERR_NOERROR);
+        Cards().Advance(Second / 100);
+        EXPECT_GT(Cards().Output(0, simulator::Port::Analog).FramesPlayed, before) << paused;
+    }
+}
+
+// Each is prepared at a wake-up, the one that was opened first last.
+TEST_F(DriverResetTest, StreamsOfTwoRatesWakeUp) {
+    const WavePlayer first(0, PcmFormat(44100, 2, 16));
+    ResetDriver();
+    const WavePlayer second(1, PcmFormat(48000, 2, 16));
+    FallAsleep();
+    WakeUp();
+    EXPECT_EQ(Cards().SampleRate(0), 44100u);
+    EXPECT_EQ(Cards().OutputRegister(0, simulator::Port::Analog, 0) & 0xC0, 0x40);
+}
+
 // After the reset nobody counts as playing, so the user may take a card out of its group.
 TEST_F(DriverResetTest, AnOpenStreamsCardKeepsItsRateWhenItIsFreed) {
     StoreText(1, TEXT("Name"), u"B");

@@ -276,9 +276,10 @@ void Scene::ExpectEnd() {
         if (const int64_t away = OwnerOf(stream).Do<&Side::Away>(stream); away != 0) {
             Fault(stream, "has kept " + std::to_string(away) + " headers over its close");
         }
-        if (const int64_t wrong = OwnerOf(stream).Do<&Side::Misreturned>(stream); wrong != 0) {
-            Fault(stream,
-                  "returned " + std::to_string(wrong) + " headers twice, or though it had refused them");
+        if (const int64_t wrong = OwnerOf(stream).Do<&Side::WrongCallbacks>(stream); wrong != 0) {
+            Fault(stream, "told " + std::to_string(wrong) +
+                              " times of headers that it did not have, or of a "
+                              "close without an open");
         }
         if (!BecomesFree(setting_.Streams[stream])) {
             Fault(stream, "keeps its channel after all");

@@ -54,8 +54,8 @@ public:
     unsigned Requests(unsigned thread) { return actors_[thread].Hold->Requests(); }  // that it made
 
     bool IsOpen(unsigned stream) { return streams_[stream]->IsOpen(); }
-    unsigned Away(unsigned stream) { return streams_[stream]->Away(); }                // headers
-    unsigned Misreturned(unsigned stream) { return streams_[stream]->Misreturned(); }  // headers
+    unsigned Away(unsigned stream) { return streams_[stream]->Away(); }  // headers
+    unsigned WrongCallbacks(unsigned stream) { return streams_[stream]->WrongCallbacks(); }
     void Advance(int64_t microseconds) { cards_->Advance(microseconds); }
     void PowerCycle();  // every card, as the computer sleeps
     bool HasNothingLeft() { return IsBackTo(loaded_); }

@@ -139,8 +139,18 @@ void Stream::Returned(WAVEHDR* header) {
 }
 
 void CALLBACK Stream::Callback(HDRVR, UINT message, DWORD_PTR instance, DWORD_PTR first, DWORD_PTR) {
-    if (message == WOM_DONE || message == WIM_DATA) {
-        reinterpret_cast<Stream*>(instance)->Returned(reinterpret_cast<WAVEHDR*>(first));
+    auto& stream = *reinterpret_cast<Stream*>(instance);
+    switch (message) {
+    case WOM_DONE:
+    case WIM_DATA:
+        stream.Returned(reinterpret_cast<WAVEHDR*>(first));
+        break;
+    case WOM_OPEN:
+    case WIM_OPEN:
+        stream.toldOfOpen_ = true;
+        break;
+    default:
+        stream.wrongCloses_ += stream.toldOfOpen_.exchange(false) ? 0 : 1;
     }
 }
 

@@ -37,12 +37,13 @@ public:
     void Orphan() { user_ = 0; }
     void Forget();
 
-    // Headers that the driver has, and those that came back twice, or though they were refused.
+    // Headers that the driver has; and callbacks that should not have been: of headers that came back twice,
+    // or though they were refused, and of a close that no open came before.
     unsigned Away() {
         return Count([](int away) { return away > 0; });
     }
-    unsigned Misreturned() {
-        return Count([](int away) { return away < 0; });
+    unsigned WrongCallbacks() {
+        return Count([](int away) { return away < 0; }) + wrongCloses_;
     }
 
     static constexpr DWORD LongHeader = 15 * Rate;  // bytes of a header that does not end by itself meanwhile
@@ -64,6 +65,8 @@ private:
     const StreamPlan plan_;
     std::atomic<DWORD_PTR> user_ = 0;
     std::atomic<bool> closing_ = false;
+    std::atomic<bool> toldOfOpen_ = false;
+    std::atomic<unsigned> wrongCloses_ = 0;
     const std::unique_ptr<char[]> recorded_;  // what all headers of an input take, one over the other
     std::mutex lock_;                         // of what follows
     std::vector<std::unique_ptr<Header>> headers_;

@@ -71,7 +71,7 @@ protected:
                     Always(stream.Send(Message::Shut));
                 }
                 EXPECT_EQ(stream.Away(), 0u) << "headers of stream " << own;
-                EXPECT_EQ(stream.Misreturned(), 0u) << "headers of stream " << own;
+                EXPECT_EQ(stream.WrongCallbacks(), 0u) << "stream " << own;
             }
         }
         tally::Add(tally::Operations, Rounds * Operations);

@@ -68,4 +68,37 @@ TEST_F(HandOverTurnTest, ABufferThatASleepKeepsFromTheCardIsHeardAfterIt) {
     }
 }
 
+// ... nor does it count as being in the card when a reset brings it back.
+TEST_F(HandOverTurnTest, ABufferThatASleepKeepsFromTheCardIsResetLikeTheOthers) {
+    RequestGate gate;
+    Open();
+    bool slept = false;
+    gate.Before = [&](DWORD code) {
+        if (code == simulator::QueueBuffer && !std::exchange(slept, true)) {
+            FallAsleep();
+        }
+    };
+    Write(3);
+    EXPECT_EQ(player_.Reset(), MMSYSERR_NOERROR);
+    ExpectEachReturnedOnce();
+    EXPECT_EQ(player_.Stop(), MMSYSERR_NOERROR);  // from now on a close asks
+    EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
+}
+
+// A card that has been told to stop and goes on all the same does not keep its client for ever.
+TEST_F(HandOverTurnTest, AStopWaitsATenthOfASecondOfAudioForThePositionToSettle) {
+    constexpr DWORD Step = 1000;  // frames between two looks
+    RequestGate gate;
+    WaveRecorder recorder(0, PcmFormat(48000, 2, 16));
+    ASSERT_EQ(recorder.Start(), MMSYSERR_NOERROR);
+    DWORD looks = 0;
+    gate.After = [&looks](DWORD code, void* position) {
+        if (code == simulator::GetPosition) {
+            *static_cast<DWORD*>(position) = Step * ++looks;
+        }
+    };
+    EXPECT_EQ(recorder.Stop(), MMSYSERR_NOERROR);
+    EXPECT_EQ(looks, 2 + 4800 / Step + 1);
+}
+
 }  // namespace

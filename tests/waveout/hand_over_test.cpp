@@ -57,6 +57,20 @@ TEST_F(HandOverTest, InFlightRuleDecidesHowManyBuffersTheCardHas) {
     }
 }
 
+// Converted, neither would fit into what the card can address. The data is not looked at.
+TEST_F(HandOverTest, ABufferThatIsTooLargeForTheCardIsRefused) {
+    WAVEHDR* header = test_system::TakeHeader(100);
+    header->dwBufferLength = 0x80000001;
+    ASSERT_EQ(player_.Open(AnalogOut, TaggedFormat(WAVE_FORMAT_MULAW, 8000, 1, 8)), MMSYSERR_NOERROR);
+    EXPECT_EQ(waveOutWrite(player_.Handle(), header, sizeof *header), unsigned{MMSYSERR_NOMEM});
+    EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
+    header->dwBufferLength = 3 * 0x40000001u;
+    header->dwFlags = WHDR_PREPARED;
+    WaveRecorder recorder(AnalogIn, PcmFormat(44100, 2, 24));
+    EXPECT_EQ(waveInAddBuffer(recorder.Handle(), header, sizeof *header), unsigned{MMSYSERR_NOMEM});
+    test_system::GiveBackPage(header);
+}
+
 // The clock is set already, for the other port.
 TEST_F(HandOverTest, TheRequestsOfOpenAndClose) {
     WavePlayer digital(DigitalOut, PcmFormat(44100, 2, 16));

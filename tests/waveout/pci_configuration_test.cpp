@@ -51,6 +51,7 @@ TEST_F(PciConfigurationTest, WhatWasSavedIsWrittenBack) {
     Lines requests = TraceText();
     ASSERT_GT(requests.size(), RestoreRequests.size());
     EXPECT_EQ(requests.back(), "ACQUIRE_CHANNEL");
+    EXPECT_EQ(requests[RestoreRequests.size()], "READ_NVRAM_PAGE FF80") << "then it is initialised";
     requests.resize(RestoreRequests.size());
     EXPECT_EQ(requests, RestoreRequests);
     EXPECT_EQ(Answer("READ_PCI_CONFIG 0D 1"), std::vector<uint8_t>{0x40});
