@@ -127,6 +127,26 @@ TEST_F(SynchronizedStartTest, TheOthersPlayOnWhenOneIsClosed) {
     EXPECT_TRUE(Started(1)) << "the only one missing";
 }
 
+TEST_F(SynchronizedStartTest, ARestartFromInsideAResetDoesNotOutliveIt) {
+    Open({0, 1});
+    for (int i = 0; i < 6; ++i) {  // more than the card takes: the reset itself returns some
+        Start(0);
+    }
+    const DWORD resetting = GetCurrentThreadId();
+    players_[0].OnDone([this, resetting](WAVEHDR&) {
+        if (GetCurrentThreadId() == resetting) {
+            StartAgain(0);
+        }
+    });
+    EXPECT_EQ(players_[0].Reset(), MMSYSERR_NOERROR);
+    players_[0].OnDone(nullptr);
+    Start(1);
+    EXPECT_FALSE(Started(1));
+    Start(0);
+    EXPECT_TRUE(Started(0) && Started(1));
+    EXPECT_EQ(StartFrame(0), StartFrame(1));
+}
+
 // The one that waits is still counted when the other is stopped.
 TEST_F(SynchronizedStartTest, WhoseTransferFailedStartsTogetherWhenItIsStartedAgain) {
     Open({0, 1});
@@ -159,6 +179,20 @@ TEST_F(GroupStartTest, LockedToPlaybackAllBeginOnOneFrame) {
     ExpectTogether({4, 0, 5, 1});
     ExpectTogether({2, 7, 4, 1});
     ExpectTogether({6, 0, 5, 3, 1, 4, 7, 2});
+}
+
+TEST_F(GroupStartTest, ARecordingThatJoinsWaitsForThePausedPlayback) {
+    LockToPlayback();
+    Open({0, 4});
+    Start(0);
+    Start(4);
+    Open({5});
+    Stop(0);
+    Start(5);
+    EXPECT_FALSE(Started(5));
+    StartAgain(0);
+    Cards().Advance(3000);
+    EXPECT_TRUE(Started(5));
 }
 
 TEST_F(GroupStartTest, OnlyDirectModeWaitsWithPunchIn) {

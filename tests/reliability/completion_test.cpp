@@ -101,14 +101,15 @@ TEST_F(CompletionTest, AfterTheReset) {
     }
 }
 
-// A header whose memory the client has given away while the card had it: it is not touched any more, and the
-// others come back.
+// A header whose memory the client has given away while the card had it: it is not touched any more, what was
+// copied for it is freed, and the others come back.
 TEST_F(CompletionTest, ForAHeaderThatTheClientHasFreed) {
     Open();
     Write(2);
     std::vector<BYTE> data = Pattern(BufferSize);
     WAVEHDR* header = test_system::TakeHeader(BufferSize);
-    header->lpData = reinterpret_cast<LPSTR>(data.data());
+    header->lpData = reinterpret_cast<LPSTR>(data.data() + 1);
+    header->dwBufferLength = BufferSize - 4;
     Always(waveOutWrite(player_.Handle(), header, sizeof *header));
     test_system::GiveBackPage(header);
     Cards().Advance(Second);

@@ -34,6 +34,27 @@ protected:
     WAVEHDR header_ = {reinterpret_cast<LPSTR>(data_.data()), 4000, 0, 0, 0, 0, nullptr, 0};
 };
 
+struct ClientOfOpen {
+    DWORD_PTR Stream = 0;
+    DWORD_PTR WhenTold = 0;
+
+    static void CALLBACK Tell(HDRVR, UINT message, DWORD_PTR instance, DWORD_PTR, DWORD_PTR) {
+        auto& client = *reinterpret_cast<ClientOfOpen*>(instance);
+        client.WhenTold = message == WOM_OPEN ? client.Stream : client.WhenTold;
+    }
+};
+
+// Whoever is told of an open can use the stream at once.
+TEST_F(CallbackTest, ComesWhenTheStreamIsThere) {
+    const DriverLibrary library;
+    ClientOfOpen client;
+    EXPECT_EQ(
+        library.Open(true, AnalogOut, PcmFormat(44100, 2, 16), ClientOfOpen::Tell, &client, &client.Stream),
+        MMSYSERR_NOERROR);
+    EXPECT_NE(client.WhenTold, 0u);
+    EXPECT_EQ(client.WhenTold, client.Stream);
+}
+
 TEST_F(CallbackTest, Event) {
     const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     Play(reinterpret_cast<DWORD_PTR>(event), CALLBACK_EVENT,
