@@ -46,13 +46,17 @@ struct ClientOfOpen {
 
 // Whoever is told of an open can use the stream at once.
 TEST_F(CallbackTest, ComesWhenTheStreamIsThere) {
-    const DriverLibrary library;
+    const std::string before = test_system::Usage();
     ClientOfOpen client;
-    EXPECT_EQ(
-        library.Open(true, AnalogOut, PcmFormat(44100, 2, 16), ClientOfOpen::Tell, &client, &client.Stream),
-        MMSYSERR_NOERROR);
+    {
+        const DriverLibrary library;
+        EXPECT_EQ(library.Open(true, AnalogOut, PcmFormat(44100, 2, 16), ClientOfOpen::Tell, &client,
+                               &client.Stream),
+                  MMSYSERR_NOERROR);
+    }
     EXPECT_NE(client.WhenTold, 0u);
     EXPECT_EQ(client.WhenTold, client.Stream);
+    EXPECT_TRUE(test_system::UsageComesTo(before));
 }
 
 TEST_F(CallbackTest, Event) {
