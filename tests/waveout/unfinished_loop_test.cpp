@@ -8,7 +8,8 @@ namespace {
 
 constexpr DWORD Begin = WHDR_BEGINLOOP;
 constexpr DWORD End = WHDR_ENDLOOP;
-constexpr DWORD Bytes = 600;  // 100 frames of 24-bit stereo
+constexpr size_t Frames = 100;
+constexpr DWORD Bytes = Frames * 6;  // of 24-bit stereo
 
 enum class Then { Break, AnotherEnd, AnotherLoop, Reset };
 
@@ -101,6 +102,7 @@ TEST_F(UnfinishedLoopTest, ReturnedHeadersLeaveTheQueue) {
     for (const Then then : {Then::Break, Then::Reset}) {
         SCOPED_TRACE(static_cast<int>(then));
         Open();
+        Cards().ForgetAudio();
         Write(Begin, 10);
         WriteRefused(End);
         for (int i = 0; i < 3; ++i) {
@@ -113,6 +115,9 @@ TEST_F(UnfinishedLoopTest, ReturnedHeadersLeaveTheQueue) {
         EXPECT_EQ(then == Then::Break ? waveOutBreakLoop(device_) : waveOutReset(device_), MMSYSERR_NOERROR);
         Cards().Advance(Second);
         EXPECT_TRUE(held_.empty()) << held_.size() << " did not come back";
+        if (then == Then::Break) {
+            EXPECT_EQ(Played().size(), 7 * Frames) << "what has waited is played once";
+        }
         Close();
     }
 }
