@@ -51,6 +51,22 @@ TEST_F(InputRequestTest, AnalogInput) {
               Lines{"FLUSH_BUFFERS"} + Gain("00", "00") + Gain("04", "00") + Closed);
 }
 
+// Four buffers are in the card. The one that a stop brings back is followed by the next, and its transfer is
+// started in any case.
+TEST_F(InputRequestTest, ARefillAfterAStop) {
+    WaveFormat format = PcmFormat(44100, 1, 16);
+    format.Basic().nAvgBytesPerSec = 0;
+    Open(format);
+    Add(400, 5);
+    EXPECT_EQ(recorder_.Start(), MMSYSERR_NOERROR);
+    Cards().Advance(1000);
+    Cards().ClearTrace();
+    EXPECT_EQ(recorder_.Stop(), MMSYSERR_NOERROR);
+    Cards().Advance(1000);
+    EXPECT_EQ(recorder_.DoneCount(), 1u);
+    EXPECT_EQ(TraceText().back(), "START_TRANSFER");
+}
+
 // The receiver is given time, and the signal's rate is measured twice. A signal that is the card's clock is
 // not measured, and its receiver stays on.
 TEST_F(InputRequestTest, DigitalInput) {
