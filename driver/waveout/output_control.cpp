@@ -109,16 +109,17 @@ MMRESULT GetOutputVolume(StreamInstance* stream, DWORD* volume) {
     return MMSYSERR_NOERROR;
 }
 
-DWORD GainOfVolume(DWORD volume) {
-    return volume * FullGain / FullVolume;
+void ApplyVolume(StreamInstance* stream) {
+    ControlLock control(stream);
+    if (stream->VolumeIsSet != 0) {
+        SetMixerGain(stream->Device, OwnPlaybackGain(stream->Port), stream->Volume * FullGain / FullVolume);
+    }
 }
 
 MMRESULT SetOutputVolume(StreamInstance* stream, DWORD volume) {
-    const DWORD left = LOWORD(volume);
-    ControlLock control(stream);
-    stream->Volume = left;
+    stream->Volume = LOWORD(volume);
     stream->VolumeIsSet = 1;
-    SetMixerGain(stream->Device, OwnPlaybackGain(stream->Port), GainOfVolume(left));
+    ApplyVolume(stream);
     return MMSYSERR_NOERROR;
 }
 

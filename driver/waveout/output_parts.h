@@ -13,8 +13,9 @@ MMRESULT PrepareOutput(StreamInstance* stream, bool ignoreClockError);
 void CleanUpOutput(StreamInstance* stream);
 void StopOutputForSleep(StreamInstance* stream);
 
-// The mixer gain for a volume of 0 to 0xFFFF.
-DWORD GainOfVolume(DWORD volume);
+// Tells the card the volume that the client has set, if it has: of two that do so at once, the last one tells
+// what is set by then. Takes the stream's control.
+void ApplyVolume(StreamInstance* stream);
 
 // The output form of taking the next header: walks loops. DriverMutex held.
 WAVEHDR* TakeNextOutput(StreamInstance* stream);

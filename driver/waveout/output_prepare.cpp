@@ -24,13 +24,6 @@ void SetStoredGains(StreamInstance* stream, bool audible) {
     }
 }
 
-void RestoreVolume(StreamInstance* stream) {
-    ControlLock control(stream);
-    if (stream->VolumeIsSet != 0) {
-        SetMixerGain(stream->Device, OwnPlaybackGain(stream->Port), GainOfVolume(stream->Volume));
-    }
-}
-
 }  // namespace
 
 DWORD OwnPlaybackGain(DWORD port) {
@@ -49,7 +42,7 @@ MMRESULT PrepareOutput(StreamInstance* stream, bool ignoreClockError) {
     }
     DisarmChannel(stream->Device);
     SetStoredGains(stream, true);
-    RestoreVolume(stream);
+    ApplyVolume(stream);
     return MMSYSERR_NOERROR;
 }
 
