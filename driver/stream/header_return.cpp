@@ -16,14 +16,17 @@ namespace kestvox {
 
 namespace {
 
+// The next one to return; null: there is none. `resets`: of the stream, when the first one was looked for.
+using Choice = HeldHeader* (*)(HeaderLedger& ledger, DWORD resets);
+
 // Returns the headers that `choose` finds, one after the other.
-template <typename Choose>
-void ReturnHeaders(StreamInstance* stream, Choose choose) {
+void ReturnHeaders(StreamInstance* stream, Choice choose) {
+    const DWORD resets = stream->ResetCount;
     for (;;) {
         WAVEHDR* header = nullptr;
         {
             DriverLock lock;
-            HeldHeader* held = choose(stream->Held);
+            HeldHeader* held = choose(stream->Held, resets);
             if (held == nullptr) {
                 return;
             }
@@ -67,12 +70,11 @@ void ReturnHeader(StreamInstance* stream, WAVEHDR* header) {
 }
 
 void ReturnIdleHeaders(StreamInstance* stream) {
-    const DWORD resets = stream->ResetCount;
-    ReturnHeaders(stream, [resets](HeaderLedger& ledger) { return ledger.FirstIdle(resets); });
+    ReturnHeaders(stream, [](HeaderLedger& ledger, DWORD resets) { return ledger.FirstIdle(resets); });
 }
 
 void ReturnSpentHeaders(StreamInstance* stream) {
-    ReturnHeaders(stream, [](HeaderLedger& ledger) { return ledger.FirstSpent(); });
+    ReturnHeaders(stream, [](HeaderLedger& ledger, DWORD) { return ledger.FirstSpent(); });
 }
 
 void ReturnAllHeaders(StreamInstance* stream) {
@@ -80,7 +82,7 @@ void ReturnAllHeaders(StreamInstance* stream) {
         DriverLock lock;
         stream->PendingHeaders = nullptr;
     }
-    ReturnHeaders(stream, [](HeaderLedger& ledger) { return ledger.Oldest(); });
+    ReturnHeaders(stream, [](HeaderLedger& ledger, DWORD) { return ledger.Oldest(); });
 }
 
 void NotifyClient(StreamInstance* stream, UINT message, DWORD_PTR param) {
