@@ -86,7 +86,7 @@ BOOL DetachProcess(bool processEnds) {
 void ReleaseProcess() {
     if (DriverMutex != nullptr) {
         const LimitedWaits limited;
-        EndLibraryLife();  // what opens from here on is not closed
+        EndLibraryLife();  // before the streams are closed: nothing opens from here on
         CloseStreams(GetCurrentProcessId(), NoCard);
         // A thread that is still in the middle of something would leave a mutex taken for ever.
         if (ProcessEnds || AwaitServiceThreads()) {

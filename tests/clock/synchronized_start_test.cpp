@@ -132,12 +132,7 @@ TEST_F(SynchronizedStartTest, ARestartFromInsideAResetDoesNotOutliveIt) {
     for (int i = 0; i < 6; ++i) {  // more than the card takes: the reset itself returns some
         Start(0);
     }
-    const DWORD resetting = GetCurrentThreadId();
-    players_[0].OnDone([this, resetting](WAVEHDR&) {
-        if (GetCurrentThreadId() == resetting) {
-            StartAgain(0);
-        }
-    });
+    players_[0].OnDoneHere([this](WAVEHDR&) { StartAgain(0); });
     EXPECT_EQ(players_[0].Reset(), MMSYSERR_NOERROR);
     players_[0].OnDone(nullptr);
     Start(1);

@@ -104,6 +104,14 @@ public:
         std::lock_guard lock(mutex_);
         onDone_ = std::move(action);
     }
+    // ... or only from inside those on the calling thread, as a reset of its own makes them.
+    void OnDoneHere(std::function<void(WAVEHDR&)> action) {
+        OnDone([action = std::move(action), here = GetCurrentThreadId()](WAVEHDR& header) {
+            if (GetCurrentThreadId() == here) {
+                action(header);
+            }
+        });
+    }
 
     unsigned DoneCount(size_t index) {  // messages for that header
         std::lock_guard lock(mutex_);

@@ -14,6 +14,13 @@ protected:
     void SetUp() override { Open(format_); }
 
     void AdvanceFrames(int64_t frames) { Cards().Advance(frames * Second / 44100); }
+    // What is not to be heard any more.
+    void BeginToPlay() {
+        Write(20);
+        AdvanceFrames(500);
+        Cards().ForgetAudio();
+        written_.clear();
+    }
 
     const WaveFormat format_ = PcmFormat(44100, 2, 16);
 };
@@ -107,16 +114,8 @@ TEST_F(OutputControlTest, AClientMayCloseFromInsideItsLastCallback) {
 // What a client writes in answer to a buffer that the reset returns is played after it. What comes back on
 // another thread is not answered: the order of two threads' buffers would be anybody's guess.
 TEST_F(OutputControlTest, AResetDoesNotReturnWhatIsWrittenMeanwhile) {
-    const DWORD resettingThread = GetCurrentThreadId();
-    Write(20);
-    AdvanceFrames(500);
-    Cards().ForgetAudio();
-    written_.clear();
-    player_.OnDone([&](WAVEHDR&) {
-        if (GetCurrentThreadId() == resettingThread) {
-            Write();
-        }
-    });
+    BeginToPlay();
+    player_.OnDoneHere([&](WAVEHDR&) { Write(); });
     EXPECT_EQ(player_.Reset(), Done);
     Cards().Advance(1000);  // what was in the card comes back on a thread of the kernel's
     EXPECT_GT(player_.HeaderCount(), 20u);
@@ -128,14 +127,10 @@ TEST_F(OutputControlTest, AResetDoesNotReturnWhatIsWrittenMeanwhile) {
 
 // A reset inside a reset's callback, and what is written after it, is not the last that the port hears.
 TEST_F(OutputControlTest, WhatIsWrittenAfterAResetInsideAResetIsPlayed) {
-    const DWORD resettingThread = GetCurrentThreadId();
-    Write(20);
-    AdvanceFrames(500);
-    Cards().ForgetAudio();
-    written_.clear();
+    BeginToPlay();
     bool again = false;
-    player_.OnDone([&](WAVEHDR&) {
-        if (GetCurrentThreadId() == resettingThread && !std::exchange(again, true)) {
+    player_.OnDoneHere([&](WAVEHDR&) {
+        if (!std::exchange(again, true)) {
             EXPECT_EQ(player_.Reset(), Done);
             Write();
         }
