@@ -1,5 +1,6 @@
 // A loop whose end was refused: what is written after it comes back, and its client may free it, while the
 // beginning still expects passes.
+#include <mutex>
 #include <set>
 
 #include "tests/support/output_test.h"
@@ -27,14 +28,22 @@ protected:
     void Close() {
         EXPECT_EQ(waveOutReset(device_), MMSYSERR_NOERROR);
         EXPECT_EQ(waveOutClose(device_), MMSYSERR_NOERROR);
-        EXPECT_TRUE(held_.empty()) << held_.size() << " did not come back";
+        EXPECT_EQ(Held(), std::set<WAVEHDR*>{}) << "did not come back";
+    }
+
+    std::set<WAVEHDR*> Held() {  // by the driver
+        std::lock_guard lock(mutex_);
+        return held_;
     }
 
     void Write(DWORD flags = 0, DWORD loops = 0) {
         WAVEHDR* header = test_system::TakeHeader(Bytes);
         header->dwFlags |= flags;
         header->dwLoops = loops;
-        held_.insert(header);
+        {
+            std::lock_guard lock(mutex_);
+            held_.insert(header);
+        }
         EXPECT_EQ(waveOutWrite(device_, header, sizeof *header), MMSYSERR_NOERROR);
     }
     void WriteRefused(DWORD flags, DWORD loops = 0) {
@@ -46,18 +55,25 @@ protected:
     }
 
     HWAVEOUT device_ = nullptr;
-    std::set<WAVEHDR*> held_;  // by the driver
 
 private:
-    // The page is freed as soon as the driver does not have the header any more.
     static void CALLBACK Receive(HWAVEOUT, UINT message, DWORD_PTR self, DWORD_PTR param, DWORD_PTR) {
-        auto* header = reinterpret_cast<WAVEHDR*>(param);
-        if (message == WOM_DONE && reinterpret_cast<UnfinishedLoopTest*>(self)->held_.erase(header) == 1) {
-            test_system::GiveBackPage(header);
-        } else {
-            EXPECT_NE(message, UINT{WOM_DONE}) << "of a header that the driver does not have";
+        if (message == WOM_DONE) {
+            reinterpret_cast<UnfinishedLoopTest*>(self)->TakeBack(reinterpret_cast<WAVEHDR*>(param));
         }
     }
+    // The page is freed as soon as the driver does not have the header any more. A thread that resets and the
+    // driver's own may return headers at the same time.
+    void TakeBack(WAVEHDR* header) {
+        {
+            std::lock_guard lock(mutex_);
+            ASSERT_EQ(held_.erase(header), 1u) << "the driver does not have it";
+        }
+        test_system::GiveBackPage(header);
+    }
+
+    std::mutex mutex_;
+    std::set<WAVEHDR*> held_;
 };
 
 TEST_F(UnfinishedLoopTest, ReturnedHeadersAreNotTouchedAgain) {
@@ -65,12 +81,12 @@ TEST_F(UnfinishedLoopTest, ReturnedHeadersAreNotTouchedAgain) {
         SCOPED_TRACE(static_cast<int>(then));
         Open();
         Write(Begin, 3);
-        WAVEHDR* const beginning = *held_.begin();
+        WAVEHDR* const beginning = *Held().begin();
         WriteRefused(End);
         Write();
         Write();
         Cards().Advance(Second);
-        EXPECT_EQ(held_, std::set<WAVEHDR*>{beginning}) << "it expects two more passes";
+        EXPECT_EQ(Held(), std::set<WAVEHDR*>{beginning}) << "it expects two more passes";
         if (then == Then::AnotherEnd) {
             Write(End);
             Write();
@@ -97,7 +113,7 @@ TEST_F(UnfinishedLoopTest, ReturnedHeadersLeaveTheQueue) {
     WriteRefused(End);
     Write(End);
     Cards().Advance(Second);
-    EXPECT_EQ(held_.size(), 3u);
+    EXPECT_EQ(Held().size(), 3u);
     Close();
     for (const Then then : {Then::Break, Then::Reset}) {
         SCOPED_TRACE(static_cast<int>(then));
@@ -111,10 +127,10 @@ TEST_F(UnfinishedLoopTest, ReturnedHeadersLeaveTheQueue) {
         Write(Begin, 2);  // waits with what follows it
         Write(End);
         Write();
-        EXPECT_EQ(held_.size(), 7u);
+        EXPECT_EQ(Held().size(), 7u);
         EXPECT_EQ(then == Then::Break ? waveOutBreakLoop(device_) : waveOutReset(device_), MMSYSERR_NOERROR);
         Cards().Advance(Second);
-        EXPECT_TRUE(held_.empty()) << held_.size() << " did not come back";
+        EXPECT_EQ(Held(), std::set<WAVEHDR*>{}) << "did not come back";
         if (then == Then::Break) {
             EXPECT_EQ(Played().size(), 7 * Frames) << "what has waited is played once";
         }
@@ -130,7 +146,7 @@ TEST_F(UnfinishedLoopTest, AResetBringsEverythingBackHoweverLateTheCardIs) {
     Write();
     EXPECT_EQ(waveOutReset(device_), MMSYSERR_NOERROR);
     Cards().Advance(Second);
-    EXPECT_TRUE(held_.empty());
+    EXPECT_EQ(Held(), std::set<WAVEHDR*>{});
     Close();
 }
 
