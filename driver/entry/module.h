@@ -14,7 +14,7 @@ extern bool InstallingFlag;
 inline constexpr const WCHAR* DiscoveryMutexName = TEXT("ZPH_Kestrelvox_Discovery_Mutex");
 
 // Closes this process's streams and its handles of the shared mutexes: waiting at most five seconds in
-// all. From its begin on nothing can be opened. The second call does nothing.
+// all. From its begin on nothing can be opened. A second call does only what the first had no time for.
 void ReleaseProcess();
 
 // What a library that was released but not unloaded needs before it is used once more.
