@@ -82,6 +82,7 @@ std::vector<DWORD> DriverTest::Events() {
     for (const platform::EventRecord& event : test_system::EventLog()) {
         EXPECT_EQ(event.Source, u"KESTVOX.DLL");
         EXPECT_EQ(event.Type, EVENTLOG_WARNING_TYPE);
+        EXPECT_EQ(event.Category, 0);
         ids.push_back(event.Id);
     }
     return ids;
