@@ -93,7 +93,7 @@ TEST_F(DriverProcTest, FreeClosesTheStreamsAndLoadWorksAgain) {
     }
     EXPECT_EQ(Cards().OpenFiles(), 0u) << "unloading is enough";
     EXPECT_EQ(messages, 7);
-    EXPECT_TRUE(test_system::UsageComesTo(before));
+    test_system::ExpectUsage(before);
 }
 
 }  // namespace

@@ -102,7 +102,8 @@ TEST(Loader, TellsWhatIsNotThere) {
 }
 
 TEST(Quiet, IsNotWaitedForByTheThreadThatIsBusy) {
-    static bool called = false;
+    static bool called;
+    called = false;
     QueueUserAPC([](ULONG_PTR) { called = true; }, GetCurrentThread(), 0);
     EXPECT_EQ(SleepEx(0, TRUE), WAIT_IO_COMPLETION);
     EXPECT_TRUE(called);

@@ -1,5 +1,6 @@
 // Programs that are killed in the middle of anything: the others go on, and whoever comes next finds every
 // port free, every clock at rest and nobody to wait for.
+#include <atomic>
 #include <chrono>
 #include <future>
 #include <random>
@@ -42,7 +43,7 @@ void Give(WaveRecorder& recorder) {
 // Opens, runs, pauses, resets and closes, over and over, until it dies.
 template <typename Client>
 void LiveToDeath(simulator::Simulator& cards, UINT device, unsigned callback) {
-    unsigned callbacks = 0;
+    std::atomic<unsigned> callbacks = 0;
     Client client;
     client.OnDone([&](WAVEHDR&) {
         if (++callbacks == callback) {

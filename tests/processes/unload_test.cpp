@@ -46,7 +46,7 @@ void UnloadAndEndInTheMiddle(Companion& test) {
         }
         driver.reset();
         EXPECT_EQ(program.Cards.OpenFiles(), 0u);
-        EXPECT_TRUE(test_system::UsageComesTo(usage));
+        test_system::ExpectUsage(usage);
     }
 }
 

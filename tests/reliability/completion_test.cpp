@@ -1,5 +1,7 @@
 // Completions that come late, again, out of their order, for headers that are gone, or never: none is
 // believed that has no buffer in the card behind it, and no header waits for one that does not come.
+#include <atomic>
+
 #include "tests/reliability/answers.h"
 #include "tests/reliability/stride.h"
 #include "tests/reliability/tally.h"
@@ -58,7 +60,7 @@ TEST_F(CompletionTest, DuplicateForAHeaderThatIsInTheCardAgain) {
     for (const char* fault : {"all:again=1000", "all:again=20000", "all:again=300000"}) {
         SCOPED_TRACE(fault);
         Open();
-        unsigned turns = 6;
+        std::atomic<unsigned> turns = 6;
         player_.OnDone([&](WAVEHDR& header) {
             if (turns < 300) {
                 ++turns;
@@ -68,8 +70,8 @@ TEST_F(CompletionTest, DuplicateForAHeaderThatIsInTheCardAgain) {
         Fail(fault);
         Write(6, 400);
         Cards().Advance(10 * Second);
-        EXPECT_EQ(turns, 300u);
-        EXPECT_EQ(player_.DoneCount(), turns);
+        EXPECT_EQ(turns.load(), 300u);
+        EXPECT_EQ(player_.DoneCount(), turns.load());
         Always(player_.Close());
         ExpectNothingComes();
         player_.Forget();

@@ -127,7 +127,7 @@ TEST_F(StressTest, EverythingAtOnce) {
         thread.join();
     }
     EXPECT_EQ(Cards().OpenFiles(), 0u);
-    EXPECT_EQ(test_system::Usage(), usage);
+    test_system::ExpectUsage(usage);
 
     // The cards are as good as new.
     for (const UINT device : {0u, 1u, 2u, 3u}) {

@@ -56,7 +56,7 @@ TEST_F(CallbackTest, ComesWhenTheStreamIsThere) {
     }
     EXPECT_NE(client.WhenTold, 0u);
     EXPECT_EQ(client.WhenTold, client.Stream);
-    EXPECT_TRUE(test_system::UsageComesTo(before));
+    test_system::ExpectUsage(before);
 }
 
 TEST_F(CallbackTest, Event) {

@@ -1,7 +1,6 @@
 // A client that takes the system at its word: a reset that has answered has brought every header back, and so
 // it frees them there and then.
 #include <chrono>
-#include <thread>
 
 #include "tests/reliability/stride.h"
 #include "tests/support/driver_test.h"
@@ -35,8 +34,7 @@ protected:
     }
     bool AreBack() const {
         return std::all_of(std::begin(headers_), std::end(headers_), [](const WAVEHDR* header) {
-            const DWORD flags = __atomic_load_n(&header->dwFlags, __ATOMIC_ACQUIRE);
-            return (flags & (WHDR_DONE | WHDR_INQUEUE)) == WHDR_DONE;
+            return (header->dwFlags & (WHDR_DONE | WHDR_INQUEUE)) == WHDR_DONE;
         });
     }
 
@@ -56,8 +54,8 @@ TYPED_TEST(ClientHabitsTest, FreesEveryHeaderWhenAResetHasAnswered) {
         const auto begin = Clock::now();
         EXPECT_EQ(TypeParam::Reset(this->device_), MMSYSERR_NOERROR);
         const bool inTime = Clock::now() - begin < std::chrono::milliseconds(100);
-        while (!inTime && !this->AreBack() && Clock::now() - begin < std::chrono::minutes(1)) {
-            std::this_thread::yield();
+        if (!inTime) {
+            this->Cards().Advance(1);  // waits for the service thread
         }
         EXPECT_TRUE(this->AreBack()) << "round " << round;
         std::for_each(std::begin(this->headers_), std::end(this->headers_), test_system::GiveBackPage);

@@ -1,5 +1,7 @@
 // What a client hears and gets back when requests fail. tests/reliability lets every request fail, and
 // completions go astray.
+#include <atomic>
+
 #include "tests/support/output_test.h"
 
 namespace {
@@ -49,10 +51,10 @@ TEST_F(StreamFailureTest, AClientThatTriesAgainDoesNotNest) {
             test_system::FailCall("CreateThread", 1);
         }
         Open();
-        int depth = 0;
-        int deepest = 0;
+        std::atomic<int> depth = 0;
+        std::atomic<int> deepest = 0;
         player_.OnDone([&](WAVEHDR& header) {
-            deepest = std::max(deepest, ++depth);
+            deepest = std::max(deepest.load(), ++depth);
             if (player_.DoneCount() < Turns) {
                 EXPECT_EQ(player_.HandIn(header), MMSYSERR_NOERROR);
             }
@@ -60,11 +62,11 @@ TEST_F(StreamFailureTest, AClientThatTriesAgainDoesNotNest) {
         });
         Fail("QUEUE_BUFFER", 0);
         Write(1);
-        for (int i = 0; i < 100 && player_.DoneCount() < Turns; ++i) {
+        for (int i = 0; i == 0 || (i < 100 && player_.DoneCount() < Turns); ++i) {
             Cards().Advance(Second);  // waits for the service thread, but on a slow machine not until the end
         }
         EXPECT_EQ(player_.DoneCount(), Turns);
-        EXPECT_EQ(deepest, 1);
+        EXPECT_EQ(deepest.load(), 1);
         EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
         player_.Forget();
         Cards().ClearFaults();

@@ -22,7 +22,7 @@ DriverTest::~DriverTest() {
     test_system::ClearCallFailures();
     UnloadDriver();
     EXPECT_EQ(simulator_->OpenFiles(), 0u) << "device handles left open";
-    EXPECT_EQ(test_system::Usage(), usage_);
+    test_system::ExpectUsage(usage_);
 }
 
 void DriverTest::StoreValue(const std::u16string& key, const WCHAR* name, const void* data, DWORD size,

@@ -5,6 +5,8 @@
 #include <windows.h>
 #include <mmsystem.h>
 
+#include <gtest/gtest.h>
+
 #include <string>
 
 #include "platform/inspect.h"
@@ -24,7 +26,10 @@ std::string Usage();
 
 // Whether it comes to that: a thread that has left the driver ends a moment later.
 inline bool UsageComesTo(const std::string& usage) {
-    return ComesTrue([&usage] { return Usage() == usage; });
+    return ComesTrue([&usage] { return Usage() == usage; }, std::chrono::seconds(10));
+}
+inline void ExpectUsage(const std::string& usage) {
+    EXPECT_TRUE(UsageComesTo(usage)) << Usage() << " instead of " << usage;
 }
 
 // A page of memory that can be touched until it is given back, and not after.

@@ -174,8 +174,8 @@ TEST_F(Outputs, AreKeptWhenASignalEndsTheRun) {
     for (const auto& [signal, status] : signals) {
         SCOPED_TRACE(signal);
         const std::string line =
-            std::string("(until test -s o.part; do sleep 0.01; done; kill -s ") + signal +
-            " $$) & exec env --default-signal $K record o --input tone:100 --seconds 100000";
+            std::string("(for i in $(seq 6000); do test -s o.part && break; sleep 0.01; done; kill -s ") +
+            signal + " $$) & exec env --default-signal $K record o --input tone:100 --seconds 100000";
         EXPECT_EQ(Shell(line).Status, status);
         EXPECT_GT(FramesOf("o"), 0u);
     }
@@ -242,8 +242,8 @@ TEST_F(Outputs, OfARunThatStandsStillAreKept) {
 TEST_F(Outputs, AreHeardByAListener) {
     const CommandResult heard = Shell(
         "M=kestvox-test-$$; $K listen heard.wav --machine $M >report 2>notes & "
-        "until grep -q listening notes; do sleep 0.01; done; "
-        "$K play in.wav --machine $M --capture played.wav >r; wait $!; echo $?; "
+        "for i in $(seq 6000); do grep -q listening notes && break; sleep 0.01; done; "
+        "$K play in.wav --machine $M --buffer-ms 1000 --capture played.wav >r; wait $!; echo $?; "
         "cmp heard.wav played.wav; grep frames report; $K machine remove $M");
     EXPECT_EQ(heard.Output, "0\nframes-heard: 40000\nframes-lost: 0\n") << heard.Errors;
 }
@@ -255,9 +255,10 @@ TEST_F(Outputs, AreRecordedThroughACable) {
         SCOPED_TRACE(device);
         const std::string playing = output == std::string("1d") ? "3" : "0";
         const CommandResult recorded = Shell(
-            "M=kestvox-test-$$; $K record o --machine $M --cards 2 --format s32 --buffers 40 --device " +
+            "M=kestvox-test-$$; $K record o --machine $M --cards 2 --format s32 --buffer-ms 1000 --device " +
             std::string(device) + " --input cable:" + output +
-            " >report & until test -s o.part; do sleep 0.01; done; $K play in.wav --machine $M --device " +
+            " >report & for i in $(seq 6000); do test -s o.part && break; sleep 0.01; done; $K play in.wav "
+            "--machine $M --buffer-ms 1000 --device " +
             playing + " --capture played.wav >r; wait $!; echo $?; $K machine remove $M");
         EXPECT_EQ(recorded.Output, "0\n") << recorded.Errors;
         const std::string all = Read("o").substr(44);

@@ -1,5 +1,6 @@
 // The file of --setup: what it says is done, options win over it, and what makes no sense is refused by its
 // line.
+#include "platform/machine.h"
 #include "tests/tools/command_test.h"
 #include "tests/tools/wav_bytes.h"
 #include "tools/files/wav_reader.h"
@@ -51,9 +52,11 @@ TEST_F(SetupFile, GivesWayToOptions) {
                    "--tolerate --seconds 0.2 && tail -c 800 out.wav | tr -d '\\0' | wc -c");
     EXPECT_EQ(result.Status, 0) << result.Errors;
     EXPECT_EQ(result.Output.substr(result.Output.size() - 2), "0\n") << "the tone was recorded";
-    result = Shell("machine = from-file\n",
+    const std::string fromFile = "from-file-" + std::to_string(platform::CurrentProcess().Id);
+    result = Shell("machine = " + fromFile + "\n",
                    "M=from-environment-$$; KESTVOX_MACHINE=$M $K play in.wav --setup scene --quiet >r; "
-                   "$K machine list | grep -c from-file; $K machine remove $M");
+                   "$K machine list | grep -c " +
+                       fromFile + "; $K machine remove $M; $K machine remove " + fromFile + " 2>r");
     EXPECT_EQ(result.Output, "0\n") << "the environment's machine wins";
 }
 

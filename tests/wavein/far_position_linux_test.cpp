@@ -21,6 +21,7 @@ TEST_F(FarPositionTest, FullBuffersReportTheirWholeLength) {
         gate.After = nullptr;
         EXPECT_EQ(recorder_.Counts(), (std::vector<DWORD>{800, 800}));
         recorder_.Reset();
+        Cards().Advance(1);  // a reset waits no longer than 200 ms for the service thread
         EXPECT_EQ(recorder_.Counts(), (std::vector<DWORD>{800, 800, 384, 0}));
         CloseAndForget();
     }

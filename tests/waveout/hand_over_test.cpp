@@ -172,12 +172,19 @@ TEST_F(HandOverTest, OnlyANewBufferNeedsMemoryAndAResetGivesItBack) {
     EXPECT_EQ(player_.Write(Pattern(120), 0, 0), MMSYSERR_NOERROR);
     EXPECT_EQ(player_.Write(Pattern(120), 0, 0), MMSYSERR_NOMEM) << "the other one is in the card";
 
-    EXPECT_EQ(player_.Reset(), MMSYSERR_NOERROR);
+    // The second reset gives back what has come too late for the first one, on a busy machine.
+    const auto reset = [this] {
+        for (int time = 1; time <= 2; ++time) {
+            EXPECT_EQ(player_.Reset(), MMSYSERR_NOERROR);
+            Cards().Advance(1);  // waits for the service thread
+        }
+    };
+    reset();
     const std::string usage = test_system::Usage();
     for (unsigned i = 0; i < 20; ++i) {
         Write(80);
     }
-    EXPECT_EQ(player_.Reset(), MMSYSERR_NOERROR);
+    reset();
     EXPECT_EQ(test_system::Usage(), usage);
 }
 
