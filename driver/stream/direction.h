@@ -51,8 +51,9 @@ struct Direction {
     // channel is given up for a sleep, when ResumePending notes whether the port is to run after it.
     void (*BeginRun)(StreamInstance* stream);
     void (*StopForSleep)(StreamInstance* stream);
-    // What only this direction marks in a header that is accepted. DriverMutex held.
-    void (*MarkHeader)(StreamInstance* stream, WAVEHDR* header);
+    // What only this direction marks in a header that is accepted. `overtaken`: by a reset, and so it goes
+    // back at once. DriverMutex held.
+    void (*MarkHeader)(StreamInstance* stream, WAVEHDR* header, bool overtaken);
     // Gives an accepted header whose own memory the card cannot use a shadow buffer, with what is to be
     // played.
     //   MMSYSERR_INVALPARAM   its length does not suit the conversion

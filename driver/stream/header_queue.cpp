@@ -39,9 +39,7 @@ MMRESULT AcceptHeader(StreamInstance* stream, WAVEHDR* header, DWORD resets, Hel
     }
     header->reserved = reinterpret_cast<DWORD_PTR>(stream);
     header->dwFlags = (header->dwFlags & ~static_cast<DWORD>(WHDR_DONE)) | WHDR_INQUEUE;
-    if (stream->ResetCount == resets) {  // else it goes back at once
-        stream->Direction->MarkHeader(stream, header);
-    }
+    stream->Direction->MarkHeader(stream, header, stream->ResetCount != resets);
     HeldHeader* held = stream->Held.Accept(header, header->dwBufferLength, resets);
     if (held == nullptr) {
         return MMSYSERR_NOMEM;

@@ -36,7 +36,7 @@ const Direction InputDirection = {
     .Reset = ResetInput,
     .BeginRun = BeginRecording,
     .StopForSleep = StopInputForSleep,
-    .MarkHeader = [](StreamInstance*, WAVEHDR* header) { header->dwBytesRecorded = 0; },
+    .MarkHeader = [](StreamInstance*, WAVEHDR* header, bool) { header->dwBytesRecorded = 0; },
     .FillShadowBuffer = FillInputBuffer,
     .TakeNext = TakePendingHeader,
     .OnBufferDone = CaptureBufferDone,

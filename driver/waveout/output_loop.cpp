@@ -54,7 +54,10 @@ void GiveUpPasses(StreamInstance* stream) {
     stream->LoopPassesLeft = 1;
 }
 
-void StampLoop(StreamInstance* stream, WAVEHDR* header) {
+void StampLoop(StreamInstance* stream, WAVEHDR* header, bool overtaken) {
+    if (overtaken) {
+        return;
+    }
     if (Has(header, WHDR_BEGINLOOP) && stream->QueuedLoopCount == 0) {
         stream->QueuedLoopCount = header->dwLoops != 0 ? header->dwLoops : 1;
     }

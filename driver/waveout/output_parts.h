@@ -25,8 +25,8 @@ void OutputBufferDone(StreamInstance* stream, HeldHeader* held);
 MMRESULT FillOutputBuffer(StreamInstance* stream, HeldHeader* held);
 
 // Stamps the passes that the header still has to play: it may begin a loop, be part of the one that is being
-// written, or stand outside. DriverMutex held.
-void StampLoop(StreamInstance* stream, WAVEHDR* header);
+// written, or stand outside. One that a reset has overtaken is part of nothing. DriverMutex held.
+void StampLoop(StreamInstance* stream, WAVEHDR* header, bool overtaken);
 
 // Ends the active loop, if there is one, with the pass that is being handed over: shortens what its headers
 // still expect by the passes that are given up, and marks those that expect nothing any more as spent.

@@ -150,6 +150,7 @@ protected:
         header = {};
         header.lpData = reinterpret_cast<LPSTR>(start);
         header.dwBufferLength = static_cast<DWORD>(size);
+        header.dwBytesRecorded = 0xFFFFFFFF;
         Calls::Prepare(handle_, &header, sizeof header);
         std::lock_guard lock(mutex_);
         header.dwUser = buffers_.size();

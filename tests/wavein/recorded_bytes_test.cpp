@@ -1,6 +1,7 @@
 // dwBytesRecorded when something is amiss, and direct mode. What a run leaves in its buffers
 // otherwise is told in recorded_model_test.cpp.
 #include <atomic>
+#include <thread>
 
 #include "tests/support/input_test.h"
 
@@ -98,6 +99,28 @@ TEST_F(RecordedBytesTest, WhatIsAddedDuringAResetIsForTheNextStart) {
     EXPECT_EQ(recorder_.DoneCount(), 10u);
     ASSERT_EQ(recorder_.Recorded().size(), before + 2000);
     ExpectRecorded(Mono(), signal, before);
+}
+
+// What it held when it came back before is not recorded once more.
+TEST_F(RecordedBytesTest, AHeaderThatAResetOvertakesComesBackEmpty) {
+    const auto waits = [this] {
+        return Cards().NoteHeader(simulator::HeaderEvent::Kind::Queued, 0, 0, nullptr).MutexWaits;
+    };
+    Open(Mono());
+    Add(400);
+    Run(1000);
+    const HANDLE mutex = CreateMutexW(nullptr, FALSE, TEXT("ZPH_Kestrelvox_Wave_Driver_Mutex"));
+    ASSERT_EQ(WaitForSingleObject(mutex, INFINITE), WAIT_OBJECT_0);
+    uint64_t waiting = waits();
+    std::thread reset([this] { recorder_.Reset(); });
+    EXPECT_TRUE(ComesTrue([&] { return waits() == waiting + 1; }));
+    std::thread add([this] { EXPECT_EQ(recorder_.HandIn(recorder_.Header(0)), MMSYSERR_NOERROR); });
+    EXPECT_TRUE(ComesTrue([&] { return waits() == waiting + 2; }));
+    ReleaseMutex(mutex);
+    reset.join();
+    add.join();
+    CloseHandle(mutex);
+    EXPECT_EQ(recorder_.Counts(), (Sizes{400, 0}));
 }
 
 // More runs than are kept apart, of which no buffer tells.
