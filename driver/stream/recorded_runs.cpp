@@ -51,21 +51,33 @@ DWORD RecordedRuns::Remaining(const StreamInstance* stream, DWORD frames) const 
     return bytesDelivered_ - bytes < TransferUnit ? 0 : bytes - bytesDelivered_;
 }
 
-DWORD RecordedRuns::TakeShare(const StreamInstance* stream, const HeldHeader& held, DWORD capacity) {
-    for (; served_ != ended_ && At(served_).Resets <= held.Resets; ++served_, bytesDelivered_ = 0) {
-        const Run& run = At(served_);
-        const DWORD left = run.StopPosition != NoPosition ? Remaining(stream, run.StopPosition) : 0;
-        if (left != 0 && run.Resets == held.Resets) {
-            return Deliver(Smaller(capacity, left));
-        }
-    }
+// Of the run that goes on, as long as it does.
+DWORD RecordedRuns::LiveShare(const StreamInstance* stream, const HeldHeader& held, DWORD capacity) {
     const bool running = (stream->Card->*stream->Direction->PortRunning)[stream->Port] != 0;
-    if (!running || served_ != ended_ || At(ended_).Resets != held.Resets) {
+    if (!running || At(served_).Resets != held.Resets) {
         return 0;  // no run has filled it
     }
     const DWORD frames = GetPosition(stream->Device);
     // The card has given the buffer back: when it does not tell how far it is, the buffer counts as full.
-    return Deliver(frames != NoPosition ? Smaller(capacity, Remaining(stream, frames)) : capacity);
+    return frames != NoPosition ? Smaller(capacity, Remaining(stream, frames)) : capacity;
+}
+
+DWORD RecordedRuns::TakeShare(const StreamInstance* stream, const HeldHeader& held, DWORD capacity) {
+    for (;;) {
+        const DWORD ended = ended_;
+        for (; served_ != ended && At(served_).Resets <= held.Resets; ++served_, bytesDelivered_ = 0) {
+            const Run& run = At(served_);
+            const DWORD left = run.StopPosition != NoPosition ? Remaining(stream, run.StopPosition) : 0;
+            if (left != 0 && run.Resets == held.Resets) {
+                return Deliver(Smaller(capacity, left));
+            }
+        }
+        const DWORD share = served_ == ended ? LiveShare(stream, held, capacity) : 0;
+        if (ended_ == ended) {
+            return Deliver(share);
+        }
+        // A run has ended meanwhile.
+    }
 }
 
 DWORD RecordedRuns::Deliver(DWORD bytes) {

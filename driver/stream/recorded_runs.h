@@ -45,6 +45,7 @@ private:
 
     Run& At(DWORD number) { return runs_[number % (MostEnded + 1)]; }
     DWORD Remaining(const StreamInstance* stream, DWORD frames) const;
+    DWORD LiveShare(const StreamInstance* stream, const HeldHeader& held, DWORD capacity);
     DWORD Deliver(DWORD bytes);
 
     Run runs_[MostEnded + 1];  // by number
