@@ -50,9 +50,9 @@ void CALLBACK WaveInput::OnMessage(HWAVEIN, UINT message, DWORD_PTR instance, DW
 }
 
 void WaveInput::PrepareBuffers(unsigned count, unsigned milliseconds) {
+    taken_.assign(count, true);
     AllocateBuffers(count,
                     static_cast<size_t>(RoundUp(FramesIn(milliseconds), FrameStep)) * Format().nBlockAlign);
-    taken_.assign(count, true);
 }
 
 void WaveInput::SetFrameCount(uint64_t frames) {

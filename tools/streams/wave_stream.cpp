@@ -22,11 +22,11 @@ uint64_t WaveStream::FramesIn(unsigned milliseconds) const {
 }
 
 void WaveStream::AllocateBuffers(unsigned count, size_t bytes) {
-    bufferCount_ = count;
-    bufferBytes_ = bytes;
     const auto stride = static_cast<size_t>(RoundUp(bytes, BufferAlignment));
     memory_ = std::make_unique_for_overwrite<char[]>(stride * count);
     buffers_ = std::make_unique<Buffer[]>(count);
+    bufferBytes_ = bytes;
+    bufferCount_ = count;  // from now on there are some to close
     for (unsigned i = 0; i < count; ++i) {
         WAVEHDR& header = buffers_[i].Header;
         header.lpData = memory_.get() + i * stride;
