@@ -16,7 +16,9 @@
 #include "tools/command_error.h"
 #include "tools/commands/commands.h"
 #include "tools/settings/settings_table.h"
+#include "tools/system/interrupt.h"
 #include "tools/system/message.h"
+#include "tools/system/standard_streams.h"
 
 namespace kestvox {
 namespace {
@@ -451,11 +453,13 @@ int AllIsWritten(int status) {
 }  // namespace kestvox
 
 int main(int argc, char** argv) {
+    kestvox::OccupyStandardStreams();
     try {
         return kestvox::AllIsWritten(kestvox::Run(argc, argv));
     } catch (const std::bad_alloc&) {
         return kestvox::Refuse("not enough memory");
     } catch (const std::exception& error) {
-        return kestvox::Refuse(error.what());
+        // A call that a signal has ended has failed for no other reason.
+        return kestvox::IsInterrupted() ? kestvox::InterruptStatus() : kestvox::Refuse(error.what());
     }
 }

@@ -1,8 +1,11 @@
+#include <fcntl.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <csignal>
 
 #include "tools/system/interrupt.h"
+#include "tools/system/standard_streams.h"
 
 namespace kestvox {
 namespace {
@@ -29,6 +32,15 @@ void Handle(int number, void (*handler)(int)) {
 }
 
 }  // namespace
+
+// An open takes the lowest number that is free. What is open for reading refuses what is written to it.
+void OccupyStandardStreams() {
+    for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(number, F_GETFD) < 0) {
+            open("/dev/null", number == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
 
 int InterruptStatus() {
     return received == 0 ? 0 : StatusOfSignals + received;

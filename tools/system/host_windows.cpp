@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "tools/system/interrupt.h"
+#include "tools/system/standard_streams.h"
 
 namespace kestvox {
 namespace {
@@ -25,6 +26,9 @@ BOOL WINAPI OnControl(DWORD event) {
 }
 
 }  // namespace
+
+// The C library has no number for what is not open.
+void OccupyStandardStreams() {}
 
 int InterruptStatus() {
     return status;
