@@ -89,6 +89,22 @@ bool MakeOwnDirectory(const std::string& path) {
     return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == getuid();
 }
 
+// However many signals come meanwhile.
+bool TakeLock(const FileDescriptor& lock) {
+    int result = 0;
+    do {
+        result = flock(lock.Number(), LOCK_EX);
+    } while (result != 0 && errno == EINTR);
+    return result == 0;
+}
+
+bool MakeRoom(const FileDescriptor& file, size_t size) {
+    do {
+        errno = posix_fallocate(file.Number(), 0, static_cast<off_t>(size));
+    } while (errno == EINTR);
+    return errno == 0;
+}
+
 // The lock of a machine's regions, held as long as the answer is open; negative when it cannot be
 // had. The lock file may have been removed while this waited for it: then there is a new machine.
 FileDescriptor LockMachine(const std::string& name) {
@@ -98,7 +114,7 @@ FileDescriptor LockMachine(const std::string& name) {
             continue;
         }
         struct stat status {};
-        if (lock.Number() < 0 || flock(lock.Number(), LOCK_EX) != 0 || fstat(lock.Number(), &status) != 0) {
+        if (lock.Number() < 0 || !TakeLock(lock) || fstat(lock.Number(), &status) != 0) {
             break;
         }
         if (status.st_nlink != 0) {
@@ -129,8 +145,7 @@ void* CreateRegionFile(const std::string& path, size_t size, void (*create)(void
     if (file.Number() < 0) {
         EndProcess("cannot make", path.c_str());
     }
-    errno = posix_fallocate(file.Number(), 0, static_cast<off_t>(size));
-    void* memory = errno == 0 ? MapFile(file, size) : nullptr;
+    void* memory = MakeRoom(file, size) ? MapFile(file, size) : nullptr;
     if (memory == nullptr) {
         EndProcess("cannot make", path.c_str());
     }
