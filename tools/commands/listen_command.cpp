@@ -120,7 +120,7 @@ int Listen(const ListenOptions& options) {
     Take take(options);
     Hear(take, options);
     take.Finish();
-    take.PrintReport(options.File == "-" ? stderr : stdout, options.Device);
+    take.PrintReport(SameFile(options.File, "-") ? stderr : stdout, options.Device);
     std::string problem = take.Problem();
     if (problem.empty() && take.Lost() > 0) {
         problem = std::to_string(take.Lost()) + " frames were not taken in time";
