@@ -1,6 +1,7 @@
 #include "tools/streams/plugged_inputs.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <utility>
 
 #include "tools/command_error.h"
@@ -12,14 +13,21 @@ bool IsAt(const simulator::Connector& connector, unsigned device) {
     return connector.Card == device / 2 && (connector.Port == simulator::Port::Digital) == (device % 2 == 1);
 }
 
-// A file is looked at before anything is set up.
+// A file is looked at before anything is set up, and read for each input that it is plugged into.
 void RequireFile(const PluggedOption& input) {
-    if (!simulator::ParseSignal(input.What)) {
-        try {
-            const InputFeed feed(input.What);
-        } catch (const CommandError& error) {
-            throw CommandError(input.Place + ": " + error.what());
-        }
+    if (simulator::ParseSignal(input.What)) {
+        return;
+    }
+    std::error_code error;
+    const std::filesystem::file_status there = std::filesystem::status(input.What, error);
+    if (input.What == "-" || (exists(there) && !is_regular_file(there) && !is_directory(there))) {
+        throw CommandError(input.Place + ": " + input.What +
+                           ": is read more than once, so that it must be a file");
+    }
+    try {
+        const InputFeed feed(input.What);
+    } catch (const CommandError& refused) {
+        throw CommandError(input.Place + ": " + refused.what());
     }
 }
 
