@@ -21,6 +21,7 @@ constexpr DWORD HeadStartMilliseconds = 10;
 // and a busy computer, however short each buffer is.
 constexpr unsigned LeadMilliseconds = 400;
 
+// On every card: that of the clock's master counts.
 LoopbackOptions WithRecordModeStored(LoopbackOptions options) {
     options.Scene.Settings.push_back(std::string("Punchin=") + (options.Lock ? "0" : "1"));
     return options;
@@ -113,6 +114,7 @@ int Loopback(const LoopbackOptions& asked) {
             input.PrepareBuffers(RecordingBuffers(options), options.BufferMilliseconds);
             runner.Add(std::move(recording));
             runner.Add(std::move(playing));
+            runner.Add(comparison);
             if (out) {
                 runner.Add(*out);
             }

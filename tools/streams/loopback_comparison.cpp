@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "tools/command_error.h"
+
 namespace kestvox {
 namespace {
 
@@ -24,28 +26,39 @@ void LoopbackComparison::Take(std::span<const char> recorded, std::optional<int6
     }
 }
 
+// Fewer bytes at the file's end, and none when it cannot be read.
+std::span<const char> LoopbackComparison::NextPlayed(size_t bytes) {
+    part_.resize(bytes);
+    size_t count = 0;
+    try {
+        count = problem_.empty() ? played_.Read(part_) : 0;
+    } catch (const CommandError& error) {
+        problem_ = error.what();
+    }
+    return std::span(part_).first(count);
+}
+
 void LoopbackComparison::Compare(std::span<const char> recorded) {
-    part_.resize(recorded.size());
-    const size_t count = played_.Read(part_);
+    const std::span<const char> played = NextPlayed(recorded.size());
     const size_t size = FrameSize() / played_.Format().nChannels;
     if (observer_) {
-        observer_(std::span(part_).first(count), recorded.first(count));
+        observer_(played, recorded.first(played.size()));
     }
-    for (size_t at = 0; at < count; at += size) {
-        samplesLost_ += std::memcmp(&recorded[at], &part_[at], size) == 0 ? 0 : 1;
+    for (size_t at = 0; at < played.size(); at += size) {
+        samplesLost_ += std::memcmp(&recorded[at], &played[at], size) == 0 ? 0 : 1;
     }
 }
 
 void LoopbackComparison::Drop(uint64_t frames) {
     while (frames > 0 && !played_.AtEnd()) {
-        part_.resize(static_cast<size_t>(std::min(frames, MostPartFrames)) * FrameSize());
-        const size_t bytes = played_.Read(part_);
-        const uint64_t dropped = bytes / FrameSize();
+        const std::span<const char> played =
+            NextPlayed(static_cast<size_t>(std::min(frames, MostPartFrames)) * FrameSize());
+        const uint64_t dropped = played.size() / FrameSize();
         if (dropped == 0) {
             return;
         }
         if (observer_) {
-            observer_(std::span(part_).first(bytes), {});
+            observer_(played, {});
         }
         samplesLost_ += dropped * played_.Format().nChannels;
         frames -= dropped;

@@ -5,13 +5,15 @@
 #include <functional>
 #include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "tools/files/wav_reader.h"
+#include "tools/streams/side_work.h"
 
 namespace kestvox {
 
-class LoopbackComparison {
+class LoopbackComparison : public SideWork {
 public:
     // `played` is the file from its beginning.
     explicit LoopbackComparison(WavReader played) : played_(std::move(played)) {}
@@ -25,14 +27,19 @@ public:
     // one must be, by the cards' clock; nothing while the playback has not begun.
     void Take(std::span<const char> recorded, std::optional<int64_t> offset);
 
-    // There is no more: what has not come is lost. CommandError when the file can no longer be read.
+    // There is no more: what has not come is lost.
     void Finish();
+
+    void Advance() override {}  // what comes is compared at once
+    // That the file can no longer be read.
+    std::string Problem() const override { return problem_; }
 
     std::optional<int64_t> Offset() const { return offset_; }  // frames; nothing: the playback never began
     uint64_t SamplesLost() const { return samplesLost_; }
 
 private:
     size_t FrameSize() const { return played_.Format().nBlockAlign; }
+    std::span<const char> NextPlayed(size_t bytes);
     void Compare(std::span<const char> recorded);
     void Drop(uint64_t frames);
 
@@ -41,6 +48,7 @@ private:
     uint64_t framesTaken_ = 0;  // of the recording
     uint64_t samplesLost_ = 0;
     std::vector<char> part_;
+    std::string problem_;
     Observer observer_;
 };
 
