@@ -18,8 +18,11 @@ constexpr DWORD FlushMilliseconds = 1000;
 constexpr auto LongSideWork = std::chrono::milliseconds(500);
 constexpr DWORD SleepMilliseconds = 100;
 
+constexpr uint64_t MostSeconds = uint64_t{1} << 40;  // so that twice as many microseconds can be counted
+
 int64_t MicrosecondsOf(uint64_t frames, DWORD rate) {
-    return static_cast<int64_t>((frames * 1000000 + rate - 1) / rate);
+    const uint64_t seconds = std::min(frames / rate, MostSeconds);
+    return static_cast<int64_t>(seconds * 1000000 + (frames % rate * 1000000 + rate - 1) / rate);
 }
 
 // Of a stream before the sleep and after it. What the clock counted between the two was silent.
