@@ -14,12 +14,23 @@ void RequireDifferent(const NamedFile& one, const NamedFile& other) {
     }
 }
 
+// Until it is whole, what is written to a file stands beside it.
+void RequireApart(const NamedFile& one, const NamedFile& other) {
+    if (SameFile(UnfinishedName(one.Path), other.Path)) {
+        throw CommandError(other.Option + ": " + other.Path + " is where " + one.Option +
+                           " is written at first");
+    }
+}
+
 }  // namespace
 
 void RequireDifferentFiles(const FileRoles& roles) {
     for (auto written = roles.Written.begin(); written != roles.Written.end(); ++written) {
-        std::for_each(std::next(written), roles.Written.end(),
-                      [&](const NamedFile& other) { RequireDifferent(*written, other); });
+        std::for_each(std::next(written), roles.Written.end(), [&](const NamedFile& other) {
+            RequireDifferent(*written, other);
+            RequireApart(*written, other);
+            RequireApart(other, *written);
+        });
         for (const NamedFile& read : roles.Read) {
             if (read.Path != "-") {
                 RequireDifferent(read, *written);

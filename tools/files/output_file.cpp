@@ -38,6 +38,10 @@ std::optional<int> OpenAlready(const std::string& path) {
 
 }  // namespace
 
+std::string UnfinishedName(const std::string& path) {
+    return path + ".part";
+}
+
 OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
     std::error_code error;
     const fs::file_status there = fs::status(path_, error);
@@ -57,10 +61,10 @@ OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
 
 void OutputFile::OpenBeside() {
     target_ = FollowLinks(path_);
-    std::string name = target_ + ".part";
+    std::string name = UnfinishedName(target_);
     handle_ = host::CreateNew(name);
     for (unsigned n = 2; handle_ < 0 && errno == EEXIST; ++n) {
-        name = target_ + ".part" + std::to_string(n);
+        name = UnfinishedName(target_) + std::to_string(n);
         handle_ = host::CreateNew(name);
     }
     if (handle_ >= 0) {

@@ -55,6 +55,9 @@ private:
     std::string problem_;
 };
 
+// Where a regular file is until it is whole; with a number behind it when there is one of that name.
+std::string UnfinishedName(const std::string& path);
+
 // Whether both paths lead to one file, one pipe or one stream. Two that lead nowhere yet are compared by
 // name. What forgets all that is written is nobody's file.
 bool SameFile(const std::string& one, const std::string& other);
