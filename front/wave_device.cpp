@@ -209,15 +209,16 @@ MMRESULT SendWaveOrId(WaveDirection direction, WaveHandle device, UINT message, 
     }
     const UINT count = CountDevices(driver, direction);
     const bool mapper = IsMapper(device);
-    const auto id = static_cast<UINT>(mapper ? 0 : device);
+    const WaveHandle number = mapper ? 0 : device;
     if (mapper) {
         if (const auto answer = AnswerMapperQuery(count, message, first, second)) {
             return *answer;
         }
     }
-    if (id >= count) {
+    if (number >= count) {
         return mapper ? MMSYSERR_BADDEVICEID : MMSYSERR_INVALHANDLE;
     }
+    const auto id = static_cast<UINT>(number);
     const std::optional<MMRESULT> answer = AnswerDeviceQuery(id, message, first, second);
     return answer ? *answer : driver.Send(direction, id, message, 0, first, second);
 }

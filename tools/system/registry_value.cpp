@@ -58,7 +58,6 @@ LONG WriteRegistryValue(const WideText& key, const WideText& name, const Registr
         return result;
     }
     const OpenKey open(opened);
-    RegDeleteValueW(open, name.c_str());
     return RegSetValueExW(open, name.c_str(), 0, value.Type, value.Bytes.data(),
                           static_cast<DWORD>(value.Bytes.size()));
 }
