@@ -59,26 +59,6 @@ std::string Wait(unsigned first, unsigned second) {
     return std::to_string(TicksOf(first) + 1 + TicksOf(second)) + " ticks";
 }
 
-ClockScript& ClockScript::Step(unsigned card, const Lines& requests) {
-    const std::string number = std::to_string(card) + " ";
-    if (card == streamCard_) {
-        lines_ = lines_ + LinesOf(number, requests);
-        return *this;
-    }
-    lines_.push_back(number + "BIND_HANDLE " + number + "control");
-    for (const std::string& request : requests) {  // a port's go to the stream's own card
-        const bool port = request.starts_with("write port");
-        lines_ = lines_ + LinesOf(port ? std::to_string(streamCard_) + " " : number, {request});
-    }
-    lines_.push_back(number + "RELEASE_CHANNEL");
-    return *this;
-}
-
-ClockScript& ClockScript::Pass(const std::string& wait) {
-    lines_.push_back(wait);
-    return *this;
-}
-
 Lines ResyncPulse() {
     return {"write port 0 = 04 / 04",  Wait(1000), "write port 0 = 00 / 04",
             "write card 17 = 00 / 80", "stall 1",  "write card 17 = 80 / 80"};

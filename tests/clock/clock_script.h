@@ -23,22 +23,6 @@ std::string Wait(unsigned microseconds);
 // the stepped clock by one more tick.
 std::string Wait(unsigned first, unsigned second);
 
-// The expected requests of one run, for a stream on `streamCard`: requests to that card go through the
-// stream's own handle, those to another one through a control handle for each step.
-class ClockScript {
-public:
-    explicit ClockScript(unsigned streamCard) : streamCard_(streamCard) {}
-
-    ClockScript& Step(unsigned card, const Lines& requests);
-    ClockScript& Pass(const std::string& wait);
-
-    const Lines& Expected() const { return lines_; }
-
-private:
-    unsigned streamCard_;
-    Lines lines_;
-};
-
 // The pulses that resynchronise a card.
 Lines ResyncPulse();
 // A byte of the digital output's channel status, as the card holds it afterwards.
@@ -56,6 +40,11 @@ protected:
     // Opens the device; the lines of the clock run on the way, without the claim of the channel before it
     // and what an open does after it.
     Lines Run(WavePlayer& player, UINT device, DWORD rate, MMRESULT result = MMSYSERR_NOERROR);
+    // ... and closes it again.
+    Lines Run(UINT device, DWORD rate, MMRESULT result = MMSYSERR_NOERROR) {
+        WavePlayer player;
+        return Run(player, device, rate, result);
+    }
 
     static constexpr unsigned Internal = 0;  // of Source
     static constexpr unsigned Link = 0x20;
@@ -74,6 +63,3 @@ protected:
         Follow(3, 2);
     }
 };
-
-inline constexpr DWORD ClockNotValidEvent = 0x40070001;
-inline constexpr DWORD RateMismatchEvent = 0x40070002;
