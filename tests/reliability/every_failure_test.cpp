@@ -82,15 +82,6 @@ protected:
     unsigned faults_ = 0;
 };
 
-// What each request may come to.
-struct Failure {
-    Fault::Kind Kind;
-    const char* Name;
-};
-constexpr Failure Failures[] = {{Fault::Kind::Fail, "fails"},
-                                {Fault::Kind::Pend, "stays pending"},
-                                {Fault::Kind::Short, "is answered short"}};
-
 // A write to the card's registers that went wrong when the card was initialised is made good by the next
 // wake-up, or when the driver is loaded anew.
 bool IsOfInitialisation(const TraceEntry& request, const std::vector<TraceEntry>& discovery) {
@@ -105,16 +96,16 @@ constexpr unsigned Pieces = 8;
 class EveryRequestTest : public EveryFailureTest {
 protected:
     // Each of so many requests fails in each way, while `tell` tells the story.
-    void FailEach(size_t requests, const std::function<void(const Failure& failure, unsigned nth)>& tell) {
+    void FailEach(size_t requests, const std::function<void(Fault::Kind kind, unsigned nth)>& tell) {
         const Piece piece{std::get<1>(GetParam()), Pieces};
         const std::string usage = test_system::Usage();
-        for (const Failure& failure : Failures) {
+        for (const Fault::Kind kind : {Fault::Kind::Fail, Fault::Kind::Pend, Fault::Kind::Short}) {
             for (unsigned nth = 1; nth <= requests && !HasFailure(); nth += Stride) {
                 if (piece.Has(nth / Stride)) {
-                    SCOPED_TRACE(testing::Message()
-                                 << "request " << nth << " of " << requests << " " << failure.Name);
-                    Cards().AddFault({.What = failure.Kind, .Code = Fault::AnyCode, .Nth = nth});
-                    tell(failure, nth);
+                    SCOPED_TRACE(testing::Message() << simulator::FaultName(kind) << " of request " << nth
+                                                    << " of " << requests);
+                    Fail(Fault::AnyCode, nth, kind);
+                    tell(kind, nth);
                     Cards().ClearFaults();
                     EXPECT_EQ(test_system::Usage(), usage);
                     ExpectAllIsWell();
@@ -134,9 +125,9 @@ TEST_P(EveryRequestTest, FailsOnce) {
     const std::vector<simulator::Frame> played = played_;
     ExpectAllIsWell();
     ASSERT_GT(requests.size(), 100u);
-    FailEach(requests.size(), [&](const Failure& failure, unsigned nth) {
+    FailEach(requests.size(), [&](Fault::Kind kind, unsigned nth) {
         const bool isAnswered = !requests[nth - 1].Output.empty();
-        if (failure.Kind == Fault::Kind::Short && !isAnswered) {
+        if (kind == Fault::Kind::Short && !isAnswered) {
             return;
         }
         Tell(driver);
@@ -145,7 +136,7 @@ TEST_P(EveryRequestTest, FailsOnce) {
         }
         const TraceEntry& request = told_[nth - 1];
         SCOPED_TRACE(request.Text());
-        if (failure.Kind == Fault::Kind::Pend && !isAnswered) {
+        if (kind == Fault::Kind::Pend && !isAnswered) {
             EXPECT_TRUE(played_ == played) << "pending is as good as done";
         }
         if (IsOfInitialisation(request, discovery)) {
@@ -163,7 +154,7 @@ TEST_P(DiscoveryFailureTest, OfARequest) {
     const size_t requests = Cards().Trace().size();
     ASSERT_GT(requests, 20u);
     UnloadDriver();
-    FailEach(requests, [&](const Failure&, unsigned) { TellAnew(); });
+    FailEach(requests, [&](Fault::Kind, unsigned) { TellAnew(); });
 }
 
 // Calls that fail for want of memory or handles.
