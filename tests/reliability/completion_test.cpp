@@ -3,12 +3,9 @@
 #include "tests/reliability/answers.h"
 #include "tests/reliability/stride.h"
 #include "tests/reliability/tally.h"
-#include "tests/support/input_test.h"
 #include "tests/support/output_test.h"
 
 namespace {
-
-constexpr size_t BufferSize = 4000;  // of 1000 frames, 23 ms
 
 class CompletionTest : public OutputTest {
 protected:
@@ -148,22 +145,6 @@ TEST_F(CompletionTest, ThousandsAtOnce) {
         test_system::ClearCallFailures();
         ExpectTheEnd();
     }
-}
-
-// Buffers of a recording that come back late still hold what belongs into them.
-class LateRecordingTest : public InputTest {};
-
-TEST_F(LateRecordingTest, HoldsWhatWasRecorded) {
-    const WaveFormat format = PcmFormat(44100, 2, 16);
-    const std::vector<simulator::Frame> signal = PlugIn(8000);
-    Open(format);
-    AddFault("completion:all:late=200000");
-    Add(BufferSize, 8);
-    Always(recorder_.Start());
-    Cards().Advance(Second);
-    EXPECT_EQ(recorder_.Close(), MMSYSERR_NOERROR);
-    ExpectEachReturnedOnce();
-    EXPECT_TRUE(recorder_.Recorded() == ClientBytes(format, signal));
 }
 
 }  // namespace

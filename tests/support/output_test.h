@@ -5,7 +5,7 @@
 
 class OutputTest : public DriverTest {
 protected:
-    static constexpr size_t BufferSize = 4000;  // unless a test wants another
+    static constexpr size_t BufferSize = 4000;  // 23 ms as Open has it, unless a test wants another
 
     void Open(const WaveFormat& format = PcmFormat(44100, 2, 16), UINT device = AnalogOut) {
         ASSERT_EQ(player_.Open(device, format), MMSYSERR_NOERROR);

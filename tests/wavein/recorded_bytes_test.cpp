@@ -100,6 +100,21 @@ TEST_F(RecordedBytesTest, WhatIsAddedDuringAResetIsForTheNextStart) {
     ExpectRecorded(Mono(), signal, before);
 }
 
+// All of them after the stop.
+TEST_F(RecordedBytesTest, BuffersThatComeBackLateHoldWhatWasRecorded) {
+    const auto signal = PlugIn(2000);
+    AddFault("completion:all:late=200000");
+    Open(Mono());
+    Add(800, 4);
+    Run(1700);
+    EXPECT_EQ(recorder_.Stop(), MMSYSERR_NOERROR);
+    EXPECT_EQ(recorder_.DoneCount(), 0u);
+    Cards().Advance(Second);
+    EXPECT_EQ(recorder_.Counts(), Sizes(4, 800));
+    ExpectRecorded(Mono(), signal);
+    EXPECT_EQ(recorder_.Close(), MMSYSERR_NOERROR);
+}
+
 // More runs than are kept apart, of which no buffer tells.
 TEST_F(RecordedBytesTest, ARunAfterManyResetsKeepsItsBytes) {
     Open(Mono());
