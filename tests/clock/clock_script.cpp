@@ -50,6 +50,14 @@ Lines TimedLines(std::span<const simulator::TraceEntry> entries) {
     return lines;
 }
 
+Lines InitialisationIn(const Lines& discovery, unsigned card) {
+    const std::string number = std::to_string(card) + " ";
+    const auto after = [&discovery](const std::string& line) {
+        return std::find(discovery.rbegin(), discovery.rend(), line).base();
+    };
+    return {after(number + "BIND_HANDLE " + number + "control"), after(number + "RELEASE_CHANNEL") - 1};
+}
+
 std::string Wait(unsigned microseconds) {
     return microseconds < 1000 ? "stall " + std::to_string(microseconds)
                                : std::to_string(TicksOf(microseconds)) + " ticks";

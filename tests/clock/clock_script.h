@@ -16,6 +16,9 @@ Lines LinesOf(const std::string& card, Lines requests);  // each behind the card
 
 Lines TimedLines(std::span<const simulator::TraceEntry> entries);
 
+// What initialised the card at the discovery, through its last handle there.
+Lines InitialisationIn(const Lines& discovery, unsigned card);
+
 // A wait of so many microseconds: below 1000 in the kernel; else whole milliseconds, rounded up, and on
 // to the next tick of the timer.
 std::string Wait(unsigned microseconds);

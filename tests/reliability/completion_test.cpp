@@ -77,15 +77,15 @@ TEST_F(CompletionTest, DuplicateForAHeaderThatIsInTheCardAgain) {
 // Those of the buffers that a reset took out of the card come after it: before, while or after the device
 // closes.
 TEST_F(CompletionTest, AfterTheReset) {
-    struct Case {
+    const struct {
         const char* Fault;
         int64_t Pause;  // between reset and close
         bool Known;     // they are waited for
-    };
-    for (const Case& test :
-         {Case{"all:late=50000", 200 * Millisecond, true}, Case{"all:late=50000", 0, false},
-          Case{"all:late=5000000", 100 * Millisecond, false}}) {
-        SCOPED_TRACE(testing::Message() << test.Fault << " " << test.Pause);
+    } cases[] = {{"all:late=50000", 200 * Millisecond, true},
+                 {"all:late=50000", 0, false},
+                 {"all:late=5000000", 100 * Millisecond, false}};
+    for (const auto& test : cases) {
+        SCOPED_TRACE(&test - cases);
         Open();
         Fail(test.Fault);
         Write(20);
