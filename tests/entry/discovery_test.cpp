@@ -41,10 +41,8 @@ TEST_F(FullMachineTest, EveryCardIsAskedOnceAndGivesFourDevices) {
     EXPECT_EQ(Cards().OpenFiles(), 0u) << "the driver keeps no card open without a stream";
 }
 
-class DiscoveryTest : public DriverTest {
+class DiscoveryTest : public WithCards<DriverTest, 3> {
 protected:
-    DiscoveryTest() : DriverTest(3) {}
-
     // The answer of an output, and of the input of that number.
     static MMRESULT Capabilities(const DriverLibrary& library, UINT device) {
         WAVEOUTCAPSW output = {};

@@ -56,23 +56,19 @@ protected:
 
 class LinkedWakeUpTest : public WakeUpTest {
 protected:
-    void SetUp() override {
-        Follow(1, 0);
-        ASSERT_EQ(waveOutGetNumDevs(), 4u);
-        discovery_ = TimedLines(Cards().Trace());
-    }
+    LinkedWakeUpTest() { Follow(1, 0); }
 
     Lines Asked(LPARAM event) {
         Cards().ClearTrace();
         SendPower(event);
         return TimedLines(Cards().Trace());
     }
-
-    Lines discovery_;
 };
 
 // The stream that was opened last comes first; its card follows the other one. It programs the clock of both.
 TEST_F(LinkedWakeUpTest, TheRequestsOfASleepAndOfAWakeUp) {
+    ASSERT_EQ(waveOutGetNumDevs(), 4u);
+    const Lines discovery = TimedLines(Cards().Trace());
     Open({0, 1});
     Write(500);
     Cards().Advance(Second / 10);
@@ -84,7 +80,7 @@ TEST_F(LinkedWakeUpTest, TheRequestsOfASleepAndOfAWakeUp) {
     LosePower();
 
     const Lines lines = Asked(PWR_SUSPENDRESUME);
-    const Lines before = InitialisationIn(discovery_, 0) + InitialisationIn(discovery_, 1) +
+    const Lines before = InitialisationIn(discovery, 0) + InitialisationIn(discovery, 1) +
                          Lines{"1 ACQUIRE_CHANNEL", "0 write card 17 = 01 / 01"};
     ASSERT_GT(lines.size(), before.size());
     EXPECT_EQ(Lines(lines.begin(), lines.begin() + static_cast<long>(before.size())), before);
