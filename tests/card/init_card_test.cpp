@@ -44,15 +44,11 @@ Lines Initialisation(const std::string& format, const Lines& rate, const Lines& 
 
 class InitCardTest : public ClockTest {
 protected:
-    // From the discovery's last handle on, which initialises the card.
     Lines Initialise() {
         UnloadDriver();
         Cards().ClearTrace();
         Load();
-        const Lines all = TimedLines(Cards().Trace());
-        const auto bound = std::find(all.rbegin(), all.rend(), "0 BIND_HANDLE 0 control").base();
-        EXPECT_EQ(all.back(), "0 RELEASE_CHANNEL");
-        return {bound, all.end() - 1};
+        return InitialisationIn(TimedLines(Cards().Trace()), 0);
     }
 };
 

@@ -50,6 +50,14 @@ Lines TimedLines(std::span<const simulator::TraceEntry> entries) {
     return lines;
 }
 
+Lines InitialisationIn(const Lines& discovery, unsigned card) {
+    const std::string number = std::to_string(card) + " ";
+    const auto after = [&discovery](const std::string& line) {
+        return std::find(discovery.rbegin(), discovery.rend(), line).base();
+    };
+    return {after(number + "BIND_HANDLE " + number + "control"), after(number + "RELEASE_CHANNEL") - 1};
+}
+
 std::string Wait(unsigned microseconds) {
     return microseconds < 1000 ? "stall " + std::to_string(microseconds)
                                : std::to_string(TicksOf(microseconds)) + " ticks";
@@ -57,26 +65,6 @@ std::string Wait(unsigned microseconds) {
 
 std::string Wait(unsigned first, unsigned second) {
     return std::to_string(TicksOf(first) + 1 + TicksOf(second)) + " ticks";
-}
-
-ClockScript& ClockScript::Step(unsigned card, const Lines& requests) {
-    const std::string number = std::to_string(card) + " ";
-    if (card == streamCard_) {
-        lines_ = lines_ + LinesOf(number, requests);
-        return *this;
-    }
-    lines_.push_back(number + "BIND_HANDLE " + number + "control");
-    for (const std::string& request : requests) {  // a port's go to the stream's own card
-        const bool port = request.starts_with("write port");
-        lines_ = lines_ + LinesOf(port ? std::to_string(streamCard_) + " " : number, {request});
-    }
-    lines_.push_back(number + "RELEASE_CHANNEL");
-    return *this;
-}
-
-ClockScript& ClockScript::Pass(const std::string& wait) {
-    lines_.push_back(wait);
-    return *this;
 }
 
 Lines ResyncPulse() {

@@ -16,28 +16,15 @@ Lines LinesOf(const std::string& card, Lines requests);  // each behind the card
 
 Lines TimedLines(std::span<const simulator::TraceEntry> entries);
 
+// What initialised the card at the discovery, through its last handle there.
+Lines InitialisationIn(const Lines& discovery, unsigned card);
+
 // A wait of so many microseconds: below 1000 in the kernel; else whole milliseconds, rounded up, and on
 // to the next tick of the timer.
 std::string Wait(unsigned microseconds);
 // Two waits on the timer without a request in between; the second one's first look at the timer moves
 // the stepped clock by one more tick.
 std::string Wait(unsigned first, unsigned second);
-
-// The expected requests of one run, for a stream on `streamCard`: requests to that card go through the
-// stream's own handle, those to another one through a control handle for each step.
-class ClockScript {
-public:
-    explicit ClockScript(unsigned streamCard) : streamCard_(streamCard) {}
-
-    ClockScript& Step(unsigned card, const Lines& requests);
-    ClockScript& Pass(const std::string& wait);
-
-    const Lines& Expected() const { return lines_; }
-
-private:
-    unsigned streamCard_;
-    Lines lines_;
-};
 
 // The pulses that resynchronise a card.
 Lines ResyncPulse();
@@ -56,6 +43,11 @@ protected:
     // Opens the device; the lines of the clock run on the way, without the claim of the channel before it
     // and what an open does after it.
     Lines Run(WavePlayer& player, UINT device, DWORD rate, MMRESULT result = MMSYSERR_NOERROR);
+    // ... and closes it again.
+    Lines Run(UINT device, DWORD rate, MMRESULT result = MMSYSERR_NOERROR) {
+        WavePlayer player;
+        return Run(player, device, rate, result);
+    }
 
     static constexpr unsigned Internal = 0;  // of Source
     static constexpr unsigned Link = 0x20;
@@ -74,6 +66,3 @@ protected:
         Follow(3, 2);
     }
 };
-
-inline constexpr DWORD ClockNotValidEvent = 0x40070001;
-inline constexpr DWORD RateMismatchEvent = 0x40070002;

@@ -5,6 +5,9 @@
 
 namespace {
 
+constexpr DWORD ClockNotValidEvent = 0x40070001;
+constexpr DWORD RateMismatchEvent = 0x40070002;
+
 bool Contains(const Lines& lines, const std::string& line) {
     return std::find(lines.begin(), lines.end(), line) != lines.end();
 }
@@ -53,25 +56,19 @@ TEST_F(ClockSourceTest, TheStoredSourceIsSelected) {
 }
 
 TEST_F(ClockSourceTest, TheDigitalInputIsSwitchedOnInTwoStepsAndMeasuredTwice) {
-    WavePlayer player;
     Cards().SetDigitalInputRate(0, 44100);
     LoadWithSource(64);
     const Lines measurement = {"write card 9 = 80 / 80", "stall 23", "write card 9 = 00 / 80", Wait(4354),
                                "read card 10"};
-    const Lines expected =
-        ClockScript(0)
-            .Step(0, {"write card 9 = 00 / 01", Wait(50000), "write card 9 = 00 / 02", "READ_CLOCK_FAULT",
-                      "read card 32", "write card 32 = 40 / 60", "stall 227", "READ_CLOCK_FAULT"})
-            .Step(0, measurement + measurement)
-            .Step(0, ResyncPulse())
-            .Expected();
-    const Lines lines = Run(player, 0, 44100);
+    const Lines select = {
+        "write card 9 = 00 / 01",  Wait(50000), "write card 9 = 00 / 02", "READ_CLOCK_FAULT", "read card 32",
+        "write card 32 = 40 / 60", "stall 227", "READ_CLOCK_FAULT"};
+    const Lines expected = LinesOf("0 ", select + measurement + measurement + ResyncPulse());
+    const Lines lines = Run(0, 44100);
     EXPECT_NE(std::search(lines.begin(), lines.end(), expected.begin(), expected.end()), lines.end())
         << testing::PrintToString(lines);
-    ASSERT_EQ(player.Close(), MMSYSERR_NOERROR);
-
     LoadWithSource(64, 0);
-    EXPECT_FALSE(Contains(Run(player, 0, 44100), "0 read card 10")) << "nobody asked for a check";
+    EXPECT_FALSE(Contains(Run(0, 44100), "0 read card 10")) << "nobody asked for a check";
 }
 
 TEST_F(ClockSourceTest, AnInvalidSourceIsReportedAndTheCardGoesOnAlone) {
@@ -114,8 +111,7 @@ TEST_F(ClockSourceTest, TheIncomingRateMustBeTheStreams) {
         SCOPED_TRACE(testing::Message() << c.Rate << " with " << c.Incoming << " coming in");
         Cards().PowerCycle(0);  // forgets the last measurement
         Cards().SetDigitalInputRate(0, c.Incoming);
-        WavePlayer player;
-        Run(player, 0, c.Rate, c.Accepted ? MMSYSERR_NOERROR : MMSYSERR_ERROR);
+        Run(0, c.Rate, c.Accepted ? MMSYSERR_NOERROR : MMSYSERR_ERROR);
         mismatches += c.Accepted ? 0 : 1;
         EXPECT_EQ(Events(), std::vector<DWORD>(mismatches, RateMismatchEvent));
         EXPECT_EQ(Source(0), Digital) << "the source itself was valid";
@@ -123,15 +119,13 @@ TEST_F(ClockSourceTest, TheIncomingRateMustBeTheStreams) {
 }
 
 TEST_F(ClockSourceTest, AFailedReadOfTheMeasurementPasses) {
-    WavePlayer player;
     LoadWithSource(64);
     Cards().SetDigitalInputRate(0, 48000);
     // Reads of one run: rate code, source, the discarded measurement, the one that counts.
-    const uint32_t read = *simulator::RequestCode("READ_REGISTER");
-    Cards().AddFault({.Code = read, .Nth = 3});
-    Run(player, 0, 44100, MMSYSERR_ERROR);
-    Cards().AddFault({.What = simulator::Fault::Kind::Short, .Code = read, .Nth = 4});
-    Run(player, 0, 44100, MMSYSERR_NOERROR);
+    AddFault("READ_REGISTER:3");
+    Run(0, 44100, MMSYSERR_ERROR);
+    AddFault("READ_REGISTER:4:short");
+    Run(0, 44100);
     EXPECT_EQ(Events(), std::vector<DWORD>{RateMismatchEvent});
 }
 
@@ -144,8 +138,7 @@ TEST_F(ClockSourceTest, ARegisterThatCannotBeReadIsWritten) {
         if (*fault != 0) {
             AddFault(fault);
         }
-        WavePlayer player;
-        const Lines lines = Run(player, 0, 44100);
+        const Lines lines = Run(0, 44100);
         EXPECT_EQ(Contains(lines, "0 write card 32 = 03 / 07"), *fault != 0);
         EXPECT_EQ(Contains(lines, "0 write card 32 = 00 / 60"), *fault != 0);
         Cards().ClearFaults();
@@ -187,12 +180,10 @@ TEST_F(FollowerClockTest, AFailingFollowerIsJudgedByTheMaster) {
 }
 
 TEST_F(FollowerClockTest, AFollowerPlaysAtTheMastersPace) {
-    WavePlayer follower;
     Cards().SetDrift(0, 500);
     Cards().SetDrift(1, -500);
-    WavePlayer master;
-    Run(follower, 2, 48000);
-    Run(master, 0, 48000);
+    WavePlayer follower(2, PcmFormat(48000, 2, 16));
+    WavePlayer master(0, PcmFormat(48000, 2, 16));
     for (WavePlayer* player : {&follower, &master}) {
         ASSERT_EQ(player->Write(std::vector<BYTE>(48000 * 4 * 3)), MMSYSERR_NOERROR);
     }
@@ -222,8 +213,7 @@ TEST_F(ClockMasterTest, OnlyAPresentCardThatFollowsNobodyIsAMaster) {
         Follow(1, masterOfCard1);
         StoreText(0, TEXT("Master"), master);
         StoreSetting(0, TEXT("ClockSource"), 32);
-        WavePlayer player;
-        Run(player, 0, 44100);
+        Run(0, 44100);
         EXPECT_EQ(Cards().CardRegister(0, 32), 0x03) << "on its own clock, not driving the link";
         EXPECT_EQ(Cards().CardRegister(2, 32) & 0x70, 0);
     }

@@ -7,10 +7,8 @@ constexpr DWORD Rate = 44100;
 
 const WaveFormat Stereo = PcmFormat(Rate, 2, 16);
 
-class RecordingClockTest : public ClockTest {
+class RecordingClockTest : public WithCards<ClockTest, 2> {
 protected:
-    RecordingClockTest() : ClockTest(2) {}
-
     bool ReceiverIsOff() { return (Cards().InputRegister(0, Port::Digital, 1) & 1) != 0; }
 };
 

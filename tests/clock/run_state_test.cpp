@@ -11,54 +11,44 @@ constexpr DWORD Rate = 44100;
 class RunStateTest : public TwoGroupsTest {
 protected:
     // What a run asks of a card outside its group: whether it drives the link, and to stop if it does.
-    static Lines Asked(const Lines& lines, unsigned card) {
+    static Lines Asked(Lines lines, unsigned card) {
         const std::string number = std::to_string(card) + " ";
-        Lines asked;
-        for (const std::string& line : lines) {
-            if (line.starts_with(number) &&
-                (line.find("read") != line.npos || line.find("write") != line.npos)) {
-                asked.push_back(line.substr(number.size()));
-            }
-        }
-        return asked;
+        std::erase_if(lines, [&number](const std::string& line) {
+            return !line.starts_with(number + "read") && !line.starts_with(number + "write");
+        });
+        return lines;
     }
 };
 
 TEST_F(RunStateTest, ARunThatFailedLeavesNothingToAnotherGroup) {
-    WavePlayer player;
     Cards().SetClockBroken(1, Link, true);
-    Run(player, 2, 44100, MMSYSERR_ERROR);
-    const Lines lines = Run(player, 4, Rate);
-    EXPECT_EQ(Asked(lines, 0), (Lines{"read card 32", "write card 32 = 00 / 10"}));
-    EXPECT_EQ(Asked(lines, 1), Lines{"read card 32"});
+    Run(2, Rate, MMSYSERR_ERROR);
+    const Lines lines = Run(4, Rate);
+    EXPECT_EQ(Asked(lines, 0), (Lines{"0 read card 32", "0 write card 32 = 00 / 10"}));
+    EXPECT_EQ(Asked(lines, 1), Lines{"1 read card 32"});
 }
 
 TEST_F(RunStateTest, ACardThatWasInitialisedHangsOnNoLink) {
-    WavePlayer player;
-    Run(player, 4, Rate);
-    ASSERT_EQ(player.Close(), MMSYSERR_NOERROR);
+    Run(4, Rate);
     WakeUp();
-    EXPECT_EQ(Asked(Run(player, 0, Rate), 3), Lines{"read card 32"});
+    EXPECT_EQ(Asked(Run(0, Rate), 3), Lines{"3 read card 32"});
 }
 
 TEST_F(RunStateTest, AFollowerThatWasRestoredIsOnTheLinkAgainWithTheNextStream) {
-    WavePlayer first;
-    Run(first, 2, Rate);
+    const WavePlayer first(2, PcmFormat(Rate, 2, 16));
     for (const UINT message : {SavePci, RestorePci}) {
         EXPECT_EQ(waveOutMessage(first.Handle(), message, 0, 0), MMSYSERR_NOERROR);
     }
     EXPECT_EQ(Source(1), 0u);
-    WavePlayer second(3, PcmFormat(Rate, 2, 16));
+    const WavePlayer second(3, PcmFormat(Rate, 2, 16));
     EXPECT_EQ(Source(1), Link);
 }
 
 TEST_F(RunStateTest, AFollowerThatLosesTheLinkIsHeardOnItsOwnClock) {
     StoreSetting(0, TEXT("CheckClocks"), 0);
-    WavePlayer player;
-    Run(player, 2, Rate);
-    ASSERT_EQ(player.Close(), MMSYSERR_NOERROR);
+    Run(2, Rate);
     Cards().SetClockBroken(1, Link, true);
-    Run(player, 2, Rate);
+    WavePlayer player(2, PcmFormat(Rate, 2, 16));
     const std::vector<BYTE> data = Pattern(4000);
     ASSERT_EQ(player.Write(data), MMSYSERR_NOERROR);
     Cards().Advance(Second / 10);
@@ -110,8 +100,7 @@ TEST_F(RunStateTest, ACardThatCannotBeOpenedEndsTheRunAtWhicheverStep) {
     WavePlayer player;
     for (const UINT device : {0u, 2u}) {  // the master's, a follower's
         UnloadDriver();
-        const auto count = static_cast<unsigned>(opens(Run(player, device, Rate)));
-        player.Shut();
+        const auto count = static_cast<unsigned>(opens(Run(device, Rate)));
         for (unsigned nth = 1; nth <= count; ++nth) {
             SCOPED_TRACE(testing::Message() << "device " << device << ", open " << nth);
             UnloadDriver();

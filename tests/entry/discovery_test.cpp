@@ -41,26 +41,18 @@ TEST_F(FullMachineTest, EveryCardIsAskedOnceAndGivesFourDevices) {
     EXPECT_EQ(Cards().OpenFiles(), 0u) << "the driver keeps no card open without a stream";
 }
 
-class DiscoveryTest : public DriverTest {
+class DiscoveryTest : public WithCards<DriverTest, 3> {
 protected:
-    DiscoveryTest() : DriverTest(3) {}
-
     // The answer of an output, and of the input of that number.
-    MMRESULT Capabilities(UINT device) const {
+    static MMRESULT Capabilities(const DriverLibrary& library, UINT device) {
         WAVEOUTCAPSW output = {};
         WAVEINCAPSW input = {};
         const MMRESULT result =
-            library_->WaveOut(device, WODM_GETDEVCAPS, 0, reinterpret_cast<DWORD_PTR>(&output));
-        EXPECT_EQ(library_->WaveIn(device, WIDM_GETDEVCAPS, 0, reinterpret_cast<DWORD_PTR>(&input)), result);
+            library.WaveOut(device, WODM_GETDEVCAPS, 0, reinterpret_cast<DWORD_PTR>(&output));
+        EXPECT_EQ(library.WaveIn(device, WIDM_GETDEVCAPS, 0, reinterpret_cast<DWORD_PTR>(&input)), result);
         return result;
     }
-    MMRESULT Open(UINT device) {
-        WavePlayer player;
-        return player.Open(device, PcmFormat(44100, 2, 16));
-    }
-    void Load() { library_ = std::make_unique<DriverLibrary>(); }
-
-    std::unique_ptr<DriverLibrary> library_;
+    static MMRESULT Open(UINT device) { return WavePlayer().Open(device, PcmFormat(44100, 2, 16)); }
 };
 
 TEST_F(DiscoveryTest, EndsAtTheFirstCardThatIsMissing) {
@@ -69,38 +61,25 @@ TEST_F(DiscoveryTest, EndsAtTheFirstCardThatIsMissing) {
         UnloadDriver();
         Cards().ClearTrace();
         Cards().SetPresent(missing, false);
-        Load();
+        const DriverLibrary library;
         EXPECT_EQ(waveOutGetNumDevs(), 2 * missing);
         EXPECT_EQ(waveInGetNumDevs(), 2 * missing);
         for (const UINT device : {0u, 1u, 2u, 4u, 5u, 0xFFFFFFFFu}) {
-            EXPECT_EQ(Capabilities(device), device < 2 * missing ? MMSYSERR_NOERROR : MMSYSERR_BADDEVICEID)
+            EXPECT_EQ(Capabilities(library, device),
+                      device < 2 * missing ? MMSYSERR_NOERROR : MMSYSERR_BADDEVICEID)
                 << device;
         }
         EXPECT_EQ(TraceText({"write", "read", "stall"}), missing == 0 ? Lines() : DiscoveryOf(0));
-        library_.reset();
         Cards().SetPresent(missing, true);
     }
     UnloadDriver();
     AddFault("BIND_HANDLE:5");  // the four of card 0, then the probe of card 1
-    Load();
     EXPECT_EQ(waveOutGetNumDevs(), 2u);
-}
-
-TEST_F(DiscoveryTest, WhatComesOrGoesAfterTheFirstLoadDoesNotChangeTheList) {
-    Cards().SetPresent(2, false);
-    EXPECT_EQ(waveOutGetNumDevs(), 4u);
-    Cards().SetPresent(2, true);
-    Cards().SetPresent(1, false);
-    EXPECT_EQ(waveOutGetNumDevs(), 4u);
-    EXPECT_EQ(DeviceName(3), u"Kestrelvox Digital");
-    EXPECT_EQ(Open(3), MMSYSERR_NODRIVER);
-    EXPECT_EQ(Open(0), MMSYSERR_NOERROR);
 }
 
 TEST_F(DiscoveryTest, ALoadFailsWithoutTheMutexThatProcessesShare) {
     test_system::FailCall("CreateMutexW", 1);
-    Load();
-    EXPECT_FALSE(library_->IsLoaded());
+    EXPECT_FALSE(DriverLibrary().IsLoaded());
     EXPECT_EQ(GetLastError(), DWORD{ERROR_DLL_INIT_FAILED});
     EXPECT_FALSE(TraceText().empty()) << "the discovery comes first";
     test_system::FailCall("CreateMutexW", 1);
@@ -114,21 +93,19 @@ TEST_F(DiscoveryTest, ALoadFailsWithoutTheMutexThatProcessesShare) {
 // side's, and a card that neither could initialise is known but not enabled.
 TEST_F(DiscoveryTest, ACardIsEnabledByItsFirstInitialisation) {
     AddFault("BIND_HANDLE:4");
-    Load();
     EXPECT_EQ(waveOutGetNumDevs(), 6u);
     EXPECT_EQ(Cards().CardRegister(0, 9) & 1, 1) << "initialised";
-    library_.reset();
     UnloadDriver();
 
     AddFault("BIND_HANDLE:4");
     AddFault("BIND_HANDLE:5");
-    Load();
+    const DriverLibrary library;
     EXPECT_EQ(waveOutGetNumDevs(), 4u);
     EXPECT_EQ(waveInGetNumDevs(), 4u);
-    EXPECT_EQ(Capabilities(0), MMSYSERR_NOTENABLED);
-    EXPECT_EQ(Capabilities(1), MMSYSERR_NOTENABLED);
+    EXPECT_EQ(Capabilities(library, 0), MMSYSERR_NOTENABLED);
+    EXPECT_EQ(Capabilities(library, 1), MMSYSERR_NOTENABLED);
     EXPECT_EQ(Open(0), MMSYSERR_NOTENABLED);
-    EXPECT_EQ(Capabilities(2), MMSYSERR_NOERROR);
+    EXPECT_EQ(Capabilities(library, 2), MMSYSERR_NOERROR);
 }
 
 }  // namespace

@@ -56,32 +56,19 @@ protected:
 
 class LinkedWakeUpTest : public WakeUpTest {
 protected:
-    void SetUp() override {
-        Follow(1, 0);
-        ASSERT_EQ(waveOutGetNumDevs(), 4u);
-        discovery_ = TimedLines(Cards().Trace());
-    }
+    LinkedWakeUpTest() { Follow(1, 0); }
 
     Lines Asked(LPARAM event) {
         Cards().ClearTrace();
         SendPower(event);
         return TimedLines(Cards().Trace());
     }
-    // What initialised the card at its discovery.
-    Lines Initialisation(unsigned card) const {
-        const std::string number = std::to_string(card);
-        return {After(discovery_, number + " BIND_HANDLE " + number + " control"),
-                After(discovery_, number + " RELEASE_CHANNEL") - 1};
-    }
-    static Lines::const_iterator After(const Lines& lines, const std::string& line) {  // the last of it
-        return std::find(lines.rbegin(), lines.rend(), line).base();
-    }
-
-    Lines discovery_;
 };
 
 // The stream that was opened last comes first; its card follows the other one. It programs the clock of both.
 TEST_F(LinkedWakeUpTest, TheRequestsOfASleepAndOfAWakeUp) {
+    ASSERT_EQ(waveOutGetNumDevs(), 4u);
+    const Lines discovery = TimedLines(Cards().Trace());
     Open({0, 1});
     Write(500);
     Cards().Advance(Second / 10);
@@ -93,15 +80,16 @@ TEST_F(LinkedWakeUpTest, TheRequestsOfASleepAndOfAWakeUp) {
     LosePower();
 
     const Lines lines = Asked(PWR_SUSPENDRESUME);
-    const Lines before =
-        Initialisation(0) + Initialisation(1) + Lines{"1 ACQUIRE_CHANNEL", "0 write card 17 = 01 / 01"};
+    const Lines before = InitialisationIn(discovery, 0) + InitialisationIn(discovery, 1) +
+                         Lines{"1 ACQUIRE_CHANNEL", "0 write card 17 = 01 / 01"};
     ASSERT_GT(lines.size(), before.size());
     EXPECT_EQ(Lines(lines.begin(), lines.begin() + static_cast<long>(before.size())), before);
     const Lines prepared = {"write port 0 = 40 / C0", "write port 0 = 00 / 20", "write port 0 = 00 / 02",
                             "DISARM_CHANNEL",         "write card 3 = 02 / 07", "write card 2 = 80 / FF",
                             "START_TRANSFER"};
     const Lines armed = {"write port 0 = 02 / 02", "ARM_CHANNEL"};
-    EXPECT_EQ(Lines(After(lines, "1 write card 17 = 00 / 01"), lines.end()),
+    const auto released = std::find(lines.rbegin(), lines.rend(), "1 write card 17 = 00 / 01");
+    EXPECT_EQ(Lines(released.base(), lines.end()),
               Lines{Wait(21917)} + LinesOf("1 ", prepared) + Lines{"0 write card 36 = 01 / 01"} +
                   LinesOf("1 ", armed) + Lines{"0 ACQUIRE_CHANNEL"} + LinesOf("0 ", prepared + armed) +
                   Lines{"0 write card 36 = 00 / 01"});

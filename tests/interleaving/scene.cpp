@@ -3,16 +3,22 @@
 #include <algorithm>
 #include <set>
 
-#include "tests/interleaving/card_view.h"
+#include "simulator/machine/machine_state.h"
 #include "tests/support/wait.h"
 
 namespace interleaving {
 namespace {
 
+using simulator::CardState;
+using simulator::ChannelState;
+using simulator::Machine;
+using simulator::host::MachineGuard;
+
 constexpr int64_t Moment = 20 * Scene::Millisecond;  // in which a stream that runs is seen to move
 constexpr const char* BeganApart = "\n    began apart";
 constexpr DWORD ShortHeader = Rate / 50;  // bytes
 constexpr unsigned HeadersWithoutLoop = 3;
+constexpr unsigned GainsOfOutput[2][2] = {{2, 6}, {3, 7}};  // mixer inputs that a port's playback feeds
 
 bool IsAsleep(Start from) {
     return from == Start::Asleep || from == Start::Dozing;
@@ -38,6 +44,43 @@ bool Ends(const Act& act, unsigned stream, const Setting& setting) {
     default:
         return false;
     }
+}
+
+// --- what the cards are doing ----------------------------------------------------------------------------
+
+ChannelState ChannelOf(const StreamPlan& plan) {
+    const MachineGuard guard;
+    return Machine().Cards[plan.Card].Channels[plan.Channel()];
+}
+
+// Whether the stream's channel is started, armed and held, at which rate and gains, and with `buffers` how
+// many it has. Nothing that depends on when it is asked, and nothing of a port that nobody has open.
+std::string Describe(const StreamPlan& plan, bool buffers) {
+    const MachineGuard guard;
+    const CardState& card = Machine().Cards[plan.Card];
+    const ChannelState& channel = card.Channels[plan.Channel()];
+    if (channel.Owner.Id == 0) {
+        return "free";
+    }
+    if (!channel.Acquired) {
+        return "released";
+    }
+    // A transfer moves nothing while the channel is disarmed, ends by itself when there is no buffer, and is
+    // asked for again by every start: whether it is on then says nothing.
+    std::string text = channel.Armed ? "armed" : "disarmed";
+    if (channel.Armed && channel.Tally.BuffersInFlight != 0) {
+        text += channel.TransferOn ? ", started" : ", stopped";
+    }
+    text += channel.Waiting ? " held" : "";
+    text += ", " + std::to_string(card.ClockValid ? card.Clock.Rate : 0) + " Hz";
+    if (!plan.Output) {
+        return text;  // how many an input has filled follows from the time that passed
+    }
+    text += " at gains";
+    for (const unsigned gain : GainsOfOutput[plan.Port]) {
+        text += " " + std::to_string(card.MixerFile[gain]);
+    }
+    return buffers ? text + ", " + std::to_string(channel.Tally.BuffersInFlight) + " buffers" : text;
 }
 
 // A stream that was closed from inside its callback is let go when the service thread comes to its end.
@@ -82,9 +125,8 @@ void Scene::Prepare(Start from) {
     }
     const unsigned open = from == Start::Idle ? 0 : from == Start::Partly ? 1 : StreamCount();
     for (unsigned stream = 0; stream < open; ++stream) {
-        if (OwnerOf(stream).Do<&Side::Open>(stream, Rate) != MMSYSERR_NOERROR) {
-            Fault(stream, "cannot be opened to begin with");
-        }
+        const int64_t answer = OwnerOf(stream).Do<&Side::Open>(stream, Rate);
+        Expect(answer == MMSYSERR_NOERROR, stream, "cannot be opened to begin with");
     }
     for (unsigned stream = 0; stream < open; ++stream) {
         PrepareStream(stream, from);
@@ -144,9 +186,8 @@ std::string Scene::Outcome(Start from, const std::vector<Act>& acts) {
     bool softReset = false;
     for (const Act& act : acts) {
         softReset |= act.What == Message::SoftReset;
-        if (act.What == Message::Free && sides_[act.Program].Do<&Side::Reload>() == 0) {
-            Fault("the driver left something behind when it was let go");
-        }
+        Expect(act.What != Message::Free || sides_[act.Program].Do<&Side::Reload>() != 0,
+               "the driver left something behind when it was let go");
     }
     // The headers that a soft reset gives back come one after the other, and how many are back is a matter of
     // time, as it is of those that are about to come back anyway. A start that it cuts in two is left half
@@ -154,9 +195,8 @@ std::string Scene::Outcome(Start from, const std::vector<Act>& acts) {
     const bool buffers = from != Start::Ending && !softReset;
     std::string outcome = softReset ? "" : Snapshot(buffers);
     outcome += WakeUp(from, softReset, buffers);
-    if (from == Start::Dozing && outcome.find(BeganApart) != std::string::npos) {
-        Fault("what was started during the sleep began apart after it");
-    }
+    Expect(from != Start::Dozing || outcome.find(BeganApart) == std::string::npos,
+           "what was started during the sleep began apart after it");
     ExpectUndisturbed(from, acts);
     ExpectStart(false);
     ExpectAllBack();
@@ -173,16 +213,17 @@ std::string Scene::Snapshot(bool buffers) {
         }
     }
     const std::vector<uint64_t> moved = MovedIn(Moment);
-    std::string text = DescribeCards(setting_, buffers);
+    std::string text;
     std::set<uint64_t> firstFrames;
     for (unsigned stream = 0; stream < StreamCount(); ++stream) {
+        const StreamPlan& plan = setting_.Streams[stream];
         text += "\n    stream " + std::to_string(stream) + (IsOpen(stream) ? " is open" : " is closed") +
-                (moved[stream] != 0 ? " and moves" : " and silent");
-        if (buffers && setting_.Streams[stream].Output) {
+                (moved[stream] != 0 ? " and moves, " : " and silent, ") + Describe(plan, buffers);
+        if (buffers && plan.Output) {
             text += ", has " + std::to_string(OwnerOf(stream).Do<&Side::Away>(stream)) + " headers";
         }
         if (moved[stream] != 0) {
-            firstFrames.insert(ChannelOf(setting_.Streams[stream]).Tally.StartFrame);
+            firstFrames.insert(ChannelOf(plan).Tally.StartFrame);
         }
     }
     return firstFrames.size() > 1 ? text + BeganApart : text;
@@ -224,9 +265,8 @@ void Scene::ExpectUndisturbed(Start from, const std::vector<Act>& acts) {
     for (unsigned stream = 0; stream < StreamCount(); ++stream) {
         const bool ended = std::any_of(acts.begin(), acts.end(),
                                        [&](const Act& act) { return Ends(act, stream, setting_); });
-        if (PlaysToBeginWith(from, stream) && !ended && moved[stream] == 0) {
-            Fault(stream, "is silent, though nobody has stopped it");
-        }
+        Expect(!PlaysToBeginWith(from, stream) || ended || moved[stream] != 0, stream,
+               "is silent, though nobody has stopped it");
     }
 }
 
@@ -244,67 +284,48 @@ void Scene::ExpectStart(bool afresh) {
     for (unsigned stream = 0; stream < StreamCount(); ++stream) {
         if (IsOpen(stream)) {
             counts.insert(moved[stream]);
-            if (moved[stream] == 0) {
-                Fault(stream, "is silent, though all have been started");
-            }
+            Expect(moved[stream] != 0, stream, "is silent, though all have been started");
         }
     }
-    if (afresh && counts.size() > 1) {
-        Fault("the streams do not start on one frame after a reset");
-    }
+    Expect(!afresh || counts.size() <= 1, "the streams do not start on one frame after a reset");
 }
 
 void Scene::ExpectAllBack() {
     for (unsigned stream = 0; stream < StreamCount(); ++stream) {
-        if (IsOpen(stream)) {
-            Send(Message::Reset, stream);
-        }
+        Send(Message::Reset, stream);
     }
     Advance(Millisecond);
     for (unsigned stream = 0; stream < StreamCount(); ++stream) {
-        if (const int64_t away = OwnerOf(stream).Do<&Side::Away>(stream); away != 0) {
-            Fault(stream, "has kept " + std::to_string(away) + " headers over a reset");
-        }
+        ExpectNoneAway(stream, "a reset");
     }
+}
+
+void Scene::ExpectNoneAway(unsigned stream, const std::string& over) {
+    const int64_t away = OwnerOf(stream).Do<&Side::Away>(stream);
+    Expect(away == 0, stream, "has kept " + std::to_string(away) + " headers over " + over);
 }
 
 void Scene::ExpectEnd() {
     for (unsigned stream = 0; stream < StreamCount(); ++stream) {
-        if (const int64_t answer = IsOpen(stream) ? Send(Message::Shut, stream) : 0; answer != 0) {
-            Fault(stream, "answers its close with " + std::to_string(answer));
-        }
-        if (const int64_t away = OwnerOf(stream).Do<&Side::Away>(stream); away != 0) {
-            Fault(stream, "has kept " + std::to_string(away) + " headers over its close");
-        }
-        if (const int64_t wrong = OwnerOf(stream).Do<&Side::WrongCallbacks>(stream); wrong != 0) {
-            Fault(stream, "told " + std::to_string(wrong) +
-                              " times of headers that it did not have, or of a "
-                              "close without an open");
-        }
-        if (!BecomesFree(setting_.Streams[stream])) {
-            Fault(stream, "keeps its channel after all");
-        }
+        const int64_t answer = IsOpen(stream) ? Send(Message::Shut, stream) : 0;
+        Expect(answer == 0, stream, "answers its close with " + std::to_string(answer));
+        ExpectNoneAway(stream, "its close");
+        Expect(OwnerOf(stream).Do<&Side::WrongCallbacks>(stream) == 0, stream,
+               "told of headers that it did not have, or of a close without an open");
+        Expect(BecomesFree(setting_.Streams[stream]), stream, "keeps its channel after all");
     }
     for (Line& side : sides_) {
-        if (side.Do<&Side::HasNothingLeft>() == 0) {
-            Fault("device files, memory, handles or threads are left");
-        }
+        Expect(side.Do<&Side::HasNothingLeft>() != 0, "device files, memory, handles or threads are left");
     }
 }
 
 void Scene::ExpectAnotherRate() {
-    if (const int64_t answer = OwnerOf(0).Do<&Side::Open>(0, OtherRate); answer != MMSYSERR_NOERROR) {
-        Fault("another rate is refused with " + std::to_string(answer));
-        return;
-    }
+    const int64_t answer = OwnerOf(0).Do<&Side::Open>(0, OtherRate);
+    Expect(answer == MMSYSERR_NOERROR, "another rate is refused with " + std::to_string(answer));
     Hand(0);
     Send(Message::Start, 0);
-    if (MovedIn(Moment)[0] == 0) {
-        Fault("a new stream is silent");
-    }
-    if (Send(Message::Shut, 0) != MMSYSERR_NOERROR) {
-        Fault("a new stream cannot be closed");
-    }
+    Expect(MovedIn(Moment)[0] != 0, "a new stream is silent");
+    Expect(Send(Message::Shut, 0) == MMSYSERR_NOERROR, "a new stream cannot be closed");
 }
 
 }  // namespace interleaving

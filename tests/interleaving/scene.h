@@ -37,12 +37,17 @@ private:
     void ExpectUndisturbed(Start from, const std::vector<Act>& acts);
     void ExpectStart(bool afresh);  // of all that are open; afresh, after a reset, on one frame
     void ExpectAllBack();
+    void ExpectNoneAway(unsigned stream, const std::string& over);  // headers
     void ExpectEnd();
     void ExpectAnotherRate();
 
-    void Fault(const std::string& what) { faults_.push_back(what); }
-    void Fault(unsigned stream, const std::string& what) {
-        Fault("stream " + std::to_string(stream) + " " + what);
+    void Expect(bool good, const std::string& fault) {
+        if (!good) {
+            faults_.push_back(fault);
+        }
+    }
+    void Expect(bool good, unsigned stream, const std::string& fault) {
+        Expect(good, "stream " + std::to_string(stream) + " " + fault);
     }
     std::vector<uint64_t> MovedIn(int64_t microseconds);
     unsigned StreamCount() const { return static_cast<unsigned>(setting_.Streams.size()); }

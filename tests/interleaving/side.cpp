@@ -149,10 +149,6 @@ void Side::Begin(unsigned thread, Message message, unsigned stream, unsigned nth
     });
 }
 
-bool Side::AwaitHeld(unsigned thread) {
-    return actors_[thread].Hold->AwaitHeldOrEnded() == RequestHold::State::Held;
-}
-
 bool Side::AwaitDoneOrWaiting(unsigned thread) {
     unsigned quiet = 0;
     for (unsigned look = 0; look < MostLooks && quiet < QuietLooks; ++look) {

@@ -44,7 +44,9 @@ public:
 
     // An act, on a thread of its own.
     void Begin(unsigned thread, Message message, unsigned stream, unsigned nth, bool after, bool inCallback);
-    bool AwaitHeld(unsigned thread);  // false: the thread has ended
+    bool AwaitHeld(unsigned thread) {  // false: the thread has ended
+        return actors_[thread].Hold->AwaitHeldOrEnded() == simulator::RequestHold::State::Held;
+    }
     void LetGo(unsigned thread) { actors_[thread].Hold->LetGo(); }
     // True when the act is done, false when no thread of the process has had anything to do for a while, or
     // one looks again and again for something that does not come. A thread that is judged wrongly goes on all

@@ -82,15 +82,6 @@ protected:
     unsigned faults_ = 0;
 };
 
-// What each request may come to.
-struct Failure {
-    Fault::Kind Kind;
-    const char* Name;
-};
-constexpr Failure Failures[] = {{Fault::Kind::Fail, "fails"},
-                                {Fault::Kind::Pend, "stays pending"},
-                                {Fault::Kind::Short, "is answered short"}};
-
 // A write to the card's registers that went wrong when the card was initialised is made good by the next
 // wake-up, or when the driver is loaded anew.
 bool IsOfInitialisation(const TraceEntry& request, const std::vector<TraceEntry>& discovery) {
@@ -106,15 +97,15 @@ class EveryRequestTest : public EveryFailureTest {
 protected:
     // Each of so many requests fails in each way, while `tell` tells the story. `usage`: what is to be left.
     void FailEach(size_t requests, const std::string& usage,
-                  const std::function<void(const Failure& failure, unsigned nth)>& tell) {
+                  const std::function<void(Fault::Kind kind, unsigned nth)>& tell) {
         const Piece piece{std::get<1>(GetParam()), Pieces};
-        for (const Failure& failure : Failures) {
+        for (const Fault::Kind kind : {Fault::Kind::Fail, Fault::Kind::Pend, Fault::Kind::Short}) {
             for (unsigned nth = 1; nth <= requests && !HasFailure(); nth += Stride) {
                 if (piece.Has(nth / Stride)) {
-                    SCOPED_TRACE(testing::Message()
-                                 << "request " << nth << " of " << requests << " " << failure.Name);
-                    Cards().AddFault({.What = failure.Kind, .Code = Fault::AnyCode, .Nth = nth});
-                    tell(failure, nth);
+                    SCOPED_TRACE(testing::Message() << simulator::FaultName(kind) << " of request " << nth
+                                                    << " of " << requests);
+                    Fail(Fault::AnyCode, nth, kind);
+                    tell(kind, nth);
                     Cards().ClearFaults();
                     test_system::ExpectUsage(usage);
                     ExpectAllIsWell();
@@ -137,9 +128,9 @@ TEST_P(EveryRequestTest, FailsOnce) {
     const std::vector<simulator::Frame> played = played_;
     ExpectAllIsWell();
     ASSERT_GT(requests.size(), 100u);
-    FailEach(requests.size(), usage, [&](const Failure& failure, unsigned nth) {
+    FailEach(requests.size(), usage, [&](Fault::Kind kind, unsigned nth) {
         const bool isAnswered = !requests[nth - 1].Output.empty();
-        if (failure.Kind == Fault::Kind::Short && !isAnswered) {
+        if (kind == Fault::Kind::Short && !isAnswered) {
             return;
         }
         Tell(driver);
@@ -148,7 +139,7 @@ TEST_P(EveryRequestTest, FailsOnce) {
         }
         const TraceEntry& request = told_[nth - 1];
         SCOPED_TRACE(request.Text());
-        if (failure.Kind == Fault::Kind::Pend && !isAnswered) {
+        if (kind == Fault::Kind::Pend && !isAnswered) {
             EXPECT_TRUE(played_ == played) << "pending is as good as done";
         }
         if (IsOfInitialisation(request, discovery)) {
@@ -167,7 +158,7 @@ TEST_P(DiscoveryFailureTest, OfARequest) {
     const size_t requests = Cards().Trace().size();
     ASSERT_GT(requests, 20u);
     UnloadDriver();
-    FailEach(requests, usage, [&](const Failure&, unsigned) { TellAnew(); });
+    FailEach(requests, usage, [&](Fault::Kind, unsigned) { TellAnew(); });
 }
 
 // Calls that fail for want of memory or handles.

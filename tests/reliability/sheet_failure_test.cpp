@@ -1,6 +1,5 @@
 // Under each page of the configuration sheet, everything that the page asks of the card or of the system
 // fails once: nothing stays behind, and the next sheet does all that its user wants.
-#include <ostream>
 #include <tuple>
 
 #include "config_ui/resource.h"
@@ -52,10 +51,6 @@ constexpr Visit Visits[] = {
     {"BufferSizes", u"ASIO", ChangeBufferSizes, false},
 };
 
-void PrintTo(const Visit& visit, std::ostream* out) {
-    *out << visit.Name;
-}
-
 constexpr const char* Calls[] = {"HeapAlloc",     "GlobalAlloc",   "GlobalLock",
                                  "CreateEventW",  "CreateFileW",   "WaitForSingleObjectEx",
                                  "RegOpenKeyExW", "RegCreateKeyW", "RegQueryValueExW",
@@ -63,7 +58,7 @@ constexpr const char* Calls[] = {"HeapAlloc",     "GlobalAlloc",   "GlobalLock",
 
 constexpr unsigned Pieces = 3;
 
-class SheetFailureTest : public SheetTest, public testing::WithParamInterface<std::tuple<Visit, unsigned>> {
+class SheetFailureTest : public SheetTest, public testing::WithParamInterface<std::tuple<size_t, unsigned>> {
 protected:
     SheetFailureTest() : SheetTest(CardCount) {}
     ~SheetFailureTest() override { tally::Add(tally::Faults, faults_); }
@@ -124,7 +119,7 @@ protected:
         EXPECT_EQ(State(), wanted_[choice]);
     }
 
-    const Visit& visit_ = std::get<0>(GetParam());
+    const Visit& visit_ = Visits[std::get<0>(GetParam())];
     const Piece piece_{std::get<1>(GetParam()), Pieces};
     WavePlayer player_;
     unsigned faults_ = 0;
@@ -144,7 +139,7 @@ TEST_P(SheetFailureTest, OfARequest) {
                 continue;
             }
             SCOPED_TRACE(testing::Message() << "request " << nth << " of " << requests);
-            Cards().AddFault({.What = kind, .Code = Fault::AnyCode, .Nth = nth});
+            Fail(Fault::AnyCode, nth, kind);
             Make(0);
             Cards().ClearFaults();
             ExpectAllIsWell();
@@ -170,9 +165,11 @@ TEST_P(SheetFailureTest, OfACall) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, SheetFailureTest,
-                         testing::Combine(testing::ValuesIn(Visits), testing::Range(0u, Pieces)),
+                         testing::Combine(testing::Range(size_t{0}, std::size(Visits)),
+                                          testing::Range(0u, Pieces)),
                          [](const auto& told) {
-                             return std::get<0>(told.param).Name + std::to_string(std::get<1>(told.param));
+                             return Visits[std::get<0>(told.param)].Name +
+                                    std::to_string(std::get<1>(told.param));
                          });
 
 }  // namespace

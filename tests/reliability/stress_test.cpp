@@ -26,10 +26,8 @@ constexpr unsigned Operations = 75;
 constexpr unsigned OperationsBeside = 40;  // of the threads that open another port, and that sleep and wake
 constexpr unsigned MostHeaders = 12;       // that a stream has at a time
 
-class StressTest : public DriverTest {
+class StressTest : public WithCards<DriverTest, 2> {
 protected:
-    StressTest() : DriverTest(2) {}
-
     // Any message but a close, which the system demands to be of one thread alone.
     static void Use(Stream& stream, unsigned what) {
         constexpr Message Messages[] = {Message::Position, Message::Stop,  Message::Start,

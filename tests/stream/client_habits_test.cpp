@@ -13,7 +13,6 @@ constexpr unsigned Rounds = 1000 / Stride;
 constexpr unsigned Rounds = 1000;
 #endif
 constexpr size_t Headers = 10;
-constexpr int64_t Millisecond = 1000;
 
 template <typename Calls>
 class ClientHabitsTest : public DriverTest {
@@ -64,7 +63,7 @@ TYPED_TEST(ClientHabitsTest, FreesEveryHeaderWhenAResetHasAnswered) {
             this->Open();
         }
     }
-    this->Cards().Advance(100 * Millisecond);
+    this->Cards().Advance(100 * this->Millisecond);
     EXPECT_EQ(TypeParam::Close(this->device_), MMSYSERR_NOERROR);
 }
 

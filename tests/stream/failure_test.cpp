@@ -6,19 +6,7 @@
 
 namespace {
 
-class StreamFailureTest : public OutputTest {
-protected:
-    void ExpectPlayed(const std::vector<unsigned>& seeds) {
-        std::vector<BYTE> all;
-        for (const unsigned seed : seeds) {
-            const std::vector<BYTE> data = Pattern(4000, seed);
-            all.insert(all.end(), data.begin(), data.end());
-        }
-        EXPECT_TRUE(Played() == Sound(format_, all)) << Played().size() << " frames";
-    }
-
-    const WaveFormat format_ = PcmFormat(44100, 2, 16);
-};
+using StreamFailureTest = OutputTest;
 
 TEST_F(StreamFailureTest, ABufferThatIsNotTakenComesBackAndTheOthersPlay) {
     for (const char* request : {"BEGIN_BUFFER", "MAP_BUFFER", "SET_BUFFER_COOKIE", "QUEUE_BUFFER"}) {
@@ -26,15 +14,13 @@ TEST_F(StreamFailureTest, ABufferThatIsNotTakenComesBackAndTheOthersPlay) {
             SCOPED_TRACE(testing::Message() << request << " " << nth);
             Open();
             Fail(request, nth);
-            Write(15);
-            Cards().Advance(Second);
-            std::vector<unsigned> taken;
-            for (unsigned seed = 1; seed <= 15 && nth != 0; ++seed) {
-                if (seed != nth) {
-                    taken.push_back(seed);
+            for (unsigned i = 1; i <= 15; ++i) {
+                Write();
+                if (i == nth || nth == 0) {
+                    written_.resize(written_.size() - BufferSize);
                 }
             }
-            ExpectPlayed(taken);
+            ExpectAllPlayed();
             CloseAndForget();
         }
     }
@@ -82,14 +68,13 @@ TEST_F(StreamFailureTest, AStartThatFailsLosesNothing) {
         Fail(request, 0);
         Write(3);
         Cards().Advance(Second);
-        ExpectPlayed({});
+        EXPECT_TRUE(Played().empty());
         const Lines lines = TraceText();
         EXPECT_EQ(std::count(lines.begin(), lines.end(), "ARM_CHANNEL"), *request == 'A' ? 1 : 0);
         Cards().ClearFaults();
         EXPECT_EQ(player_.Stop(), MMSYSERR_NOERROR);
         EXPECT_EQ(player_.Start(), MMSYSERR_NOERROR);
-        Cards().Advance(Second);
-        ExpectPlayed({1, 2, 3});
+        ExpectAllPlayed();
         CloseAndForget();
     }
 }

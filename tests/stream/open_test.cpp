@@ -42,21 +42,20 @@ TYPED_TEST(OpenTest, OneClockHasOneRateAndADeviceOneClient) {
 
 TYPED_TEST(OpenTest, AnOpenThatFailsIsUndone) {
     const struct {
-        const char* Call;
-        const char* Request;
+        const char* Failing;  // a request, or a call
         MMRESULT Result;
-    } cases[] = {
-        {"HeapAlloc", nullptr, MMSYSERR_NOMEM},       {"CreateFileW", nullptr, MMSYSERR_NODRIVER},
-        {"CreateEventW", nullptr, MMSYSERR_ERROR},    {nullptr, "BIND_HANDLE", MMSYSERR_ALLOCATED},
-        {nullptr, "ACQUIRE_CHANNEL", MMSYSERR_ERROR},
-    };
+    } cases[] = {{"HeapAlloc", MMSYSERR_NOMEM},
+                 {"CreateFileW", MMSYSERR_NODRIVER},
+                 {"CreateEventW", MMSYSERR_ERROR},
+                 {"BIND_HANDLE", MMSYSERR_ALLOCATED},
+                 {"ACQUIRE_CHANNEL", MMSYSERR_ERROR}};
     waveOutGetNumDevs();
     for (const auto& test : cases) {
-        SCOPED_TRACE(test.Call != nullptr ? test.Call : test.Request);
-        if (test.Call != nullptr) {
-            test_system::FailCall(test.Call, 1);
+        SCOPED_TRACE(test.Failing);
+        if (simulator::RequestCode(test.Failing)) {
+            this->Fail(test.Failing);
         } else {
-            this->Fail(test.Request);
+            test_system::FailCall(test.Failing, 1);
         }
         EXPECT_EQ(this->client_.Open(Analog, PcmFormat(44100, 2, 16)), test.Result);
         EXPECT_EQ(this->client_.Messages(), std::vector<UINT>());

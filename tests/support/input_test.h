@@ -9,8 +9,8 @@ protected:
 
     // Plugs so many frames of noise into an input of card 0; the digital one takes them at the card's
     // rate. They are heard from the first frame that is recorded.
-    std::vector<simulator::Frame> PlugIn(size_t frames, Port port = Port::Analog) {
-        std::vector<simulator::Frame> signal = NoiseFrames(frames, 7);
+    std::vector<simulator::Frame> PlugIn(size_t frames, Port port = Port::Analog, unsigned seed = 7) {
+        std::vector<simulator::Frame> signal = NoiseFrames(frames, seed);
         Cards().PlugIn(0, port, simulator::InputSignal::Run(signal));
         return signal;
     }

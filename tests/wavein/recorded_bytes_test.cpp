@@ -111,16 +111,31 @@ TEST_F(RecordedBytesTest, AHeaderThatAResetOvertakesComesBackEmpty) {
     Run(1000);
     const HANDLE mutex = CreateMutexW(nullptr, FALSE, TEXT("ZPH_Kestrelvox_Wave_Driver_Mutex"));
     ASSERT_EQ(WaitForSingleObject(mutex, INFINITE), WAIT_OBJECT_0);
-    uint64_t waiting = waits();
+    const uint64_t waiting = waits();
     std::thread reset([this] { recorder_.Reset(); });
-    EXPECT_TRUE(ComesTrue([&] { return waits() == waiting + 1; }));
+    EXPECT_TRUE(ComesTrue([&] { return waits() > waiting; }));
     std::thread add([this] { EXPECT_EQ(recorder_.HandIn(recorder_.Header(0)), MMSYSERR_NOERROR); });
-    EXPECT_TRUE(ComesTrue([&] { return waits() == waiting + 2; }));
+    EXPECT_TRUE(ComesTrue([&] { return waits() > waiting + 1; }));
     ReleaseMutex(mutex);
     reset.join();
     add.join();
     CloseHandle(mutex);
     EXPECT_EQ(recorder_.Counts(), (Sizes{400, 0}));
+}
+
+// All of them after the stop.
+TEST_F(RecordedBytesTest, BuffersThatComeBackLateHoldWhatWasRecorded) {
+    const auto signal = PlugIn(2000);
+    AddFault("completion:all:late=200000");
+    Open(Mono());
+    Add(800, 4);
+    Run(1700);
+    EXPECT_EQ(recorder_.Stop(), MMSYSERR_NOERROR);
+    EXPECT_EQ(recorder_.DoneCount(), 0u);
+    Cards().Advance(Second);
+    EXPECT_EQ(recorder_.Counts(), Sizes(4, 800));
+    ExpectRecorded(Mono(), signal);
+    EXPECT_EQ(recorder_.Close(), MMSYSERR_NOERROR);
 }
 
 // More runs than are kept apart, of which no buffer tells.

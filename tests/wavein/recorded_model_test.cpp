@@ -55,10 +55,6 @@ protected:
         return shares;
     }
 
-    void PlugInNoise() {
-        signal_ = NoiseFrames(4000, Draw(1000));
-        Cards().PlugIn(0, static_cast<simulator::Port>(device_), simulator::InputSignal::Run(signal_));
-    }
     void AddBuffers(DWORD bytes) {
         for (DWORD capacity = 0; capacity < bytes; capacity += Capacity(queued_.back())) {
             DWORD length = 64 + Draw(1500);
@@ -103,7 +99,7 @@ protected:
         AddBuffers((frames + 100) * format_.Get()->nBlockAlign);
         const size_t countBefore = recorder_.Counts().size();
         const size_t bytesBefore = recorder_.Recorded().size();
-        PlugInNoise();
+        signal_ = PlugIn(4000, static_cast<Port>(device_), Draw(1000));
         ASSERT_EQ(recorder_.Start(), MMSYSERR_NOERROR);
         AdvanceFrames(frames, Rate);
         const DWORD position = recorder_.Position();

@@ -11,7 +11,7 @@ class OutputControlTest : public OutputTest {
 protected:
     static constexpr DWORD BufferFrames = 1000;
 
-    void SetUp() override { Open(format_); }
+    void SetUp() override { Open(); }
 
     void AdvanceFrames(int64_t frames) { Cards().Advance(frames * Second / 44100); }
     // What is not to be heard any more.
@@ -21,8 +21,6 @@ protected:
         Cards().ForgetAudio();
         written_.clear();
     }
-
-    const WaveFormat format_ = PcmFormat(44100, 2, 16);
 };
 
 TEST_F(OutputControlTest, PositionIsInSamplesUnlessBytesAreAskedFor) {
@@ -56,18 +54,14 @@ TEST_F(OutputControlTest, ACloseWhilePlayingIsRefusedReportedAndHarmless) {
     EXPECT_EQ(player_.Close(), unsigned{WAVERR_STILLPLAYING});
     EXPECT_EQ(Events(), std::vector<DWORD>{0x40070004});
     Write();
-    Cards().Advance(Second);
-    EXPECT_EQ(Played(), Sound(format_, written_));
+    ExpectAllPlayed();
     ExpectEachReturnedOnce();
     EXPECT_EQ(player_.Close(), Done);
 }
 
 // The card gives nothing back in time, so buffers are in flight at every close.
 TEST_F(OutputControlTest, OnlyAResetThatNothingFollowedLetsAStreamWithBuffersClose) {
-    Cards().AddFault({.What = simulator::Fault::Kind::Late,
-                      .Code = simulator::Fault::Completion,
-                      .Nth = 0,
-                      .Delay = 100 * Second});
+    AddFault("completion:all:late=100000000");
     DWORD volume = 0;
     const struct {
         UINT Message;
@@ -120,8 +114,7 @@ TEST_F(OutputControlTest, AResetDoesNotReturnWhatIsWrittenMeanwhile) {
     Cards().Advance(1000);  // what was in the card comes back on a thread of the kernel's
     EXPECT_GT(player_.HeaderCount(), 20u);
     EXPECT_EQ(player_.DoneCount(), 20u);
-    Cards().Advance(Second);
-    EXPECT_EQ(Played(), Sound(format_, written_));
+    ExpectAllPlayed();
     ExpectEachReturnedOnce();
 }
 
@@ -136,9 +129,8 @@ TEST_F(OutputControlTest, WhatIsWrittenAfterAResetInsideAResetIsPlayed) {
         }
     });
     EXPECT_EQ(player_.Reset(), Done);
-    Cards().Advance(Second);
     EXPECT_FALSE(written_.empty());
-    EXPECT_EQ(Played(), Sound(format_, written_));
+    ExpectAllPlayed();
     ExpectEachReturnedOnce();
 }
 

@@ -71,20 +71,6 @@ TEST_F(HandOverTest, ABufferThatIsTooLargeForTheCardIsRefused) {
     test_system::GiveBackPage(header);
 }
 
-// The clock is set already, for the other port.
-TEST_F(HandOverTest, TheRequestsOfOpenAndClose) {
-    WavePlayer digital(DigitalOut, PcmFormat(44100, 2, 16));
-    Cards().ClearTrace();
-    ASSERT_EQ(player_.Open(AnalogOut, PcmFormat(44100, 1, 16)), MMSYSERR_NOERROR);
-    EXPECT_EQ(Sent(), Lines({"BIND_HANDLE 0 2", "ACQUIRE_CHANNEL", "write port 0 = 40 / C0",
-                             "write port 0 = 20 / 20", "write port 0 = 00 / 02", "DISARM_CHANNEL",
-                             "write card 3 = 02 / 07", "write card 2 = 80 / FF", "SET_COMPLETION_ROUTINE"}));
-    EXPECT_EQ(player_.Close(), MMSYSERR_NOERROR);
-    EXPECT_EQ(Sent(), Lines({"FLUSH_BUFFERS", "write card 3 = 02 / 07", "write card 2 = 00 / FF",
-                             "SET_COMPLETION_ROUTINE 0", "RELEASE_CHANNEL"}));
-    EXPECT_EQ(digital.Close(), MMSYSERR_NOERROR);
-}
-
 TEST_F(HandOverTest, TheRequestsOfABuffer) {
     WaveFormat format = PcmFormat(44100, 2, 16);
     format.Basic().nAvgBytesPerSec = 0;

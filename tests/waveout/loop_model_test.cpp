@@ -108,9 +108,9 @@ protected:
     }
     // Samples that the card reads where they are, or that are converted for it.
     void Open(WORD bits) {
-        format_ = PcmFormat(44100, 2, bits);
-        format_.Basic().nAvgBytesPerSec = 0;
-        ASSERT_EQ(player_.Open(AnalogOut, format_), MMSYSERR_NOERROR);
+        WaveFormat format = PcmFormat(44100, 2, bits);
+        format.Basic().nAvgBytesPerSec = 0;
+        OutputTest::Open(format);
     }
 
     void Write(DWORD flags, DWORD loops) {
@@ -168,7 +168,6 @@ protected:
         ExpectEachReturnedOnce();
     }
 
-    WaveFormat format_;
     LoopModel model_;
     std::mt19937 random_;
     bool paused_ = false;

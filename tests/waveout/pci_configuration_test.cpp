@@ -13,10 +13,7 @@ const Lines RestoreRequests = {"READ_PCI_CONFIG 00 4",  "READ_PCI_CONFIG 2C 4", 
 
 class PciConfigurationTest : public OutputTest {
 protected:
-    void SetUp() override {
-        ASSERT_EQ(player_.Open(AnalogOut, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
-        Cards().ClearTrace();
-    }
+    void SetUp() override { Open(); }
     // Result and requests of a message.
     void Expect(UINT message, MMRESULT result, const Lines& requests) {
         Cards().ClearTrace();
