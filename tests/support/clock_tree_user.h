@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/window_visit.h"
@@ -58,12 +59,13 @@ public:
     void OnItsThread(const std::function<void()>& action) const { VisitWindow(page_, action); }
 
 private:
-    std::u16string Text(HTREEITEM item) const;
+    // The item's text, empty when there is none, and whether what is below it is shown.
+    std::pair<std::u16string, bool> TextAndFold(HTREEITEM item) const;
+    std::u16string Text(HTREEITEM item) const { return TextAndFold(item).first; }
     // The item and what follows it beside it, each with its slaves.
     std::u16string Row(HTREEITEM item, const char16_t* between) const;
     HTREEITEM Find(const std::u16string& name) const;
     POINT PlaceInTree(const std::u16string& place) const;
-    POINT OnScreen(const std::u16string& place) const;
     void SendMouse(UINT message, const std::u16string& place) const;
     void PostToTree(UINT message, WPARAM buttons, POINT place) const {
         PostMessageW(tree_, message, buttons, MAKELPARAM(place.x, place.y));

@@ -5,7 +5,6 @@
 namespace {
 
 constexpr const WCHAR* Caption = TEXT("Kestrelvox(TM) Configuration");
-constexpr int LongestText = 256;
 
 LONG Ask(const DriverLibrary& driver, Sheet::Entry entry) {
     driver.DriverProc(DRV_OPEN);
@@ -18,17 +17,6 @@ LONG Ask(const DriverLibrary& driver, Sheet::Entry entry) {
 }
 
 }  // namespace
-
-std::vector<std::u16string> SheetPage::Entries(int id) const {
-    std::vector<std::u16string> entries;
-    const int count = Send(id, CB_GETCOUNT);
-    for (int entry = 0; entry < count; ++entry) {
-        WCHAR text[LongestText] = {};
-        Send(id, CB_GETLBTEXT, static_cast<WPARAM>(entry), reinterpret_cast<LPARAM>(text));
-        entries.push_back(Utf16(text));
-    }
-    return entries;
-}
 
 void SheetPage::Press(int id, WORD key) const {
     if (IsEnabled(id)) {

@@ -27,7 +27,6 @@ public:
     std::u16string Text(int id) const { return Utf16(kestvox::WindowText(Control(id)).c_str()); }
     int Position(int id) const { return Send(id, TBM_GETPOS); }  // of a slider
     int Chosen(int id) const { return Send(id, CB_GETCURSEL); }  // entry of a list; CB_ERR: none
-    std::vector<std::u16string> Entries(int id) const;           // of a list
 
     // As the Tab key does.
     void Focus(int id) const {
