@@ -15,13 +15,7 @@ using CommandPage = CommandTest;
 
 // The page without its escapes and changes of font.
 std::string PlainPage() {
-    std::string page = ReadFile(KESTVOX_MAN_PAGE);
-    for (const char* mark : {"\\fB", "\\fI", "\\fP", "\\&", "\\"}) {
-        for (size_t at = 0; (at = page.find(mark, at)) != std::string::npos;) {
-            page.erase(at, std::string(mark).size());
-        }
-    }
-    return page;
+    return std::regex_replace(ReadFile(KESTVOX_MAN_PAGE), std::regex(R"(\\(f[BIP]|&)?)"), "");
 }
 
 // The first word of every row of a list in the help.
@@ -81,11 +75,7 @@ TEST_F(Completion, OffersCommandsOptionsAndChoices) {
 
 std::set<std::string> AllMatches(const std::string& text, const char* pattern) {
     const std::regex regex(pattern);
-    std::set<std::string> words;
-    for (std::sregex_iterator at(text.begin(), text.end(), regex); at != std::sregex_iterator(); ++at) {
-        words.insert((*at)[1]);
-    }
-    return words;
+    return {std::sregex_token_iterator(text.begin(), text.end(), regex, 1), std::sregex_token_iterator()};
 }
 
 // The code words in the first columns of the tables.

@@ -1,6 +1,7 @@
 // docs/registers.md shows what one register write does, with the driver as it is and with a fault in it. The
 // first half is run here as it stands on the page.
 #include <algorithm>
+#include <regex>
 #include <sstream>
 
 #include "tests/tools/command_test.h"
@@ -23,22 +24,15 @@ std::vector<std::string> BlocksBelow(const std::string& page, const std::string&
     return blocks;
 }
 
-std::string Replaced(std::string text, const std::string& what, const std::string& with) {
-    for (size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += with.size()) {
-        text.replace(at, what.size(), with);
-    }
-    return text;
-}
-
 using RegisterWalk = CommandTest;
 
 TEST_F(RegisterWalk, PrintsWhatThePageSays) {
     const std::vector<std::string> blocks =
         BlocksBelow(ReadFile(KESTVOX_REGISTERS_PAGE), "## Change one register write");
     ASSERT_EQ(blocks.size(), 3u);
-    const std::string commands =
-        Replaced(Replaced(blocks[0], "kestvox ", "$K "), "--machine good", "--machine $M");
-    const CommandResult result = Shell("M=kestvox-test-$$\n" + commands + "$K machine remove $M");
+    const std::string commands = std::regex_replace(blocks[0], std::regex("--machine good"), "--machine $$M");
+    const CommandResult result =
+        Shell("M=kestvox-test-$$\nkestvox() { $K \"$@\"; }\n" + commands + "kestvox machine remove $M");
     EXPECT_EQ(result.Errors, "");
     EXPECT_EQ(result.Output, blocks[1]);
     EXPECT_NE(Read("good.html").find("\"differences\": 0,"), std::string::npos);
