@@ -164,7 +164,7 @@ TEST_F(TwoCardsConfiguration, ANameOfBlanksIsRefusedAndALongOneIsCut) {
         sheet.Ok();
         EXPECT_TRUE(sheet.IsOpen());
         EXPECT_EQ(test_system::MessageBoxes().size(), told + 2);
-        VisitWindow(page.Window(), [&] { EXPECT_EQ(GetFocus(), page.Control(IDC_NAME)); });
+        page.OnItsThread([&] { EXPECT_EQ(GetFocus(), page.Control(IDC_NAME)); });
         EXPECT_FALSE(StoredName().has_value());
     }
     const std::u16string longest = u" " + std::u16string(49, u'n');

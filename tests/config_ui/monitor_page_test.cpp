@@ -20,7 +20,6 @@ constexpr int SliderOf(size_t input) {
 
 class MonitorPageTest : public SheetTest {
 protected:
-    SheetPage OpenPage() { return ShowPage(Open()); }
     static SheetPage ShowPage(const Sheet& sheet) { return sheet.Show(u"Monitor: 'Kestrelvox'"); }
 
     static Eight Positions(const SheetPage& page) {
@@ -59,7 +58,7 @@ TEST_F(MonitorPageTest, AGainIsShownInDecibelsAndSavedAsACodeAndAGain) {
 }
 
 TEST_F(MonitorPageTest, EachPositionSaysWhatItsGainIs) {
-    const SheetPage page = OpenPage();
+    const SheetPage page = ShowPage(Open());
     WaveRecorder recorder(0, PcmFormat(44100, 2, 16));
     DWORD before = 0;
     DWORD gains = 0;

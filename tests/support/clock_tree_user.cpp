@@ -5,7 +5,6 @@
 
 namespace {
 
-constexpr int TreeControl = 1001;
 constexpr int LongestText = 256;
 constexpr UINT GetMenuOfWindow = 0x01E1;  // to the window of an open menu
 
@@ -29,8 +28,6 @@ std::u16string MenuLine(HMENU menu, UINT position) {
 }
 
 }  // namespace
-
-ClockTreeUser::ClockTreeUser(HWND page) : page_(page), tree_(GetDlgItem(page, TreeControl)) {}
 
 std::pair<std::u16string, bool> ClockTreeUser::TextAndFold(HTREEITEM item) const {
     WCHAR text[LongestText] = {};
@@ -82,9 +79,9 @@ POINT ClockTreeUser::PlaceInTree(const std::u16string& place) const {
 void ClockTreeUser::SendMouse(UINT message, const std::u16string& place) const {
     POINT point = PlaceInTree(place);
     ClientToScreen(tree_, &point);
-    ScreenToClient(page_, &point);
+    ScreenToClient(page_.Window(), &point);
     const WPARAM buttons = message == WM_MOUSEMOVE ? MK_LBUTTON : 0;
-    SendMessageW(page_, message, buttons, MAKELPARAM(point.x, point.y));
+    SendMessageW(page_.Window(), message, buttons, MAKELPARAM(point.x, point.y));
 }
 
 // The press has a loop of its own, which ends when the mouse has moved far enough: both must be on their

@@ -5,6 +5,25 @@
 namespace {
 
 constexpr const WCHAR* Caption = TEXT("Kestrelvox(TM) Configuration");
+constexpr UINT VisitMessage = WM_APP + 0x3E5;
+
+// An action that waits for its turn on a page's thread, in the guise of that page's procedure.
+struct Visit {
+    const std::function<void()>& Action;
+    HANDLE Done;
+};
+WNDPROC visitedProcedure = nullptr;
+
+LRESULT CALLBACK ReceiveVisit(HWND page, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message != VisitMessage) {
+        return CallWindowProcW(visitedProcedure, page, message, wParam, lParam);
+    }
+    SetWindowLongPtrW(page, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(visitedProcedure));
+    const auto& visit = *reinterpret_cast<const Visit*>(lParam);
+    visit.Action();
+    SetEvent(visit.Done);
+    return 0;
+}
 
 LONG Ask(const DriverLibrary& driver, Sheet::Entry entry) {
     driver.DriverProc(DRV_OPEN);
@@ -59,6 +78,19 @@ void SheetPage::AskHelp(int id) const {
     info.iCtrlId = id;
     info.hItemHandle = Control(id);
     Send(id, WM_HELP, 0, reinterpret_cast<LPARAM>(&info));
+}
+
+void SheetPage::OnItsThread(const std::function<void()>& action) const {
+    HANDLE done = nullptr;
+    while (done == nullptr) {  // the test may have it fail, too
+        done = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    }
+    const Visit visit = {action, done};
+    visitedProcedure = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window_, GWLP_WNDPROC));
+    SetWindowLongPtrW(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(ReceiveVisit));
+    PostMessageW(window_, VisitMessage, 0, reinterpret_cast<LPARAM>(&visit));
+    WaitForSingleObject(done, INFINITE);
+    CloseHandle(done);
 }
 
 Sheet::Sheet(const DriverLibrary& driver, Entry entry)
