@@ -69,13 +69,19 @@ TEST_F(ConfigurationPageTest, ShowsTheDefaultsAndWhatIsStored) {
     EXPECT_EQ(defaults.Chosen(IDC_DITHER), 0);
 
     StoreText(0, TEXT("Name"), u"Studio");
-    StoreNumbers({0, 2, 0, 3, 0, 0, 1, 0, 1});
+    StoreNumbers({0, 2, 0, 7, 0, 0, 1, 0, 1});
     Reload();
-    const SheetPage stored = Open().Current();
+    Sheet& sheet = Open();
+    const SheetPage stored = sheet.Current();
     EXPECT_EQ(stored.Text(IDC_NAME), u"Studio");
     EXPECT_EQ(Checked(stored), (Controls{IDC_ADVANCED_MONITORING, IDC_RIGHT, IDC_CONSUMER, IDC_COPY_PROTECT,
                                          IDC_PREEMPHASIS, IDC_LOCK_TO_PLAYBACK}));
-    EXPECT_EQ(stored.Chosen(IDC_DITHER), 3);
+    EXPECT_EQ(stored.Chosen(IDC_DITHER), CB_ERR) << "there is no such type";
+    sheet.Apply();
+    EXPECT_EQ(StoredNumber(u"DitherADC"), 7u) << "it stays until the user picks one";
+    stored.Choose(IDC_DITHER, 2);
+    sheet.Apply();
+    EXPECT_EQ(StoredNumber(u"DitherADC"), 2u);
 }
 
 TEST_F(ConfigurationPageTest, EachChangeCanBeAppliedAndIsStoredThen) {
@@ -191,18 +197,6 @@ TEST_F(TwoCardsConfiguration, NewNameShowsInTheClockTreeBeforeApplyAndIsGoneAfte
     sheet.Show(u"Configuration: 'A'").Focus(IDC_NAME);  // still there when the sheet goes
     sheet.Dismiss();
     EXPECT_EQ(tree(Open()), before);
-}
-
-TEST_F(ConfigurationPageTest, UnknownDitherTypeStaysUntilTheUserPicksOne) {
-    StoreSetting(0, TEXT("DitherADC"), 7);
-    Sheet& sheet = Open();
-    const SheetPage page = sheet.Current();
-    EXPECT_EQ(page.Chosen(IDC_DITHER), CB_ERR);
-    sheet.Apply();
-    EXPECT_EQ(StoredNumber(u"DitherADC"), 7u);
-    page.Choose(IDC_DITHER, 2);
-    sheet.Apply();
-    EXPECT_EQ(StoredNumber(u"DitherADC"), 2u);
 }
 
 }  // namespace
