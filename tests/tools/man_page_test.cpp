@@ -20,17 +20,10 @@ std::string PlainPage() {
 
 // The first word of every row of a list in the help.
 std::vector<std::string> Listed(const std::string& help, const std::string& list) {
-    std::vector<std::string> found;
-    std::istringstream lines(help.substr(std::min(help.find("\n" + list + ":\n"), help.size())));
-    std::string line;
-    std::getline(lines, line);
-    std::getline(lines, line);
-    while (std::getline(lines, line) && !line.empty()) {
-        if (line[2] != ' ') {
-            found.push_back(line.substr(2, line.find(' ', 2) - 2));
-        }
-    }
-    return found;
+    const size_t begin = std::min(help.find("\n" + list + ":\n"), help.size());
+    const std::string rows = help.substr(begin, help.find("\n\n", begin) - begin);
+    const std::regex first("\n  ([^ \n]+)");
+    return {std::sregex_token_iterator(rows.begin(), rows.end(), first, 1), std::sregex_token_iterator()};
 }
 
 TEST_F(ManPage, TellsEveryOptionOfEveryCommand) {

@@ -2,7 +2,6 @@
 // first half is run here as it stands on the page.
 #include <algorithm>
 #include <regex>
-#include <sstream>
 
 #include "tests/tools/command_test.h"
 
@@ -10,16 +9,11 @@ namespace {
 
 // The indented lines below the heading: a text for each block.
 std::vector<std::string> BlocksBelow(const std::string& page, const std::string& heading) {
+    const std::string below = page.substr(std::min(page.find(heading), page.size()));
+    const std::regex block("\n((    .*\n)+)");
     std::vector<std::string> blocks;
-    std::istringstream lines(page.substr(std::min(page.find(heading), page.size())));
-    bool inside = false;
-    for (std::string line; std::getline(lines, line); inside = line.starts_with("    ")) {
-        if (line.starts_with("    ")) {
-            if (!inside) {
-                blocks.emplace_back();
-            }
-            blocks.back() += line.substr(4) + "\n";
-        }
+    for (std::sregex_iterator at(below.begin(), below.end(), block), end; at != end; ++at) {
+        blocks.push_back(std::regex_replace((*at)[1].str(), std::regex("(^|\n)    "), "$1"));
     }
     return blocks;
 }
