@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <regex>
 #include <set>
-#include <sstream>
 
 #include "tests/tools/command_test.h"
 #include "tests/tools/wav_bytes.h"
@@ -74,9 +73,8 @@ std::set<std::string> AllMatches(const std::string& text, const char* pattern) {
 // The code words in the first columns of the tables.
 std::set<std::string> ToldInTables(const std::string& text) {
     std::string firstColumns;
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
-        firstColumns += line.starts_with("| `") ? line.substr(0, line.find(" | ")) : "";
+    for (const std::string& column : AllMatches(text, "\n\\| (`.*?) \\| ")) {
+        firstColumns += column;
     }
     return AllMatches(firstColumns, "`([a-z-]+)`");
 }
