@@ -30,8 +30,6 @@ TEST_F(AsioEasiPageTest, EachSliderHasItsOwnTimeAndValue) {
 TEST_F(AsioEasiPageTest, ScaleHasAMarkAtEachEndAndEachFifty) {
     const SheetPage page = Open().Show(u"ASIO + EASI");
     for (const int slider : {IDC_ASIO_BUFFER, IDC_EASI_BUFFER}) {
-        EXPECT_EQ(SendMessageW(page.Control(slider), TBM_GETRANGEMIN, 0, 0), 2);
-        EXPECT_EQ(SendMessageW(page.Control(slider), TBM_GETRANGEMAX, 0, 0), 500);
         std::vector<LRESULT> marks;
         for (WPARAM mark = 0; mark < 20; ++mark) {
             const LRESULT position = SendMessageW(page.Control(slider), TBM_GETTIC, mark, 0);

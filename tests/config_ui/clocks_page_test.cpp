@@ -1,5 +1,6 @@
 // The Clocks + Sync page: every card's clock source and place in the tree, as its user changes them, and
 // what is saved of it.
+#include <algorithm>
 #include <optional>
 
 #include "config_ui/resource.h"
@@ -9,6 +10,8 @@
 namespace {
 
 using Menu = std::vector<std::u16string>;
+
+const WaveFormat Format = PcmFormat(44100, 2, 16);
 
 constexpr DWORD Internal = 0;
 constexpr DWORD Digital = 64;
@@ -37,10 +40,6 @@ protected:
         tree_.emplace(Shown().Show(u"Clocks + Sync").Window());
     }
 
-    // A stream on the card, at 44100 Hz.
-    static void Play(WavePlayer& player, UINT card) {
-        ASSERT_EQ(player.Open(2 * card, PcmFormat(44100, 2, 16)), MMSYSERR_NOERROR);
-    }
     ClockTreeUser& Tree() { return *tree_; }
     // "A int [B]; C auto": the tree with its clocks in short.
     std::u16string Outline() { return InShort(Tree().Outline()); }
@@ -213,15 +212,19 @@ TEST_F(ClocksPageTest, TheMenuOffersWhatSuitsTheCard) {
     EXPECT_FALSE(Shown().CanApply());
 }
 
-TEST_F(ClocksPageTest, CommandsOfTheMenuDoAsTheySay) {
+TEST_F(ClocksPageTest, CommandsOfTheMenuDoAsTheySayUntilACancel) {
+    Follow(3, 0);
+    StoreSetting(0, TEXT("ClockSource"), Pll);
     Open();
+    const std::u16string before = Outline();
     const struct {
         const char16_t* Card;
         char16_t Letter;
         const char16_t* Outline;
         const char16_t* Told;
     } commands[] = {
-        {u"A", u'D', u"A dig; B auto; C auto; D auto", u""},
+        {u"A", u'D', u"A dig [D]; B auto; C auto", u""},
+        {u"A", u'S', u"A dig; B auto; C auto; D auto", u""},
         {u"A", u'B', u"A dig [B, C, D]", u""},
         {u"C", u'S', u"A dig [B, D]; C auto", u""},
         {u"C", u'I', u"A dig [B, D]; C int", u""},
@@ -231,6 +234,7 @@ TEST_F(ClocksPageTest, CommandsOfTheMenuDoAsTheySay) {
         {u"D", u'B', u"D int [C, A, B]", NoAutomaticMaster},
         {u"D", u'S', u"D int; C auto; A auto; B auto", u""},
         {u"D", u'A', u"D auto; C auto; A auto; B auto", u""},
+        {u"B", u'B', u"B int [D, C, A]", NoAutomaticMaster},
     };
     for (const auto& command : commands) {
         Tree().Command(command.Card, command.Letter);
@@ -239,6 +243,9 @@ TEST_F(ClocksPageTest, CommandsOfTheMenuDoAsTheySay) {
         EXPECT_EQ(Told(), command.Told);
     }
     EXPECT_TRUE(Shown().CanApply());
+    Shown().Cancel();
+    Open();
+    EXPECT_EQ(Outline(), before);
 }
 
 TEST_F(ClocksPageTest, WhatIsSavedIsShown) {
@@ -248,9 +255,7 @@ TEST_F(ClocksPageTest, WhatIsSavedIsShown) {
     StoreSetting(1, TEXT("ClockSource"), 32);  // its master is gone: it runs on another source
     StoreText(2, TEXT("Name"), u"0");          // sorted by what is shown
     StoreSetting(2, TEXT("ClockSource"), 5);   // no clock source at all
-    WavePlayer player;
-    Play(player, 1);
-    player.Shut();
+    WavePlayer(2, Format);                     // opened and closed
     Open();
     for (const char16_t* item : {u"D", ClockTreeUser::Root}) {  // which cannot be folded
         Tree().Select(item);
@@ -267,8 +272,7 @@ TEST_F(ClocksPageTest, AStreamRunsOnWhatIsStored) {
     Open();
     Tree().Command(u"B", u'S');
     Tree().Command(u"A", u'D');
-    WavePlayer player;
-    Play(player, 0);
+    const WavePlayer player(0, Format);
     EXPECT_EQ(Cards().CardRegister(0, 32) & 0x60, 0) << "nothing is applied yet";
     EXPECT_EQ(Cards().CardRegister(1, 32) & 0x60, 0x20);
 }
@@ -294,27 +298,12 @@ TEST_F(ClocksPageTest, AMasterThatNobodyFollowsAnyMoreStartsAtOnce) {
             Tree().Drag(u"B", ClockTreeUser::Root);
             Shown().Accept();
         }
-        WavePlayer player;
-        Play(player, 0);
+        WavePlayer player(0, Format);
         Cards().ClearTrace();
         EXPECT_EQ(player.Write(Pattern(4000)), MMSYSERR_NOERROR);
         const Lines lines = TraceText({"BEGIN", "MAP", "SET", "QUEUE", "START", "ARM"});
         EXPECT_EQ(lines.empty(), !followed) << testing::PrintToString(lines);
     }
-}
-
-TEST_F(ClocksPageTest, CancelForgetsWhatWasChanged) {
-    Follow(1, 0);
-    StoreSetting(0, TEXT("ClockSource"), Pll);
-    Open();
-    const std::u16string before = Outline();
-    EXPECT_EQ(before, u"A pll [B]; C auto; D auto");
-    Tree().Command(u"C", u'D');
-    Tree().Command(u"D", u'B');
-    EXPECT_EQ(Outline(), u"D int [A, C, B]");
-    Shown().Cancel();
-    Open();
-    EXPECT_EQ(Outline(), before);
 }
 
 TEST_F(ClocksPageTest, TwoMastersAreToldOfAndNotSaved) {
@@ -340,8 +329,7 @@ TEST_F(ClocksPageTest, TwoMastersAreToldOfAndNotSaved) {
 }
 
 TEST_F(ClocksPageTest, NothingChangesWhileAudioRuns) {
-    WavePlayer player;
-    Play(player, 1);
+    const WavePlayer player(2, Format);
     Open();
     const std::u16string before = Outline();
     Tree().Drag(u"C", u"A");
@@ -375,11 +363,9 @@ TEST_F(ClocksPageTest, TheDriverIsResetWhenTheUserInsists) {
         EXPECT_TRUE(Told().starts_with(u"WARNING!\n\nThis will soft-reset the Kestrelvox driver!"));
         ExpectBox(u"Kestrelvox(TM)", MB_YESNO | MB_ICONEXCLAMATION | MB_DEFBUTTON2 | MB_SYSTEMMODAL,
                   Shown().Current().Window());
-        size_t resets = 0;
-        for (const std::string& request : TraceText()) {
-            resets += request.starts_with("SOFT_RESET") ? 1 : 0;
-        }
-        EXPECT_EQ(resets, answer == IDYES ? 4u : 0u);
+        const auto resets = std::ranges::count_if(
+            TraceText(), [](const std::string& request) { return request.starts_with("SOFT_RESET"); });
+        EXPECT_EQ(resets, answer == IDYES ? 4 : 0);
     }
     EXPECT_FALSE(Shown().CanApply());
 }
@@ -409,11 +395,9 @@ TEST_F(ClocksPageTest, AFreedCardOnWhichAStreamOpensStaysAsShown) {
     Open();
     Tree().Command(u"B", u'S');
     Tree().Command(u"B", u'D');
-    WavePlayer player;
-    Play(player, 1);
-    player.Shut();
+    WavePlayer(2, Format);  // opened and closed
     Tree().Drag(u"B", ClockTreeUser::Root);
-    Play(player, 1);
+    const WavePlayer player(2, Format);
     const char16_t* const freed = u"A int; C auto; D auto; B dig";
     EXPECT_EQ(Outline(), freed);
     EXPECT_TRUE(Tree().RightClick(u"B")[2].starts_with(u"*"));

@@ -67,32 +67,44 @@ TEST_F(ConfigurationPageTest, ShowsTheDefaultsAndWhatIsStored) {
     EXPECT_EQ(Checked(defaults), (Controls{IDC_LEFT, IDC_PROFESSIONAL, IDC_PUNCH_IN, IDC_CHECK_CLOCKS}));
     EXPECT_EQ(OutputOptions(defaults), "[copy off], emphasis off");
     EXPECT_EQ(defaults.Chosen(IDC_DITHER), 0);
-    EXPECT_EQ(defaults.Entries(IDC_DITHER),
-              (std::vector<std::u16string>{u"No dithering", u"Type I", u"Type I Shaped", u"Type II",
-                                           u"Type II Shaped"}));
 
     StoreText(0, TEXT("Name"), u"Studio");
-    StoreNumbers({0, 2, 0, 3, 0, 0, 1, 0, 1});
+    StoreNumbers({0, 2, 0, 7, 0, 0, 1, 0, 1});
     Reload();
-    const SheetPage stored = Open().Current();
+    Sheet& sheet = Open();
+    const SheetPage stored = sheet.Current();
     EXPECT_EQ(stored.Text(IDC_NAME), u"Studio");
     EXPECT_EQ(Checked(stored), (Controls{IDC_ADVANCED_MONITORING, IDC_RIGHT, IDC_CONSUMER, IDC_COPY_PROTECT,
                                          IDC_PREEMPHASIS, IDC_LOCK_TO_PLAYBACK}));
-    EXPECT_EQ(stored.Chosen(IDC_DITHER), 3);
+    EXPECT_EQ(stored.Chosen(IDC_DITHER), CB_ERR) << "there is no such type";
+    sheet.Apply();
+    EXPECT_EQ(StoredNumber(u"DitherADC"), 7u) << "it stays until the user picks one";
+    stored.Choose(IDC_DITHER, 2);
+    sheet.Apply();
+    EXPECT_EQ(StoredNumber(u"DitherADC"), 2u);
 }
 
-TEST_F(ConfigurationPageTest, ApplyStoresWhatIsShownAndNothingBefore) {
+TEST_F(ConfigurationPageTest, EachChangeCanBeAppliedAndIsStoredThen) {
     Sheet& sheet = Open();
     const SheetPage page = sheet.Current();
-    for (const int button : {IDC_RIGHT, IDC_ADVANCED_MONITORING, IDC_LOCK_TO_PLAYBACK, IDC_CHECK_CLOCKS,
-                             IDC_CONSUMER, IDC_COPY_PROTECT, IDC_PREEMPHASIS}) {
+    const auto apply = [&sheet](int changed) {
+        EXPECT_TRUE(sheet.CanApply()) << changed;
+        sheet.Apply();
+        EXPECT_FALSE(sheet.CanApply()) << changed;
+    };
+    EXPECT_FALSE(sheet.CanApply());
+    page.Click(IDC_CONSUMER);  // now all are enabled
+    EXPECT_FALSE(RegistryKeyExists(ConfigKey()));
+    apply(IDC_CONSUMER);
+    for (const int button : Buttons) {
         page.Click(button);
+        apply(button);
     }
     page.Choose(IDC_DITHER, 4);
+    apply(IDC_DITHER);
     page.Type(IDC_NAME, u"Studio");
-    EXPECT_FALSE(RegistryKeyExists(ConfigKey()));
-    sheet.Apply();
-    EXPECT_EQ(StoredNumbers(), (std::vector<std::optional<DWORD>>{0, 1, 0, 4, 0, 0, 1, 0, 1}));
+    apply(IDC_NAME);
+    EXPECT_EQ(StoredNumbers(), (std::vector<std::optional<DWORD>>{0, 1, 0, 4, 0, 0, 1, 1, 0}));
     EXPECT_EQ(StoredName(), TextValue(REG_SZ, u"Studio"));
     EXPECT_EQ(StoredNumber(u"ClockSource"), 97u) << "settings of other pages are stored along";
     EXPECT_EQ(StoredMonitor().Size, 68u);
@@ -100,27 +112,6 @@ TEST_F(ConfigurationPageTest, ApplyStoresWhatIsShownAndNothingBefore) {
     EXPECT_EQ(StoredMonitor().Gains, (std::array<DWORD, 8>{128, 0, 128, 0, 0, 128, 0, 128}));
     EXPECT_EQ(sheet.Titles()[0], u"Configuration: 'Kestrelvox'") << "titles are fixed while it is open";
     EXPECT_EQ(Open().Titles()[0], u"Configuration: 'Studio'");
-}
-
-TEST_F(ConfigurationPageTest, EveryControlReportsItsChange) {
-    Sheet& sheet = Open();
-    const SheetPage page = sheet.Current();
-    EXPECT_FALSE(sheet.CanApply());
-    const auto expectReported = [&sheet](int control) {
-        EXPECT_TRUE(sheet.CanApply()) << control;
-        sheet.Apply();
-        EXPECT_FALSE(sheet.CanApply()) << control;
-    };
-    page.Click(IDC_CONSUMER);  // now all are enabled
-    expectReported(IDC_CONSUMER);
-    for (const int button : Buttons) {
-        page.Click(button);
-        expectReported(button);
-    }
-    page.Type(IDC_NAME, u"B");
-    expectReported(IDC_NAME);
-    page.Choose(IDC_DITHER, 1);
-    expectReported(IDC_DITHER);
 }
 
 TEST_F(ConfigurationPageTest, DigitalOutputOptionsRuleEachOther) {
@@ -179,7 +170,7 @@ TEST_F(TwoCardsConfiguration, ANameOfBlanksIsRefusedAndALongOneIsCut) {
         sheet.Ok();
         EXPECT_TRUE(sheet.IsOpen());
         EXPECT_EQ(test_system::MessageBoxes().size(), told + 2);
-        ClockTreeUser(page.Window()).OnItsThread([&] { EXPECT_EQ(GetFocus(), page.Control(IDC_NAME)); });
+        page.OnItsThread([&] { EXPECT_EQ(GetFocus(), page.Control(IDC_NAME)); });
         EXPECT_FALSE(StoredName().has_value());
     }
     const std::u16string longest = u" " + std::u16string(49, u'n');
@@ -206,18 +197,6 @@ TEST_F(TwoCardsConfiguration, NewNameShowsInTheClockTreeBeforeApplyAndIsGoneAfte
     sheet.Show(u"Configuration: 'A'").Focus(IDC_NAME);  // still there when the sheet goes
     sheet.Dismiss();
     EXPECT_EQ(tree(Open()), before);
-}
-
-TEST_F(ConfigurationPageTest, UnknownDitherTypeStaysUntilTheUserPicksOne) {
-    StoreSetting(0, TEXT("DitherADC"), 7);
-    Sheet& sheet = Open();
-    const SheetPage page = sheet.Current();
-    EXPECT_EQ(page.Chosen(IDC_DITHER), CB_ERR);
-    sheet.Apply();
-    EXPECT_EQ(StoredNumber(u"DitherADC"), 7u);
-    page.Choose(IDC_DITHER, 2);
-    sheet.Apply();
-    EXPECT_EQ(StoredNumber(u"DitherADC"), 2u);
 }
 
 }  // namespace

@@ -2,11 +2,10 @@
 #include <array>
 #include <cmath>
 
+#include "config_ui/resource.h"
 #include "tests/support/sheet_test.h"
 
 namespace {
-
-constexpr int AdvancedMonitoring = 1003;
 
 // One number for each mixer input: analog and digital input, analog and digital playback into the analog
 // output, then the same into the digital one.
@@ -15,12 +14,11 @@ using Eight = std::array<DWORD, 8>;
 constexpr Eight DefaultGains = {128, 0, 128, 0, 0, 128, 0, 128};
 
 constexpr int SliderOf(size_t input) {
-    return 1031 + 2 * static_cast<int>(input);
+    return IDC_FIRST_MIXER_SLIDER + 2 * static_cast<int>(input);
 }
 
 class MonitorPageTest : public SheetTest {
 protected:
-    SheetPage OpenPage() { return ShowPage(Open()); }
     static SheetPage ShowPage(const Sheet& sheet) { return sheet.Show(u"Monitor: 'Kestrelvox'"); }
 
     static Eight Positions(const SheetPage& page) {
@@ -59,7 +57,7 @@ TEST_F(MonitorPageTest, AGainIsShownInDecibelsAndSavedAsACodeAndAGain) {
 }
 
 TEST_F(MonitorPageTest, EachPositionSaysWhatItsGainIs) {
-    const SheetPage page = OpenPage();
+    const SheetPage page = ShowPage(Open());
     WaveRecorder recorder(0, PcmFormat(44100, 2, 16));
     DWORD before = 0;
     DWORD gains = 0;
@@ -157,7 +155,7 @@ TEST_F(MonitorPageTest, WithoutAdvancedMonitoringEachPlaybackGoesItsOwnWay) {
             expectShown(ShowPage(sheet), stored, true);
         }
         for (unsigned click = 0; click < each.Clicks; ++click) {
-            sheet.Show(0).Click(AdvancedMonitoring);
+            sheet.Show(0).Click(IDC_ADVANCED_MONITORING);
         }
         WavePlayer digital(1, PcmFormat(44100, 2, 16));
         EXPECT_EQ(MixerGains()[3], 0u);
@@ -190,7 +188,7 @@ TEST_F(MonitorPageTest, WithoutAdvancedMonitoringEachPlaybackGoesItsOwnWay) {
 TEST_F(MonitorPageTest, ARouteThatIsResetToWhatItWasShowsItsGain) {
     StoreSetting(0, TEXT("AdvancedMonitoring"), 1);
     Sheet& sheet = Open();
-    sheet.Show(0).Click(AdvancedMonitoring);
+    sheet.Show(0).Click(IDC_ADVANCED_MONITORING);
     const SheetPage page = ShowPage(sheet);
     EXPECT_EQ(page.Text(SliderOf(2) + 1), u" 0.0 dB");
     EXPECT_EQ(page.Text(SliderOf(7) + 1), u" 0.0 dB");

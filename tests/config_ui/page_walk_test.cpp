@@ -4,7 +4,6 @@
 
 #include "config_ui/resource.h"
 #include "tests/support/sheet_test.h"
-#include "tests/support/window_visit.h"
 
 namespace {
 
@@ -47,7 +46,6 @@ const std::vector<Press> Numbers = {{VK_TAB, IDC_BOARD_REVISION},
                                     {VK_TAB, IDC_FPGA_REVISION},
                                     {VK_TAB, IDC_FPGA_VERSION},
                                     {VK_TAB, IDC_SERIAL_NUMBER}};
-
 const std::vector<Press> Tree = {{VK_DOWN, IDC_CLOCK_TREE}};
 const std::vector<Press> Sizes = {{VK_TAB, IDC_EASI_BUFFER}};
 
@@ -70,7 +68,7 @@ const PageWalk Walks[] = {
 
 HWND Focused(const SheetPage& page) {
     HWND focused = nullptr;
-    VisitWindow(page.Window(), [&focused] { focused = GetFocus(); });
+    page.OnItsThread([&focused] { focused = GetFocus(); });
     return focused;
 }
 
@@ -93,10 +91,17 @@ protected:
     }
 };
 
+// By the keys to the last page, and back to the walk's.
 TEST_P(PageWalkTest, ByKeys) {
+    constexpr size_t LastPage = 4;
     const PageWalk& walk = GetParam();
     Sheet& sheet = Open();
-    const SheetPage page = sheet.Show(walk.Page);
+    const LRESULT tabs = SendMessageW(sheet.Window(), PSM_GETTABCONTROL, 0, 0);
+    SendMessageW(sheet.Window(), WM_NEXTDLGCTL, static_cast<WPARAM>(tabs), TRUE);
+    for (size_t press = 0; press < 2 * LastPage - walk.Page; ++press) {
+        EXPECT_EQ(AfterKey(sheet.Current(), press < LastPage ? VK_RIGHT : VK_LEFT), Tabs);
+    }
+    const SheetPage page = sheet.Current();
     std::vector<Press> presses = walk.Presses;
     for (const int next : {IDOK, IDCANCEL, Apply, IDHELP, Tabs, walk.First}) {
         if (next != Apply || walk.CanApply) {
@@ -135,61 +140,29 @@ TEST_P(PageWalkTest, EnterStoresWhatEscapeDoesNot) {
 
 INSTANTIATE_TEST_SUITE_P(, PageWalkTest, testing::ValuesIn(Walks), testing::PrintToStringParamName());
 
-using KeyTest = SheetTest;
-
-TEST_F(KeyTest, GoFromPageToPage) {
-    Sheet& sheet = Open();
-    const SheetPage first = sheet.Show(0);
-    const auto tabs = reinterpret_cast<HWND>(SendMessageW(sheet.Window(), PSM_GETTABCONTROL, 0, 0));
-    const auto shown = [tabs] { return SendMessageW(tabs, TCM_GETCURSEL, 0, 0); };
-    SendMessageW(sheet.Window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(tabs), TRUE);
-    const int firstControls[] = {IDC_NAME, IDC_FIRST_MIXER_SLIDER, IDC_PCI_REVISION, IDC_CLOCK_TREE,
-                                 IDC_ASIO_BUFFER};
-    for (int page = 1; page < 5; ++page) {
-        EXPECT_EQ(AfterKey(first, VK_RIGHT), Tabs);
-        EXPECT_EQ(shown(), page);
-        EXPECT_NE(sheet.Current().Control(firstControls[page]), nullptr);
-    }
-    AfterKey(first, VK_LEFT);
-    EXPECT_EQ(shown(), 3);
-}
-
-// Drags the slider's thumb to the right by that many pixels. It follows the mouse that has it, and stays
-// where it is let go.
-void Drag(const SheetPage& page, int slider, int pixels) {
-    const HWND control = page.Control(slider);
-    VisitWindow(page.Window(), [&] {
-        RECT thumb = {};
-        SendMessageW(control, TBM_GETTHUMBRECT, 0, reinterpret_cast<LPARAM>(&thumb));
-        const int x = (thumb.left + thumb.right) / 2;
-        const int y = (thumb.top + thumb.bottom) / 2;
-        SendMessageW(control, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(x, y));
-        SendMessageW(control, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(x + pixels, y));
-        SendMessageW(control, WM_LBUTTONUP, 0, MAKELPARAM(x + pixels, y));
-        SendMessageW(control, WM_MOUSEMOVE, 0, MAKELPARAM(x, y));
-    });
-}
-
 using SliderDragTest = SheetTest;
 
-TEST_F(SliderDragTest, OfAMonitorGainAndOfABufferSize) {
-    const struct {
-        size_t Page;
-        int Slider;
-        int Pixels;
-    } drags[] = {{1, IDC_FIRST_MIXER_SLIDER, 40}, {1, IDC_FIRST_MIXER_SLIDER, -10}, {4, IDC_ASIO_BUFFER, 50}};
-    for (const auto& drag : drags) {
-        Sheet& sheet = Open();
-        const SheetPage page = sheet.Show(drag.Page);
-        // From the middle of the scale, so that there is room on both sides.
-        page.Slide(drag.Slider, drag.Page == 1 ? 50 : 250);
-        const int before = page.Position(drag.Slider);
-        const std::u16string text = page.Text(drag.Slider + 1);
-        Drag(page, drag.Slider, drag.Pixels);
-        EXPECT_EQ(page.Position(drag.Slider) > before, drag.Pixels > 0);
-        EXPECT_NE(page.Position(drag.Slider), before);
-        EXPECT_NE(page.Text(drag.Slider + 1), text);
-        EXPECT_TRUE(sheet.CanApply());
+// From the middle of the scale, by that many pixels to the right: the thumb follows the mouse that has it,
+// and stays where it is let go.
+TEST_F(SliderDragTest, MovesAGain) {
+    constexpr int Slider = IDC_FIRST_MIXER_SLIDER;
+    for (const int pixels : {40, -10}) {
+        const SheetPage page = Open().Show(1);
+        page.Slide(Slider, 50);
+        const int before = page.Position(Slider);
+        const std::u16string text = page.Text(Slider + 1);
+        page.OnItsThread([control = page.Control(Slider), pixels] {
+            RECT thumb = {};
+            SendMessageW(control, TBM_GETTHUMBRECT, 0, reinterpret_cast<LPARAM>(&thumb));
+            const int x = (thumb.left + thumb.right) / 2;
+            const int y = (thumb.top + thumb.bottom) / 2;
+            SendMessageW(control, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(x, y));
+            SendMessageW(control, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(x + pixels, y));
+            SendMessageW(control, WM_LBUTTONUP, 0, MAKELPARAM(x + pixels, y));
+            SendMessageW(control, WM_MOUSEMOVE, 0, MAKELPARAM(x, y));
+        });
+        EXPECT_GT((page.Position(Slider) - before) * pixels, 0);
+        EXPECT_NE(page.Text(Slider + 1), text);
     }
 }
 

@@ -1,4 +1,5 @@
 // Two sheets at once: each stores what was changed on it, and shows one state of what both change.
+#include <algorithm>
 #include <atomic>
 #include <thread>
 
@@ -166,11 +167,8 @@ TEST_F(TwoSheetsTest, ASourceThatChangesMeanwhileIsOneSource) {
             EXPECT_TRUE(text == u" (digital input clock)" || text == u" (automatic clock selection)" ||
                         text == u" (internal clock)");
         }
-        size_t checks = 0;
-        for (const std::u16string& line : tree.ShiftF10()) {
-            checks += line.starts_with(u"* ") ? 1 : 0;
-        }
-        EXPECT_EQ(checks, 1u);
+        const auto isChecked = [](const std::u16string& line) { return line.starts_with(u"* "); };
+        EXPECT_EQ(std::ranges::count_if(tree.ShiftF10(), isChecked), 1);
         tree.Choose(VK_ESCAPE);
     }
     done = true;

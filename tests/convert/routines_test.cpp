@@ -3,6 +3,7 @@
 #include "convert/routines.h"
 
 #include <cstring>
+#include <numeric>
 
 #include "tests/support/wave_player.h"
 #include "tests/support/wave_sound.h"
@@ -19,31 +20,27 @@ constexpr BYTE Guard = 0x5A;
 using Rule = std::function<void(BYTE* destination, const BYTE* source, size_t index, DitherState& state)>;
 using Convert = std::function<void(BYTE* destination, const BYTE* source, size_t count, DitherState& state)>;
 
-struct Layout {
-    size_t SourceSize;  // bytes a sample
-    size_t DestinationSize;
-    size_t SourceAlignment;  // what the routine may rely on
-    size_t DestinationAlignment;
-};
+// What a routine may rely on, by the bytes of a sample.
+constexpr size_t AlignmentOf(size_t size) {
+    return size == 3 ? 1 : size;
+}
 
 // What stands before and behind the destination is watched for writing; the source ends with its last byte,
 // so that an address checker notices a reading past it.
-void ExpectByRule(const Layout& layout, const Rule& rule, const Convert& convert,
+void ExpectByRule(size_t sourceSize, size_t destinationSize, const Rule& rule, const Convert& convert,
                   const std::vector<BYTE>& samples, size_t count, const DitherState& start = {}) {
     for (const size_t alignment : {size_t{0}, 1 + count % (Alignments - 1)}) {
-        const size_t from = alignment / layout.SourceAlignment * layout.SourceAlignment;
-        const size_t to =
-            (Alignments - 1 - alignment) / layout.DestinationAlignment * layout.DestinationAlignment;
-        std::vector<BYTE> source(from + count * layout.SourceSize);
-        std::copy_n(samples.begin(), count * layout.SourceSize,
-                    source.begin() + static_cast<ptrdiff_t>(from));
-        std::vector<BYTE> expected(to + count * layout.DestinationSize + Alignments, Guard);
+        const size_t from = alignment - alignment % AlignmentOf(sourceSize);
+        const size_t furthest = Alignments - 1 - alignment;
+        const size_t to = furthest - furthest % AlignmentOf(destinationSize);
+        std::vector<BYTE> source(from + count * sourceSize);
+        std::copy_n(samples.begin(), count * sourceSize, source.begin() + static_cast<ptrdiff_t>(from));
+        std::vector<BYTE> expected(to + count * destinationSize + Alignments, Guard);
         std::vector<BYTE> converted = expected;
         DitherState expectedState = start;
         DitherState state = start;
         for (size_t i = 0; i < count; ++i) {
-            rule(&expected[to + i * layout.DestinationSize], &source[from + i * layout.SourceSize], i,
-                 expectedState);
+            rule(&expected[to + i * destinationSize], &source[from + i * sourceSize], i, expectedState);
         }
         convert(converted.data() + to, source.data() + from, count, state);
         ASSERT_EQ(converted, expected) << count << " samples from " << from << " to " << to;
@@ -61,31 +58,23 @@ struct RoutineSet {
     decltype(&portable::DitherCapture16) DitherCapture16;
 };
 
-constexpr RoutineSet PortableSet = {"portable",
-                                    portable::ExpandCompanded,
-                                    portable::ExpandPacked24,
-                                    portable::PackCapture24,
-                                    portable::DitherCapture8,
-                                    portable::DitherCapture16};
-constexpr RoutineSet VectorSet = {"vector",
-                                  vector::ExpandCompanded,
-                                  vector::ExpandPacked24,
-                                  vector::PackCapture24,
-                                  vector::DitherCapture8,
-                                  vector::DitherCapture16};
-
 // Those that this processor can do.
 std::vector<RoutineSet> Sets() {
-    return vector::IsSupported() ? std::vector{PortableSet, VectorSet} : std::vector{PortableSet};
+    std::vector<RoutineSet> sets;
+    sets.push_back({"portable", portable::ExpandCompanded, portable::ExpandPacked24, portable::PackCapture24,
+                    portable::DitherCapture8, portable::DitherCapture16});
+    if (vector::IsSupported()) {
+        sets.push_back({"vector", vector::ExpandCompanded, vector::ExpandPacked24, vector::PackCapture24,
+                        vector::DitherCapture8, vector::DitherCapture16});
+    }
+    return sets;
 }
 
 TEST(RoutinesTest, ExpandEveryCode) {
     const WaveFormat aLaw = TaggedFormat(WAVE_FORMAT_ALAW, 8000, 1, 8);
     const WaveFormat muLaw = TaggedFormat(WAVE_FORMAT_MULAW, 8000, 1, 8);
     std::vector<BYTE> codes(256);
-    for (size_t i = 0; i < codes.size(); ++i) {
-        codes[i] = static_cast<BYTE>(i);
-    }
+    std::iota(codes.begin(), codes.end(), BYTE{0});
     for (const RoutineSet& set : Sets()) {
         SCOPED_TRACE(set.Name);
         for (const auto& [table, law] : {std::pair(&ALawTable, aLaw), std::pair(&MuLawTable, muLaw)}) {
@@ -99,7 +88,7 @@ TEST(RoutinesTest, ExpandEveryCode) {
                 set.ExpandCompanded(reinterpret_cast<int16_t*>(to), from, *values, count);
             };
             for (size_t count = 0; count <= codes.size(); ++count) {
-                ExpectByRule({1, 2, 1, 2}, rule, convert, codes, count);
+                ExpectByRule(1, 2, rule, convert, codes, count);
             }
         }
     }
@@ -125,8 +114,8 @@ TEST(RoutinesTest, ExpandAndPack24) {
             set.PackCapture24(to, reinterpret_cast<const uint32_t*>(from), count);
         };
         for (size_t count = 0; count <= MostSamples; ++count) {
-            ExpectByRule({3, 4, 1, 4}, expanded, expand, Pattern(MostSamples * 3), count);
-            ExpectByRule({4, 3, 4, 1}, packed, pack, Pattern(MostSamples * 4), count);
+            ExpectByRule(3, 4, expanded, expand, Pattern(MostSamples * 3), count);
+            ExpectByRule(4, 3, packed, pack, Pattern(MostSamples * 4), count);
         }
     }
 }
@@ -197,9 +186,9 @@ void ExpectDitheredByRule(const RoutineSet& set, const DitherKind& kind, const s
         }
     };
     for (size_t count = 0; count <= MostSamples; count += kind.Channels) {
-        ExpectByRule({4, size, 4, size}, rule, convert, recording, count, start);
+        ExpectByRule(4, size, rule, convert, recording, count, start);
     }
-    ExpectByRule({4, size, 4, size}, rule, convert, recording, recording.size() / 4, start);
+    ExpectByRule(4, size, rule, convert, recording, recording.size() / 4, start);
 }
 
 void ExpectDitheredByRule(const RoutineSet& set, const std::vector<BYTE>& recording) {

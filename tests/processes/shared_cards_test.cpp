@@ -26,8 +26,7 @@ TEST_F(SharedCardsTest, APortHasOneOwnerAndAClockOneRate) {
         test.Tell(player.Open(2, Format48000));
         test.Tell(player.Open(2, Format44100));
         // The clock runs: only the stream's own port is programmed.
-        const std::vector<simulator::TraceEntry> trace = program.Cards.Trace();
-        test.Tell(std::count_if(trace.begin(), trace.end(), [](const simulator::TraceEntry& entry) {
+        test.Tell(std::ranges::count_if(program.Cards.Trace(), [](const simulator::TraceEntry& entry) {
             return entry.Text().starts_with("write card 17");
         }));
         test.Hear();

@@ -120,11 +120,9 @@ TEST_F(CableTest, ACardRunsOnTheClockThatADigitalOneBrings) {
     const size_t apart = Apart(1, Port::Digital);
     recorder_.Stop();
     Cards().Advance(1);
-    std::vector<Frame> expected = Amid(apart, NoiseFrames(5000), 10000);
     const std::vector<Frame> recorded = Recorded();
-    expected.resize(recorded.size());
     EXPECT_GT(recorded.size(), apart + 5000);
-    EXPECT_EQ(recorded, expected) << "no frame slips";
+    EXPECT_EQ(recorded, Amid(apart, NoiseFrames(5000), recorded.size())) << "no frame slips";
 
     // The signal is lost with the transmitter, and the clock with it.
     const CardFile sender(0, simulator::ControlChannel);

@@ -73,17 +73,15 @@ void CardFile::SetGain(uint32_t index, uint32_t gain) const {
     WriteCard(2, gain);
 }
 
-void CardFile::Queue(std::vector<Frame>& frames) const {
+void CardFile::Run(std::vector<Frame>& frames) const {
     constexpr ULONG_PTR Cookie = 1;
     const std::span<Frame> all(frames);
+    WritePort(0, 0xC0);
     EXPECT_EQ(Request(BeginBuffer), ERROR_SUCCESS);
     EXPECT_EQ(Request(MapBuffer, {}, {reinterpret_cast<uint8_t*>(all.data()), all.size_bytes()}),
               ERROR_SUCCESS);
     EXPECT_EQ(Request(SetBufferCookie, BytesOf(Cookie)), ERROR_SUCCESS);
     EXPECT_EQ(Send(QueueBuffer, 0), ERROR_SUCCESS);
-}
-
-void CardFile::Start() const {
     EXPECT_EQ(Request(StartTransfer), ERROR_SUCCESS);
     EXPECT_EQ(Request(ArmChannel), ERROR_SUCCESS);
 }

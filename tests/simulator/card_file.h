@@ -38,8 +38,7 @@ public:
     void WritePort(uint32_t index, uint32_t value, uint32_t mask = 0xFF) const;
     void SetGain(uint32_t index, uint32_t gain) const;
     bool ReadClockFault() const;
-    void Queue(std::vector<simulator::Frame>& frames) const;  // a buffer to play, or to record into
-    void Start() const;                                       // transfer on and armed
+    void Run(std::vector<simulator::Frame>& frames) const;  // plays them, or records into them
 
 private:
     HANDLE handle_;

@@ -21,11 +21,8 @@ TEST(SimulatorMixer, AddsAtItsGainsAndSaturates) {
     const CardFile digital(0, DigitalOut);
     std::vector<Frame> loud(400, Frame{Top, Bottom});
     std::vector<Frame> quiet(400, Frame{1000, -129});
-    for (const CardFile* file : {&analog, &digital}) {
-        file->WritePort(0, 0xC0);
-        file->Queue(file == &analog ? loud : quiet);
-        file->Start();
-    }
+    analog.Run(loud);
+    digital.Run(quiet);
 
     sim.Advance(2000);  // 88 ticks
     analog.SetGain(3, 128);

@@ -35,11 +35,9 @@ std::string Sounding(Simulator& sim) {
     const CardFile digital(0, DigitalOut);
     std::vector<Frame> recorded(400);
     std::vector<Frame> played = Ramp(200);
-    for (const CardFile* file : {&in, &analog, &digital}) {
-        file->WritePort(0, 0xC0);
-        file->Queue(file == &in ? recorded : played);
-        file->Start();
-    }
+    in.Run(recorded);
+    analog.Run(played);
+    digital.Run(played);
     sim.Advance(20000);
     const auto letter = [](char connector, const std::vector<Frame>& frames) {
         return std::ranges::any_of(frames, [](const Frame& f) { return f.Left != 0; }) ? connector : '-';
@@ -122,8 +120,7 @@ TEST(SimulatorRuleDeathTest, EachIsNamed) {
     file.WriteCard(9, 0x00, 0x80);
     EXPECT_DEATH(file.ReadRegister(0, 10), "reads a measurement that is not finished");
     std::vector<Frame> samples = Ramp(4000);
-    file.Queue(samples);
-    file.Start();
+    file.Run(samples);
     sim.Advance(10000);
     EXPECT_DEATH(file.WriteCard(32, 0x02, 0x07), "changes the clock while samples move");
 }

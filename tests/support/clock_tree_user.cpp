@@ -5,7 +5,6 @@
 
 namespace {
 
-constexpr int TreeControl = 1001;
 constexpr int LongestText = 256;
 constexpr UINT GetMenuOfWindow = 0x01E1;  // to the window of an open menu
 
@@ -30,32 +29,26 @@ std::u16string MenuLine(HMENU menu, UINT position) {
 
 }  // namespace
 
-ClockTreeUser::ClockTreeUser(HWND page) : page_(page), tree_(GetDlgItem(page, TreeControl)) {}
-
-std::u16string ClockTreeUser::Text(HTREEITEM item) const {
+std::pair<std::u16string, bool> ClockTreeUser::TextAndFold(HTREEITEM item) const {
     WCHAR text[LongestText] = {};
     TVITEMW request = {};
-    request.mask = TVIF_TEXT;
+    request.mask = TVIF_TEXT | TVIF_STATE;
     request.hItem = item;
+    request.stateMask = TVIS_EXPANDED;
     request.pszText = text;
     request.cchTextMax = LongestText;
     if (item == nullptr || !TreeView_GetItem(tree_, &request)) {
-        return u"";
+        return {};
     }
-    return Utf16(request.pszText);
+    return {Utf16(request.pszText), (request.state & TVIS_EXPANDED) != 0};
 }
 
 std::u16string ClockTreeUser::Row(HTREEITEM item, const char16_t* between) const {
     std::u16string row;
     for (; item != nullptr; item = TreeView_GetNextSibling(tree_, item)) {
-        TVITEMW request = {};
-        request.mask = TVIF_STATE;
-        request.hItem = item;
-        request.stateMask = TVIS_EXPANDED;
-        TreeView_GetItem(tree_, &request);
-        const bool open = (request.state & TVIS_EXPANDED) != 0;
-        const std::u16string slaves = open ? Row(TreeView_GetChild(tree_, item), u", ") : u"";
-        row += (row.empty() ? u"" : between) + Text(item) + (slaves.empty() ? u"" : u" [" + slaves + u"]");
+        const auto [text, unfolded] = TextAndFold(item);
+        const std::u16string slaves = unfolded ? Row(TreeView_GetChild(tree_, item), u", ") : u"";
+        row += (row.empty() ? u"" : between) + text + (slaves.empty() ? u"" : u" [" + slaves + u"]");
     }
     return row;
 }
@@ -82,18 +75,13 @@ POINT ClockTreeUser::PlaceInTree(const std::u16string& place) const {
     return {request.Text.left + 3, (request.Text.top + request.Text.bottom) / 2};
 }
 
-POINT ClockTreeUser::OnScreen(const std::u16string& place) const {
-    POINT point = PlaceInTree(place);
-    ClientToScreen(tree_, &point);
-    return point;
-}
-
 // While a card is dragged, the page has the mouse.
 void ClockTreeUser::SendMouse(UINT message, const std::u16string& place) const {
-    POINT point = OnScreen(place);
-    ScreenToClient(page_, &point);
+    POINT point = PlaceInTree(place);
+    ClientToScreen(tree_, &point);
+    ScreenToClient(page_.Window(), &point);
     const WPARAM buttons = message == WM_MOUSEMOVE ? MK_LBUTTON : 0;
-    SendMessageW(page_, message, buttons, MAKELPARAM(point.x, point.y));
+    SendMessageW(page_.Window(), message, buttons, MAKELPARAM(point.x, point.y));
 }
 
 // The press has a loop of its own, which ends when the mouse has moved far enough: both must be on their
@@ -128,8 +116,9 @@ void ClockTreeUser::Drop(const std::u16string& place) const {
 // its loop, as for a drag.
 std::vector<std::u16string> ClockTreeUser::RightClick(const std::u16string& place) const {
     OnItsThread([&] {
-        const POINT onScreen = OnScreen(place);
-        SetCursorPos(onScreen.x, onScreen.y);
+        POINT point = PlaceInTree(place);
+        ClientToScreen(tree_, &point);
+        SetCursorPos(point.x, point.y);
     });
     OnItsThread([&] {
         const POINT point = PlaceInTree(place);
@@ -182,11 +171,7 @@ std::vector<std::u16string> ClockTreeUser::OpenedMenu() const {
 }
 
 void ClockTreeUser::Choose(char16_t letter) const {
-    if (letter == VK_ESCAPE) {
-        PostMessageW(tree_, WM_KEYDOWN, VK_ESCAPE, 0);
-    } else {
-        PostMessageW(tree_, WM_CHAR, letter, 0);
-    }
+    PostMessageW(tree_, letter == VK_ESCAPE ? WM_KEYDOWN : WM_CHAR, letter, 0);
     OnItsThread([] {});  // the menu has closed and posted its command
     OnItsThread([] {});
 }

@@ -7,16 +7,17 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "tests/support/window_visit.h"
+#include "tests/support/sheet.h"
 
 class ClockTreeUser {
 public:
     static constexpr const char16_t* Root = u"Sample Clock";
     static constexpr const char16_t* Space = u"";
 
-    explicit ClockTreeUser(HWND page);
+    explicit ClockTreeUser(HWND page) : page_(page), tree_(page_.Control(TreeControl)) {}
 
     // "A (internal clock) [B, C]; D (automatic clock selection)": top-level cards with their slaves, in
     // the order of the tree. Items that are folded away are left out.
@@ -54,16 +55,18 @@ public:
         PostMessageW(tree_, WM_KEYDOWN, key, 0);
         OnItsThread([] {});
     }
-    // On the page's thread, when it has dealt with every message posted to it before.
-    void OnItsThread(const std::function<void()>& action) const { VisitWindow(page_, action); }
+    void OnItsThread(const std::function<void()>& action) const { page_.OnItsThread(action); }
 
 private:
-    std::u16string Text(HTREEITEM item) const;
+    static constexpr int TreeControl = 1001;
+
+    // The item's text, empty when there is none, and whether what is below it is shown.
+    std::pair<std::u16string, bool> TextAndFold(HTREEITEM item) const;
+    std::u16string Text(HTREEITEM item) const { return TextAndFold(item).first; }
     // The item and what follows it beside it, each with its slaves.
     std::u16string Row(HTREEITEM item, const char16_t* between) const;
     HTREEITEM Find(const std::u16string& name) const;
     POINT PlaceInTree(const std::u16string& place) const;
-    POINT OnScreen(const std::u16string& place) const;
     void SendMouse(UINT message, const std::u16string& place) const;
     void PostToTree(UINT message, WPARAM buttons, POINT place) const {
         PostMessageW(tree_, message, buttons, MAKELPARAM(place.x, place.y));
@@ -71,6 +74,6 @@ private:
     void HoldShift(bool down) const;
     std::vector<std::u16string> OpenedMenu() const;
 
-    HWND page_;
+    SheetPage page_;
     HWND tree_;
 };

@@ -5,7 +5,25 @@
 namespace {
 
 constexpr const WCHAR* Caption = TEXT("Kestrelvox(TM) Configuration");
-constexpr int LongestText = 256;
+constexpr UINT VisitMessage = WM_APP + 0x3E5;
+
+// An action that waits for its turn on a page's thread, in the guise of that page's procedure.
+struct Visit {
+    const std::function<void()>& Action;
+    HANDLE Done;
+};
+WNDPROC visitedProcedure = nullptr;
+
+LRESULT CALLBACK ReceiveVisit(HWND page, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message != VisitMessage) {
+        return CallWindowProcW(visitedProcedure, page, message, wParam, lParam);
+    }
+    SetWindowLongPtrW(page, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(visitedProcedure));
+    const auto& visit = *reinterpret_cast<const Visit*>(lParam);
+    visit.Action();
+    SetEvent(visit.Done);
+    return 0;
+}
 
 LONG Ask(const DriverLibrary& driver, Sheet::Entry entry) {
     driver.DriverProc(DRV_OPEN);
@@ -18,17 +36,6 @@ LONG Ask(const DriverLibrary& driver, Sheet::Entry entry) {
 }
 
 }  // namespace
-
-std::vector<std::u16string> SheetPage::Entries(int id) const {
-    std::vector<std::u16string> entries;
-    const int count = Send(id, CB_GETCOUNT);
-    for (int entry = 0; entry < count; ++entry) {
-        WCHAR text[LongestText] = {};
-        Send(id, CB_GETLBTEXT, static_cast<WPARAM>(entry), reinterpret_cast<LPARAM>(text));
-        entries.push_back(Utf16(text));
-    }
-    return entries;
-}
 
 void SheetPage::Press(int id, WORD key) const {
     if (IsEnabled(id)) {
@@ -71,6 +78,19 @@ void SheetPage::AskHelp(int id) const {
     info.iCtrlId = id;
     info.hItemHandle = Control(id);
     Send(id, WM_HELP, 0, reinterpret_cast<LPARAM>(&info));
+}
+
+void SheetPage::OnItsThread(const std::function<void()>& action) const {
+    HANDLE done = nullptr;
+    while (done == nullptr) {  // the test may have it fail, too
+        done = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    }
+    const Visit visit = {action, done};
+    visitedProcedure = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window_, GWLP_WNDPROC));
+    SetWindowLongPtrW(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(ReceiveVisit));
+    PostMessageW(window_, VisitMessage, 0, reinterpret_cast<LPARAM>(&visit));
+    WaitForSingleObject(done, INFINITE);
+    CloseHandle(done);
 }
 
 Sheet::Sheet(const DriverLibrary& driver, Entry entry)

@@ -6,6 +6,7 @@
 #include <commctrl.h>
 #include <prsht.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -27,7 +28,6 @@ public:
     std::u16string Text(int id) const { return Utf16(kestvox::WindowText(Control(id)).c_str()); }
     int Position(int id) const { return Send(id, TBM_GETPOS); }  // of a slider
     int Chosen(int id) const { return Send(id, CB_GETCURSEL); }  // entry of a list; CB_ERR: none
-    std::vector<std::u16string> Entries(int id) const;           // of a list
 
     // As the Tab key does.
     void Focus(int id) const {
@@ -46,6 +46,10 @@ public:
     void Choose(int id, int entry) const;                 // with the keys
     void Slide(int id, int position) const;               // the thumb is dragged there, and still held
     void AskHelp(int id) const;                           // F1
+
+    // Runs the action on the page's thread, as that thread itself would do it: when it has dealt with every
+    // message posted to the page before. Returns when that is done. One at a time in the process.
+    void OnItsThread(const std::function<void()>& action) const;
 
 private:
     int Send(int id, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const {

@@ -133,12 +133,12 @@ TEST_F(CommandLine, RefusesBadInputInOneLine) {
 TEST_F(CommandLine, ListsEveryDeviceByTheNameOfItsCard) {
     const CommandResult result = Run("devices --cards 2 --set 1:Name=Annex");
     ASSERT_EQ(result.Status, 0) << result.Errors;
-    for (const char* direction : {"output ", "input "}) {
-        EXPECT_EQ(result.Values(std::string(direction) + "0"), Words{"Kestrelvox Analog"});
-        EXPECT_EQ(result.Values(std::string(direction) + "1"), Words{"Kestrelvox Digital"});
-        EXPECT_EQ(result.Values(std::string(direction) + "2"), Words{"Annex Analog"});
-        EXPECT_EQ(result.Values(std::string(direction) + "3"), Words{"Annex Digital"});
-        EXPECT_EQ(result.Values(std::string(direction) + "4"), Words{});
+    for (const std::string direction : {"output ", "input "}) {
+        EXPECT_EQ(result.Values(direction + "0"), Words{"Kestrelvox Analog"});
+        EXPECT_EQ(result.Values(direction + "1"), Words{"Kestrelvox Digital"});
+        EXPECT_EQ(result.Values(direction + "2"), Words{"Annex Analog"});
+        EXPECT_EQ(result.Values(direction + "3"), Words{"Annex Digital"});
+        EXPECT_EQ(result.Values(direction + "4"), Words{});
     }
     EXPECT_NE(result.Output.find("8000, 11025, 22050, 32000, 44100, 48000, 88200, 96000 Hz"),
               std::string::npos);

@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <random>
 #include <sstream>
 
 std::vector<std::string> CommandResult::Values(const std::string& key) const {
@@ -33,10 +32,8 @@ std::string ReadFile(const std::string& path) {
 }
 
 CommandTest::CommandTest() {
-    std::random_device random;
-    do {
-        folder_ = std::filesystem::temp_directory_path() / ("kestvox-test-" + std::to_string(random()));
-    } while (!std::filesystem::create_directory(folder_));
+    std::string name = std::filesystem::temp_directory_path() / "kestvox-test-XXXXXX";
+    folder_ = mkdtemp(name.data());
     std::filesystem::create_directory(folder_ / "files");
 }
 

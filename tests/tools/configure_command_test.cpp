@@ -15,7 +15,7 @@ void ExpectParts(const std::string& text, std::initializer_list<const char*> par
 
 TEST_F(ConfigureCommand, PrintsEveryKindOfControlWithItsState) {
     const CommandResult result = Shell(
-        "$K configure --cards 2 --follow 1=0 --set 0:Professional=0 --set 0:DitherADC=1 "
+        "$K configure --cards 2 --follow 1=0 --set 0:Professional=0 --set 0:DitherADC=3 "
         "--set 0:ClockSource=64 --set 1:Name=Booth --set 0:AdvancedMonitoring=1 "
         "--set 0:Monitor=128,0,50,1,0,77,0,123");
     EXPECT_EQ(result.Status, 0) << result.Errors;
@@ -25,7 +25,7 @@ TEST_F(ConfigureCommand, PrintsEveryKindOfControlWithItsState) {
             "Configuration: 'Kestrelvox'\n        group    'Kestrelvox name'\n  1002  edit     "
             "'Kestrelvox'\n",
             "  1024  radio    (*) 'Consumer mode'\n  1025  check    [ ] 'Copy protect'\n",
-            "  1047  list     No dithering | *Type I | Type I Shaped | Type II | Type II Shaped\n",
+            "  1047  list     No dithering | Type I | Type I Shaped | *Type II | Type II Shaped\n",
             "  1035  slider   64 of 18 to 83\n  1036  value    '-8.1 dB'\n",
             "  1037  slider   19 of 18 to 83\n",
             "  1041  slider   72 of 18 to 83\n",

@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <regex>
 #include <set>
-#include <sstream>
 
 #include "tests/tools/command_test.h"
 #include "tests/tools/wav_bytes.h"
@@ -15,28 +14,15 @@ using CommandPage = CommandTest;
 
 // The page without its escapes and changes of font.
 std::string PlainPage() {
-    std::string page = ReadFile(KESTVOX_MAN_PAGE);
-    for (const char* mark : {"\\fB", "\\fI", "\\fP", "\\&", "\\"}) {
-        for (size_t at = 0; (at = page.find(mark, at)) != std::string::npos;) {
-            page.erase(at, std::string(mark).size());
-        }
-    }
-    return page;
+    return std::regex_replace(ReadFile(KESTVOX_MAN_PAGE), std::regex(R"(\\(f[BIP]|&)?)"), "");
 }
 
 // The first word of every row of a list in the help.
 std::vector<std::string> Listed(const std::string& help, const std::string& list) {
-    std::vector<std::string> found;
-    std::istringstream lines(help.substr(std::min(help.find("\n" + list + ":\n"), help.size())));
-    std::string line;
-    std::getline(lines, line);
-    std::getline(lines, line);
-    while (std::getline(lines, line) && !line.empty()) {
-        if (line[2] != ' ') {
-            found.push_back(line.substr(2, line.find(' ', 2) - 2));
-        }
-    }
-    return found;
+    const size_t begin = std::min(help.find("\n" + list + ":\n"), help.size());
+    const std::string rows = help.substr(begin, help.find("\n\n", begin) - begin);
+    const std::regex first("\n  ([^ \n]+)");
+    return {std::sregex_token_iterator(rows.begin(), rows.end(), first, 1), std::sregex_token_iterator()};
 }
 
 TEST_F(ManPage, TellsEveryOptionOfEveryCommand) {
@@ -81,19 +67,14 @@ TEST_F(Completion, OffersCommandsOptionsAndChoices) {
 
 std::set<std::string> AllMatches(const std::string& text, const char* pattern) {
     const std::regex regex(pattern);
-    std::set<std::string> words;
-    for (std::sregex_iterator at(text.begin(), text.end(), regex); at != std::sregex_iterator(); ++at) {
-        words.insert((*at)[1]);
-    }
-    return words;
+    return {std::sregex_token_iterator(text.begin(), text.end(), regex, 1), std::sregex_token_iterator()};
 }
 
 // The code words in the first columns of the tables.
 std::set<std::string> ToldInTables(const std::string& text) {
     std::string firstColumns;
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
-        firstColumns += line.starts_with("| `") ? line.substr(0, line.find(" | ")) : "";
+    for (const std::string& column : AllMatches(text, "\n\\| (`.*?) \\| ")) {
+        firstColumns += column;
     }
     return AllMatches(firstColumns, "`([a-z-]+)`");
 }

@@ -87,8 +87,7 @@ TEST_F(Outputs, AreWhatTheOptionsSay) {
          "stall.227.*dur.:227; do grep -q name.:.$event t && echo found; done",
          "found\nfound\nfound\nfound\n"},
         {"for fault in 3:late=2000000 10:late=2000000 3:twice 10:twice; do $K play in.wav --buffers 19 "
-         "--fault "
-         "completion:$fault --time stepped | grep headers-returned; done | sort -u",
+         "--fault completion:$fault --time stepped | grep headers-returned; done | sort -u",
          "headers-returned: 19\n"},
         {"$K settings Name=$(printf x%049d 0) 2>r | wc -c", "57\n"},
         {"$K play in.wav --fault QUEUE_BUFFER:3:pending --time stepped | grep unplayed; "
@@ -103,17 +102,16 @@ TEST_F(Outputs, OfALoopbackAreWhatIsPlayed) {
     ExpectFound({
         {"for device in 0 1 3; do for lock in '' --lock; do "
          "$K loopback in.wav --device $device --cards 2 --follow 1=0 --out o $lock --time stepped | "
-         "grep 'offset\\|lost'; "
-         "cmp in.wav o -i 44:$(test \"$lock\" && echo 44 || echo 1808) -n 160000; done; done | sort -u",
+         "grep 'offset\\|lost'; cmp in.wav o -i 44:$(test \"$lock\" && echo 44 || echo 1808) -n 160000; "
+         "done; done | sort -u",
          "offset-frames: 0\noffset-frames: 441\nsamples-lost: 0\n"},
-        {"$K record byte.wav --format u8 --channels 1 --rate 8000 --input tone:100 --seconds 1 --time "
-         "stepped >r; "
-         "$K loopback byte.wav --out o --time stepped | grep 'offset\\|lost'; cmp byte.wav o -i 44:124 -n "
-         "8000",
+        {"$K record byte.wav --format u8 --channels 1 --rate 8000 --input tone:100 --seconds 1 "
+         "--time stepped >r; $K loopback byte.wav --out o --time stepped | grep 'offset\\|lost'; "
+         "cmp byte.wav o -i 44:124 -n 8000",
          "offset-frames: 80\nsamples-lost: 0\n"},
         {"$K record wide.wav --format s32 --rate 48000 --input tone:100 --seconds 1 --time stepped >r; "
-         "$K loopback wide.wav --out o --time stepped | grep 'offset\\|lost'; cmp wide.wav o -i 44:3884 -n "
-         "384000",
+         "$K loopback wide.wav --out o --time stepped | grep 'offset\\|lost'; "
+         "cmp wide.wav o -i 44:3884 -n 384000",
          "offset-frames: 480\nsamples-lost: 0\n"},
     });
 }
@@ -135,32 +133,23 @@ TEST_F(Outputs, OutlastASleep) {
 
 // The system's reason on one line, status 1; what had fitted is whole.
 TEST_F(Outputs, EndTheRunWithTheFirstWriteThatFails) {
-    const struct {
-        const char* Line;
-        const char* Reason;
-        const char* Left;  // a WAV file, or nothing
-    } cases[] = {
-        {"$K play in.wav --time stepped --capture /dev/full",
-         "/dev/full: cannot write: No space left on device", ""},
-        {"$K play in.wav --time stepped --trace /dev/full",
-         "/dev/full: cannot write: No space left on device", ""},
-        {"$K play in.wav --time stepped --report /dev/full",
-         "/dev/full: cannot write: No space left on device", ""},
-        {"$K record - --seconds 3600 --time stepped 2>e | "
-         "true; "
-         "grep kestvox e >&2; false",
-         "-: cannot write: Broken pipe", ""},
-        {"ulimit -f 200; $K record o --seconds 3600 --time stepped", "o: cannot write: File too large", "o"},
-        {"ulimit -f 200; $K play in.wav --time stepped --capture c", "c: cannot write: File too large", "c"},
-        {"$K devices >/dev/full", "cannot write: No space left on device", ""},
+    constexpr const char* Full = "/dev/full: cannot write: No space left on device";
+    const std::pair<const char*, const char*> cases[] = {
+        {"$K play in.wav --time stepped --capture /dev/full", Full},
+        {"$K play in.wav --time stepped --trace /dev/full", Full},
+        {"$K play in.wav --time stepped --report /dev/full", Full},
+        {"$K record - --seconds 3600 --time stepped 2>e | true; grep kestvox e >&2; false",
+         "-: cannot write: Broken pipe"},
+        {"ulimit -f 200; $K record o --seconds 3600 --time stepped", "o: cannot write: File too large"},
+        {"ulimit -f 200; $K play in.wav --time stepped --capture c", "c: cannot write: File too large"},
+        {"$K devices >/dev/full", "cannot write: No space left on device"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.Line);
-        ExpectOneLine(Shell(c.Line), 1, c.Reason);
-        if (*c.Left != '\0') {
-            EXPECT_GT(FramesOf(c.Left), 10000u);
-        }
+    for (const auto& [line, reason] : cases) {
+        SCOPED_TRACE(line);
+        ExpectOneLine(Shell(line), 1, reason);
     }
+    EXPECT_GT(FramesOf("o"), 10000u);
+    EXPECT_GT(FramesOf("c"), 10000u);
     EXPECT_EQ(Shell("ulimit -f 100; $K play in.wav --buffer-ms 1 --time stepped --trace t >/dev/null 2>&1; "
                     "python3 -m json.tool t >/dev/null")
                   .Status,
@@ -190,15 +179,13 @@ TEST_F(Outputs, SayWhatWasLost) {
         {"play in.wav --fault QUEUE_BUFFER:99",
          "kestvox: fault QUEUE_BUFFER:99 did not come: there were 19 of the kind\n"},
         {"play in.wav --buffers 2 --fault completion:2:late=200000",
-         "kestvox: device 0: 1 underrun (6616 silent frames in all), the longest 6616 frames, the first at "
-         "frame "
-         "6615\n"},
+         "kestvox: device 0: 1 underrun (6616 silent frames in all), the longest 6616 frames, "
+         "the first at frame 6615\n"},
         {"record out.wav --seconds 0.5 --fault QUEUE_BUFFER:3",
          "kestvox: device 0: 1 header came back unfilled\n"},
         {"record out.wav --buffers 2 --seconds 1 --fault completion:2:late=200000",
-         "kestvox: device 0: 1 overrun (6613 dropped frames in all), the longest 6613 frames, the first at "
-         "frame "
-         "6624\n"},
+         "kestvox: device 0: 1 overrun (6613 dropped frames in all), the longest 6613 frames, "
+         "the first at frame 6624\n"},
         {"loopback steady.wav --set Monitor=0,0,0,0,0,0,0,0",
          "kestvox: 2000 samples did not come back as they were played\n"},
     };

@@ -1,7 +1,7 @@
 // docs/registers.md shows what one register write does, with the driver as it is and with a fault in it. The
 // first half is run here as it stands on the page.
 #include <algorithm>
-#include <sstream>
+#include <regex>
 
 #include "tests/tools/command_test.h"
 
@@ -9,25 +9,13 @@ namespace {
 
 // The indented lines below the heading: a text for each block.
 std::vector<std::string> BlocksBelow(const std::string& page, const std::string& heading) {
+    const std::string below = page.substr(std::min(page.find(heading), page.size()));
+    const std::regex block("\n((    .*\n)+)");
     std::vector<std::string> blocks;
-    std::istringstream lines(page.substr(std::min(page.find(heading), page.size())));
-    bool inside = false;
-    for (std::string line; std::getline(lines, line); inside = line.starts_with("    ")) {
-        if (line.starts_with("    ")) {
-            if (!inside) {
-                blocks.emplace_back();
-            }
-            blocks.back() += line.substr(4) + "\n";
-        }
+    for (std::sregex_iterator at(below.begin(), below.end(), block), end; at != end; ++at) {
+        blocks.push_back(std::regex_replace((*at)[1].str(), std::regex("(^|\n)    "), "$1"));
     }
     return blocks;
-}
-
-std::string Replaced(std::string text, const std::string& what, const std::string& with) {
-    for (size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += with.size()) {
-        text.replace(at, what.size(), with);
-    }
-    return text;
 }
 
 using RegisterWalk = CommandTest;
@@ -36,9 +24,9 @@ TEST_F(RegisterWalk, PrintsWhatThePageSays) {
     const std::vector<std::string> blocks =
         BlocksBelow(ReadFile(KESTVOX_REGISTERS_PAGE), "## Change one register write");
     ASSERT_EQ(blocks.size(), 3u);
-    const std::string commands =
-        Replaced(Replaced(blocks[0], "kestvox ", "$K "), "--machine good", "--machine $M");
-    const CommandResult result = Shell("M=kestvox-test-$$\n" + commands + "$K machine remove $M");
+    const std::string commands = std::regex_replace(blocks[0], std::regex("--machine good"), "--machine $$M");
+    const CommandResult result =
+        Shell("M=kestvox-test-$$\nkestvox() { $K \"$@\"; }\n" + commands + "kestvox machine remove $M");
     EXPECT_EQ(result.Errors, "");
     EXPECT_EQ(result.Output, blocks[1]);
     EXPECT_NE(Read("good.html").find("\"differences\": 0,"), std::string::npos);

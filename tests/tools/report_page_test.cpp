@@ -1,4 +1,5 @@
 // The page that --report writes. What a browser makes of it is script/check-report's business.
+#include <numeric>
 #include <regex>
 #include <sstream>
 
@@ -43,10 +44,8 @@ TEST_F(ReportPage, HoldsTheObjectThatJsonPrintsAndNamesNothingElsewhere) {
     EXPECT_EQ(Between("id=\"run\">\n", "</script>"), result.Output);
     EXPECT_NE(Losses().find("Nothing was lost."), std::string::npos) << Losses();
     EXPECT_EQ(Numbers("differences"), (std::vector<uint64_t>{0, 0}));
-    uint64_t requests = 0;
-    for (const uint64_t count : Numbers("count")) {
-        requests += count;
-    }
+    const std::vector<uint64_t> counts = Numbers("count");
+    const uint64_t requests = std::accumulate(counts.begin(), counts.end(), uint64_t{0});
     EXPECT_NE(result.Output.find("\"requests-sent\": " + std::to_string(requests) + ","), std::string::npos);
     EXPECT_FALSE(std::regex_search(page_, std::regex("<[a-z]+ [^>]*(src|href) *=|url\\(|@import")));
     EXPECT_NE(page_.find("default-src 'none'"), std::string::npos);

@@ -94,8 +94,6 @@ TEST_F(WavReaderTest, SaysWhatIsWrongWithABadFile) {
             EXPECT_EQ(text.find('\n'), std::string::npos);
         }
     }
-    EXPECT_THROW(WavReader(Path("absent.wav")), CommandError);
-    EXPECT_THROW(WavReader(Path("")), CommandError);
 }
 
 }  // namespace

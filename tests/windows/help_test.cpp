@@ -1,4 +1,5 @@
 // The help file in the system's own viewer: every topic, by the number with which the sheet asks for it.
+#include <algorithm>
 #include <filesystem>
 
 #include "config_ui/resource.h"
@@ -28,12 +29,9 @@ BOOL CALLBACK AddTextsOf(HWND window, LPARAM texts) {
 bool IsShown(const std::u16string& title, const std::u16string& part) {
     std::vector<std::u16string> texts;
     EnumWindows(AddTextsOf, reinterpret_cast<LPARAM>(&texts));
-    for (const std::u16string& text : texts) {
-        if (text.starts_with(title) && text.find(part) != std::u16string::npos) {
-            return true;
-        }
-    }
-    return false;
+    return std::ranges::any_of(texts, [&](const std::u16string& text) {
+        return text.starts_with(title) && text.find(part) != text.npos;
+    });
 }
 
 class HelpFile : public SheetTest {
