@@ -110,9 +110,9 @@ INT_PTR OnSlider(HWND page, HWND slider) {
     return TRUE;
 }
 
-void Store(SettingsKey& key, const BufferSetting& setting, DWORD position) {
+BOOL Store(SettingsKey& key, const BufferSetting& setting, DWORD position) {
     key.DeleteValue(setting.Value);
-    key.SetValue(setting.Value, &position, sizeof position, REG_BINARY);
+    return key.SetValue(setting.Value, &position, sizeof position, REG_BINARY);
 }
 
 // What cannot have been stored by such a page does not count: it is replaced.
@@ -128,13 +128,13 @@ INT_PTR OnApply(HWND page) {
         const HWND slider = GetDlgItem(page, Settings[i].Slider);
         const DWORD position = SliderPosition(slider);
         const std::optional<DWORD> stored = ReadBufferSize(key, Settings[i].Value);
-        const DWORD shown = state != nullptr ? state->Shown[i] : position;
-        if (IsSizeSavedElsewhere(position, shown, stored)) {
+        const bool savedElsewhere =
+            state != nullptr && IsSizeSavedElsewhere(position, state->Shown[i], stored);
+        if (savedElsewhere) {
             ShowBufferSize(page, slider, *stored);
-        } else {
-            Store(key, Settings[i], position);
         }
-        if (state != nullptr) {
+        // What could not be stored is the user's choice still.
+        if ((savedElsewhere || Store(key, Settings[i], position)) && state != nullptr) {
             state->Shown[i] = SliderPosition(slider);
         }
     }

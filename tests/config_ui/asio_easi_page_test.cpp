@@ -79,4 +79,17 @@ TEST_F(AsioEasiPageTest, OnlyAFourByteBinaryValueCounts) {
     }
 }
 
+// Which remembers what was shown first.
+TEST_F(AsioEasiPageTest, APageWithoutMemoryStoresWhatIsShown) {
+    const DWORD stored = 200;
+    StoreValue(CommonKey, TEXT("AsioBufferSize"), &stored, sizeof stored, REG_BINARY);
+    Sheet& sheet = Open();
+    test_system::FailCall("HeapAlloc", 2);  // the first is for the path of the key
+    const SheetPage page = sheet.Show(u"ASIO + EASI");
+    EXPECT_FALSE(test_system::CallFailuresAreWaiting());
+    page.Slide(IDC_ASIO_BUFFER, 100);
+    sheet.Accept();
+    EXPECT_EQ(StoredBufferSize(u"AsioBufferSize"), 100u);
+}
+
 }  // namespace
