@@ -23,6 +23,7 @@ void OutputBufferDone(StreamInstance* stream, HeldHeader* held) {
     CountCompleted(stream, held);
     const bool noPassLeft = header->dwLoops == 0 || held->Resets != stream->ResetCount;
     if (noPassLeft && held->InFlight == 0) {  // no completion is to come
+        header->dwLoops = 0;
         ForgetHeader(stream, held);
         ReturnHeader(stream, header);
         if (stream->IsOpen == 0) {

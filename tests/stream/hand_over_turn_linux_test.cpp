@@ -91,4 +91,21 @@ TEST_F(HandOverTurnTest, AStopWaitsATenthOfASecondOfAudioForThePositionToSettle)
     EXPECT_EQ(looks, 2 + 4800 / Step + 1);
 }
 
+// The card gives everything back before the reset has emptied the queue.
+TEST_F(HandOverTurnTest, ALoopThatAResetMeetsComesBackWithNoPassLeft) {
+    RequestGate gate;
+    WavePlayer player(0, PcmFormat(48000, 2, 16));
+    ASSERT_EQ(player.Write(Pattern(4000), WHDR_BEGINLOOP | WHDR_ENDLOOP, 1000), MMSYSERR_NOERROR);
+    gate.After = [&](DWORD code, void*) {
+        if (code == simulator::FlushBuffers) {
+            Cards().Advance(1);
+            EXPECT_EQ(player.DoneCount(), 1u);
+        }
+    };
+    EXPECT_EQ(player.Reset(), MMSYSERR_NOERROR);
+    gate.After = nullptr;
+    EXPECT_EQ(player.Header(0).dwLoops, 0u);
+    EXPECT_EQ(player.DoneCount(), 1u);
+}
+
 }  // namespace

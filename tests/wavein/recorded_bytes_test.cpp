@@ -138,6 +138,44 @@ TEST_F(RecordedBytesTest, BuffersThatComeBackLateHoldWhatWasRecorded) {
     EXPECT_EQ(recorder_.Close(), MMSYSERR_NOERROR);
 }
 
+TEST_F(RecordedBytesTest, ABufferFromBeforeAResetHoldsNothingOfARunAfterIt) {
+    for (const bool goesOn : {false, true}) {
+        SCOPED_TRACE(goesOn);
+        Open(Mono());
+        AddFault("completion:1:late=200000");
+        Add(400);
+        recorder_.Reset();
+        EXPECT_EQ(recorder_.DoneCount(), 0u);
+        Add(800);
+        Run(300);
+        if (!goesOn) {
+            recorder_.Stop();
+        }
+        Cards().Advance(Second);
+        EXPECT_EQ(recorder_.Counts(), goesOn ? Sizes({800, 0}) : Sizes({576, 0}));
+        EXPECT_EQ(recorder_.Header(0).dwBytesRecorded, 0u);
+        Cards().ClearFaults();
+        CloseAndForget();
+    }
+}
+
+// More runs than are kept apart: the last ones count as one.
+TEST_F(RecordedBytesTest, BuffersOfManyRunsThatComeBackLateHoldAllThatWasRecorded) {
+    AddFault("completion:all:late=1000000");
+    Open(Mono());
+    Sizes expected(30, 192);
+    for (int run = 0; run < 40; ++run) {
+        Add(400);
+        Run(100);
+        recorder_.Stop();
+    }
+    EXPECT_EQ(recorder_.DoneCount(), 0u);
+    Cards().Advance(2 * Second);
+    expected.insert(expected.end(), {400, 400, 400, 400, 320});
+    expected.resize(40);
+    EXPECT_EQ(recorder_.Counts(), expected);
+}
+
 // More runs than are kept apart, of which no buffer tells.
 TEST_F(RecordedBytesTest, ARunAfterManyResetsKeepsItsBytes) {
     Open(Mono());

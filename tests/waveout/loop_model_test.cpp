@@ -129,6 +129,9 @@ protected:
         Cards().Advance(1000);
         EXPECT_EQ(player_.Position(), 0u);
         ExpectEachReturnedOnce();
+        for (size_t i = 0; i < player_.HeaderCount(); ++i) {
+            EXPECT_EQ(player_.Header(i).dwLoops, 0u) << "passes of header " << i;
+        }
         Cards().ForgetAudio();
         model_.Reset();
         model_.Back = player_.DoneOrder();
