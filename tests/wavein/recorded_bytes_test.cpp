@@ -146,13 +146,13 @@ TEST_F(RecordedBytesTest, ABufferFromBeforeAResetHoldsNothingOfARunAfterIt) {
         Add(400);
         recorder_.Reset();
         EXPECT_EQ(recorder_.DoneCount(), 0u);
-        Add(800);
+        Add(goesOn ? 40000 : 800);
         Run(300);
         if (!goesOn) {
             recorder_.Stop();
         }
         Cards().Advance(Second);
-        EXPECT_EQ(recorder_.Counts(), goesOn ? Sizes({800, 0}) : Sizes({576, 0}));
+        EXPECT_EQ(recorder_.Counts(), goesOn ? Sizes({0, 40000}) : Sizes({576, 0}));
         EXPECT_EQ(recorder_.Header(0).dwBytesRecorded, 0u);
         Cards().ClearFaults();
         CloseAndForget();
@@ -237,7 +237,7 @@ TEST_F(RecordedBytesTest, WithoutAPositionOnlyFullBuffersCount) {
 TEST_F(RecordedBytesTest, OnlyWholeSamplesFitAPackedBufferAndAResetGivesItsMemoryBack) {
     Open(PcmFormat(Rate, 2, 24));
     EXPECT_EQ(recorder_.Add(1000), unsigned{MMSYSERR_INVALPARAM});
-    const auto afterReset = [this](unsigned buffers) {
+    const auto afterReset = [this](int buffers) {
         Add(999, buffers);
         Reset();
         Reset();  // gives back what has come too late for the first one, on a busy machine
