@@ -22,9 +22,8 @@ TEST_F(MishapTest, WithoutMemoryNothingIsBegun) {
 // Its note goes nowhere, and least of all into the file that it opens.
 TEST_F(MishapTest, AClosedStandardErrorIsNoFile) {
     const CommandResult heard = Shell(
-        "M=kestvox-test-$$; ($K listen heard --machine $M --seconds 0.1 2>&- >r) & "
-        "for i in $(seq 6000); do test -e heard.part && break; sleep 0.01; done; "
-        "$K play in.wav --machine $M --buffer-ms 1000 --quiet >r; wait $!; head -c 4 heard; "
+        "M=kestvox-test-$$; ($K listen heard --machine $M --seconds 0.1 2>&- >r) & for i in $(seq 60); do "
+        "$K play in.wav --machine $M --quiet >r; test -e heard && break; done; wait $!; head -c 4 heard; "
         "$K machine remove $M >r");
     EXPECT_EQ(heard.Output, "RIFF") << heard.Errors;
 }
