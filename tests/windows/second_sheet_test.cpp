@@ -1,11 +1,26 @@
 // A second program of the desktop asks for the configuration sheet while one is open.
-#include <process.h>
-
 #include "tests/support/sheet_test.h"
 
 namespace {
 
 using SecondSheet = SheetTest;
+
+// The program is found beside the one that asks. Its exit status, when it has ended.
+DWORD RunConfigure() {
+    WCHAR line[] = TEXT("kestvox.exe configure");
+    STARTUPINFOW start = {};
+    start.cb = sizeof start;
+    PROCESS_INFORMATION program = {};
+    if (!CreateProcessW(nullptr, line, nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &program)) {
+        return STILL_ACTIVE;
+    }
+    WaitForSingleObject(program.hProcess, INFINITE);
+    DWORD status = STILL_ACTIVE;
+    GetExitCodeProcess(program.hProcess, &status);
+    CloseHandle(program.hThread);
+    CloseHandle(program.hProcess);
+    return status;
+}
 
 bool IsAbove(HWND window, HWND other) {
     HWND next = GetTopWindow(nullptr);
@@ -22,7 +37,7 @@ TEST_F(SecondSheet, BringsTheFirstToTheFront) {
                                      nullptr, nullptr, nullptr, nullptr);
     SetWindowPos(cover, HWND_TOP, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOMOVE);
     EXPECT_TRUE(IsAbove(cover, sheet.Window()));
-    EXPECT_EQ(_spawnlp(_P_WAIT, "kestvox.exe", "kestvox.exe", "configure", nullptr), 0);
+    EXPECT_EQ(RunConfigure(), 0u);
     EXPECT_TRUE(IsAbove(sheet.Window(), cover));
     DestroyWindow(cover);
     EXPECT_TRUE(sheet.IsOpen());
