@@ -22,7 +22,8 @@ TEST_F(MishapTest, WithoutMemoryNothingIsBegun) {
 // Its note goes nowhere, and least of all into the file that it opens.
 TEST_F(MishapTest, AClosedStandardErrorIsNoFile) {
     const CommandResult heard = Shell(
-        "M=kestvox-test-$$; ($K listen heard --machine $M --seconds 0.1 2>&- >r) & for i in $(seq 60); do "
+        "M=kestvox-test-$$; (timeout -k 1 120 $K listen heard --machine $M --seconds 0.1 2>&- >r) & for i in "
+        "$(seq 60); do "
         "$K play in.wav --machine $M --quiet >r; test -e heard && break; done; wait $!; head -c 4 heard; "
         "$K machine remove $M >r");
     EXPECT_EQ(heard.Output, "RIFF") << heard.Errors;
@@ -30,21 +31,25 @@ TEST_F(MishapTest, AClosedStandardErrorIsNoFile) {
 
 TEST_F(MishapTest, PipesAndUnfinishedFilesAreRefusedWhereTheyCannotBe) {
     Write("scene", "input = 0a=-\n");
+    Write("other", "input = 0a=p\n");
+    Shell("mkfifo p; ln -s o l");
     const std::pair<const char*, const char*> cases[] = {
         {"record o --setup scene <in.wav", "scene:1: -: is read more than once, so that it must be a file"},
+        {"play in.wav --setup other", "other:1: p: is read more than once, so that it must be a file"},
+        {"record l --trace o.part", "--trace: o.part is where FILE is written at first"},
         {"record o.part --trace o", "FILE: o.part is where --trace is written at first"},
         {"record o --trace o.part", "--trace: o.part is where FILE is written at first"},
     };
     for (const auto& [arguments, why] : cases) {
         SCOPED_TRACE(arguments);
-        ExpectOneLine(Shell(std::string("$K ") + arguments), 2, why);
+        ExpectOneLine(Shell(std::string("timeout -k 1 60 $K ") + arguments), 2, why);
     }
-    EXPECT_EQ(Shell("ls").Output, "in.wav\nscene\n");
+    EXPECT_EQ(Shell("ls").Output, "in.wav\nl\nother\np\nscene\n");
 }
 
 TEST_F(MishapTest, ASignalThatMeetsAWaitingCallEndsTheRun) {
-    const CommandResult result =
-        Shell("mkfifo p; env --default-signal timeout -s INT --preserve-status 0.3 $K play in.wav --trace p");
+    const CommandResult result = Shell(
+        "mkfifo p; env --default-signal timeout -k 60 -s INT --preserve-status 0.3 $K play in.wav --trace p");
     EXPECT_EQ(result.Status, 130);
     EXPECT_EQ(result.Errors, "");
 }
@@ -62,12 +67,11 @@ TEST_F(MishapTest, ALoopbackWhoseFileIsCutKeepsWhatCame) {
 // A length of more microseconds than can be counted.
 TEST_F(MishapTest, ALoopOfManyYearsIsNotTakenForOneThatStands) {
     Write("second", NoiseFile(44100));
-    EXPECT_EQ(
-        Shell(
-            "env --default-signal timeout -s INT --preserve-status 1 $K play second --loops 418293517 --time "
-            "stepped --quiet >r")
-            .Status,
-        130);
+    EXPECT_EQ(Shell("env --default-signal timeout -k 60 -s INT --preserve-status 1 $K play second --loops "
+                    "418293517 --time "
+                    "stepped --quiet >r")
+                  .Status,
+              130);
 }
 
 }  // namespace

@@ -21,7 +21,7 @@ constexpr DWORD HeadStartMilliseconds = 10;
 // and a busy computer, however short each buffer is.
 constexpr unsigned LeadMilliseconds = 400;
 
-// On every card: that of the clock's master counts.
+// On every card, because the mode that counts is that of the clock's master.
 LoopbackOptions WithRecordModeStored(LoopbackOptions options) {
     options.Scene.Settings.push_back(std::string("Punchin=") + (options.Lock ? "0" : "1"));
     return options;

@@ -17,8 +17,8 @@ struct FileRoles {
     std::vector<NamedFile> Written;
 };
 
-// CommandError when two options name one file, and one of them writes it. What forgets all that is written
-// may be named again and again.
+// CommandError when two options name one file, and one of them writes it; or one the place where another
+// one's file is until it is whole. What forgets all that is written may be named again and again.
 void RequireDifferentFiles(const FileRoles& roles);
 
 // Whether one of the files is written to the standard output, which then has no room for anything else.

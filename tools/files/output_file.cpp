@@ -39,7 +39,7 @@ std::optional<int> OpenAlready(const std::string& path) {
 }  // namespace
 
 std::string UnfinishedName(const std::string& path) {
-    return path + ".part";
+    return FollowLinks(path) + ".part";
 }
 
 OutputFile::OutputFile(std::string path) : path_(std::move(path)) {

@@ -26,7 +26,7 @@ void WaveStream::AllocateBuffers(unsigned count, size_t bytes) {
     memory_ = std::make_unique_for_overwrite<char[]>(stride * count);
     buffers_ = std::make_unique<Buffer[]>(count);
     bufferBytes_ = bytes;
-    bufferCount_ = count;  // from now on there are some to close
+    bufferCount_ = count;  // from now on a close has headers to unprepare
     for (unsigned i = 0; i < count; ++i) {
         WAVEHDR& header = buffers_[i].Header;
         header.lpData = memory_.get() + i * stride;
