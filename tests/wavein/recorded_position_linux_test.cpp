@@ -41,7 +41,9 @@ TEST_F(RecordedPositionTest, ARunThatEndsMeanwhileHasFilledTheBuffer) {
         gate.Before = [&](DWORD code) {
             if (code == simulator::GetPosition && !met.exchange(true)) {
                 recorder_.Stop();
-                goesOn ? recorder_.Start() : MMSYSERR_NOERROR;
+                if (goesOn) {
+                    recorder_.Start();
+                }
             }
         };
         AdvanceFrames(350, 48000);
@@ -50,7 +52,7 @@ TEST_F(RecordedPositionTest, ARunThatEndsMeanwhileHasFilledTheBuffer) {
         EXPECT_EQ(recorder_.Counts().at(0), 800u);
         recorder_.Reset();
         Cards().Advance(1);
-        EXPECT_LE(recorder_.Counts().at(1), 800u);
+        EXPECT_LE(recorder_.Counts().at(1), 600u) << "what was left of 350 frames";
         CloseAndForget();
     }
 }
