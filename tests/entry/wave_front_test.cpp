@@ -32,6 +32,8 @@ TEST_F(WaveFrontTest, HandlesGoBadWithTheCloseOnly) {
     EXPECT_MM(waveOutClose(closed), MMSYSERR_INVALHANDLE);
     EXPECT_MM(waveOutWrite(closed, &header_, sizeof header_), MMSYSERR_INVALHANDLE);
     EXPECT_MM(waveOutGetID(closed, &device), MMSYSERR_INVALHANDLE);
+    const auto nearlyANumber = reinterpret_cast<HWAVEOUT>(~UINT_PTR{0} << (4 * sizeof(UINT_PTR)));
+    EXPECT_MM(waveOutMessage(nearlyANumber, DRV_QUERYMAPPABLE, 0, 0), MMSYSERR_INVALHANDLE);
 }
 
 TEST_F(WaveFrontTest, TheMapperTakesTheFirstDeviceThatIsFree) {

@@ -228,10 +228,10 @@ TEST_F(Outputs, OfARunThatStandsStillAreKept) {
 // Another program plays, in real time, on a machine that the listener has put up.
 TEST_F(Outputs, AreHeardByAListener) {
     const CommandResult heard = Shell(
-        "M=kestvox-test-$$; $K listen heard.wav --machine $M >report 2>notes & "
+        "M=kestvox-test-$$; $K listen /dev/stdout --machine $M >heard.wav 2>notes & "
         "for i in $(seq 6000); do grep -q listening notes && break; sleep 0.01; done; "
         "$K play in.wav --machine $M --buffer-ms 1000 --capture played.wav >r; wait $!; echo $?; "
-        "cmp heard.wav played.wav; grep frames report; $K machine remove $M");
+        "tail -c 320000 heard.wav | cmp - played.wav -i 0:44; grep frames notes; $K machine remove $M");
     EXPECT_EQ(heard.Output, "0\nframes-heard: 40000\nframes-lost: 0\n") << heard.Errors;
 }
 
