@@ -79,7 +79,7 @@ TEST_F(AsioEasiPageTest, OnlyAFourByteBinaryValueCounts) {
     }
 }
 
-// Which remembers what was shown first.
+// Its memory would hold what was shown first.
 TEST_F(AsioEasiPageTest, APageWithoutMemoryStoresWhatIsShown) {
     const DWORD stored = 200;
     StoreValue(CommonKey, TEXT("AsioBufferSize"), &stored, sizeof stored, REG_BINARY);

@@ -44,8 +44,8 @@ TEST_F(HandOverTurnTest, ABufferAddedInTheMiddleOfAStopStartsNothing) {
 }
 
 // The computer falls asleep: the kernel refuses the rest of the buffer's requests, and those of the next.
-// Neither does the buffer count as being in the card when a reset brings it back instead.
-TEST_F(HandOverTurnTest, ABufferThatASleepKeepsFromTheCardIsHeardAfterIt) {
+// When a reset brings the buffer back instead, it does not count as being in the card, either.
+TEST_F(HandOverTurnTest, ABufferThatASleepKeepsFromTheCardIsHeardOrResetAfterIt) {
     for (const char* request : {"BEGIN_BUFFER", "MAP_BUFFER", "SET_BUFFER_COOKIE", "QUEUE_BUFFER"}) {
         for (const auto& [before, heard] : {std::pair{0u, true}, {2u, true}, {0u, false}}) {
             SCOPED_TRACE(testing::Message() << request << ", " << before << " before it, heard " << heard);

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "config_ui/resource.h"
 #include "tests/support/sheet.h"
 
 class ClockTreeUser {
@@ -17,7 +18,7 @@ public:
     static constexpr const char16_t* Root = u"Sample Clock";
     static constexpr const char16_t* Space = u"";
 
-    explicit ClockTreeUser(HWND page) : page_(page), tree_(page_.Control(TreeControl)) {}
+    explicit ClockTreeUser(HWND page) : page_(page), tree_(page_.Control(IDC_CLOCK_TREE)) {}
 
     // "A (internal clock) [B, C]; D (automatic clock selection)": top-level cards with their slaves, in
     // the order of the tree. Items that are folded away are left out.
@@ -58,8 +59,6 @@ public:
     void OnItsThread(const std::function<void()>& action) const { page_.OnItsThread(action); }
 
 private:
-    static constexpr int TreeControl = 1001;
-
     // The item's text, empty when there is none, and whether what is below it is shown.
     std::pair<std::u16string, bool> TextAndFold(HTREEITEM item) const;
     std::u16string Text(HTREEITEM item) const { return TextAndFold(item).first; }
