@@ -10,7 +10,7 @@ protected:
     MishapTest() { Write("in.wav", NoiseFile(40000)); }
 };
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) && !defined(__clang__)
+#if !defined(KESTVOX_SANITIZE_ADDRESS) && !defined(KESTVOX_SANITIZE_THREAD)
 // A sanitizer takes more than that for itself.
 TEST_F(MishapTest, WithoutMemoryNothingIsBegun) {
     ExpectOneLine(Shell("ulimit -v 300000; $K record o --buffers 1000 --buffer-ms 10000 --time stepped"), 2,

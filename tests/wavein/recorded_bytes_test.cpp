@@ -3,6 +3,7 @@
 #include <atomic>
 #include <thread>
 
+#include "simulator/machine/host.h"
 #include "tests/support/input_test.h"
 
 namespace {
@@ -103,19 +104,16 @@ TEST_F(RecordedBytesTest, WhatIsAddedDuringAResetIsForTheNextStart) {
 
 // What it held when it came back before is not recorded once more.
 TEST_F(RecordedBytesTest, AHeaderThatAResetOvertakesComesBackEmpty) {
-    const auto waits = [this] {
-        return Cards().NoteHeader(simulator::HeaderEvent::Kind::Queued, 0, 0, nullptr).MutexWaits;
-    };
     Open(Mono());
     Add(400);
     Run(1000);
     const HANDLE mutex = CreateMutexW(nullptr, FALSE, TEXT("ZPH_Kestrelvox_Wave_Driver_Mutex"));
     ASSERT_EQ(WaitForSingleObject(mutex, INFINITE), WAIT_OBJECT_0);
-    const uint64_t waiting = waits();
+    const uint64_t waits = simulator::host::SharedMutexWaits();
     std::thread reset([this] { recorder_.Reset(); });
-    EXPECT_TRUE(ComesTrue([&] { return waits() > waiting; }));
+    EXPECT_TRUE(ComesTrue([&] { return simulator::host::SharedMutexWaits() > waits; }));
     std::thread add([this] { EXPECT_EQ(recorder_.HandIn(recorder_.Header(0)), MMSYSERR_NOERROR); });
-    EXPECT_TRUE(ComesTrue([&] { return waits() > waiting + 1; }));
+    EXPECT_TRUE(ComesTrue([&] { return simulator::host::SharedMutexWaits() > waits + 1; }));
     ReleaseMutex(mutex);
     reset.join();
     add.join();
